@@ -1,0 +1,83 @@
+# Functions of VoCore's own build.
+
+# Compiler settings of every target made here. Users of the installed library get none of them.
+function(vocore_target_defaults target)
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /W4 /permissive- /utf-8)
+        if(VOCORE_WARNINGS_AS_ERRORS)
+            target_compile_options(${target} PRIVATE /WX)
+        endif()
+    else()
+        target_compile_options(${target} PRIVATE
+            -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual)
+        if(VOCORE_WARNINGS_AS_ERRORS)
+            target_compile_options(${target} PRIVATE -Werror)
+        endif()
+    endif()
+    target_compile_definitions(${target} PRIVATE
+        QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH)
+    if(VOCORE_SANITIZERS)
+        target_compile_options(${target} PRIVATE -fsanitize=${VOCORE_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+        target_link_options(${target} PRIVATE -fsanitize=${VOCORE_SANITIZERS})
+    endif()
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+endfunction()
+
+# vocore_sources(PUBLIC header... PRIVATE file...)
+# Adds the files of one folder of src/ to the library. PUBLIC headers are installed, enter VoCore.h and are compiled
+# alone by the header check; PRIVATE ones stay in the tree.
+function(vocore_sources)
+    cmake_parse_arguments(arg "" "" "PUBLIC;PRIVATE" ${ARGN})
+    file(RELATIVE_PATH folder "${PROJECT_SOURCE_DIR}/src" "${CMAKE_CURRENT_SOURCE_DIR}")
+    target_sources(VoCore PRIVATE ${arg_PUBLIC} ${arg_PRIVATE})
+    foreach(header IN LISTS arg_PUBLIC)
+        set_property(GLOBAL APPEND PROPERTY VOCORE_PUBLIC_HEADERS "${folder}/${header}")
+    endforeach()
+    if(arg_PUBLIC)
+        install(FILES ${arg_PUBLIC} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/VoCore/${folder}" COMPONENT Development)
+    endif()
+endfunction()
+
+# Writes VoCore.h, which includes every public header, so that it cannot go stale.
+function(vocore_generate_umbrella_header target)
+    get_property(headers GLOBAL PROPERTY VOCORE_PUBLIC_HEADERS)
+    set(lines "// Made by the build from the list of public headers.\n#pragma once\n\n")
+    foreach(header IN LISTS headers)
+        string(APPEND lines "#include <${header}>\n")
+    endforeach()
+    file(GENERATE OUTPUT "${PROJECT_BINARY_DIR}/generated/VoCore.h" CONTENT "${lines}")
+    install(FILES "${PROJECT_BINARY_DIR}/generated/VoCore.h"
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/VoCore" COMPONENT Development)
+endfunction()
+
+# Install rules: the library, the CMake package VoCore and the pkg-config file.
+function(vocore_install target)
+    set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/VoCore")
+    install(TARGETS ${target} EXPORT VoCoreTargets
+        RUNTIME COMPONENT Runtime
+        LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
+        ARCHIVE COMPONENT Development)
+    install(EXPORT VoCoreTargets NAMESPACE VoCore:: DESTINATION "${package_directory}" COMPONENT Development)
+    configure_package_config_file(packaging/VoCoreConfig.cmake.in "${PROJECT_BINARY_DIR}/VoCoreConfig.cmake"
+        INSTALL_DESTINATION "${package_directory}")
+    write_basic_package_version_file("${PROJECT_BINARY_DIR}/VoCoreConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+    install(FILES "${PROJECT_BINARY_DIR}/VoCoreConfig.cmake" "${PROJECT_BINARY_DIR}/VoCoreConfigVersion.cmake"
+        DESTINATION "${package_directory}" COMPONENT Development)
+    configure_file(packaging/VoCore.pc.in "${PROJECT_BINARY_DIR}/VoCore.pc" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/VoCore.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT Development)
+endfunction()
+
+# vocore_test(Name SOURCES file... [LIBRARIES target...] [DEFINITIONS definition...])
+# Adds one test program of GoogleTest cases, with the shared fixtures and matchers.
+function(vocore_test name)
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;DEFINITIONS" ${ARGN})
+    set(program VoCore${name}Tests)
+    add_executable(${program} ${arg_SOURCES})
+    vocore_target_defaults(${program})
+    target_compile_definitions(${program} PRIVATE ${arg_DEFINITIONS})
+    target_link_libraries(${program} PRIVATE VoCoreTestSupport ${arg_LIBRARIES})
+    if(VOCORE_PRECOMPILE_HEADERS)
+        target_precompile_headers(${program} REUSE_FROM VoCoreTestSupport)
+    endif()
+    add_test(NAME ${name} COMMAND ${program})
+endfunction()

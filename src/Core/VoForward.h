@@ -1,0 +1,83 @@
+#pragma once
+
+/// @file
+/// Names of the library's classes, for headers that only pass them by reference, pointer or return type.
+
+class QByteArray;
+class QIODevice;
+class QString;
+class QStringRef;
+class QUrl;
+
+template <typename T>
+class VoDeque;
+template <typename A, typename B>
+struct VoPair;
+template <typename T>
+class VoVector;
+template <typename T>
+class VoMatrix;
+template <typename T>
+class VoUniquePtr;
+template <typename T>
+class VoSharedPtr;
+template <typename T>
+class VoWeakPtr;
+template <typename T>
+class VoRef;
+template <typename T>
+class VoCRef;
+template <typename T>
+class VoStringConverter;
+template <typename T>
+class VoTemplatedObject;
+template <typename T>
+class VoBroadcaster;
+
+class PrintfArg;
+class TempString;
+class YString;
+
+class VoAbstractBroadcaster;
+class VoAbstractPath;
+class VoAbstractXMLElementReader;
+class VoAbstractXMLStreamLoaderObject;
+class VoAbstractXMLStreamWriterObject;
+class VoByteArray;
+class VoByteArrayOLD;
+class VoByteBuffer;
+class VoCaseSensitiveString;
+class VoChecksum;
+class VoComparableString;
+class VoDirectoryPath;
+class VoDirectoryPathFragment;
+class VoDownloadSize;
+class VoException;
+class VoExceptionInterface;
+class VoFileDevice;
+class VoFileInputByteStream;
+class VoFilePath;
+class VoFileType;
+class VoIODevice;
+class VoObject;
+class VoReceiver;
+class VoStopFlag;
+class VoString;
+class VoStringView;
+class VoTemporaryDir;
+class VoTemporaryFile;
+class VoTimeDuration;
+class VoTimePoint;
+class VoTransferRate;
+class VoUrl;
+class VoUUID;
+class VoVersion;
+class VoXMLAttribute;
+class VoXMLAttributeSet;
+class VoXMLElementReader;
+class VoXMLElementWriter;
+class VoXMLPath;
+class VoXMLStreamElementLoader;
+class VoXMLStreamLoader;
+class VoXMLStreamReader;
+class VoXMLStreamWriter;
