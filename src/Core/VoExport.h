@@ -1,8 +1,8 @@
 #pragma once
 
-// Everything that a user of the library may name carries VOCORE_EXPORT, exception classes and thrown or dynamically cast
-// class templates included: without it their type information differs on the two sides of the library's boundary and a
-// catch by type misses.
+// Everything that a user of the library may name carries VOCORE_EXPORT, exception classes and thrown or dynamically
+// cast class templates included: without it their type information differs on the two sides of the library's boundary
+// and a catch by type misses.
 #if defined(_WIN32)
 #if defined(VOCORE_BUILDING)
 #define VOCORE_EXPORT __declspec(dllexport)

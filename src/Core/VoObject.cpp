@@ -1,0 +1,3 @@
+#include <Core/VoObject.h>
+
+VoObject::~VoObject() = default;
