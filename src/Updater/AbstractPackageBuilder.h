@@ -1,0 +1,113 @@
+#pragma once
+
+#include <Core/VoExport.h>
+#include <Core/VoForward.h>
+#include <Core/VoSharedPtr.h>
+#include <Threading/VoReceiver.h>
+#include <Updater/AdvertisedPackageListing.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+namespace vo::updater {
+
+/// Turns local files into a published release: packs their bytes one after another into chunks of a fixed size,
+/// compresses each chunk into a file of its own, and lays the release out beside a declarations file.
+///
+///     PackageBuilder builder(VoUpdater::GenerateID(), "Examples", VoVersion(1, 0, 0, VoVersion::Release), 4 << 20, 6);
+///     builder.add(VoDirectoryPath("/data/examples/"), declarations);
+///     builder.finalise(declarations);
+///
+/// One builder builds one release: add files, then finalise once. Nothing shows at the place of publication before
+/// finalise. A builder works on the calling thread and is not guarded; only connecting to its messages is. A call made
+/// from within one of its messages throws VoInvalidCallException.
+class VOCORE_EXPORT AbstractPackageBuilder
+{
+public:
+    /// One line of progress for a user interface.
+    class VOCORE_EXPORT Message
+    {
+    public:
+        explicit Message(const VoString& message);
+        Message(const Message&) = delete;
+        Message& operator=(const Message&) = delete;
+        ~Message();
+
+        const VoString& message() const; ///< The line, without a line break at its end.
+
+    private:
+        struct Private;
+        std::unique_ptr<Private> d;
+    };
+
+    virtual ~AbstractPackageBuilder();
+    AbstractPackageBuilder(const AbstractPackageBuilder&) = delete;
+    AbstractPackageBuilder& operator=(const AbstractPackageBuilder&) = delete;
+
+    /// The ID to give the file that is installed at `target`.
+    virtual VoUUID fileID(const VoFilePath& target) const = 0;
+
+    /// Adds the file `source`, to be installed at `target`, relative to the installation directory.
+    ///
+    /// A target longer than 160 bytes only warns. Throws, and leaves the package without the file:
+    /// VoValidationException ("Invalid target path: " + target) for a target that is not safely relative,
+    /// VoInvalidParameterException ("File already added to package: " + target) for a target that was added before in
+    /// any letter case, VoFileNotFoundException for a missing source, VoFileException ("File changed while being
+    /// added: ", source) when the bytes read are not as many as the file has, VoIOException when reading or writing
+    /// fails, VoInvalidCallException ("Package has already been finalised") after finalise. Bytes that went into
+    /// a finished chunk before the failure stay there, unused.
+    void add(const VoFilePath& source, const VoFilePath& target);
+    /// Adds every regular file below `directory`, at its path relative to it, in the sorted order of the targets, so
+    /// that two builds of one tree pack alike. Symbolic links to directories are not followed; links to files are
+    /// added as files; anything else is skipped.
+    void add(const VoDirectoryPath& directory);
+    /// As above, but leaves out what publishing to `declarationsFile` writes (that file and the "packages" directory
+    /// beside it) when it lies inside `directory`, with a warning: a release must not swallow its own output.
+    void add(const VoDirectoryPath& directory, const VoFilePath& declarationsFile);
+
+    /// Publishes the release: writes the last chunk, moves the chunks to the release directory, writes "package.xml"
+    /// there and enters the release in `declarationsFile` (created when missing) as the last step, so that a crash at
+    /// any point leaves the old declarations valid.
+    ///
+    ///     <directory of declarationsFile>\packages\<packageID>\<version>\package.xml
+    ///                                                                   \chunks\<chunkID>.vochk
+    ///
+    /// A release directory of the same version is reused with a warning, and declarations of this package that name it
+    /// are dropped. Throws VoNullPointerException when `declarationsFile` is no declarations document, before anything
+    /// is moved; file-system and stream exceptions; VoInvalidCallException ("Package has already been finalised") when
+    /// called again after success. After a failure it may be called again and goes on where it stopped.
+    void finalise(const VoFilePath& declarationsFile);
+
+    /// Receives the messages, on the thread that adds or finalises. What a callback throws is logged and ignored.
+    [[nodiscard]] VoReceiver connect(std::function<void(const VoSharedPtr<Message>&)> callback);
+
+    const AdvertisedPackageListing& package() const; ///< The release as built so far.
+    const VoUUID& packageID() const;                 ///< package().packageID()
+    const VoUUID& versionID() const;                 ///< package().versionID(), new for each builder
+    const VoVersion& version() const;                ///< package().version()
+
+protected:
+    /// `chunkSize` is the capacity of one chunk in bytes; `compressionLevel` is -1 (default) or 0 to 9. Throws
+    /// VoInvalidParameterException with "Chunk size must be greater than zero", VoOverflowException for a chunk size
+    /// that cannot be compressed (2147483648 bytes or more), VoValidationException ("Invalid identifier: " + packageID)
+    /// for a package ID that cannot be a directory's name.
+    AbstractPackageBuilder(const VoUUID& packageID, const VoString& name, const VoVersion& version,
+                           std::uint64_t chunkSize, int compressionLevel);
+
+    /// @{ Logs the text, followed by the package and version IDs, in the category "update builder".
+    void diagnostic(const VoString& text) const;
+    void warning(const VoString& text) const;
+    void error(const VoString& text) const;
+    /// @}
+
+private:
+    VoFilePath chunkIntermediatePath(const VoUUID& chunkID) const;
+    static VoFilePath chunkTargetPath(const VoUUID& chunkID);
+    void writeChunk();
+
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace vo::updater

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <Core/VoDeque.h>
+#include <Core/VoUUID.h>
+#include <Core/VoUniquePtr.h>
+#include <Updater/AbstractFileListing.h>
+#include <Updater/AbstractPackage.h>
+#include <Updater/PackageDifferences.h>
+
+namespace vo::updater {
+
+/// A release together with its files, advertised or installed, that can be compared with another release of the same
+/// package.
+class VOCORE_EXPORT AbstractPackageListing : public AbstractPackage
+{
+public:
+    ~AbstractPackageListing() override;
+
+    /// The file with that ID, or null; owned by this listing and valid until the listing changes. When a document lists
+    /// an ID twice, the first one.
+    virtual const AbstractFileListing* file(const VoUUID& fileID) const = 0;
+    /// The IDs of all files, in the order of the files.
+    virtual VoDeque<VoUUID> fileIDs() const = 0;
+
+    /// What has to happen to come from this release to `target`, in the sorted order of the file IDs.
+    ///
+    /// A file is modified when both have its ID and the listings are not equivalent(). The cost grows with n log n of
+    /// the files. Throws VoInvalidParameterException with "Cannot compare different base packages" when the package IDs
+    /// differ in more than letter case.
+    VoUniquePtr<PackageDifferences> compare(const AbstractPackageListing& target) const;
+
+protected:
+    AbstractPackageListing();
+    AbstractPackageListing(const VoUUID& packageID, const VoUUID& versionID, const VoString& name,
+                           const VoVersion& version);
+    explicit AbstractPackageListing(VoXMLStreamElementLoader& element);
+
+    /// @{ Copies are deep; a moved-from listing reads as empty.
+    AbstractPackageListing(const AbstractPackageListing& other);
+    AbstractPackageListing(AbstractPackageListing&& other) noexcept;
+    AbstractPackageListing& operator=(const AbstractPackageListing& other);
+    AbstractPackageListing& operator=(AbstractPackageListing&& other) noexcept;
+    /// @}
+};
+
+} // namespace vo::updater

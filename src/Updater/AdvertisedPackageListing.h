@@ -1,0 +1,79 @@
+#pragma once
+
+#include <Updater/AbstractPackageListing.h>
+#include <Updater/AdvertisedFileListing.h>
+#include <Updater/ChunkListing.h>
+
+namespace vo::updater {
+
+/// The definition of one release as it is published: its identity, its files and the chunks that hold their bytes.
+///
+/// The document, by convention named "package.xml":
+///
+///     <package packageID versionID name version>
+///         <files>
+///             <file target id checksum size>
+///                 <chunkref chunkID offset length index/> ...
+///             </file> ...
+///         </files>
+///         <chunks>
+///             <chunk id checksum size path/> ...
+///         </chunks>
+///     </package>
+///
+/// Unknown elements and attributes are skipped. Opening checks the form of a document only, so that a tool can look at
+/// a bad one; whether it is safe to install is decided before anything is fetched.
+class VOCORE_EXPORT AdvertisedPackageListing : public AbstractPackageListing
+{
+public:
+    AdvertisedPackageListing();
+    /// A release without files.
+    AdvertisedPackageListing(const VoUUID& packageID, const VoUUID& versionID, const VoString& name,
+                             const VoVersion& version);
+    /// Reads a `package` element with its files and chunks.
+    explicit AdvertisedPackageListing(VoXMLStreamElementLoader& element);
+
+    /// @{ Copies are deep; a moved-from listing reads as empty.
+    AdvertisedPackageListing(const AdvertisedPackageListing& other);
+    AdvertisedPackageListing(AdvertisedPackageListing&& other) noexcept;
+    AdvertisedPackageListing& operator=(const AdvertisedPackageListing& other);
+    AdvertisedPackageListing& operator=(AdvertisedPackageListing&& other) noexcept;
+    ~AdvertisedPackageListing() override;
+    /// @}
+
+    /// Loads a definition file. Throws VoFileNotFoundException for a missing file, VoInvalidXMLException for a
+    /// malformed one ("Document type declarations are not allowed" for one with a DTD), VoNullPointerException with
+    /// "Package advert failed to load" when the document is something else, and what missing or malformed attributes
+    /// throw. Every failure is logged with the path first (category "updater").
+    static VoUniquePtr<AdvertisedPackageListing> Open(const VoFilePath& path);
+    /// @{
+    /// Fetches the definition into a temporary file and opens that. Needs the download service; without it throws
+    /// VoDownloadException.
+    static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url);
+    static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url, VoStopFlag stop);
+    /// @}
+
+    void add(const AdvertisedFileListing& file); ///< Appends a file.
+    void add(const ChunkListing& chunk);         ///< Appends a chunk.
+
+    const VoDeque<AdvertisedFileListing>& files() const; ///< In the order of the document.
+    const VoDeque<ChunkListing>& chunks() const;         ///< In the order of the document.
+
+    const AdvertisedFileListing* file(const VoUUID& fileID) const override;
+    VoDeque<VoUUID> fileIDs() const override;
+    /// The chunk with that ID, or null; the first one when a document lists it twice.
+    const ChunkListing* chunk(const VoUUID& chunkID) const;
+
+    using AbstractPackageListing::write;
+    /// Writes the definition to a file, replacing it atomically: on failure the old file stays as it was.
+    void write(const VoFilePath& path) const;
+
+    Type objectType() const override;
+    void writeElements(VoXMLElementWriter& element) const override;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace vo::updater

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <Updater/AbstractFileListing.h>
+
+namespace vo::updater {
+
+/// One installed file: where it was installed, with the ID, checksum and size it was installed with.
+class VOCORE_EXPORT InstalledFileListing : public AbstractFileListing
+{
+public:
+    InstalledFileListing();
+    /// Lists the file on disk: its checksum and size are taken from its content in one pass, and its ID is new.
+    /// Throws as VoChecksum does for a file that cannot be read.
+    explicit InstalledFileListing(const VoFilePath& path);
+    InstalledFileListing(const VoFilePath& path, const VoUUID& id, const VoChecksum& checksum,
+                         const VoDownloadSize& size);
+    /// Reads a `file` element of an installed package listing.
+    explicit InstalledFileListing(VoXMLStreamElementLoader& element);
+
+    /// @{ Copies are deep; a moved-from listing reads as empty.
+    InstalledFileListing(const InstalledFileListing& other);
+    InstalledFileListing(InstalledFileListing&& other) noexcept;
+    InstalledFileListing& operator=(const InstalledFileListing& other);
+    InstalledFileListing& operator=(InstalledFileListing&& other) noexcept;
+    ~InstalledFileListing() override;
+    /// @}
+
+    const VoFilePath& path() const; ///< Where the file was installed.
+
+    Type objectType() const override;
+    void writeAttributes(VoXMLElementWriter& element) const override;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace vo::updater

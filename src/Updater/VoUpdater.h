@@ -1,0 +1,31 @@
+#pragma once
+
+#include <Core/VoExport.h>
+#include <Core/VoForward.h>
+
+/// The updater's place on disk, and the making of new IDs.
+///
+///     <application data>\updates\            UpdateSystemDirectory()
+///         download\<packageID>\              staged chunks of a running installation
+///         installed\packages.xml             the registry of installed packages
+///         installed\<packageID>.xml          the listing of one installed release
+///
+/// Safe to call from any thread.
+class VOCORE_EXPORT VoUpdater
+{
+public:
+    VoUpdater() = delete;
+
+    /// The override directory if one was set, else "updates" in the application data directory.
+    static VoDirectoryPath UpdateSystemDirectory();
+    static VoDirectoryPath DownloadDirectory();         ///< UpdateSystemDirectory() / "download"
+    static VoDirectoryPath InstalledListingDirectory(); ///< UpdateSystemDirectory() / "installed"
+    static VoFilePath InstalledPackagesPath();          ///< InstalledListingDirectory() / "packages.xml"
+
+    /// Puts the updater's files elsewhere for the rest of the process; may be called again with another directory but
+    /// never undone. Meant for start-up, tests and tools. Logged as a diagnostic in the category "updater".
+    static void OverrideUpdateSystemDirectory(const VoDirectoryPath& directory);
+
+    /// A new random ID in the form without braces, which serves as a file name and as a piece of a URL unchanged.
+    static VoUUID GenerateID();
+};
