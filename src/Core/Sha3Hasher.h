@@ -1,0 +1,30 @@
+#pragma once
+
+#include <Core/VoChecksum.h>
+#include <Core/VoExport.h>
+
+#include <cstddef>
+#include <memory>
+
+namespace vo::detail {
+
+/// Takes a SHA3-256 digest while bytes pass, so that nothing has to be read twice.
+class VOCORE_PRIVATE_EXPORT Sha3
+{
+public:
+    Sha3();
+    ~Sha3();
+    Sha3(Sha3&& other) noexcept;
+    Sha3& operator=(Sha3&& other) noexcept;
+
+    /// Adds a block of any size.
+    void add(const char* data, std::size_t size);
+    /// The digest of everything added since construction or the last finish(); begins anew.
+    VoChecksum finish();
+
+private:
+    struct Private;
+    std::unique_ptr<Private> m_private;
+};
+
+} // namespace vo::detail
