@@ -1,0 +1,367 @@
+#pragma once
+
+#include <Core/VoComparableString.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+/// @cond INTERNAL
+namespace vo::detail {
+
+template <typename T>
+inline constexpr bool IsWideCharacter =
+    std::is_same_v<T, wchar_t> || std::is_same_v<T, char16_t> || std::is_same_v<T, char32_t>;
+
+// Integer types that are read as numbers, not as characters or truth values.
+template <typename T>
+inline constexpr bool IsNumberInteger =
+    std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, char> && !IsWideCharacter<T>;
+
+template <typename T>
+inline constexpr bool IsArithmeticButNotChar = std::is_arithmetic_v<T> && !std::is_same_v<T, char>;
+
+template <typename T>
+inline constexpr bool IsForeignString = std::is_same_v<T, QString> || std::is_same_v<T, std::string>;
+
+} // namespace vo::detail
+/// @endcond
+
+/// The string that crosses every interface of the library: any bytes, by convention UTF-8 text, with the locale that
+/// classifies and folds them.
+///
+/// Comparisons and searches ignore case unless asked otherwise (see VoComparableString). All indices count bytes. The
+/// bytes are not validated and may include zero bytes; the conversions to terminated texts and to QString end there.
+///
+/// The locale is the global locale at construction. Copies, and what is made by editing a copy (`+`, replaced(),
+/// spacedCapitals()), keep the locale of the string they come from.
+///
+/// A value: it copies its bytes, is empty after being moved from, and may be read from several threads at once. Views
+/// (VoStringView) of a string stay valid when it is moved, and end with its next change or its destruction.
+class VOCORE_EXPORT VoString : public VoComparableString
+{
+public:
+    /// The alphabet that Random() draws from. Values above 4 mean Alphanumeric.
+    enum RandomType : std::int32_t
+    {
+        Alphanumeric = 0, ///< `a`-`z`, `A`-`Z`, `0`-`9`
+        Digits = 1,       ///< `0`-`9`
+        Lowercase = 2,    ///< `a`-`z`
+        Uppercase = 3,    ///< `A`-`Z`
+        Letters = 4       ///< `a`-`z`, `A`-`Z`
+    };
+
+    VoString();
+    VoString(const char* text);                      ///< The bytes up to the terminator; null is empty.
+    VoString(const char* bytes, std::size_t length); ///< `length` bytes, zero bytes included.
+    VoString(const std::string& bytes);              ///< The same bytes.
+    VoString(std::string&& bytes);                   ///< The same bytes.
+    VoString(char c, std::size_t count);             ///< `count` times c. Mind the order of the arguments.
+    VoString(const QString& text);                   ///< The UTF-8 form of the text.
+    VoString(const QStringRef& text);                ///< The UTF-8 form of the text.
+    VoString(const YString& text);                   ///< The same bytes.
+    VoString(const TempString& text);                ///< The same bytes.
+    VoString(const VoStringView& view);              ///< A copy of the viewed bytes, with the global locale.
+    explicit VoString(const VoUUID& uuid);           ///< The identifier's text.
+    explicit VoString(int value);                    ///< Decimal text.
+    explicit VoString(long long value);              ///< Decimal text.
+    explicit VoString(unsigned long long value);     ///< Decimal text.
+    explicit VoString(double value); ///< Like C "%f": always six decimals, "1.500000", whatever the locale.
+    explicit VoString(bool) = delete;
+
+    /// One byte. Deduces char exactly, so that no number becomes a character by accident.
+    template <typename C, std::enable_if_t<std::is_same_v<C, char>, int> = 0>
+    VoString(C c)
+        : VoString(c, 1)
+    {
+    }
+
+    /// Decimal text of any other integer type.
+    template <typename T, std::enable_if_t<vo::detail::IsNumberInteger<T>, int> = 0>
+    explicit VoString(T value)
+        : VoString(static_cast<std::conditional_t<std::is_signed_v<T>, long long, unsigned long long>>(value))
+    {
+    }
+
+    VoString(const VoString& other);
+    VoString(VoString&& other) noexcept;
+    ~VoString() override;
+
+    VoString& operator=(const VoString& other); ///< Takes the bytes and the locale.
+    VoString& operator=(VoString&& other) noexcept;
+    VoString& operator=(const char* text); ///< Takes the bytes, keeps the own locale.
+    template <typename T, std::enable_if_t<vo::detail::IsArithmeticButNotChar<T>, int> = 0>
+    VoString& operator=(T) = delete;
+
+    void swap(VoString& other) noexcept; ///< Exchanges bytes and locales.
+
+    /// @name Bytes
+    /// @{
+    std::size_t size() const final { return m_text->size(); }
+    bool isEmpty() const { return m_text->empty(); } ///< Whether there is no byte.
+    const char& at(std::size_t index) const final;
+    /// The byte at an index, to be changed.
+    /// @throws VoIndexOutOfBoundsException with the index and the size, when index >= size()
+    char& at(std::size_t index);
+    const char& operator[](std::size_t index) const final { return *(m_text->data() + index); }
+    char& operator[](std::size_t index) { return *(m_text->data() + index); } ///< The byte at an index, unchecked.
+
+    /// Any integer type as index, unchecked; without these the conversion to a pointer would compete.
+    template <typename I, std::enable_if_t<std::is_integral_v<I>, int> = 0>
+    const char& operator[](I index) const
+    {
+        return (*this)[static_cast<std::size_t>(index)];
+    }
+    /// Any integer type as index, unchecked.
+    template <typename I, std::enable_if_t<std::is_integral_v<I>, int> = 0>
+    char& operator[](I index)
+    {
+        return (*this)[static_cast<std::size_t>(index)];
+    }
+
+    const std::locale& locale() const final;
+
+    VoStringView substring(std::size_t pos) const; ///< The view from `pos` to the end; see the other form.
+    VoStringView substring(std::size_t pos, std::size_t length) const final;
+
+    /// Copies min(length, size() - pos) bytes from `pos` to `dest`, without a terminator, and returns how many.
+    /// @throws VoIndexOutOfBoundsException with pos and the size, when pos > size()
+    std::size_t copy(char* dest, std::size_t length, std::size_t pos) const;
+    /// @}
+
+    /// @name Changes in place
+    /// The arguments may be this string itself or views of it.
+    /// @{
+    VoString& append(const VoString& text);         ///< Adds at the end.
+    VoString& append(const VoStringView& text);     ///< Adds at the end.
+    VoString& append(const char* text);             ///< Adds at the end.
+    VoString& concat(const VoString& text);         ///< As append().
+    VoString& operator+=(const VoString& text);     ///< As append().
+    VoString& operator+=(const VoStringView& text); ///< As append().
+    VoString& operator+=(const char* text);         ///< As append().
+    /// Adds one byte.
+    template <typename C, std::enable_if_t<std::is_same_v<C, char>, int> = 0>
+    VoString& operator+=(C c)
+    {
+        return appendByte(c);
+    }
+    template <typename T, std::enable_if_t<vo::detail::IsArithmeticButNotChar<T>, int> = 0>
+    VoString& operator+=(T) = delete;
+
+    void resize(std::size_t size, char fill); ///< Cuts the end, or grows with `fill`.
+
+    /// Replaces every occurrence of `from`, left to right; what was put in is not searched again. `to` counts up to its
+    /// first zero byte. An empty `from` replaces nothing. compare() says how other mode values are read.
+    void replace(const VoString& from, const VoString& to, Comparison mode);
+
+    void trim(); ///< Removes the leading and trailing bytes that the own locale classes as space or blank.
+
+    /// Puts a blank before each upper-case byte that does not follow white space (both by the own locale) and is not
+    /// the first: "HelloWorld" becomes "Hello World", "ABC" becomes "A B C".
+    void spaceCapitals();
+    /// @}
+
+    /// @name Changed copies
+    /// @{
+    VoString operator+(const VoString& text) const&;     ///< Both texts, with this locale.
+    VoString operator+(const VoString& text) &&;         ///< Both texts, with this locale.
+    VoString operator+(const VoStringView& text) const&; ///< Both texts, with this locale.
+    VoString operator+(const VoStringView& text) &&;     ///< Both texts, with this locale.
+    VoString operator+(const char* text) const&;         ///< Both texts, with this locale.
+    VoString operator+(const char* text) &&;             ///< Both texts, with this locale.
+    /// Both texts, with the right operand's locale.
+    friend VOCORE_EXPORT VoString operator+(const char* text, const VoString& string);
+
+    VoString replaced(const VoString& from, const VoString& to) const; ///< Like replace(), case-insensitive.
+    VoString replaced(const VoString& from, const VoString& to, Comparison mode) const; ///< Like replace().
+    VoString spacedCapitals() const;                                                    ///< Like spaceCapitals().
+    /// @}
+
+    /// @name Questions
+    /// @{
+    bool equal(const VoString& other, Comparison mode) const;              ///< Equal under the mode (see compare()).
+    bool equal(const VoStringView& other, Comparison mode) const;          ///< Equal under the mode (see compare()).
+    bool equal(const char* other, Comparison mode) const;                  ///< Equal under the mode (see compare()).
+    bool lessThan(const VoComparableString& other, Comparison mode) const; ///< Whether compare() is below zero.
+
+    bool contains(const VoString& needle) const;                            ///< Case-insensitive find().
+    bool contains(const VoString& needle, Comparison mode) const;           ///< find() under the mode.
+    bool contains(const VoComparableString& needle) const;                  ///< Case-insensitive find().
+    bool contains(const VoComparableString& needle, Comparison mode) const; ///< find() under the mode.
+    bool contains(const char* needle) const;                                ///< Case-insensitive find().
+    bool contains(const char* needle, Comparison mode) const;               ///< find() under the mode.
+
+    /// The index of the last byte equal to c (exactly).
+    /// @throws VoNotFoundException "Item not found: " + c, when there is none
+    std::size_t findLastOf(char c) const;
+
+    bool containsWhiteSpace() const; ///< Whether the own locale classes any byte as space or blank.
+    /// @}
+
+    /// @name Conversions out
+    /// The pointers are terminated, and valid until the string changes.
+    /// @{
+    const std::string& toStdString() const { return *m_text; } ///< The held bytes.
+    std::string& toStdString();                                ///< The held bytes, to be changed.
+    const char* c_str() const { return m_text->c_str(); }      ///< The bytes, terminated.
+    const char* toCString() const { return m_text->c_str(); }  ///< The bytes, terminated.
+    const char* tocs() const { return m_text->c_str(); }       ///< The bytes, terminated.
+    operator const char*() const { return m_text->c_str(); }   ///< The bytes, terminated.
+    explicit operator bool() const = delete;
+
+    /// The text read as UTF-8 up to the first zero byte; invalid bytes become U+FFFD and a leading byte order mark is
+    /// dropped.
+    QString toQString() const;
+    operator QString() const; ///< As toQString().
+
+    /// All bytes read as UTF-8, as UTF-16 code units also where wchar_t is wider; invalid bytes become U+FFFD.
+    std::wstring toWString() const;
+
+    YString toYString() const;  ///< All bytes.
+    operator YString() const;   ///< All bytes.
+    operator PrintfArg() const; ///< Refers to these bytes: valid until the string changes.
+
+    /// @brief The number that the text starts with, after white space, in the "C" locale; 0 when there is none.
+    /// A number beyond `int` keeps its low bits. Test with isInteger() first where the text must be checked.
+    int toInt() const;
+    /// @brief The number that the text starts with, after white space, in the "C" locale; 0 when there is none.
+    /// Test with isDouble() first where the text must be checked.
+    double toDouble() const;
+    /// The unsigned number that the text starts with, as a classic stream extracts it: 0 when there is none, the
+    /// largest value when it does not fit, and a leading "-" wraps around.
+    std::size_t toSizeT() const;
+    /// @}
+
+    /// @name Making texts
+    /// @{
+    static VoString ToString(double value); ///< Like C "%g": "2.5", six significant digits, whatever the locale.
+    static VoString Base64(double value);   ///< The exact bits of the value; see VoStringDoubleBase64Converter.
+    static VoString NewLine();              ///< "\r\n" on every platform.
+    /// The digits of |value|, padded with "0" to `width` digits, and "-" in front when negative: Pad(-5, 3) is "-005".
+    static VoString Pad(int value, int width);
+    static VoString Random(std::size_t length, RandomType type); ///< `length` independent, uniform characters.
+    static VoString FromWString(const std::wstring& text);       ///< The UTF-8 form of UTF-16 code units.
+    /// @}
+
+    static bool IsLetter(char c);     ///< Only `a`-`z` and `A`-`Z`, whatever the locale.
+    static bool IsWhiteSpace(char c); ///< Whether the global locale, now, classes c as space or blank.
+
+protected:
+    std::size_t find_case_insensitive(const char* needle, std::size_t length, std::size_t from) const override;
+    std::size_t find_case_sensitive(const char* needle, std::size_t length, std::size_t from) const override;
+
+private:
+    friend class VoStringView;
+    struct Private;
+
+    // Null when empty and of the classic locale: default construction and moves then cost no allocation.
+    std::unique_ptr<Private> m_private;
+    // The bytes in m_private, or a shared empty text; never null.
+    std::string* m_text;
+
+    VoString& appendByte(char c);
+    VoString& appendBytes(const char* bytes, std::size_t length);
+    Private& own();
+};
+
+/// Exchanges bytes and locales.
+inline void swap(VoString& a, VoString& b) noexcept
+{
+    a.swap(b);
+}
+
+// Views complete the results of trimmed(), substring() and tokenize().
+#include <Core/VoDeque.h>
+#include <Core/VoStringView.h>
+
+// Free operators deduce the foreign type exactly: with a converting parameter they would compete with each other and
+// with the foreign type's own operators.
+
+/// @name Comparison with QString and std::string
+/// The library's string decides how case counts, on either side.
+/// @{
+/// Equal texts.
+template <typename S, std::enable_if_t<vo::detail::IsForeignString<S>, int> = 0>
+bool operator==(const VoComparableString& a, const S& b)
+{
+    if constexpr (std::is_same_v<S, std::string>)
+        return a == VoStringView(b.data(), b.size());
+    else
+        return a == VoString(b);
+}
+/// Equal texts.
+template <typename S, std::enable_if_t<vo::detail::IsForeignString<S>, int> = 0>
+bool operator==(const S& a, const VoComparableString& b)
+{
+    return b == a;
+}
+/// Different texts.
+template <typename S, std::enable_if_t<vo::detail::IsForeignString<S>, int> = 0>
+bool operator!=(const VoComparableString& a, const S& b)
+{
+    return !(a == b);
+}
+/// Different texts.
+template <typename S, std::enable_if_t<vo::detail::IsForeignString<S>, int> = 0>
+bool operator!=(const S& a, const VoComparableString& b)
+{
+    return !(b == a);
+}
+/// @}
+
+/// @name Concatenation with QString and char
+/// @{
+/// Both texts, with the string's locale.
+template <typename Q, std::enable_if_t<std::is_same_v<Q, QString>, int> = 0>
+VoString operator+(const VoString& a, const Q& b)
+{
+    return a + VoString(b);
+}
+/// Both texts, with the string's locale.
+template <typename Q, std::enable_if_t<std::is_same_v<Q, QString>, int> = 0>
+VoString operator+(VoString&& a, const Q& b)
+{
+    return std::move(a) + VoString(b);
+}
+/// Both texts.
+template <typename Q, std::enable_if_t<std::is_same_v<Q, QString>, int> = 0>
+VoString operator+(const Q& a, const VoString& b)
+{
+    return VoString(a) + b;
+}
+/// The text and one byte.
+template <typename C, std::enable_if_t<std::is_same_v<C, char>, int> = 0>
+VoString operator+(const VoString& a, C b)
+{
+    return a + VoStringView(&b, 1);
+}
+/// The text and one byte.
+template <typename C, std::enable_if_t<std::is_same_v<C, char>, int> = 0>
+VoString operator+(VoString&& a, C b)
+{
+    a += b;
+    return std::move(a);
+}
+/// One byte and the text.
+template <typename C, std::enable_if_t<std::is_same_v<C, char>, int> = 0>
+VoString operator+(C a, const VoString& b)
+{
+    return VoString(a) + b;
+}
+/// @}
+
+/// @cond INTERNAL
+template <typename T, std::enable_if_t<vo::detail::IsArithmeticButNotChar<T>, int> = 0>
+void operator+(const VoString&, T) = delete;
+template <typename T, std::enable_if_t<vo::detail::IsArithmeticButNotChar<T>, int> = 0>
+void operator+(T, const VoString&) = delete;
+/// @endcond
+
+/// Agrees with the case-insensitive `==` among strings whose locales fold alike.
+template <>
+struct VOCORE_EXPORT std::hash<VoString>
+{
+    std::size_t operator()(const VoString& string) const noexcept; ///< Of the folded bytes.
+};

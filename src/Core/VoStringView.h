@@ -1,0 +1,73 @@
+#pragma once
+
+#include <Core/VoComparableString.h>
+
+#include <functional>
+
+/// A range of bytes of a VoString or of a text, without a copy, with the locale of the string that it views.
+///
+/// It does not own the bytes: it is valid while the viewed string lives and is unchanged. Moving the string does not
+/// disturb it, and views made of views refer to the original bytes. The bytes need not be terminated.
+///
+/// A cheap value: making and copying one allocates nothing.
+class VOCORE_EXPORT VoStringView : public VoComparableString
+{
+public:
+    /// As large a length as any: "to the end".
+    static constexpr std::size_t npos = static_cast<std::size_t>(-1);
+
+    VoStringView();                          ///< An empty view.
+    VoStringView(const VoString& string);    ///< All bytes of the string.
+    VoStringView(const VoString&&) = delete; ///< Would dangle.
+    /// Like VoString::substring().
+    /// @throws VoIndexOutOfBoundsException with pos and the size, when pos > string.size()
+    VoStringView(const VoString& string, std::size_t pos, std::size_t length);
+    VoStringView(const VoString&&, std::size_t, std::size_t) = delete; ///< Would dangle.
+    VoStringView(const char* text);                      ///< The bytes up to the terminator, with the global locale.
+    VoStringView(const char* bytes, std::size_t length); ///< `length` bytes, with the global locale.
+
+    VoStringView(const VoStringView& other);
+    VoStringView(VoStringView&& other) noexcept; ///< `other` becomes an empty view.
+    ~VoStringView() override;
+    VoStringView& operator=(const VoStringView& other);
+    VoStringView& operator=(VoStringView&& other) noexcept; ///< `other` becomes an empty view.
+
+    std::size_t size() const final;
+    bool isEmpty() const { return size() == 0; } ///< Whether there is no byte.
+    const char& at(std::size_t index) const final;
+    const char& operator[](std::size_t index) const final;
+    const std::locale& locale() const final;
+    VoStringView substring(std::size_t pos) const; ///< The view from `pos` to the end; see the other form.
+    VoStringView substring(std::size_t pos, std::size_t length) const final;
+
+    /// The index of the last byte equal to c (exactly) at or before the index `from`.
+    /// @throws VoNotFoundException "Item not found: " + c, when there is none
+    std::size_t findLastOf(char c, std::size_t from = npos) const;
+
+    int toInt() const;         ///< Like VoString::toInt().
+    QString toQString() const; ///< Like VoString::toQString().
+    VoString toString() const; ///< A copy of the bytes that owns them, with the global locale.
+
+protected:
+    std::size_t find_case_insensitive(const char* needle, std::size_t length, std::size_t from) const override;
+    std::size_t find_case_sensitive(const char* needle, std::size_t length, std::size_t from) const override;
+
+private:
+    friend class VoComparableString;
+    friend class VoString;
+    struct Private;
+
+    explicit VoStringView(Private&& state) noexcept;
+    Private& state() noexcept;
+    const Private& state() const noexcept;
+
+    // Holds a Private in place: a heap object for each token would cost more than finding it.
+    alignas(void*) unsigned char m_private[4 * sizeof(void*)];
+};
+
+/// Agrees with the case-insensitive `==` and with the hash of a VoString of the same bytes.
+template <>
+struct VOCORE_EXPORT std::hash<VoStringView>
+{
+    std::size_t operator()(const VoStringView& view) const noexcept; ///< Of the folded bytes.
+};
