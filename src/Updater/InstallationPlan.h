@@ -1,0 +1,55 @@
+#pragma once
+
+#include <Core/VoDeque.h>
+#include <Core/VoExport.h>
+#include <Core/VoString.h>
+#include <Core/VoUUID.h>
+#include <Core/VoVersion.h>
+#include <FileSystem/VoFilePath.h>
+#include <Updater/ChunkListing.h>
+#include <Updater/PackageDifferences.h>
+
+#include <cstdint>
+
+namespace vo::updater {
+
+/// What an installation would do, known before a byte moves. A plain value.
+struct VOCORE_EXPORT InstallationPlan
+{
+    /// One file to add, rewrite or remove.
+    struct VOCORE_EXPORT File
+    {
+        FileDifference::Type type; ///< What happens to it.
+        VoUUID id;                 ///< The file's ID.
+        VoFilePath path;           ///< Where it is or will be installed.
+        std::uint64_t bytes;       ///< Length of the new content; of a removed file that of the old one.
+    };
+
+    VoUUID packageID{""};          ///< The package.
+    VoUUID versionID{""};          ///< The release to install.
+    VoString name;                 ///< The release's display name.
+    VoVersion version;             ///< The release's version.
+    bool isInstalled = false;      ///< Whether some release of the package is installed.
+    VoUUID installedVersionID{""}; ///< That release; empty when none is installed.
+    VoVersion installedVersion;    ///< Its version.
+
+    VoDeque<File> files;                ///< What changes on disk, in the order in which the installer goes through it.
+    VoDeque<ChunkListing> chunks;       ///< The chunks to fetch, in the order of the advert.
+    VoDeque<ChunkListing> stagedChunks; ///< Needed chunks that an interrupted run has left whole; not fetched again.
+
+    std::uint64_t addedFiles = 0;     ///< Number of files to add.
+    std::uint64_t modifiedFiles = 0;  ///< Number of files to rewrite: changed, missing, resized or moved.
+    std::uint64_t removedFiles = 0;   ///< Number of files to remove.
+    std::uint64_t unchangedFiles = 0; ///< Number of files that stay as they are.
+    std::uint64_t bytesToFetch = 0;   ///< Total size of `chunks`.
+    std::uint64_t bytesToWrite = 0;   ///< Total length of the added and modified files.
+    std::uint64_t bytesToRemove = 0;  ///< Total length of the removed files.
+
+    bool isEmpty() const; ///< Whether every file is in place already.
+    /// Whether the release is already the one recorded and there is nothing to do.
+    bool isUpToDate() const;
+    /// Whether an older version would replace a newer one. The build type plays no part.
+    bool isDowngrade() const;
+};
+
+} // namespace vo::updater

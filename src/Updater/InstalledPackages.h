@@ -1,0 +1,121 @@
+#pragma once
+
+#include <Core/VoDeque.h>
+#include <Core/VoPair.h>
+#include <Core/VoSharedPtr.h>
+#include <Core/VoUUID.h>
+#include <Core/VoUniquePtr.h>
+#include <Core/VoVersion.h>
+#include <Threading/VoReceiver.h>
+#include <Updater/InstallationPlan.h>
+#include <Updater/InstalledPackageListing.h>
+#include <Updater/UpdateMessages.h>
+#include <Updater/VerificationReport.h>
+#include <Updater/XMLObject.h>
+
+#include <functional>
+#include <memory>
+
+namespace vo::updater {
+
+/// The registry of what is installed, and the way to install, repair and uninstall.
+///
+///     <update directory>\installed\packages.xml       the registry:
+///         <packages>
+///             <package id version/> ...
+///         </packages>
+///     <update directory>\installed\<packageID>.xml    one listing for each package
+///
+/// All operations are static and work on one registry a process, read when first used and again whenever the update
+/// directory changes. Installing, repairing and uninstalling exclude each other, also between processes; each of them
+/// reads the registry anew before it changes it. They may be called on any thread; receivers are called on the thread
+/// that does the work and may use Package, Packages and Connect.
+///
+/// A process may be killed at any moment: the same call made again ends in the same files, registry and listing as if
+/// it had run through at once. Listings and registry are replaced atomically, the listing first.
+///
+/// Failures that Install, Repair and Uninstall share: VoInvalidCallException ("An installation is already running")
+/// when this thread is in one of them already, as a receiver is. A registry file that is there but cannot be read is
+/// never replaced: everything that needs it throws VoNullPointerException ("VoUniquePtr dereferencing nullptr") after
+/// logging an error with its path.
+class VOCORE_EXPORT InstalledPackages : public XMLObject
+{
+public:
+    /// Receives the messages of all operations.
+    [[nodiscard]] static VoReceiver Connect(std::function<void(const VoSharedPtr<AbstractMessage>&)> callback);
+
+    /// @{
+    /// Installs a release from its definition file or from the URL of its advert, over the installed release of the
+    /// package if there is one, and records it. A relative directory is taken from the current one.
+    ///
+    /// Installing an older version than the installed one is done, with a warning. Every failure, that of reading the
+    /// definition included, throws VoInstallationFailedException with "Installation failed: " and the cause's text;
+    /// another process that is installing is the failure "File already locked: " + path. The registry is unchanged
+    /// then. A registry that cannot be written after the listing was written is only logged: the next operation on the
+    /// package mends it. Until the download service exists the second form always fails so.
+    static void Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
+                        VoStopFlag stop);
+    static void Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop);
+    /// @}
+
+    /// What Install would do, without doing it; see PackageInstaller::plan. Throws what reading the definition throws.
+    static InstallationPlan Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory);
+
+    /// @{
+    /// Removes a package's files, the directories that installing it created where nothing else is in them, and its
+    /// record. Files that the package did not bring stay, and so do the directories they lie in.
+    ///
+    /// For a package without listing only its entry in the registry is dropped, with a warning; one that is not
+    /// installed at all only warns. What an interrupted installation left is removed as well. A file that cannot be
+    /// deleted does not stop the rest: it stays recorded, and the call ends with UninstallFailedMessage and the
+    /// VoFileException. A listing that cannot be read throws what reading it throws, and nothing is removed. Throws
+    /// VoFileLockedException when another process is installing, VoValidationException ("Invalid identifier: " +
+    /// packageID), VoUserCancelledException when the flag is raised: the same call goes on where it stopped.
+    static void Uninstall(const VoUUID& packageID);
+    static void Uninstall(const VoUUID& packageID, VoStopFlag stop);
+    /// @}
+
+    /// The listing of an installed package. Throws VoFileNotFoundException when there is none, VoValidationException
+    /// ("Invalid identifier: " + packageID), and what reading a damaged one throws.
+    static VoUniquePtr<InstalledPackageListing> Package(const VoUUID& packageID);
+    /// Package ID and version of everything installed, in the order of first installation. As this process knows it:
+    /// changes by other processes are seen after the next operation.
+    static VoDeque<VoPair<VoUUID, VoVersion>> Packages();
+    /// Where the listing of a package is kept. Throws VoValidationException ("Invalid identifier: " + packageID) for an
+    /// ID that cannot be a file's name.
+    static VoFilePath InstalledPackageListingPath(const VoUUID& packageID);
+
+    /// Checks every installed file of a package against its listing, and looks for files that do not belong to it
+    /// below the directories that were created for it. Changes nothing and takes no lock; reports on files that an
+    /// operation running at the same time is replacing are of no value. Progress and findings are also broadcast.
+    /// Throws as Package, and VoUserCancelledException.
+    static VerificationReport Verify(const VoUUID& packageID, VoStopFlag stop);
+
+    /// Reinstalls the missing and changed files of an installed release from its definition file, fetching only the
+    /// chunks that these need. Returns what was found before; nothing is written when the package was intact. Throws
+    /// VoInstallationFailedException as Install does, also when the package is not installed or the definition is that
+    /// of another release than the installed one.
+    static VerificationReport Repair(const VoFilePath& definitionFile, VoStopFlag stop);
+
+    /// @{ A registry object is only made by reading one; see the static operations.
+    InstalledPackages();
+    explicit InstalledPackages(VoXMLStreamElementLoader& element);
+    InstalledPackages(const InstalledPackages& other);
+    InstalledPackages& operator=(const InstalledPackages& other);
+    ~InstalledPackages() override;
+    /// @}
+
+    Type objectType() const override;
+    void writeElements(VoXMLElementWriter& element) const override;
+
+private:
+    struct Shared;
+    struct Operation;
+    static Shared& State();
+    static InstalledPackages& Get();
+
+    struct Private;
+    std::unique_ptr<Private> m_private;
+};
+
+} // namespace vo::updater

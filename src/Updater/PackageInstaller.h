@@ -1,0 +1,49 @@
+#pragma once
+
+#include <Updater/AbstractPackageInstaller.h>
+#include <Updater/InstallationPlan.h>
+#include <Updater/PackageDifferences.h>
+
+namespace vo::updater {
+
+/// Installs a release over the one that is installed, if any, writing only the files that differ.
+///
+/// Files that differ are those that the two listings tell apart, and the unchanged ones that are missing on disk, have
+/// another size, or were installed elsewhere; contents are not read to decide this. All new files are first built
+/// beside their places (path + ".vonew") and checked, then all are renamed into place, then files that the release no
+/// longer has are deleted, and recorded directories left empty by this with them. What the run is about to create is
+/// noted on disk first, so that a process killed at any moment leaves nothing that the next installation or
+/// uninstallation of the package does not find.
+class VOCORE_EXPORT PackageInstaller : public AbstractPackageInstaller
+{
+public:
+    /// Compares the advert with the installed release that the registry has a listing of; a listing that cannot be read
+    /// counts as none, with a warning. Throws VoNullPointerException for an empty pointer.
+    PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory);
+    ~PackageInstaller() override;
+
+    /// What differs from the installed release, in the order in which it is worked through.
+    const PackageDifferences& differences() const;
+
+    /// What run() would do. Reads the staged chunks to tell which of them need not be fetched again, and changes
+    /// nothing. Throws VoValidationException for an advert that is unsafe or unsound, as run() would refuse it.
+    InstallationPlan plan() const;
+
+    VoUniquePtr<InstalledPackageListing> install(VoStopFlag stop) override;
+    VoDeque<ChunkListing> requiredChunks() const override;
+
+private:
+    friend class InstalledPackages;
+    friend class PackageVerifier;
+
+    /// For a caller that knows what is installed (null: nothing) and where the run keeps its things.
+    PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
+                     VoUniquePtr<InstalledPackageListing> installed, const detail::InstallerSettings& settings);
+
+    void verify(const VoStopFlag& stop);
+
+    struct Private;
+    std::unique_ptr<Private> m_private;
+};
+
+} // namespace vo::updater
