@@ -1,0 +1,34 @@
+#pragma once
+
+#include <XML/VoXMLElementReader.h>
+
+class QDomElement;
+
+/// Reads one element of a DOM tree in the interface of the stream's element readers. Text and children can be read at
+/// any time and any number of times.
+class VOCORE_EXPORT VoXMLDomElementReader : public VoXMLElementReader
+{
+public:
+    /// Reads an element of the caller's document, which shares its content; name and attributes are taken now. Throws
+    /// VoNullDomElementException for a null element.
+    explicit VoXMLDomElementReader(const QDomElement& element);
+    VoXMLDomElementReader(const VoXMLDomElementReader&) = delete;
+    VoXMLDomElementReader& operator=(const VoXMLDomElementReader&) = delete;
+    ~VoXMLDomElementReader() override; ///< Leaves the tree as it is.
+
+    const VoXMLAttributeSet& attributes() const override;
+    Children& children() override; ///< May be walked any number of times.
+    bool hasAttribute(const VoString& name) const override;
+    const VoString& name() const override;
+    VoString readAttribute(const VoString& name) override;
+    double readAttributeBase64(const VoString& name) const override;
+    VoString readText() override;
+    double readTextBase64() const override;
+
+private:
+    struct Private;
+    class DomChildren;
+    class DomImplementation;
+
+    std::unique_ptr<Private> d;
+};

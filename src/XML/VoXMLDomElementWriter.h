@@ -1,0 +1,44 @@
+#pragma once
+
+#include <XML/VoXMLElementWriter.h>
+
+class QDomElement;
+
+/// Writes one element of a DOM tree, by the same rules as the stream writer: attributes first, no name twice, then one
+/// run of text or child elements.
+///
+/// Elements that are written may be kept and written to in any order; destroying a writer changes nothing in the tree.
+class VOCORE_EXPORT VoXMLDomElementWriter : public VoXMLElementWriter
+{
+public:
+    /// Writes into an element of the caller's document, which shares its content. Throws VoNullDomElementException for
+    /// a null element.
+    explicit VoXMLDomElementWriter(const QDomElement& element);
+    VoXMLDomElementWriter(const VoXMLDomElementWriter&) = delete;
+    VoXMLDomElementWriter& operator=(const VoXMLDomElementWriter&) = delete;
+    ~VoXMLDomElementWriter() override; ///< Leaves the tree as it is.
+
+    /// Appends a child element in a namespace. Throws VoInvalidXMLOperation "Character not allowed in XML" as the
+    /// stream writer does.
+    std::unique_ptr<VoXMLElementWriter> createElement(const VoString& name, const VoString& namespaceUri) override;
+    /// Appends a child element without a namespace; otherwise as above.
+    std::unique_ptr<VoXMLElementWriter> createElement(const VoString& name) override;
+
+    const QDomElement& element() const; ///< The element of the tree.
+
+protected:
+    /// Throws VoInvalidXMLAttributeName for a name with white space or a repeated one, VoInvalidXMLOperation "Illegal
+    /// attribute write" when the element has text or children.
+    void onWriteAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri) override;
+    /// The same without a namespace.
+    void onWriteAttribute(const VoString& name, const VoString& value) override;
+    /// Throws VoInvalidXMLOperation "Illegal write text call" when the element has text or children.
+    void onWriteText(const VoString& text) override;
+
+private:
+    struct Private;
+
+    void requireAttribute(const VoString& name, const VoString& value) const;
+
+    std::unique_ptr<Private> d;
+};
