@@ -1,0 +1,87 @@
+#pragma once
+
+#include <Core/VoExport.h>
+
+#include <cstddef>
+#include <iosfwd>
+#include <memory>
+
+/// An owned sequence of bytes.
+///
+/// Its size and the memory it has allocated are apart: allocate() reserves without touching the memory, resize() and
+/// expandTo() change the size within it or take more. Where memory cannot be had, VoBadAllocException is thrown and the
+/// array is unchanged.
+class VOCORE_EXPORT VoByteArray
+{
+public:
+    VoByteArray() noexcept;
+    explicit VoByteArray(std::size_t size);            ///< @p size zero bytes.
+    VoByteArray(const char* bytes, std::size_t count); ///< A copy of @p count bytes.
+    VoByteArray(const VoByteArray& other);
+    VoByteArray(VoByteArray&& other) noexcept; ///< @p other is empty afterwards.
+    VoByteArray& operator=(const VoByteArray& other);
+    VoByteArray& operator=(VoByteArray&& other) noexcept; ///< @p other is empty afterwards.
+    ~VoByteArray();
+
+    /// @name The bytes
+    /// Null when nothing was ever allocated. They move when the array grows beyond allocatedSize().
+    /// @{
+    char* data() noexcept;
+    const char* data() const noexcept;
+    const char* cdata() const noexcept;
+    /// @}
+
+    std::size_t size() const noexcept;          ///< The number of bytes.
+    bool isEmpty() const noexcept;              ///< Whether size() is 0.
+    std::size_t allocatedSize() const noexcept; ///< How many bytes the allocated memory can hold.
+
+    char& operator[](std::size_t index) noexcept;             ///< Unchecked.
+    const char& operator[](std::size_t index) const noexcept; ///< Unchecked.
+
+    /// Checked: throws VoIndexOutOfBoundsException(index, size()). @{
+    char& at(std::size_t index);
+    const char& at(std::size_t index) const;
+    /// @}
+
+    /// Sees to it that @p count bytes can be held without allocating again; never less than size(). Size and bytes
+    /// stay.
+    void allocate(std::size_t count);
+
+    void resize(std::size_t size);                     ///< Keeps the bytes up to @p size; new ones are zero.
+    void expandTo(std::size_t size);                   ///< As resize(), but never makes the array shorter.
+    void append(const char* bytes, std::size_t count); ///< Adds a copy of the bytes, which must not be the array's own.
+    void clear() noexcept;                             ///< Makes the array empty and keeps its memory.
+
+    /// The bytes in Qt's compressed form: their number as four bytes, most significant first, then a zlib stream.
+    /// Nothing compresses to four zero bytes. @p level is 0 (store) to 9 (smallest); any other value is zlib's default.
+    ///
+    /// Throws VoOverflowException from 2147483648 bytes on ("Cannot compress byte array as length is beyond maximum
+    /// allowed size. Array size " ...).
+    VoByteArray compress(int level = -1) const;
+
+    /// Reverses compress(). Memory is taken according to the leading number only after that has been found possible for
+    /// the size of the stream, and the stream must give exactly so many bytes; bytes after the stream are ignored.
+    ///
+    /// Throws VoInvalidConversionException("Cannot decompress byte array as data is invalid"), and VoOverflowException
+    /// like compress() ("Cannot decompress byte array ..."). An empty array gives an empty array.
+    VoByteArray decompress() const;
+
+    friend VOCORE_EXPORT bool operator==(const VoByteArray& a, const VoByteArray& b) noexcept; ///< Compares bytes.
+    friend VOCORE_EXPORT bool operator!=(const VoByteArray& a, const VoByteArray& b) noexcept; ///< Compares bytes.
+
+private:
+    struct Free
+    {
+        void operator()(char* memory) const noexcept;
+    };
+
+    void grow(std::size_t needed);
+
+    std::unique_ptr<char, Free> m_bytes;
+    std::size_t m_size = 0;
+    std::size_t m_allocated = 0;
+};
+
+/// @relates VoByteArray
+/// Writes the size and the first bytes in hexadecimal, for messages and tests.
+VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, const VoByteArray& array);

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <Core/VoByteArray.h>
+#include <Core/VoExport.h>
+#include <Core/VoForward.h>
+
+#include <cstddef>
+
+/// A byte buffer that never holds more than the capacity given when it was made. Memory is taken when the first bytes
+/// arrive, and once.
+class VOCORE_EXPORT VoByteBuffer
+{
+public:
+    explicit VoByteBuffer(std::size_t capacity);
+    VoByteBuffer(const VoByteBuffer& other);
+    VoByteBuffer(VoByteBuffer&& other) noexcept; ///< @p other is empty and of capacity 0 afterwards.
+    VoByteBuffer& operator=(const VoByteBuffer& other);
+    VoByteBuffer& operator=(VoByteBuffer&& other) noexcept; ///< @p other is empty and of capacity 0 afterwards.
+    ~VoByteBuffer();
+
+    /// Appends one byte; throws VoBufferOverflowException when the buffer is full.
+    VoByteBuffer& operator<<(char byte);
+
+    /// Reads from @p stream until the buffer is full or the stream at its end; returns the number of bytes taken.
+    /// Throws VoIOException when the stream cannot be read; the buffer is unchanged then.
+    std::size_t grab(VoFileInputByteStream& stream);
+
+    bool isEmpty() const noexcept;
+    bool isFull() const noexcept;
+    std::size_t size() const noexcept;     ///< The number of bytes held.
+    std::size_t capactiy() const noexcept; ///< The largest number of bytes that can be held; the name is kept as it is.
+
+    char* data() noexcept;
+    const char* data() const noexcept;
+
+    char& operator[](std::size_t index) noexcept;             ///< Unchecked.
+    const char& operator[](std::size_t index) const noexcept; ///< Unchecked.
+
+    /// Keeps the bytes up to @p size, new ones are zero; throws VoBufferOverflowException beyond the capacity.
+    void resize(std::size_t size);
+
+    void clear() noexcept; ///< Makes the buffer empty.
+
+    const VoByteArray& bytes() const noexcept; ///< What the buffer holds.
+    VoByteArray take();                        ///< Hands out what the buffer holds and leaves it empty.
+
+private:
+    void prepare();
+
+    VoByteArray m_bytes;
+    std::size_t m_capacity;
+};
