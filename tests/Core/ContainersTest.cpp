@@ -1,0 +1,253 @@
+#include <VoTestSupport.h>
+
+#include <Core/VoDeque.h>
+#include <Core/VoHostTypes.h>
+#include <Core/VoList.h>
+#include <Core/VoMathsException.h>
+#include <Core/VoNumericMatrix.h>
+#include <Core/VoPair.h>
+#include <Core/VoSharedPtr.h>
+#include <Core/VoUniquePtr.h>
+#include <Core/VoVector.h>
+#include <Core/VoWeakPtr.h>
+#include <Maths/VoMaths.h>
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <deque>
+#include <limits>
+#include <random>
+#include <regex>
+#include <set>
+#include <string>
+
+namespace {
+
+struct Base
+{
+    explicit Base(int* deaths)
+        : m_deaths(deaths)
+    {
+    }
+    Base(const Base&) = delete;
+    Base& operator=(const Base&) = delete;
+    virtual ~Base() { ++*m_deaths; }
+    int* m_deaths;
+};
+
+struct Derived : Base
+{
+    using Base::Base;
+    int value = 7;
+};
+
+struct Other : Base
+{
+    using Base::Base;
+};
+
+} // namespace
+
+TEST(VoDeque, randomOperationsAgreeWithTheStandardDeque)
+{
+    std::mt19937 random(20240601);
+    VoDeque<int> ours;
+    std::deque<int> theirs;
+    for (int step = 0; step < 5000; ++step) {
+        const int value = static_cast<int>(random() % 1000);
+        switch (random() % 8) {
+        case 0:
+        case 1:
+            ours.pushBack(value);
+            theirs.push_back(value);
+            break;
+        case 2:
+            ours.pushFront(value);
+            theirs.push_front(value);
+            break;
+        case 3:
+            if (theirs.empty()) {
+                EXPECT_THROW_MSG(ours.popBack(), VoIndexOutOfBoundsException, "Index out of bounds [0,0]");
+            } else {
+                ours.popBack();
+                theirs.pop_back();
+            }
+            break;
+        case 4:
+            if (theirs.empty()) {
+                EXPECT_THROW_MSG(ours.popFront(), VoIndexOutOfBoundsException, "Index out of bounds [0,0]");
+            } else {
+                ours.popFront();
+                theirs.pop_front();
+            }
+            break;
+        case 5: {
+            const auto at = static_cast<std::ptrdiff_t>(random() % (theirs.size() + 1));
+            ours.insert(ours.begin() + at, value);
+            theirs.insert(theirs.begin() + at, value);
+            break;
+        }
+        case 6:
+            if (!theirs.empty()) {
+                const auto at = static_cast<std::ptrdiff_t>(random() % theirs.size());
+                ours.erase(ours.begin() + at);
+                theirs.erase(theirs.begin() + at);
+            }
+            break;
+        default:
+            ASSERT_EQ(theirs.size(), ours.size());
+            EXPECT_EQ(std::find(theirs.begin(), theirs.end(), value) != theirs.end(), ours.contains(value));
+        }
+    }
+    ASSERT_EQ(theirs.size(), ours.size());
+    for (std::size_t i = 0; i < theirs.size(); ++i)
+        ASSERT_EQ(theirs[i], ours[i]) << i;
+}
+
+TEST(VoDeque, everyAccessBeyondTheEndIsRefused)
+{
+    VoDeque<VoString> deque{VoString("a"), VoString("b")};
+    EXPECT_THROW_MSG(deque[2], VoIndexOutOfBoundsException, "Index out of bounds [2,2]");
+    EXPECT_THROW_MSG(deque.at(9), VoIndexOutOfBoundsException, "Index out of bounds [9,2]");
+    deque.clear();
+    EXPECT_THROW_MSG(deque.front(), VoIndexOutOfBoundsException, "Index out of bounds [0,0]");
+    EXPECT_THROW_MSG(deque.back(), VoIndexOutOfBoundsException, "Index out of bounds [0,0]");
+    EXPECT_THROW_MSG(VoList<int>().popFront(), VoIndexOutOfBoundsException, "Index out of bounds [0,0]");
+    EXPECT_THROW_MSG(VoVector<int>{1}[1], VoIndexOutOfBoundsException, "Index out of bounds [1,1]");
+}
+
+TEST(VoDeque, canBeAppendedToItselfAndIsEmptyAfterAMove)
+{
+    VoDeque<int> deque{1, 2};
+    deque.append(deque);
+    EXPECT_EQ((VoDeque<int>{1, 2, 1, 2}), deque);
+    VoDeque<int> moved(std::move(deque));
+    EXPECT_EQ(4u, moved.size());
+    deque = VoDeque<int>{5};
+    EXPECT_EQ(5, deque.front());
+}
+
+TEST(VoUniquePtr, ownsConvertsAndRefusesToDereferenceNothing)
+{
+    int deaths = 0;
+    {
+        VoUniquePtr<Base> base = VoUniquePtr<Derived>::Make(&deaths);
+        EXPECT_TRUE(DynamicCast<Other>(std::move(base)).isNull());
+        ASSERT_TRUE(base) << "a failed cast must leave the object where it was";
+        VoUniquePtr<Derived> derived = DynamicCast<Derived>(std::move(base));
+        EXPECT_EQ(7, derived->value);
+        EXPECT_THROW_MSG(*base, VoNullPointerException, "VoUniquePtr dereferencing nullptr");
+        EXPECT_THROW_MSG(base->m_deaths, VoNullPointerException, "VoUniquePtr dereferencing nullptr");
+        EXPECT_EQ(0, deaths);
+    }
+    EXPECT_EQ(1, deaths);
+}
+
+TEST(VoSharedPtr, sharesAcrossCastsAndWeakPointersNoticeTheEnd)
+{
+    int deaths = 0;
+    VoWeakPtr<Base> weak;
+    EXPECT_TRUE(weak.expired());
+    {
+        VoSharedPtr<Derived> derived(VoUniquePtr<Derived>::Make(&deaths));
+        VoSharedPtr<Base> base = derived;
+        weak = VoWeakPtr<Derived>(derived);
+        EXPECT_EQ(base, derived);
+        EXPECT_EQ(2, base.useCount());
+        EXPECT_EQ(7, base.dynamicCast<Derived>()->value);
+        EXPECT_TRUE(base.dynamicCast<Other>().isNull());
+        std::shared_ptr<Base> standard = base;
+        derived.reset();
+        base.reset();
+        EXPECT_EQ(&deaths, weak->m_deaths);
+        EXPECT_EQ(0, deaths);
+    }
+    EXPECT_EQ(1, deaths);
+    EXPECT_TRUE(weak.expired());
+    EXPECT_THROW_MSG(weak->m_deaths, VoNullPointerException, "VoSharedPtr dereferencing nullptr");
+    EXPECT_THROW_MSG(*VoSharedPtr<int>(), VoNullPointerException, "VoSharedPtr dereferencing nullptr");
+}
+
+TEST(VoMatrix, checkedAccessNamesTheOffendingIndexAndItsBound)
+{
+    VoMatrix<int> matrix(2, 3, 1);
+    matrix.at(1, 2) = 5;
+    EXPECT_EQ(5, matrix.data()[5]) << "row by row";
+    EXPECT_THROW_MSG(matrix.at(2, 0), VoIndexOutOfBoundsException, "Index out of bounds [2,2]");
+    EXPECT_THROW_MSG(matrix.at(0, 3), VoIndexOutOfBoundsException, "Index out of bounds [3,3]");
+    matrix.column(2)[0].get() = 9;
+    EXPECT_EQ(9, matrix(0, 2)) << "the references of a column lead into the matrix";
+    EXPECT_THROW_MSG(matrix.row(2), VoIndexOutOfBoundsException, "Index out of bounds [2,2]");
+    const std::size_t half = std::numeric_limits<std::size_t>::max() / 2;
+    EXPECT_THROW_MSG((VoMatrix<int>(half, half)), VoOverflowException, "Overflow - result too large");
+}
+
+TEST(VoNumericMatrix, rowOperationsSolveALinearSystem)
+{
+    VoNumericMatrix<double> m(2, 3);
+    const std::array<double, 6> cells{0, 2, 8, 3, 1, 10};
+    std::copy(cells.begin(), cells.end(), m.data());
+    m.swapRows(0, 1);
+    m.divideRow(0, 3);
+    m.multiplyRow(1, 0.5);
+    m.addScaledRow(0, 1, -1.0 / 3);
+    EXPECT_DOUBLE_EQ(2, m(0, 2));
+    EXPECT_DOUBLE_EQ(4, m(1, 2));
+    EXPECT_DOUBLE_EQ(4, m.transposed()(2, 1));
+}
+
+TEST(HostTypes, guidsAreDistinctVersionFourTextsInBraces)
+{
+    const std::regex form("\\{[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}\\}");
+    std::set<std::string> seen;
+    for (int i = 0; i < 200; ++i) {
+        const std::string text = sp_GetGUID().toStdString();
+        EXPECT_TRUE(std::regex_match(text, form)) << text;
+        EXPECT_TRUE(seen.insert(text).second) << text;
+    }
+}
+
+TEST(HostTypes, theHashTableIteratesInOrderOfItsKeys)
+{
+    YHashTable<std::string> table;
+    for (const int key : {5, -1, 3, 5})
+        table.insert(key, std::to_string(key));
+    EXPECT_FALSE(table.remove(4));
+    EXPECT_TRUE(table.remove(3));
+    std::string keys;
+    for (const auto& [key, value] : table)
+        keys += value + ";";
+    EXPECT_EQ("-1;5;", keys);
+    EXPECT_EQ(nullptr, table.find(3));
+}
+
+TEST(VoMaths, randomIntegersCoverTheClosedRangeEvenly)
+{
+    std::array<int, 6> counts{};
+    for (int i = 0; i < 6000; ++i) {
+        const long long value = VoMaths::RandomInteger(-2, 3);
+        ASSERT_GE(value, -2);
+        ASSERT_LE(value, 3);
+        ++counts[static_cast<std::size_t>(value + 2)];
+    }
+    for (const int count : counts) {
+        EXPECT_GT(count, 800); // 1000 expected; seven standard deviations away
+        EXPECT_LT(count, 1200);
+    }
+    const long long whole = VoMaths::RandomInteger(INT64_MIN, INT64_MAX);
+    EXPECT_EQ(whole, VoMaths::RandomInteger(whole, whole));
+    EXPECT_THROW_MSG(VoMaths::RandomInteger(1, 0), VoInvalidParameterException, "Empty range");
+}
+
+TEST(VoMaths, nearEqualityIsRelativeWithASmallAbsoluteFloor)
+{
+    const double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_TRUE(VoMaths::NearlyEqual(1e20, 1e20 * (1 + 1e-10)));
+    EXPECT_FALSE(VoMaths::NearlyEqual(1e20, 1e20 * (1 + 1e-8)));
+    EXPECT_TRUE(VoMaths::NearlyEqual(0, 1e-13));
+    EXPECT_FALSE(VoMaths::NearlyEqual(0, 1e-11));
+    EXPECT_TRUE(VoMaths::NearlyEqual(infinity, infinity));
+    EXPECT_FALSE(VoMaths::NearlyEqual(infinity, 1e308));
+    EXPECT_FALSE(VoMaths::NearlyEqual(std::nan(""), std::nan("")));
+}
