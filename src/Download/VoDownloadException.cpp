@@ -3,7 +3,7 @@
 #include <Core/VoString.h>
 
 VoDownloadException::VoDownloadException()
-    : VoException(VoString("Download exception"))
+    : VoException("Download exception")
 {
 }
 
@@ -12,11 +12,4 @@ VoDownloadException::VoDownloadException(const VoString& message)
 {
 }
 
-VoDownloadException::VoDownloadException(const VoDownloadException& other) = default;
-VoDownloadException& VoDownloadException::operator=(const VoDownloadException& other) = default;
-VoDownloadException::~VoDownloadException() = default;
-
-const char* VoDownloadException::name() const
-{
-    return "VoDownloadException";
-}
+VOCORE_DEFINE_EXCEPTION(VoDownloadException, "VoDownloadException")

@@ -5,12 +5,8 @@
 /// A download that failed, or could not be made.
 class VOCORE_EXPORT VoDownloadException : public VoException
 {
+    VOCORE_EXCEPTION_CLASS(VoDownloadException)
 public:
-    VoDownloadException(); ///< "Download exception"
-    explicit VoDownloadException(const VoString& message);
-    VoDownloadException(const VoDownloadException& other);
-    VoDownloadException& operator=(const VoDownloadException& other);
-    ~VoDownloadException() override;
-
-    const char* name() const override;
+    VoDownloadException();                        ///< "Download exception"
+    VoDownloadException(const VoString& message); ///< The message.
 };

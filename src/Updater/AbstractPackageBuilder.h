@@ -38,7 +38,7 @@ public:
 
     private:
         struct Private;
-        std::unique_ptr<Private> d;
+        std::unique_ptr<Private> m_private;
     };
 
     virtual ~AbstractPackageBuilder();
@@ -79,7 +79,8 @@ public:
     /// called again after success. After a failure it may be called again and goes on where it stopped.
     void finalise(const VoFilePath& declarationsFile);
 
-    /// Receives the messages, on the thread that adds or finalises. What a callback throws is logged and ignored.
+    /// Receives the messages, on the thread that adds or finalises. A callback that throws VoUserCancelledException
+    /// ends the running call with it; whatever else a callback throws is logged and ignored.
     [[nodiscard]] VoReceiver connect(std::function<void(const VoSharedPtr<Message>&)> callback);
 
     const AdvertisedPackageListing& package() const; ///< The release as built so far.
@@ -102,12 +103,25 @@ protected:
     /// @}
 
 private:
+    class Session;
+    struct Private;
+
+    void addFile(const VoFilePath& source, const VoFilePath& target);
+    void addDirectory(const VoDirectoryPath& directory, const VoFilePath& declarationsFile);
+    AdvertisedFileListing packFile(const VoFilePath& source, const VoFilePath& target);
+
     VoFilePath chunkIntermediatePath(const VoUUID& chunkID) const;
     static VoFilePath chunkTargetPath(const VoUUID& chunkID);
     void writeChunk();
 
-    struct Private;
-    std::unique_ptr<Private> d;
+    void warnOfOwnOutput(const VoFilePath& declarationsFile) const;
+    void makeReleaseDirectory(const VoDirectoryPath& release, const VoDirectoryPath& chunks);
+    void moveChunks(const VoDirectoryPath& directory);
+
+    void announce(const VoString& text);
+    VoString labelled(const VoString& text) const;
+
+    std::unique_ptr<Private> m_private;
 };
 
 } // namespace vo::updater

@@ -51,7 +51,7 @@ public:
 
     private:
         struct Private;
-        std::unique_ptr<Private> d;
+        std::unique_ptr<Private> m_private; // empty in a moved-from object
     };
 
     /// No releases.
@@ -101,7 +101,7 @@ public:
 
 private:
     struct Private;
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private; // empty in a moved-from object
 };
 
 } // namespace vo::updater

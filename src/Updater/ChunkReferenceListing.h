@@ -36,7 +36,7 @@ public:
 
 private:
     struct Private;
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private; // empty in a moved-from object
 };
 
 } // namespace vo::updater

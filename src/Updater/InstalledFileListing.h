@@ -9,7 +9,7 @@ class VOCORE_EXPORT InstalledFileListing : public AbstractFileListing
 {
 public:
     InstalledFileListing();
-    /// Lists the file on disk: its checksum and size are taken from its content in one pass, and its ID is new.
+    /// Lists the file on disk: its checksum and size are taken from the disk, and its ID is new.
     /// Throws as VoChecksum does for a file that cannot be read.
     explicit InstalledFileListing(const VoFilePath& path);
     InstalledFileListing(const VoFilePath& path, const VoUUID& id, const VoChecksum& checksum,
@@ -32,7 +32,7 @@ public:
 
 private:
     struct Private;
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private; // empty in a moved-from object
 };
 
 } // namespace vo::updater

@@ -11,17 +11,28 @@ class AdvertisedPackageListing;
 
 namespace vo::updater::detail {
 
-/// @{ Throw VoValidationException with the text shown unless the value is safe.
+/// @name Single values
+/// Throw VoValidationException with the text shown unless the value is safe. An identifier must be fit to be a file
+/// name, a path must stay below the directory it will be appended to, and both must survive being written to XML and
+/// read again.
+/// @{
 VOCORE_PRIVATE_EXPORT void RequireSafeIdentifier(const VoUUID& id);           ///< "Invalid identifier: " + id
 VOCORE_PRIVATE_EXPORT void RequireSafeTarget(const VoFilePath& target);       ///< "Invalid target path: " + target
 VOCORE_PRIVATE_EXPORT void RequireSafeChunkPath(const VoFilePath& path);      ///< "Invalid chunk path: " + path
 VOCORE_PRIVATE_EXPORT void RequireSafeDefinitionPath(const VoFilePath& path); ///< "Invalid definition path: " + path
 /// @}
 
+/// A form of a text that is equal for texts which some file system takes for one name: Unicode case folding, wider than
+/// the folding of paths.
+VOCORE_PRIVATE_EXPORT VoString FoldedName(const VoString& text);
+
 /// Checks a whole advert: identifiers and paths as above, and that it is sound. Throws VoValidationException, with
 /// "Invalid package definition: " + what is wrong for a duplicate file ID, a target or chunk ID that occurs twice in
 /// any letter case, a target that is also a directory of another one, a reference to an unknown chunk, a negative size,
 /// pieces whose lengths do not add up to the file's size, or an offset and length that overflow.
+///
+/// Package and chunk IDs become file names and must be fit for that. Version and file IDs only have to be texts of 1 to
+/// 128 bytes without control characters, because messages and logs show them.
 VOCORE_PRIVATE_EXPORT void ValidatePackage(const AdvertisedPackageListing& package);
 
 } // namespace vo::updater::detail

@@ -7,6 +7,10 @@
 #include <Core/VoForward.h>
 #include <Core/VoUniquePtr.h>
 #include <XML/VoAbstractXMLStreamLoaderObject.h>
+#include <XML/VoXMLElementWriter.h>
+#include <XML/VoXMLStreamElementLoader.h>
+
+#include <utility>
 
 namespace vo::updater {
 class XMLObject;
@@ -19,10 +23,39 @@ namespace vo::updater::detail {
 VOCORE_PRIVATE_EXPORT VoUniquePtr<VoAbstractXMLStreamLoaderObject> LoadDocument(VoXMLStreamLoader& loader,
                                                                                 const VoFilePath& path);
 
+/// Logs a document that is well formed but something else than wanted, and throws VoNullPointerException(message).
+[[noreturn]] void FailLoading(const VoFilePath& path, const char* message);
+
 /// Writes a document with one root element of the given name, replacing the file atomically.
 VOCORE_PRIVATE_EXPORT void WriteDocument(const VoFilePath& path, const VoString& rootName, const XMLObject& root);
 
 /// Writes one child element named `name`, filled by `object`.
-VOCORE_PRIVATE_EXPORT void WriteChild(VoXMLElementWriter& parent, const VoString& name, const XMLObject& object);
+void WriteChild(VoXMLElementWriter& parent, const VoString& name, const XMLObject& object);
+
+/// The rule that builds a `T`.
+template <typename T>
+VoUniquePtr<VoAbstractXMLStreamLoaderObject> Build(VoXMLStreamElementLoader element)
+{
+    return VoUniquePtr<VoAbstractXMLStreamLoaderObject>(new T(element));
+}
+
+/// Hands each child that a rule makes a `T` to `take`; other children are skipped.
+template <typename T, typename Take>
+void LoadChildren(VoXMLStreamElementLoader& element, Take take)
+{
+    element.processChildren([&take](VoUniquePtr<VoAbstractXMLStreamLoaderObject> object) {
+        if (auto* item = dynamic_cast<T*>(object.get()))
+            take(std::move(*item));
+    });
+}
+
+/// Writes an element named `name` that holds one element named `itemName` for each item.
+template <typename Items>
+void WriteContainer(VoXMLElementWriter& parent, const VoString& name, const VoString& itemName, const Items& items)
+{
+    const auto container = parent.createElement(name);
+    for (const auto& item : items)
+        WriteChild(*container, itemName, item);
+}
 
 } // namespace vo::updater::detail

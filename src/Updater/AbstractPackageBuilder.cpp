@@ -1,0 +1,378 @@
+#include <Updater/AbstractPackageBuilder.h>
+
+#include <Core/VoException.h>
+#include <Core/VoExceptionText.h>
+#include <Core/VoFileException.h>
+#include <Core/VoString.h>
+#include <Core/VoVersion.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/VoTemporaryDir.h>
+#include <IO/VoFileByteStream.h>
+#include <Subsystem/VoLogging.h>
+#include <Threading/VoBroadcaster.h>
+#include <Updater/AdvertisedPackages.h>
+#include <Updater/ChunkWriter.h>
+#include <Updater/PackageValidator.h>
+#include <Updater/SourceTree.h>
+#include <Updater/UpdaterPaths.h>
+#include <Updater/VoUpdater.h>
+
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace vo::updater {
+
+using namespace detail;
+
+namespace {
+
+// Longer targets make trouble below a long installation directory.
+constexpr std::size_t longTarget = 160;
+
+vo::logging::Logger& Log()
+{
+    return vo::logging::Logger::Get("update builder");
+}
+
+// Where one release goes.
+struct ReleasePlaces
+{
+    ReleasePlaces(const AdvertisedPackageListing& package, const VoFilePath& declarationsFile)
+        : relative(ReleaseDirectory(package.packageID(), package.version()).file(Layout::definitionName))
+        , release(declarationsFile.parent().appended(ReleaseDirectory(package.packageID(), package.version())))
+        , chunks(release.directory(Layout::chunksDirectory))
+        , definition(release.file(Layout::definitionName))
+    {
+    }
+
+    VoFilePath relative; // of the definition, as the declarations name it
+    VoDirectoryPath release;
+    VoDirectoryPath chunks;
+    VoFilePath definition;
+};
+
+VoUniquePtr<AdvertisedPackages> OpenDeclarations(const VoFilePath& path)
+{
+    if (!VoFileSystem::Exists(path))
+        return VoUniquePtr<AdvertisedPackages>::Make();
+    return AdvertisedPackages::Open(path);
+}
+
+// Two packages whose IDs differ in case only would share a directory on some systems.
+void RequireOwnDirectory(const AdvertisedPackages& declarations, const VoUUID& packageID)
+{
+    for (const AdvertisedPackages::Declaration& declaration : declarations.declarations()) {
+        const VoString& other = declaration.packageID();
+        if (declaration.packageID() != packageID && FoldedName(other) == FoldedName(packageID))
+            throw VoValidationException("Invalid identifier: " + packageID.toString());
+    }
+}
+
+} // namespace
+
+struct AbstractPackageBuilder::Message::Private
+{
+    VoString message;
+};
+
+AbstractPackageBuilder::Message::Message(const VoString& message)
+    : m_private(new Private{message})
+{
+}
+
+AbstractPackageBuilder::Message::~Message() = default;
+
+const VoString& AbstractPackageBuilder::Message::message() const
+{
+    return m_private->message;
+}
+
+struct AbstractPackageBuilder::Private
+{
+    AdvertisedPackageListing package;
+    VoTemporaryDir intermediateDirectory;
+    std::unique_ptr<ChunkWriter> chunks;
+    std::unordered_set<std::string> targets;  // folded
+    std::vector<VoDirectoryPath> directories; // added whole, their output not left out
+    std::vector<VoDirectoryPath> published;   // where finalise has moved chunks so far, also when it failed
+    VoDirectoryPath madeRelease;              // the release directory that this builder made
+    bool busy = false;
+    bool finalised = false;
+    VoBroadcaster<VoSharedPtr<Message>> broadcaster;
+
+    void broadcast(const VoString& text, const AbstractPackageBuilder& builder);
+    void moveChunk(const VoUUID& id, const VoDirectoryPath& directory);
+};
+
+// Marks the builder as working, which refuses calls from its own messages.
+class AbstractPackageBuilder::Session
+{
+public:
+    explicit Session(Private& builder)
+        : m_builder(builder)
+    {
+        if (m_builder.busy)
+            throw VoInvalidCallException("Package builder called from within one of its messages");
+        if (m_builder.finalised)
+            throw VoInvalidCallException("Package has already been finalised");
+        m_builder.busy = true;
+    }
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    ~Session() { m_builder.busy = false; }
+
+private:
+    Private& m_builder;
+};
+
+void AbstractPackageBuilder::Private::broadcast(const VoString& text, const AbstractPackageBuilder& builder)
+{
+    try {
+        broadcaster.broadcast(VoSharedPtr<Message>::Make(text));
+    } catch (const VoUserCancelledException&) {
+        throw;
+    } catch (...) {
+        builder.error("Receiver of messages failed: " + CurrentExceptionText());
+    }
+}
+
+void AbstractPackageBuilder::Private::moveChunk(const VoUUID& id, const VoDirectoryPath& directory)
+{
+    const VoFilePath target = directory.file(ChunkFileName(id));
+    const VoFilePath fresh = chunks->path(id);
+    if (VoFileSystem::Exists(fresh)) {
+        VoFileSystem::MoveFile(fresh, target);
+        return;
+    }
+    if (VoFileSystem::Exists(target))
+        return;
+    // A finalise that failed may have been given another place.
+    for (const VoDirectoryPath& place : published) {
+        const VoFilePath moved = place.file(ChunkFileName(id));
+        if (VoFileSystem::Exists(moved)) {
+            VoFileSystem::MoveFile(moved, target);
+            return;
+        }
+    }
+    throw VoFileNotFoundException(fresh);
+}
+
+AbstractPackageBuilder::AbstractPackageBuilder(const VoUUID& packageID, const VoString& name, const VoVersion& version,
+                                               std::uint64_t chunkSize, int compressionLevel)
+    : m_private(new Private)
+{
+    RequireSafeIdentifier(packageID);
+    m_private->package = AdvertisedPackageListing(packageID, VoUpdater::GenerateID(), name, version);
+    m_private->chunks = std::make_unique<ChunkWriter>(
+        m_private->intermediateDirectory.path(), chunkSize, compressionLevel,
+        [this](const VoUUID& id, const VoFilePath& path) {
+            announce("Writing chunk " + id.toString() + " to " + path.path());
+        },
+        [this](const ChunkListing& chunk) { m_private->package.add(chunk); });
+}
+
+AbstractPackageBuilder::~AbstractPackageBuilder() = default;
+
+void AbstractPackageBuilder::add(const VoFilePath& source, const VoFilePath& target)
+{
+    const Session session(*m_private);
+    addFile(source, target);
+}
+
+void AbstractPackageBuilder::add(const VoDirectoryPath& directory)
+{
+    const Session session(*m_private);
+    m_private->directories.push_back(directory);
+    addDirectory(directory, VoFilePath());
+}
+
+void AbstractPackageBuilder::add(const VoDirectoryPath& directory, const VoFilePath& declarationsFile)
+{
+    const Session session(*m_private);
+    addDirectory(directory, declarationsFile);
+}
+
+void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, const VoFilePath& declarationsFile)
+{
+    const std::vector<SourceFile> sources =
+        ListSources(directory, declarationsFile, [this](const VoString& text) { warning(text); });
+    // A name that cannot be installed is reported before the first byte is packed.
+    for (const SourceFile& file : sources)
+        RequireSafeTarget(file.target);
+    for (const SourceFile& file : sources)
+        addFile(file.source, file.target);
+}
+
+void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath& target)
+{
+    RequireSafeTarget(target);
+    const std::string folded = FoldedName(target.path()).toStdString();
+    if (m_private->targets.count(folded) != 0)
+        throw VoInvalidParameterException("File already added to package: " + target.path());
+
+    announce("Adding file to package: " + target.path());
+    if (target.path().size() > longTarget) {
+        warning("File path exceeds 160 characters: " + target.path());
+        m_private->broadcast("Warning - File path exceeds 160 characters: " + target.path(), *this);
+    }
+    if (!VoFileSystem::Exists(source))
+        throw VoFileNotFoundException(source);
+
+    const ChunkWriter::Mark mark = m_private->chunks->mark();
+    try {
+        m_private->package.add(packFile(source, target));
+    } catch (...) {
+        m_private->chunks->rollBack(mark);
+        throw;
+    }
+    m_private->targets.insert(folded);
+}
+
+AdvertisedFileListing AbstractPackageBuilder::packFile(const VoFilePath& source, const VoFilePath& target)
+{
+    // A pipe or a device could have no end.
+    if (!IsRegularFile(source))
+        throw VoCannotOpenFileException(source);
+    VoFileInputByteStream stream(source);
+    if (!stream.isOpen())
+        throw VoCannotOpenFileException(source);
+
+    const PackedFile packed = m_private->chunks->append(stream);
+    if (packed.size != VoFileSystem::FileSize(source))
+        throw VoFileException("File changed while being added: " + source.path(), source.path());
+    return AdvertisedFileListing(target, packed.pieces, fileID(target), packed.checksum,
+                                 VoDownloadSize(static_cast<std::int64_t>(packed.size)));
+}
+
+void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
+{
+    const Session session(*m_private);
+    if (declarationsFile.isNull())
+        throw VoInvalidPathFileException(declarationsFile);
+    warnOfOwnOutput(declarationsFile);
+
+    const ReleasePlaces places(m_private->package, declarationsFile);
+    writeChunk();
+    ValidatePackage(m_private->package);
+    m_private->broadcast("Finalising build", *this);
+
+    const VoUniquePtr<AdvertisedPackages> declarations = OpenDeclarations(declarationsFile);
+    RequireOwnDirectory(*declarations, packageID());
+    declarations->remove(packageID(), places.relative);
+    declarations->add(m_private->package, places.relative);
+
+    makeReleaseDirectory(places.release, places.chunks);
+
+    m_private->broadcast("Moving chunks to output directory", *this);
+    moveChunks(places.chunks);
+
+    m_private->broadcast("Writing definition file: " + places.definition.path(), *this);
+    m_private->package.write(places.definition);
+    VoFileSystem::SyncDirectory(places.release);
+
+    m_private->broadcast("Updating declarations file: " + declarationsFile.path(), *this);
+    declarations->write(declarationsFile);
+    m_private->finalised = true;
+
+    try {
+        m_private->broadcast("Package creation complete", *this);
+    } catch (const VoUserCancelledException&) {
+        // Too late: the release is published.
+    }
+}
+
+void AbstractPackageBuilder::warnOfOwnOutput(const VoFilePath& declarationsFile) const
+{
+    for (const VoDirectoryPath& directory : m_private->directories) {
+        if (vo::detail::IsInsideCanonical(directory, declarationsFile))
+            warning("Declarations file lies inside an added directory: " + declarationsFile.path());
+    }
+}
+
+void AbstractPackageBuilder::makeReleaseDirectory(const VoDirectoryPath& release, const VoDirectoryPath& chunks)
+{
+    if (VoFileSystem::Exists(release) && m_private->madeRelease != release)
+        warning("Release directory already exists: " + release.path());
+    VoFileSystem::CreateDirectory(chunks, true);
+    m_private->madeRelease = release;
+}
+
+void AbstractPackageBuilder::moveChunks(const VoDirectoryPath& directory)
+{
+    m_private->published.push_back(directory);
+    for (const ChunkListing& chunk : m_private->package.chunks())
+        m_private->moveChunk(chunk.id(), directory);
+    VoFileSystem::SyncDirectory(directory);
+}
+
+VoReceiver AbstractPackageBuilder::connect(std::function<void(const VoSharedPtr<Message>&)> callback)
+{
+    return m_private->broadcaster.connect(std::move(callback));
+}
+
+const AdvertisedPackageListing& AbstractPackageBuilder::package() const
+{
+    return m_private->package;
+}
+
+const VoUUID& AbstractPackageBuilder::packageID() const
+{
+    return m_private->package.packageID();
+}
+
+const VoUUID& AbstractPackageBuilder::versionID() const
+{
+    return m_private->package.versionID();
+}
+
+const VoVersion& AbstractPackageBuilder::version() const
+{
+    return m_private->package.version();
+}
+
+VoString AbstractPackageBuilder::labelled(const VoString& text) const
+{
+    return text + " [packageID=" + packageID().toString() + "] [versionID=" + versionID().toString() + "]";
+}
+
+void AbstractPackageBuilder::diagnostic(const VoString& text) const
+{
+    Log().diagnostic(labelled(text));
+}
+
+void AbstractPackageBuilder::warning(const VoString& text) const
+{
+    Log().warning(labelled(text));
+}
+
+void AbstractPackageBuilder::error(const VoString& text) const
+{
+    Log().error(labelled(text));
+}
+
+void AbstractPackageBuilder::announce(const VoString& text)
+{
+    diagnostic(text);
+    m_private->broadcast(text, *this);
+}
+
+VoFilePath AbstractPackageBuilder::chunkIntermediatePath(const VoUUID& chunkID) const
+{
+    return m_private->chunks->path(chunkID);
+}
+
+VoFilePath AbstractPackageBuilder::chunkTargetPath(const VoUUID& chunkID)
+{
+    return ChunkPath(chunkID);
+}
+
+void AbstractPackageBuilder::writeChunk()
+{
+    m_private->chunks->writeChunk();
+}
+
+} // namespace vo::updater

@@ -1,0 +1,143 @@
+#include <Updater/AdvertisedPackageListing.h>
+
+#include <Core/VoException.h>
+#include <Core/VoString.h>
+#include <Core/VoVersion.h>
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/VoUrl.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/Attributes.h>
+#include <Updater/HiddenState.h>
+#include <Updater/ListingTable.h>
+#include <Updater/RemoteDocument.h>
+#include <Updater/XMLDocument.h>
+#include <XML/VoXMLStreamLoader.h>
+
+namespace vo::updater {
+
+using namespace detail;
+
+struct AdvertisedPackageListing::Private
+{
+    ListingTable<AdvertisedFileListing> files;
+    ListingTable<ChunkListing> chunks;
+};
+
+AdvertisedPackageListing::AdvertisedPackageListing() = default;
+
+AdvertisedPackageListing::AdvertisedPackageListing(const VoUUID& packageID, const VoUUID& versionID,
+                                                   const VoString& name, const VoVersion& version)
+    : AbstractPackageListing(packageID, versionID, name, version)
+{
+}
+
+AdvertisedPackageListing::AdvertisedPackageListing(VoXMLStreamElementLoader& element)
+    : AbstractPackageListing(element)
+    , m_private(new Private)
+{
+    // The containers have no rules of their own; anything else without a rule is from a later format.
+    element.processChildren([this](VoXMLStreamElementLoader& container) {
+        const VoString name = container.name();
+        if (name == tag::files)
+            LoadChildren<AdvertisedFileListing>(
+                container, [this](AdvertisedFileListing&& file) { m_private->files.add(std::move(file)); });
+        else if (name == tag::chunks)
+            LoadChildren<ChunkListing>(container,
+                                       [this](ChunkListing&& chunk) { m_private->chunks.add(std::move(chunk)); });
+    });
+}
+
+AdvertisedPackageListing::AdvertisedPackageListing(const AdvertisedPackageListing& other)
+    : AbstractPackageListing(other)
+    , m_private(Copy(other.m_private))
+{
+}
+
+AdvertisedPackageListing::AdvertisedPackageListing(AdvertisedPackageListing&& other) noexcept = default;
+
+AdvertisedPackageListing& AdvertisedPackageListing::operator=(const AdvertisedPackageListing& other)
+{
+    return *this = AdvertisedPackageListing(other);
+}
+
+AdvertisedPackageListing& AdvertisedPackageListing::operator=(AdvertisedPackageListing&& other) noexcept = default;
+
+AdvertisedPackageListing::~AdvertisedPackageListing() = default;
+
+VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoFilePath& path)
+{
+    VoXMLStreamLoader loader;
+    loader.addGlobalRule(tag::package, Build<AdvertisedPackageListing>);
+    loader.addGlobalRule(tag::file, Build<AdvertisedFileListing>);
+    loader.addGlobalRule(tag::chunk, Build<ChunkListing>);
+    AdvertisedFileListing::AddDefinitions(loader);
+
+    auto package = DynamicCast<AdvertisedPackageListing>(LoadDocument(loader, path));
+    if (!package)
+        FailLoading(path, "Package advert failed to load");
+    return package;
+}
+
+VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl& url)
+{
+    return Open(url, VoStopFlag());
+}
+
+VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl& url, VoStopFlag stop)
+{
+    const VoTemporaryFile file = FetchDocument(url, stop);
+    return Open(file.path());
+}
+
+void AdvertisedPackageListing::add(const AdvertisedFileListing& file)
+{
+    detail::Write(m_private).files.add(file);
+}
+
+void AdvertisedPackageListing::add(const ChunkListing& chunk)
+{
+    detail::Write(m_private).chunks.add(chunk);
+}
+
+const VoDeque<AdvertisedFileListing>& AdvertisedPackageListing::files() const
+{
+    return Read(m_private).files.items();
+}
+
+const VoDeque<ChunkListing>& AdvertisedPackageListing::chunks() const
+{
+    return Read(m_private).chunks.items();
+}
+
+const AdvertisedFileListing* AdvertisedPackageListing::file(const VoUUID& fileID) const
+{
+    return Read(m_private).files.find(fileID);
+}
+
+VoDeque<VoUUID> AdvertisedPackageListing::fileIDs() const
+{
+    return Read(m_private).files.ids();
+}
+
+const ChunkListing* AdvertisedPackageListing::chunk(const VoUUID& chunkID) const
+{
+    return Read(m_private).chunks.find(chunkID);
+}
+
+void AdvertisedPackageListing::write(const VoFilePath& path) const
+{
+    WriteDocument(path, tag::package, *this);
+}
+
+XMLObject::Type AdvertisedPackageListing::objectType() const
+{
+    return Type::AdvertisedPackage;
+}
+
+void AdvertisedPackageListing::writeElements(VoXMLElementWriter& element) const
+{
+    WriteContainer(element, tag::files, tag::file, files());
+    WriteContainer(element, tag::chunks, tag::chunk, chunks());
+}
+
+} // namespace vo::updater

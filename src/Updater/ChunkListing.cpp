@@ -1,0 +1,88 @@
+#include <Updater/ChunkListing.h>
+
+#include <Core/VoChecksum.h>
+#include <Core/VoUUID.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/VoFilePath.h>
+#include <Updater/Attributes.h>
+#include <Updater/HiddenState.h>
+
+namespace vo::updater {
+
+using namespace detail;
+
+struct ChunkListing::Private
+{
+    VoUUID id = VoUUID("");
+    VoChecksum checksum;
+    VoDownloadSize size = VoDownloadSize(0);
+    VoFilePath path;
+};
+
+ChunkListing::ChunkListing() = default;
+
+ChunkListing::ChunkListing(const VoUUID& id, const VoChecksum& checksum, const VoDownloadSize& size,
+                           const VoFilePath& path)
+    : m_private(new Private{id, checksum, size, path})
+{
+}
+
+ChunkListing::ChunkListing(VoXMLStreamElementLoader& element)
+    : m_private(new Private{
+          ReadAttribute<VoUUID>(element, attribute::id), ReadAttribute<VoChecksum>(element, attribute::checksum),
+          ReadAttribute<VoDownloadSize>(element, attribute::size), ReadAttribute<VoFilePath>(element, attribute::path)})
+{
+}
+
+ChunkListing::ChunkListing(const ChunkListing& other)
+    : XMLObject(other)
+    , m_private(Copy(other.m_private))
+{
+}
+
+ChunkListing::ChunkListing(ChunkListing&& other) noexcept = default;
+
+ChunkListing& ChunkListing::operator=(const ChunkListing& other)
+{
+    m_private = Copy(other.m_private);
+    return *this;
+}
+
+ChunkListing& ChunkListing::operator=(ChunkListing&& other) noexcept = default;
+
+ChunkListing::~ChunkListing() = default;
+
+const VoUUID& ChunkListing::id() const
+{
+    return Read(m_private).id;
+}
+
+const VoChecksum& ChunkListing::checksum() const
+{
+    return Read(m_private).checksum;
+}
+
+const VoDownloadSize& ChunkListing::size() const
+{
+    return Read(m_private).size;
+}
+
+const VoFilePath& ChunkListing::path() const
+{
+    return Read(m_private).path;
+}
+
+XMLObject::Type ChunkListing::objectType() const
+{
+    return Type::Chunk;
+}
+
+void ChunkListing::writeAttributes(VoXMLElementWriter& element) const
+{
+    WriteAttribute(element, attribute::id, id());
+    WriteAttribute(element, attribute::checksum, checksum());
+    WriteAttribute(element, attribute::size, size());
+    WriteAttribute(element, attribute::path, path());
+}
+
+} // namespace vo::updater

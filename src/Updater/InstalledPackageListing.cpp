@@ -1,0 +1,157 @@
+#include <Updater/InstalledPackageListing.h>
+
+#include <Core/VoChecksum.h>
+#include <Core/VoException.h>
+#include <Core/VoString.h>
+#include <Core/VoVersion.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/VoFilePath.h>
+#include <Updater/Attributes.h>
+#include <Updater/HiddenState.h>
+#include <Updater/ListingTable.h>
+#include <Updater/XMLDocument.h>
+#include <XML/VoXMLStreamLoader.h>
+
+namespace vo::updater {
+
+using namespace detail;
+
+struct InstalledPackageListing::Private
+{
+    VoDirectoryPath installationDirectory;
+    ListingTable<InstalledFileListing> files;
+    VoDeque<VoDirectoryPath> directories;
+};
+
+namespace {
+
+VoDeque<VoDirectoryPath> LoadDirectories(VoXMLStreamElementLoader& container)
+{
+    VoDeque<VoDirectoryPath> directories;
+    container.processChildren([&directories](VoXMLStreamElementLoader& child) {
+        if (child.name() == tag::path)
+            directories.pushBack(VoDirectoryPath::Deserialize(child.text()));
+    });
+    return directories;
+}
+
+} // namespace
+
+InstalledPackageListing::InstalledPackageListing() = default;
+
+InstalledPackageListing::InstalledPackageListing(const AbstractPackageListing& package,
+                                                 const VoDirectoryPath& installationDirectory)
+    : AbstractPackageListing(package.packageID(), package.versionID(), package.name(), package.version())
+    , m_private(new Private{installationDirectory, {}, {}})
+{
+}
+
+InstalledPackageListing::InstalledPackageListing(VoXMLStreamElementLoader& element)
+    : AbstractPackageListing(element)
+    , m_private(new Private{ReadAttribute<VoDirectoryPath>(element, attribute::directory), {}, {}})
+{
+    element.processChildren([this](VoXMLStreamElementLoader& container) {
+        const VoString name = container.name();
+        if (name == tag::files)
+            LoadChildren<InstalledFileListing>(
+                container, [this](InstalledFileListing&& file) { m_private->files.add(std::move(file)); });
+        else if (name == tag::directories)
+            m_private->directories.append(LoadDirectories(container));
+    });
+}
+
+InstalledPackageListing::InstalledPackageListing(const InstalledPackageListing& other)
+    : AbstractPackageListing(other)
+    , m_private(Copy(other.m_private))
+{
+}
+
+InstalledPackageListing::InstalledPackageListing(InstalledPackageListing&& other) noexcept = default;
+
+InstalledPackageListing& InstalledPackageListing::operator=(const InstalledPackageListing& other)
+{
+    return *this = InstalledPackageListing(other);
+}
+
+InstalledPackageListing& InstalledPackageListing::operator=(InstalledPackageListing&& other) noexcept = default;
+
+InstalledPackageListing::~InstalledPackageListing() = default;
+
+VoUniquePtr<InstalledPackageListing> InstalledPackageListing::Open(const VoFilePath& path)
+{
+    VoXMLStreamLoader loader;
+    loader.addGlobalRule(tag::package, Build<InstalledPackageListing>);
+    loader.addGlobalRule(tag::file, Build<InstalledFileListing>);
+
+    auto package = DynamicCast<InstalledPackageListing>(LoadDocument(loader, path));
+    if (!package)
+        FailLoading(path, "Installed package listing failed to load");
+    return package;
+}
+
+void InstalledPackageListing::add(const InstalledFileListing& file)
+{
+    detail::Write(m_private).files.add(file);
+}
+
+void InstalledPackageListing::add(const VoFilePath& path, const VoUUID& id, const VoChecksum& checksum,
+                                  const VoDownloadSize& size)
+{
+    add(InstalledFileListing(path, id, checksum, size));
+}
+
+void InstalledPackageListing::add(const VoDirectoryPath& directory)
+{
+    detail::Write(m_private).directories.pushBack(directory);
+}
+
+const VoDirectoryPath& InstalledPackageListing::installationDirectory() const
+{
+    return Read(m_private).installationDirectory;
+}
+
+const VoDeque<InstalledFileListing>& InstalledPackageListing::files() const
+{
+    return Read(m_private).files.items();
+}
+
+const VoDeque<VoDirectoryPath>& InstalledPackageListing::directories() const
+{
+    return Read(m_private).directories;
+}
+
+const InstalledFileListing* InstalledPackageListing::file(const VoUUID& fileID) const
+{
+    return Read(m_private).files.find(fileID);
+}
+
+VoDeque<VoUUID> InstalledPackageListing::fileIDs() const
+{
+    return Read(m_private).files.ids();
+}
+
+void InstalledPackageListing::write(const VoFilePath& path) const
+{
+    WriteDocument(path, tag::package, *this);
+}
+
+XMLObject::Type InstalledPackageListing::objectType() const
+{
+    return Type::InstalledPackage;
+}
+
+void InstalledPackageListing::writeAttributes(VoXMLElementWriter& element) const
+{
+    WriteAttribute(element, attribute::directory, installationDirectory());
+    AbstractPackageListing::writeAttributes(element);
+}
+
+void InstalledPackageListing::writeElements(VoXMLElementWriter& element) const
+{
+    WriteContainer(element, tag::files, tag::file, files());
+    const auto container = element.createElement(tag::directories);
+    for (const VoDirectoryPath& directory : directories())
+        container->createElement(tag::path)->writeText(VoDirectoryPath::Serialize(directory));
+}
+
+} // namespace vo::updater

@@ -1,0 +1,189 @@
+#include <Updater/PackageValidator.h>
+
+#include <Core/VoException.h>
+#include <Core/VoString.h>
+#include <Core/VoUUID.h>
+#include <Core/VoVersion.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/SafePath.h>
+#include <FileSystem/VoFilePath.h>
+#include <Updater/AdvertisedPackageListing.h>
+
+#include <QtCore/QString>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+namespace vo::updater::detail {
+
+namespace {
+
+constexpr std::size_t longestIdentifier = 128;
+
+bool IsControl(char c)
+{
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F;
+}
+
+// Whether the text comes back from XML as it is: UTF-8 without the two code points that XML excludes. (Control
+// characters are refused by all callers anyway.)
+bool SurvivesXML(const std::string& text)
+{
+    if (std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+        return true;
+    const QString decoded = QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+    if (decoded.contains(QChar(0xFFFE)) || decoded.contains(QChar(0xFFFF)))
+        return false;
+    const QByteArray encoded = decoded.toUtf8();
+    return std::string_view(encoded.constData(), static_cast<std::size_t>(encoded.size())) == text;
+}
+
+bool IsSafePath(const VoFilePath& path)
+{
+    const std::string& text = path.path().toStdString();
+    // A name with blanks in front is refused too: reading it from a document would trim it to another name.
+    return vo::detail::SafeRelativePath(path) && SurvivesXML(text) &&
+           VoFilePath(path.path()).path().toStdString() == text;
+}
+
+void RequireSafePath(const VoFilePath& path, const char* message)
+{
+    if (!IsSafePath(path))
+        throw VoValidationException(message + path.path());
+}
+
+void RequireShowableIdentifier(const VoUUID& id)
+{
+    const std::string& text = id.toString().toStdString();
+    if (text.empty() || text.size() > longestIdentifier || std::any_of(text.begin(), text.end(), IsControl))
+        throw VoValidationException("Invalid identifier: " + id.toString());
+}
+
+[[noreturn]] void Refuse(const VoString& what)
+{
+    throw VoValidationException("Invalid package definition: " + what);
+}
+
+void Require(bool sound, const char* what, const VoString& item)
+{
+    if (!sound)
+        Refuse(what + item);
+}
+
+using ChunkIDs = std::unordered_set<VoUUID>;
+
+ChunkIDs ValidateChunks(const VoDeque<ChunkListing>& chunks)
+{
+    ChunkIDs ids;
+    std::unordered_set<std::string> names;
+    for (const ChunkListing& chunk : chunks) {
+        RequireSafeIdentifier(chunk.id());
+        RequireSafeChunkPath(chunk.path());
+        Require(names.insert(FoldedName(chunk.id()).toStdString()).second, "duplicate chunk ", chunk.id());
+        Require(static_cast<std::int64_t>(chunk.size()) >= 0, "negative size of chunk ", chunk.id());
+        ids.insert(chunk.id());
+    }
+    return ids;
+}
+
+void ValidatePieces(const AdvertisedFileListing& file, const ChunkIDs& chunks)
+{
+    constexpr std::uint64_t most = INT64_MAX;
+    std::uint64_t sum = 0;
+    for (const ChunkReferenceListing& piece : file.chunks()) {
+        Require(chunks.count(piece.chunkID()) != 0, "unknown chunk referenced by ", file.target());
+        Require(piece.length() <= most && piece.offset() <= most - piece.length(), "piece out of range in ",
+                file.target());
+        Require(piece.length() <= most - sum, "piece out of range in ", file.target());
+        sum += piece.length();
+    }
+    const auto size = static_cast<std::int64_t>(file.size());
+    Require(size >= 0, "negative size of ", file.target());
+    Require(sum == static_cast<std::uint64_t>(size), "pieces do not add up to the size of ", file.target());
+}
+
+struct FoldedTarget
+{
+    std::string key;
+    const VoFilePath* target;
+};
+
+// Targets by their folded names, with the separator before all other characters: whatever lies in a directory then
+// follows directly behind a file that has the directory's name.
+std::vector<FoldedTarget> SortedTargets(const VoDeque<AdvertisedFileListing>& files)
+{
+    std::vector<FoldedTarget> result;
+    result.reserve(files.size());
+    for (const AdvertisedFileListing& file : files) {
+        std::string key = FoldedName(file.target().path()).toStdString();
+        std::replace(key.begin(), key.end(), '\\', '\x01');
+        result.push_back({std::move(key), &file.target()});
+    }
+    std::sort(result.begin(), result.end(), [](const FoldedTarget& a, const FoldedTarget& b) { return a.key < b.key; });
+    return result;
+}
+
+void RequireDistinctTargets(const VoDeque<AdvertisedFileListing>& files)
+{
+    const std::vector<FoldedTarget> targets = SortedTargets(files);
+    for (std::size_t i = 1; i < targets.size(); ++i) {
+        const std::string& before = targets[i - 1].key;
+        const std::string& key = targets[i].key;
+        Require(key != before, "duplicate target ", targets[i].target->path());
+        const bool below =
+            key.size() > before.size() && key[before.size()] == '\x01' && key.compare(0, before.size(), before) == 0;
+        Require(!below, "target is also a directory: ", targets[i - 1].target->path());
+    }
+}
+
+} // namespace
+
+void RequireSafeIdentifier(const VoUUID& id)
+{
+    if (!vo::detail::SafeName(id.toString()) || !SurvivesXML(id.toString().toStdString()))
+        throw VoValidationException("Invalid identifier: " + id.toString());
+}
+
+void RequireSafeTarget(const VoFilePath& target)
+{
+    RequireSafePath(target, "Invalid target path: ");
+}
+
+void RequireSafeChunkPath(const VoFilePath& path)
+{
+    RequireSafePath(path, "Invalid chunk path: ");
+}
+
+void RequireSafeDefinitionPath(const VoFilePath& path)
+{
+    RequireSafePath(path, "Invalid definition path: ");
+}
+
+VoString FoldedName(const VoString& text)
+{
+    const std::string& bytes = text.toStdString();
+    return VoString(QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size())).toCaseFolded());
+}
+
+void ValidatePackage(const AdvertisedPackageListing& package)
+{
+    RequireSafeIdentifier(package.packageID());
+    RequireShowableIdentifier(package.versionID());
+    const ChunkIDs chunks = ValidateChunks(package.chunks());
+
+    std::unordered_set<VoUUID> ids;
+    for (const AdvertisedFileListing& file : package.files()) {
+        RequireShowableIdentifier(file.id());
+        RequireSafeTarget(file.target());
+        Require(ids.insert(file.id()).second, "duplicate file ", file.id());
+        ValidatePieces(file, chunks);
+    }
+    RequireDistinctTargets(package.files());
+}
+
+} // namespace vo::updater::detail

@@ -1,0 +1,98 @@
+#include <Updater/SourceTree.h>
+
+#include <FileSystem/NativePath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <Updater/UpdaterPaths.h>
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace vo::updater::detail {
+
+namespace {
+
+// The directory's text is the beginning of every path that a walk delivers. Cutting it off leaves a name with blanks
+// around it as it is, so that the check of the target sees it.
+VoFilePath TargetOf(const VoFilePath& file, const VoDirectoryPath& directory)
+{
+    const std::string& text = file.path().toStdString();
+    const std::string& prefix = directory.path().toStdString();
+    if (text.size() > prefix.size() && text.compare(0, prefix.size(), prefix) == 0)
+        return VoFilePath::CreateUnchecked(VoString(text.substr(prefix.size())));
+    return directory.relativeFile(file);
+}
+
+std::filesystem::path Canonical(const VoDirectoryPath& directory)
+{
+    const std::filesystem::path native = vo::detail::ToNative(directory);
+    std::error_code error;
+    const std::filesystem::path canonical =
+        std::filesystem::weakly_canonical(native.empty() ? std::filesystem::path(".") : native, error);
+    return error ? native : canonical;
+}
+
+// What publishing writes, as seen from the directory that is published.
+class PublishedOutput
+{
+public:
+    PublishedOutput(const VoDirectoryPath& directory, const VoFilePath& declarationsFile)
+    {
+        if (declarationsFile.isNull())
+            return;
+        const std::filesystem::path below =
+            Canonical(declarationsFile.parent()).lexically_relative(Canonical(directory));
+        if (below.empty() || *below.begin() == "..")
+            return;
+        const std::filesystem::path base = below == "." ? std::filesystem::path() : below;
+        m_declarations = vo::detail::FromNative(base / vo::detail::ToNative(declarationsFile).filename()).path();
+        m_packages = vo::detail::FromNative(base / Layout::packagesDirectory).path() + "\\";
+    }
+
+    bool contains(const VoFilePath& target) const
+    {
+        if (!m_declarations)
+            return false;
+        const std::string& text = target.path().toStdString();
+        const std::string& packages = m_packages.toStdString();
+        return text == m_declarations->toStdString() || text.compare(0, packages.size(), packages) == 0;
+    }
+
+private:
+    std::optional<VoString> m_declarations; // empty when the output lies elsewhere
+    VoString m_packages;
+};
+
+} // namespace
+
+bool IsRegularFile(const VoFilePath& path)
+{
+    std::error_code error;
+    return std::filesystem::is_regular_file(vo::detail::ToNative(path), error);
+}
+
+std::vector<SourceFile> ListSources(const VoDirectoryPath& directory, const VoFilePath& declarationsFile,
+                                    const std::function<void(const VoString&)>& warn)
+{
+    const PublishedOutput output(directory, declarationsFile);
+    std::vector<SourceFile> sources;
+    bool skippedOutput = false;
+    VoFileSystem::ForEachFile(directory, true, false, [&](const VoFilePath& file) {
+        SourceFile source{file, TargetOf(file, directory)};
+        if (output.contains(source.target))
+            skippedOutput = true;
+        else if (IsRegularFile(file))
+            sources.push_back(std::move(source));
+        else if (!VoFileSystem::IsDirectory(file))
+            warn("Not a regular file, left out: " + file.path());
+    });
+    if (skippedOutput)
+        warn("Published output inside the added directory, left out: " + declarationsFile.path());
+    std::sort(sources.begin(), sources.end(), [](const SourceFile& a, const SourceFile& b) {
+        return a.target.path().toStdString() < b.target.path().toStdString();
+    });
+    return sources;
+}
+
+} // namespace vo::updater::detail

@@ -1,0 +1,70 @@
+#include <Updater/VoUpdater.h>
+
+#include <Core/VoString.h>
+#include <Core/VoUUID.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <Subsystem/VoLogging.h>
+
+#include <mutex>
+
+namespace {
+
+struct SystemDirectory
+{
+    std::mutex mutex;
+    bool overridden = false;
+    VoDirectoryPath directory;
+};
+
+// Never destroyed: the updater may be asked for its place while the process ends.
+SystemDirectory& Override()
+{
+    static SystemDirectory& instance = *new SystemDirectory;
+    return instance;
+}
+
+} // namespace
+
+VoDirectoryPath VoUpdater::UpdateSystemDirectory()
+{
+    SystemDirectory& place = Override();
+    {
+        const std::lock_guard<std::mutex> lock(place.mutex);
+        if (place.overridden)
+            return place.directory;
+    }
+    return VoFileSystem::Directory(VoFileSystem::ApplicationData).directory("updates");
+}
+
+VoDirectoryPath VoUpdater::DownloadDirectory()
+{
+    return UpdateSystemDirectory().directory("download");
+}
+
+VoDirectoryPath VoUpdater::InstalledListingDirectory()
+{
+    return UpdateSystemDirectory().directory("installed");
+}
+
+VoFilePath VoUpdater::InstalledPackagesPath()
+{
+    return InstalledListingDirectory().file("packages.xml");
+}
+
+void VoUpdater::OverrideUpdateSystemDirectory(const VoDirectoryPath& directory)
+{
+    SystemDirectory& place = Override();
+    {
+        const std::lock_guard<std::mutex> lock(place.mutex);
+        place.directory = directory;
+        place.overridden = true;
+    }
+    vo::logging::Logger::Get("updater").diagnostic("VoUpdater system directory overriden to " + directory.path());
+}
+
+VoUUID VoUpdater::GenerateID()
+{
+    return VoUUID(VoUUID::WithoutBraces);
+}
