@@ -85,6 +85,9 @@ public:
     {
     }
 
+    template <typename T, std::enable_if_t<vo::detail::IsWideCharacter<T>, int> = 0>
+    VoString(T) = delete;
+
     VoString(const VoString& other);
     VoString(VoString&& other) noexcept;
     ~VoString() override;

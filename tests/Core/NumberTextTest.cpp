@@ -1,0 +1,229 @@
+#include <VoTestSupport.h>
+
+#include <Core/NumberText.h>
+#include <Core/VoStringConverter.h>
+
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+// The test program never sets a C locale, so the C functions are the known answer.
+std::string Printed(const char* format, double value)
+{
+    char buffer[400];
+    std::snprintf(buffer, sizeof buffer, format, value);
+    return buffer;
+}
+
+bool SameBits(double a, double b)
+{
+    return (std::isnan(a) && std::isnan(b)) || (a == b && std::signbit(a) == std::signbit(b));
+}
+
+void ExpectParsedLikeC(const std::string& text)
+{
+    char* end = nullptr;
+    const double expected = std::strtod(text.c_str(), &end);
+    const vo::detail::ParsedDouble parsed = vo::detail::ParseDouble(text);
+    EXPECT_EQ(parsed.consumed, static_cast<std::size_t>(end - text.c_str())) << '"' << text << '"';
+    EXPECT_TRUE(SameBits(parsed.value, expected)) << '"' << text << "\": " << parsed.value << ", not " << expected;
+}
+
+double RandomDouble(std::mt19937_64& engine)
+{
+    const std::uint64_t bits = engine();
+    double value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+TEST(NumberText, printsLikeC)
+{
+    std::vector<double> values = {0.0,    -0.0,   1.5,      2.5,       1e5,          1e6,          999999.5,
+                                  1e-5,   0.0001, 1e308,    -1e308,    5e-324,       0.1,          1e15,
+                                  123456, 1e21,   HUGE_VAL, -HUGE_VAL, std::nan(""), -std::nan("")};
+    std::mt19937_64 engine(7);
+    for (int i = 0; i < 20000; ++i)
+        values.push_back(i % 2 ? RandomDouble(engine) : static_cast<double>(engine() % 2000000) / 64.0 - 9999.0);
+    for (const double value : values) {
+        EXPECT_EQ(vo::detail::FixedText(value), Printed("%f", value));
+        EXPECT_EQ(vo::detail::GeneralText(value), Printed("%g", value));
+        EXPECT_EQ(vo::detail::GeneralText(value, 17), Printed("%.17g", value));
+    }
+}
+
+TEST(NumberText, readsDoublesLikeC)
+{
+    const char* const texts[] = {
+        "",
+        " ",
+        "1",
+        "-1",
+        "+1",
+        "+-1",
+        "--1",
+        "- 1",
+        ".5",
+        "5.",
+        ".",
+        "-.",
+        "1e",
+        "1e+",
+        "1e+5",
+        "1E-5x",
+        "1.5.5",
+        "1,5",
+        " \t\n\v\f\r7",
+        "inf",
+        "-INF",
+        "infinity",
+        "INFINITYx",
+        "infinit",
+        "nan",
+        "NAN",
+        "-nan",
+        "nan(",
+        "nan(1)",
+        "nan(x_1)y",
+        "nano",
+        "in",
+        "0x",
+        "0xg",
+        "0x1",
+        "-0X1P3",
+        "0x.8",
+        "0x.",
+        "0x1.8p1",
+        "0x1p",
+        "0x1p+",
+        "0x1p-1074",
+        "0x1p-1075",
+        "0x1p1024",
+        "0x1p9999999999999999999",
+        "1e999",
+        "-1e999",
+        "1e-999",
+        "-1e-999",
+        "1e309",
+        "1e-330",
+        "1e-323",
+        "2.4e-324",
+        "2.5e-324",
+        "1e99999999999999999999",
+        "1e-99999999999999999999",
+        "0e99999999999999999999",
+        "0.0e-999",
+        "1.7976931348623157e308",
+        "1.7976931348623159e308",
+        "179769313486231580793e289",
+        "0.000001e310",
+        "0.0000001e315",
+        "100000000000000000000000e290",
+        "9007199254740993",
+        "9007199254740992.999999999999999999999999999999999999",
+        "0x1.fffffffffffff7p1023",
+        "0x1.fffffffffffff8p1023",
+        "0x.0000001p-1040",
+        "0x0.0p99999",
+        "0x10000000000000000p0",
+    };
+    for (const char* text : texts)
+        ExpectParsedLikeC(text);
+
+    std::mt19937_64 engine(11);
+    const std::string alphabet = "0123456789012345678901234567890123456789+-.eE xXpPaAfFinN";
+    for (int i = 0; i < 30000; ++i) {
+        std::string text(engine() % 14, ' ');
+        for (char& c : text)
+            c = alphabet[engine() % alphabet.size()];
+        ExpectParsedLikeC(text);
+        ExpectParsedLikeC("0x" + text);
+        ExpectParsedLikeC(Printed(i % 2 ? "%.16e" : "%a", RandomDouble(engine)));
+    }
+}
+
+TEST(NumberText, readsIntegersLikeC)
+{
+    const char* const texts[] = {"",
+                                 "42",
+                                 " \t-7x",
+                                 "+5",
+                                 "- 5",
+                                 "+-5",
+                                 "007",
+                                 "0x10",
+                                 "1e3",
+                                 "1.9",
+                                 "2147483647",
+                                 "2147483648",
+                                 "-2147483648",
+                                 "-2147483649",
+                                 "99999999999",
+                                 "9223372036854775807",
+                                 "9223372036854775808",
+                                 "-9223372036854775808",
+                                 "-9223372036854775809",
+                                 "99999999999999999999999",
+                                 "x"};
+    for (const char* text : texts) {
+        EXPECT_EQ(vo::detail::ParseInt(text), static_cast<int>(std::strtoll(text, nullptr, 10))) << text;
+        EXPECT_EQ(VoString(text).toInt(), static_cast<int>(std::strtoll(text, nullptr, 10))) << text;
+    }
+    EXPECT_EQ(vo::detail::ParseInt("99999999999"), 1215752191);
+}
+
+TEST(NumberText, readsSizesLikeAStream)
+{
+    const char* const texts[] = {"",
+                                 "7",
+                                 " 7x",
+                                 "+7",
+                                 "-1",
+                                 "-0",
+                                 "- 1",
+                                 "x",
+                                 "0x10",
+                                 "010",
+                                 "1e3",
+                                 "18446744073709551615",
+                                 "18446744073709551616",
+                                 "-18446744073709551615",
+                                 "-18446744073709551616",
+                                 "99999999999999999999999"};
+    for (const char* text : texts) {
+        std::istringstream stream(text);
+        stream.imbue(std::locale::classic());
+        std::size_t expected = 0;
+        stream >> expected;
+        EXPECT_EQ(VoString(text).toSizeT(), expected) << '"' << text << '"';
+    }
+}
+
+TEST(NumberText, garbageReadsAsZero)
+{
+    const VoString garbage("garbage");
+    EXPECT_EQ(garbage.toInt(), 0);
+    EXPECT_EQ(garbage.toDouble(), 0.0);
+    EXPECT_EQ(garbage.toSizeT(), 0u);
+}
+
+TEST(VoStringLongLongConverter, roundTripsAndRefusesEverythingElse)
+{
+    VoStringLongLongConverter converter;
+    for (const long long value : {0LL, -1LL, 42LL, LLONG_MAX, LLONG_MIN})
+        EXPECT_EQ(std::as_const(converter).convert(converter.convert(value)), value);
+    for (const char* text : {"", " 1", "1 ", "+1", "1.0", "0x1", "--1", "x", "9223372036854775808"})
+        EXPECT_THROW_MSG(converter.convert(VoString(text)), VoInvalidConversionException,
+                         "Invalid conversion from " + VoString(text) + " to long long");
+}
+
+} // namespace

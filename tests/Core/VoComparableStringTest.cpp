@@ -1,0 +1,380 @@
+#include <VoTestSupport.h>
+
+#include "StringTestLocale.h"
+
+#include <Core/VoCaseSensitiveString.h>
+
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Mode = VoComparableString::Comparison;
+constexpr Mode insensitive = VoComparableString::CaseInsensitive;
+constexpr Mode sensitive = VoComparableString::CaseSensitive;
+constexpr std::size_t none = VoComparableString::invalid_position;
+
+std::string Text(const VoComparableString& string)
+{
+    std::ostringstream stream;
+    stream << string;
+    return stream.str();
+}
+
+std::vector<std::string> Texts(const VoDeque<VoStringView>& views)
+{
+    std::vector<std::string> texts;
+    for (const VoStringView& view : views)
+        texts.push_back(Text(view));
+    return texts;
+}
+
+// The definitions, byte by byte through the facet and without any of the shortcuts of the library.
+class SlowString
+{
+public:
+    SlowString(std::string bytes, std::locale locale)
+        : m_bytes(std::move(bytes))
+        , m_locale(std::move(locale))
+    {
+    }
+
+    int difference(char a, char b, Mode mode) const
+    {
+        const auto& facet = std::use_facet<std::ctype<char>>(m_locale);
+        if (mode != sensitive) {
+            a = facet.tolower(a);
+            b = facet.tolower(b);
+        }
+        return static_cast<signed char>(a) - static_cast<signed char>(b);
+    }
+
+    int compare(const std::string& other, Mode mode) const
+    {
+        for (std::size_t i = 0; i < m_bytes.size() && i < other.size(); ++i)
+            if (const int d = difference(m_bytes[i], other[i], mode))
+                return d;
+        return m_bytes.size() == other.size() ? 0 : m_bytes.size() < other.size() ? -1 : 1;
+    }
+
+    bool matches(std::size_t at, const std::string& part, Mode mode) const
+    {
+        if (at + part.size() > m_bytes.size())
+            return false;
+        for (std::size_t i = 0; i < part.size(); ++i)
+            if (difference(m_bytes[at + i], part[i], mode) != 0)
+                return false;
+        return true;
+    }
+
+    std::size_t find(const std::string& needle, std::size_t from, Mode mode) const
+    {
+        if (needle.empty() || from >= m_bytes.size())
+            return none;
+        for (std::size_t i = from; i < m_bytes.size(); ++i)
+            if (matches(i, needle, mode))
+                return i;
+        return none;
+    }
+
+    // Scans end positions, as the rule for tokens is put.
+    std::vector<std::string> tokens(const std::string& separator, Mode mode) const
+    {
+        const std::size_t length = separator.size();
+        if (length > m_bytes.size())
+            return {m_bytes};
+        std::vector<std::string> result;
+        std::size_t start = 0;
+        for (std::size_t end = length; end <= m_bytes.size();) {
+            if (!matches(end - length, separator, mode)) {
+                ++end;
+                continue;
+            }
+            result.push_back(m_bytes.substr(start, end - length - start));
+            start = end;
+            end += length;
+        }
+        result.push_back(m_bytes.substr(start));
+        return result;
+    }
+
+    // In place, moving past each replacement.
+    std::string replaced(const std::string& from, const std::string& to, Mode mode) const
+    {
+        SlowString work = *this;
+        for (std::size_t i = 0; !from.empty() && i + from.size() <= work.m_bytes.size();) {
+            if (!work.matches(i, from, mode)) {
+                ++i;
+                continue;
+            }
+            work.m_bytes.replace(i, from.size(), to);
+            i += to.size();
+        }
+        return work.m_bytes;
+    }
+
+private:
+    std::string m_bytes;
+    std::locale m_locale;
+};
+
+class RandomTexts
+{
+public:
+    std::size_t number(std::size_t below) { return std::uniform_int_distribution<std::size_t>(0, below - 1)(m_engine); }
+
+    std::string text(std::size_t maxLength)
+    {
+        static const std::string alphabet("aAbB@[`{zZ\xC4\xE4\0", 13);
+        const std::size_t letters = 1 + number(alphabet.size());
+        std::string result(number(maxLength + 1), '\0');
+        for (char& c : result)
+            c = alphabet[number(letters)];
+        return result;
+    }
+
+    // A text in which matches of `part` and near misses are likely.
+    std::string textAround(const std::string& part, std::size_t maxLength)
+    {
+        std::string result = text(maxLength);
+        for (std::size_t copies = number(3); copies > 0; --copies)
+            result.insert(number(result.size() + 1), part.substr(0, number(part.size() + 1) + number(2)));
+        return result;
+    }
+
+private:
+    std::mt19937 m_engine{20260117};
+};
+
+class AgainstTheDefinition : public testing::TestWithParam<bool>
+{
+protected:
+    std::locale m_locale = GetParam() ? vo::test::OddCharacters::Locale() : std::locale::classic();
+    vo::test::ScopedGlobalLocale m_global{m_locale};
+    RandomTexts m_random;
+};
+
+INSTANTIATE_TEST_SUITE_P(ClassicAndOddLocale, AgainstTheDefinition, testing::Bool());
+
+TEST_P(AgainstTheDefinition, comparisonAgreesOnRandomTexts)
+{
+    for (int i = 0; i < 20000; ++i) {
+        const std::string common = m_random.text(i % 2 ? 5 : 90);
+        const std::string a = common + m_random.text(3);
+        const std::string b = (m_random.number(2) ? common : m_random.text(90)) + m_random.text(3);
+        const VoString string(a);
+        const VoString other(b);
+        const SlowString slow(a, m_locale);
+        for (const Mode mode : {insensitive, sensitive, Mode(2), Mode(-1)}) {
+            const int expected = slow.compare(b, mode);
+            ASSERT_EQ(string.compare(other, mode), expected) << a << " and " << b << ", mode " << mode;
+            ASSERT_EQ(string.equal(other, mode), expected == 0);
+            ASSERT_EQ(string.startsWith(other, mode), slow.matches(0, b, mode));
+            ASSERT_EQ(string.endsWith(other, mode), b.size() <= a.size() && slow.matches(a.size() - b.size(), b, mode));
+        }
+        const int expected = slow.compare(b, insensitive);
+        ASSERT_EQ(string == other, expected == 0);
+        ASSERT_EQ(string != other, expected != 0);
+        ASSERT_EQ(string < other, expected < 0);
+        ASSERT_EQ(string <= other, expected <= 0);
+        ASSERT_EQ(string > other, expected > 0);
+        ASSERT_EQ(string >= other, expected >= 0);
+        if (expected == 0) {
+            ASSERT_EQ(std::hash<VoString>()(string), std::hash<VoString>()(other));
+            ASSERT_EQ(std::hash<VoString>()(string), std::hash<VoStringView>()(VoStringView(other)));
+        }
+    }
+}
+
+TEST_P(AgainstTheDefinition, searchesAgreeOnRandomTexts)
+{
+    for (int i = 0; i < 20000; ++i) {
+        const std::string needle = m_random.text(i % 3 ? 4 : 40);
+        const std::string text = m_random.textAround(needle, i % 2 ? 12 : 120);
+        const std::size_t from = m_random.number(text.size() + 3);
+        const VoString string(text);
+        const SlowString slow(text, m_locale);
+        for (const Mode mode : {insensitive, sensitive}) {
+            const std::size_t expected = slow.find(needle, from, mode);
+            ASSERT_EQ(string.find(VoString(needle), from, mode), expected)
+                << needle << " in " << text << " from " << from << ", mode " << mode;
+            ASSERT_EQ(VoStringView(string).find(VoString(needle), from, mode), expected);
+            if (needle.size() == 1) {
+                ASSERT_EQ(string.find(needle[0], from, mode), expected);
+            }
+            if (!needle.empty()) {
+                ASSERT_EQ(Texts(string.tokenize(VoString(needle), mode)), slow.tokens(needle, mode));
+            }
+        }
+    }
+}
+
+TEST_P(AgainstTheDefinition, replacementAgreesOnRandomTexts)
+{
+    for (int i = 0; i < 10000; ++i) {
+        const std::string from = m_random.text(3);
+        std::string to = m_random.text(5);
+        const std::string text = m_random.textAround(from, i % 2 ? 12 : 120);
+        const std::string terminated = to.substr(0, to.find('\0'));
+        for (const Mode mode : {insensitive, sensitive, Mode(7)})
+            ASSERT_EQ(VoString(text).replaced(VoString(from), VoString(to), mode).toStdString(),
+                      SlowString(text, m_locale).replaced(from, terminated, mode))
+                << from << " to " << to << " in " << text << ", mode " << mode;
+    }
+}
+
+TEST(VoComparableString, equalityFollowsTheLeftOperand)
+{
+    const VoString lower("abc");
+    const VoCaseSensitiveString exact(VoString("ABC"));
+    EXPECT_TRUE(lower == exact);
+    EXPECT_FALSE(exact == lower);
+    EXPECT_TRUE(exact != lower);
+    EXPECT_TRUE("abc" != exact);
+    EXPECT_TRUE("ABC" == exact);
+    EXPECT_TRUE("aBc" == lower);
+    EXPECT_TRUE(std::string("ABC") == lower);
+    EXPECT_FALSE(std::string("abc") == exact);
+    const VoString sliced = exact;
+    EXPECT_TRUE(sliced == lower);
+}
+
+TEST(VoComparableString, caseSensitiveStringsKeepTheInsensitiveOrders)
+{
+    const VoCaseSensitiveString lower(VoString("abc"));
+    const VoCaseSensitiveString upper(VoString("ABC"));
+    EXPECT_TRUE(upper < lower);
+    EXPECT_FALSE(lower < upper);
+    for (const auto& [a, b] : {std::pair(&lower, &upper), std::pair(&upper, &lower)}) {
+        EXPECT_TRUE(*a <= *b);
+        EXPECT_TRUE(*a >= *b);
+        EXPECT_FALSE(*a > *b);
+        EXPECT_EQ(a->compare(*b), 0);
+        EXPECT_EQ(a->find(*b), 0u);
+        EXPECT_TRUE(a->startsWith(*b));
+    }
+    const std::hash<VoCaseSensitiveString> hash;
+    EXPECT_NE(hash(lower), hash(upper));
+}
+
+TEST(VoComparableString, compareGivesTheByteDifference)
+{
+    EXPECT_EQ(VoString("abd").compare(VoString("abc"), sensitive), 1);
+    EXPECT_EQ(VoString("ab").compare("abc"), -1);
+    EXPECT_EQ(VoString("a").compare("c", sensitive), -2);
+    EXPECT_EQ(VoString("a").compare("A", sensitive), 32);
+    EXPECT_LT(VoString("\xC3\xA9").compare("a"), -100) << "bytes from 0x80 on are negative";
+}
+
+TEST(VoComparableString, oddSearchesFindNothing)
+{
+    const VoString text("abcabc");
+    EXPECT_EQ(text.find(""), none);
+    EXPECT_EQ(text.find(static_cast<const char*>(nullptr)), none);
+    EXPECT_EQ(text.find("a", text.size()), none);
+    EXPECT_EQ(text.find("a", none), none);
+    EXPECT_EQ(text.find("abcabca"), none);
+    EXPECT_EQ(text.find("a", 0, Mode(2)), none);
+    EXPECT_EQ(text.find('a', 0, Mode(-1)), none);
+    EXPECT_EQ(VoString().find('a'), none);
+    EXPECT_FALSE(text.contains("a", Mode(2)));
+}
+
+TEST(VoComparableString, aModeIsNotTakenForAStart)
+{
+    const VoString text("xX");
+    EXPECT_EQ(text.find("X", sensitive), 1u);
+    EXPECT_EQ(text.find('X', sensitive), 1u);
+    EXPECT_EQ(text.find(VoString("X"), sensitive), 1u);
+    EXPECT_EQ(text.find("x", insensitive), 0u);
+}
+
+TEST(VoComparableString, tokensAreWhatIsBetweenSeparators)
+{
+    struct Row
+    {
+        const char* text;
+        const char* separator;
+        std::vector<std::string> tokens;
+    };
+    const Row rows[] = {
+        {"a,,b", ",", {"a", "", "b"}},
+        {",a,", ",", {"", "a", ""}},
+        {"ab", "abc", {"ab"}},
+        {"ab", "ab", {"", ""}},
+        {"", ",", {""}},
+        {"", "", {""}},
+        {"abc", "", {"abc"}},
+        {"aaa", "aa", {"", "a"}},
+        {"oneANDtwoandthree", "And", {"one", "two", "three"}},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(Texts(VoString(row.text).tokenize(row.separator)), row.tokens) << row.text << " by " << row.separator;
+    EXPECT_EQ(Texts(VoString("1x2X3").tokenize("X", sensitive)), (std::vector<std::string>{"1x2", "3"}));
+}
+
+TEST(VoComparableString, tokensOfViewsReferToTheString)
+{
+    const VoString text("  key = value  ");
+    const VoDeque<VoStringView> tokens = text.trimmed().tokenize("=");
+    ASSERT_EQ(tokens.size(), 2u);
+    EXPECT_EQ(Text(tokens[1].trimmed()), "value");
+    EXPECT_EQ(&tokens[1].trimmed()[0], &text[8]);
+}
+
+TEST(VoComparableString, numbersAreRecognised)
+{
+    struct Row
+    {
+        std::string text;
+        bool isDouble;
+        bool isInteger;
+    };
+    const Row rows[] = {
+        {"42", true, true},
+        {" -7 ", true, true},
+        {"\t0\r\n", true, true},
+        {"007", true, false},
+        {"+5", true, false},
+        {"-0", true, false},
+        {"1.0", true, false},
+        {" 1e3 ", true, false},
+        {"1e3x", false, false},
+        {"1,5", false, false},
+        {"", false, false},
+        {"   ", false, false},
+        {"-", false, false},
+        {"0x1p3", true, false},
+        {"nan", true, false},
+        {"-INF", true, false},
+        {"1e999", true, false},
+        {"- 5", false, false},
+        {"2147483647", true, true},
+        {"-2147483648", true, true},
+        {"2147483648", true, false},
+        {"99999999999", true, false},
+        {std::string("1\0", 2), false, false},
+        {std::string("1\0002", 3), false, false},
+    };
+    for (const Row& row : rows) {
+        const VoString string(row.text);
+        EXPECT_EQ(string.isDouble(), row.isDouble) << row.text;
+        EXPECT_EQ(string.isInteger(), row.isInteger) << row.text;
+        const VoString longer(row.text + "9");
+        EXPECT_EQ(longer.substring(0, row.text.size()).isDouble(), row.isDouble) << "view of " << longer;
+        EXPECT_EQ(longer.substring(0, row.text.size()).isInteger(), row.isInteger) << "view of " << longer;
+    }
+}
+
+TEST(VoComparableString, printsZeroBytesAndHonoursTheWidth)
+{
+    std::ostringstream stream;
+    stream << VoString(std::string("a\0b", 3)) << '|';
+    stream.width(4);
+    stream << VoStringView("xy");
+    EXPECT_EQ(stream.str(), std::string("a\0b|  xy", 8));
+}
+
+} // namespace
