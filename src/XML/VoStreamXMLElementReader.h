@@ -2,7 +2,9 @@
 
 #include <XML/VoAbstractXMLElementReader.h>
 
+#include <cstddef>
 #include <memory>
+#include <string_view>
 
 class VoXMLAttributeSet;
 
@@ -43,7 +45,8 @@ public:
     VoString readText() override;
     /// The object is a VoStreamXMLElementReader. Throws VoInvalidXMLOperation "NextChild on closed element called".
     VoUniquePtr<VoAbstractXMLElementReader> nextChild() override;
-    /// Each child is a VoStreamXMLElementReader, which the function may copy or move from. Throws as nextChild() does.
+    /// Each child is a VoStreamXMLElementReader, which the function may copy or move from. Throws as nextChild() does,
+    /// except that an element whose own end was reached by this reader merely has no more children.
     void forEachChild(const ChildFunction& function) override;
 
 private:
@@ -52,6 +55,10 @@ private:
     friend class VoXMLStreamLoader;
 
     explicit VoStreamXMLElementReader(std::shared_ptr<vo::detail::XMLElementState> element);
+
+    const std::shared_ptr<vo::detail::XMLElementState>& element() const;
+    std::string_view pathText() const;
+    std::size_t depth() const;
 
     std::shared_ptr<vo::detail::XMLElementState> m_element;
 };

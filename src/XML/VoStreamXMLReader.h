@@ -42,6 +42,7 @@ public:
     /// Reads to the end of the document, closing everything, so that whatever is wrong behind the part read so far
     /// shows.
     void finish();
+    VoString position() const; ///< Path, line and column where reading stands, for messages.
 
 private:
     struct Private;

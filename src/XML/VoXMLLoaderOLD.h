@@ -38,6 +38,7 @@ private:
 
     VoXMLLoaderOLD();
     void replace(std::shared_ptr<VoXMLRule> rule);
+    void apply(VoXMLStreamReader& reader);
 
     std::unique_ptr<Private> d;
 };

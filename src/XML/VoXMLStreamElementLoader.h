@@ -5,12 +5,11 @@
 #include <Core/VoString.h>
 #include <Core/VoUniquePtr.h>
 #include <XML/VoAbstractXMLStreamLoaderObject.h>
+#include <XML/VoStreamXMLElementReader.h>
 #include <XML/VoXMLPath.h>
+#include <XML/VoXMLStreamLoader.h>
 
 #include <functional>
-#include <memory>
-
-class VoStreamXMLElementReader;
 
 /// The element that a rule of a VoXMLStreamLoader builds from. A rule reads the attributes, then either the text or the
 /// children, which processChildren() builds by the same loader's rules.
@@ -27,7 +26,7 @@ public:
     /// Takes one child that has no rule.
     using UnhandledFunction = std::function<void(VoXMLStreamElementLoader& element)>;
 
-    /// For the loader.
+    /// For the loader. Throws VoStackLimitException for an element more than 1000 levels deep.
     VoXMLStreamElementLoader(VoStreamXMLElementReader element, VoXMLStreamLoader loader);
     VoXMLStreamElementLoader(VoXMLStreamElementLoader&& other) noexcept;            ///< Leaves @p other closed.
     VoXMLStreamElementLoader& operator=(VoXMLStreamElementLoader&& other) noexcept; ///< Leaves @p other closed.
@@ -58,7 +57,6 @@ public:
     void processChildren(const UnhandledFunction& onUnhandled); ///< Skips the children with a rule, building nothing.
 
 private:
-    struct Private;
-
-    std::unique_ptr<Private> d;
+    VoStreamXMLElementReader m_element;
+    VoXMLStreamLoader m_loader;
 };

@@ -4,6 +4,10 @@
 
 class VoXMLStreamReader;
 
+namespace vo::detail {
+struct XMLElementState;
+}
+
 /// Reads one element of a VoXMLStreamReader.
 ///
 /// While its element is the innermost open one, text and children can be read. While a child given out earlier is open,
@@ -41,7 +45,7 @@ private:
     class StreamChildren;
     class StreamImplementation;
 
-    explicit VoXMLStreamElementReader(std::unique_ptr<Private> state);
+    VoXMLStreamElementReader(VoXMLStreamReader* parent, std::shared_ptr<vo::detail::XMLElementState> element);
 
     std::unique_ptr<Private> d;
 };

@@ -41,7 +41,6 @@ protected:
 private:
     struct Private;
 
-    bool isActive() const;
     void requireActive(const char* message) const;
     void requireNewAttribute(const VoString& name) const;
 

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 
+class VoStreamXMLElementReader;
 class VoStreamXMLReader;
 
 /// Builds objects from an XML document by rules: functions that make one object from one element.
@@ -23,7 +24,8 @@ class VoStreamXMLReader;
 class VOCORE_EXPORT VoXMLStreamLoader
 {
 public:
-    /// Builds the object of one element. It may throw; it may return an empty pointer, which is passed on.
+    /// Builds the object of one element. It may throw; it may return an empty pointer, which is passed on. A rule that
+    /// is an empty function makes its elements count as having none.
     using Builder = std::function<VoUniquePtr<VoAbstractXMLStreamLoaderObject>(VoXMLStreamElementLoader element)>;
 
     VoXMLStreamLoader(); ///< No rules.
@@ -65,7 +67,8 @@ private:
     struct Private;
 
     VoUniquePtr<VoAbstractXMLStreamLoaderObject> load(VoStreamXMLReader& reader) const;
-    const Builder* find(VoAbstractXMLElementReader& element) const;
+    const Builder* find(const VoStreamXMLElementReader& element) const;
+    Private& rules();
 
     std::shared_ptr<Private> d;
 };

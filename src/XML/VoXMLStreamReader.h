@@ -19,7 +19,8 @@ class VoXMLStreamElementReader;
 ///
 /// A document that is not well formed, a truncated one included, makes the reading member throw VoInvalidXMLException
 /// with the parser's text; line and column are logged (category "xml", diagnostic). A failure of the device is rethrown
-/// as it is. After either the reader answers every further step with the same exception until restart().
+/// as it is. After either the reader answers every further step with the same exception; restart() mends the first kind
+/// only.
 ///
 /// Entities defined in the document are expanded within the parser's limit; external ones are never fetched. Element
 /// readers may outlive their reader: they then behave as closed. A reader belongs to one thread.
@@ -86,8 +87,9 @@ public:
     VoString errorString() const;            ///< The parser's error text; empty without an error.
     VoXMLAttributeSetPtr attributes() const; ///< A new set of the current start tag's attributes.
 
+    VoXMLPath currentPath() const; ///< Path of the innermost open element; empty without one.
     /// The innermost open element. Throws VoNullXMLStreamElementException when there is none.
-    std::shared_ptr<VoXMLStreamElementReader> currentElement() const;
+    std::shared_ptr<VoXMLStreamElementReader> currentElement();
     /// The shared pointer of an open element. Throws VoNullXMLStreamElementException when it is not open.
     std::shared_ptr<VoXMLStreamElementReader> getSharedPointer(const VoXMLStreamElementReader* element) const;
     /// @name Questions about an element reader
@@ -99,8 +101,6 @@ public:
     /// @}
 
 private:
-    friend class VoXMLLoaderOLD;
-    friend class VoXMLStreamElementReader;
     struct Private;
 
     std::unique_ptr<Private> d;

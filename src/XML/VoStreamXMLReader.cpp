@@ -1,0 +1,64 @@
+#include <XML/VoStreamXMLReader.h>
+
+#include <Core/VoString.h>
+#include <Core/VoXMLException.h>
+#include <FileSystem/VoFilePath.h>
+#include <XML/XMLReadEngine.h>
+
+#include <utility>
+
+using vo::detail::XMLDevice;
+using vo::detail::XMLReadEngine;
+
+struct VoStreamXMLReader::Private
+{
+    Private(XMLDevice device, DocumentTypes documentTypes)
+        : engine(std::move(device))
+    {
+        if (documentTypes == DocumentTypes::Refuse)
+            engine.refuseDocumentTypes();
+    }
+
+    XMLReadEngine engine;
+};
+
+VoStreamXMLReader::VoStreamXMLReader(VoIODevice& device, DocumentTypes documentTypes)
+    : d(std::make_unique<Private>(XMLDevice(device, QIODevice::ReadOnly), documentTypes))
+{
+}
+
+VoStreamXMLReader::VoStreamXMLReader(VoSharedPtr<VoIODevice> device, DocumentTypes documentTypes)
+    : d(std::make_unique<Private>(XMLDevice(std::move(device), QIODevice::ReadOnly), documentTypes))
+{
+}
+
+VoStreamXMLReader::VoStreamXMLReader(const VoFilePath& file, DocumentTypes documentTypes)
+    : d(std::make_unique<Private>(XMLDevice(file, QIODevice::ReadOnly), documentTypes))
+{
+}
+
+VoStreamXMLReader::~VoStreamXMLReader() = default;
+
+std::optional<VoStreamXMLElementReader> VoStreamXMLReader::nextElement()
+{
+    if (!d->engine.nextStart())
+        return std::nullopt;
+    return currentElement();
+}
+
+VoStreamXMLElementReader VoStreamXMLReader::currentElement() const
+{
+    if (d->engine.stack().empty())
+        throw VoNullXMLStreamElementException();
+    return VoStreamXMLElementReader(d->engine.stack().back());
+}
+
+void VoStreamXMLReader::finish()
+{
+    d->engine.finish();
+}
+
+VoString VoStreamXMLReader::position() const
+{
+    return d->engine.position();
+}

@@ -1,0 +1,156 @@
+#include <XML/VoXMLStreamElementReader.h>
+
+#include <Core/VoBase64.h>
+#include <Core/VoException.h>
+#include <Core/VoXMLException.h>
+#include <XML/VoXMLStreamReader.h>
+#include <XML/XMLReadEngine.h>
+
+#include <utility>
+
+using vo::detail::XMLElementState;
+using vo::detail::XMLReadEngine;
+
+namespace {
+
+constexpr const char* TextOfInactive = "Attempted to read text from non-active element";
+
+std::shared_ptr<VoXMLStreamElementReader> NextChild(VoXMLStreamReader* parent, const XMLReadEngine::Element& element)
+{
+    return XMLReadEngine::NextChild(element) ? parent->currentElement() : nullptr;
+}
+
+std::shared_ptr<XMLElementState> CurrentToken(VoXMLStreamReader* reader)
+{
+    if (!reader)
+        throw VoNullPointerException("Invalid parent");
+    auto element = std::make_shared<XMLElementState>();
+    element->name = reader->elementName();
+    element->attributes = *reader->attributes();
+    return element;
+}
+
+} // namespace
+
+// The children of one element. Walks on the element's state: the element reader, and this range with it, may end at the
+// element's end tag, in the middle of a step.
+class VoXMLStreamElementReader::StreamChildren : public Children, public std::enable_shared_from_this<StreamChildren>
+{
+public:
+    StreamChildren(VoXMLStreamReader* parent, std::shared_ptr<XMLElementState> element)
+        : m_parent(parent)
+        , m_element(std::move(element))
+    {
+    }
+
+    Iterator begin() override;
+    Iterator end() override { return Iterator(nullptr); }
+
+    std::shared_ptr<VoXMLStreamElementReader> next() { return NextChild(m_parent, m_element); }
+
+private:
+    VoXMLStreamReader* m_parent;
+    std::shared_ptr<XMLElementState> m_element;
+    bool m_isUsed = false;
+};
+
+class VoXMLStreamElementReader::StreamImplementation : public Children::Iterator::Implementation
+{
+public:
+    StreamImplementation(std::weak_ptr<StreamChildren> range, std::shared_ptr<VoXMLElementReader> child)
+        : m_range(std::move(range))
+        , m_child(std::move(child))
+    {
+    }
+
+    std::shared_ptr<VoXMLElementReader> currentChild() override { return m_child; }
+
+    std::shared_ptr<VoXMLElementReader> nextChild() override
+    {
+        const std::shared_ptr<StreamChildren> range = m_range.lock();
+        if (!range)
+            throw VoInvalidUseException("No parent object in iterator");
+        m_child = range->next();
+        return m_child;
+    }
+
+private:
+    std::weak_ptr<StreamChildren> m_range;
+    std::shared_ptr<VoXMLElementReader> m_child;
+};
+
+VoXMLElementReader::Children::Iterator VoXMLStreamElementReader::StreamChildren::begin()
+{
+    if (m_isUsed)
+        throw VoInvalidUseException("Begin called multiple times on a single use iterator");
+    m_isUsed = true;
+    const std::shared_ptr<StreamChildren> self = shared_from_this();
+    std::shared_ptr<VoXMLElementReader> first = next();
+    return Iterator(std::make_shared<StreamImplementation>(self, std::move(first)));
+}
+
+struct VoXMLStreamElementReader::Private
+{
+    VoXMLStreamReader* parent;
+    std::shared_ptr<XMLElementState> element;
+    std::shared_ptr<StreamChildren> children; // made when first asked for
+};
+
+VoXMLStreamElementReader::VoXMLStreamElementReader(VoXMLStreamReader* parent)
+    : VoXMLStreamElementReader(parent, CurrentToken(parent))
+{
+}
+
+VoXMLStreamElementReader::VoXMLStreamElementReader(VoXMLStreamReader* parent, std::shared_ptr<XMLElementState> element)
+    : d(new Private{parent, std::move(element), nullptr})
+{
+}
+
+VoXMLStreamElementReader::~VoXMLStreamElementReader() = default;
+
+const VoXMLAttributeSet& VoXMLStreamElementReader::attributes() const
+{
+    return d->element->attributes;
+}
+
+VoXMLElementReader::Children& VoXMLStreamElementReader::children()
+{
+    if (!d->children)
+        d->children = std::make_shared<StreamChildren>(d->parent, d->element);
+    return *d->children;
+}
+
+bool VoXMLStreamElementReader::hasAttribute(const VoString& name) const
+{
+    return attributes().hasAttribute(name);
+}
+
+const VoString& VoXMLStreamElementReader::name() const
+{
+    return d->element->name;
+}
+
+VoString VoXMLStreamElementReader::readAttribute(const VoString& name)
+{
+    return attributes().readAttribute(name);
+}
+
+double VoXMLStreamElementReader::readAttributeBase64(const VoString& name) const
+{
+    return VoStringDoubleBase64Converter().convert(attributes().readAttribute(name));
+}
+
+VoString VoXMLStreamElementReader::readText()
+{
+    return XMLReadEngine::ReadText(d->element, TextOfInactive);
+}
+
+double VoXMLStreamElementReader::readTextBase64() const
+{
+    return VoStringDoubleBase64Converter().convert(XMLReadEngine::ReadText(d->element, TextOfInactive));
+}
+
+std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamElementReader::nextChild()
+{
+    return NextChild(d->parent, d->element);
+}

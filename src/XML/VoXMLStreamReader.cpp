@@ -1,0 +1,202 @@
+#include <XML/VoXMLStreamReader.h>
+
+#include <Core/VoXMLException.h>
+#include <FileSystem/VoFilePath.h>
+#include <XML/VoXMLPath.h>
+#include <XML/VoXMLStreamElementReader.h>
+#include <XML/VoXMLValidator.h>
+#include <XML/XMLAttributeCollector.h>
+#include <XML/XMLReadEngine.h>
+#include <XML/XMLText.h>
+
+#include <algorithm>
+#include <utility>
+
+using vo::detail::XMLDevice;
+using vo::detail::XMLReadEngine;
+
+namespace {
+
+VoXMLStreamReader::TokenType FromQt(QXmlStreamReader::TokenType token)
+{
+    static_assert(int(VoXMLStreamReader::StartDocument) == int(QXmlStreamReader::StartDocument));
+    static_assert(int(VoXMLStreamReader::EntityReference) == int(QXmlStreamReader::EntityReference));
+    return token <= QXmlStreamReader::EntityReference ? static_cast<VoXMLStreamReader::TokenType>(token)
+                                                      : VoXMLStreamReader::Unknown;
+}
+
+const VoFilePath& Validated(const VoFilePath& file, const VoFilePath& schema)
+{
+    VoXMLValidator(schema).validate(file);
+    return file;
+}
+
+} // namespace
+
+struct VoXMLStreamReader::Private
+{
+    explicit Private(XMLDevice device)
+        : engine(std::move(device))
+    {
+    }
+
+    XMLReadEngine::Element find(const VoXMLStreamElementReader* element) const;
+
+    XMLReadEngine engine;
+};
+
+// Only elements whose reader has been handed out have one to be found by.
+XMLReadEngine::Element VoXMLStreamReader::Private::find(const VoXMLStreamElementReader* element) const
+{
+    const auto& stack = engine.stack();
+    const auto found = std::find_if(stack.rbegin(), stack.rend(),
+                                    [&](const auto& open) { return element && open->reader.get() == element; });
+    return found == stack.rend() ? nullptr : *found;
+}
+
+VoXMLStreamReader::VoXMLStreamReader(VoIODevice& device)
+    : d(std::make_unique<Private>(XMLDevice(device, QIODevice::ReadOnly)))
+{
+}
+
+VoXMLStreamReader::VoXMLStreamReader(VoSharedPtr<VoIODevice> device)
+    : d(std::make_unique<Private>(XMLDevice(std::move(device), QIODevice::ReadOnly)))
+{
+}
+
+VoXMLStreamReader::VoXMLStreamReader(const VoFilePath& file)
+    : d(std::make_unique<Private>(XMLDevice(file, QIODevice::ReadOnly)))
+{
+}
+
+VoXMLStreamReader::VoXMLStreamReader(const VoFilePath& file, const VoFilePath& schema)
+    : VoXMLStreamReader(Validated(file, schema))
+{
+}
+
+VoXMLStreamReader::~VoXMLStreamReader() = default;
+
+VoXMLStreamReader::TokenType VoXMLStreamReader::next()
+{
+    return FromQt(d->engine.next());
+}
+
+std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::nextElement()
+{
+    return d->engine.nextStart() ? currentElement() : nullptr;
+}
+
+std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::nextElementInElement()
+{
+    return d->engine.nextStartInElement() ? currentElement() : nullptr;
+}
+
+std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::scan(const VoString& name)
+{
+    while (d->engine.nextStart()) {
+        if (d->engine.stack().back()->name == name)
+            return currentElement();
+    }
+    return nullptr;
+}
+
+void VoXMLStreamReader::restart()
+{
+    d->engine.restart();
+}
+
+VoString VoXMLStreamReader::readText()
+{
+    if (d->engine.stack().empty())
+        throw VoInvalidXMLOperation("ReadText called outside of element");
+    const XMLReadEngine::Element current = d->engine.stack().back();
+    return d->engine.directText(current);
+}
+
+VoString VoXMLStreamReader::readAsText()
+{
+    return d->engine.remainingMarkup();
+}
+
+VoString VoXMLStreamReader::toString()
+{
+    switch (tokenType()) {
+    case StartElement:
+        return d->engine.currentMarkup();
+    case NoToken:
+    case StartDocument:
+    case EndElement:
+        return {};
+    default:
+        throw VoXMLException(errorString());
+    }
+}
+
+VoXMLStreamReader::TokenType VoXMLStreamReader::tokenType() const
+{
+    return FromQt(d->engine.qt().tokenType());
+}
+
+VoString VoXMLStreamReader::elementName() const
+{
+    const QXmlStreamReader& qt = d->engine.qt();
+    return qt.isStartElement() || qt.isEndElement() ? vo::detail::FromQtText(qt.name()) : VoString();
+}
+
+VoString VoXMLStreamReader::errorString() const
+{
+    return vo::detail::FromQtText(d->engine.qt().errorString());
+}
+
+VoXMLAttributeSetPtr VoXMLStreamReader::attributes() const
+{
+    using vo::detail::XMLAttributeCollector;
+    return VoXMLAttributeSetPtr(new VoXMLAttributeSet(XMLAttributeCollector::Collect(d->engine.qt().attributes())));
+}
+
+VoXMLPath VoXMLStreamReader::currentPath() const
+{
+    const auto& stack = d->engine.stack();
+    return stack.empty() ? VoXMLPath() : VoXMLPath(VoString(std::string(d->engine.path(*stack.back()))));
+}
+
+std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::currentElement()
+{
+    const auto& stack = d->engine.stack();
+    if (stack.empty())
+        throw VoNullXMLStreamElementException();
+    const XMLReadEngine::Element& element = stack.back();
+    if (!element->reader)
+        element->reader.reset(new VoXMLStreamElementReader(this, element));
+    return element->reader;
+}
+
+std::shared_ptr<VoXMLStreamElementReader>
+VoXMLStreamReader::getSharedPointer(const VoXMLStreamElementReader* element) const
+{
+    const XMLReadEngine::Element found = d->find(element);
+    if (!found)
+        throw VoNullXMLStreamElementException();
+    return found->reader;
+}
+
+bool VoXMLStreamReader::isActive(const VoXMLStreamElementReader* element) const
+{
+    const auto& stack = d->engine.stack();
+    return element && !stack.empty() && stack.back()->reader.get() == element;
+}
+
+bool VoXMLStreamReader::isValid(const VoXMLStreamElementReader* element) const
+{
+    return d->find(element) != nullptr;
+}
+
+bool VoXMLStreamReader::isValid(const std::shared_ptr<VoXMLStreamElementReader>& element) const
+{
+    return isValid(element.get());
+}
+
+bool VoXMLStreamReader::isValid(std::nullptr_t) const
+{
+    return false;
+}

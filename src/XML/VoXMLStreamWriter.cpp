@@ -1,0 +1,298 @@
+#include <XML/VoXMLStreamWriter.h>
+
+#include <Core/VoString.h>
+#include <Core/VoXMLException.h>
+#include <FileSystem/VoFilePath.h>
+#include <IO/VoIODevice.h>
+#include <IO/VoIOException.h>
+#include <XML/VoXMLStreamElementWriter.h>
+#include <XML/XMLDevice.h>
+#include <XML/XMLText.h>
+
+#include <QtCore/QString>
+#include <QtCore/QXmlStreamWriter>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+using vo::detail::RequireXMLText;
+using vo::detail::ToQtText;
+using vo::detail::XMLDevice;
+
+namespace {
+
+enum class State
+{
+    Initial,
+    DocumentStarted,
+    ElementOpen,
+    InContent,
+    ElementClosed,
+    DocumentFinished
+};
+
+} // namespace
+
+VoXMLStreamWriter::AutoFormattingSettings::AutoFormattingSettings() = default;
+
+VoXMLStreamWriter::AutoFormattingSettings::AutoFormattingSettings(bool formatting)
+    : autoFormatting(formatting)
+{
+}
+
+VoXMLStreamWriter::AutoFormattingSettings::AutoFormattingSettings(bool formatting, std::int32_t indentation)
+    : autoFormatting(formatting)
+    , indent(indentation)
+{
+}
+
+using Settings = VoXMLStreamWriter::AutoFormattingSettings;
+
+Settings::AutoFormattingSettings(const AutoFormattingSettings& other) = default;
+Settings::AutoFormattingSettings(AutoFormattingSettings&& other) noexcept = default;
+Settings& Settings::operator=(const AutoFormattingSettings& other) = default;
+Settings& Settings::operator=(AutoFormattingSettings&& other) noexcept = default;
+Settings::~AutoFormattingSettings() = default;
+
+struct VoXMLStreamWriter::Private
+{
+    Private(XMLDevice target, const AutoFormattingSettings& settings)
+        : device(std::move(target))
+        , xml(&device.adapter())
+    {
+        xml.setAutoFormatting(settings.autoFormatting);
+        xml.setAutoFormattingIndent(settings.indent);
+    }
+
+    void rethrowDeviceFailure() const;
+    void requireElementOpen(const char* message) const;
+    void requireWritableAttribute(const VoString& name, const VoString& value) const;
+    template <typename WriteStart>
+    void open(VoXMLStreamElementWriter* handle, const VoString& name, WriteStart writeStart);
+    void closeTop();
+    void closeDownTo(const VoXMLStreamElementWriter* element);
+    void disableHandles();
+    std::exception_ptr release();
+
+    XMLDevice device;
+    QXmlStreamWriter xml;
+    // Open elements, innermost last; null for one without a handle.
+    std::vector<VoXMLStreamElementWriter*> stack;
+    State state = State::Initial;
+};
+
+void VoXMLStreamWriter::Private::rethrowDeviceFailure() const
+{
+    if (device.adapter().hasFailed())
+        device.adapter().rethrow();
+}
+
+void VoXMLStreamWriter::Private::requireElementOpen(const char* message) const
+{
+    if (state != State::ElementOpen)
+        throw VoInvalidXMLOperation(message);
+}
+
+void VoXMLStreamWriter::Private::requireWritableAttribute(const VoString& name, const VoString& value) const
+{
+    rethrowDeviceFailure();
+    if (name.containsWhiteSpace())
+        throw VoInvalidXMLAttributeName(name);
+    requireElementOpen("Illegal attribute write");
+    RequireXMLText(name);
+    RequireXMLText(value);
+}
+
+template <typename WriteStart>
+void VoXMLStreamWriter::Private::open(VoXMLStreamElementWriter* handle, const VoString& name, WriteStart writeStart)
+{
+    rethrowDeviceFailure();
+    if (state == State::DocumentFinished)
+        throw VoInvalidXMLOperation("Invalid attempt to start element");
+    RequireXMLText(name);
+    if (stack.size() == stack.capacity())
+        stack.reserve(2 * stack.size() + 16);
+    writeStart(ToQtText(name));
+    stack.push_back(handle); // has room, so the stack and Qt's own stay in step
+    state = State::ElementOpen;
+}
+
+void VoXMLStreamWriter::Private::closeTop()
+{
+    if (VoXMLStreamElementWriter* handle = stack.back())
+        handle->disable();
+    stack.pop_back();
+    xml.writeEndElement();
+    state = stack.empty() ? State::ElementClosed : State::InContent;
+}
+
+void VoXMLStreamWriter::Private::closeDownTo(const VoXMLStreamElementWriter* element)
+{
+    if (!stack.empty() && element && stack.back() == element)
+        return closeTop();
+    const auto outermost = std::find(stack.begin(), stack.end(), element);
+    const auto remaining = static_cast<std::size_t>(outermost - stack.begin());
+    while (stack.size() > remaining)
+        closeTop();
+}
+
+void VoXMLStreamWriter::Private::disableHandles()
+{
+    for (VoXMLStreamElementWriter* handle : stack) {
+        if (handle)
+            handle->disable();
+    }
+    stack.clear();
+}
+
+// Hands the rest to the device, closes it and returns its first failure.
+std::exception_ptr VoXMLStreamWriter::Private::release()
+{
+    xml.setDevice(nullptr);
+    try {
+        device.adapter().close();
+        device.device().close(); // one that was open already is left open by the adapter
+        rethrowDeviceFailure();
+        if (xml.hasError())
+            throw VoIOException(device.device().lastError());
+        return nullptr;
+    } catch (...) {
+        return std::current_exception();
+    }
+}
+
+VoXMLStreamWriter::VoXMLStreamWriter(VoIODevice& device, const AutoFormattingSettings& settings)
+    : d(std::make_unique<Private>(XMLDevice(device, QIODevice::WriteOnly), settings))
+{
+}
+
+VoXMLStreamWriter::VoXMLStreamWriter(VoSharedPtr<VoIODevice> device, const AutoFormattingSettings& settings)
+    : d(std::make_unique<Private>(XMLDevice(std::move(device), QIODevice::WriteOnly), settings))
+{
+}
+
+VoXMLStreamWriter::VoXMLStreamWriter(const VoFilePath& path, const AutoFormattingSettings& settings)
+    : d(std::make_unique<Private>(XMLDevice(path, QIODevice::WriteOnly), settings))
+{
+}
+
+VoXMLStreamWriter::~VoXMLStreamWriter()
+{
+    if (d->state != State::DocumentFinished)
+        d->release();
+    d->disableHandles();
+}
+
+void VoXMLStreamWriter::startDocument()
+{
+    startDocument("1.0");
+}
+
+void VoXMLStreamWriter::startDocument(const VoString& version)
+{
+    d->rethrowDeviceFailure();
+    if (d->state != State::Initial)
+        throw VoInvalidXMLOperation("Attempting to create document when already created");
+    RequireXMLText(version);
+    d->xml.writeStartDocument(ToQtText(version));
+    d->state = State::DocumentStarted;
+}
+
+void VoXMLStreamWriter::startElement(const VoString& name)
+{
+    d->open(nullptr, name, [this](const QString& qtName) { d->xml.writeStartElement(qtName); });
+}
+
+std::unique_ptr<VoXMLStreamElementWriter> VoXMLStreamWriter::createElement(const VoString& name)
+{
+    auto handle = std::make_unique<VoXMLStreamElementWriter>(this);
+    d->open(handle.get(), name, [this](const QString& qtName) { d->xml.writeStartElement(qtName); });
+    return handle;
+}
+
+std::unique_ptr<VoXMLStreamElementWriter> VoXMLStreamWriter::createElement(const VoString& name,
+                                                                           const VoString& namespaceUri)
+{
+    RequireXMLText(namespaceUri);
+    auto handle = std::make_unique<VoXMLStreamElementWriter>(this);
+    d->open(handle.get(), name,
+            [&](const QString& qtName) { d->xml.writeStartElement(ToQtText(namespaceUri), qtName); });
+    return handle;
+}
+
+void VoXMLStreamWriter::writeAttribute(const VoString& name, const VoString& value)
+{
+    d->requireWritableAttribute(name, value);
+    d->xml.writeAttribute(ToQtText(name), ToQtText(value));
+}
+
+void VoXMLStreamWriter::writeAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri)
+{
+    d->requireWritableAttribute(name, value);
+    RequireXMLText(namespaceUri);
+    d->xml.writeAttribute(ToQtText(namespaceUri), ToQtText(name), ToQtText(value));
+}
+
+void VoXMLStreamWriter::writeText(const VoString& text)
+{
+    d->rethrowDeviceFailure();
+    d->requireElementOpen("Illegal write text call");
+    RequireXMLText(text);
+    d->xml.writeCharacters(ToQtText(text));
+    d->state = State::InContent;
+}
+
+void VoXMLStreamWriter::writeNamespace(const VoString& namespaceUri, const VoString& prefix)
+{
+    d->rethrowDeviceFailure();
+    RequireXMLText(namespaceUri);
+    RequireXMLText(prefix);
+    d->xml.writeNamespace(ToQtText(namespaceUri), ToQtText(prefix));
+}
+
+void VoXMLStreamWriter::writeDefaultNamespace(const VoString& namespaceUri)
+{
+    d->rethrowDeviceFailure();
+    RequireXMLText(namespaceUri);
+    d->xml.writeDefaultNamespace(ToQtText(namespaceUri));
+}
+
+void VoXMLStreamWriter::finishElement()
+{
+    d->rethrowDeviceFailure();
+    if (!d->stack.empty())
+        d->closeTop();
+}
+
+void VoXMLStreamWriter::finishElement(const VoXMLStreamElementWriter* element)
+{
+    d->rethrowDeviceFailure();
+    d->closeDownTo(element);
+}
+
+void VoXMLStreamWriter::closeAfterHandle(const VoXMLStreamElementWriter* element) noexcept
+{
+    try {
+        d->closeDownTo(element);
+    } catch (...) {
+        // Only memory can run out here; finishDocument() closes what stays open.
+    }
+}
+
+void VoXMLStreamWriter::finishDocument()
+{
+    if (d->state == State::DocumentFinished)
+        return;
+    d->xml.writeEndDocument();
+    d->state = State::DocumentFinished;
+    const std::exception_ptr failure = d->release();
+    d->disableHandles();
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+bool VoXMLStreamWriter::isCurrent(const VoXMLStreamElementWriter* element) const
+{
+    return d->stack.empty() ? element == nullptr : d->stack.back() == element;
+}

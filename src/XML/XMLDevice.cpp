@@ -1,0 +1,62 @@
+#include <XML/XMLDevice.h>
+
+#include <Core/VoException.h>
+#include <Core/VoFileException.h>
+#include <Core/VoString.h>
+#include <FileSystem/VoFilePath.h>
+#include <IO/VoFileDevice.h>
+#include <IO/VoIOException.h>
+
+#include <utility>
+
+namespace vo::detail {
+
+namespace {
+
+VoSharedPtr<VoIODevice> RequireDevice(VoSharedPtr<VoIODevice> device)
+{
+    if (!device)
+        throw VoNullPointerException();
+    return device;
+}
+
+} // namespace
+
+XMLDevice::XMLDevice(VoIODevice& device, QIODevice::OpenMode mode)
+    : m_device(&device)
+    , m_adapter(std::make_shared<VoQIODevice>(device))
+{
+    if (!open(mode))
+        throw VoIOException(device.lastError());
+}
+
+XMLDevice::XMLDevice(VoSharedPtr<VoIODevice> owner)
+    : m_owner(RequireDevice(std::move(owner)))
+    , m_device(m_owner.get())
+    , m_adapter(std::make_shared<VoQIODevice>(*m_device))
+{
+}
+
+XMLDevice::XMLDevice(VoSharedPtr<VoIODevice> device, QIODevice::OpenMode mode)
+    : XMLDevice(std::move(device))
+{
+    if (!open(mode))
+        throw VoIOException(m_device->lastError());
+}
+
+XMLDevice::XMLDevice(const VoFilePath& file, QIODevice::OpenMode mode)
+    : XMLDevice(VoSharedPtr<VoIODevice>(new VoFileDevice(file)))
+{
+    if (!open(mode))
+        throw VoCannotOpenFileException(static_cast<const VoFileDevice&>(*m_device));
+}
+
+bool XMLDevice::open(QIODevice::OpenMode mode)
+{
+    if (m_adapter->open(mode))
+        return true;
+    m_adapter->rethrow(); // a missing file, for one
+    return false;
+}
+
+} // namespace vo::detail

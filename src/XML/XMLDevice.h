@@ -1,0 +1,35 @@
+#pragma once
+
+#include <Core/VoForward.h>
+#include <Core/VoSharedPtr.h>
+#include <IO/VoQIODevice.h>
+
+#include <memory>
+
+namespace vo::detail {
+
+/// The device of an XML document, opened, presented to Qt, and kept alive where the document owns it.
+class XMLDevice
+{
+public:
+    /// The caller keeps the device alive. Throws what opening throws, else VoIOException with the device's last error.
+    XMLDevice(VoIODevice& device, QIODevice::OpenMode mode);
+    /// Shares the device; as above. Throws VoNullPointerException when it is null.
+    XMLDevice(VoSharedPtr<VoIODevice> device, QIODevice::OpenMode mode);
+    /// Makes the device of a file. Throws what opening throws, else VoCannotOpenFileException.
+    XMLDevice(const VoFilePath& file, QIODevice::OpenMode mode);
+
+    VoIODevice& device() const { return *m_device; }
+    VoQIODevice& adapter() const { return *m_adapter; }
+
+private:
+    explicit XMLDevice(VoSharedPtr<VoIODevice> owner); // not opened yet
+
+    bool open(QIODevice::OpenMode mode);
+
+    VoSharedPtr<VoIODevice> m_owner;
+    VoIODevice* m_device;
+    std::shared_ptr<VoQIODevice> m_adapter; // goes before the device
+};
+
+} // namespace vo::detail
