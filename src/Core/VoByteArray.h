@@ -70,12 +70,14 @@ public:
     friend VOCORE_EXPORT bool operator!=(const VoByteArray& a, const VoByteArray& b) noexcept; ///< Compares bytes.
 
 private:
+    friend class VoByteBuffer; // fills allocated memory without having it cleared first
+
     struct Free
     {
         void operator()(char* memory) const noexcept;
     };
 
-    void grow(std::size_t needed);
+    void reallocate(std::size_t count);
 
     std::unique_ptr<char, Free> m_bytes;
     std::size_t m_size = 0;

@@ -45,8 +45,6 @@ public:
     VoByteArray take();                        ///< Hands out what the buffer holds and leaves it empty.
 
 private:
-    void prepare();
-
-    VoByteArray m_bytes;
+    VoByteArray m_bytes; // allocated for the whole capacity once it holds anything
     std::size_t m_capacity;
 };

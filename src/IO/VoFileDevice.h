@@ -58,9 +58,7 @@ protected:
 private:
     struct Private;
 
-    Private& opened() const;
     [[noreturn]] void failWrite();
-    void closeQuietly() noexcept;
 
     std::unique_ptr<Private> m_private;
 };

@@ -5,6 +5,7 @@
 
 #include <QtCore/QIODevice>
 
+#include <cstddef>
 #include <exception>
 #include <memory>
 
@@ -52,6 +53,7 @@ private:
 
     bool attach(OpenMode mode);
     void detach();
+    bool seekWrite();
     bool passOn(const char* data, std::size_t count);
     void keepException() noexcept;
 

@@ -28,7 +28,7 @@ public:
 protected:
     VoStream();
 
-    virtual const std::ios& ios() const = 0; ///< The standard stream's state.
+    virtual const std::ios& standard() const = 0; ///< The standard stream's state.
 };
 
 /// Base of the typed streams that are read.
@@ -82,7 +82,7 @@ public:
     std::istream& stream() override;
 
 protected:
-    const std::ios& ios() const override;
+    const std::ios& standard() const override;
 
 private:
     struct Private;
@@ -100,7 +100,7 @@ public:
     std::istream& stream() override;
 
 protected:
-    const std::ios& ios() const override;
+    const std::ios& standard() const override;
 
 private:
     struct Private;
@@ -119,7 +119,7 @@ public:
     std::ostream& stream() override;
 
 protected:
-    const std::ios& ios() const override;
+    const std::ios& standard() const override;
 
 private:
     struct Private;
@@ -139,7 +139,7 @@ public:
     std::ostream& stream() override;
 
 protected:
-    const std::ios& ios() const override;
+    const std::ios& standard() const override;
 
 private:
     struct Private;

@@ -73,6 +73,7 @@ private:
     using Connections = std::vector<std::shared_ptr<AbstractConnection>>;
 
     bool isBroadcasting() const noexcept;
+    std::shared_ptr<AbstractConnection> removeWithin(const VoUUID& id);
     void insertOrdered(std::shared_ptr<AbstractConnection> connection);
     std::shared_ptr<AbstractConnection> settle() noexcept;
 

@@ -1,0 +1,334 @@
+#include <Subsystem/VoLogging.h>
+
+#include <Core/VoException.h>
+#include <FileSystem/VoFilePath.h>
+#include <Subsystem/LogFiles.h>
+#include <Threading/CallbackList.h>
+
+#include <QtCore/QtGlobal>
+
+#include <atomic>
+#include <cstdio>
+#include <map>
+#include <mutex>
+#include <sstream>
+#include <utility>
+
+namespace vo::logging {
+
+namespace {
+
+constexpr int Nothing = static_cast<int>(Level::Critical) + 1; // above every level
+
+// Set while this thread runs sinks: what they log is dropped.
+thread_local bool t_sending = false;
+
+// Marks this thread as running sinks.
+class Sending
+{
+public:
+    Sending() { t_sending = true; }
+    Sending(const Sending&) = delete;
+    Sending& operator=(const Sending&) = delete;
+    ~Sending() { t_sending = false; }
+};
+
+class SinkList final : public vo::detail::CallbackList
+{
+public:
+    ~SinkList() override { release(); }
+
+    VoReceiver addSink(Sink sink, Level minimum);
+    void send(const Record& record);
+
+    bool wants(Level level) const noexcept
+    {
+        return static_cast<int>(level) >= m_minimum.load(std::memory_order_relaxed);
+    }
+
+    void disconnect(const VoUUID& id) override
+    {
+        CallbackList::disconnect(id);
+        refreshMinimum();
+    }
+
+private:
+    struct SinkEntry final : Entry
+    {
+        Sink sink;
+        Level minimum = Level::Diagnostic;
+    };
+
+    void refreshMinimum();
+
+    std::mutex m_refreshMutex;
+    std::atomic<int> m_minimum{Nothing}; // the lowest level that any sink wants
+};
+
+VoReceiver SinkList::addSink(Sink sink, Level minimum)
+{
+    auto entry = std::make_shared<SinkEntry>();
+    entry->sink = std::move(sink);
+    entry->minimum = minimum;
+    VoReceiver receiver = add(std::move(entry));
+    refreshMinimum();
+    return receiver;
+}
+
+void SinkList::send(const Record& record)
+{
+    callEach([&](Entry& entry) {
+        const auto& sinkEntry = static_cast<SinkEntry&>(entry);
+        if (record.level < sinkEntry.minimum)
+            return;
+        try {
+            sinkEntry.sink(record);
+        } catch (...) {
+            // The one who logs must not suffer from a sink.
+        }
+    });
+}
+
+void SinkList::refreshMinimum()
+{
+    const std::lock_guard lock(m_refreshMutex);
+    int minimum = Nothing;
+    inspectEach([&](const Entry& entry) {
+        minimum = std::min(minimum, static_cast<int>(static_cast<const SinkEntry&>(entry).minimum));
+    });
+    m_minimum.store(minimum, std::memory_order_relaxed);
+}
+
+// Never destroyed, like the loggers: static objects log while the process ends.
+SinkList& Sinks()
+{
+    static SinkList& sinks = *new SinkList;
+    return sinks;
+}
+
+std::atomic<int>& StandardErrorMinimum()
+{
+    static std::atomic<int> minimum{static_cast<int>(Level::Warning)};
+    return minimum;
+}
+
+bool StandardErrorWants(Level level)
+{
+    return static_cast<int>(level) >= StandardErrorMinimum().load(std::memory_order_relaxed);
+}
+
+void Send(const Record& record)
+{
+    if (StandardErrorWants(record.level)) {
+        const VoString line = FormatRecord(record) + "\n";
+        std::fwrite(line.c_str(), 1, line.size(), stderr); // one call, so that lines do not mix
+    }
+    Sinks().send(record);
+}
+
+// Appends the text with its control characters escaped, also those that UTF-8 writes in two bytes (U+0080 to U+009F).
+void AppendEscaped(std::string& line, const std::string& text)
+{
+    constexpr char digits[] = "0123456789abcdef";
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const auto following = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+        if (byte == '\n')
+            line += "\\n";
+        else if (byte == '\r')
+            line += "\\r";
+        else if (byte == '\t')
+            line += "\\t";
+        else if (byte < 0x20 || byte == 0x7f)
+            line += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+        else if (byte == 0xc2 && following >= 0x80 && following < 0xa0)
+            line += {'\\', 'x', digits[following >> 4], digits[text[++i] & 15]};
+        else
+            line += text[i];
+    }
+}
+
+Level LevelOfQt(QtMsgType type)
+{
+    switch (type) {
+    case QtDebugMsg:
+        return Level::Diagnostic;
+    case QtInfoMsg:
+        return Level::Information;
+    case QtWarningMsg:
+        return Level::Warning;
+    case QtCriticalMsg:
+        return Level::Error;
+    case QtFatalMsg:
+        break;
+    }
+    return Level::Critical;
+}
+
+void HandleQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    static Logger& logger = Logger::Get("qt");
+    try {
+        logger.log(LevelOfQt(type), VoString(text));
+    } catch (...) {
+        // Out of memory for the text; Qt cannot be thrown at.
+    }
+}
+
+} // namespace
+
+const char* LevelName(Level level) noexcept
+{
+    switch (level) {
+    case Level::Diagnostic:
+        return "diagnostic";
+    case Level::Information:
+        return "information";
+    case Level::Warning:
+        return "warning";
+    case Level::Error:
+        return "error";
+    case Level::Critical:
+        break;
+    }
+    return "critical";
+}
+
+struct Logger::Private
+{
+    VoString category;
+    std::atomic<Level> level{Level::Diagnostic};
+};
+
+struct LoggerRegistry
+{
+    std::mutex mutex;
+    std::map<VoString, Logger*> loggers; // the strings compare without case
+
+    Logger& get(const VoString& category)
+    {
+        const std::lock_guard lock(mutex);
+        Logger*& logger = loggers[category];
+        if (!logger)
+            logger = new Logger(category);
+        return *logger;
+    }
+};
+
+Logger::Logger(const VoString& category)
+    : m_private(std::make_unique<Private>())
+{
+    m_private->category = category;
+}
+
+Logger::~Logger() = default;
+
+Logger& Logger::Get(const VoString& category)
+{
+    static LoggerRegistry& registry = *new LoggerRegistry;
+    return registry.get(category);
+}
+
+void Logger::diagnostic(const VoString& text) noexcept
+{
+    log(Level::Diagnostic, text);
+}
+
+void Logger::information(const VoString& text) noexcept
+{
+    log(Level::Information, text);
+}
+
+void Logger::warning(const VoString& text) noexcept
+{
+    log(Level::Warning, text);
+}
+
+void Logger::error(const VoString& text) noexcept
+{
+    log(Level::Error, text);
+}
+
+void Logger::critical(const VoString& text) noexcept
+{
+    log(Level::Critical, text);
+}
+
+void Logger::log(Level level, const VoString& text) noexcept
+{
+    if (t_sending || !isEnabled(level))
+        return;
+    const Sending sending;
+    try {
+        Send(Record{level, category(), text, VoTimePoint::Now(), std::this_thread::get_id()});
+    } catch (...) {
+        // Out of memory: the record is lost, the one who logs goes on.
+    }
+}
+
+bool Logger::isEnabled(Level level) const noexcept
+{
+    return level >= this->level() && (Sinks().wants(level) || StandardErrorWants(level));
+}
+
+const VoString& Logger::category() const noexcept
+{
+    return m_private->category;
+}
+
+Level Logger::level() const noexcept
+{
+    return m_private->level.load(std::memory_order_relaxed);
+}
+
+void Logger::setLevel(Level level) noexcept
+{
+    m_private->level.store(level, std::memory_order_relaxed);
+}
+
+void SetLevel(const VoString& category, Level level)
+{
+    Logger::Get(category).setLevel(level);
+}
+
+VoReceiver AddSink(Sink sink, Level minimum)
+{
+    if (!sink)
+        throw VoInvalidParameterException("Invalid callback");
+    return Sinks().addSink(std::move(sink), minimum);
+}
+
+void EnableStandardError(Level minimum)
+{
+    StandardErrorMinimum().store(static_cast<int>(minimum), std::memory_order_relaxed);
+}
+
+void DisableStandardError()
+{
+    StandardErrorMinimum().store(Nothing, std::memory_order_relaxed);
+}
+
+VoReceiver SetUp(const VoFilePath& directory)
+{
+    const auto files = std::make_shared<LogFiles>(VoFilePath(directory.path() + "\\logs"));
+    return AddSink([files](const Record& record) { files->write(record); });
+}
+
+VoString FormatRecord(const Record& record)
+{
+    std::ostringstream thread;
+    thread.imbue(std::locale::classic());
+    thread << record.thread;
+    std::string line = record.time.toString().toStdString() + ' ' + LevelName(record.level) + " [";
+    AppendEscaped(line, record.category.toStdString());
+    line += "] (" + thread.str() + ") ";
+    AppendEscaped(line, record.text.toStdString());
+    return VoString(std::move(line));
+}
+
+void InstallQtHandler()
+{
+    qInstallMessageHandler(HandleQtMessage);
+}
+
+} // namespace vo::logging

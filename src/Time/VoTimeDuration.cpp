@@ -1,0 +1,99 @@
+#include <Time/VoTimeDuration.h>
+
+#include <Core/VoException.h>
+#include <Core/VoMathsException.h>
+#include <Core/VoString.h>
+
+#include <charconv>
+#include <cmath>
+#include <iterator>
+#include <ostream>
+#include <string>
+
+namespace {
+
+struct Unit
+{
+    std::uint64_t nanoseconds;
+    const char* name;
+};
+
+constexpr Unit Units[] = {{3600000000000, "h"}, {60000000000, "min"}, {1000000000, "s"},
+                          {1000000, "ms"},      {1000, "us"},         {1, "ns"}};
+
+std::uint64_t Magnitude(std::int64_t count)
+{
+    const auto bits = static_cast<std::uint64_t>(count);
+    return count < 0 ? 0 - bits : bits;
+}
+
+// The thousandths behind the decimal point, without zeros at the end.
+std::string Fraction(std::uint64_t thousandths)
+{
+    if (thousandths == 0)
+        return {};
+    std::string digits = std::to_string(1000 + thousandths);
+    digits.front() = '.';
+    while (digits.back() == '0')
+        digits.pop_back();
+    return digits;
+}
+
+} // namespace
+
+VoTimeDuration VoTimeDuration::FromSeconds(double seconds) noexcept
+{
+    // The first doubles that no longer fit are the powers themselves: 2^63 and beyond.
+    constexpr double limit = 9223372036854775808.0;
+    const double nanoseconds = std::round(seconds * 1e9);
+    if (std::isnan(nanoseconds))
+        return {};
+    if (nanoseconds >= limit)
+        return Max();
+    if (nanoseconds <= -limit)
+        return Min();
+    return VoNanoseconds(static_cast<std::int64_t>(nanoseconds));
+}
+
+VoString VoTimeDuration::toString() const
+{
+    const std::uint64_t magnitude = Magnitude(m_count);
+    const Unit* unit = Units;
+    while (unit != std::end(Units) - 1 && magnitude < unit->nanoseconds)
+        ++unit;
+    // Cut, not rounded: 59.9996 s must not become "60 s" when a minute would be "1 min".
+    const std::uint64_t whole = magnitude / unit->nanoseconds;
+    const std::uint64_t rest = magnitude % unit->nanoseconds;
+    const std::uint64_t thousandths = unit->nanoseconds < 1000 ? 0 : rest / (unit->nanoseconds / 1000);
+    return VoString((m_count < 0 ? "-" : "") + std::to_string(whole) + Fraction(thousandths) + ' ' + unit->name);
+}
+
+VoString VoTimeDuration::Serialize(VoTimeDuration duration)
+{
+    return VoString(static_cast<long long>(duration.m_count));
+}
+
+VoTimeDuration VoTimeDuration::Deserialize(const VoString& text)
+{
+    const std::string& bytes = text.toStdString();
+    std::int64_t count = 0;
+    const auto [end, error] = std::from_chars(bytes.data(), bytes.data() + bytes.size(), count);
+    if (error != std::errc() || end != bytes.data() + bytes.size())
+        throw VoInvalidConversionException(text, "VoTimeDuration");
+    return VoNanoseconds(count);
+}
+
+void VoTimeDuration::failComponent(const char* unit)
+{
+    throw VoOverflowException(VoString("Number of ") + unit + " is greater than the value a time duration can hold");
+}
+
+void VoTimeDuration::failOverflow()
+{
+    throw VoOverflowException();
+}
+
+std::ostream& operator<<(std::ostream& stream, VoTimeDuration duration)
+{
+    return stream << duration.toString();
+}
