@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <functional>
 #include <mutex>
+#include <new>
 #include <vector>
 
 namespace vo::detail {
@@ -50,13 +52,32 @@ bool BlocksDifferFoldedAscii(const char* a, const char* b)
     return difference != 0;
 }
 
+bool WordsEqualFoldedAscii(const char* a, const char* b)
+{
+    return FoldAsciiWord(LoadWord(a)) == FoldAsciiWord(LoadWord(b));
+}
+
+// The beginning, in whole strides, that is the same in every mode.
+std::size_t SkipIdentical(const char* a, const char* b, std::size_t length)
+{
+    constexpr std::size_t stride = 64;
+    std::size_t i = 0;
+    while (i + stride <= length && std::memcmp(a + i, b + i, stride) == 0)
+        i += stride;
+    return i;
+}
+
 std::size_t MismatchFoldedAscii(const char* a, const char* b, std::size_t length, const LocaleRecord& locale)
 {
-    std::size_t i = 0;
+    std::size_t i = SkipIdentical(a, b, length);
     while (i + blockSize <= length && !BlocksDifferFoldedAscii(a + i, b + i))
         i += blockSize;
-    while (i + wordSize <= length && FoldAsciiWord(LoadWord(a + i)) == FoldAsciiWord(LoadWord(b + i)))
+    while (i + wordSize <= length && WordsEqualFoldedAscii(a + i, b + i))
         i += wordSize;
+    // The last word overlaps what is known to be equal.
+    if (i + wordSize > length && length >= wordSize &&
+        WordsEqualFoldedAscii(a + length - wordSize, b + length - wordSize))
+        return length;
     while (i < length && locale.folded(a[i]) == locale.folded(b[i]))
         ++i;
     return i;
@@ -117,11 +138,13 @@ std::size_t FindByFirstAndLast(std::string_view text, std::size_t needleLength, 
     const std::size_t end = text.size() - needleLength + 1;
     std::size_t i = from;
     while (i < end) {
-        if (i + blockSize <= end && !BlockHasCandidate(firsts + i, first, lasts + i, last)) {
-            i += blockSize;
+        const std::size_t blockEnd = std::min(i + blockSize, end);
+        // The last block overlaps the one before.
+        const std::size_t block = std::min(i, end < from + blockSize ? end : end - blockSize);
+        if (end >= from + blockSize && !BlockHasCandidate(firsts + block, first, lasts + block, last)) {
+            i = blockEnd;
             continue;
         }
-        const std::size_t blockEnd = std::min(i + blockSize, end);
         for (; i < blockEnd; ++i)
             if (first.matches(firsts[i]) && last.matches(lasts[i]) && matchesAt(firsts + i))
                 return i;
@@ -151,10 +174,21 @@ std::size_t FindFoldedByTable(std::string_view text, std::string_view needle, st
     return std::string_view::npos;
 }
 
+// Storage with a fixed address, so that the record, which is never destroyed, is recognised without asking whether it
+// was made.
+alignas(LocaleRecord) unsigned char classicStorage[sizeof(LocaleRecord)];
+
 const LocaleRecord& ClassicRecord()
 {
-    static const LocaleRecord& record = *new LocaleRecord(std::locale::classic());
-    return record;
+    static const LocaleRecord* const record = ::new (classicStorage) LocaleRecord(std::locale::classic());
+    return *record;
+}
+
+bool IsClassicRecordsLocale(const std::locale& locale)
+{
+    const auto* const address = reinterpret_cast<const unsigned char*>(&locale);
+    return std::less_equal<>()(+classicStorage, address) &&
+           std::less<>()(address, classicStorage + sizeof(LocaleRecord));
 }
 
 // The records in use in the process, so that threads share them.
@@ -262,8 +296,10 @@ LocalePtr GlobalLocale()
 
 LocalePtr RecordOf(const std::locale& locale)
 {
+    if (IsClassicRecordsLocale(locale))
+        return LocalePtr(LocalePtr(), std::launder(reinterpret_cast<const LocaleRecord*>(classicStorage)));
     const LocaleRecord& classic = ClassicRecord();
-    if (&locale == &classic.locale || locale == classic.locale)
+    if (locale == classic.locale)
         return LocalePtr(LocalePtr(), &classic);
     if (recentLocalesGone)
         return LocaleRegistry::Get().recordOf(locale);
@@ -273,10 +309,7 @@ LocalePtr RecordOf(const std::locale& locale)
 
 std::size_t MismatchExact(const char* a, const char* b, std::size_t length)
 {
-    constexpr std::size_t stride = 64;
-    std::size_t i = 0;
-    while (i + stride <= length && std::memcmp(a + i, b + i, stride) == 0)
-        i += stride;
+    std::size_t i = SkipIdentical(a, b, length);
     while (i + wordSize <= length && LoadWord(a + i) == LoadWord(b + i))
         i += wordSize;
     while (i < length && a[i] == b[i])
@@ -288,6 +321,19 @@ std::size_t MismatchFolded(const char* a, const char* b, std::size_t length, con
 {
     return locale.foldsOnlyAscii ? MismatchFoldedAscii(a, b, length, locale)
                                  : MismatchFoldedByTable(a, b, length, locale);
+}
+
+int Compare(std::string_view a, std::string_view b, bool exact, const LocaleRecord& locale)
+{
+    const std::size_t common = std::min(a.size(), b.size());
+    const std::size_t at =
+        exact ? MismatchExact(a.data(), b.data(), common) : MismatchFolded(a.data(), b.data(), common, locale);
+    if (at == common)
+        return a.size() == b.size() ? 0 : a.size() < b.size() ? -1 : 1;
+    const auto value = [&](char c) {
+        return static_cast<signed char>(exact ? c : static_cast<char>(locale.folded(c)));
+    };
+    return value(a[at]) - value(b[at]);
 }
 
 std::size_t FindExact(std::string_view text, std::string_view needle, std::size_t from)

@@ -53,6 +53,15 @@ VOCORE_PRIVATE_EXPORT std::size_t MismatchExact(const char* a, const char* b, st
 VOCORE_PRIVATE_EXPORT std::size_t MismatchFolded(const char* a, const char* b, std::size_t length,
                                                  const LocaleRecord& locale);
 
+/// Whether the folded texts are equal.
+inline bool EqualFolded(std::string_view a, std::string_view b, const LocaleRecord& locale)
+{
+    return a.size() == b.size() && MismatchFolded(a.data(), b.data(), a.size(), locale) == a.size();
+}
+
+/// The difference of the first two bytes that differ, folded or not; else -1, 0 or 1 by the lengths.
+VOCORE_PRIVATE_EXPORT int Compare(std::string_view a, std::string_view b, bool exact, const LocaleRecord& locale);
+
 /// The first match of a needle of one byte or more at or after `from`, or npos.
 VOCORE_PRIVATE_EXPORT std::size_t FindExact(std::string_view text, std::string_view needle, std::size_t from);
 

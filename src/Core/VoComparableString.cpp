@@ -3,75 +3,40 @@
 #include <Core/NumberText.h>
 #include <Core/StringPrivate.h>
 
-#include <algorithm>
+#include <cstring>
 #include <ostream>
 #include <string_view>
 
 namespace {
 
+using vo::detail::BytesOf;
 using vo::detail::LocalePtr;
 using vo::detail::Terminated;
-
-std::string_view BytesOf(const VoComparableString& string)
-{
-    const std::size_t size = string.size();
-    return size ? std::string_view(&string[0], size) : std::string_view("", 0);
-}
 
 bool IsExact(VoComparableString::Comparison mode)
 {
     return mode == VoComparableString::CaseSensitive;
 }
 
-// The first index below the shorter length where the texts differ under the mode, or that length.
-std::size_t Mismatch(const VoComparableString& owner, std::string_view a, std::string_view b,
-                     VoComparableString::Comparison mode)
+// Whether two texts of one length are equal under the mode, by the locale of `owner`.
+bool Matches(const VoComparableString& owner, std::string_view a, std::string_view b,
+             VoComparableString::Comparison mode)
 {
-    const std::size_t common = std::min(a.size(), b.size());
     if (IsExact(mode))
-        return vo::detail::MismatchExact(a.data(), b.data(), common);
-    return vo::detail::MismatchFolded(a.data(), b.data(), common, *vo::detail::RecordOf(owner.locale()));
-}
-
-int Difference(unsigned char a, unsigned char b)
-{
-    return static_cast<signed char>(a) - static_cast<signed char>(b);
-}
-
-int Compare(const VoComparableString& string, std::string_view other, VoComparableString::Comparison mode)
-{
-    const std::string_view own = BytesOf(string);
-    const std::size_t at = Mismatch(string, own, other, mode);
-    if (at == std::min(own.size(), other.size()))
-        return own.size() == other.size() ? 0 : own.size() < other.size() ? -1 : 1;
-    if (IsExact(mode))
-        return Difference(static_cast<unsigned char>(own[at]), static_cast<unsigned char>(other[at]));
-    const LocalePtr locale = vo::detail::RecordOf(string.locale());
-    return Difference(locale->folded(own[at]), locale->folded(other[at]));
-}
-
-// Whether the bytes of `string` at `pos`, as many as there are in `part`, equal it.
-bool MatchesAt(const VoComparableString& string, std::size_t pos, std::string_view part,
-               VoComparableString::Comparison mode)
-{
-    const std::string_view own = BytesOf(string).substr(pos, part.size());
-    return Mismatch(string, own, part, mode) == part.size();
-}
-
-bool Equal(const VoComparableString& string, std::string_view other)
-{
-    return string.size() == other.size() && MatchesAt(string, 0, other, VoComparableString::CaseInsensitive);
+        return a.empty() || std::memcmp(a.data(), b.data(), a.size()) == 0;
+    return vo::detail::EqualFolded(a, b, *vo::detail::RecordOf(owner.locale()));
 }
 
 bool StartsWith(const VoComparableString& string, std::string_view prefix, VoComparableString::Comparison mode)
 {
-    return prefix.size() <= string.size() && MatchesAt(string, 0, prefix, mode);
+    const std::string_view own = BytesOf(string);
+    return prefix.size() <= own.size() && Matches(string, own.substr(0, prefix.size()), prefix, mode);
 }
 
 bool EndsWith(const VoComparableString& string, std::string_view suffix, VoComparableString::Comparison mode)
 {
-    const std::size_t size = string.size();
-    return suffix.size() <= size && MatchesAt(string, size - suffix.size(), suffix, mode);
+    const std::string_view own = BytesOf(string);
+    return suffix.size() <= own.size() && Matches(string, own.substr(own.size() - suffix.size()), suffix, mode);
 }
 
 } // namespace
@@ -80,32 +45,32 @@ VoComparableString::~VoComparableString() = default;
 
 int VoComparableString::compare(const VoComparableString& other, Comparison mode) const
 {
-    return Compare(*this, BytesOf(other), mode);
+    return vo::detail::Compare(BytesOf(*this), BytesOf(other), IsExact(mode), *vo::detail::RecordOf(locale()));
 }
 
 int VoComparableString::compare(const char* text, Comparison mode) const
 {
-    return Compare(*this, Terminated(text), mode);
+    return compare(VoStringView(text), mode);
 }
 
 bool VoComparableString::operator==(const char* text) const
 {
-    return Equal(*this, Terminated(text));
+    return vo::detail::EqualFolded(BytesOf(*this), Terminated(text), *vo::detail::RecordOf(locale()));
 }
 
 bool VoComparableString::operator==(const VoComparableString& other) const
 {
-    return Equal(*this, BytesOf(other));
+    return vo::detail::EqualFolded(BytesOf(*this), BytesOf(other), *vo::detail::RecordOf(locale()));
 }
 
 bool VoComparableString::operator!=(const char* text) const
 {
-    return !Equal(*this, Terminated(text));
+    return !vo::detail::EqualFolded(BytesOf(*this), Terminated(text), *vo::detail::RecordOf(locale()));
 }
 
 bool VoComparableString::operator!=(const VoComparableString& other) const
 {
-    return !Equal(*this, BytesOf(other));
+    return !vo::detail::EqualFolded(BytesOf(*this), BytesOf(other), *vo::detail::RecordOf(locale()));
 }
 
 bool VoComparableString::operator<(const VoComparableString& other) const
@@ -284,10 +249,10 @@ VoDeque<VoStringView> VoComparableString::tokenize(const VoString& separator, Co
     VoDeque<VoStringView> tokens;
     std::size_t start = 0;
     for (std::size_t end = next(0); end != std::string_view::npos; end = next(start)) {
-        tokens.pushBack(VoStringView(VoStringView::Private{text.data() + start, end - start, record}));
+        tokens.emplaceBack(VoStringView::Private{text.data() + start, end - start, record});
         start = end + mark.size();
     }
-    tokens.pushBack(VoStringView(VoStringView::Private{text.data() + start, text.size() - start, record}));
+    tokens.emplaceBack(VoStringView::Private{text.data() + start, text.size() - start, record});
     return tokens;
 }
 

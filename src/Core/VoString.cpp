@@ -14,9 +14,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <optional>
 
 namespace {
 
+using vo::detail::BytesOf;
 using vo::detail::LocalePtr;
 using vo::detail::LocaleRecord;
 using vo::detail::Terminated;
@@ -67,6 +69,32 @@ QString FromUtf8(std::string_view text)
 std::string_view UpToZero(std::string_view text)
 {
     return text.substr(0, text.find('\0'));
+}
+
+// The text after VoString::replace(), or nothing when it does not change. Made apart from the text, which the arguments
+// may be part of.
+std::optional<std::string> ReplacedBytes(std::string_view text, std::string_view from, std::string_view to,
+                                         VoString::Comparison mode, const LocaleRecord& record)
+{
+    if (from.empty() || from.size() > text.size())
+        return std::nullopt;
+    const std::string_view replacement = UpToZero(to);
+    const auto next = [&](std::size_t start) {
+        return mode == VoString::CaseSensitive ? vo::detail::FindExact(text, from, start)
+                                               : vo::detail::FindFolded(text, from, start, record);
+    };
+    std::size_t match = next(0);
+    if (match == std::string_view::npos)
+        return std::nullopt;
+    std::string result;
+    result.reserve(text.size() + replacement.size());
+    std::size_t start = 0;
+    for (; match != std::string_view::npos; match = next(start)) {
+        result.append(text, start, match - start).append(replacement);
+        start = match + from.size();
+    }
+    result.append(text, start);
+    return result;
 }
 
 // The alphabet of each VoString::RandomType, by its value.
@@ -125,6 +153,12 @@ VoString::VoString(std::string&& bytes)
         return;
     m_private.reset(new Private{std::move(bytes), std::move(locale)});
     m_text = &m_private->bytes;
+}
+
+VoString::VoString(std::unique_ptr<Private> state) noexcept
+    : m_private(std::move(state))
+    , m_text(&m_private->bytes)
+{
 }
 
 VoString::VoString(char c, std::size_t count)
@@ -240,6 +274,11 @@ VoString::Private& VoString::own()
     return *m_private;
 }
 
+const LocaleRecord& VoString::record() const
+{
+    return m_private ? *m_private->locale : *SharedEmptyState().locale;
+}
+
 const char& VoString::at(std::size_t index) const
 {
     if (index >= size())
@@ -256,7 +295,32 @@ char& VoString::at(std::size_t index)
 
 const std::locale& VoString::locale() const
 {
-    return m_private ? m_private->locale->locale : SharedEmptyState().locale->locale;
+    return record().locale;
+}
+
+int VoString::compare(const VoComparableString& other, Comparison mode) const
+{
+    return vo::detail::Compare(*m_text, BytesOf(other), mode == CaseSensitive, record());
+}
+
+bool VoString::operator==(const char* text) const
+{
+    return vo::detail::EqualFolded(*m_text, Terminated(text), record());
+}
+
+bool VoString::operator==(const VoComparableString& other) const
+{
+    return vo::detail::EqualFolded(*m_text, BytesOf(other), record());
+}
+
+bool VoString::operator!=(const char* text) const
+{
+    return !vo::detail::EqualFolded(*m_text, Terminated(text), record());
+}
+
+bool VoString::operator!=(const VoComparableString& other) const
+{
+    return !vo::detail::EqualFolded(*m_text, BytesOf(other), record());
 }
 
 VoStringView VoString::substring(std::size_t pos) const
@@ -274,6 +338,21 @@ std::size_t VoString::copy(char* dest, std::size_t length, std::size_t pos) cons
     if (pos > size())
         vo::detail::ThrowIndexOutOfBounds(pos, size());
     return m_text->copy(dest, length, pos);
+}
+
+VoString VoString::withLocaleOf(const VoString& source, std::string&& bytes)
+{
+    const LocalePtr& locale = source.m_private ? source.m_private->locale : SharedEmptyState().locale;
+    return VoString(std::unique_ptr<Private>(new Private{std::move(bytes), locale}));
+}
+
+VoString VoString::joined(const VoString& source, const char* a, std::size_t aLength, const char* b,
+                          std::size_t bLength)
+{
+    std::string bytes;
+    bytes.reserve(aLength + bLength);
+    bytes.append(a, aLength).append(b, bLength);
+    return withLocaleOf(source, std::move(bytes));
 }
 
 VoString& VoString::appendBytes(const char* bytes, std::size_t length)
@@ -333,28 +412,9 @@ void VoString::resize(std::size_t size, char fill)
 
 void VoString::replace(const VoString& from, const VoString& to, Comparison mode)
 {
-    const std::string_view text = *m_text;
-    const std::string_view old = *from.m_text;
-    const std::string_view replacement = UpToZero(*to.m_text);
-    if (old.empty() || old.size() > text.size())
-        return;
-    const LocaleRecord& record = *m_private->locale;
-    const auto next = [&](std::size_t start) {
-        return mode == CaseSensitive ? vo::detail::FindExact(text, old, start)
-                                     : vo::detail::FindFolded(text, old, start, record);
-    };
-
-    // Built apart from the text, which the arguments may be part of.
-    std::string result;
-    std::size_t start = 0;
-    for (std::size_t match = next(0); match != std::string_view::npos; match = next(start)) {
-        result.append(text, start, match - start).append(replacement);
-        start = match + old.size();
-    }
-    if (start == 0)
-        return;
-    result.append(text, start);
-    m_private->bytes = std::move(result);
+    std::optional<std::string> bytes = ReplacedBytes(*m_text, *from.m_text, *to.m_text, mode, record());
+    if (bytes)
+        m_private->bytes = std::move(*bytes);
 }
 
 void VoString::trim()
@@ -362,7 +422,7 @@ void VoString::trim()
     if (isEmpty())
         return;
     std::string& bytes = m_private->bytes;
-    const std::string_view kept = vo::detail::Trimmed(bytes, *m_private->locale);
+    const std::string_view kept = vo::detail::Trimmed(bytes, record());
     const auto start = static_cast<std::size_t>(kept.data() - bytes.data());
     bytes.resize(start + kept.size());
     bytes.erase(0, start);
@@ -372,12 +432,12 @@ void VoString::spaceCapitals()
 {
     if (size() <= 1)
         return;
-    const LocaleRecord& record = *m_private->locale;
+    const LocaleRecord& rules = record();
     const std::string& bytes = m_private->bytes;
     std::string spaced(1, bytes[0]);
     spaced.reserve(bytes.size() + bytes.size() / 4);
     for (std::size_t i = 1; i < bytes.size(); ++i) {
-        if (record.isUpper(bytes[i]) && !record.isSpace(bytes[i - 1]))
+        if (rules.isUpper(bytes[i]) && !rules.isSpace(bytes[i - 1]))
             spaced += ' ';
         spaced += bytes[i];
     }
@@ -386,7 +446,7 @@ void VoString::spaceCapitals()
 
 VoString VoString::operator+(const VoString& text) const&
 {
-    return VoString(*this).append(text);
+    return joined(*this, m_text->data(), size(), text.m_text->data(), text.size());
 }
 
 VoString VoString::operator+(const VoString& text) &&
@@ -396,7 +456,7 @@ VoString VoString::operator+(const VoString& text) &&
 
 VoString VoString::operator+(const VoStringView& text) const&
 {
-    return VoString(*this).append(text);
+    return joined(*this, m_text->data(), size(), text.state().bytes, text.size());
 }
 
 VoString VoString::operator+(const VoStringView& text) &&
@@ -406,7 +466,8 @@ VoString VoString::operator+(const VoStringView& text) &&
 
 VoString VoString::operator+(const char* text) const&
 {
-    return VoString(*this).append(text);
+    const std::string_view bytes = Terminated(text);
+    return joined(*this, m_text->data(), size(), bytes.data(), bytes.size());
 }
 
 VoString VoString::operator+(const char* text) &&
@@ -416,10 +477,8 @@ VoString VoString::operator+(const char* text) &&
 
 VoString operator+(const char* text, const VoString& string)
 {
-    VoString result(string);
-    if (text && *text)
-        result.own().bytes.insert(0, text);
-    return result;
+    const std::string_view bytes = Terminated(text);
+    return VoString::joined(string, bytes.data(), bytes.size(), string.m_text->data(), string.size());
 }
 
 VoString VoString::replaced(const VoString& from, const VoString& to) const
@@ -429,9 +488,8 @@ VoString VoString::replaced(const VoString& from, const VoString& to) const
 
 VoString VoString::replaced(const VoString& from, const VoString& to, Comparison mode) const
 {
-    VoString result(*this);
-    result.replace(from, to, mode);
-    return result;
+    std::optional<std::string> bytes = ReplacedBytes(*m_text, *from.m_text, *to.m_text, mode, record());
+    return bytes ? withLocaleOf(*this, std::move(*bytes)) : *this;
 }
 
 VoString VoString::spacedCapitals() const
@@ -501,10 +559,8 @@ std::size_t VoString::findLastOf(char c) const
 
 bool VoString::containsWhiteSpace() const
 {
-    if (isEmpty())
-        return false;
-    const LocaleRecord& record = *m_private->locale;
-    return std::any_of(m_text->begin(), m_text->end(), [&](char c) { return record.isSpace(c); });
+    const LocaleRecord& rules = record();
+    return std::any_of(m_text->begin(), m_text->end(), [&](char c) { return rules.isSpace(c); });
 }
 
 std::string& VoString::toStdString()
@@ -614,7 +670,7 @@ bool VoString::IsWhiteSpace(char c)
 
 std::size_t VoString::find_case_insensitive(const char* needle, std::size_t length, std::size_t from) const
 {
-    return isEmpty() ? invalid_position : vo::detail::FindFolded(*m_text, {needle, length}, from, *m_private->locale);
+    return vo::detail::FindFolded(*m_text, {needle, length}, from, record());
 }
 
 std::size_t VoString::find_case_sensitive(const char* needle, std::size_t length, std::size_t from) const

@@ -11,6 +11,8 @@
 /// @cond INTERNAL
 namespace vo::detail {
 
+struct LocaleRecord;
+
 template <typename T>
 inline constexpr bool IsWideCharacter =
     std::is_same_v<T, wchar_t> || std::is_same_v<T, char16_t> || std::is_same_v<T, char32_t>;
@@ -125,6 +127,14 @@ public:
     }
 
     const std::locale& locale() const final;
+
+    // Overridden for speed only: the own bytes and the locale's record need no virtual call.
+    int compare(const VoComparableString& other, Comparison mode = CaseInsensitive) const override;
+    using VoComparableString::compare;
+    bool operator==(const char* text) const override;
+    bool operator==(const VoComparableString& other) const override;
+    bool operator!=(const char* text) const override;
+    bool operator!=(const VoComparableString& other) const override;
 
     VoStringView substring(std::size_t pos) const; ///< The view from `pos` to the end; see the other form.
     VoStringView substring(std::size_t pos, std::size_t length) const final;
@@ -264,6 +274,12 @@ private:
     // The bytes in m_private, or a shared empty text; never null.
     std::string* m_text;
 
+    explicit VoString(std::unique_ptr<Private> state) noexcept;
+    const vo::detail::LocaleRecord& record() const;
+    // A new string of the bytes, with the locale of `source`.
+    static VoString withLocaleOf(const VoString& source, std::string&& bytes);
+    static VoString joined(const VoString& source, const char* a, std::size_t aLength, const char* b,
+                           std::size_t bLength);
     VoString& appendByte(char c);
     VoString& appendBytes(const char* bytes, std::size_t length);
     Private& own();

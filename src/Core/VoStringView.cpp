@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <new>
 
+using vo::detail::BytesOf;
 using vo::detail::Terminated;
 
 // The viewed string's own record, not looked up again: a view costs no more than a few words.
@@ -104,6 +105,31 @@ const std::locale& VoStringView::locale() const
     return state().locale->locale;
 }
 
+int VoStringView::compare(const VoComparableString& other, Comparison mode) const
+{
+    return vo::detail::Compare(state().text(), BytesOf(other), mode == CaseSensitive, *state().locale);
+}
+
+bool VoStringView::operator==(const char* text) const
+{
+    return vo::detail::EqualFolded(state().text(), Terminated(text), *state().locale);
+}
+
+bool VoStringView::operator==(const VoComparableString& other) const
+{
+    return vo::detail::EqualFolded(state().text(), BytesOf(other), *state().locale);
+}
+
+bool VoStringView::operator!=(const char* text) const
+{
+    return !vo::detail::EqualFolded(state().text(), Terminated(text), *state().locale);
+}
+
+bool VoStringView::operator!=(const VoComparableString& other) const
+{
+    return !vo::detail::EqualFolded(state().text(), BytesOf(other), *state().locale);
+}
+
 VoStringView VoStringView::substring(std::size_t pos) const
 {
     return substring(pos, npos);
@@ -152,6 +178,5 @@ std::size_t VoStringView::find_case_sensitive(const char* needle, std::size_t le
 
 std::size_t std::hash<VoStringView>::operator()(const VoStringView& view) const noexcept
 {
-    const std::string_view bytes = view.isEmpty() ? std::string_view() : std::string_view(&view[0], view.size());
-    return vo::detail::HashFolded(bytes, *vo::detail::RecordOf(view.locale()));
+    return vo::detail::HashFolded(BytesOf(view), *vo::detail::RecordOf(view.locale()));
 }
