@@ -14,10 +14,10 @@ public:
     explicit VoByteArrayOLD(std::size_t length);           ///< `length` zero bytes.
     VoByteArrayOLD(const void* bytes, std::size_t length); ///< A copy of `length` bytes.
 
-    VoByteArrayOLD(const VoByteArrayOLD& other);
+    VoByteArrayOLD(const VoByteArrayOLD& other);     ///< A copy of the bytes.
     VoByteArrayOLD(VoByteArrayOLD&& other) noexcept; ///< `other` becomes empty.
     ~VoByteArrayOLD();
-    VoByteArrayOLD& operator=(const VoByteArrayOLD& other);
+    VoByteArrayOLD& operator=(const VoByteArrayOLD& other);     ///< Copies the bytes.
     VoByteArrayOLD& operator=(VoByteArrayOLD&& other) noexcept; ///< `other` becomes empty.
 
     std::size_t length() const { return m_length; }                                     ///< Number of bytes.

@@ -14,11 +14,11 @@ public:
     VoCaseSensitiveString(const VoString& string); ///< A copy.
     VoCaseSensitiveString(VoString&& string);      ///< Takes the bytes.
 
-    VoCaseSensitiveString(const VoCaseSensitiveString& other);
-    VoCaseSensitiveString(VoCaseSensitiveString&& other) noexcept;
+    VoCaseSensitiveString(const VoCaseSensitiveString& other);     ///< A copy.
+    VoCaseSensitiveString(VoCaseSensitiveString&& other) noexcept; ///< `other` becomes empty.
     ~VoCaseSensitiveString() override;
-    VoCaseSensitiveString& operator=(const VoCaseSensitiveString& other);
-    VoCaseSensitiveString& operator=(VoCaseSensitiveString&& other) noexcept;
+    VoCaseSensitiveString& operator=(const VoCaseSensitiveString& other);     ///< Takes bytes and locale.
+    VoCaseSensitiveString& operator=(VoCaseSensitiveString&& other) noexcept; ///< `other` becomes empty.
     using VoString::operator=;
 
     /// @name Case-sensitive operators
@@ -31,9 +31,13 @@ public:
     /// @}
 };
 
+namespace std {
+
 /// Of the exact bytes.
 template <>
-struct VOCORE_EXPORT std::hash<VoCaseSensitiveString>
+struct VOCORE_EXPORT hash<VoCaseSensitiveString>
 {
-    std::size_t operator()(const VoCaseSensitiveString& string) const noexcept; ///< Of the exact bytes.
+    size_t operator()(const VoCaseSensitiveString& string) const noexcept; ///< Of the exact bytes.
 };
+
+} // namespace std

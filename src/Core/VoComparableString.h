@@ -135,8 +135,8 @@ public:
 
 protected:
     VoComparableString() = default;
-    VoComparableString(const VoComparableString&) = default;
-    VoComparableString& operator=(const VoComparableString&) = default;
+    VoComparableString(const VoComparableString&) = default;            ///< For derived classes.
+    VoComparableString& operator=(const VoComparableString&) = default; ///< For derived classes.
 
     /// First case-insensitive match of the `length` > 0 bytes at `needle`, at or after `from` < size().
     virtual std::size_t find_case_insensitive(const char* needle, std::size_t length, std::size_t from) const = 0;

@@ -90,13 +90,13 @@ public:
     template <typename T, std::enable_if_t<vo::detail::IsWideCharacter<T>, int> = 0>
     VoString(T) = delete;
 
-    VoString(const VoString& other);
-    VoString(VoString&& other) noexcept;
+    VoString(const VoString& other);     ///< The same bytes and locale.
+    VoString(VoString&& other) noexcept; ///< `other` becomes empty.
     ~VoString() override;
 
-    VoString& operator=(const VoString& other); ///< Takes the bytes and the locale.
-    VoString& operator=(VoString&& other) noexcept;
-    VoString& operator=(const char* text); ///< Takes the bytes, keeps the own locale.
+    VoString& operator=(const VoString& other);     ///< Takes the bytes and the locale.
+    VoString& operator=(VoString&& other) noexcept; ///< Takes bytes and locale; `other` becomes empty.
+    VoString& operator=(const char* text);          ///< Takes the bytes, keeps the own locale.
     template <typename T, std::enable_if_t<vo::detail::IsArithmeticButNotChar<T>, int> = 0>
     VoString& operator=(T) = delete;
 
@@ -378,9 +378,13 @@ template <typename T, std::enable_if_t<vo::detail::IsArithmeticButNotChar<T>, in
 void operator+(T, const VoString&) = delete;
 /// @endcond
 
+namespace std {
+
 /// Agrees with the case-insensitive `==` among strings whose locales fold alike.
 template <>
-struct VOCORE_EXPORT std::hash<VoString>
+struct VOCORE_EXPORT hash<VoString>
 {
-    std::size_t operator()(const VoString& string) const noexcept; ///< Of the folded bytes.
+    size_t operator()(const VoString& string) const noexcept; ///< Of the folded bytes.
 };
+
+} // namespace std

@@ -14,8 +14,8 @@ public:
 
 protected:
     VoStringConverter() = default;
-    VoStringConverter(const VoStringConverter&) = default;
-    VoStringConverter& operator=(const VoStringConverter&) = default;
+    VoStringConverter(const VoStringConverter&) = default;            ///< For derived classes.
+    VoStringConverter& operator=(const VoStringConverter&) = default; ///< For derived classes.
 };
 
 template <typename T>

@@ -34,10 +34,10 @@ public:
     VoStringView(const char* text);                      ///< The bytes up to the terminator, with the global locale.
     VoStringView(const char* bytes, std::size_t length); ///< `length` bytes, with the global locale.
 
-    VoStringView(const VoStringView& other);
+    VoStringView(const VoStringView& other);     ///< The same bytes.
     VoStringView(VoStringView&& other) noexcept; ///< `other` becomes an empty view.
     ~VoStringView() override;
-    VoStringView& operator=(const VoStringView& other);
+    VoStringView& operator=(const VoStringView& other);     ///< The same bytes.
     VoStringView& operator=(VoStringView&& other) noexcept; ///< `other` becomes an empty view.
 
     std::size_t size() const final;
@@ -80,9 +80,13 @@ private:
     alignas(void*) unsigned char m_private[4 * sizeof(void*)];
 };
 
+namespace std {
+
 /// Agrees with the case-insensitive `==` and with the hash of a VoString of the same bytes.
 template <>
-struct VOCORE_EXPORT std::hash<VoStringView>
+struct VOCORE_EXPORT hash<VoStringView>
 {
-    std::size_t operator()(const VoStringView& view) const noexcept; ///< Of the folded bytes.
+    size_t operator()(const VoStringView& view) const noexcept; ///< Of the folded bytes.
 };
+
+} // namespace std
