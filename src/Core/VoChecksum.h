@@ -62,7 +62,7 @@ private:
     struct Private;
 
     explicit VoChecksum(const VoString& hexadecimal);
-    explicit VoChecksum(std::unique_ptr<Private> state) noexcept;
+    static VoChecksum FromDigest(const QByteArray& digest);
     const QByteArray& bytes() const noexcept;
 
     std::unique_ptr<Private> m_private; // empty in a null checksum

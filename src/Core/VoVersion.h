@@ -78,8 +78,8 @@ public:
     VoString toString() const;
     /// "major.minor.build.revision", all four in decimal.
     static VoString Serialize(const VoVersion& version);
-    /// Reads up to four numbers between dots, in the order of the text form; parts that are missing or are no numbers
-    /// are 0, and what follows the fourth is ignored. Numbers that do not fit are clipped. No text is refused.
+    /// Reads up to four numbers between dots, in the order of the text form, each as VoString::toInt() does: parts that
+    /// are missing or are no numbers are 0, and what follows the fourth is ignored. No text is refused.
     static VoVersion Deserialize(const VoString& text);
 
     /// Writes the text form.

@@ -79,16 +79,34 @@ public:
 
     /// @name Comparison of the texts, without regard to case
     /// @{
-    friend VOCORE_EXPORT bool operator==(const VoAbstractPath& left, const VoAbstractPath& right);
-    friend VOCORE_EXPORT bool operator!=(const VoAbstractPath& left, const VoAbstractPath& right);
-    friend VOCORE_EXPORT bool operator<(const VoAbstractPath& left, const VoAbstractPath& right);
-    friend VOCORE_EXPORT bool operator<=(const VoAbstractPath& left, const VoAbstractPath& right);
-    friend VOCORE_EXPORT bool operator>(const VoAbstractPath& left, const VoAbstractPath& right);
-    friend VOCORE_EXPORT bool operator>=(const VoAbstractPath& left, const VoAbstractPath& right);
-    friend VOCORE_EXPORT bool operator==(const VoAbstractPath& left, const VoString& right);
-    friend VOCORE_EXPORT bool operator!=(const VoAbstractPath& left, const VoString& right);
-    friend VOCORE_EXPORT bool operator==(const VoString& left, const VoAbstractPath& right);
-    friend VOCORE_EXPORT bool operator!=(const VoString& left, const VoAbstractPath& right);
+    friend bool operator==(const VoAbstractPath& left, const VoAbstractPath& right)
+    {
+        return left.m_path == right.m_path;
+    }
+    friend bool operator!=(const VoAbstractPath& left, const VoAbstractPath& right)
+    {
+        return left.m_path != right.m_path;
+    }
+    friend bool operator<(const VoAbstractPath& left, const VoAbstractPath& right)
+    {
+        return left.m_path < right.m_path;
+    }
+    friend bool operator<=(const VoAbstractPath& left, const VoAbstractPath& right)
+    {
+        return left.m_path <= right.m_path;
+    }
+    friend bool operator>(const VoAbstractPath& left, const VoAbstractPath& right)
+    {
+        return left.m_path > right.m_path;
+    }
+    friend bool operator>=(const VoAbstractPath& left, const VoAbstractPath& right)
+    {
+        return left.m_path >= right.m_path;
+    }
+    friend bool operator==(const VoAbstractPath& left, const VoString& right) { return left.m_path == right; }
+    friend bool operator!=(const VoAbstractPath& left, const VoString& right) { return left.m_path != right; }
+    friend bool operator==(const VoString& left, const VoAbstractPath& right) { return left == right.m_path; }
+    friend bool operator!=(const VoString& left, const VoAbstractPath& right) { return left != right.m_path; }
     /// @}
 
     /// Writes the text.

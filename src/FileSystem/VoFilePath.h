@@ -114,20 +114,20 @@ public:
 
     /// @name Comparison of the texts, without regard to case
     /// @{
-    friend VOCORE_EXPORT bool operator==(const VoFilePath& left, const VoFilePath& right);
-    friend VOCORE_EXPORT bool operator!=(const VoFilePath& left, const VoFilePath& right);
-    friend VOCORE_EXPORT bool operator<(const VoFilePath& left, const VoFilePath& right);
-    friend VOCORE_EXPORT bool operator<=(const VoFilePath& left, const VoFilePath& right);
-    friend VOCORE_EXPORT bool operator>(const VoFilePath& left, const VoFilePath& right);
-    friend VOCORE_EXPORT bool operator>=(const VoFilePath& left, const VoFilePath& right);
-    friend VOCORE_EXPORT bool operator==(const VoFilePath& left, const VoString& right);
-    friend VOCORE_EXPORT bool operator!=(const VoFilePath& left, const VoString& right);
-    friend VOCORE_EXPORT bool operator==(const VoString& left, const VoFilePath& right);
-    friend VOCORE_EXPORT bool operator!=(const VoString& left, const VoFilePath& right);
-    friend VOCORE_EXPORT bool operator==(const VoFilePath& left, const char* right);
-    friend VOCORE_EXPORT bool operator!=(const VoFilePath& left, const char* right);
-    friend VOCORE_EXPORT bool operator==(const char* left, const VoFilePath& right);
-    friend VOCORE_EXPORT bool operator!=(const char* left, const VoFilePath& right);
+    friend bool operator==(const VoFilePath& left, const VoFilePath& right) { return left.path() == right.path(); }
+    friend bool operator!=(const VoFilePath& left, const VoFilePath& right) { return left.path() != right.path(); }
+    friend bool operator<(const VoFilePath& left, const VoFilePath& right) { return left.path() < right.path(); }
+    friend bool operator<=(const VoFilePath& left, const VoFilePath& right) { return left.path() <= right.path(); }
+    friend bool operator>(const VoFilePath& left, const VoFilePath& right) { return left.path() > right.path(); }
+    friend bool operator>=(const VoFilePath& left, const VoFilePath& right) { return left.path() >= right.path(); }
+    friend bool operator==(const VoFilePath& left, const VoString& right) { return left.path() == right; }
+    friend bool operator!=(const VoFilePath& left, const VoString& right) { return left.path() != right; }
+    friend bool operator==(const VoString& left, const VoFilePath& right) { return left == right.path(); }
+    friend bool operator!=(const VoString& left, const VoFilePath& right) { return left != right.path(); }
+    friend bool operator==(const VoFilePath& left, const char* right) { return left.path() == right; }
+    friend bool operator!=(const VoFilePath& left, const char* right) { return left.path() != right; }
+    friend bool operator==(const char* left, const VoFilePath& right) { return right.path() == left; }
+    friend bool operator!=(const char* left, const VoFilePath& right) { return right.path() != left; }
     /// @}
 
     /// Writes the text.

@@ -69,16 +69,16 @@ public:
 
     /// @name Comparison of the texts, without regard to case
     /// @{
-    friend VOCORE_EXPORT bool operator==(const VoUrl& left, const VoUrl& right);
-    friend VOCORE_EXPORT bool operator!=(const VoUrl& left, const VoUrl& right);
-    friend VOCORE_EXPORT bool operator<(const VoUrl& left, const VoUrl& right);
-    friend VOCORE_EXPORT bool operator<=(const VoUrl& left, const VoUrl& right);
-    friend VOCORE_EXPORT bool operator>(const VoUrl& left, const VoUrl& right);
-    friend VOCORE_EXPORT bool operator>=(const VoUrl& left, const VoUrl& right);
-    friend VOCORE_EXPORT bool operator==(const VoUrl& left, const VoString& right);
-    friend VOCORE_EXPORT bool operator!=(const VoUrl& left, const VoString& right);
-    friend VOCORE_EXPORT bool operator==(const VoString& left, const VoUrl& right);
-    friend VOCORE_EXPORT bool operator!=(const VoString& left, const VoUrl& right);
+    friend bool operator==(const VoUrl& left, const VoUrl& right) { return left.m_text == right.m_text; }
+    friend bool operator!=(const VoUrl& left, const VoUrl& right) { return left.m_text != right.m_text; }
+    friend bool operator<(const VoUrl& left, const VoUrl& right) { return left.m_text < right.m_text; }
+    friend bool operator<=(const VoUrl& left, const VoUrl& right) { return left.m_text <= right.m_text; }
+    friend bool operator>(const VoUrl& left, const VoUrl& right) { return left.m_text > right.m_text; }
+    friend bool operator>=(const VoUrl& left, const VoUrl& right) { return left.m_text >= right.m_text; }
+    friend bool operator==(const VoUrl& left, const VoString& right) { return left.m_text == right; }
+    friend bool operator!=(const VoUrl& left, const VoString& right) { return left.m_text != right; }
+    friend bool operator==(const VoString& left, const VoUrl& right) { return left == right.m_text; }
+    friend bool operator!=(const VoString& left, const VoUrl& right) { return left != right.m_text; }
     /// @}
 
     /// Writes the text.
