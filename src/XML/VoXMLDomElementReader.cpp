@@ -23,6 +23,16 @@ bool IsNamespaceDeclaration(const QString& name)
     return name == QLatin1String("xmlns") || name.startsWith(QLatin1String("xmlns:"));
 }
 
+// The map's own look-up also finds attributes with a prefix.
+bool HasPlainAttribute(const QDomNamedNodeMap& attributes, const QString& name)
+{
+    for (int i = 0; i < attributes.count(); ++i) {
+        if (attributes.item(i).nodeName() == name)
+            return true;
+    }
+    return false;
+}
+
 // By local name; an attribute whose local name is taken by one without a prefix keeps its own.
 VoXMLAttributeSet Attributes(const QDomElement& element)
 {
@@ -34,7 +44,8 @@ VoXMLAttributeSet Attributes(const QDomElement& element)
         if (IsNamespaceDeclaration(name))
             continue;
         const QString local = LocalName(attribute);
-        const bool isTaken = local != name && (element.hasAttribute(local) || set.hasAttribute(FromQtText(local)));
+        const bool isTaken =
+            local != name && (HasPlainAttribute(attributes, local) || set.hasAttribute(FromQtText(local)));
         set.addAttribute(FromQtText(isTaken ? name : local), FromQtText(attribute.nodeValue()));
     }
     return set;

@@ -11,8 +11,9 @@
 
 #include <QtCore/QUrl>
 #include <QtCore/QXmlStreamReader>
+#include <QtNetwork/QNetworkAccessManager>
+#include <QtNetwork/QNetworkRequest>
 #include <QtXmlPatterns/QAbstractMessageHandler>
-#include <QtXmlPatterns/QAbstractUriResolver>
 #include <QtXmlPatterns/QXmlSchema>
 #include <QtXmlPatterns/QXmlSchemaValidator>
 
@@ -55,14 +56,14 @@ private:
     VoString m_text;
 };
 
-// Follows references between local files only.
-class LocalFiles : public QAbstractUriResolver
+// Through which includes and schema locations are fetched: from local files, nowhere else.
+class LocalFilesOnly : public QNetworkAccessManager
 {
-public:
-    QUrl resolve(const QUrl& relative, const QUrl& base) const override
+protected:
+    QNetworkReply* createRequest(Operation operation, const QNetworkRequest& request, QIODevice* data) override
     {
-        const QUrl url = base.resolved(relative);
-        return url.isLocalFile() ? url : QUrl();
+        const bool isLocal = request.url().isLocalFile();
+        return QNetworkAccessManager::createRequest(operation, isLocal ? request : QNetworkRequest(), data);
     }
 };
 
@@ -77,7 +78,7 @@ struct VoXMLValidator::Private
 {
     VoFilePath path;
     FirstMessage schemaMessage; // goes after the schema, which refers to it
-    LocalFiles files;
+    mutable LocalFilesOnly files;
     QXmlSchema schema;
 
     VoString firstError(QIODevice& device, const QUrl& url) const;
@@ -89,7 +90,7 @@ VoString VoXMLValidator::Private::firstError(QIODevice& device, const QUrl& url)
     FirstMessage message;
     QXmlSchemaValidator validator(schema);
     validator.setMessageHandler(&message);
-    validator.setUriResolver(&files);
+    validator.setNetworkAccessManager(&files);
     if (validator.validate(&device, url))
         return {};
     return message.text().isEmpty() ? VoString("Invalid XML") : message.text();
@@ -100,7 +101,7 @@ VoXMLValidator::VoXMLValidator(const VoFilePath& schema)
 {
     d->path = schema;
     d->schema.setMessageHandler(&d->schemaMessage);
-    d->schema.setUriResolver(&d->files);
+    d->schema.setNetworkAccessManager(&d->files);
     const XMLDevice device(schema, QIODevice::ReadOnly);
     d->schema.load(&device.adapter(), LocalUrl(schema));
     device.adapter().rethrow();

@@ -13,6 +13,26 @@ namespace vo::detail {
 
 namespace {
 
+// Qt takes a block of fewer than four bytes at the start for the whole document, so short reads are made up for here.
+class FillingAdapter : public VoQIODevice
+{
+public:
+    using VoQIODevice::VoQIODevice;
+
+protected:
+    qint64 readData(char* data, qint64 maximumSize) override
+    {
+        qint64 filled = 0;
+        while (filled < maximumSize) {
+            const qint64 taken = VoQIODevice::readData(data + filled, maximumSize - filled);
+            if (taken <= 0)
+                return filled > 0 ? filled : taken;
+            filled += taken;
+        }
+        return filled;
+    }
+};
+
 VoSharedPtr<VoIODevice> RequireDevice(VoSharedPtr<VoIODevice> device)
 {
     if (!device)
@@ -24,7 +44,7 @@ VoSharedPtr<VoIODevice> RequireDevice(VoSharedPtr<VoIODevice> device)
 
 XMLDevice::XMLDevice(VoIODevice& device, QIODevice::OpenMode mode)
     : m_device(&device)
-    , m_adapter(std::make_shared<VoQIODevice>(device))
+    , m_adapter(std::make_shared<FillingAdapter>(device))
 {
     if (!open(mode))
         throw VoIOException(device.lastError());
@@ -33,7 +53,7 @@ XMLDevice::XMLDevice(VoIODevice& device, QIODevice::OpenMode mode)
 XMLDevice::XMLDevice(VoSharedPtr<VoIODevice> owner)
     : m_owner(RequireDevice(std::move(owner)))
     , m_device(m_owner.get())
-    , m_adapter(std::make_shared<VoQIODevice>(*m_device))
+    , m_adapter(std::make_shared<FillingAdapter>(*m_device))
 {
 }
 

@@ -1,0 +1,494 @@
+#include "XMLTestSupport.h"
+
+#include <Core/VoException.h>
+#include <Core/VoFileException.h>
+#include <Core/VoXMLException.h>
+#include <FileSystem/VoFilePath.h>
+#include <XML/VoStreamXMLReader.h>
+#include <XML/VoXMLPath.h>
+
+#include <cstring>
+#include <set>
+#include <vector>
+
+using xmltest::FailingDevice;
+using xmltest::TextReader;
+
+namespace {
+
+std::vector<std::string> ChildNames(VoXMLElementReader& element)
+{
+    std::vector<std::string> names;
+    for (auto child : element.children())
+        names.push_back(child->name().toStdString());
+    return names;
+}
+
+using Names = std::vector<std::string>;
+
+TEST(XMLReaderTokens, AreReportedOneByOne)
+{
+    TextReader reader("<?xml version='1.0'?><!DOCTYPE a><!--c--><?p i?><a>t</a>");
+    const std::vector<VoXMLStreamReader::TokenType> expected = {
+        VoXMLStreamReader::StartDocument, VoXMLStreamReader::DTD,          VoXMLStreamReader::Comment,
+        VoXMLStreamReader::Unknown,       VoXMLStreamReader::StartElement, VoXMLStreamReader::Characters,
+        VoXMLStreamReader::EndElement,    VoXMLStreamReader::EndDocument,  VoXMLStreamReader::EndDocument};
+    EXPECT_EQ(reader->tokenType(), VoXMLStreamReader::NoToken);
+    for (VoXMLStreamReader::TokenType token : expected) {
+        EXPECT_EQ(reader->next(), token);
+        EXPECT_EQ(reader->tokenType(), token);
+    }
+    EXPECT_EQ(reader->nextElement(), nullptr);
+}
+
+TEST(XMLReaderText, IsTheFirstRunDirectlyInTheElement)
+{
+    const struct
+    {
+        const char* document;
+        const char* text;
+    } rows[] = {
+        {"<a> x <b>y</b> z</a>", "x"},
+        {"<a><b>y</b> z</a>", "z"},
+        {"<a><b><c>y</c>w</b><b/></a>", ""},
+        {"<a> <b/>text</a>", ""}, // white space is a run too
+        {"<a/>", ""},
+        {"<a>1<!--c-->2</a>", "1"},
+        {"<a><![CDATA[<x>]]></a>", "<x>"},
+        {"<a>&lt;&#65;&amp;</a>", "<A&"},
+        {"<a>1\r\n2\r3</a>", "1\n2\n3"},
+        {"<!DOCTYPE a [<!ENTITY e 'expanded'>]><a>&e;</a>", "expanded"},
+        {"<!DOCTYPE a [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><a>&e;</a>", ""},
+        {"<a>\xEF\xBB\xBF\xC3\xA9\xF0\x9F\x98\x80</a>", "\xEF\xBB\xBF\xC3\xA9\xF0\x9F\x98\x80"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.document);
+        TextReader reader(row.document);
+        auto a = reader->nextElement();
+        EXPECT_EQ(a->readText().toStdString(), row.text);
+    }
+}
+
+TEST(XMLReaderText, MayBeReadTwiceUntilTheElementIsLeft)
+{
+    TextReader reader("<a> x <b>y</b></a>");
+    auto a = reader->nextElement();
+    EXPECT_EQ(reader->readText(), " x ");
+    EXPECT_EQ(reader->readText(), " x ");
+    EXPECT_EQ(a->readText(), "x");
+    auto b = a->nextChild();
+    EXPECT_THROW_MSG(a->readText(), VoInvalidXMLOperation, "Attempted to read text from non-active element");
+    EXPECT_EQ(a->nextChild(), nullptr);
+    EXPECT_THROW_MSG(a->readText(), VoInvalidXMLOperation, "Attempted to read text from non-active element");
+    EXPECT_THROW_MSG(a->readTextBase64(), VoInvalidXMLOperation, "Attempted to read text from non-active element");
+    EXPECT_THROW_MSG(reader->readText(), VoInvalidXMLOperation, "ReadText called outside of element");
+}
+
+TEST(XMLReaderChildren, WalkSkipsWhatWasLeftUnread)
+{
+    TextReader reader("<a>t<b>u<c><d/></c></b><!--x--><d/>v<e>w</e></a>");
+    EXPECT_EQ(ChildNames(*reader->nextElement()), (Names{"b", "d", "e"}));
+    EXPECT_EQ(reader->next(), VoXMLStreamReader::EndDocument);
+}
+
+TEST(XMLReaderChildren, MayBeAbandonedAtAnyDepth)
+{
+    TextReader reader("<a><b><c><d/><e/></c></b><f/></a>");
+    auto a = reader->nextElement();
+    auto d = a->nextChild()->nextChild()->nextChild();
+    EXPECT_EQ(d->name(), "d");
+    EXPECT_EQ(a->nextChild()->name(), "f");
+    EXPECT_THROW_MSG(d->nextChild(), VoInvalidXMLOperation, "NextChild on closed element called");
+    EXPECT_EQ(a->nextChild(), nullptr);
+    EXPECT_THROW_MSG(a->nextChild(), VoInvalidXMLOperation, "NextChild on closed element called");
+}
+
+TEST(XMLReaderChildren, AreWalkedOnce)
+{
+    const char* message = "Begin called multiple times on a single use iterator";
+    TextReader reader("<a><b/><c/></a>");
+    auto a = reader->nextElement();
+    auto first = a->children().begin();
+    EXPECT_THROW_MSG(a->children().begin(), VoInvalidUseException, message);
+    ++first;
+    EXPECT_EQ((*first)->name(), "c");
+    ++first;
+    EXPECT_TRUE(first == a->children().end());
+    EXPECT_THROW_MSG(a->children().begin(), VoInvalidUseException, message);
+}
+
+TEST(XMLReaderChildren, RangeOfAnElementNobodyHoldsEndsWithIt)
+{
+    TextReader reader("<a><b/></a>");
+    reader->nextElement();
+    auto child = reader->currentElement()->children().begin();
+    EXPECT_EQ((*child)->name(), "b");
+    ++child; // reads the end tag of a, which ends its reader and the range
+    EXPECT_EQ(*child, nullptr);
+    EXPECT_THROW_MSG(++child, VoInvalidUseException, "No parent object in iterator");
+}
+
+TEST(XMLReaderChildren, BeginOfAnEmptyElementNobodyHoldsIsItsEnd)
+{
+    TextReader reader("<a/>");
+    reader->nextElement();
+    EXPECT_EQ(*reader->currentElement()->children().begin(), nullptr);
+    EXPECT_EQ(reader->next(), VoXMLStreamReader::EndDocument);
+}
+
+TEST(XMLReaderElements, NextElementInElementEndsWithTheElement)
+{
+    TextReader reader("<a>x<b/>y</a>");
+    auto a = reader->nextElement();
+    reader->next(); // in the text
+    EXPECT_EQ(reader->nextElementInElement()->name(), "b");
+    EXPECT_EQ(reader->nextElementInElement(), nullptr); // end of b
+    EXPECT_TRUE(reader->isActive(a.get()));
+    EXPECT_EQ(reader->nextElementInElement(), nullptr); // end of a
+    EXPECT_FALSE(reader->isValid(a));
+}
+
+TEST(XMLReaderElements, ScanGoesToTheNextElementOfAName)
+{
+    TextReader reader("<a><b><Item n='1'/></b><item n='2'/></a>");
+    EXPECT_EQ(reader->scan("item")->readAttribute("n"), "1");
+    EXPECT_EQ(reader->scan("item")->readAttribute("n"), "2");
+    EXPECT_EQ(reader->scan("item"), nullptr);
+}
+
+TEST(XMLReaderElements, QuestionsFollowTheStack)
+{
+    TextReader reader("<a><b/></a>");
+    EXPECT_THROW_MSG(reader->currentElement(), VoNullXMLStreamElementException, "Null XML stream element");
+    auto a = reader->nextElement();
+    auto b = reader->nextElement();
+    EXPECT_EQ(reader->currentElement(), b);
+    EXPECT_EQ(reader->getSharedPointer(a.get()), a);
+    EXPECT_EQ(reader->currentPath(), VoXMLPath({"a", "b"}));
+    EXPECT_TRUE(reader->isActive(b.get()));
+    EXPECT_FALSE(reader->isActive(a.get()));
+    EXPECT_FALSE(reader->isActive(nullptr));
+    EXPECT_TRUE(reader->isValid(a.get()));
+    EXPECT_FALSE(reader->isValid(nullptr));
+    reader->next();
+    EXPECT_FALSE(reader->isValid(b));
+    EXPECT_THROW_MSG(reader->getSharedPointer(b.get()), VoNullXMLStreamElementException, "Null XML stream element");
+    EXPECT_EQ(reader->currentPath(), VoXMLPath("a"));
+}
+
+TEST(XMLReaderElements, KeepNameAndAttributesAfterTheirEndAndTheirReader)
+{
+    std::shared_ptr<VoXMLStreamElementReader> a;
+    {
+        TextReader reader("<a x='1'><b/></a>");
+        a = reader->nextElement();
+        a->children();
+    }
+    EXPECT_EQ(a->name(), "a");
+    EXPECT_EQ(a->readAttribute("x"), "1");
+    EXPECT_THROW_MSG(a->nextChild(), VoInvalidXMLOperation, "NextChild on closed element called");
+    EXPECT_THROW_MSG(a->children().begin(), VoInvalidXMLOperation, "NextChild on closed element called");
+    EXPECT_THROW_MSG(a->readText(), VoInvalidXMLOperation, "Attempted to read text from non-active element");
+}
+
+TEST(XMLReaderElements, MadeByHandTakeTheCurrentTokenAndAreClosed)
+{
+    TextReader reader("<a x='1'/>");
+    reader->nextElement();
+    VoXMLStreamElementReader element(&*reader);
+    EXPECT_EQ(element.name(), "a");
+    EXPECT_TRUE(element.hasAttribute("x"));
+    EXPECT_FALSE(reader->isValid(&element));
+    EXPECT_THROW_MSG(element.nextChild(), VoInvalidXMLOperation, "NextChild on closed element called");
+    EXPECT_THROW_MSG(VoXMLStreamElementReader(nullptr), VoNullPointerException, "Invalid parent");
+}
+
+TEST(XMLReaderAttributes, ComeByLocalNameInDocumentOrder)
+{
+    TextReader reader("<a xmlns:r='urn:r' xmlns:s='urn:s' r:id='1' id='2' s:id='3' r:k='4' s:k='5'/>");
+    reader->nextElement();
+    Names seen;
+    for (const VoXMLAttribute& attribute : reader->attributes())
+        seen.push_back(attribute.name().toStdString() + "=" + attribute.value().toStdString());
+    EXPECT_EQ(seen, (Names{"r:id=1", "id=2", "s:id=3", "k=4", "s:k=5"}));
+    EXPECT_EQ(reader->currentElement()->attributes(), *reader->attributes());
+}
+
+TEST(XMLReaderAttributes, AreReadByExactNameAndAsDoubles)
+{
+    TextReader reader("<a Name='n' d='mpmZmZmZuT8=' bad='xyz'>AAAAAAAA8D8=</a>");
+    auto a = reader->nextElement();
+    EXPECT_EQ(a->readAttribute("Name"), "n");
+    EXPECT_THROW_MSG(a->readAttribute("name"), VoUnknownXMLAttributeException, "Unknown attribute: name");
+    EXPECT_EQ(a->readAttributeBase64("d"), 0.1);
+    EXPECT_THROW_MSG(a->readAttributeBase64("e"), VoUnknownXMLAttributeException, "Unknown attribute: e");
+    EXPECT_THROW_MSG(a->readAttributeBase64("bad"), VoInvalidParameterException, "Invalid string length");
+    EXPECT_EQ(a->readTextBase64(), 1.0);
+}
+
+TEST(XMLAttributeSet, ReplacesInPlaceAndAnswersByExactName)
+{
+    VoXMLAttributeSet set;
+    set.addAttribute("a", "1");
+    set.addAttribute("b", "2");
+    set.addAttribute("A", "3");
+    set.addAttribute(VoXMLAttribute("a", "4"));
+    Names seen;
+    for (const VoXMLAttribute& attribute : set)
+        seen.push_back(attribute.name().toStdString() + attribute.value().toStdString());
+    EXPECT_EQ(seen, (Names{"a4", "b2", "A3"}));
+    EXPECT_EQ(set.readAttribute("c", "none"), "none");
+    EXPECT_THROW_MSG(set.get("B"), VoUnknownXMLAttributeException, "Unknown attribute: B");
+    set.removeAttribute("b");
+    set.removeAttribute("b");
+    EXPECT_FALSE(set.hasAttribute("b"));
+    EXPECT_EQ(set.size(), 2u);
+    VoXMLAttributeSet moved = std::move(set);
+    set = moved;
+    EXPECT_EQ(set, moved);
+    EXPECT_TRUE(VoXMLAttribute("a", "x") != VoXMLAttribute("a", "X"));
+    EXPECT_THROW(*VoXMLAttributeSetPtr(), VoNullPointerException);
+}
+
+TEST(XMLReaderErrors, MalformedDocumentsThrowTheParsersTextAgainAndAgain)
+{
+    const struct
+    {
+        const char* document;
+        const char* message;
+    } rows[] = {
+        {"", "Premature end of document."},
+        {"<a>", "Premature end of document."},
+        {"<a><b></a>", "Opening and ending tag mismatch."},
+        {"<a/>junk", "Extra content at end of document."},
+        {"<a/><b/>", "Extra content at end of document."},
+        {"<?xml version='2.0'?><a/>", "Unsupported XML version."},
+        {"<a>\xFF</a>", "Encountered incorrectly encoded content."},
+        {"<a>&unknown;</a>", "Entity 'unknown' not declared."},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.document);
+        TextReader reader(row.document);
+        const auto readAll = [&] {
+            while (reader->next() != VoXMLStreamReader::EndDocument) {
+            }
+        };
+        EXPECT_THROW_MSG(readAll(), VoInvalidXMLException, row.message);
+        EXPECT_THROW_MSG(reader->next(), VoInvalidXMLException, row.message);
+        EXPECT_THROW_MSG(reader->nextElement(), VoInvalidXMLException, row.message);
+        EXPECT_EQ(reader->errorString(), row.message);
+    }
+}
+
+TEST(XMLReaderErrors, ErrorWithinASkippedChildIsNoticed)
+{
+    TextReader reader("<a><b><c></b></a>");
+    auto a = reader->nextElement();
+    auto b = a->nextChild();
+    EXPECT_THROW_MSG(a->nextChild(), VoInvalidXMLException, "Opening and ending tag mismatch.");
+    EXPECT_THROW_MSG(a->nextChild(), VoInvalidXMLException, "Opening and ending tag mismatch.");
+}
+
+TEST(XMLReaderErrors, EntityBombsAreStopped)
+{
+    std::string bomb = "<!DOCTYPE a [<!ENTITY e0 'aaaaaaaaaa'>";
+    for (int i = 1; i < 10; ++i) {
+        const std::string inner = "&e" + std::to_string(i - 1) + ";";
+        bomb += "<!ENTITY e" + std::to_string(i) + " '";
+        for (int copies = 0; copies < 10; ++copies)
+            bomb += inner;
+        bomb += "'>";
+    }
+    TextReader reader(bomb + "]><a>&e9;</a>");
+    EXPECT_THROW(
+        {
+            reader->nextElement();
+            reader->readText();
+        },
+        VoInvalidXMLException);
+}
+
+TEST(XMLReaderErrors, DeviceFailureIsRethrownWhereverItStrikes)
+{
+    const std::string document = "<a x='1'>" + std::string(40000, 't') + "<b>u</b></a>";
+    for (std::size_t passed : {std::size_t(0), std::size_t(5), std::size_t(20000), document.size() - 1}) {
+        FailingDevice device(document, passed);
+        VoXMLStreamReader reader(device);
+        const auto readAll = [&] {
+            while (reader.next() != VoXMLStreamReader::EndDocument) {
+            }
+        };
+        EXPECT_THROW_MSG(readAll(), VoIOException, "device failed");
+        EXPECT_THROW_MSG(reader.nextElement(), VoIOException, "device failed");
+    }
+}
+
+TEST(XMLReaderSources, ThatCannotBeReadAreRefused)
+{
+    const VoFilePath missing("/nowhere/at/all.xml");
+    EXPECT_THROW(VoXMLStreamReader{missing}, VoFileNotFoundException);
+    EXPECT_THROW_MSG(VoXMLStreamReader(VoSharedPtr<VoIODevice>()), VoNullPointerException, "");
+    VoStringDevice writing;
+    ASSERT_TRUE(writing.open(VoIODevice::Write));
+    EXPECT_THROW_MSG(VoXMLStreamReader{writing}, VoIOException, writing.lastError());
+}
+
+TEST(XMLReaderSources, AreClosedOnlyIfTheReaderOpenedThem)
+{
+    VoStringDevice device("<a/>");
+    {
+        VoXMLStreamReader reader(device);
+        EXPECT_EQ(device.mode(), VoIODevice::Read);
+    }
+    EXPECT_EQ(device.mode(), VoIODevice::Closed);
+    ASSERT_TRUE(device.open(VoIODevice::Read));
+    {
+        VoXMLStreamReader reader(device);
+        EXPECT_EQ(reader.nextElement()->name(), "a");
+    }
+    EXPECT_EQ(device.mode(), VoIODevice::Read);
+}
+
+TEST(XMLReaderRestart, ReadsTheDocumentAgainAndClosesOldElements)
+{
+    for (const char* document : {"<a><b>t</b></a>", "<a><b>t</b>"}) { // also after an error
+        TextReader reader(document);
+        auto a = reader->nextElement();
+        try {
+            while (reader->next() != VoXMLStreamReader::EndDocument) {
+            }
+        } catch (const VoInvalidXMLException&) {
+        }
+        reader->restart();
+        EXPECT_FALSE(reader->isValid(a));
+        EXPECT_EQ(reader->nextElement()->name(), "a");
+        EXPECT_EQ(reader->nextElement()->readText(), "t");
+    }
+}
+
+TEST(XMLReaderDiagnosis, RendersElementsBackAsXML)
+{
+    TextReader reader("<a><b x='&lt;1'>t&amp;<c/><!--n-->u</b><d/></a>");
+    EXPECT_EQ(reader->toString(), "");
+    EXPECT_THROW_MSG(reader->readAsText(), VoNullXMLStreamElementException, "Null XML stream element");
+    auto a = reader->nextElement();
+    auto b = reader->nextElement();
+    EXPECT_EQ(reader->toString(), "<b x=\"&lt;1\">t&amp;<c></c>u</b>");
+    EXPECT_FALSE(reader->isValid(b));
+    EXPECT_EQ(reader->toString(), "");
+    EXPECT_EQ(reader->readAsText(), "<d></d>");
+    EXPECT_EQ(reader->next(), VoXMLStreamReader::EndDocument);
+    EXPECT_THROW_MSG(reader->toString(), VoXMLException, "");
+}
+
+TEST(XMLReaderDepth, DeepNestingNeedsNoStack)
+{
+    const int depth = 200000;
+    std::string document;
+    for (int i = 0; i < depth; ++i)
+        document += "<a>";
+    for (int i = 0; i < depth; ++i)
+        document += "</a>";
+    TextReader reader(document);
+    auto root = reader->nextElement();
+    auto child = root->nextChild();
+    EXPECT_EQ(root->nextChild(), nullptr); // skips 199,999 levels
+    reader->restart();
+    for (int i = 0; i < depth; ++i)
+        ASSERT_NE(reader->nextElement(), nullptr);
+    EXPECT_EQ(reader->nextElement(), nullptr);
+}
+
+TEST(XMLPath, JoinsNamesAndCountsCase)
+{
+    EXPECT_EQ(VoXMLPath({"a", "b"}).toString(), "a/b");
+    EXPECT_EQ(VoXMLPath({"a"}).toString(), "a");
+    EXPECT_EQ(VoXMLPath("a/b"), VoXMLPath({"a", "b"}));
+    EXPECT_EQ(VoXMLPath().pushed("a").toString(), "a");
+    VoXMLPath path("a");
+    path.push("b");
+    EXPECT_EQ(path.toString(), "a/b");
+    EXPECT_TRUE(VoXMLPath("a") != VoXMLPath("A"));
+    EXPECT_EQ((std::set<VoXMLPath>{"a/b", "A/b", "a/B", "a/b"}).size(), 3u);
+    const VoXMLPath moved = std::move(path);
+    path = "c";
+    EXPECT_EQ(path.pushed("d"), VoXMLPath("c/d"));
+    EXPECT_EQ(std::hash<VoXMLPath>()(moved), std::hash<VoXMLPath>()(VoXMLPath("a/b")));
+}
+
+class StreamXMLReader : public testing::Test
+{
+protected:
+    VoStreamXMLElementReader root(const char* document)
+    {
+        device = std::make_unique<VoStringDevice>(document);
+        reader = std::make_unique<VoStreamXMLReader>(*device);
+        return *reader->nextElement();
+    }
+
+    std::unique_ptr<VoStringDevice> device;
+    std::unique_ptr<VoStreamXMLReader> reader;
+};
+
+TEST_F(StreamXMLReader, ElementsKnowTheirPathAlsoAfterTheirEnd)
+{
+    VoStreamXMLElementReader a = root("<a><b><c/></b><d/></a>");
+    auto b = a.nextChild();
+    auto c = b->nextChild();
+    EXPECT_EQ(c->path(), VoXMLPath("a/b/c"));
+    auto d = a.nextChild();
+    EXPECT_EQ(d->path(), VoXMLPath("a/d"));
+    EXPECT_EQ(c->path(), VoXMLPath("a/b/c"));
+    reader.reset();
+    EXPECT_EQ(a.path(), VoXMLPath("a"));
+    EXPECT_EQ(b->path(), VoXMLPath("a/b"));
+    EXPECT_THROW_MSG(a.nextChild(), VoInvalidXMLOperation, "NextChild on closed element called");
+    EXPECT_THROW_MSG(a.readText(), VoInvalidXMLOperation, "Cannot read text from inactive element");
+}
+
+TEST_F(StreamXMLReader, VisitsChildrenAndAttributesAndTheirRest)
+{
+    VoStreamXMLElementReader a = root("<a x='1' y='2'>t<b><c/></b><d/><e/></a>");
+    Names seen;
+    a.forEachAttribute(
+        [&](const VoString& name, const VoString& value) { seen.push_back((name + "=" + value).toStdString()); });
+    EXPECT_EQ(seen, (Names{"x=1", "y=2"}));
+    EXPECT_EQ(a.readText(), "t");
+    EXPECT_EQ(a.nextChild()->name(), "b");
+    EXPECT_THROW_MSG(a.readText(), VoInvalidXMLOperation, "Cannot read text from inactive element");
+    seen.clear();
+    a.forEachChild([&](VoAbstractXMLElementReader& child) { seen.push_back(child.name().toStdString()); });
+    EXPECT_EQ(seen, (Names{"d", "e"}));
+    EXPECT_FALSE(a.isOpen());
+    EXPECT_FALSE(reader->nextElement().has_value());
+}
+
+TEST_F(StreamXMLReader, ElementWithoutTextHasNoChildrenLeft)
+{
+    VoStreamXMLElementReader a = root("<a></a>");
+    EXPECT_EQ(a.readText(), "");
+    a.forEachChild([](VoAbstractXMLElementReader& child) { ADD_FAILURE() << child.name(); });
+}
+
+TEST_F(StreamXMLReader, MovedFromHandleIsAClosedElement)
+{
+    VoStreamXMLElementReader a = root("<a/>");
+    const VoStreamXMLElementReader moved = std::move(a);
+    EXPECT_TRUE(moved.isActive());
+    EXPECT_FALSE(a.isOpen());
+    EXPECT_EQ(a.name(), "");
+    EXPECT_EQ(a.path(), VoXMLPath());
+    EXPECT_THROW_MSG(a.nextChild(), VoInvalidXMLOperation, "NextChild on closed element called");
+}
+
+TEST(StreamXMLReaderTypes, DocumentTypesAreRefusedOnRequest)
+{
+    const char* message = "Document type declarations are not allowed";
+    VoStringDevice device("<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>");
+    VoStreamXMLReader strict(device, VoStreamXMLReader::DocumentTypes::Refuse);
+    EXPECT_THROW_MSG(strict.nextElement(), VoInvalidXMLException, message);
+    EXPECT_THROW_MSG(strict.nextElement(), VoInvalidXMLException, message);
+    EXPECT_THROW_MSG(strict.currentElement(), VoNullXMLStreamElementException, "Null XML stream element");
+}
+
+} // namespace

@@ -1,0 +1,420 @@
+#include "XMLTestSupport.h"
+
+#include <Core/VoException.h>
+#include <Core/VoFileException.h>
+#include <Core/VoWeakPtr.h>
+#include <Core/VoXMLException.h>
+#include <FileSystem/VoFilePath.h>
+#include <XML/VoAbstractXMLStreamReadWriteObject.h>
+
+#include <limits>
+#include <vector>
+
+using xmltest::FailingDevice;
+using xmltest::Written;
+
+namespace {
+
+class XMLWriter : public testing::Test
+{
+protected:
+    std::string finished()
+    {
+        writer.finishDocument();
+        return device.content().toStdString();
+    }
+
+    VoStringDevice device;
+    VoXMLStreamWriter writer{device};
+};
+
+TEST_F(XMLWriter, WritesDeclarationElementsAttributesAndTextOnOneLine)
+{
+    writer.startDocument();
+    {
+        auto root = writer.createElement("root");
+        root->writeAttribute("id", "1");
+        root->createElement("empty");
+        root->createElement("item")->writeText("text");
+        root->createElement("blank")->writeText("");
+    }
+    EXPECT_EQ(finished(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?><root id=\"1\"><empty/><item>text</item>"
+                          "<blank></blank></root>\n");
+}
+
+TEST_F(XMLWriter, DeclarationIsOptionalAndTakesAnotherVersion)
+{
+    EXPECT_EQ(Written([](auto& w) { w.startElement("a"); }), "<a/>\n");
+    EXPECT_EQ(Written([](auto& w) { w.startDocument("1.1"); }), "<?xml version=\"1.1\" encoding=\"UTF-8\"?>\n");
+}
+
+TEST_F(XMLWriter, SecondDeclarationIsRefusedAndNotWritten)
+{
+    const char* message = "Attempting to create document when already created";
+    writer.startDocument();
+    EXPECT_THROW_MSG(writer.startDocument(), VoInvalidXMLOperation, message);
+    writer.startElement("a");
+    EXPECT_THROW_MSG(writer.startDocument("1.0"), VoInvalidXMLOperation, message);
+    EXPECT_EQ(finished(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a/>\n");
+}
+
+TEST_F(XMLWriter, FormattingIndentsByTabsOrSpaces)
+{
+    const auto nested = [](VoXMLStreamWriter& w) {
+        w.startDocument();
+        w.startElement("a");
+        w.startElement("b");
+        w.startElement("c");
+    };
+    EXPECT_EQ(Written(nested, true),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a>\n\t<b>\n\t\t<c/>\n\t</b>\n</a>\n");
+    EXPECT_EQ(Written(nested, {true, 2}),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a>\n  <b>\n    <c/>\n  </b>\n</a>\n");
+    const VoXMLStreamWriter::AutoFormattingSettings plain;
+    EXPECT_FALSE(plain.autoFormatting);
+    EXPECT_EQ(plain.indent, -1);
+}
+
+TEST_F(XMLWriter, EscapesMarkupInTextAndAttributes)
+{
+    auto a = writer.createElement("a");
+    a->writeAttribute("v", "<&>\"'\t\n\r");
+    a->writeText("<&>\"']]>");
+    EXPECT_EQ(finished(), "<a v=\"&lt;&amp;&gt;&quot;'&#9;&#10;&#13;\">&lt;&amp;&gt;&quot;']]&gt;</a>\n");
+}
+
+TEST_F(XMLWriter, DeclaresNamespacesOnTheOpenStartTag)
+{
+    writer.startElement("root");
+    writer.writeDefaultNamespace("urn:d");
+    writer.writeNamespace("urn:v", "v");
+    auto child = writer.createElement("child", "urn:v");
+    child->writeAttribute("k", "1", "urn:v");
+    EXPECT_EQ(finished(), "<root xmlns=\"urn:d\" xmlns:v=\"urn:v\"><v:child v:k=\"1\"/></root>\n");
+}
+
+TEST_F(XMLWriter, DoublesAreWrittenAsTheirBits)
+{
+    auto a = writer.createElement("a");
+    a->writeAttributeBase64("d", 0.0);
+    a->writeAttributeBase64("n", 1.0, "urn:n");
+    a->writeTextBase64(0.1);
+    EXPECT_EQ(finished(), "<a d=\"AAAAAAAAAAA=\" xmlns:n1=\"urn:n\" n1:n=\"AAAAAAAA8D8=\">mpmZmZmZuT8=</a>\n");
+}
+
+TEST_F(XMLWriter, TextIsOneRunDirectlyBehindTheAttributes)
+{
+    const char* message = "Illegal write text call";
+    auto a = writer.createElement("a");
+    a->writeText("1");
+    EXPECT_THROW_MSG(a->writeText("2"), VoInvalidXMLOperation, message);
+    a->createElement("b");
+    EXPECT_THROW_MSG(a->writeText("3"), VoInvalidXMLOperation, message);
+    EXPECT_THROW_MSG(writer.writeText("4"), VoInvalidXMLOperation, message);
+    EXPECT_EQ(finished(), "<a>1<b/></a>\n");
+}
+
+TEST_F(XMLWriter, AttributesAreRefusedOnceTheStartTagIsClosed)
+{
+    const char* message = "Illegal attribute write";
+    EXPECT_THROW_MSG(writer.writeAttribute("x", "1"), VoInvalidXMLOperation, message);
+    auto a = writer.createElement("a");
+    a->writeText("t");
+    EXPECT_THROW_MSG(a->writeAttribute("x", "1"), VoInvalidXMLOperation, message);
+    EXPECT_THROW_MSG(writer.writeAttribute("x", "1", "urn:x"), VoInvalidXMLOperation, message);
+    EXPECT_EQ(finished(), "<a>t</a>\n");
+}
+
+TEST_F(XMLWriter, AttributeNamesWithWhiteSpaceAreRefusedBeforeTheStateIsLookedAt)
+{
+    EXPECT_THROW_MSG(writer.writeAttribute("a b", "1"), VoInvalidXMLAttributeName, "Invalid attribute name: a b");
+    auto a = writer.createElement("a");
+    EXPECT_THROW_MSG(a->writeAttribute("a\tb", "1"), VoInvalidXMLAttributeName, "Invalid attribute name: a\tb");
+    EXPECT_EQ(finished(), "<a/>\n");
+}
+
+TEST_F(XMLWriter, AttributeNamesRepeatOnOtherElementsOnly)
+{
+    auto a = writer.createElement("a");
+    a->writeAttribute("x", "1");
+    EXPECT_THROW_MSG(a->writeAttribute("x", "2"), VoInvalidXMLAttributeName, "Invalid attribute name: x");
+    EXPECT_THROW_MSG(a->writeAttribute("X", "2"), VoInvalidXMLAttributeName, "Invalid attribute name: X");
+    EXPECT_THROW_MSG(a->writeAttribute("x", "2", "urn:n"), VoInvalidXMLAttributeName, "Invalid attribute name: x");
+    a->createElement("b")->writeAttribute("x", "3");
+    EXPECT_EQ(finished(), "<a x=\"1\"><b x=\"3\"/></a>\n");
+}
+
+TEST_F(XMLWriter, RefusedAttributeMayBeWrittenAfterAll)
+{
+    auto a = writer.createElement("a");
+    EXPECT_THROW(a->writeAttribute("x", VoString("\x01")), VoInvalidXMLOperation);
+    a->writeAttribute("x", "1");
+    EXPECT_EQ(finished(), "<a x=\"1\"/>\n");
+}
+
+TEST_F(XMLWriter, ParentIsInactiveWhileItsChildIsOpen)
+{
+    auto a = writer.createElement("a");
+    auto b = a->createElement("b");
+    EXPECT_THROW_MSG(a->createElement("c"), VoInvalidXMLOperation, "Invalid attempt to start element");
+    EXPECT_THROW_MSG(a->createElement("c", "urn:c"), VoInvalidXMLOperation, "Invalid attempt to start element");
+    EXPECT_THROW_MSG(a->writeAttribute("x", "1"), VoInvalidXMLOperation, "Invalid attempt to write attribute");
+    EXPECT_THROW_MSG(a->writeText("t"), VoInvalidXMLOperation, "Invalid attempt to write text");
+    b.reset();
+    a->createElement("c");
+    EXPECT_EQ(finished(), "<a><b/><c/></a>\n");
+}
+
+TEST_F(XMLWriter, DestroyedParentClosesItsOpenChildren)
+{
+    auto root = writer.createElement("root");
+    auto a = root->createElement("a");
+    auto b = a->createElement("b");
+    a.reset();
+    EXPECT_THROW_MSG(b->writeText("t"), VoInvalidXMLOperation, "Invalid attempt to write text");
+    b.reset();
+    root->createElement("c");
+    EXPECT_EQ(finished(), "<root><a><b/></a><c/></root>\n");
+}
+
+TEST_F(XMLWriter, HandlesMayBeDestroyedInAnyOrderAndAfterTheDocument)
+{
+    std::vector<std::unique_ptr<VoXMLElementWriter>> handles;
+    handles.push_back(writer.createElement("a"));
+    for (const char* name : {"b", "c", "d"})
+        handles.push_back(handles.back()->createElement(name));
+    handles.erase(handles.begin() + 1); // closes b, c and d
+    EXPECT_EQ(finished(), "<a><b><c><d/></c></b></a>\n");
+    EXPECT_THROW_MSG(handles[0]->createElement("x"), VoInvalidXMLOperation, "Invalid attempt to start element");
+    handles.clear();
+    EXPECT_EQ(device.content(), "<a><b><c><d/></c></b></a>\n");
+}
+
+TEST_F(XMLWriter, FinishElementClosesDownToTheGivenOne)
+{
+    writer.startElement("a");
+    auto b = writer.createElement("b");
+    writer.startElement("c");
+    writer.finishElement(b.get());
+    writer.finishElement(b.get()); // already closed
+    auto d = writer.createElement("d");
+    writer.finishElement();
+    writer.finishElement();
+    writer.finishElement(); // nothing open
+    EXPECT_EQ(finished(), "<a><b><c/></b><d/></a>\n");
+}
+
+TEST_F(XMLWriter, FinishElementOfNullClosesDownToTheOutermostElementWithoutHandle)
+{
+    auto a = writer.createElement("a");
+    writer.finishElement(nullptr); // none without a handle
+    writer.startElement("b");
+    auto c = writer.createElement("c");
+    writer.startElement("d");
+    writer.finishElement(nullptr);
+    EXPECT_TRUE(writer.isCurrent(a.get()));
+    a->createElement("e");
+    EXPECT_EQ(finished(), "<a><b><c><d/></c></b><e/></a>\n");
+}
+
+TEST_F(XMLWriter, IsCurrentTellsTheInnermostElement)
+{
+    EXPECT_TRUE(writer.isCurrent(nullptr));
+    auto a = writer.createElement("a");
+    EXPECT_FALSE(writer.isCurrent(nullptr));
+    EXPECT_TRUE(writer.isCurrent(a.get()));
+    writer.startElement("b");
+    EXPECT_TRUE(writer.isCurrent(nullptr));
+    EXPECT_FALSE(writer.isCurrent(a.get()));
+}
+
+TEST_F(XMLWriter, FinishedDocumentTakesNothingMore)
+{
+    auto a = writer.createElement("a");
+    writer.finishDocument();
+    writer.finishDocument();
+    EXPECT_EQ(device.mode(), VoIODevice::Closed);
+    EXPECT_THROW_MSG(writer.createElement("b"), VoInvalidXMLOperation, "Invalid attempt to start element");
+    EXPECT_THROW_MSG(writer.startElement("b"), VoInvalidXMLOperation, "Invalid attempt to start element");
+    EXPECT_THROW_MSG(writer.startDocument(), VoInvalidXMLOperation,
+                     "Attempting to create document when already created");
+    EXPECT_THROW_MSG(a->writeText("t"), VoInvalidXMLOperation, "Invalid attempt to write text");
+    EXPECT_EQ(device.content(), "<a/>\n");
+}
+
+TEST(XMLWriterEnd, UnfinishedDocumentStaysTruncatedAndItsDeviceIsClosed)
+{
+    VoStringDevice device;
+    std::unique_ptr<VoXMLStreamElementWriter> root;
+    {
+        VoXMLStreamWriter writer(device);
+        root = writer.createElement("a");
+        root->createElement("b")->writeAttribute("x", "1");
+        writer.startElement("c");
+    }
+    EXPECT_EQ(device.content(), "<a><b x=\"1\"/><c");
+    EXPECT_EQ(device.mode(), VoIODevice::Closed);
+    EXPECT_THROW_MSG(root->createElement("d"), VoInvalidXMLOperation, "Invalid attempt to start element");
+}
+
+TEST(XMLWriterEnd, DeviceThatIsOpenAlreadyIsContinuedAndClosed)
+{
+    VoStringDevice device;
+    ASSERT_TRUE(device.open(VoIODevice::Write));
+    device.write("<?line?>");
+    VoXMLStreamWriter writer(device);
+    writer.startElement("a");
+    writer.finishDocument();
+    EXPECT_EQ(device.content(), "<?line?><a/>\n");
+    EXPECT_EQ(device.mode(), VoIODevice::Closed);
+}
+
+TEST(XMLWriterStart, DevicesThatCannotBeWrittenAreRefused)
+{
+    VoStringDevice reading("x");
+    ASSERT_TRUE(reading.open(VoIODevice::Read));
+    EXPECT_THROW_MSG(VoXMLStreamWriter{reading}, VoIOException, reading.lastError());
+    EXPECT_THROW_MSG(VoXMLStreamWriter(VoSharedPtr<VoIODevice>(), false), VoNullPointerException, "");
+    EXPECT_THROW_MSG(VoXMLStreamElementWriter(nullptr), VoNullPointerException, "Invalid parent");
+    const VoFilePath missing("/nowhere/at/all.xml");
+    EXPECT_THROW(VoXMLStreamWriter{missing}, VoCannotOpenFileException);
+}
+
+TEST(XMLWriterStart, SharedDeviceLivesAsLongAsTheWriter)
+{
+    auto device = VoSharedPtr<VoStringDevice>::Make();
+    const VoWeakPtr<VoStringDevice> watched(device);
+    auto writer = std::make_unique<VoXMLStreamWriter>(VoSharedPtr<VoIODevice>(device));
+    device.reset();
+    EXPECT_FALSE(watched.expired());
+    writer.reset();
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST(XMLWriterCharacters, WhatXMLCannotHoldIsRefusedWhereverItStands)
+{
+    const char* message = "Character not allowed in XML";
+    std::vector<VoString> forbidden = {"\xEF\xBF\xBE", "\xEF\xBF\xBF", VoString('\0', 1)};
+    for (char c = 1; c < 0x20; ++c) {
+        if (c != '\t' && c != '\n' && c != '\r')
+            forbidden.emplace_back(c, 1);
+    }
+    for (const VoString& character : forbidden) {
+        for (std::size_t before = 0; before < 20; ++before) {
+            const VoString text = VoString('x', before) + character + VoString('y', before % 3);
+            VoStringDevice device;
+            VoXMLStreamWriter writer(device);
+            auto a = writer.createElement("a");
+            EXPECT_THROW_MSG(a->writeText(text), VoInvalidXMLOperation, message);
+            EXPECT_THROW_MSG(a->writeAttribute("v", text), VoInvalidXMLOperation, message);
+            EXPECT_THROW_MSG(a->createElement(text), VoInvalidXMLOperation, message);
+            a->writeText("t");
+            writer.finishDocument();
+            EXPECT_EQ(device.content().toStdString(), "<a>t</a>\n");
+        }
+    }
+}
+
+TEST(XMLWriterCharacters, NeighboursOfForbiddenOnesPass)
+{
+    for (const char* text : {"\t\n ", "\x7F", "\xEF\xBF\xBD", "\xEF\xBB\xBF", "\xEF\xBE\xBF", "\xF0\x9F\xBF\xBE"}) {
+        const std::string document = Written([&](auto& w) { w.createElement("a")->writeText(text); });
+        EXPECT_EQ(document, "<a>" + std::string(text) + "</a>\n");
+    }
+}
+
+TEST(XMLWriterCharacters, BytesThatAreNotUtf8BecomeReplacementCharacters)
+{
+    EXPECT_EQ(Written([](auto& w) { w.createElement("a")->writeText("x\xFFy"); }), "<a>x\xEF\xBF\xBDy</a>\n");
+}
+
+void WriteMuch(VoXMLStreamWriter& writer)
+{
+    auto root = writer.createElement("root");
+    for (int i = 0; i < 20000; ++i)
+        root->createElement("item")->writeText("some text that fills the device");
+}
+
+TEST(XMLWriterFaults, DeviceFailureIsReportedByTheCallsThatFollow)
+{
+    FailingDevice device("", 1000);
+    VoXMLStreamWriter writer(device);
+    EXPECT_THROW_MSG(WriteMuch(writer), VoIOException, "device failed");
+    EXPECT_THROW_MSG(writer.startElement("more"), VoIOException, "device failed");
+    EXPECT_THROW_MSG(writer.finishDocument(), VoIOException, "device failed");
+    EXPECT_EQ(device.bytes.size(), 1000u);
+    EXPECT_EQ(device.mode(), VoIODevice::Closed);
+}
+
+TEST(XMLWriterFaults, FinishDocumentReportsWhatWasStillGathered)
+{
+    const std::string whole = Written([](auto& w) { w.createElement("a")->writeText("text"); });
+    for (std::size_t passed = 0; passed <= whole.size(); ++passed) {
+        FailingDevice device("", passed);
+        VoXMLStreamWriter writer(device);
+        writer.createElement("a")->writeText("text");
+        if (passed == whole.size())
+            EXPECT_NO_THROW(writer.finishDocument());
+        else
+            EXPECT_THROW_MSG(writer.finishDocument(), VoIOException, "device failed");
+        EXPECT_EQ(device.bytes, whole.substr(0, passed));
+    }
+}
+
+TEST(XMLWriterFaults, HandlesOfAFailedWriterGoQuietly)
+{
+    FailingDevice device("", 10);
+    VoXMLStreamWriter writer(device);
+    auto a = writer.createElement("a");
+    auto b = a->createElement("b");
+    EXPECT_THROW(
+        {
+            for (;;)
+                b->createElement("c");
+        },
+        VoIOException);
+    a.reset();
+    b.reset();
+    EXPECT_TRUE(writer.isCurrent(nullptr));
+}
+
+TEST(XMLWriterFaults, DeviceClosedUnderneathIsReported)
+{
+    VoStringDevice device;
+    VoXMLStreamWriter writer(device);
+    writer.startElement("a");
+    device.close();
+    EXPECT_THROW_MSG(writer.finishDocument(), VoIOInvalidWriteException, "Cannot write to IO device");
+}
+
+TEST(XMLWriterDepth, DeepNestingClosesInAnyOrder)
+{
+    VoStringDevice device;
+    VoXMLStreamWriter writer(device);
+    std::vector<std::unique_ptr<VoXMLElementWriter>> handles;
+    handles.push_back(writer.createElement("a"));
+    for (int i = 1; i < 100000; ++i)
+        handles.push_back(handles.back()->createElement("a"));
+    handles.erase(handles.begin() + 50000);
+    while (!handles.empty())
+        handles.pop_back();
+    writer.finishDocument();
+    EXPECT_EQ(device.content().size(), 99999u * 7 + 5);
+}
+
+class Point : public VoAbstractXMLStreamReadWriteObject
+{
+public:
+    int typeCode() const override { return 1; }
+
+protected:
+    void writeElements(VoXMLElementWriter& element) const override { element.createElement("x"); }
+    void writeAttributes(VoXMLElementWriter& element) const override { element.writeAttribute("id", "1"); }
+};
+
+TEST(XMLWriterObjects, WriteTheirAttributesBeforeTheirElements)
+{
+    EXPECT_EQ(Written([](auto& w) { Point().write(*w.createElement("point")); }), "<point id=\"1\"><x/></point>\n");
+}
+
+} // namespace
