@@ -45,7 +45,7 @@ public:
 
     /// Reads from a device that the caller keeps alive; it is opened for reading unless it is already, and closed by
     /// the destructor if this reader opened it. Throws what opening throws (VoFileNotFoundException for a missing
-    /// file), or VoIOException with the device's last error.
+    /// file), or VoIOException with the reason.
     explicit VoXMLStreamReader(VoIODevice& device);
     /// The same, keeping the device alive. Throws VoNullPointerException when it is null.
     explicit VoXMLStreamReader(VoSharedPtr<VoIODevice> device);

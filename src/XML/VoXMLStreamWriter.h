@@ -56,7 +56,7 @@ public:
     };
 
     /// Writes to a device that the caller keeps alive. The device is opened for writing unless it is already, and is
-    /// closed by finishDocument() or the destructor either way. Throws VoIOException with the device's last error when
+    /// closed by finishDocument() or the destructor either way. Throws VoIOException with the reason when
     /// it cannot be opened.
     VoXMLStreamWriter(VoIODevice& device, const AutoFormattingSettings& settings = AutoFormattingSettings());
     /// The same, keeping the device alive. Throws VoNullPointerException when it is null.

@@ -6,6 +6,9 @@
 #include <FileSystem/VoFilePath.h>
 #include <IO/VoFileDevice.h>
 #include <IO/VoIOException.h>
+#include <XML/XMLText.h>
+
+#include <QtCore/QString>
 
 #include <utility>
 
@@ -47,7 +50,7 @@ XMLDevice::XMLDevice(VoIODevice& device, QIODevice::OpenMode mode)
     , m_adapter(std::make_shared<FillingAdapter>(device))
 {
     if (!open(mode))
-        throw VoIOException(device.lastError());
+        throwNotOpened();
 }
 
 XMLDevice::XMLDevice(VoSharedPtr<VoIODevice> owner)
@@ -61,7 +64,7 @@ XMLDevice::XMLDevice(VoSharedPtr<VoIODevice> device, QIODevice::OpenMode mode)
     : XMLDevice(std::move(device))
 {
     if (!open(mode))
-        throw VoIOException(m_device->lastError());
+        throwNotOpened();
 }
 
 XMLDevice::XMLDevice(const VoFilePath& file, QIODevice::OpenMode mode)
@@ -77,6 +80,12 @@ bool XMLDevice::open(QIODevice::OpenMode mode)
         return true;
     m_adapter->rethrow(); // a missing file, for one
     return false;
+}
+
+// The device was not asked if it is open already in another mode; then the adapter knows why.
+void XMLDevice::throwNotOpened() const
+{
+    throw VoIOException(m_device->hasError() ? m_device->lastError() : FromQtText(m_adapter->errorString()));
 }
 
 } // namespace vo::detail

@@ -12,7 +12,7 @@ namespace vo::detail {
 class XMLDevice
 {
 public:
-    /// The caller keeps the device alive. Throws what opening throws, else VoIOException with the device's last error.
+    /// The caller keeps the device alive. Throws what opening throws, else VoIOException with the reason.
     XMLDevice(VoIODevice& device, QIODevice::OpenMode mode);
     /// Shares the device; as above. Throws VoNullPointerException when it is null.
     XMLDevice(VoSharedPtr<VoIODevice> device, QIODevice::OpenMode mode);
@@ -26,6 +26,7 @@ private:
     explicit XMLDevice(VoSharedPtr<VoIODevice> owner); // not opened yet
 
     bool open(QIODevice::OpenMode mode);
+    [[noreturn]] void throwNotOpened() const;
 
     VoSharedPtr<VoIODevice> m_owner;
     VoIODevice* m_device;
