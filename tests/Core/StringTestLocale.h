@@ -31,13 +31,22 @@ protected:
     }
 
 private:
+    struct Masks
+    {
+        mask ofByte[table_size];
+
+        Masks()
+        {
+            std::copy_n(classic_table(), table_size, ofByte);
+            ofByte[static_cast<unsigned char>('_')] = space;
+            ofByte[static_cast<unsigned char>('#')] = upper;
+        }
+    };
+
     static const mask* Table()
     {
-        static mask table[table_size];
-        std::copy_n(classic_table(), table_size, table);
-        table[static_cast<unsigned char>('_')] = space;
-        table[static_cast<unsigned char>('#')] = upper;
-        return table;
+        static const Masks masks;
+        return masks.ofByte;
     }
 };
 
