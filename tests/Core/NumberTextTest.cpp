@@ -138,6 +138,10 @@ TEST(NumberText, readsDoublesLikeC)
     };
     for (const char* text : texts)
         ExpectParsedLikeC(text);
+    const std::string zeros(400, '0');
+    for (const std::string& text : {"0x1" + zeros + "p-500", "0x." + zeros + "1p+500", "0x1" + zeros + "p-1600",
+                                    "1" + zeros + "e-100", "." + zeros + "1e100", "1" + zeros + "e-400"})
+        ExpectParsedLikeC(text);
 
     std::mt19937_64 engine(11);
     const std::string alphabet = "0123456789012345678901234567890123456789+-.eE xXpPaAfFinN";

@@ -4,6 +4,8 @@
 
 #include <Core/CaseFold.h>
 
+#include <QtCore/QString>
+
 #include <atomic>
 #include <thread>
 #include <utility>
@@ -66,6 +68,8 @@ TEST_F(StringLocale, goesWithCopiesAndStaysOnAssignmentFromText)
     VoString text(source);
     EXPECT_EQ(text.locale(), m_odd);
     EXPECT_EQ((source + "x").locale(), m_odd);
+    EXPECT_EQ((source + source.substring(1)).locale(), m_odd);
+    EXPECT_EQ((source + 'x' + QStringLiteral("y")).locale(), m_odd);
     EXPECT_EQ(("x" + source).locale(), m_odd);
     EXPECT_EQ((VoString("x") + source).locale(), std::locale::classic());
     EXPECT_EQ(source.replaced("b", "c").locale(), m_odd);

@@ -79,6 +79,7 @@ TEST(VoBase64ConverterCore, oddCharactersGiveFixedBytes)
         {"!AAA", {0x04, 0, 0}},              // 65<<2 is cut to 4
         {"AA=/", {0, 0, 0}},
         {"AAA!", {0, 0, 0}},
+        {"\xC3QAA", {0x05, 0, 0}},
         {"\xFF\x80//", {0x04, 0x1F, 0xFF}}, // 65<<4 is cut to 0x10
     };
     for (const Row& row : rows)
