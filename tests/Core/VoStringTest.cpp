@@ -2,6 +2,7 @@
 
 #include <Core/VoCaseSensitiveString.h>
 #include <Core/VoHostTypes.h>
+#include <Core/VoUUID.h>
 
 #include <QtCore/QString>
 
@@ -40,6 +41,7 @@ TEST(VoString, isMadeFromEveryKindOfText)
 {
     const QString wide = QString::fromUtf8("x\xC3\xA9y");
     const VoString hello("hello");
+    const VoUUID uuid("{ABC}");
     EXPECT_EQ(VoString().toStdString(), "");
     EXPECT_EQ(VoString("text").toStdString(), "text");
     EXPECT_EQ(VoString(nullptr).toStdString(), "");
@@ -54,6 +56,9 @@ TEST(VoString, isMadeFromEveryKindOfText)
     EXPECT_EQ(VoString(YString(withZero)).toStdString(), withZero);
     EXPECT_EQ(VoString(TempString::Own("temp")).toStdString(), "temp");
     EXPECT_EQ(VoString(hello.substring(1, 3)).toStdString(), "ell");
+    EXPECT_EQ(VoString(uuid).toStdString(), "{ABC}");
+    const VoString sliced = uuid;
+    EXPECT_TRUE(sliced == "{abc}") << "a plain copy ignores case";
 }
 
 TEST(VoString, isMadeFromNumbers)
