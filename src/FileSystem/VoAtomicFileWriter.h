@@ -22,7 +22,7 @@ class VOCORE_EXPORT VoAtomicFileWriter
 {
 public:
     /// Makes the file beside the target and opens it.
-    /// @throw VoPathSizeFileException when the path of target or temporary file is too long
+    /// @throw VoPathSizeFileException when the target's path is too long
     /// @throw VoInvalidPathFileException when the target is null or a directory
     /// @throw VoCannotOpenFileException with the target, when the file cannot be made
     explicit VoAtomicFileWriter(const VoFilePath& target);

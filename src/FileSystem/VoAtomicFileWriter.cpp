@@ -1,0 +1,211 @@
+#include <FileSystem/VoAtomicFileWriter.h>
+
+#include <Core/VoFileException.h>
+#include <FileSystem/NativeFile.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/TemporaryName.h>
+#include <FileSystem/VoFilePath.h>
+#include <IO/VoIODevice.h>
+#include <IO/VoIOException.h>
+
+#include <cstring>
+#include <filesystem>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t BufferSize = std::size_t{64} * 1024;
+
+/// The new content on its way to the file beside the target. The first error stays.
+class Content
+{
+public:
+    void open(const VoFilePath& target)
+    {
+        m_error = vo::detail::MakeUnderNewName([&] {
+            m_path = vo::detail::ToNative(target);
+            m_path += ".tmp" + vo::detail::RandomNamePart().toStdString();
+            std::error_code made;
+            m_file = vo::detail::NativeFile::CreateNew(m_path, vo::detail::NewFileAccess::Usual, made);
+            return made;
+        });
+        if (m_error)
+            throw VoCannotOpenFileException(target);
+        m_buffer.reserve(BufferSize);
+    }
+
+    ~Content() { discard(); }
+    Content() = default;
+    Content(const Content&) = delete;
+    Content& operator=(const Content&) = delete;
+
+    bool write(const char* data, std::size_t size)
+    {
+        if (m_error)
+            return false;
+        if (m_buffer.size() + size > BufferSize)
+            flush();
+        if (size >= BufferSize) {
+            if (!m_error)
+                m_file.write(data, size, m_error);
+        } else {
+            m_buffer.insert(m_buffer.end(), data, data + size);
+        }
+        return !m_error;
+    }
+
+    void finish(const std::filesystem::path& target)
+    {
+        flush();
+        // A replaced file keeps its permissions; a link or a new file has none to keep.
+        std::error_code ignored;
+        const std::filesystem::file_status old = std::filesystem::symlink_status(target, ignored);
+        if (std::filesystem::is_regular_file(old))
+            std::filesystem::permissions(m_path, old.permissions(), ignored);
+        if (!m_error)
+            m_file.sync(m_error);
+        std::error_code closing;
+        m_file.close(closing);
+        if (!m_error)
+            m_error = closing;
+    }
+
+    void rename(const std::filesystem::path& target)
+    {
+        std::filesystem::rename(m_path, target, m_error);
+        if (!m_error)
+            m_path.clear();
+    }
+
+    void discard() noexcept
+    {
+        std::error_code ignored;
+        m_file.close(ignored);
+        if (!m_path.empty())
+            std::filesystem::remove(m_path, ignored);
+        m_path.clear();
+    }
+
+    const std::error_code& error() const noexcept { return m_error; }
+
+private:
+    void flush()
+    {
+        if (!m_error && !m_buffer.empty())
+            m_file.write(m_buffer.data(), m_buffer.size(), m_error);
+        m_buffer.clear();
+    }
+
+    vo::detail::NativeFile m_file;
+    std::filesystem::path m_path; // empty when there is nothing to remove
+    std::vector<char> m_buffer;
+    std::error_code m_error;
+};
+
+/// Writes into the content; for what wants a device.
+class ContentDevice final : public VoIODevice
+{
+public:
+    explicit ContentDevice(Content& content)
+        : m_content(content)
+    {
+        open(Write);
+    }
+
+    void seek_read(std::size_t) override {}
+    void seek_write(std::size_t) override {} // writes at its end
+    bool atEnd() const override { return true; }
+
+protected:
+    void onClose() override {} // commit() tells whether everything arrived
+    bool onOpen(Mode) override { return true; }
+    VoString onRead(std::size_t) override { return VoString(); }
+    std::size_t onWrite(const VoString& text) override { return onWriteFrom(text.c_str(), text.size()); }
+
+    std::size_t onWriteFrom(const char* data, std::size_t count) override
+    {
+        if (m_content.write(data, count))
+            return count;
+        setError("Write failure");
+        throw VoIOException("Error occurred on writing to file");
+    }
+
+private:
+    Content& m_content;
+};
+
+} // namespace
+
+struct VoAtomicFileWriter::Private
+{
+    explicit Private(const VoFilePath& path)
+        : target(path)
+    {
+    }
+
+    [[noreturn]] void fail(const char* operation)
+    {
+        const VoString message = operation + VoString(content.error().message());
+        content.discard();
+        throw VoFileException(message, target.path());
+    }
+
+    VoFilePath target;
+    Content content;
+    std::unique_ptr<ContentDevice> device;
+    bool committed = false;
+};
+
+VoAtomicFileWriter::VoAtomicFileWriter(const VoFilePath& target)
+    : m_private(std::make_unique<Private>(target))
+{
+    vo::detail::RequireValidLength(target);
+    std::error_code ignored;
+    if (!target.isFile() ||
+        std::filesystem::is_directory(std::filesystem::symlink_status(vo::detail::ToNative(target), ignored)))
+        throw VoInvalidPathFileException(target);
+    m_private->content.open(target);
+    m_private->device = std::make_unique<ContentDevice>(m_private->content);
+}
+
+VoAtomicFileWriter::VoAtomicFileWriter(VoAtomicFileWriter&& other) noexcept = default;
+
+VoAtomicFileWriter::~VoAtomicFileWriter() = default;
+
+VoIODevice& VoAtomicFileWriter::device()
+{
+    return *m_private->device;
+}
+
+void VoAtomicFileWriter::write(const char* data, std::size_t size)
+{
+    if (m_private->committed)
+        throw VoInvalidCallException("File already committed");
+    if (!m_private->content.write(data, size))
+        throw VoFileException("Cannot write file: " + VoString(m_private->content.error().message()),
+                              m_private->target.path());
+}
+
+void VoAtomicFileWriter::commit()
+{
+    Private& data = *m_private;
+    if (data.committed)
+        throw VoInvalidCallException("File already committed");
+    data.committed = true;
+    const std::filesystem::path target = vo::detail::ToNative(data.target);
+    data.content.finish(target);
+    if (data.content.error())
+        data.fail("Cannot write file: ");
+    data.content.rename(target);
+    if (data.content.error())
+        data.fail("rename: ");
+    // The content has arrived; whether the name survives a loss of power this instant is beyond saying.
+    std::error_code ignored;
+    vo::detail::SyncDirectory(target.parent_path(), ignored);
+}
+
+const VoFilePath& VoAtomicFileWriter::target() const noexcept
+{
+    return m_private->target;
+}

@@ -1,0 +1,473 @@
+#include <FileSystem/VoFileSystem.h>
+
+#include <Core/VoChecksum.h>
+#include <Core/VoFileException.h>
+#include <Core/VoString.h>
+#include <FileSystem/NativeFile.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/PathText.h>
+#include <FileSystem/TemporaryName.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFilePath.h>
+
+#include <QtCore/QStandardPaths>
+#include <QtCore/QUrl>
+#include <QtGui/QDesktopServices>
+#include <QtGui/QGuiApplication>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The one translation of the system's and the standard library's failures.
+[[noreturn]] void Fail(const char* operation, const std::error_code& error, const VoString& path)
+{
+    throw VoFileException(operation + VoString(": ") + VoString(error.message()), path);
+}
+
+[[noreturn]] void Fail(const VoString& message, const VoFilePath& from, const VoFilePath& to)
+{
+    throw VoFileException(message, from, to);
+}
+
+template <typename Operation>
+auto Guarded(Operation operation)
+{
+    try {
+        return operation();
+    } catch (const std::exception& e) {
+        throw VoInvalidCallException(VoString(e.what()));
+    }
+}
+
+bool MeansMissing(const std::error_code& error)
+{
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory ||
+           error == std::errc::too_many_symbolic_link_levels || error == std::errc::filename_too_long;
+}
+
+fs::file_status Status(const fs::path& path, const char* operation, const VoString& text)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (error && !MeansMissing(error))
+        Fail(operation, error, text);
+    return error ? fs::file_status(fs::file_type::not_found) : status;
+}
+
+template <typename Path>
+bool ExistsImpl(const Path& path)
+{
+    return !path.isNull() &&
+           Guarded([&] { return fs::exists(Status(vo::detail::ToNative(path), "exists", path.path())); });
+}
+
+template <typename Path>
+bool IsDirectoryImpl(const Path& path)
+{
+    return !path.isNull() &&
+           Guarded([&] { return fs::is_directory(Status(vo::detail::ToNative(path), "status", path.path())); });
+}
+
+// Without the separator at its end, which would make the system follow a link and miss names that are new.
+template <typename Path>
+fs::path NativeName(const Path& path)
+{
+    fs::path native = vo::detail::ToNative(path);
+    return native.has_filename() || !native.has_relative_path() ? native : native.parent_path();
+}
+
+template <typename Path>
+bool RemoveImpl(const Path& path)
+{
+    return Guarded([&] {
+        std::error_code error;
+        const bool removed = fs::remove(NativeName(path), error);
+        if (error && !MeansMissing(error))
+            Fail("remove", error, path.path());
+        return removed && !error;
+    });
+}
+
+enum class Times
+{
+    New,
+    OfSource
+};
+
+// Copies a regular file to a name beside the target and renames it, so that the target is whole or as it was.
+std::error_code CopyWhole(const fs::path& from, const fs::path& to, Times times)
+{
+    fs::path beside;
+    std::error_code error = vo::detail::MakeUnderNewName([&] {
+        beside = to;
+        beside += ".tmp" + vo::detail::RandomNamePart().toStdString();
+        std::error_code copied;
+        fs::copy_file(from, beside, fs::copy_options::none, copied);
+        return copied;
+    });
+    if (!error && times == Times::OfSource) {
+        const fs::file_time_type time = fs::last_write_time(from, error);
+        if (!error)
+            fs::last_write_time(beside, time, error);
+    }
+    if (!error && fs::file_size(beside, error) != fs::file_size(from, error) && !error)
+        error = std::make_error_code(std::errc::io_error);
+    if (!error)
+        fs::rename(beside, to, error);
+    std::error_code ignored;
+    if (error && error != std::errc::file_exists)
+        fs::remove(beside, ignored);
+    return error;
+}
+
+std::error_code CheckCopySource(const fs::path& from)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(from, error);
+    if (error)
+        return error;
+    if (fs::is_directory(status))
+        return std::make_error_code(std::errc::is_a_directory);
+    if (!fs::is_regular_file(status))
+        return std::make_error_code(std::errc::operation_not_supported);
+    return {};
+}
+
+bool IsOlder(const fs::path& file, const fs::path& than)
+{
+    std::error_code error;
+    const fs::file_time_type a = fs::last_write_time(file, error);
+    if (error)
+        return true; // a link that leads nowhere has no time
+    const fs::file_time_type b = fs::last_write_time(than, error);
+    return !error && a < b;
+}
+
+/// One name in a directory, as read before anything is delivered.
+struct Entry
+{
+    fs::path name;
+    bool isDirectory;
+};
+
+std::vector<Entry> ReadDirectory(const VoFilePath& directory, bool mayHaveVanished)
+{
+    return Guarded([&] {
+        std::vector<Entry> entries;
+        std::error_code error;
+        fs::directory_iterator iterator(vo::detail::ToNative(directory), error);
+        while (!error && iterator != fs::directory_iterator()) {
+            std::error_code vanished;
+            const fs::file_status status = iterator->symlink_status(vanished);
+            if (!vanished && status.type() != fs::file_type::not_found)
+                entries.push_back({iterator->path().filename(), fs::is_directory(status)});
+            iterator.increment(error);
+        }
+        if (error && !(mayHaveVanished && MeansMissing(error)))
+            Fail("directory_iterator", error, directory.path());
+        std::sort(entries.begin(), entries.end(),
+                  [](const Entry& a, const Entry& b) { return a.name.native() < b.name.native(); });
+        return entries;
+    });
+}
+
+template <typename Deliver>
+void Walk(const VoFilePath& directory, bool recursive, bool inside, const Deliver& deliver)
+{
+    for (const Entry& entry : ReadDirectory(directory, inside)) {
+        VoFilePath path = vo::detail::ChildFromNative(directory, entry.name);
+        if (!entry.isDirectory) {
+            deliver(path, false);
+            continue;
+        }
+        path = VoFilePath::CreateUnchecked(path.path() + "\\");
+        deliver(path, true);
+        if (recursive)
+            Walk(path, recursive, true, deliver);
+    }
+}
+
+VoString Environment(const char* name)
+{
+    // The bytes as they are where names are bytes; the framework's text would pass through the locale.
+    if constexpr (fs::path::preferred_separator == '/') {
+        const QByteArray bytes = qgetenv(name);
+        return VoString(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    } else {
+        return VoString(qEnvironmentVariable(name));
+    }
+}
+
+VoDirectoryPath AsDirectory(VoString text)
+{
+    VoFilePath path(std::move(text));
+    return path.isNull() || path.isDirectory() ? VoDirectoryPath(path.path()) : VoDirectoryPath(path.path() + "\\");
+}
+
+VoDirectoryPath PlaceOr(const char* variable, QStandardPaths::StandardLocation standard)
+{
+    const VoString value = Environment(variable);
+    return AsDirectory(value.isEmpty() ? VoString(QStandardPaths::writableLocation(standard)) : value);
+}
+
+void OpenOnDesktop(const VoString& path)
+{
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
+        throw VoInvalidCallException("Cannot open " + path + ": no graphical application");
+    const QString local = path.replaced("\\", "/", VoString::CaseSensitive).toQString();
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(local)))
+        throw VoInvalidCallException("Cannot open " + path);
+}
+
+} // namespace
+
+bool VoFileSystem::Exists(const VoFilePath& path)
+{
+    return ExistsImpl(path);
+}
+
+bool VoFileSystem::Exists(const VoAbstractPath& path)
+{
+    return ExistsImpl(path);
+}
+
+bool VoFileSystem::Exists(const VoString& path)
+{
+    return ExistsImpl(VoFilePath(path));
+}
+
+bool VoFileSystem::Exists(const VoStringView& path)
+{
+    return ExistsImpl(VoFilePath(path.toString()));
+}
+
+bool VoFileSystem::Exists(const char* path)
+{
+    return ExistsImpl(VoFilePath(path));
+}
+
+bool VoFileSystem::IsDirectory(const VoFilePath& path)
+{
+    return IsDirectoryImpl(path);
+}
+
+bool VoFileSystem::IsDirectory(const VoAbstractPath& path)
+{
+    return IsDirectoryImpl(path);
+}
+
+std::uint64_t VoFileSystem::FileSize(const VoFilePath& path)
+{
+    return Guarded([&] {
+        std::error_code error;
+        const std::uintmax_t size = fs::file_size(vo::detail::ToNative(path), error);
+        if (error && MeansMissing(error))
+            throw VoFileNotFoundException(path);
+        if (error)
+            Fail("file_size", error, path.path());
+        return static_cast<std::uint64_t>(size);
+    });
+}
+
+bool VoFileSystem::Same(const VoFilePath& a, const VoFilePath& b)
+{
+    if (!Exists(a) || !Exists(b))
+        return false;
+    return Guarded([&] {
+        std::error_code error;
+        const bool same = fs::equivalent(vo::detail::ToNative(a), vo::detail::ToNative(b), error);
+        if (error)
+            Fail("equivalent: " + VoString(error.message()), a, b);
+        return same;
+    });
+}
+
+VoChecksum VoFileSystem::Checksum(const VoFilePath& path)
+{
+    return VoChecksum(path);
+}
+
+std::uint64_t VoFileSystem::FreeSpace(const VoDirectoryPath& directory)
+{
+    return Guarded([&] {
+        fs::path place = NativeName(directory);
+        std::error_code error;
+        if (place.is_relative())
+            place = fs::current_path(error) / place;
+        while (!error && !fs::exists(place, error) && place.has_relative_path())
+            place = place.parent_path();
+        if (!error) {
+            const fs::space_info space = fs::space(place, error);
+            if (!error)
+                return static_cast<std::uint64_t>(space.available);
+        }
+        Fail("space", error, directory.path());
+    });
+}
+
+bool VoFileSystem::Remove(const VoFilePath& path)
+{
+    return RemoveImpl(path);
+}
+
+bool VoFileSystem::Remove(const VoAbstractPath& path)
+{
+    return RemoveImpl(path);
+}
+
+std::uint64_t VoFileSystem::RemoveAll(const VoDirectoryPath& directory)
+{
+    const std::string_view text = vo::detail::Bytes(directory.path());
+    if (vo::detail::AnchorLength(text) >= text.size())
+        throw VoInvalidCallException("Cannot remove root directory: " + directory.path());
+    return Guarded([&] {
+        std::error_code error;
+        const std::uintmax_t removed = fs::remove_all(NativeName(directory), error);
+        if (error)
+            Fail("remove_all", error, directory.path());
+        return static_cast<std::uint64_t>(removed);
+    });
+}
+
+bool VoFileSystem::CreateDirectory(const VoDirectoryPath& path, bool createParents)
+{
+    vo::detail::RequireValidLength(path);
+    return Guarded([&] {
+        std::error_code error;
+        const fs::path native = NativeName(path);
+        const bool created =
+            createParents ? fs::create_directories(native, error) : fs::create_directory(native, error);
+        if (error)
+            Fail(createParents ? "create_directories" : "create_directory", error, path.path());
+        return created;
+    });
+}
+
+bool VoFileSystem::CopyFile(const VoFilePath& from, const VoFilePath& to, CopyOptions options)
+{
+    vo::detail::RequireValidLength(from);
+    vo::detail::RequireValidLength(to);
+    return Guarded([&] {
+        const fs::path source = vo::detail::ToNative(from);
+        const fs::path target = vo::detail::ToNative(to);
+        std::error_code error = CheckCopySource(source);
+        if (error)
+            Fail(VoString(error.message()), from, to);
+
+        std::error_code ignored;
+        const fs::file_status existing = fs::symlink_status(target, ignored);
+        if (fs::exists(existing)) {
+            if (options == SkipExisting)
+                return false;
+            if (fs::is_directory(target, ignored))
+                error = std::make_error_code(std::errc::is_a_directory);
+            else if (fs::equivalent(source, target, ignored) ||
+                     (options != OverwriteExisting && options != UpdateExisting))
+                error = std::make_error_code(std::errc::file_exists);
+            else if (options == UpdateExisting && !IsOlder(target, source))
+                return false;
+        }
+        if (!error)
+            error = CopyWhole(source, target, Times::New);
+        if (error)
+            Fail(VoString(error.message()), from, to);
+        return true;
+    });
+}
+
+void VoFileSystem::MoveFile(const VoFilePath& from, const VoFilePath& to)
+{
+    vo::detail::RequireValidLength(from);
+    vo::detail::RequireValidLength(to);
+    Guarded([&] {
+        const fs::path source = NativeName(from);
+        const fs::path target = NativeName(to);
+        std::error_code error;
+        fs::rename(source, target, error);
+        if (error == std::errc::cross_device_link) {
+            error = CheckCopySource(source);
+            if (!error)
+                error = CopyWhole(source, target, Times::OfSource);
+            if (!error)
+                fs::remove(source, error);
+        }
+        if (error)
+            Fail("rename: " + VoString(error.message()), from, to);
+    });
+}
+
+void VoFileSystem::SyncDirectory(const VoDirectoryPath& directory)
+{
+    Guarded([&] {
+        std::error_code error;
+        vo::detail::SyncDirectory(vo::detail::ToNative(directory), error);
+        if (error)
+            Fail("status", error, directory.path());
+    });
+}
+
+void VoFileSystem::ForEachFile(const VoDirectoryPath& directory, bool recursive, bool includeDirectories,
+                               const std::function<void(const VoFilePath&)>& callback)
+{
+    Walk(VoFilePath(directory), recursive, false, [&](const VoFilePath& path, bool isDirectory) {
+        if (!isDirectory || includeDirectories)
+            callback(path);
+    });
+}
+
+void VoFileSystem::ForEachDirectory(const VoDirectoryPath& directory, bool recursive,
+                                    const std::function<void(const VoDirectoryPath&)>& callback)
+{
+    Walk(VoFilePath(directory), recursive, false, [&](const VoFilePath& path, bool isDirectory) {
+        if (isDirectory)
+            callback(VoDirectoryPath(path.path()));
+    });
+}
+
+std::uint64_t VoFileSystem::NumberFiles(const VoDirectoryPath& directory, bool recursive, bool includeDirectories)
+{
+    std::uint64_t number = 0;
+    ForEachFile(directory, recursive, includeDirectories, [&](const VoFilePath&) { ++number; });
+    return number;
+}
+
+VoDirectoryPath VoFileSystem::TempDirectory()
+{
+    return Guarded([] {
+        std::error_code error;
+        const fs::path path = fs::temp_directory_path(error);
+        if (error)
+            Fail("temp_directory_path", error, VoString());
+        return AsDirectory(vo::detail::FromNative(path).path());
+    });
+}
+
+VoDirectoryPath VoFileSystem::Directory(DirectoryIdentifier identifier)
+{
+    switch (identifier) {
+    case ApplicationData:
+        return PlaceOr("VOAPPDATAPATH", QStandardPaths::AppDataLocation);
+    case Documents:
+        return PlaceOr("VODOCSPATH", QStandardPaths::DocumentsLocation);
+    case Logs:
+        return Directory(ApplicationData).directory("logs");
+    }
+    throw VoInvalidParameterException("Unknown directory identifier: " + VoString(static_cast<int>(identifier)));
+}
+
+void VoFileSystem::OpenFile(const VoFilePath& path)
+{
+    OpenOnDesktop(path.path());
+}
+
+void VoFileSystem::OpenDirectory(const VoDirectoryPath& path)
+{
+    OpenOnDesktop(path.path());
+}
