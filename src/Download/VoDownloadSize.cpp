@@ -99,16 +99,16 @@ VoDownloadSize::operator VoString() const
 
 VoDownloadSize& VoDownloadSize::operator+=(const VoDownloadSize& other)
 {
-    return *this = *this + other;
+    return *this = Sum(*this, other);
 }
 
-VoDownloadSize operator+(const VoDownloadSize& a, const VoDownloadSize& b)
+VoDownloadSize VoDownloadSize::Sum(const VoDownloadSize& a, const VoDownloadSize& b)
 {
     return a.isUnknown() || b.isUnknown() ? VoDownloadSize::Unknown()
                                           : VoDownloadSize(SaturatedSum(a.bytes(), b.bytes()));
 }
 
-VoDownloadSize operator-(const VoDownloadSize& a, const VoDownloadSize& b)
+VoDownloadSize VoDownloadSize::Difference(const VoDownloadSize& a, const VoDownloadSize& b)
 {
     return a.isUnknown() || b.isUnknown() ? VoDownloadSize::Unknown()
                                           : VoDownloadSize(SaturatedDifference(a.bytes(), b.bytes()));

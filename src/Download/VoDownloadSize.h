@@ -40,10 +40,14 @@ public:
 
     VoDownloadSize& operator+=(const VoDownloadSize& other);
 
-    friend VOCORE_EXPORT VoDownloadSize operator+(const VoDownloadSize& a, const VoDownloadSize& b);
-    friend VOCORE_EXPORT VoDownloadSize operator-(const VoDownloadSize& a, const VoDownloadSize& b);
+    /// @name Arithmetic with an unknown result where either size is unknown
+    /// See also the operators `+` and `-`.
+    /// @{
+    static VoDownloadSize Sum(const VoDownloadSize& a, const VoDownloadSize& b);
+    static VoDownloadSize Difference(const VoDownloadSize& a, const VoDownloadSize& b);
+    /// @}
 
-    /// For people, with one decimal and decimal units: "999.0 B", "  1.5 KB". The unit follows from the count, not from
+    /// For people, with one decimal and decimal units: "999.0 B", "1.5 KB". The unit follows from the count, not from
     /// the rounded text: 999999 bytes are "1000.0 KB". Unknown is "-1.0 B".
     VoString toString() const;
 
@@ -77,47 +81,71 @@ private:
     std::unique_ptr<Private> m_private;
 };
 
-/// @relates VoDownloadSize
-/// Compares the numbers of bytes, an unknown size as -1. Integers convert. @{
-template <typename A, typename B>
-using VoDownloadSizeComparison =
-    std::enable_if_t<(std::is_same_v<A, VoDownloadSize> || std::is_same_v<B, VoDownloadSize>)&&(
-                         std::is_same_v<A, VoDownloadSize> ||
-                         std::is_integral_v<A>)&&(std::is_same_v<B, VoDownloadSize> || std::is_integral_v<B>),
-                     bool>;
+/// @cond INTERNAL
+namespace vo::detail {
 
+// Two sizes, or a size and an integer. The operators deduce their operands exactly: with parameters that convert they
+// would compete with the built-in ones, because a size converts to an integer too.
 template <typename A, typename B>
-VoDownloadSizeComparison<A, B> operator==(const A& a, const B& b)
+inline constexpr bool AreDownloadSizes = (std::is_same_v<A, VoDownloadSize> &&
+                                          (std::is_same_v<B, VoDownloadSize> || std::is_integral_v<B>)) ||
+                                         (std::is_integral_v<A> && std::is_same_v<B, VoDownloadSize>);
+
+} // namespace vo::detail
+/// @endcond
+
+/// @name Arithmetic of sizes, and of sizes and integers
+/// @{
+/// VoDownloadSize::Sum().
+template <typename A, typename B, std::enable_if_t<vo::detail::AreDownloadSizes<A, B>, int> = 0>
+VoDownloadSize operator+(const A& a, const B& b)
+{
+    return VoDownloadSize::Sum(a, b);
+}
+
+/// VoDownloadSize::Difference().
+template <typename A, typename B, std::enable_if_t<vo::detail::AreDownloadSizes<A, B>, int> = 0>
+VoDownloadSize operator-(const A& a, const B& b)
+{
+    return VoDownloadSize::Difference(a, b);
+}
+/// @}
+
+/// @name Comparison of sizes, and of sizes and integers
+/// By the numbers of bytes; an unknown size is -1.
+/// @{
+template <typename A, typename B, std::enable_if_t<vo::detail::AreDownloadSizes<A, B>, int> = 0>
+bool operator==(const A& a, const B& b)
 {
     return VoDownloadSize(a).bytes() == VoDownloadSize(b).bytes();
 }
 
-template <typename A, typename B>
-VoDownloadSizeComparison<A, B> operator!=(const A& a, const B& b)
+template <typename A, typename B, std::enable_if_t<vo::detail::AreDownloadSizes<A, B>, int> = 0>
+bool operator!=(const A& a, const B& b)
 {
     return !(a == b);
 }
 
-template <typename A, typename B>
-VoDownloadSizeComparison<A, B> operator<(const A& a, const B& b)
+template <typename A, typename B, std::enable_if_t<vo::detail::AreDownloadSizes<A, B>, int> = 0>
+bool operator<(const A& a, const B& b)
 {
     return VoDownloadSize(a).bytes() < VoDownloadSize(b).bytes();
 }
 
-template <typename A, typename B>
-VoDownloadSizeComparison<A, B> operator>(const A& a, const B& b)
+template <typename A, typename B, std::enable_if_t<vo::detail::AreDownloadSizes<A, B>, int> = 0>
+bool operator>(const A& a, const B& b)
 {
     return b < a;
 }
 
-template <typename A, typename B>
-VoDownloadSizeComparison<A, B> operator<=(const A& a, const B& b)
+template <typename A, typename B, std::enable_if_t<vo::detail::AreDownloadSizes<A, B>, int> = 0>
+bool operator<=(const A& a, const B& b)
 {
     return !(b < a);
 }
 
-template <typename A, typename B>
-VoDownloadSizeComparison<A, B> operator>=(const A& a, const B& b)
+template <typename A, typename B, std::enable_if_t<vo::detail::AreDownloadSizes<A, B>, int> = 0>
+bool operator>=(const A& a, const B& b)
 {
     return !(a < b);
 }

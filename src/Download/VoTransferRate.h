@@ -39,7 +39,7 @@ public:
     bool operator<(const VoTransferRate& other) const noexcept;
     /// @}
 
-    /// For people, with one decimal and two blanks before the unit: "999.0  bytes/s", " 12.5  kB/s", "  2.0  MB/s".
+    /// For people, with one decimal and two blanks before the unit: "999.0  bytes/s", "12.5  kB/s", "2.0  MB/s".
     VoString toString() const;
 
 private:

@@ -53,7 +53,8 @@ bool BufferedFile::open(const std::filesystem::path& path, std::ios_base::openmo
         return false;
     m_path = path;
     m_appending = (mode & std::ios_base::app) != 0;
-    m_direction = (mode & std::ios_base::in) ? Direction::Read : Direction::Write;
+    m_reads = (mode & std::ios_base::in) != 0;
+    m_direction = m_reads ? Direction::Read : Direction::Write;
     return true;
 }
 
@@ -97,7 +98,7 @@ bool BufferedFile::close()
 
 bool BufferedFile::atEnd()
 {
-    return !isOpen() || !turnToReading() || (m_file.readyCount() == 0 && !m_file.fill());
+    return !isOpen() || !m_reads || !turnToReading() || (m_file.readyCount() == 0 && !m_file.fill());
 }
 
 std::size_t BufferedFile::read(char* data, std::size_t count)

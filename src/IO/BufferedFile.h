@@ -70,6 +70,7 @@ private:
     std::unique_ptr<char[]> m_gathered; // bytes to be written; allocated with the first write
     std::size_t m_gatheredCount = 0;
     Direction m_direction = Direction::None;
+    bool m_reads = false;
     bool m_appending = false;
     bool m_lost = false; // bytes could not be written and nobody was told
     std::uint64_t m_readPosition = 0;

@@ -123,10 +123,13 @@ bool VoQIODevice::seek(qint64 position)
 
 bool VoQIODevice::atEnd() const
 {
-    if (!isOpen())
+    if (!isReadable())
         return true;
-    if (m_private->failure || pos() != m_private->position)
-        return false; // Qt has read ahead, or the end is not known
+    if (pos() != m_private->position)
+        return false; // Qt has read ahead
+    // Logically const: what was written only goes where it belongs earlier than it would have.
+    if (!const_cast<VoQIODevice*>(this)->prepareRead())
+        return false; // the next read tells
     try {
         return m_private->device.atEnd();
     } catch (...) {
@@ -147,13 +150,11 @@ void VoQIODevice::rethrow() const
 
 qint64 VoQIODevice::readData(char* data, qint64 maximumSize)
 {
-    if (m_private->failure || !flush())
+    if (!prepareRead())
         return -1;
     if (maximumSize <= 0)
         return 0;
     try {
-        if (std::exchange(m_private->last, Private::Transfer::Read) == Private::Transfer::Write)
-            m_private->device.seek_read(static_cast<std::size_t>(m_private->position));
         const std::size_t taken = m_private->device.readInto(data, static_cast<std::size_t>(maximumSize));
         m_private->position += static_cast<qint64>(taken);
         return static_cast<qint64>(taken);
@@ -169,7 +170,7 @@ qint64 VoQIODevice::writeData(const char* data, qint64 size)
         return -1;
     if (size <= 0)
         return 0;
-    if (std::exchange(m_private->last, Private::Transfer::Write) == Private::Transfer::Read && !seekWrite())
+    if (!prepareWrite())
         return -1;
     const auto count = static_cast<std::size_t>(size);
     if (count > BlockSize - m_private->gatheredCount && !flush())
@@ -220,10 +221,27 @@ void VoQIODevice::detach()
     }
 }
 
-bool VoQIODevice::seekWrite()
+// What was written has arrived, and the device reads where Qt believes it to be.
+bool VoQIODevice::prepareRead()
+{
+    if (m_private->failure || !flush())
+        return false;
+    try {
+        if (std::exchange(m_private->last, Private::Transfer::Read) == Private::Transfer::Write)
+            m_private->device.seek_read(static_cast<std::size_t>(m_private->position));
+        return true;
+    } catch (...) {
+        keepException();
+        return false;
+    }
+}
+
+// The device writes where Qt believes it to be.
+bool VoQIODevice::prepareWrite()
 {
     try {
-        m_private->device.seek_write(static_cast<std::size_t>(m_private->position));
+        if (std::exchange(m_private->last, Private::Transfer::Write) == Private::Transfer::Read)
+            m_private->device.seek_write(static_cast<std::size_t>(m_private->position));
         return true;
     } catch (...) {
         keepException();

@@ -37,7 +37,7 @@ public:
 
     bool flush();                        ///< Passes gathered bytes to the device; false when that fails.
     bool seek(qint64 position) override; ///< Moves reading and writing of the device to @p position.
-    bool atEnd() const override;         ///< Whether neither Qt's buffer nor the device has anything to read.
+    bool atEnd() const override;         ///< Whether there is nothing to read; true when not open for reading.
 
     bool hasFailed() const; ///< Whether an exception is kept.
 
@@ -53,7 +53,8 @@ private:
 
     bool attach(OpenMode mode);
     void detach();
-    bool seekWrite();
+    bool prepareRead();
+    bool prepareWrite();
     bool passOn(const char* data, std::size_t count);
     void keepException() noexcept;
 

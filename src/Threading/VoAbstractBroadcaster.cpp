@@ -16,6 +16,28 @@ thread_local std::shared_ptr<void>* t_kept = nullptr;
 
 namespace vo::detail {
 
+void BroadcasterCell::withdraw() noexcept
+{
+    std::unique_lock lock(m_mutex);
+    setValue(nullptr);
+    m_left.wait(lock, [this] { return m_users == 0; });
+}
+
+BroadcasterCell::Use::Use(BroadcasterCell& cell) noexcept
+    : m_cell(cell)
+{
+    const std::lock_guard lock(m_cell.m_mutex);
+    m_broadcaster = m_cell.value();
+    ++m_cell.m_users;
+}
+
+BroadcasterCell::Use::~Use()
+{
+    const std::lock_guard lock(m_cell.m_mutex);
+    if (--m_cell.m_users == 0)
+        m_cell.m_left.notify_all();
+}
+
 DiscardScope::DiscardScope(std::shared_ptr<void>& kept) noexcept
     : m_outer(std::exchange(t_kept, &kept))
 {
@@ -51,8 +73,7 @@ VoReceiver VoAbstractBroadcaster::connection(VoUUID id) const
 
 void VoAbstractBroadcaster::release() noexcept
 {
-    const std::lock_guard lock(m_private->cell->mutex);
-    m_private->cell->setValue(nullptr);
+    m_private->cell->withdraw();
 }
 
 void VoAbstractBroadcaster::discard(std::shared_ptr<void> connection) noexcept

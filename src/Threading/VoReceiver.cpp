@@ -5,7 +5,6 @@
 #include <Threading/VoAbstractBroadcaster.h>
 #include <Threading/VoBroadcastConnection.h>
 
-#include <shared_mutex>
 #include <utility>
 
 namespace {
@@ -17,10 +16,10 @@ void Disconnect(const VoBroadcastConnection& connection)
     const VoSharedPtr<Cell> cell = connection.broadcaster.lock().staticCast<Cell>();
     if (!cell)
         return;
-    std::shared_ptr<void> discarded; // dropped last: it may destroy the broadcaster, which then needs the cell alone
-    const std::shared_lock lock(cell->mutex);
+    std::shared_ptr<void> discarded; // dropped last: it may destroy the broadcaster, which waits for the use to end
+    const Cell::Use use(*cell);
     const vo::detail::DiscardScope scope(discarded);
-    if (VoAbstractBroadcaster* const broadcaster = cell->value())
+    if (VoAbstractBroadcaster* const broadcaster = use.broadcaster())
         broadcaster->disconnect(connection.id);
 }
 
@@ -72,8 +71,8 @@ bool VoReceiver::isReceiving() const
     const VoSharedPtr<Cell> cell = m_private->connection.broadcaster.lock().staticCast<Cell>();
     if (!cell)
         return false;
-    const std::shared_lock lock(cell->mutex);
-    const VoAbstractBroadcaster* const broadcaster = cell->value();
+    const Cell::Use use(*cell);
+    const VoAbstractBroadcaster* const broadcaster = use.broadcaster();
     try {
         return broadcaster && broadcaster->isConnected(m_private->connection.id);
     } catch (const VoNullPointerException&) {

@@ -1,0 +1,421 @@
+#include <IO/VoFileByteStream.h>
+#include <IO/VoFileDevice.h>
+#include <IO/VoIOException.h>
+
+#include <Core/VoByteArray.h>
+#include <Core/VoFileException.h>
+
+#include <ScratchFolder.h>
+#include <VoTestSupport.h>
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <random>
+#include <string>
+#include <thread>
+#include <utility>
+
+#if defined(__unix__)
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+constexpr char OpenFailure[] = "Failed to open file in given mode";
+constexpr char ReadFailure[] = "Error occurred on reading from file";
+constexpr char WriteFailure[] = "Error occurred on writing to file";
+
+VoIODevice::Mode ModeOf(unsigned flags)
+{
+    return static_cast<VoIODevice::Mode>(flags);
+}
+
+std::string RandomText(std::mt19937& random, std::size_t size)
+{
+    std::string text(size, '\0');
+    for (char& c : text)
+        c = "abcdefg\0\x1a\r\n"[random() % 11];
+    return text;
+}
+
+class VoFileDeviceTest : public testing::Test
+{
+protected:
+    VoFileDevice device(const std::string& name) const { return VoFileDevice(m_folder.path(name)); }
+
+    vo::test::ScratchFolder m_folder;
+};
+
+} // namespace
+
+TEST_F(VoFileDeviceTest, EachModeTreatsTheFileInItsWay)
+{
+    const struct
+    {
+        unsigned mode;
+        std::optional<std::string> before;
+        std::string after; // without any write, and with "XY" written where that is permitted
+        std::string written;
+    } rows[] = {{2, "abcd", "", "XY"},       {2, std::nullopt, "", "XY"},   {3, "abcd", "abcd", "abcdXY"},
+                {3, std::nullopt, "", "XY"}, {4, "abcd", "abcd", "abcdXY"}, {4, std::nullopt, "", "XY"},
+                {6, "abcd", "abcd", ""},     {8, "abcd", "", ""},           {10, "abcd", "", ""},
+                {11, "abcd", "", ""},        {12, "abcd", "abcd", ""},      {18, "abcd", "", ""},
+                {1, "abcd", "abcd", ""}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << "mode " << row.mode << (row.before ? "" : ", no file"));
+        const vo::test::ScratchFolder folder;
+        if (row.before)
+            folder.write("file", *row.before);
+        VoFileDevice file(folder.path("file"));
+        ASSERT_TRUE(file.open(ModeOf(row.mode)));
+        file.close();
+        EXPECT_EQ(folder.read("file"), row.after);
+        if (row.written.empty())
+            continue;
+        ASSERT_TRUE(file.open(ModeOf(row.mode)));
+        EXPECT_EQ(file.write("XY"), 2u);
+        file.close();
+        EXPECT_EQ(folder.read("file"), row.written);
+    }
+}
+
+TEST_F(VoFileDeviceTest, WhatCannotBeOpenedIsToldByTheLastError)
+{
+    m_folder.write("file", "content");
+    std::filesystem::create_directory(m_folder.native("directory"));
+    const std::pair<const char*, unsigned> rows[] = {{"directory", 1},    {"directory", 2},  {"directory", 3},
+                                                     {"missing/file", 2}, {"file/below", 2}, {"file", 0},
+                                                     {"file", 16},        {"file", 1u << 20}};
+    for (const auto& [name, mode] : rows) {
+        SCOPED_TRACE(testing::Message() << name << " in mode " << mode);
+        VoFileDevice file = device(name);
+        EXPECT_FALSE(file.open(ModeOf(mode)));
+        EXPECT_EQ(file.lastError(), OpenFailure);
+        EXPECT_FALSE(file.isOpen());
+    }
+    EXPECT_EQ(m_folder.read("file"), "content");
+    VoFileDevice none;
+    EXPECT_FALSE(none.open(VoIODevice::Write));
+}
+
+TEST_F(VoFileDeviceTest, AFileToBeReadMustExist)
+{
+    for (const unsigned mode : {1u, 5u, 17u}) {
+        VoFileDevice file = device("missing");
+        EXPECT_THROW_MSG(file.open(ModeOf(mode)), VoFileNotFoundException,
+                         "File not found: " + file.path().path().toStdString());
+        EXPECT_FALSE(file.isOpen());
+    }
+}
+
+TEST_F(VoFileDeviceTest, AnOverlongPathIsRefusedBeforeTheDiskIsTouched)
+{
+    VoFileDevice file = device(std::string(300, 'x'));
+    EXPECT_THROW(file.open(VoIODevice::Write), VoPathSizeFileException);
+    EXPECT_THROW(VoFileOutputByteStream stream(file.path()), VoPathSizeFileException);
+    EXPECT_TRUE(std::filesystem::is_empty(m_folder.native()));
+}
+
+TEST_F(VoFileDeviceTest, AnOpenDeviceMovesWithItsFileAndPlaces)
+{
+    m_folder.write("file", "abcdef");
+    VoFileDevice from = device("file");
+    ASSERT_TRUE(from.open(VoIODevice::Read));
+    EXPECT_EQ(from.read(2), "ab");
+    VoFileDevice to = std::move(from);
+    EXPECT_EQ(to.read(2), "cd");
+    EXPECT_FALSE(from.isOpen()); // NOLINT: what is left is promised
+    EXPECT_TRUE(from.path().isNull());
+    EXPECT_TRUE(from.atEnd());
+    EXPECT_FALSE(from.open(VoIODevice::Write));
+    from = std::move(to);
+    EXPECT_EQ(from.readRemaining(), "ef");
+}
+
+// Every byte is read in every way as a string has it.
+TEST_F(VoFileDeviceTest, ReadsAsAStringDoes)
+{
+    std::mt19937 random(2);
+    for (const std::size_t size : {std::size_t(0), std::size_t(1), std::size_t(65535), std::size_t(65536),
+                                   std::size_t(65537), std::size_t(300000)}) {
+        const std::string content = RandomText(random, size);
+        m_folder.write("file", content);
+        VoFileDevice file = device("file");
+        ASSERT_TRUE(file.open(VoIODevice::Read));
+        std::size_t place = 0;
+        const auto expect = [&](const std::string& got, std::size_t count) {
+            const std::size_t rest = content.size() - std::min(place, content.size());
+            ASSERT_EQ(got, rest == 0 ? std::string() : content.substr(place, count));
+            place += got.size();
+        };
+        for (int step = 0; step < 300; ++step) {
+            const std::size_t count = random() % (random() % 3 == 0 ? 200000 : 50);
+            ASSERT_EQ(file.atEnd(), place >= content.size());
+            ASSERT_EQ(file.tell_read(), place);
+            switch (random() % 6) {
+            case 0:
+                expect(file.read(count).toStdString(), count);
+                break;
+            case 1: {
+                std::string block(count, '#');
+                block.resize(file.readInto(&block[0], count));
+                expect(block, count);
+                break;
+            }
+            case 2: {
+                const std::size_t newline = content.find('\n', place);
+                std::size_t length = newline == std::string::npos ? content.size() : newline + 1 - place;
+                if (count != 0)
+                    length = std::min(length, count);
+                expect(file.readLine(count).toStdString(), length);
+                break;
+            }
+            case 3:
+                place = random() % (size + 10);
+                file.seek_read(place);
+                break;
+            case 4:
+                if (step % 20 == 0)
+                    expect(file.readRemaining().toStdString(), content.size());
+                break;
+            default:
+                if (step % 20 == 0) {
+                    place = 0;
+                    expect(file.readAll().toStdString(), content.size());
+                }
+            }
+        }
+    }
+}
+
+TEST_F(VoFileDeviceTest, ReadsFromItsBeginningAndWritesAtItsEndAtTheSameTime)
+{
+    std::mt19937 random(3);
+    std::string model = RandomText(random, 1000);
+    m_folder.write("file", model);
+    VoFileDevice file = device("file");
+    ASSERT_TRUE(file.open(VoIODevice::ReadWrite));
+    std::size_t place = 0;
+    for (int step = 0; step < 2000; ++step) {
+        if (random() % 2 == 0) {
+            const std::string text = RandomText(random, random() % (step % 100 == 0 ? 100000 : 20));
+            file.write(VoString(text));
+            model += text;
+        } else {
+            const std::string text = file.read(random() % 700).toStdString();
+            ASSERT_EQ(text, model.substr(place, text.size())) << "step " << step;
+            place += text.size();
+        }
+        if (step % 400 == 0)
+            file.seek_write(0); // without effect on a file that is written at its end
+    }
+    file.close();
+    EXPECT_EQ(m_folder.read("file"), model);
+}
+
+TEST_F(VoFileDeviceTest, ANewFileIsReadAndWrittenAnywhere)
+{
+    std::mt19937 random(4);
+    std::string model;
+    VoFileDevice file = device("file");
+    ASSERT_TRUE(file.open(VoIODevice::ReadWrite));
+    std::size_t readPlace = 0;
+    std::size_t writePlace = 0;
+    for (int step = 0; step < 3000; ++step) {
+        switch (random() % 4) {
+        case 0:
+            readPlace = random() % 5000;
+            file.seek_read(readPlace);
+            break;
+        case 1:
+            writePlace = random() % 5000;
+            file.seek_write(writePlace);
+            break;
+        case 2: {
+            const std::string text = RandomText(random, 1 + random() % 300);
+            file.write(VoString(text));
+            model.resize(std::max(model.size(), writePlace + text.size()));
+            model.replace(writePlace, text.size(), text);
+            writePlace += text.size();
+            break;
+        }
+        default: {
+            const std::size_t count = random() % 300;
+            const std::string expected = readPlace < model.size() ? model.substr(readPlace, count) : std::string();
+            ASSERT_EQ(file.read(count).toStdString(), expected) << "step " << step;
+            readPlace += expected.size();
+        }
+        }
+    }
+    file.close();
+    EXPECT_EQ(m_folder.read("file"), model);
+}
+
+TEST_F(VoFileDeviceTest, ALongLineComesWhole)
+{
+    const std::string line = std::string(10000000, 'x') + "\n";
+    m_folder.write("file", line + "next");
+    VoFileDevice file = device("file");
+    ASSERT_TRUE(file.open(VoIODevice::Read));
+    EXPECT_EQ(file.readLine(0).toStdString(), line);
+    EXPECT_EQ(file.readLine(), "next");
+}
+
+TEST_F(VoFileDeviceTest, AFileThatShrinksWhileItIsReadEndsEarlier)
+{
+    m_folder.write("file", std::string(200000, 'x'));
+    VoFileDevice file = device("file");
+    ASSERT_TRUE(file.open(VoIODevice::Read));
+    file.read(10);
+    std::filesystem::resize_file(m_folder.native("file"), 100);
+    EXPECT_LT(file.readRemaining().size(), 200000u);
+    EXPECT_TRUE(file.atEnd());
+}
+
+TEST_F(VoFileDeviceTest, ReachesPlacesBeyondFourGigabytes)
+{
+    constexpr std::uint64_t place = 5000000000;
+    VoFileDevice file = device("sparse");
+    ASSERT_TRUE(file.open(VoIODevice::ReadWrite));
+    file.seek_write(place);
+    file.write("far");
+    file.seek_read(place - 1);
+    EXPECT_EQ(file.read(10).toStdString(), std::string("\0far", 4));
+    EXPECT_EQ(file.tell_read(), place + 3);
+    file.seek_read(std::numeric_limits<std::size_t>::max());
+    EXPECT_TRUE(file.atEnd());
+    EXPECT_EQ(file.read(5), "");
+}
+
+TEST_F(VoFileDeviceTest, ReadingAHugeCountTakesNoMoreMemoryThanTheFileNeeds)
+{
+    m_folder.write("file", "small");
+    VoFileDevice file = device("file");
+    ASSERT_TRUE(file.open(VoIODevice::Read));
+    EXPECT_EQ(file.read(std::numeric_limits<std::size_t>::max()), "small");
+}
+
+#if defined(__linux__)
+
+TEST_F(VoFileDeviceTest, AFullDiskIsToldByTheWriteTheFlushOrTheClosing)
+{
+    VoFileDevice full("/dev/full");
+    ASSERT_TRUE(full.open(VoIODevice::Write));
+    full.write("small");
+    EXPECT_THROW_MSG(full.close(), VoIOException, WriteFailure);
+    EXPECT_EQ(full.lastError(), "Write failure");
+    EXPECT_FALSE(full.isOpen());
+
+    ASSERT_TRUE(full.open(VoIODevice::Write));
+    EXPECT_THROW_MSG(full.write(VoString('x', 1000000)), VoIOException, WriteFailure);
+    EXPECT_EQ(full.lastError(), "Write failure");
+    EXPECT_NO_THROW(full.close()); // nothing is left to be lost
+
+    ASSERT_TRUE(full.open(VoIODevice::Append));
+    full.write("small");
+    EXPECT_THROW_MSG(full.flush(), VoIOException, WriteFailure);
+    full.write("lost with the device, in silence");
+}
+
+TEST_F(VoFileDeviceTest, AReadThatFailsIsToldByTheRead)
+{
+    VoFileDevice memory("/proc/self/mem");
+    ASSERT_TRUE(memory.open(VoIODevice::Read));
+    EXPECT_FALSE(memory.atEnd());
+    EXPECT_THROW_MSG(memory.read(10), VoIOException, ReadFailure);
+    EXPECT_THROW_MSG(memory.readLine(), VoIOException, ReadFailure);
+    EXPECT_THROW_MSG(memory.readAll(), VoIOException, ReadFailure);
+
+    VoFileInputByteStream stream(VoFilePath("/proc/self/mem"));
+    char byte = 0;
+    EXPECT_FALSE(stream.atEnd());
+    EXPECT_THROW_MSG(stream.read(&byte, 1), VoIOException, ReadFailure);
+}
+
+TEST_F(VoFileDeviceTest, AFileWithoutASizeIsReadToItsEnd)
+{
+    VoFileDevice status("/proc/self/status");
+    ASSERT_TRUE(status.open(VoIODevice::Read));
+    EXPECT_TRUE(status.readAll().contains("VmSize"));
+}
+
+TEST_F(VoFileDeviceTest, APipeIsReadWithoutSeeking)
+{
+    ASSERT_EQ(::mkfifo(m_folder.native("pipe").c_str(), 0600), 0);
+    const std::string content = "first\n" + std::string(200000, 'x') + "\nlast";
+    std::thread writer([&] { m_folder.write("pipe", content); });
+    VoFileDevice pipe = device("pipe");
+    ASSERT_TRUE(pipe.open(VoIODevice::Read));
+    std::string got = pipe.readLine().toStdString();
+    EXPECT_EQ(got, "first\n");
+    got += pipe.readRemaining().toStdString();
+    writer.join();
+    EXPECT_EQ(got, content);
+}
+
+TEST_F(VoFileDeviceTest, AFileWithoutPermissionIsNotOpened)
+{
+    if (::geteuid() == 0)
+        GTEST_SKIP() << "the superuser may open everything";
+    m_folder.write("file", "content");
+    ASSERT_EQ(::chmod(m_folder.native("file").c_str(), 0), 0);
+    for (const unsigned mode : {1u, 2u, 4u}) {
+        VoFileDevice file = device("file");
+        EXPECT_FALSE(file.open(ModeOf(mode)));
+        EXPECT_EQ(file.lastError(), OpenFailure);
+    }
+}
+
+TEST_F(VoFileDeviceTest, AByteStreamTellsAFullDisk)
+{
+    VoFileOutputByteStream stream(VoFilePath("/dev/full"));
+    stream.write("small", 5);
+    EXPECT_THROW_MSG(stream.flush(), VoIOException, WriteFailure);
+    stream.write("small", 5);
+    EXPECT_THROW_MSG(stream.close(), VoIOException, WriteFailure);
+    EXPECT_FALSE(stream.isOpen());
+    EXPECT_THROW_MSG(stream.write("late", 4), VoIOException, WriteFailure);
+}
+
+#endif
+
+TEST_F(VoFileDeviceTest, ByteStreamsCarryAllBytesInBlocksOfAnySize)
+{
+    std::mt19937 random(5);
+    const std::string content = RandomText(random, 500000);
+    {
+        VoFileOutputByteStream out(m_folder.path("file"));
+        ASSERT_TRUE(out.isOpen());
+        for (std::size_t place = 0; place < content.size();) {
+            const std::size_t count = std::min<std::size_t>(random() % 100000, content.size() - place);
+            out.write(VoByteArray(content.data() + place, count));
+            place += count;
+        }
+        out.close();
+        out.close();
+    }
+    EXPECT_EQ(m_folder.read("file"), content);
+    VoFileInputByteStream in(m_folder.path("file"));
+    std::string got;
+    while (!in.atEnd()) {
+        EXPECT_FALSE(in.eof());
+        std::string block(random() % 100000, '#');
+        block.resize(in.read(&block[0], block.size()));
+        got += block;
+    }
+    EXPECT_EQ(got, content);
+    char byte = 0;
+    EXPECT_EQ(in.read(&byte, 1), 0u);
+    EXPECT_TRUE(in.eof());
+}
+
+TEST_F(VoFileDeviceTest, AByteStreamOverAMissingFileIsNotOpen)
+{
+    VoFileInputByteStream missing(m_folder.path("missing"));
+    EXPECT_FALSE(missing.isOpen());
+    EXPECT_TRUE(missing.atEnd());
+    char byte = 0;
+    EXPECT_THROW_MSG(missing.read(&byte, 1), VoIOException, ReadFailure);
+}

@@ -1,0 +1,278 @@
+#include <IO/VoIODevice.h>
+#include <IO/VoIOException.h>
+#include <IO/VoStringDevice.h>
+
+#include <Core/VoMathsException.h>
+
+#include <VoTestSupport.h>
+
+#include <algorithm>
+#include <limits>
+#include <random>
+#include <set>
+#include <string>
+
+namespace {
+
+// A device with none but the hooks that must be there: what the base does by default shows.
+class PlainDevice : public VoIODevice
+{
+public:
+    explicit PlainDevice(std::string content)
+        : m_content(std::move(content))
+    {
+    }
+
+    std::size_t writable = std::numeric_limits<std::size_t>::max();   // bytes taken by one write
+    std::size_t vanishesAt = std::numeric_limits<std::size_t>::max(); // where reads find nothing, though not at the end
+    const std::string& content() const { return m_content; }
+
+    void seek_read(std::size_t position) override { m_position = position; }
+    void seek_write(std::size_t) override {}
+    bool atEnd() const override { return m_position >= m_content.size(); }
+
+protected:
+    void onClose() override {}
+    bool onOpen(Mode) override { return true; }
+
+    VoString onRead(std::size_t count) override
+    {
+        if (m_position >= vanishesAt)
+            return VoString();
+        const std::string block = m_content.substr(std::min(m_position, m_content.size()), count);
+        m_position += block.size();
+        return VoString(block);
+    }
+
+    std::size_t onWrite(const VoString& text) override
+    {
+        const std::size_t taken = std::min(text.size(), writable);
+        m_content.append(text.c_str(), taken);
+        return taken;
+    }
+
+private:
+    std::string m_content;
+    std::size_t m_position = 0;
+};
+
+VoIODevice::Mode ModeOf(unsigned flags)
+{
+    return static_cast<VoIODevice::Mode>(flags);
+}
+
+std::string RandomLines(std::mt19937& random, std::size_t size)
+{
+    std::string text(size, '\0');
+    for (char& c : text)
+        c = "ab\0\r\n"[random() % 5];
+    return text;
+}
+
+} // namespace
+
+TEST(VoIODevice, PermitsTransfersForExactModesOnly)
+{
+    const std::set<unsigned> readable = {1, 3};
+    const std::set<unsigned> writable = {2, 3, 4};
+    for (unsigned flags = 1; flags < 32; ++flags) {
+        SCOPED_TRACE(flags);
+        PlainDevice device("content");
+        ASSERT_TRUE(device.open(ModeOf(flags)));
+        EXPECT_EQ(device.mode(), ModeOf(flags));
+        char byte = 'x';
+        if (readable.count(flags) != 0) {
+            EXPECT_EQ(device.readAll(), "content");
+            EXPECT_NO_THROW(device.restart());
+        } else {
+            for (const auto& reading : std::initializer_list<std::function<void()>>{
+                     [&] { device.read(1); }, [&] { device.readAll(); }, [&] { device.readLine(0); },
+                     [&] { device.readRemaining(); }, [&] { device.readInto(&byte, 1); }, [&] { device.restart(); }})
+                EXPECT_THROW_MSG(reading(), VoIOInvalidReadException, "Cannot read from IO device");
+        }
+        if (writable.count(flags) != 0) {
+            EXPECT_EQ(device.write("x"), 1u);
+            EXPECT_EQ(device.writeFrom(&byte, 1), 1u);
+        } else {
+            EXPECT_THROW_MSG(device.write("x"), VoIOInvalidWriteException, "Cannot write to IO device");
+            EXPECT_THROW_MSG(device.writeFrom(&byte, 1), VoIOInvalidWriteException, "Cannot write to IO device");
+        }
+    }
+}
+
+TEST(VoIODevice, AClosedDeviceRefusesTransfersAndMayBeClosedAgain)
+{
+    PlainDevice device("content");
+    device.close();
+    EXPECT_THROW(device.read(1), VoIOInvalidReadException);
+    ASSERT_TRUE(device.open(VoIODevice::ReadWrite));
+    device.close();
+    device.close();
+    EXPECT_EQ(device.mode(), VoIODevice::Closed);
+    EXPECT_THROW(device.write("x"), VoIOInvalidWriteException);
+}
+
+TEST(VoIODevice, OpeningTwiceIsRefusedAndSuccessClearsTheError)
+{
+    PlainDevice device("content");
+    ASSERT_TRUE(device.open(VoIODevice::Read));
+    EXPECT_FALSE(device.open(VoIODevice::Write));
+    EXPECT_EQ(device.lastError(), "Device already open");
+    EXPECT_EQ(device.mode(), VoIODevice::Read);
+    device.close();
+    ASSERT_TRUE(device.open(VoIODevice::Read));
+    EXPECT_FALSE(device.hasError());
+}
+
+TEST(VoIODevice, AShortWriteTellsHowManyBytesAreMissing)
+{
+    PlainDevice device("");
+    device.writable = 3;
+    ASSERT_TRUE(device.open(VoIODevice::Write));
+    EXPECT_EQ(device.write("12345"), 3u);
+    EXPECT_EQ(device.lastError(), "2 bytes were not written");
+    EXPECT_EQ(device.writeFrom("1234567", 7), 3u);
+    EXPECT_EQ(device.lastError(), "4 bytes were not written");
+    EXPECT_EQ(device.content(), "123123");
+}
+
+TEST(VoIODevice, ReadingStopsWhereADeviceHasLessThanItThought)
+{
+    PlainDevice device("0123456789");
+    device.vanishesAt = 4;
+    ASSERT_TRUE(device.open(VoIODevice::Read));
+    EXPECT_EQ(device.readLine(4), "0123");
+    EXPECT_EQ(device.readLine(0), "");
+    EXPECT_EQ(device.readRemaining(), "");
+}
+
+TEST(VoIODevice, ReadsLinesOfLimitedLength)
+{
+    const struct
+    {
+        const char* content;
+        std::size_t maximum;
+        std::vector<std::string> lines;
+    } rows[] = {{"ab\ncd", 0, {"ab\n", "cd"}},
+                {"ab\ncd", 1, {"a", "b", "\n", "c", "d"}},
+                {"ab\ncd", 2, {"ab", "\n", "cd"}},
+                {"ab\ncd", 3, {"ab\n", "cd"}},
+                {"\n\n", 0, {"\n", "\n"}},
+                {"a\r\nb", 0, {"a\r\n", "b"}},
+                {"", 0, {}},
+                {"\xc3\xa4", 1, {"\xc3", "\xa4"}}};
+    for (const auto& row : rows) {
+        PlainDevice plain(row.content);
+        VoStringDevice string(row.content);
+        for (VoIODevice* device : std::initializer_list<VoIODevice*>{&plain, &string}) {
+            ASSERT_TRUE(device->open(VoIODevice::Read));
+            for (const std::string& line : row.lines)
+                EXPECT_EQ(device->readLine(row.maximum).toStdString(), line);
+            EXPECT_TRUE(device->atEnd());
+            EXPECT_EQ(device->readLine(row.maximum), "");
+        }
+    }
+}
+
+TEST(VoStringDevice, ReadsAsTheDefaultsOfItsBaseDo)
+{
+    std::mt19937 random(1);
+    for (int round = 0; round < 300; ++round) {
+        const std::string content = RandomLines(random, random() % 300);
+        PlainDevice plain(content);
+        VoStringDevice device((VoString(content)));
+        ASSERT_TRUE(plain.open(VoIODevice::Read));
+        ASSERT_TRUE(device.open(VoIODevice::Read));
+        for (int step = 0; step < 12; ++step) {
+            const std::size_t count = random() % 40;
+            const std::size_t operation = random() % 6;
+            const auto apply = [&](VoIODevice& target) -> std::string {
+                switch (operation) {
+                case 0:
+                    return target.read(count).toStdString();
+                case 1:
+                    return target.readLine(count).toStdString();
+                case 2:
+                    return count < 3 ? target.readRemaining().toStdString() : std::string();
+                case 3:
+                    return count < 3 ? target.readAll().toStdString() : std::string();
+                case 4:
+                    target.seek_read(count * 10);
+                    return {};
+                default: {
+                    std::string block(count, '#');
+                    block.resize(target.readInto(&block[0], count));
+                    return block;
+                }
+                }
+            };
+            ASSERT_EQ(apply(device), apply(plain)) << "operation " << operation << " of " << count;
+            ASSERT_EQ(device.atEnd(), plain.atEnd());
+        }
+    }
+}
+
+TEST(VoStringDevice, EachModePlacesItsFirstWrite)
+{
+    const struct
+    {
+        unsigned mode;
+        const char* content; // after writing "XY" to "abcd"
+    } rows[] = {{2, "XYcd"}, {3, "XYcd"}, {4, "abcdXY"}};
+    for (const auto& row : rows) {
+        VoStringDevice device("abcd");
+        ASSERT_TRUE(device.open(ModeOf(row.mode)));
+        device.write("XY");
+        EXPECT_EQ(device.content(), row.content) << "mode " << row.mode;
+    }
+    VoStringDevice truncated("abcd");
+    ASSERT_TRUE(truncated.open(VoIODevice::Write | VoIODevice::Truncate));
+    EXPECT_EQ(truncated.content(), "");
+}
+
+TEST(VoStringDevice, ModesThatMeanNothingAreRefused)
+{
+    for (const unsigned mode : {0u, 16u, 32u}) {
+        VoStringDevice device("kept");
+        EXPECT_FALSE(device.open(ModeOf(mode)));
+        EXPECT_EQ(device.lastError(), "Failed to open file in given mode");
+        EXPECT_EQ(device.content(), "kept");
+    }
+}
+
+TEST(VoStringDevice, WritingBeyondTheEndFillsTheGapWithZeroBytes)
+{
+    VoStringDevice device("ab");
+    ASSERT_TRUE(device.open(VoIODevice::ReadWrite));
+    device.seek_write(4);
+    EXPECT_EQ(device.content(), "ab");
+    device.write("cd");
+    EXPECT_EQ(device.content().toStdString(), std::string("ab\0\0cd", 6));
+    device.seek_read(100);
+    EXPECT_TRUE(device.atEnd());
+    EXPECT_EQ(device.read(1), "");
+    device.seek_write(std::numeric_limits<std::size_t>::max() - 1);
+    EXPECT_THROW_MSG(device.write("cd"), VoOverflowException, "Overflow - result too large");
+    EXPECT_EQ(device.content().size(), 6u);
+}
+
+TEST(VoStringDevice, PositionsStartAnewWithEachOpening)
+{
+    VoStringDevice device("abcd");
+    ASSERT_TRUE(device.open(VoIODevice::ReadWrite));
+    device.read(2);
+    device.write("XY");
+    device.close();
+    ASSERT_TRUE(device.open(VoIODevice::ReadWrite));
+    EXPECT_EQ(device.read(1), "X");
+    device.write("Z");
+    EXPECT_EQ(device.readAll(), "ZYcd");
+}
+
+TEST(VoIOException, TakesOverTheTextOfAStreamFailure)
+{
+    const std::ios_base::failure failure("disk on fire");
+    const VoIOException exception(failure);
+    EXPECT_STREQ(exception.what(), failure.what());
+    EXPECT_STREQ(exception.name(), "VoIOException");
+}

@@ -1,0 +1,314 @@
+#include <IO/VoQIODevice.h>
+
+#include <IO/VoFileDevice.h>
+#include <IO/VoFileWriter.h>
+#include <IO/VoIOException.h>
+#include <IO/VoStringDevice.h>
+
+#include <Core/VoFileException.h>
+
+#include <ScratchFolder.h>
+#include <VoTestSupport.h>
+
+#include <QtCore/QBuffer>
+#include <QtCore/QCryptographicHash>
+#include <QtCore/QXmlStreamReader>
+#include <QtCore/QXmlStreamWriter>
+
+#include <limits>
+#include <random>
+#include <string>
+
+namespace {
+
+// A string device that counts its transfers and fails after a number of bytes.
+class FaultyDevice : public VoStringDevice
+{
+public:
+    using VoStringDevice::VoStringDevice;
+
+    std::size_t writes = 0;
+    std::size_t writeRoom = std::numeric_limits<std::size_t>::max(); // then a write throws
+    std::size_t shortRoom = std::numeric_limits<std::size_t>::max(); // then a write takes less
+    std::size_t readRoom = std::numeric_limits<std::size_t>::max();  // then a read throws
+
+protected:
+    std::size_t onWriteFrom(const char* data, std::size_t count) override
+    {
+        ++writes;
+        if (content().size() + count > writeRoom)
+            throw VoIOException("no room, time " + VoString(writes));
+        return VoStringDevice::onWriteFrom(data, std::min(count, shortRoom - content().size()));
+    }
+
+    std::size_t onReadInto(char* data, std::size_t count) override
+    {
+        const std::size_t taken = VoStringDevice::onReadInto(data, std::min(count, readRoom));
+        if (count > 0 && taken == 0 && readRoom == 0)
+            throw VoIOException("bad sector");
+        readRoom -= taken;
+        return taken;
+    }
+};
+
+void WriteDocument(QIODevice& device, int items)
+{
+    QXmlStreamWriter writer(&device);
+    writer.writeStartDocument();
+    writer.writeStartElement(QStringLiteral("items"));
+    for (int i = 0; i < items; ++i) {
+        writer.writeStartElement(QStringLiteral("item"));
+        writer.writeAttribute(QStringLiteral("id"), QString::number(i));
+        writer.writeCharacters(QStringLiteral("text & more"));
+        writer.writeEndElement();
+    }
+    writer.writeEndDocument();
+}
+
+int CountItems(QIODevice& device)
+{
+    QXmlStreamReader reader(&device);
+    int items = 0;
+    while (!reader.atEnd())
+        items += reader.readNext() == QXmlStreamReader::StartElement && reader.name() == QLatin1String("item");
+    EXPECT_FALSE(reader.hasError()) << reader.errorString().toStdString();
+    return items;
+}
+
+QByteArray RandomBytes(std::mt19937& random, int size)
+{
+    QByteArray bytes(size, '\0');
+    for (char& byte : bytes)
+        byte = static_cast<char>(random());
+    return bytes;
+}
+
+} // namespace
+
+TEST(VoQIODevice, CarriesADocumentToADeviceAndBackInFewBlocks)
+{
+    FaultyDevice device;
+    {
+        VoQIODevice adapter(device);
+        ASSERT_TRUE(adapter.open(QIODevice::WriteOnly));
+        WriteDocument(adapter, 5000);
+        adapter.close();
+        EXPECT_FALSE(device.isOpen());
+    }
+    EXPECT_LE(device.writes, device.content().size() / 16384 + 1);
+
+    QBuffer expected;
+    expected.open(QIODevice::WriteOnly);
+    WriteDocument(expected, 5000);
+    EXPECT_EQ(device.content().toStdString(), expected.data().toStdString());
+
+    VoQIODevice adapter(device);
+    ASSERT_TRUE(adapter.open(QIODevice::ReadOnly));
+    EXPECT_EQ(CountItems(adapter), 5000);
+    EXPECT_TRUE(adapter.atEnd());
+}
+
+TEST(VoQIODevice, UsesAnOpenDeviceOfAFittingModeAsItStandsAndLeavesItOpen)
+{
+    const struct
+    {
+        VoIODevice::Mode present;
+        QIODevice::OpenMode wanted;
+        bool fits;
+    } rows[] = {{VoIODevice::Read, QIODevice::ReadOnly, true},
+                {VoIODevice::ReadWrite, QIODevice::ReadOnly, true},
+                {VoIODevice::Write, QIODevice::ReadOnly, false},
+                {VoIODevice::Append, QIODevice::ReadOnly, false},
+                {VoIODevice::Write, QIODevice::WriteOnly, true},
+                {VoIODevice::Append, QIODevice::WriteOnly, true},
+                {VoIODevice::ReadWrite, QIODevice::WriteOnly, true},
+                {VoIODevice::Read, QIODevice::WriteOnly, false},
+                {VoIODevice::Append, QIODevice::Append, true},
+                {VoIODevice::ReadWrite, QIODevice::ReadWrite, true},
+                {VoIODevice::Read, QIODevice::ReadWrite, false},
+                {VoIODevice::Write, QIODevice::ReadWrite, false},
+                {VoIODevice::Write | VoIODevice::Truncate, QIODevice::WriteOnly, false},
+                {VoIODevice::Read, QIODevice::NotOpen, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << "device " << row.present << ", adapter " << row.wanted);
+        VoStringDevice device("content");
+        ASSERT_TRUE(device.open(row.present));
+        VoQIODevice adapter(device);
+        EXPECT_EQ(adapter.open(row.wanted), row.fits);
+        EXPECT_EQ(adapter.errorString() == QLatin1String("Device already open"), !row.fits);
+        adapter.close();
+        EXPECT_EQ(device.mode(), row.present);
+    }
+}
+
+TEST(VoQIODevice, WhatIsWrittenFollowsWhatTheDeviceGotBefore)
+{
+    VoStringDevice device;
+    ASSERT_TRUE(device.open(VoIODevice::Write));
+    device.write("first line\n");
+    {
+        VoQIODevice adapter(device);
+        ASSERT_TRUE(adapter.open(QIODevice::WriteOnly));
+        adapter.write("gathered");
+        EXPECT_EQ(device.content(), "first line\n");
+        EXPECT_TRUE(adapter.flush());
+        EXPECT_EQ(device.content(), "first line\ngathered");
+        adapter.write(" until destroyed");
+    }
+    EXPECT_EQ(device.content(), "first line\ngathered until destroyed");
+    EXPECT_TRUE(device.isOpen());
+}
+
+TEST(VoQIODevice, OpensAClosedDeviceInTheMatchingMode)
+{
+    const std::pair<QIODevice::OpenMode, VoIODevice::Mode> rows[] = {
+        {QIODevice::ReadOnly, VoIODevice::Read},       {QIODevice::ReadOnly | QIODevice::Text, VoIODevice::Read},
+        {QIODevice::WriteOnly, VoIODevice::Write},     {QIODevice::WriteOnly | QIODevice::Truncate, VoIODevice::Write},
+        {QIODevice::ReadWrite, VoIODevice::ReadWrite}, {QIODevice::Append, VoIODevice::Append}};
+    for (const auto& [mode, expected] : rows) {
+        VoStringDevice device("content");
+        VoQIODevice adapter(device);
+        ASSERT_TRUE(adapter.open(mode));
+        EXPECT_EQ(device.mode(), expected);
+        EXPECT_FALSE(adapter.open(mode));
+        adapter.close();
+        EXPECT_EQ(device.mode(), VoIODevice::Closed);
+    }
+}
+
+TEST(VoQIODevice, KeepsTheFirstExceptionOfAWriteAndWritesNothingMore)
+{
+    FaultyDevice device;
+    device.writeRoom = 100000;
+    VoQIODevice adapter(device);
+    ASSERT_TRUE(adapter.open(QIODevice::WriteOnly));
+    WriteDocument(adapter, 20000);
+    EXPECT_TRUE(adapter.hasFailed());
+    const std::size_t writes = device.writes;
+    EXPECT_EQ(adapter.write("more"), -1);
+    EXPECT_FALSE(adapter.seek(0));
+    adapter.close();
+    EXPECT_EQ(device.writes, writes);
+    EXPECT_LE(device.content().size(), 100000u);
+    const std::string text = "no room, time " + std::to_string(writes);
+    EXPECT_EQ(adapter.errorString().toStdString(), text);
+    EXPECT_THROW_MSG(adapter.rethrow(), VoIOException, text);
+    EXPECT_THROW_MSG(adapter.rethrow(), VoIOException, text);
+
+    device.writeRoom = std::numeric_limits<std::size_t>::max();
+    ASSERT_TRUE(adapter.open(QIODevice::WriteOnly));
+    EXPECT_FALSE(adapter.hasFailed());
+}
+
+TEST(VoQIODevice, AShortWriteIsAFailure)
+{
+    FaultyDevice device;
+    device.shortRoom = 3;
+    VoQIODevice adapter(device);
+    ASSERT_TRUE(adapter.open(QIODevice::WriteOnly));
+    adapter.write("12345");
+    EXPECT_FALSE(adapter.flush());
+    EXPECT_THROW_MSG(adapter.rethrow(), VoIOException, "2 bytes were not written");
+}
+
+TEST(VoQIODevice, AReadThatFailsIsNotTakenForTheEnd)
+{
+    FaultyDevice device(VoString('x', 100000));
+    device.readRoom = 50000;
+    VoQIODevice adapter(device);
+    ASSERT_TRUE(adapter.open(QIODevice::ReadOnly));
+    QCryptographicHash hash(QCryptographicHash::Sha3_256);
+    EXPECT_FALSE(hash.addData(&adapter));
+    EXPECT_FALSE(adapter.atEnd());
+    EXPECT_THROW_MSG(adapter.rethrow(), VoIOException, "bad sector");
+}
+
+TEST(VoQIODevice, AHashOverItIsThatOfTheBytes)
+{
+    std::mt19937 random(6);
+    const QByteArray bytes = RandomBytes(random, 200000);
+    VoStringDevice device(VoString(bytes.toStdString()));
+    VoQIODevice adapter(device);
+    ASSERT_TRUE(adapter.open(QIODevice::ReadOnly));
+    QCryptographicHash hash(QCryptographicHash::Sha3_256);
+    EXPECT_TRUE(hash.addData(&adapter));
+    EXPECT_EQ(hash.result(), QCryptographicHash::hash(bytes, QCryptographicHash::Sha3_256));
+}
+
+TEST(VoQIODevice, AnExceptionOfOpeningIsKept)
+{
+    const vo::test::ScratchFolder folder;
+    VoFileDevice missing(folder.path("missing"));
+    VoQIODevice adapter(missing);
+    EXPECT_FALSE(adapter.open(QIODevice::ReadOnly));
+    EXPECT_THROW(adapter.rethrow(), VoFileNotFoundException);
+
+    std::filesystem::create_directory(folder.native("directory"));
+    VoFileDevice directory(folder.path("directory"));
+    VoQIODevice refused(directory);
+    EXPECT_FALSE(refused.open(QIODevice::WriteOnly));
+    EXPECT_EQ(refused.errorString(), QStringLiteral("Failed to open file in given mode"));
+}
+
+TEST(VoQIODevice, ReadsAndWritesInTurnsAsABufferDoes)
+{
+    for (const QIODevice::OpenMode extra :
+         {QIODevice::OpenMode(QIODevice::NotOpen), QIODevice::OpenMode(QIODevice::Unbuffered)}) {
+        std::mt19937 random(8);
+        const QByteArray start = RandomBytes(random, 50000);
+        VoStringDevice device(VoString(start.toStdString()));
+        VoQIODevice adapter(device);
+        QBuffer buffer;
+        buffer.setData(start);
+        ASSERT_TRUE(adapter.open(QIODevice::ReadWrite | extra));
+        ASSERT_TRUE(buffer.open(QIODevice::ReadWrite | extra));
+        for (int step = 0; step < 3000; ++step) {
+            const int count = static_cast<int>(random() % (step % 50 == 0 ? 40000 : 100));
+            switch (random() % 4) {
+            case 0: {
+                const qint64 place = static_cast<qint64>(random()) % buffer.size();
+                ASSERT_TRUE(adapter.seek(place));
+                ASSERT_TRUE(buffer.seek(place));
+                break;
+            }
+            case 1: {
+                const QByteArray bytes = RandomBytes(random, count);
+                ASSERT_EQ(adapter.write(bytes), buffer.write(bytes));
+                break;
+            }
+            case 2:
+                ASSERT_EQ(adapter.readLine(count + 2), buffer.readLine(count + 2)) << "step " << step;
+                break;
+            default:
+                ASSERT_EQ(adapter.read(count), buffer.read(count)) << "step " << step;
+            }
+            ASSERT_EQ(adapter.pos(), buffer.pos()) << "step " << step;
+            ASSERT_EQ(adapter.atEnd(), buffer.atEnd()) << "step " << step;
+        }
+        adapter.close();
+        EXPECT_EQ(device.content().toStdString(), buffer.data().toStdString());
+    }
+}
+
+TEST(VoFileWriter, WritesThroughQt)
+{
+    const vo::test::ScratchFolder folder;
+    folder.write("file", "an older and longer content than the new one");
+    VoFileWriter writer(folder.path("file"));
+    writer.device().write("content");
+    VoFileWriter moved = std::move(writer);
+    moved.close();
+    moved.close();
+    EXPECT_EQ(folder.read("file"), "content");
+}
+
+TEST(VoFileWriter, TellsWhatCannotBeOpenedOrWritten)
+{
+    const vo::test::ScratchFolder folder;
+    EXPECT_THROW_MSG(VoFileWriter(folder.path("missing/file")), VoIOException, "Unable to open file for writing");
+#if defined(__linux__)
+    VoFileWriter full(VoFilePath("/dev/full"));
+    full.device().write("small");
+    EXPECT_THROW_MSG(full.close(), VoIOException, "Error occurred on writing to file");
+#endif
+}
