@@ -15,8 +15,11 @@
 namespace vo::updater {
 
 namespace detail {
+class FileInstaller;
+class StagingDirectory;
 struct InstallerSettings;
-}
+enum class Durability;
+} // namespace detail
 
 /// Brings one release of a package onto the disk: obtains the chunks it needs into a staging directory, has a subclass
 /// rebuild the files, and cleans up.
@@ -49,7 +52,8 @@ public:
     /// Returns the record of what is installed; writing it anywhere is the caller's part. A failed check of the
     /// installed files afterwards is announced by messages only. Every failure throws VoInstallationFailedException
     /// with "Installation failed: " and the cause's text ("Installation failed" when it has none); a raised stop flag
-    /// is the failure "User cancelled". Until the download service exists the first form always fails so.
+    /// is the failure "User cancelled". Until there is a download service, the first form fails so when anything has to
+    /// be fetched.
     ///
     /// Every file is built and checked beside its place before the first one is put in place, so a failure up to then
     /// leaves the installed files, and the directory tree, as they were. Call it once.
@@ -104,12 +108,18 @@ protected:
 private:
     friend class PackageInstaller;
 
+    VoUniquePtr<InstalledPackageListing> runSteps(const std::function<void()>& obtain, const VoStopFlag& stop);
+    void requireValid() const;
+    detail::StagingDirectory staging() const;
+    VoDeque<ChunkListing> chunksToFetch(const VoStopFlag& stop) const;
     void download(const VoUrl& advertUrl, const VoStopFlag& stop);
     void obtainChunks(const VoFilePath& definitionFile, const VoStopFlag& stop);
-    void copyChunk(const VoFilePath& definitionFile, const ChunkListing& chunk);
+    static void ensureDirectoryExists(const VoDirectoryPath& directory, InstalledPackageListing& listing);
+    void buildFile(const AdvertisedFileListing& file, const VoFilePath& place, detail::Durability durability);
+    bool writePiece(const ChunkReferenceListing& piece, detail::FileInstaller& built);
     void logDamagedChunks(const AdvertisedFileListing& file) const;
-    VoUniquePtr<InstalledPackageListing> runSteps(const std::function<void()>& obtain, const VoStopFlag& stop);
-    void stageFile(const AdvertisedFileListing& file, const VoFilePath& path);
+    void logInstalled(const AdvertisedFileListing& file, const VoFilePath& place) const;
+    VoString withIdentity(const VoString& text) const;
 
     struct Private;
     std::unique_ptr<Private> m_private;

@@ -18,6 +18,9 @@
 
 namespace vo::updater {
 
+class AdvertisedPackageListing;
+class PackageInstaller;
+
 /// The registry of what is installed, and the way to install, repair and uninstall.
 ///
 ///     <update directory>\installed\packages.xml       the registry:
@@ -51,8 +54,8 @@ public:
     /// Installing an older version than the installed one is done, with a warning. Every failure, that of reading the
     /// definition included, throws VoInstallationFailedException with "Installation failed: " and the cause's text;
     /// another process that is installing is the failure "File already locked: " + path. The registry is unchanged
-    /// then. A registry that cannot be written after the listing was written is only logged: the next operation on the
-    /// package mends it. Until the download service exists the second form always fails so.
+    /// then. A registry that cannot be written after the listing was written is only logged: the next installation of
+    /// the package mends it. Until there is a download service, the second form always fails so.
     static void Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
                         VoStopFlag stop);
     static void Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop);
@@ -109,10 +112,26 @@ public:
     void writeElements(VoXMLElementWriter& element) const override;
 
 private:
-    struct Shared;
+    using Run = std::function<VoUniquePtr<InstalledPackageListing>(PackageInstaller&)>;
     struct Operation;
+    struct Shared;
+
     static Shared& State();
     static InstalledPackages& Get();
+    static void Broadcast(const VoSharedPtr<AbstractMessage>& message);
+    static void Attempt(const std::function<void()>& work);
+    static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& installationDirectory,
+                        const Run& run);
+    static void RequireNoOtherSpelling(const VoUUID& packageID);
+    static void RunAndRecord(PackageInstaller& installer, const Run& run);
+    static void Record(const InstalledPackageListing& listing);
+    static void Update(const InstalledPackageListing& listing);
+    static void Write(const InstalledPackages& registry);
+    static void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStopFlag& stop);
+    static void Forget(const VoUUID& packageID);
+
+    void set(const VoUUID& packageID, const VoVersion& version);
+    bool erase(const VoUUID& packageID);
 
     struct Private;
     std::unique_ptr<Private> m_private;

@@ -4,7 +4,15 @@
 #include <Updater/InstallationPlan.h>
 #include <Updater/PackageDifferences.h>
 
+#include <vector>
+
 namespace vo::updater {
+
+namespace detail {
+class InstallationJournal;
+struct PlannedFile;
+struct TargetFile;
+} // namespace detail
 
 /// Installs a release over the one that is installed, if any, writing only the files that differ.
 ///
@@ -32,15 +40,28 @@ public:
     VoUniquePtr<InstalledPackageListing> install(VoStopFlag stop) override;
     VoDeque<ChunkListing> requiredChunks() const override;
 
-private:
-    friend class InstalledPackages;
-    friend class PackageVerifier;
-
+protected:
+    /// For a caller who records the installation himself.
+    PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
+                     const detail::InstallerSettings& settings);
     /// For a caller that knows what is installed (null: nothing) and where the run keeps its things.
     PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
                      VoUniquePtr<InstalledPackageListing> installed, const detail::InstallerSettings& settings);
 
+private:
+    friend class InstalledPackages;
+    friend class PackageVerifier;
+
+    void compare(VoUniquePtr<InstalledPackageListing> installed);
+    void addFilesNotInPlace(const InstalledPackageListing& installed, PackageDifferences& differences) const;
+    bool isInPlace(const InstalledFileListing& record, const AdvertisedFileListing& file) const;
+    detail::InstallationJournal journal() const;
+    VoDeque<detail::TargetFile> targets() const;
+    void buildFiles(const VoStopFlag& stop);
+    void buildFile(const detail::PlannedFile& planned, detail::Durability durability);
+    std::vector<const detail::PlannedFile*> buildOrder(std::uint64_t cacheLimit) const;
     void verify(const VoStopFlag& stop);
+    bool verifyFile(const AdvertisedFileListing& file);
 
     struct Private;
     std::unique_ptr<Private> m_private;

@@ -1,0 +1,379 @@
+#include <Updater/AbstractPackageInstaller.h>
+
+#include <Core/VoByteArray.h>
+#include <Core/VoChecksum.h>
+#include <Core/VoFileException.h>
+#include <Core/VoMathsException.h>
+#include <Core/VoPair.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/VoUrl.h>
+#include <Subsystem/VoLogging.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/Containment.h>
+#include <Updater/FileActions.h>
+#include <Updater/FileInstaller.h>
+#include <Updater/InstallerPrivate.h>
+#include <Updater/PackageValidator.h>
+#include <Updater/RemoteDocument.h>
+#include <Updater/UpdaterPaths.h>
+#include <Updater/VoInstallationFailedException.h>
+#include <Updater/VoUpdater.h>
+
+#include <algorithm>
+
+namespace vo::updater {
+
+using namespace detail;
+
+namespace {
+
+// What a chunk may hold beyond the bytes that the advert refers to: a builder can leave pieces in it that no file uses.
+constexpr std::uint64_t ChunkSlack = std::uint64_t{64} << 20;
+
+VoUniquePtr<AdvertisedPackageListing> Required(VoUniquePtr<AdvertisedPackageListing> package)
+{
+    *package;
+    return package;
+}
+
+std::uint64_t LargestExtent(const AdvertisedPackageListing& package)
+{
+    std::uint64_t largest = 0;
+    for (const AdvertisedFileListing& file : package.files()) {
+        for (const ChunkReferenceListing& piece : file.chunks())
+            largest = std::max(largest, piece.offset() + piece.length());
+    }
+    return largest;
+}
+
+void RequireNoBuiltNames(const AdvertisedPackageListing& package)
+{
+    const std::string_view suffix = BuiltSuffix;
+    for (const AdvertisedFileListing& file : package.files()) {
+        const VoString folded = FoldedName(file.target().path());
+        const std::string_view text(folded.c_str(), folded.size());
+        if (text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix)
+            throw VoValidationException("Invalid target path: " + file.target().path());
+    }
+}
+
+bool IsPieceInside(const ChunkReferenceListing& piece, const VoByteArray& bytes)
+{
+    return piece.offset() <= bytes.size() && piece.length() <= bytes.size() - piece.offset();
+}
+
+} // namespace
+
+AbstractPackageInstaller::AbstractPackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
+                                                   const VoDirectoryPath& installationDirectory)
+    : AbstractPackageInstaller(std::move(package), installationDirectory, InstallerSettings())
+{
+}
+
+AbstractPackageInstaller::AbstractPackageInstaller(const AdvertisedPackageListing& package,
+                                                   const VoDirectoryPath& installationDirectory)
+    : AbstractPackageInstaller(VoUniquePtr<AdvertisedPackageListing>::Make(package), installationDirectory)
+{
+}
+
+AbstractPackageInstaller::AbstractPackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
+                                                   const VoDirectoryPath& installationDirectory,
+                                                   const InstallerSettings& settings)
+    : m_private(std::make_unique<Private>(Required(std::move(package)), installationDirectory, settings))
+{
+}
+
+AbstractPackageInstaller::~AbstractPackageInstaller() = default;
+
+VoFilePath AbstractPackageInstaller::resolvedPath(const AdvertisedFileListing& file) const
+{
+    return m_private->directory.appended(file.target());
+}
+
+VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoUrl& advertUrl, VoStopFlag stop)
+{
+    return runSteps(
+        [&] {
+            diagnostic("Requesting download of required files");
+            download(advertUrl, stop);
+            diagnostic("Required files downloaded");
+        },
+        stop);
+}
+
+VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoFilePath& definitionFile, VoStopFlag stop)
+{
+    return runSteps(
+        [&] {
+            diagnostic("Starting to obtain required files");
+            obtainChunks(definitionFile, stop);
+            diagnostic("Required files obtained");
+        },
+        stop);
+}
+
+VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::runSteps(const std::function<void()>& obtain,
+                                                                        const VoStopFlag& stop)
+{
+    try {
+        requireValid();
+        obtain();
+        diagnostic("Starting installation");
+        broadcast(Message<BasicUpdateMessage<3>>("Starting installation", packageID(), versionID()));
+        VoUniquePtr<InstalledPackageListing> listing = install(stop);
+        diagnostic("Installation complete");
+        broadcast(Message<BasicUpdateMessage<5>>("Installation complete", packageID(), versionID()));
+        cleanStagingDirectory();
+        return listing;
+    } catch (...) {
+        const VoString text = WithText("Installation failed", FailureText());
+        error(text);
+        broadcast(Message<BasicUpdateMessage<18>>(text, packageID(), versionID()));
+        throw VoInstallationFailedException(text);
+    }
+}
+
+// Everything that can be told from the advert alone, before anything of it is used.
+void AbstractPackageInstaller::requireValid() const
+{
+    if (m_private->isValid)
+        return;
+    ValidatePackage(advertisedPackage());
+    RequireNoBuiltNames(advertisedPackage());
+    m_private->isValid = true;
+}
+
+StagingDirectory AbstractPackageInstaller::staging() const
+{
+    if (!m_private->settings.staging.isNull())
+        return StagingDirectory(m_private->settings.staging);
+    return StagingDirectory(VoUpdater::DownloadDirectory().directory(packageID().toString()));
+}
+
+VoDeque<ChunkListing> AbstractPackageInstaller::chunksToFetch(const VoStopFlag& stop) const
+{
+    const StagingDirectory directory = staging();
+    VoDeque<ChunkListing> result;
+    std::uint64_t bytes = 0;
+    for (const ChunkListing& chunk : requiredChunks()) {
+        stop.throwIfStopped();
+        if (directory.holds(chunk))
+            continue;
+        bytes += static_cast<std::uint64_t>(std::max<std::int64_t>(chunk.size().bytes(), 0));
+        result.pushBack(chunk);
+    }
+    RequireFreeSpace(directory.path(), bytes);
+    return result;
+}
+
+void AbstractPackageInstaller::download(const VoUrl& advertUrl, const VoStopFlag& stop)
+{
+    try {
+        diagnostic("Preparing download");
+        const StagingDirectory directory = staging();
+        directory.create();
+        VoDeque<VoPair<VoUrl, VoFilePath>> files;
+        for (const ChunkListing& chunk : chunksToFetch(stop))
+            files.pushBack({BesideDocument(advertUrl, chunk.path()), directory.chunkPath(chunk.id())});
+        if (files.isEmpty()) {
+            diagnostic("No download required");
+            return;
+        }
+        diagnostic("Starting download");
+        broadcast(Message<BasicUpdateMessage<0>>(packageID(), versionID()));
+        FetchFiles(files, stop, [this](const VoDownloadProgress& progress) {
+            broadcast(Message<DownloadProgressMessage>(progress, packageID(), versionID()));
+        });
+        diagnostic("Download complete");
+        broadcast(Message<BasicUpdateMessage<2>>(packageID(), versionID()));
+    } catch (...) {
+        error(WithText("Download failed", FailureText()));
+        throw;
+    }
+}
+
+void AbstractPackageInstaller::obtainChunks(const VoFilePath& definitionFile, const VoStopFlag& stop)
+{
+    try {
+        diagnostic("Starting chunk copy");
+        const StagingDirectory directory = staging();
+        directory.create();
+        const VoDeque<ChunkListing> chunks = chunksToFetch(stop);
+        if (chunks.isEmpty())
+            diagnostic("No chunk copying required");
+        for (const ChunkListing& chunk : chunks) {
+            stop.throwIfStopped();
+            directory.copy(BesideDocument(definitionFile, chunk.path()), chunk.id());
+        }
+        diagnostic("Chunk copy complete");
+    } catch (...) {
+        error("Chunk copy failed: " + FailureText());
+        throw;
+    }
+}
+
+VoReceiver AbstractPackageInstaller::connect(std::function<void(const VoSharedPtr<AbstractMessage>&)> callback)
+{
+    return m_private->broadcaster.connect(std::move(callback));
+}
+
+const VoDirectoryPath& AbstractPackageInstaller::installationDirectory() const
+{
+    return m_private->directory;
+}
+
+const AdvertisedPackageListing& AbstractPackageInstaller::advertisedPackage() const
+{
+    return *m_private->package;
+}
+
+const VoUUID& AbstractPackageInstaller::packageID() const
+{
+    return advertisedPackage().packageID();
+}
+
+const VoUUID& AbstractPackageInstaller::versionID() const
+{
+    return advertisedPackage().versionID();
+}
+
+void AbstractPackageInstaller::broadcast(const VoSharedPtr<AbstractMessage>& message)
+{
+    BroadcastGuarded(m_private->broadcaster, message);
+}
+
+const VoByteArray& AbstractPackageInstaller::chunk(const ChunkReferenceListing& reference)
+{
+    const VoUUID& id = reference.chunkID();
+    if (const VoByteArray* cached = m_private->cache.find(id))
+        return *cached;
+    if (!advertisedPackage().chunk(id))
+        throw VoNullPointerException("Failed to find required chunk");
+    if (m_private->chunkLimit == 0)
+        m_private->chunkLimit = std::max(LargestExtent(advertisedPackage()), ChunkSlack);
+    try {
+        return m_private->cache.insert(id, staging().read(id, m_private->chunkLimit));
+    } catch (const VoFileNotFoundException&) {
+        throw VoNullPointerException("Failed to find required chunk");
+    }
+}
+
+void AbstractPackageInstaller::installFile(const AdvertisedFileListing& file, InstalledPackageListing& listing)
+{
+    const VoFilePath place = resolvedPath(file);
+    if (!Containment(installationDirectory()).holds(place))
+        throw VoValidationException("Invalid target path: " + file.target().path());
+    ensureDirectoryExists(place.parent(), listing);
+    buildFile(file, place, Durability::AtOnce);
+    PutInPlace(BuiltPath(place), place);
+    listing.add(place, file.id(), file.checksum(), file.size());
+    logInstalled(file, place);
+}
+
+void AbstractPackageInstaller::ensureDirectoryExists(const VoDirectoryPath& directory, InstalledPackageListing& listing)
+{
+    if (directory.isNull() || VoFileSystem::IsDirectory(directory))
+        return;
+    ensureDirectoryExists(directory.parent(), listing);
+    MakeDirectory(directory);
+    listing.add(directory);
+}
+
+// Every way in which the bytes can be wrong ends in the one exception about the file's checksum; the log tells which.
+void AbstractPackageInstaller::buildFile(const AdvertisedFileListing& file, const VoFilePath& place,
+                                         Durability durability)
+{
+    FileInstaller built(place, durability);
+    bool isSound = true;
+    for (const ChunkReferenceListing& piece : file.chunks()) {
+        isSound = isSound && writePiece(piece, built);
+        m_private->cache.release(piece.chunkID());
+    }
+    if (isSound && built.finish(file.checksum(), static_cast<std::uint64_t>(file.size().bytes())))
+        return;
+    logDamagedChunks(file);
+    throw VoValidationException("File checksum does not match for: " + place.path());
+}
+
+bool AbstractPackageInstaller::writePiece(const ChunkReferenceListing& piece, FileInstaller& built)
+{
+    const VoByteArray* bytes = nullptr;
+    try {
+        bytes = &chunk(piece);
+    } catch (const VoInvalidConversionException& failure) {
+        warning(failure.message());
+        return false;
+    } catch (const VoOverflowException& failure) {
+        warning(failure.message());
+        return false;
+    }
+    if (!IsPieceInside(piece, *bytes)) {
+        warning("Piece lies outside of its chunk: " + staging().chunkPath(piece.chunkID()).path());
+        return false;
+    }
+    built.write(bytes->cdata() + piece.offset(), static_cast<std::size_t>(piece.length()));
+    return true;
+}
+
+void AbstractPackageInstaller::logDamagedChunks(const AdvertisedFileListing& file) const
+{
+    const StagingDirectory directory = staging();
+    VoUUID last("");
+    for (const ChunkReferenceListing& piece : file.chunks()) {
+        if (piece.chunkID() == last)
+            continue;
+        last = piece.chunkID();
+        const ChunkListing* chunk = advertisedPackage().chunk(last);
+        if (chunk && !directory.holds(*chunk))
+            warning("Chunk checksum mismatch: " + directory.chunkPath(last).path());
+    }
+}
+
+void AbstractPackageInstaller::logInstalled(const AdvertisedFileListing& file, const VoFilePath& place) const
+{
+    vo::logging::Logger::Get("updater").diagnostic("Installed " + place.path() + " [" + file.id().toString() + "]");
+}
+
+void AbstractPackageInstaller::cleanStagingDirectory()
+{
+    diagnostic("Cleaning staging directory");
+    const StagingDirectory directory = staging();
+    for (const ChunkListing& chunk : advertisedPackage().chunks()) {
+        const VoFilePath path = directory.chunkPath(chunk.id());
+        diagnostic("Removing chunk: " + path.path());
+        try {
+            EraseFile(path);
+        } catch (...) {
+            diagnostic("Chunk removal failure: " + path.path());
+        }
+    }
+    diagnostic("Removing staging directory");
+    try {
+        directory.remove();
+    } catch (...) {
+        diagnostic("Failed to remove staging directory");
+    }
+}
+
+VoString AbstractPackageInstaller::withIdentity(const VoString& text) const
+{
+    return text + " [package=" + packageID().toString() + "] [version=" + versionID().toString() + "]";
+}
+
+void AbstractPackageInstaller::diagnostic(const VoString& text) const
+{
+    vo::logging::Logger::Get("updater").diagnostic(withIdentity(text));
+}
+
+void AbstractPackageInstaller::warning(const VoString& text) const
+{
+    vo::logging::Logger::Get("updater").warning(withIdentity(text));
+}
+
+void AbstractPackageInstaller::error(const VoString& text) const
+{
+    vo::logging::Logger::Get("updater").error(withIdentity(text));
+}
+
+} // namespace vo::updater

@@ -1,0 +1,118 @@
+#include <Updater/FileActions.h>
+
+#include <Core/VoFileException.h>
+#include <Core/VoString.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileSystem.h>
+
+#include <atomic>
+#include <filesystem>
+#include <system_error>
+
+namespace vo::updater::detail {
+
+namespace fs = std::filesystem;
+using vo::detail::ToNative;
+
+namespace {
+
+StepObserver& Observer()
+{
+    static StepObserver observer;
+    return observer;
+}
+
+std::atomic<bool> observed{false};
+
+} // namespace
+
+void SetStepObserver(StepObserver observer)
+{
+    observed = false;
+    Observer() = std::move(observer);
+    observed = static_cast<bool>(Observer());
+}
+
+void AtStep(FileStep step, const VoString& path)
+{
+    if (observed)
+        Observer()(step, path);
+}
+
+FileKind KindOf(const VoFilePath& path)
+{
+    std::error_code error;
+    switch (fs::symlink_status(ToNative(path), error).type()) {
+    case fs::file_type::none:
+    case fs::file_type::not_found:
+        return FileKind::None;
+    case fs::file_type::regular:
+        return FileKind::File;
+    case fs::file_type::directory:
+        return FileKind::Directory;
+    default:
+        return FileKind::Other;
+    }
+}
+
+void MakeDirectory(const VoDirectoryPath& directory)
+{
+    AtStep(FileStep::MakeDirectory, directory.path());
+    VoFileSystem::CreateDirectory(directory);
+}
+
+bool EraseFile(const VoFilePath& path)
+{
+    const FileKind kind = KindOf(path);
+    if (kind == FileKind::None)
+        return true;
+    if (kind == FileKind::Directory)
+        return false;
+    AtStep(FileStep::EraseFile, path.path());
+    VoFileSystem::Remove(path);
+    return true;
+}
+
+bool EraseDirectoryIfEmpty(const VoDirectoryPath& directory)
+{
+    if (!VoFileSystem::IsDirectory(directory))
+        return true;
+    AtStep(FileStep::EraseDirectory, directory.path());
+    std::error_code error;
+    fs::remove(ToNative(directory), error);
+    if (!error)
+        return true;
+    if (error == std::errc::directory_not_empty || error == std::errc::file_exists ||
+        error == std::errc::not_a_directory)
+        return false;
+    throw VoFileException("remove: " + VoString(error.message()), directory.path());
+}
+
+void PutInPlace(const VoFilePath& built, const VoFilePath& place)
+{
+    AtStep(FileStep::PutInPlace, place.path());
+    VoFileSystem::MoveFile(built, place);
+}
+
+void CopyPermissions(const VoFilePath& model, const VoFilePath& file)
+{
+    if (KindOf(model) != FileKind::File)
+        return;
+    std::error_code error;
+    const fs::perms permissions = fs::status(ToNative(model), error).permissions();
+    if (!error)
+        fs::permissions(ToNative(file), permissions & fs::perms::all, error);
+}
+
+void RequireFreeSpace(const VoDirectoryPath& directory, std::uint64_t bytes)
+{
+    const std::uint64_t available = bytes == 0 ? 0 : VoFileSystem::FreeSpace(directory);
+    if (available == 0 || available >= bytes)
+        return;
+    throw VoFileException("Not enough disk space: " + VoString(bytes) + " bytes needed, " + VoString(available) +
+                              " available in " + directory.path(),
+                          directory.path());
+}
+
+} // namespace vo::updater::detail

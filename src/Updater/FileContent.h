@@ -1,0 +1,15 @@
+#pragma once
+
+#include <Core/VoExport.h>
+#include <Core/VoForward.h>
+
+namespace vo::updater::detail {
+
+/// Whether a regular file has a checksum. False for one that cannot be read.
+VOCORE_PRIVATE_EXPORT bool HasChecksum(const VoFilePath& path, const VoChecksum& checksum);
+
+/// Whether two files hold the same bytes; VoFileSystem::Same asks another question, whether they are one file. Throws
+/// VoFileNotFoundException for a missing one and VoIOException for one that cannot be read.
+VOCORE_PRIVATE_EXPORT bool HaveSameContent(const VoFilePath& a, const VoFilePath& b);
+
+} // namespace vo::updater::detail

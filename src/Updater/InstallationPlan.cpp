@@ -1,0 +1,20 @@
+#include <Updater/InstallationPlan.h>
+
+namespace vo::updater {
+
+bool InstallationPlan::isEmpty() const
+{
+    return files.isEmpty();
+}
+
+bool InstallationPlan::isUpToDate() const
+{
+    return isInstalled && isEmpty() && installedVersionID == versionID;
+}
+
+bool InstallationPlan::isDowngrade() const
+{
+    return isInstalled && version < installedVersion;
+}
+
+} // namespace vo::updater

@@ -1,0 +1,448 @@
+#include <Updater/InstalledPackages.h>
+
+#include <Core/VoChecksum.h>
+#include <Core/VoFileException.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/SafePath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/VoUrl.h>
+#include <Subsystem/VoLogging.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/Attributes.h>
+#include <Updater/Containment.h>
+#include <Updater/FileActions.h>
+#include <Updater/InstallationJournal.h>
+#include <Updater/InstallerPrivate.h>
+#include <Updater/InstallerSettings.h>
+#include <Updater/PackageCheck.h>
+#include <Updater/PackageInstaller.h>
+#include <Updater/PackageValidator.h>
+#include <Updater/RegistryFile.h>
+#include <Updater/StagingDirectory.h>
+#include <Updater/Uninstaller.h>
+#include <Updater/UpdaterPaths.h>
+#include <Updater/VoInstallationFailedException.h>
+#include <Updater/VoUpdater.h>
+#include <Updater/XMLDocument.h>
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <mutex>
+#include <optional>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+namespace vo::updater {
+
+using namespace detail;
+
+struct InstalledPackages::Private
+{
+    VoDeque<VoPair<VoUUID, VoVersion>> entries; // in the order of first installation
+};
+
+// What the process shares. The operation mutex is held for the whole of an installation; whatever its receivers may
+// call takes the data mutex alone, for moments.
+struct InstalledPackages::Shared
+{
+    MessageBroadcaster broadcaster;
+
+    std::mutex operation;
+    std::atomic<std::thread::id> operationThread{}; // who holds the operation mutex
+
+    std::mutex data; // guards what follows
+    VoUniquePtr<InstalledPackages> registry;
+    VoFilePath readFrom;
+};
+
+namespace {
+
+// Whether this thread is in the receivers of a message. Starting an operation from there would nest its messages.
+thread_local bool isBroadcasting = false;
+
+} // namespace
+
+// One operation that changes what is installed. Its thread may not begin another: it would wait for itself.
+struct InstalledPackages::Operation
+{
+    Operation()
+    {
+        if (isBroadcasting || State().operationThread == std::this_thread::get_id())
+            throw VoInvalidCallException("An installation is already running");
+        lock = std::unique_lock<std::mutex>(State().operation);
+        State().operationThread = std::this_thread::get_id();
+    }
+
+    ~Operation() { State().operationThread = std::thread::id(); }
+
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+
+    // Keeps other processes out and learns what they did meanwhile.
+    void begin()
+    {
+        processes.emplace(VoUpdater::UpdateSystemDirectory());
+        EraseTemporaryDocuments(VoUpdater::InstalledListingDirectory());
+        const std::lock_guard<std::mutex> guard(State().data);
+        State().registry.reset();
+        Get();
+    }
+
+    std::unique_lock<std::mutex> lock;
+    std::optional<ProcessLock> processes;
+};
+
+namespace {
+
+vo::logging::Logger& Log()
+{
+    return vo::logging::Logger::Get("updater");
+}
+
+// Versions are read leniently everywhere; only a registry that was damaged has texts without any number in them.
+bool IsVersionText(const VoString& text)
+{
+    const std::string_view bytes(text.c_str(), text.size());
+    return !bytes.empty() && bytes.find_first_not_of("0123456789.-") == std::string_view::npos;
+}
+
+StagingDirectory StagingOf(const VoUUID& packageID)
+{
+    return StagingDirectory(VoUpdater::DownloadDirectory().directory(packageID.toString()));
+}
+
+// Whether an interrupted run has left something that the end of a run removes.
+bool IsUnfinished(const VoUUID& packageID)
+{
+    const VoFilePath listing = InstalledPackages::InstalledPackageListingPath(packageID);
+    return InstallationJournal::OfListing(listing).exists() || VoFileSystem::Exists(StagingOf(packageID).path());
+}
+
+VoDirectoryPath AbsoluteDirectory(const VoDirectoryPath& directory)
+{
+    if (directory.isNull())
+        throw VoInvalidParameterException("No installation directory given");
+    if (directory.isRooted())
+        return directory;
+    std::error_code error;
+    const std::filesystem::path current = std::filesystem::current_path(error);
+    if (error)
+        throw VoFileException("current_path: " + VoString(error.message()), directory.path());
+    return VoDirectoryPath::FromText(vo::detail::FromNative(current).path()).appended(directory);
+}
+
+} // namespace
+
+InstalledPackages::InstalledPackages()
+    : m_private(std::make_unique<Private>())
+{
+}
+
+InstalledPackages::InstalledPackages(VoXMLStreamElementLoader& element)
+    : InstalledPackages()
+{
+    element.processChildren([this](VoXMLStreamElementLoader& child) {
+        if (child.name() != tag::package)
+            return;
+        const VoString id = child.attribute(attribute::id, VoString());
+        const VoString version = child.attribute(attribute::version, VoString());
+        if (!vo::detail::SafeName(id) || !IsVersionText(version)) {
+            Log().warning("Entry of the installed packages file skipped: id " + id + ", version " + version);
+            return;
+        }
+        set(id, VoVersion::Deserialize(version));
+    });
+}
+
+InstalledPackages::InstalledPackages(const InstalledPackages& other)
+    : XMLObject(other)
+    , m_private(std::make_unique<Private>(*other.m_private))
+{
+}
+
+InstalledPackages& InstalledPackages::operator=(const InstalledPackages& other)
+{
+    *m_private = Private(*other.m_private);
+    return *this;
+}
+
+InstalledPackages::~InstalledPackages() = default;
+
+XMLObject::Type InstalledPackages::objectType() const
+{
+    return Type::InstalledPackages;
+}
+
+void InstalledPackages::writeElements(VoXMLElementWriter& element) const
+{
+    for (const VoPair<VoUUID, VoVersion>& entry : m_private->entries) {
+        const auto child = element.createElement(tag::package);
+        WriteAttribute(*child, attribute::id, entry.first);
+        WriteAttribute(*child, attribute::version, entry.second);
+    }
+}
+
+void InstalledPackages::set(const VoUUID& packageID, const VoVersion& version)
+{
+    for (VoPair<VoUUID, VoVersion>& entry : m_private->entries) {
+        if (entry.first == packageID) {
+            entry.second = version;
+            return;
+        }
+    }
+    m_private->entries.pushBack({packageID, version});
+}
+
+bool InstalledPackages::erase(const VoUUID& packageID)
+{
+    auto& entries = m_private->entries;
+    const auto entry = std::find_if(entries.begin(), entries.end(), [&](const VoPair<VoUUID, VoVersion>& candidate) {
+        return candidate.first == packageID;
+    });
+    if (entry == entries.end())
+        return false;
+    entries.erase(entry);
+    return true;
+}
+
+InstalledPackages::Shared& InstalledPackages::State()
+{
+    // Never destroyed: receivers and threads may outlive the static objects.
+    static Shared& shared = *new Shared;
+    return shared;
+}
+
+// With the data mutex held.
+InstalledPackages& InstalledPackages::Get()
+{
+    const VoFilePath path = VoUpdater::InstalledPackagesPath();
+    Shared& shared = State();
+    if (!shared.registry || Bytes(shared.readFrom) != Bytes(path)) {
+        shared.registry = ReadRegistry(path);
+        shared.readFrom = path;
+    }
+    return *shared.registry;
+}
+
+void InstalledPackages::Broadcast(const VoSharedPtr<AbstractMessage>& message)
+{
+    const bool wasBroadcasting = std::exchange(isBroadcasting, true);
+    BroadcastGuarded(State().broadcaster, message);
+    isBroadcasting = wasBroadcasting;
+}
+
+VoReceiver InstalledPackages::Connect(std::function<void(const VoSharedPtr<AbstractMessage>&)> callback)
+{
+    return State().broadcaster.connect(std::move(callback));
+}
+
+VoDeque<VoPair<VoUUID, VoVersion>> InstalledPackages::Packages()
+{
+    const std::lock_guard<std::mutex> guard(State().data);
+    return Get().m_private->entries;
+}
+
+VoFilePath InstalledPackages::InstalledPackageListingPath(const VoUUID& packageID)
+{
+    RequireSafeIdentifier(packageID);
+    return VoUpdater::InstalledListingDirectory().file(packageID.toString() + ".xml");
+}
+
+VoUniquePtr<InstalledPackageListing> InstalledPackages::Package(const VoUUID& packageID)
+{
+    return InstalledPackageListing::Open(InstalledPackageListingPath(packageID));
+}
+
+InstallationPlan InstalledPackages::Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory)
+{
+    return PackageInstaller(AdvertisedPackageListing::Open(definitionFile), AbsoluteDirectory(installationDirectory))
+        .plan();
+}
+
+void InstalledPackages::Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
+                                VoStopFlag stop)
+{
+    Operation operation;
+    Attempt([&] {
+        operation.begin();
+        Install(AdvertisedPackageListing::Open(definitionFile), installationDirectory,
+                [&](PackageInstaller& installer) { return installer.run(definitionFile, stop); });
+    });
+}
+
+void InstalledPackages::Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop)
+{
+    Operation operation;
+    Attempt([&] {
+        operation.begin();
+        Install(AdvertisedPackageListing::Open(advertUrl, stop), installationDirectory,
+                [&](PackageInstaller& installer) { return installer.run(advertUrl, stop); });
+    });
+}
+
+void InstalledPackages::Install(VoUniquePtr<AdvertisedPackageListing> advert,
+                                const VoDirectoryPath& installationDirectory, const Run& run)
+{
+    RequireSafeIdentifier(advert->packageID());
+    RequireNoOtherSpelling(advert->packageID());
+    InstallerSettings settings;
+    settings.journal = InstallerSettings::Journal::UntilRecorded;
+    PackageInstaller installer(std::move(advert), AbsoluteDirectory(installationDirectory), settings);
+    RunAndRecord(installer, run);
+}
+
+// Two IDs that differ in letter case alone would share one listing where file names ignore case.
+void InstalledPackages::RequireNoOtherSpelling(const VoUUID& packageID)
+{
+    for (const VoPair<VoUUID, VoVersion>& entry : Packages()) {
+        if (entry.first != packageID && Bytes(FoldedName(entry.first)) == Bytes(FoldedName(packageID)))
+            throw VoValidationException("Invalid identifier: " + packageID.toString());
+    }
+}
+
+void InstalledPackages::RunAndRecord(PackageInstaller& installer, const Run& run)
+{
+    bool isSound = true;
+    const VoReceiver receiver = installer.connect([&isSound](const VoSharedPtr<AbstractMessage>& message) {
+        isSound = isSound && message->type() != AbstractMessage::VerificationFailed;
+        Broadcast(message);
+    });
+    const VoUniquePtr<InstalledPackageListing> listing = run(installer);
+    if (!isSound)
+        Log().warning("Package recorded although its verification failed: " + listing->packageID().toString());
+    Record(*listing);
+}
+
+// The listing first: should the process end before the registry is written, the next operation finds the newer listing.
+void InstalledPackages::Record(const InstalledPackageListing& listing)
+{
+    const VoFilePath path = InstalledPackageListingPath(listing.packageID());
+    VoFileSystem::CreateDirectory(path.parent(), true);
+    AtStep(FileStep::WriteDocument, path.path());
+    listing.write(path);
+    Update(listing);
+    try {
+        InstallationJournal::OfListing(path).remove();
+    } catch (...) {
+        Log().warning("Journal of the installation cannot be removed: " + FailureText());
+    }
+}
+
+void InstalledPackages::Update(const InstalledPackageListing& listing)
+{
+    std::unique_lock<std::mutex> guard(State().data);
+    Get().set(listing.packageID(), listing.version());
+    const InstalledPackages registry = Get();
+    guard.unlock();
+    Write(registry);
+}
+
+void InstalledPackages::Write(const InstalledPackages& registry)
+{
+    const VoFilePath path = VoUpdater::InstalledPackagesPath();
+    try {
+        AtStep(FileStep::WriteDocument, path.path());
+        WriteDocument(path, tag::packages, registry);
+    } catch (...) {
+        Log().error("Installed packages file cannot be updated " + path.path() + ": " + FailureText());
+        return;
+    }
+    Broadcast(Message<PackagesUpdatedMessage>());
+}
+
+void InstalledPackages::Attempt(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const VoInstallationFailedException&) {
+        throw;
+    } catch (...) {
+        const VoString text = WithText("Installation failed", FailureText());
+        Log().error(text);
+        Broadcast(Message<BasicUpdateMessage<18>>(text, VoUUID(""), VoUUID("")));
+        throw VoInstallationFailedException(text);
+    }
+}
+
+VerificationReport InstalledPackages::Verify(const VoUUID& packageID, VoStopFlag stop)
+{
+    return CheckPackage(*Package(packageID), stop, Broadcast).report;
+}
+
+VerificationReport InstalledPackages::Repair(const VoFilePath& definitionFile, VoStopFlag stop)
+{
+    Operation operation;
+    PackageCheck check;
+    Attempt([&] {
+        operation.begin();
+        VoUniquePtr<AdvertisedPackageListing> advert = AdvertisedPackageListing::Open(definitionFile);
+        if (!VoFileSystem::Exists(InstalledPackageListingPath(advert->packageID())))
+            throw VoNotFoundException(advert->packageID().toString());
+        VoUniquePtr<InstalledPackageListing> installed = Package(advert->packageID());
+        if (installed->versionID() != advert->versionID())
+            throw VoInvalidParameterException("Definition is not that of the installed release: " +
+                                              definitionFile.path());
+        check = CheckPackage(*installed, stop, Broadcast);
+        if (check.report.isIntact() && !IsUnfinished(advert->packageID()))
+            return;
+        InstallerSettings settings;
+        settings.journal = InstallerSettings::Journal::UntilRecorded;
+        settings.damaged = check.damaged;
+        const VoDirectoryPath directory = installed->installationDirectory();
+        PackageInstaller installer(std::move(advert), directory, std::move(installed), settings);
+        RunAndRecord(installer, [&](PackageInstaller& runner) { return runner.run(definitionFile, stop); });
+    });
+    return check.report;
+}
+
+void InstalledPackages::Uninstall(const VoUUID& packageID)
+{
+    Uninstall(packageID, VoStopFlag());
+}
+
+void InstalledPackages::Uninstall(const VoUUID& packageID, VoStopFlag stop)
+{
+    const VoFilePath path = InstalledPackageListingPath(packageID);
+    Operation operation;
+    Log().diagnostic("Uninstall requested for " + packageID.toString());
+    Broadcast(Message<BasicUninstallMessage<7>>(packageID));
+    if (VoFileSystem::IsDirectory(VoUpdater::UpdateSystemDirectory()))
+        operation.begin();
+    RemovePackage(packageID, path, stop);
+    if (operation.processes)
+        Forget(packageID);
+    Broadcast(Message<BasicUninstallMessage<8>>(packageID));
+}
+
+void InstalledPackages::RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStopFlag& stop)
+{
+    const InstallationJournal journal = InstallationJournal::OfListing(path);
+    const VoUniquePtr<InstalledPackageListing> notes = journal.read();
+    if (!VoFileSystem::Exists(path)) {
+        Log().warning("Package definition file not found for " + packageID.toString());
+        Broadcast(Message<BasicUninstallMessage<9>>(packageID));
+        if (notes)
+            RollBack(*notes, nullptr);
+    } else {
+        Uninstaller(packageID, path, *InstalledPackageListing::Open(path), notes.get(), Broadcast).run(stop);
+        Log().diagnostic("Package definition removed for " + packageID.toString());
+        Broadcast(Message<BasicUninstallMessage<10>>(packageID));
+    }
+    journal.remove();
+    StagingOf(packageID).remove();
+}
+
+void InstalledPackages::Forget(const VoUUID& packageID)
+{
+    std::unique_lock<std::mutex> guard(State().data);
+    if (!Get().erase(packageID))
+        return;
+    const InstalledPackages registry = Get();
+    guard.unlock();
+    Write(registry);
+}
+
+} // namespace vo::updater

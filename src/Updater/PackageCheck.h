@@ -1,0 +1,29 @@
+#pragma once
+
+#include <Core/VoDeque.h>
+#include <Core/VoForward.h>
+#include <Core/VoUUID.h>
+#include <Updater/VerificationReport.h>
+
+#include <functional>
+
+namespace vo::updater {
+class AbstractMessage;
+class InstalledPackageListing;
+} // namespace vo::updater
+
+namespace vo::updater::detail {
+
+/// What a check found, and the IDs of the files that a repair has to write.
+struct PackageCheck
+{
+    VerificationReport report;
+    VoDeque<VoUUID> damaged;
+};
+
+/// Looks at every installed file of a package, and at what else lies in the directories made for it. Changes nothing.
+/// Progress and findings go to `broadcast`. Throws VoUserCancelledException when the flag is raised.
+PackageCheck CheckPackage(const InstalledPackageListing& listing, const VoStopFlag& stop,
+                          const std::function<void(const VoSharedPtr<AbstractMessage>&)>& broadcast);
+
+} // namespace vo::updater::detail

@@ -1,0 +1,334 @@
+#include <Updater/PackageInstaller.h>
+
+#include <Core/VoChecksum.h>
+#include <Core/VoException.h>
+#include <Core/VoExceptionText.h>
+#include <Core/VoVersion.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/VoFileSystem.h>
+#include <Subsystem/VoLogging.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/Containment.h>
+#include <Updater/FileActions.h>
+#include <Updater/FileContent.h>
+#include <Updater/FileInstaller.h>
+#include <Updater/InstallationJournal.h>
+#include <Updater/InstalledPackages.h>
+#include <Updater/InstallerPrivate.h>
+#include <Updater/PackageValidator.h>
+#include <Updater/UpdatePlan.h>
+#include <Updater/UpdateTransaction.h>
+#include <Updater/VolumeSync.h>
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace vo::updater {
+
+using namespace detail;
+
+struct PackageInstaller::Private
+{
+    VoUniquePtr<InstalledPackageListing> installed; // null: nothing is installed
+    PackageDifferences differences;
+    UpdatePlan plan;
+};
+
+namespace {
+
+// Up to so many files are forced to disk one by one: what others have written to the volume meanwhile is left alone.
+constexpr std::uint64_t FewFiles = 64;
+
+bool IsListingOf(const InstalledPackageListing& listing, const VoUUID& packageID)
+{
+    return listing.packageID().toString() == packageID.toString();
+}
+
+// The listing of the installed release. One that cannot be used must not keep the package from being installed anew.
+VoUniquePtr<InstalledPackageListing> FindInstalled(const VoUUID& packageID)
+{
+    try {
+        RequireSafeIdentifier(packageID);
+    } catch (const VoValidationException&) {
+        return {}; // the run refuses the advert
+    }
+    const VoFilePath path = InstalledPackages::InstalledPackageListingPath(packageID);
+    if (!VoFileSystem::Exists(path))
+        return {};
+    VoString reason = "it is that of another package";
+    try {
+        VoUniquePtr<InstalledPackageListing> listing = InstalledPackageListing::Open(path);
+        if (IsListingOf(*listing, packageID))
+            return listing;
+    } catch (...) {
+        reason = CurrentExceptionText();
+    }
+    vo::logging::Logger::Get("updater").warning("Installed listing " + path.path() +
+                                                " cannot be used, so nothing counts as installed: " + reason);
+    return {};
+}
+
+bool IsInPlace(const InstalledFileListing& file, const VoFilePath& place)
+{
+    return Bytes(file.path()) == Bytes(place) && VoFileSystem::Exists(place) && !VoFileSystem::IsDirectory(place) &&
+           file.size() == VoFileSystem::FileSize(place);
+}
+
+} // namespace
+
+PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
+                                   const VoDirectoryPath& installationDirectory)
+    : PackageInstaller(std::move(package), installationDirectory, InstallerSettings())
+{
+}
+
+PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
+                                   const VoDirectoryPath& installationDirectory, const InstallerSettings& settings)
+    : AbstractPackageInstaller(std::move(package), installationDirectory, settings)
+{
+    compare(FindInstalled(packageID()));
+}
+
+PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
+                                   const VoDirectoryPath& installationDirectory,
+                                   VoUniquePtr<InstalledPackageListing> installed, const InstallerSettings& settings)
+    : AbstractPackageInstaller(std::move(package), installationDirectory, settings)
+{
+    compare(std::move(installed));
+}
+
+PackageInstaller::~PackageInstaller() = default;
+
+void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
+{
+    PackageDifferences differences = Differences(installed.get(), advertisedPackage());
+    if (installed)
+        addFilesNotInPlace(*installed, differences);
+    UpdatePlan updatePlan = PlanUpdate(differences, installed.get(), advertisedPackage());
+    m_private.reset(new Private{std::move(installed), std::move(differences), std::move(updatePlan)});
+}
+
+// The listings know nothing of files that were deleted, cut short or installed into another directory, nor of those
+// that an interrupted update has replaced.
+void PackageInstaller::addFilesNotInPlace(const InstalledPackageListing& installed,
+                                          PackageDifferences& differences) const
+{
+    std::unordered_set<VoUUID> known;
+    for (const FileDifference& difference : differences.fileDifferences())
+        known.insert(difference.fileID());
+    const VoDeque<VoUUID>& damagedIDs = AbstractPackageInstaller::m_private->settings.damaged;
+    const std::unordered_set<VoUUID> damaged(damagedIDs.begin(), damagedIDs.end());
+    const VoUniquePtr<InstalledPackageListing> notes = journal().read();
+    const std::unordered_set<std::string> doubtful = notes ? NotedPlaces(*notes) : std::unordered_set<std::string>();
+    for (const AdvertisedFileListing& file : advertisedPackage().files()) {
+        if (known.count(file.id()) > 0)
+            continue;
+        const auto* record = static_cast<const InstalledFileListing*>(installed.file(file.id()));
+        if (damaged.count(file.id()) > 0 || !isInPlace(*record, file) ||
+            (doubtful.count(std::string(Bytes(record->path()))) > 0 && !HasChecksum(record->path(), file.checksum())))
+            differences.fileModified(file.id());
+    }
+}
+
+bool PackageInstaller::isInPlace(const InstalledFileListing& record, const AdvertisedFileListing& file) const
+{
+    try {
+        RequireSafeTarget(file.target());
+        return IsInPlace(record, resolvedPath(file));
+    } catch (const VoException&) {
+        return false; // an unsafe target is refused by the run; a path that cannot be examined is written anew
+    }
+}
+
+const PackageDifferences& PackageInstaller::differences() const
+{
+    return m_private->differences;
+}
+
+InstallationPlan PackageInstaller::plan() const
+{
+    requireValid();
+    const UpdatePlan& update = m_private->plan;
+    const AdvertisedPackageListing& advert = advertisedPackage();
+    InstallationPlan result;
+    result.packageID = advert.packageID();
+    result.versionID = advert.versionID();
+    result.name = advert.name();
+    result.version = advert.version();
+    if (m_private->installed) {
+        result.isInstalled = true;
+        result.installedVersionID = m_private->installed->versionID();
+        result.installedVersion = m_private->installed->version();
+    }
+    for (const PlannedFile& file : update.files) {
+        const AdvertisedFileListing* target = advert.file(file.id);
+        const bool isRemoved = file.type == FileDifference::Removed;
+        result.files.pushBack({file.type, file.id, isRemoved ? file.path : resolvedPath(*target), file.bytes});
+    }
+    result.addedFiles = update.added;
+    result.modifiedFiles = update.modified;
+    result.removedFiles = update.removed;
+    result.unchangedFiles = update.unchanged;
+    result.bytesToWrite = update.bytesToWrite;
+    result.bytesToRemove = update.bytesToRemove;
+    const StagingDirectory directory = staging();
+    for (const PlannedChunk& chunk : update.chunks) {
+        if (directory.holds(chunk.listing)) {
+            result.stagedChunks.pushBack(chunk.listing);
+        } else {
+            result.chunks.pushBack(chunk.listing);
+            result.bytesToFetch += static_cast<std::uint64_t>(chunk.listing.size().bytes());
+        }
+    }
+    return result;
+}
+
+VoDeque<ChunkListing> PackageInstaller::requiredChunks() const
+{
+    VoDeque<ChunkListing> result;
+    for (const PlannedChunk& chunk : m_private->plan.chunks)
+        result.pushBack(chunk.listing);
+    return result;
+}
+
+VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
+{
+    requireValid();
+    if (m_private->installed && advertisedPackage().version() < m_private->installed->version())
+        warning("Installing an older version " + advertisedPackage().version().toString() + " over " +
+                m_private->installed->version().toString());
+    const InstallationJournal journal = this->journal();
+    UpdateTransaction transaction(advertisedPackage(), m_private->installed.get(), installationDirectory(), targets(),
+                                  journal);
+    try {
+        RequireFreeSpace(installationDirectory(), m_private->plan.bytesToWrite);
+        transaction.begin();
+        buildFiles(stop);
+        stop.throwIfStopped();
+        transaction.commit([this](const TargetFile& target) { logInstalled(*target.file, target.place); });
+    } catch (...) {
+        transaction.rollBack();
+        throw;
+    }
+    verify(stop);
+    if (AbstractPackageInstaller::m_private->settings.journal == InstallerSettings::Journal::UntilInstalled)
+        journal.remove();
+    return transaction.listing();
+}
+
+InstallationJournal PackageInstaller::journal() const
+{
+    if (AbstractPackageInstaller::m_private->settings.journal == InstallerSettings::Journal::None)
+        return InstallationJournal();
+    return InstallationJournal::OfListing(InstalledPackages::InstalledPackageListingPath(packageID()));
+}
+
+VoDeque<TargetFile> PackageInstaller::targets() const
+{
+    std::unordered_set<VoUUID> written;
+    for (const PlannedFile& file : m_private->plan.files) {
+        if (file.type != FileDifference::Removed)
+            written.insert(file.id);
+    }
+    VoDeque<TargetFile> result;
+    for (const AdvertisedFileListing& file : advertisedPackage().files())
+        result.pushBack({&file, resolvedPath(file), written.count(file.id()) > 0});
+    return result;
+}
+
+void PackageInstaller::buildFiles(const VoStopFlag& stop)
+{
+    ChunkCache& cache = AbstractPackageInstaller::m_private->cache;
+    for (const PlannedChunk& chunk : m_private->plan.chunks)
+        cache.expect(chunk.listing.id(), chunk.references);
+
+    const std::uint64_t written = m_private->plan.added + m_private->plan.modified;
+    const Durability durability = written > FewFiles && CanSyncVolume() ? Durability::Later : Durability::AtOnce;
+    std::uint64_t done = 0;
+    for (const PlannedFile* file : buildOrder(cache.limit())) {
+        stop.throwIfStopped();
+        buildFile(*file, durability);
+        broadcast(Message<InstallationProgressMessage>(++done, m_private->plan.files.size(), packageID(), versionID()));
+    }
+    if (durability == Durability::Later)
+        SyncVolume(installationDirectory());
+}
+
+void PackageInstaller::buildFile(const PlannedFile& planned, Durability durability)
+{
+    if (planned.type == FileDifference::Removed) {
+        diagnostic("Removing file: " + planned.path.path());
+        return;
+    }
+    const AdvertisedFileListing& file = *advertisedPackage().file(planned.id);
+    const char* what = planned.type == FileDifference::Added ? "Adding file: " : "Updating file: ";
+    diagnostic(what + file.target().path());
+    AbstractPackageInstaller::buildFile(file, resolvedPath(file), durability);
+}
+
+// The order of the differences, which the IDs make a random one, as long as all chunks can be held; else the order of
+// the chunks, so that each of them is still uncompressed only once.
+std::vector<const PlannedFile*> PackageInstaller::buildOrder(std::uint64_t cacheLimit) const
+{
+    std::vector<const PlannedFile*> order;
+    for (const PlannedFile& file : m_private->plan.files)
+        order.push_back(&file);
+    std::uint64_t bytes = 0;
+    std::unordered_map<VoUUID, std::size_t> positions;
+    for (const PlannedChunk& chunk : m_private->plan.chunks) {
+        bytes += std::min(chunk.extent, cacheLimit + 1);
+        positions.emplace(chunk.listing.id(), positions.size());
+    }
+    if (bytes <= cacheLimit)
+        return order;
+    const auto position = [&](const PlannedFile* planned) {
+        const AdvertisedFileListing* file = advertisedPackage().file(planned->id);
+        if (!file || file->chunks().isEmpty())
+            return std::pair<std::size_t, std::uint64_t>(0, 0);
+        const ChunkReferenceListing& first = file->chunks().front();
+        return std::pair<std::size_t, std::uint64_t>(positions[first.chunkID()], first.offset());
+    };
+    std::stable_sort(order.begin(), order.end(),
+                     [&position](const PlannedFile* a, const PlannedFile* b) { return position(a) < position(b); });
+    return order;
+}
+
+void PackageInstaller::verify(const VoStopFlag& stop)
+{
+    diagnostic("Starting installation verification");
+    broadcast(Message<BasicUpdateMessage<12>>("Starting installation verification", packageID(), versionID()));
+    bool isSound = true;
+    std::uint64_t done = 0;
+    for (const AdvertisedFileListing& file : advertisedPackage().files()) {
+        stop.throwIfStopped();
+        isSound = verifyFile(file) && isSound;
+        broadcast(
+            Message<VerificationProgressMessage>(++done, advertisedPackage().files().size(), packageID(), versionID()));
+    }
+    if (isSound) {
+        diagnostic("Installation verification success");
+        broadcast(Message<BasicUpdateMessage<16>>("Installation verification success", packageID(), versionID()));
+    } else {
+        error("Installation verification failed");
+        broadcast(Message<BasicUpdateMessage<17>>("Installation verification failed", packageID(), versionID()));
+    }
+}
+
+bool PackageInstaller::verifyFile(const AdvertisedFileListing& file)
+{
+    const VoFilePath path = resolvedPath(file);
+    if (!VoFileSystem::Exists(path)) {
+        error("File missing " + path.path());
+        broadcast(Message<BasicUpdateMessage<15>>("File missing: " + path.path(), packageID(), versionID()));
+        return false;
+    }
+    if (HasChecksum(path, file.checksum()))
+        return true;
+    const VoString text = "File checksum mismatch: " + path.path();
+    error(text);
+    broadcast(Message<BasicUpdateMessage<14>>(text, packageID(), versionID()));
+    return false;
+}
+
+} // namespace vo::updater

@@ -1,0 +1,41 @@
+#pragma once
+
+// The files of the registry of installed packages, and the lock that keeps processes apart.
+
+#include <Core/VoExport.h>
+#include <Core/VoForward.h>
+#include <Core/VoUniquePtr.h>
+
+#include <memory>
+
+namespace vo::updater {
+class InstalledPackages;
+}
+
+namespace vo::updater::detail {
+
+/// Reads a registry file. A missing one gives an empty registry. One that cannot be read gives an empty pointer, after
+/// an error was logged: a caller that began anew would erase what it records.
+VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path);
+
+/// Removes what killed processes left in the directory of the listings while they replaced a document. Only while no
+/// other process can be replacing one.
+VOCORE_PRIVATE_EXPORT void EraseTemporaryDocuments(const VoDirectoryPath& directory);
+
+/// Keeps all other processes from changing what is installed, as long as it lives.
+class VOCORE_PRIVATE_EXPORT ProcessLock
+{
+public:
+    /// Makes the directory if needed and locks it. Throws VoFileLockedException when another process has locked it, and
+    /// VoCannotOpenFileException when the lock's file cannot be made. The lock of a process that is gone is taken over.
+    explicit ProcessLock(const VoDirectoryPath& directory);
+    ~ProcessLock();
+    ProcessLock(const ProcessLock&) = delete;
+    ProcessLock& operator=(const ProcessLock&) = delete;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> m_private;
+};
+
+} // namespace vo::updater::detail

@@ -1,0 +1,46 @@
+#include <Updater/VolumeSync.h>
+
+#include <Core/VoFileException.h>
+#include <Core/VoString.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/VoDirectoryPath.h>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace vo::updater::detail {
+
+// The call is not in the standard of the system's interfaces; Linux has it.
+#if defined(__linux__)
+
+bool CanSyncVolume() noexcept
+{
+    return true;
+}
+
+void SyncVolume(const VoDirectoryPath& directory)
+{
+    const int descriptor = ::open(vo::detail::ToNative(directory).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool isDone = descriptor != -1 && ::syncfs(descriptor) == 0;
+    const int code = errno;
+    if (descriptor != -1)
+        ::close(descriptor);
+    if (!isDone)
+        throw VoFileException("Cannot write to disk: " + VoString(std::system_category().message(code)),
+                              directory.path());
+}
+
+#else
+
+bool CanSyncVolume() noexcept
+{
+    return false;
+}
+
+void SyncVolume(const VoDirectoryPath&) {}
+
+#endif
+
+} // namespace vo::updater::detail
