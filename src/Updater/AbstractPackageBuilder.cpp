@@ -35,7 +35,8 @@ constexpr std::size_t longTarget = 160;
 
 vo::logging::Logger& Log()
 {
-    return vo::logging::Logger::Get("update builder");
+    static vo::logging::Logger& logger = vo::logging::Logger::Get("update builder");
+    return logger;
 }
 
 // Where one release goes.
@@ -341,7 +342,8 @@ VoString AbstractPackageBuilder::labelled(const VoString& text) const
 
 void AbstractPackageBuilder::diagnostic(const VoString& text) const
 {
-    Log().diagnostic(labelled(text));
+    if (Log().isEnabled(vo::logging::Level::Diagnostic))
+        Log().diagnostic(labelled(text));
 }
 
 void AbstractPackageBuilder::warning(const VoString& text) const

@@ -124,7 +124,9 @@ std::vector<FoldedTarget> SortedTargets(const VoDeque<AdvertisedFileListing>& fi
         std::replace(key.begin(), key.end(), '\\', '\x01');
         result.push_back({std::move(key), &file.target()});
     }
-    std::sort(result.begin(), result.end(), [](const FoldedTarget& a, const FoldedTarget& b) { return a.key < b.key; });
+    // Stable: of two equal targets the later one is named.
+    std::stable_sort(result.begin(), result.end(),
+                     [](const FoldedTarget& a, const FoldedTarget& b) { return a.key < b.key; });
     return result;
 }
 

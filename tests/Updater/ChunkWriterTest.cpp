@@ -1,0 +1,143 @@
+#include "UpdaterFixture.h"
+
+#include <Core/VoMathsException.h>
+#include <IO/VoFileByteStream.h>
+#include <Updater/ChunkWriter.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+using namespace vo::updater;
+using namespace vo::updater::detail;
+using namespace vo::test;
+
+namespace {
+
+class ChunkWriting : public UpdaterTest
+{
+protected:
+    void SetUp() override { std::filesystem::create_directory(vo::detail::ToNative(directory("out"))); }
+
+    ChunkWriter writer(std::uint64_t chunkSize, int level = 6)
+    {
+        return ChunkWriter(
+            directory("out"), chunkSize, level, [](const VoUUID&, const VoFilePath&) {},
+            [this](const ChunkListing& chunk) { chunks.push_back(chunk); });
+    }
+
+    PackedFile pack(ChunkWriter& writer, const std::string& content)
+    {
+        WriteBytes(file("source"), content);
+        VoFileInputByteStream stream(file("source"));
+        return writer.append(stream);
+    }
+
+    /// The bytes of a chunk, taken apart without the code under test.
+    static std::string Content(const VoFilePath& chunk)
+    {
+        const std::string bytes = ReadBytes(chunk);
+        return qUncompress(reinterpret_cast<const uchar*>(bytes.data()), static_cast<int>(bytes.size())).toStdString();
+    }
+
+    std::vector<ChunkListing> chunks;
+};
+
+using Piece = std::vector<std::uint64_t>;
+
+std::vector<Piece> Pieces(const PackedFile& file)
+{
+    std::vector<Piece> result;
+    for (const auto& piece : file.pieces)
+        result.push_back({piece.offset(), piece.length(), piece.index()});
+    return result;
+}
+
+} // namespace
+
+TEST_F(ChunkWriting, FilesArePackedBackToBack)
+{
+    ChunkWriter chunkWriter = writer(10);
+    const PackedFile first = pack(chunkWriter, "abcd");
+    const PackedFile second = pack(chunkWriter, "0123456789xy");
+    ASSERT_EQ(chunks.size(), 1u);
+    chunkWriter.writeChunk();
+    ASSERT_EQ(chunks.size(), 2u);
+
+    EXPECT_EQ(Pieces(first), (std::vector<Piece>{{0, 4, 0}}));
+    EXPECT_EQ(Pieces(second), (std::vector<Piece>{{4, 6, 0}, {0, 6, 1}}));
+    EXPECT_EQ(first.pieces[0].chunkID(), chunks[0].id());
+    EXPECT_EQ(second.pieces[0].chunkID(), chunks[0].id());
+    EXPECT_EQ(second.pieces[1].chunkID(), chunks[1].id());
+    EXPECT_EQ(Content(chunkWriter.path(chunks[0].id())), "abcd012345");
+    EXPECT_EQ(Content(chunkWriter.path(chunks[1].id())), "6789xy");
+    EXPECT_EQ(second.size, 12u);
+    EXPECT_EQ(second.checksum, ChecksumOf("0123456789xy"));
+}
+
+TEST_F(ChunkWriting, ListingsDescribeTheCompressedFiles)
+{
+    ChunkWriter chunkWriter = writer(100000);
+    pack(chunkWriter, std::string(250000, 'z'));
+    chunkWriter.writeChunk();
+    ASSERT_EQ(chunks.size(), 3u);
+    for (const ChunkListing& chunk : chunks) {
+        const std::string bytes = ReadBytes(directory("out").file(chunk.id().toString() + ".vochk"));
+        EXPECT_EQ(chunk.checksum(), ChecksumOf(bytes));
+        EXPECT_EQ(chunk.size(), Bytes(static_cast<std::int64_t>(bytes.size())));
+        EXPECT_LT(bytes.size(), 1000u);
+        EXPECT_EQ(chunk.path().path().toStdString(), "chunks\\" + chunk.id().toString().toStdString() + ".vochk");
+    }
+}
+
+TEST_F(ChunkWriting, NoEmptyChunkIsWritten)
+{
+    ChunkWriter chunkWriter = writer(4);
+    EXPECT_TRUE(pack(chunkWriter, "").pieces.isEmpty());
+    EXPECT_EQ(pack(chunkWriter, "").checksum, ChecksumOf(""));
+    chunkWriter.writeChunk();
+    EXPECT_TRUE(chunks.empty());
+    EXPECT_EQ(Pieces(pack(chunkWriter, "12345678")), (std::vector<Piece>{{0, 4, 0}, {0, 4, 1}}));
+    chunkWriter.writeChunk();
+    EXPECT_EQ(chunks.size(), 2u);
+}
+
+TEST_F(ChunkWriting, AFailedChunkKeepsItsBytesForTheNextAttempt)
+{
+    ChunkWriter chunkWriter = writer(100);
+    pack(chunkWriter, "kept");
+    std::filesystem::remove(vo::detail::ToNative(directory("out")));
+    EXPECT_THROW(chunkWriter.writeChunk(), VoException);
+    EXPECT_TRUE(chunks.empty());
+    SetUp();
+    chunkWriter.writeChunk();
+    ASSERT_EQ(chunks.size(), 1u);
+    EXPECT_EQ(Content(chunkWriter.path(chunks[0].id())), "kept");
+}
+
+TEST_F(ChunkWriting, RollingBackTakesOutWhatIsStillInTheBuffer)
+{
+    ChunkWriter chunkWriter = writer(10);
+    pack(chunkWriter, "abc");
+    const ChunkWriter::Mark sameChunk = chunkWriter.mark();
+    pack(chunkWriter, "XYZ");
+    chunkWriter.rollBack(sameChunk);
+    EXPECT_EQ(Pieces(pack(chunkWriter, "de")), (std::vector<Piece>{{3, 2, 0}}));
+
+    const ChunkWriter::Mark earlierChunk = chunkWriter.mark();
+    pack(chunkWriter, "0123456789");
+    chunkWriter.rollBack(earlierChunk);
+    EXPECT_EQ(Pieces(pack(chunkWriter, "f")), (std::vector<Piece>{{0, 1, 0}}));
+    chunkWriter.writeChunk();
+    EXPECT_EQ(Content(chunkWriter.path(chunks[0].id())), "abcde01234");
+    EXPECT_EQ(Content(chunkWriter.path(chunks[1].id())), "f");
+}
+
+TEST_F(ChunkWriting, ImpossibleChunkSizesAreRefusedAtOnce)
+{
+    EXPECT_THROW_MSG(writer(0), VoInvalidParameterException, "Chunk size must be greater than zero");
+    EXPECT_THROW_MSG(writer(2147483648u), VoOverflowException,
+                     "Cannot compress byte array as length is beyond maximum allowed size. Array size 2147483648 "
+                     "bytes, maximum size 2147483647 bytes.");
+    EXPECT_NO_THROW(writer(2147483647));
+}

@@ -1,0 +1,341 @@
+#include "UpdaterFixture.h"
+
+#include <Core/VoFileException.h>
+#include <Core/VoXMLException.h>
+#include <Download/VoDownloadException.h>
+#include <FileSystem/VoUrl.h>
+#include <Subsystem/VoLogging.h>
+#include <Threading/VoReceiver.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/AdvertisedPackages.h>
+#include <Updater/InstalledPackageListing.h>
+
+#include <vector>
+
+using namespace vo::updater;
+using namespace vo::test;
+
+namespace {
+
+const char* const digest = "a7ffc6f8bf1ed76651c14756a061d662f580ff4de43b49fa82d80a4b80f8434a";
+
+const char* const smallDefinition = "<package packageID='p' versionID='v' name='n' version='1.0.0.0'><files>"
+                                    "<file target='a' id='f' checksum='00' size='1'>"
+                                    "<chunkref chunkID='c' offset='0' length='1' index='0'/></file></files><chunks>"
+                                    "<chunk id='c' checksum='00' size='9' path='chunks/c.vochk'/></chunks></package>";
+
+class PackageDocuments : public UpdaterTest
+{
+protected:
+    VoUniquePtr<AdvertisedPackageListing> openDefinition(const std::string& text)
+    {
+        WriteBytes(file("package.xml"), text);
+        return AdvertisedPackageListing::Open(file("package.xml"));
+    }
+
+    /// A definition with one file whose chunk references have the given text.
+    VoUniquePtr<AdvertisedPackageListing> openWithPieces(const std::string& pieces)
+    {
+        return openDefinition("<package packageID='p' versionID='v' name='n' version='1.0.0.0'><files>"
+                              "<file target='a' id='f' checksum='00' size='3'>" +
+                              pieces + "</file></files><chunks/></package>");
+    }
+};
+
+std::string Piece(const std::string& index)
+{
+    return "<chunkref chunkID='c' offset='" + index + "' length='1' index='" + index + "'/>";
+}
+
+AdvertisedPackageListing Sample()
+{
+    AdvertisedPackageListing package(VoUUID("p-1"), VoUUID("v-1"), "R&D \"x\" <ü>",
+                                     VoVersion(4, 2, 17, VoVersion::Beta));
+    package.add(AdvertisedFileListing(VoFilePath("dir\\a.txt"),
+                                      {ChunkReferenceListing(VoUUID("c-1"), 7, 3, 0),
+                                       ChunkReferenceListing(VoUUID("c-2"), 0, 18446744073709551615u, 1)},
+                                      VoUUID("f-1"), VoChecksum::Deserialize(digest), Bytes(10)));
+    package.add(
+        AdvertisedFileListing(VoFilePath("empty"), {}, VoUUID("f-2"), VoChecksum::Deserialize(digest), Bytes(0)));
+    package.add(
+        ChunkListing(VoUUID("c-1"), VoChecksum::Deserialize(digest), Bytes(99), VoFilePath("chunks\\c-1.vochk")));
+    return package;
+}
+
+} // namespace
+
+TEST_F(PackageDocuments, DefinitionHasItsFixedForm)
+{
+    Sample().write(file("package.xml"));
+    const std::string d = digest;
+    EXPECT_EQ(
+        ReadBytes(file("package.xml")),
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<package packageID=\"p-1\" versionID=\"v-1\" name=\"R&amp;D &quot;x&quot; &lt;ü&gt;\" version=\"4.2.1.17\">\n"
+        "\t<files>\n"
+        "\t\t<file target=\"dir\\a.txt\" id=\"f-1\" checksum=\"" +
+            d +
+            "\" size=\"10\">\n"
+            "\t\t\t<chunkref chunkID=\"c-1\" offset=\"7\" length=\"3\" index=\"0\"/>\n"
+            "\t\t\t<chunkref chunkID=\"c-2\" offset=\"0\" length=\"18446744073709551615\" index=\"1\"/>\n"
+            "\t\t</file>\n"
+            "\t\t<file target=\"empty\" id=\"f-2\" checksum=\"" +
+            d +
+            "\" size=\"0\"/>\n"
+            "\t</files>\n"
+            "\t<chunks>\n"
+            "\t\t<chunk id=\"c-1\" checksum=\"" +
+            d +
+            "\" size=\"99\" path=\"chunks\\c-1.vochk\"/>\n"
+            "\t</chunks>\n"
+            "</package>\n");
+}
+
+TEST_F(PackageDocuments, DeclarationsHaveTheirFixedForm)
+{
+    AdvertisedPackages packages;
+    packages.add(Package("p", "v"), VoFilePath("packages\\p\\1.2.0.3\\package.xml"));
+    packages.write(file("d.xml"));
+    EXPECT_EQ(ReadBytes(file("d.xml")),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<packages>\n"
+              "\t<package path=\"packages\\p\\1.2.0.3\\package.xml\" packageID=\"p\" versionID=\"v\" name=\"Examples\" "
+              "version=\"1.2.0.3\"/>\n"
+              "</packages>\n");
+}
+
+TEST_F(PackageDocuments, InstalledListingHasItsFixedForm)
+{
+    InstalledPackageListing listing(Package("p", "v"), VoDirectoryPath("/opt/app/"));
+    listing.add(VoFilePath("/opt/app/a"), VoUUID("f"), VoChecksum::Deserialize("00ff"), Bytes(3));
+    listing.add(VoDirectoryPath("/opt/app/"));
+    listing.write(file("i.xml"));
+    EXPECT_EQ(
+        ReadBytes(file("i.xml")),
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<package directory=\"\\opt\\app\\\" packageID=\"p\" versionID=\"v\" name=\"Examples\" version=\"1.2.0.3\">\n"
+        "\t<files>\n"
+        "\t\t<file path=\"\\opt\\app\\a\" id=\"f\" checksum=\"00ff\" size=\"3\"/>\n"
+        "\t</files>\n"
+        "\t<directories>\n"
+        "\t\t<path>\\opt\\app\\</path>\n"
+        "\t</directories>\n"
+        "</package>\n");
+}
+
+TEST_F(PackageDocuments, DocumentsThatAreReadAndWrittenAgainAreTheSameBytes)
+{
+    Sample().write(file("1.xml"));
+    AdvertisedPackageListing::Open(file("1.xml"))->write(file("2.xml"));
+    EXPECT_EQ(ReadBytes(file("1.xml")), ReadBytes(file("2.xml")));
+
+    AdvertisedPackages packages;
+    for (const char* version : {"v3", "v1", "v2"})
+        packages.add(Package("p&<>\"'ü", version), VoFilePath("packages\\x y\\package.xml"));
+    packages.write(file("3.xml"));
+    AdvertisedPackages::Open(file("3.xml"))->write(file("4.xml"));
+    EXPECT_EQ(ReadBytes(file("3.xml")), ReadBytes(file("4.xml")));
+
+    InstalledPackageListing listing(Sample(), directory("in & out"));
+    for (const char* id : {"z", "a", "m"})
+        listing.add(file(id), VoUUID(id), ChecksumOf(id), Bytes(1));
+    listing.add(directory("in & out"));
+    listing.add(directory("in & out").directory("sub"));
+    listing.write(file("5.xml"));
+    InstalledPackageListing::Open(file("5.xml"))->write(file("6.xml"));
+    EXPECT_EQ(ReadBytes(file("5.xml")), ReadBytes(file("6.xml")));
+}
+
+TEST_F(PackageDocuments, AListingWithoutContentHasItsContainers)
+{
+    Package("p", "v").write(file("package.xml"));
+    const std::string text = ReadBytes(file("package.xml"));
+    EXPECT_LT(text.find("<files/>"), text.find("<chunks/>"));
+    EXPECT_NE(text.find("<chunks/>"), std::string::npos);
+    EXPECT_TRUE(AdvertisedPackageListing::Open(file("package.xml"))->files().isEmpty());
+}
+
+TEST_F(PackageDocuments, ChunkReferencesAreOrderedByIndex)
+{
+    const auto package = openWithPieces(Piece("2") + Piece("0") + Piece("1"));
+    const auto& pieces = package->files()[0].chunks();
+    ASSERT_EQ(pieces.size(), 3u);
+    for (std::uint64_t i = 0; i < 3; ++i)
+        EXPECT_EQ(pieces[i].offset(), i);
+    EXPECT_TRUE(openWithPieces("")->files()[0].chunks().isEmpty());
+}
+
+TEST_F(PackageDocuments, ChunkIndexesMustRunFromZeroWithoutGapOrDuplicate)
+{
+    for (const std::string& pieces : {Piece("0") + Piece("2"), Piece("1"), Piece("0") + Piece("0"),
+                                      Piece("0") + Piece("1") + Piece("1"), Piece("18446744073709551615")}) {
+        SCOPED_TRACE(pieces);
+        EXPECT_THROW_MSG(openWithPieces(pieces), VoInvalidParameterException, "Invalid chunk indexes");
+    }
+    EXPECT_THROW_MSG(AdvertisedFileListing(VoFilePath("a"), {ChunkReferenceListing(VoUUID("c"), 0, 1, 1)}, VoUUID("f"),
+                                           VoChecksum(), Bytes(1)),
+                     VoInvalidParameterException, "Invalid chunk indexes");
+}
+
+TEST_F(PackageDocuments, NumbersAreStrict)
+{
+    for (const char* number : {"-1", "+1", "", " 1", "1 ", "1.0", "0x1", "1e3", "18446744073709551616", "one"}) {
+        SCOPED_TRACE(number);
+        EXPECT_THROW_MSG(
+            openWithPieces("<chunkref chunkID='c' offset='" + std::string(number) + "' length='1' index='0'/>"),
+            VoInvalidConversionException, "Invalid conversion from " + VoString(number) + " to unsigned integer");
+    }
+}
+
+TEST_F(PackageDocuments, NoAttributeIsOptional)
+{
+    const std::string whole = smallDefinition;
+    ASSERT_EQ(openDefinition(whole)->files().size(), 1u);
+    for (const char* name : {"packageID", "versionID", "name", "version", "target", "checksum", "chunkID", "offset",
+                             "length", "index", "path", "size", "id"}) {
+        SCOPED_TRACE(name);
+        std::string text = whole;
+        const std::size_t start = text.find(" " + std::string(name) + "='");
+        text.erase(start, text.find('\'', text.find('\'', start) + 1) + 1 - start);
+        EXPECT_THROW_MSG(openDefinition(text), VoUnknownXMLAttributeException, "Unknown attribute: " + VoString(name));
+    }
+}
+
+TEST_F(PackageDocuments, WhatALaterFormatAddsIsSkipped)
+{
+    const auto package = openDefinition(
+        "<package packageID='p' versionID='v' name='n' version='1.0.0.0' new='1'><new><file/><files/></new>"
+        "<files extra=''><new/><file target='a' id='f' checksum='00' size='0' more='x'><new>text</new></file></files>"
+        "<!-- comment --><chunks/><file/><chunk/></package>");
+    ASSERT_EQ(package->files().size(), 1u);
+    EXPECT_EQ(package->files()[0].target(), "a");
+    EXPECT_TRUE(package->chunks().isEmpty());
+}
+
+TEST_F(PackageDocuments, ATruncatedDefinitionNeverLoads)
+{
+    const std::string whole = smallDefinition;
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        SCOPED_TRACE(size);
+        EXPECT_THROW(openDefinition(whole.substr(0, size)), VoException);
+    }
+    EXPECT_THROW(openDefinition(whole + "<more/>"), VoInvalidXMLException);
+}
+
+TEST_F(PackageDocuments, DocumentsOfAnotherKindAreNotTakenForTheirOwn)
+{
+    AdvertisedPackages().write(file("declarations.xml"));
+    Sample().write(file("package.xml"));
+    WriteBytes(file("file.xml"), "<file target='a' id='f' checksum='00' size='0'/>");
+    WriteBytes(file("other.xml"), "<other/>");
+
+    for (const char* name : {"declarations.xml", "file.xml", "other.xml"}) {
+        SCOPED_TRACE(name);
+        EXPECT_THROW_MSG(AdvertisedPackageListing::Open(file(name)), VoNullPointerException,
+                         "Package advert failed to load");
+    }
+    EXPECT_FALSE(AdvertisedPackages::Open(file("package.xml")));
+    EXPECT_FALSE(AdvertisedPackages::Open(file("other.xml")));
+    EXPECT_TRUE(AdvertisedPackages::Open(file("declarations.xml")));
+    EXPECT_THROW_MSG(InstalledPackageListing::Open(file("other.xml")), VoNullPointerException,
+                     "Installed package listing failed to load");
+    EXPECT_THROW_MSG(AdvertisedPackages::Open(file("missing.xml")), VoFileNotFoundException,
+                     "File not found: " + file("missing.xml").path());
+}
+
+TEST_F(PackageDocuments, DocumentTypesAreRefused)
+{
+    const std::string root = "<packages/>";
+    for (const std::string& prolog :
+         {std::string("<!DOCTYPE packages>"), std::string("<!DOCTYPE x [<!ENTITY a \"b\">]>"),
+          std::string("<?xml version=\"1.0\"?><!-- c --><?pi?>\n<!DOCTYPE packages SYSTEM \"file:///etc/passwd\">")}) {
+        SCOPED_TRACE(prolog);
+        WriteBytes(file("d.xml"), prolog + root);
+        EXPECT_THROW_MSG(AdvertisedPackages::Open(file("d.xml")), VoInvalidXMLException,
+                         "Document type declarations are not allowed");
+        EXPECT_THROW_MSG(AdvertisedPackageListing::Open(file("d.xml")), VoInvalidXMLException,
+                         "Document type declarations are not allowed");
+        EXPECT_THROW_MSG(InstalledPackageListing::Open(file("d.xml")), VoInvalidXMLException,
+                         "Document type declarations are not allowed");
+    }
+}
+
+TEST_F(PackageDocuments, AFailureToLoadIsLoggedWithThePathFirst)
+{
+    std::vector<std::string> errors;
+    const VoReceiver sink = vo::logging::AddSink([&errors](const vo::logging::Record& record) {
+        if (record.level == vo::logging::Level::Error && record.category == "updater")
+            errors.push_back(record.text.toStdString());
+    });
+    EXPECT_THROW(openWithPieces(Piece("7")), VoInvalidParameterException);
+    WriteBytes(file("other.xml"), "<other/>");
+    EXPECT_THROW(AdvertisedPackageListing::Open(file("other.xml")), VoNullPointerException);
+    EXPECT_EQ(errors, (std::vector<std::string>{
+                          file("package.xml").path().toStdString() + ": Invalid chunk indexes",
+                          file("other.xml").path().toStdString() + ": Package advert failed to load",
+                      }));
+}
+
+TEST_F(PackageDocuments, AFailedWriteLeavesTheOldDocumentAndNothingElse)
+{
+    WriteBytes(file("out/package.xml"), "old");
+    const AdvertisedPackageListing bad(VoUUID("p"), VoUUID("v"), "control \x01 character", VoVersion());
+    EXPECT_THROW(bad.write(file("out/package.xml")), VoInvalidXMLOperation);
+    EXPECT_EQ(Tree(directory("out")), (std::map<std::string, std::string>{{"package.xml", "old"}}));
+}
+
+TEST_F(PackageDocuments, AddressesNeedTheDownloadService)
+{
+    const VoUrl url("https://example.org/declarations.xml");
+    const VoString text = "The download service is not available: https://example.org/declarations.xml";
+    EXPECT_THROW_MSG(AdvertisedPackages::Open(url), VoDownloadException, text);
+    EXPECT_THROW_MSG(AdvertisedPackageListing::Open(url, VoStopFlag()), VoDownloadException, text);
+    VoStopFlag raised;
+    raised.stop();
+    EXPECT_THROW_MSG(AdvertisedPackages::Open(url, raised), VoUserCancelledException, "User cancelled");
+}
+
+TEST_F(PackageDocuments, AMovedFromListingReadsAsEmptyAndCanBeAssigned)
+{
+    AdvertisedPackageListing package = Sample();
+    const AdvertisedPackageListing moved = std::move(package);
+    EXPECT_EQ(moved.files().size(), 2u);
+    EXPECT_EQ(package.packageID(), "");
+    EXPECT_TRUE(package.files().isEmpty());
+    EXPECT_EQ(package.file(VoUUID("f-1")), nullptr);
+    package.add(moved.files()[1]);
+    EXPECT_NE(package.file(VoUUID("f-2")), nullptr);
+    package = moved;
+    package = *&package;
+    EXPECT_EQ(package.chunk(VoUUID("c-1"))->size(), Bytes(99));
+
+    AdvertisedFileListing listing = moved.files()[0];
+    AdvertisedFileListing other = std::move(listing);
+    EXPECT_TRUE(listing.chunks().isEmpty());
+    EXPECT_TRUE(listing.target().isNull());
+    EXPECT_TRUE(other.equivalent(moved.files()[0]));
+    listing = other;
+    EXPECT_EQ(listing.target(), other.target());
+}
+
+TEST_F(PackageDocuments, AnInstalledFileIsListedFromItsContent)
+{
+    WriteBytes(file("a.bin"), std::string("\0\x1A\r\n", 4));
+    const InstalledFileListing listing(file("a.bin"));
+    EXPECT_EQ(listing.checksum(), ChecksumOf(std::string("\0\x1A\r\n", 4)));
+    EXPECT_EQ(listing.size(), Bytes(4));
+    EXPECT_NE(listing.id(), InstalledFileListing(file("a.bin")).id());
+    EXPECT_THROW(InstalledFileListing(file("missing")), VoFileNotFoundException);
+}
+
+TEST(XMLObject, TypesAreFixedNumbers)
+{
+    EXPECT_EQ(AdvertisedFileListing().typeCode(), 0);
+    EXPECT_EQ(AdvertisedPackageListing().typeCode(), 1);
+    EXPECT_EQ(AdvertisedPackages::Declaration().typeCode(), 2);
+    EXPECT_EQ(AdvertisedPackages().typeCode(), 3);
+    EXPECT_EQ(ChunkListing().typeCode(), 4);
+    EXPECT_EQ(ChunkReferenceListing().typeCode(), 5);
+    EXPECT_EQ(InstalledFileListing().typeCode(), 6);
+    EXPECT_EQ(InstalledPackageListing().typeCode(), 7);
+}

@@ -1,0 +1,160 @@
+#include "UpdaterFixture.h"
+
+#include <Updater/UpdatePlan.h>
+
+#include <algorithm>
+#include <set>
+#include <vector>
+
+using namespace vo::updater;
+using namespace vo::updater::detail;
+using namespace vo::test;
+
+namespace {
+
+AdvertisedFileListing Pieces(const char* id, const char* content, VoDeque<ChunkReferenceListing> pieces)
+{
+    std::int64_t size = 0;
+    for (const auto& piece : pieces)
+        size += static_cast<std::int64_t>(piece.length());
+    return {VoFilePath(id), pieces, VoUUID(id), ChecksumOf(content), Bytes(size)};
+}
+
+InstalledPackageListing Installed(const AdvertisedPackageListing& package)
+{
+    InstalledPackageListing installed(package, VoDirectoryPath("/opt/"));
+    for (const auto& file : package.files())
+        installed.add(VoFilePath("/opt/" + file.target().path()), file.id(), file.checksum(), file.size());
+    return installed;
+}
+
+std::vector<std::string> ChunkIDs(const UpdatePlan& plan)
+{
+    std::vector<std::string> ids;
+    for (const PlannedChunk& chunk : plan.chunks)
+        ids.push_back(chunk.listing.id().toString().toStdString());
+    return ids;
+}
+
+const VoUUID c1("c1");
+const VoUUID c2("c2");
+const VoUUID c3("c3");
+
+} // namespace
+
+TEST(UpdatePlan, OnlyChunksOfAddedAndModifiedFilesAreNeeded)
+{
+    const auto old = Package("p", "1",
+                             {Pieces("kept", "k", {{c1, 0, 5, 0}}), Pieces("changed", "old", {{c1, 5, 7, 0}}),
+                              Pieces("gone", "g", {{c1, 12, 3, 0}})});
+    const auto fresh = Package("p", "2",
+                               {Pieces("added", "a", {{c3, 0, 8, 0}, {c2, 9, 1, 1}}),
+                                Pieces("changed", "new", {{c3, 8, 2, 0}}), Pieces("kept", "k", {{c1, 0, 5, 0}})},
+                               {Chunk("c3", 30), Chunk("c1", 10), Chunk("c2", 20)});
+    const InstalledPackageListing installed = Installed(old);
+    const UpdatePlan plan = PlanUpdate(&installed, fresh);
+
+    EXPECT_EQ(ChunkIDs(plan), (std::vector<std::string>{"c3", "c2"}));
+    EXPECT_EQ(plan.chunks[0].references, 2u);
+    EXPECT_EQ(plan.chunks[0].extent, 10u);
+    EXPECT_EQ(plan.chunks[1].references, 1u);
+    EXPECT_EQ(plan.chunks[1].extent, 10u);
+    EXPECT_EQ(plan.bytesToTransfer, 50u);
+    EXPECT_EQ(plan.bytesToWrite, 11u);
+    EXPECT_EQ(plan.bytesToRemove, 3u);
+    EXPECT_EQ(plan.added, 1u);
+    EXPECT_EQ(plan.modified, 1u);
+    EXPECT_EQ(plan.removed, 1u);
+    EXPECT_EQ(plan.unchanged, 1u);
+    ASSERT_EQ(plan.files.size(), 3u);
+    EXPECT_EQ(plan.files[0].path, "added");
+    EXPECT_EQ(plan.files[1].path, "changed");
+    EXPECT_EQ(plan.files[2].path, "\\opt\\gone");
+    EXPECT_EQ(plan.files[2].type, FileDifference::Removed);
+}
+
+TEST(UpdatePlan, WithoutAnInstalledReleaseEverythingIsAdded)
+{
+    const auto package =
+        Package("p", "1", {Pieces("a", "a", {{c1, 0, 1, 0}}), Pieces("empty", "", {})}, {Chunk("c1"), Chunk("c2")});
+    const UpdatePlan plan = PlanUpdate(nullptr, package);
+    EXPECT_EQ(plan.added, 2u);
+    EXPECT_EQ(plan.unchanged, 0u);
+    EXPECT_EQ(ChunkIDs(plan), std::vector<std::string>{"c1"});
+}
+
+TEST(UpdatePlan, AnInstalledReleaseNeedsNothing)
+{
+    const auto package = Package("p", "1", {Pieces("a", "a", {{c1, 0, 1, 0}})}, {Chunk("c1")});
+    const InstalledPackageListing installed = Installed(package);
+    const UpdatePlan plan = PlanUpdate(&installed, package);
+    EXPECT_TRUE(plan.isEmpty());
+    EXPECT_TRUE(plan.chunks.isEmpty());
+    EXPECT_EQ(plan.unchanged, 1u);
+}
+
+TEST(UpdatePlan, HostileNumbersAndNamesDoNoHarm)
+{
+    constexpr std::uint64_t most = 18446744073709551615u;
+    const auto package =
+        Package("p", "1",
+                {AdvertisedFileListing(VoFilePath("a"), {{c1, most, 1, 0}, {VoUUID("unknown"), 0, 1, 1}}, VoUUID("a"),
+                                       VoChecksum(), Bytes(-1))},
+                {Chunk("c1", -5), Chunk("c1", 7)});
+    PackageDifferences differences = Differences(nullptr, package);
+    differences.fileModified(VoUUID("nowhere"));
+    differences.fileRemoved(VoUUID("nowhere"));
+    const UpdatePlan plan = PlanUpdate(differences, nullptr, package);
+    EXPECT_EQ(plan.files.size(), 1u);
+    EXPECT_EQ(plan.bytesToWrite, 0u);
+    EXPECT_EQ(plan.bytesToTransfer, 0u);
+    ASSERT_EQ(plan.chunks.size(), 1u);
+    EXPECT_EQ(plan.chunks[0].extent, most);
+}
+
+TEST(UpdatePlan, AgreesWithASlowMethodOnRandomReleases)
+{
+    std::mt19937 random(7);
+    for (int round = 0; round < 300; ++round) {
+        const auto randomRelease = [&random](const char* version) {
+            auto package = Package("p", version);
+            for (const char* id : {"f1", "f2", "f3", "f4", "f5"}) {
+                if (random() % 3 == 0)
+                    continue;
+                VoDeque<ChunkReferenceListing> pieces;
+                for (std::size_t i = 0, n = random() % 4; i < n; ++i)
+                    pieces.pushBack({VoUUID(std::to_string(random() % 6).c_str()), random() % 10, random() % 10, i});
+                package.add(Pieces(id, random() % 2 ? "x" : "y", pieces));
+            }
+            for (const char* id : {"4", "1", "5", "0", "3", "2"})
+                package.add(Chunk(id, static_cast<std::int64_t>(random() % 100)));
+            return package;
+        };
+        const auto target = randomRelease("2");
+        const InstalledPackageListing installed = Installed(randomRelease("1"));
+        const UpdatePlan plan = PlanUpdate(&installed, target);
+
+        std::multiset<std::string> references;
+        for (const auto& file : target.files()) {
+            const InstalledFileListing* old = installed.file(file.id());
+            if (old && old->equivalent(file))
+                continue;
+            for (const auto& piece : file.chunks())
+                references.insert(piece.chunkID().toString().toStdString());
+        }
+        std::vector<std::string> expected;
+        std::int64_t bytes = 0;
+        for (const auto& chunk : target.chunks()) {
+            const std::string id = chunk.id().toString().toStdString();
+            if (references.count(id) == 0)
+                continue;
+            ASSERT_LT(expected.size(), plan.chunks.size());
+            EXPECT_EQ(plan.chunks[expected.size()].references, references.count(id));
+            expected.push_back(id);
+            bytes += static_cast<std::int64_t>(chunk.size());
+        }
+        ASSERT_EQ(ChunkIDs(plan), expected) << "round " << round;
+        ASSERT_EQ(plan.bytesToTransfer, static_cast<std::uint64_t>(bytes));
+        ASSERT_EQ(plan.added + plan.modified + plan.unchanged, target.files().size());
+    }
+}

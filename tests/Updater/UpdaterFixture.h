@@ -1,0 +1,112 @@
+#pragma once
+
+#include <VoTestSupport.h>
+
+#include <Core/VoChecksum.h>
+#include <Core/VoUUID.h>
+#include <Core/VoVersion.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/VoTemporaryDir.h>
+#include <Subsystem/VoLogging.h>
+#include <Updater/AdvertisedPackageListing.h>
+
+#include <QtCore/QByteArray>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <iterator>
+#include <map>
+#include <random>
+#include <string>
+
+namespace vo::test {
+
+inline std::string ReadBytes(const VoFilePath& path)
+{
+    std::ifstream stream(vo::detail::ToNative(path), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+inline void WriteBytes(const VoFilePath& path, const std::string& bytes)
+{
+    const auto native = vo::detail::ToNative(path);
+    std::filesystem::create_directories(native.parent_path());
+    std::ofstream(native, std::ios::binary) << bytes;
+}
+
+inline VoChecksum ChecksumOf(const std::string& bytes)
+{
+    return VoChecksum(QByteArray(bytes.data(), static_cast<int>(bytes.size())));
+}
+
+inline VoDownloadSize Bytes(std::int64_t count)
+{
+    return VoDownloadSize(count);
+}
+
+/// A directory for one test, removed with all it holds.
+class UpdaterTest : public testing::Test
+{
+protected:
+    /// What these tests provoke is not shown on standard error.
+    UpdaterTest() { vo::logging::DisableStandardError(); }
+    ~UpdaterTest() override { vo::logging::EnableStandardError(); }
+
+    VoDirectoryPath directory(const char* name) const { return m_scratch.path().directory(name); }
+    VoFilePath file(const char* name) const { return m_scratch.path().appended(VoFilePath(name)); }
+
+    /// All files below a directory, by their paths relative to it with "/".
+    static std::map<std::string, std::string> Tree(const VoDirectoryPath& directory)
+    {
+        std::map<std::string, std::string> files;
+        const auto root = vo::detail::ToNative(directory);
+        if (!std::filesystem::exists(root))
+            return files;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+            if (entry.is_regular_file())
+                files[entry.path().lexically_relative(root).generic_string()] =
+                    ReadBytes(vo::detail::FromNative(entry.path()));
+        }
+        return files;
+    }
+
+private:
+    VoTemporaryDir m_scratch;
+};
+
+/// A file listing of one piece (or none when empty), which need not belong to a chunk that exists.
+inline vo::updater::AdvertisedFileListing FileListing(const char* id, const char* target, const std::string& content,
+                                                      const char* chunkID = "chunk")
+{
+    VoDeque<vo::updater::ChunkReferenceListing> pieces;
+    if (!content.empty())
+        pieces.pushBack({VoUUID(chunkID), 0, content.size(), 0});
+    return {VoFilePath(target), pieces, VoUUID(id), ChecksumOf(content),
+            Bytes(static_cast<std::int64_t>(content.size()))};
+}
+
+inline vo::updater::ChunkListing Chunk(const char* id, std::int64_t size = 100)
+{
+    return {VoUUID(id), ChecksumOf(id), Bytes(size), VoFilePath("chunks\\" + VoString(id) + ".vochk")};
+}
+
+inline vo::updater::AdvertisedPackageListing
+Package(const char* packageID, const char* versionID,
+        std::initializer_list<vo::updater::AdvertisedFileListing> files = {},
+        std::initializer_list<vo::updater::ChunkListing> chunks = {})
+{
+    vo::updater::AdvertisedPackageListing package(VoUUID(packageID), VoUUID(versionID), "Examples",
+                                                  VoVersion(1, 2, 3, VoVersion::Release));
+    for (const auto& file : files)
+        package.add(file);
+    for (const auto& chunk : chunks)
+        package.add(chunk);
+    return package;
+}
+
+} // namespace vo::test

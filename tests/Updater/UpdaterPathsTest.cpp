@@ -1,0 +1,97 @@
+#include "UpdaterFixture.h"
+
+#include <FileSystem/VoUrl.h>
+#include <Subsystem/VoLogging.h>
+#include <Threading/VoReceiver.h>
+#include <Updater/AdvertisedPackages.h>
+#include <Updater/UpdaterPaths.h>
+#include <Updater/VoUpdater.h>
+
+#include <QtCore/QtGlobal>
+
+#include <cstdlib>
+#include <iostream>
+#include <set>
+#include <string>
+
+using namespace vo::updater;
+using namespace vo::updater::detail;
+using namespace vo::test;
+
+namespace {
+
+AdvertisedPackages::Declaration Declared(const char* path)
+{
+    return {Package("p", "v"), VoFilePath(path)};
+}
+
+} // namespace
+
+TEST(UpdaterPaths, ThePublishedLayoutIsFixed)
+{
+    EXPECT_EQ(ChunkPath(VoUUID("{0A}")).path().toStdString(), "chunks\\{0A}.vochk");
+    EXPECT_EQ(ReleaseDirectory(VoUUID("P-1"), VoVersion(4, 2, 17, VoVersion::Beta)).path().toStdString(),
+              "packages\\P-1\\4.2.1.17\\");
+}
+
+TEST(UpdaterPaths, ADefinitionIsFoundBesideTheDeclarations)
+{
+    const auto declaration = Declared("packages\\{id}\\1.0.0.0\\a b#?%.xml");
+    EXPECT_EQ(declaration.definitionUrl(VoUrl("https://h:8/x/d.xml?q=/y#/z")).toString().toStdString(),
+              "https://h:8/x/packages/%7Bid%7D/1.0.0.0/a%20b%23%3F%25.xml");
+    EXPECT_EQ(declaration.definitionPath(VoFilePath("/srv/d.xml")).path().toStdString(),
+              "\\srv\\packages\\{id}\\1.0.0.0\\a b#?%.xml");
+    EXPECT_EQ(Declared("r\\package.xml").definitionPath(VoFilePath("d.xml")).path().toStdString(), "r\\package.xml");
+}
+
+TEST(UpdaterPaths, ADeclarationCannotLeadElsewhere)
+{
+    for (const char* path : {"", "\\etc\\x", "..\\x", "a\\..\\..\\x", "//host/x", "http://host/x", "C:\\x"}) {
+        SCOPED_TRACE(path);
+        const auto declaration = Declared(path);
+        const VoString message = "Invalid definition path: " + VoFilePath(path).path();
+        EXPECT_THROW_MSG(declaration.definitionUrl(VoUrl("https://h/x/d.xml")), VoValidationException, message);
+        EXPECT_THROW_MSG(declaration.definitionPath(VoFilePath("/srv/d.xml")), VoValidationException, message);
+    }
+}
+
+TEST(VoUpdater, TheOverriddenDirectoryHoldsTheUpdatersFiles)
+{
+    std::vector<std::string> diagnostics;
+    const VoReceiver sink = vo::logging::AddSink([&diagnostics](const vo::logging::Record& record) {
+        if (record.level == vo::logging::Level::Diagnostic && record.category == "updater")
+            diagnostics.push_back(record.text.toStdString());
+    });
+    for (const char* place : {"/first/", "/second/place/"}) {
+        VoUpdater::OverrideUpdateSystemDirectory(VoDirectoryPath(place));
+        const std::string base = VoDirectoryPath(place).path().toStdString();
+        EXPECT_EQ(VoUpdater::UpdateSystemDirectory().path().toStdString(), base);
+        EXPECT_EQ(VoUpdater::DownloadDirectory().path().toStdString(), base + "download\\");
+        EXPECT_EQ(VoUpdater::InstalledListingDirectory().path().toStdString(), base + "installed\\");
+        EXPECT_EQ(VoUpdater::InstalledPackagesPath().path().toStdString(), base + "installed\\packages.xml");
+    }
+    EXPECT_EQ(diagnostics, (std::vector<std::string>{"VoUpdater system directory overriden to \\first\\",
+                                                     "VoUpdater system directory overriden to \\second\\place\\"}));
+}
+
+// In a process of its own, because an override lasts until the end.
+TEST(VoUpdaterDeathTest, WithoutAnOverrideTheApplicationDataHoldTheUpdatersFiles)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            qputenv("VOAPPDATAPATH", "/data/app");
+            std::cerr << VoUpdater::InstalledPackagesPath().path().toStdString();
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "^.data.app.updates.installed.packages\\.xml$");
+}
+
+TEST(VoUpdater, NewIDsDifferAndAreFitForFileNames)
+{
+    std::set<std::string> ids;
+    for (int i = 0; i < 1000; ++i)
+        ids.insert(VoUpdater::GenerateID().toString().toStdString());
+    EXPECT_EQ(ids.size(), 1000u);
+    EXPECT_EQ(ids.begin()->find_first_not_of("0123456789abcdefABCDEF-"), std::string::npos);
+}
