@@ -24,14 +24,15 @@ public:
     void open(const VoFilePath& target)
     {
         m_error = vo::detail::MakeUnderNewName([&] {
-            m_path = vo::detail::ToNative(target);
-            m_path += ".tmp" + vo::detail::RandomNamePart().toStdString();
+            m_path = vo::detail::SiblingPath(vo::detail::ToNative(target));
             std::error_code made;
             m_file = vo::detail::NativeFile::CreateNew(m_path, vo::detail::NewFileAccess::Usual, made);
             return made;
         });
-        if (m_error)
+        if (m_error) {
+            m_path.clear(); // whatever bears the name is somebody else's
             throw VoCannotOpenFileException(target);
+        }
         m_buffer.reserve(BufferSize);
     }
 
@@ -148,7 +149,7 @@ struct VoAtomicFileWriter::Private
     {
         const VoString message = operation + VoString(content.error().message());
         content.discard();
-        throw VoFileException(message, target.path());
+        throw VoFileException(message, target, VoFilePath());
     }
 
     VoFilePath target;
@@ -162,8 +163,7 @@ VoAtomicFileWriter::VoAtomicFileWriter(const VoFilePath& target)
 {
     vo::detail::RequireValidLength(target);
     std::error_code ignored;
-    if (!target.isFile() ||
-        std::filesystem::is_directory(std::filesystem::symlink_status(vo::detail::ToNative(target), ignored)))
+    if (!target.isFile() || std::filesystem::is_directory(vo::detail::ToNative(target), ignored))
         throw VoInvalidPathFileException(target);
     m_private->content.open(target);
     m_private->device = std::make_unique<ContentDevice>(m_private->content);
@@ -171,28 +171,39 @@ VoAtomicFileWriter::VoAtomicFileWriter(const VoFilePath& target)
 
 VoAtomicFileWriter::VoAtomicFileWriter(VoAtomicFileWriter&& other) noexcept = default;
 
+VoAtomicFileWriter& VoAtomicFileWriter::operator=(VoAtomicFileWriter&& other) noexcept = default;
+
 VoAtomicFileWriter::~VoAtomicFileWriter() = default;
+
+VoAtomicFileWriter::Private& VoAtomicFileWriter::state()
+{
+    if (!m_private)
+        throw VoInvalidCallException("No file to write");
+    return *m_private;
+}
 
 VoIODevice& VoAtomicFileWriter::device()
 {
-    return *m_private->device;
+    return *state().device;
 }
 
 void VoAtomicFileWriter::write(const char* data, std::size_t size)
 {
-    if (m_private->committed)
+    Private& file = state();
+    if (file.committed)
         throw VoInvalidCallException("File already committed");
-    if (!m_private->content.write(data, size))
-        throw VoFileException("Cannot write file: " + VoString(m_private->content.error().message()),
-                              m_private->target.path());
+    if (!file.content.write(data, size))
+        throw VoFileException("Cannot write file: " + VoString(file.content.error().message()), file.target,
+                              VoFilePath());
 }
 
 void VoAtomicFileWriter::commit()
 {
-    Private& data = *m_private;
+    Private& data = state();
     if (data.committed)
         throw VoInvalidCallException("File already committed");
     data.committed = true;
+    data.device->close();
     const std::filesystem::path target = vo::detail::ToNative(data.target);
     data.content.finish(target);
     if (data.content.error())
@@ -207,5 +218,6 @@ void VoAtomicFileWriter::commit()
 
 const VoFilePath& VoAtomicFileWriter::target() const noexcept
 {
-    return m_private->target;
+    static const auto& none = *new VoFilePath; // outlives all static objects
+    return m_private ? m_private->target : none;
 }

@@ -26,8 +26,11 @@ public:
     /// @throw VoInvalidPathFileException when the target is null or a directory
     /// @throw VoCannotOpenFileException with the target, when the file cannot be made
     explicit VoAtomicFileWriter(const VoFilePath& target);
+    /// The moved-from writer has no file: what it is asked for throws VoInvalidCallException "No file to write".
+    /// @{
     VoAtomicFileWriter(VoAtomicFileWriter&& other) noexcept;
     VoAtomicFileWriter& operator=(VoAtomicFileWriter&& other) noexcept;
+    /// @}
     /// Removes what was not committed.
     ~VoAtomicFileWriter();
 
@@ -50,5 +53,7 @@ public:
 
 private:
     struct Private;
+    Private& state();
+
     std::unique_ptr<Private> m_private;
 };

@@ -17,7 +17,9 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <string>
+#include <memory>
+#include <new>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -41,6 +43,8 @@ auto Guarded(Operation operation)
 {
     try {
         return operation();
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& e) {
         throw VoInvalidCallException(VoString(e.what()));
     }
@@ -95,49 +99,119 @@ bool RemoveImpl(const Path& path)
     });
 }
 
-enum class Times
+// True for what stands for a whole volume, in whatever words: "\", "C:\", "\tmp\..".
+bool IsVolume(const VoDirectoryPath& directory, const fs::path& native)
 {
-    New,
-    OfSource
+    const std::string_view text = vo::detail::Bytes(directory.path());
+    if (vo::detail::AnchorLength(text) >= text.size())
+        return true;
+    std::error_code error;
+    if (fs::is_symlink(fs::symlink_status(native, error)))
+        return false; // only the link is removed
+    const fs::path canonical = fs::canonical(native, error);
+    return !error && !canonical.has_relative_path();
+}
+
+enum class CopyPurpose
+{
+    Duplicate,  // the source stays
+    Replacement // the source goes: its time is kept, and the copy has reached the disk before
 };
 
-// Copies a regular file to a name beside the target and renames it, so that the target is whole or as it was.
-std::error_code CopyWhole(const fs::path& from, const fs::path& to, Times times)
+void CopyContent(vo::detail::NativeFile& from, vo::detail::NativeFile& to, std::error_code& error)
 {
-    fs::path beside;
-    std::error_code error = vo::detail::MakeUnderNewName([&] {
-        beside = to;
-        beside += ".tmp" + vo::detail::RandomNamePart().toStdString();
-        std::error_code copied;
-        fs::copy_file(from, beside, fs::copy_options::none, copied);
-        return copied;
-    });
-    if (!error && times == Times::OfSource) {
-        const fs::file_time_type time = fs::last_write_time(from, error);
-        if (!error)
-            fs::last_write_time(beside, time, error);
+    const std::unique_ptr<char[]> block(new char[vo::detail::FileBlockSize]);
+    for (;;) {
+        const std::size_t count = from.read(block.get(), vo::detail::FileBlockSize, error);
+        if (error || count == 0)
+            return;
+        to.write(block.get(), count, error);
+        if (error)
+            return;
     }
-    if (!error && fs::file_size(beside, error) != fs::file_size(from, error) && !error)
-        error = std::make_error_code(std::errc::io_error);
-    if (!error)
-        fs::rename(beside, to, error);
+}
+
+// Some volumes have no permissions or times to set; that does not spoil a copy.
+void CopyAttributes(const fs::path& from, const fs::path& to, CopyPurpose purpose)
+{
+    std::error_code unknown;
+    const fs::file_status status = fs::status(from, unknown);
     std::error_code ignored;
-    if (error && error != std::errc::file_exists)
-        fs::remove(beside, ignored);
+    if (!unknown)
+        fs::permissions(to, status.permissions(), ignored);
+    if (purpose == CopyPurpose::Duplicate)
+        return;
+    const fs::file_time_type time = fs::last_write_time(from, unknown);
+    if (!unknown)
+        fs::last_write_time(to, time, ignored);
+}
+
+// Puts a finished file in its place, or removes it when there was an error or that fails.
+std::error_code Place(const fs::path& finished, const fs::path& target, std::error_code error)
+{
+    if (!error)
+        fs::rename(finished, target, error);
+    std::error_code ignored;
+    if (error)
+        fs::remove(finished, ignored);
     return error;
 }
 
-std::error_code CheckCopySource(const fs::path& from)
+// Copies a regular file to a name beside the target and renames it, so that the target is whole or as it was.
+std::error_code CopyWhole(const fs::path& from, const fs::path& to, CopyPurpose purpose)
 {
     std::error_code error;
-    const fs::file_status status = fs::status(from, error);
+    vo::detail::NativeFile source = vo::detail::NativeFile::OpenForReading(from, error);
+    if (error)
+        return error;
+    vo::detail::NativeFile copy;
+    fs::path beside;
+    error = vo::detail::MakeUnderNewName([&] {
+        beside = vo::detail::SiblingPath(to);
+        std::error_code made;
+        copy = vo::detail::NativeFile::CreateNew(beside, vo::detail::NewFileAccess::OwnerOnly, made);
+        return made;
+    });
+    if (error)
+        return error;
+    CopyContent(source, copy, error);
+    if (!error)
+        CopyAttributes(from, beside, purpose);
+    if (!error && purpose == CopyPurpose::Replacement)
+        copy.sync(error);
+    std::error_code closing;
+    copy.close(closing);
+    return Place(beside, to, error ? error : closing);
+}
+
+std::error_code CopyLink(const fs::path& from, const fs::path& to)
+{
+    fs::path beside;
+    const std::error_code error = vo::detail::MakeUnderNewName([&] {
+        beside = vo::detail::SiblingPath(to);
+        std::error_code made;
+        fs::copy_symlink(from, beside, made);
+        return made;
+    });
+    return error ? error : Place(beside, to, {});
+}
+
+// Moves a file or a link to another volume.
+std::error_code MoveByCopy(const fs::path& from, const fs::path& to)
+{
+    std::error_code error;
+    const fs::file_status status = fs::symlink_status(from, error);
     if (error)
         return error;
     if (fs::is_directory(status))
-        return std::make_error_code(std::errc::is_a_directory);
-    if (!fs::is_regular_file(status))
-        return std::make_error_code(std::errc::operation_not_supported);
-    return {};
+        return std::make_error_code(std::errc::cross_device_link);
+    error = fs::is_symlink(status) ? CopyLink(from, to) : CopyWhole(from, to, CopyPurpose::Replacement);
+    if (error)
+        return error;
+    std::error_code ignored; // not every volume can do that
+    vo::detail::SyncDirectory(to.parent_path(), ignored);
+    fs::remove(from, error);
+    return error;
 }
 
 bool IsOlder(const fs::path& file, const fs::path& than)
@@ -150,7 +224,25 @@ bool IsOlder(const fs::path& file, const fs::path& than)
     return !error && a < b;
 }
 
-/// One name in a directory, as read before anything is delivered.
+// False when the target is to be left as it is; an error when the copy is refused.
+bool DecideCopy(const fs::path& from, const fs::path& to, VoFileSystem::CopyOptions options, std::error_code& error)
+{
+    std::error_code ignored;
+    if (!fs::exists(fs::symlink_status(to, ignored)))
+        return true;
+    if (fs::is_directory(to, ignored)) {
+        error = std::make_error_code(std::errc::is_a_directory);
+        return true;
+    }
+    if (options == VoFileSystem::SkipExisting)
+        return false;
+    const bool replaces = options == VoFileSystem::OverwriteExisting || options == VoFileSystem::UpdateExisting;
+    if (!replaces || fs::equivalent(from, to, ignored))
+        error = std::make_error_code(std::errc::file_exists);
+    return error || options != VoFileSystem::UpdateExisting || IsOlder(to, from);
+}
+
+// One name in a directory, as read before anything is delivered.
 struct Entry
 {
     fs::path name;
@@ -164,10 +256,9 @@ std::vector<Entry> ReadDirectory(const VoFilePath& directory, bool mayHaveVanish
         std::error_code error;
         fs::directory_iterator iterator(vo::detail::ToNative(directory), error);
         while (!error && iterator != fs::directory_iterator()) {
-            std::error_code vanished;
-            const fs::file_status status = iterator->symlink_status(vanished);
-            if (!vanished && status.type() != fs::file_type::not_found)
-                entries.push_back({iterator->path().filename(), fs::is_directory(status)});
+            std::error_code vanished; // then it is a file, and missed when its turn comes
+            const bool isDirectory = !iterator->is_symlink(vanished) && iterator->is_directory(vanished);
+            entries.push_back({iterator->path().filename(), isDirectory});
             iterator.increment(error);
         }
         if (error && !(mayHaveVanished && MeansMissing(error)))
@@ -178,11 +269,21 @@ std::vector<Entry> ReadDirectory(const VoFilePath& directory, bool mayHaveVanish
     });
 }
 
+bool IsStillThere(const VoFilePath& path)
+{
+    return Guarded([&] {
+        std::error_code error;
+        return fs::symlink_status(vo::detail::ToNative(path), error).type() != fs::file_type::not_found;
+    });
+}
+
 template <typename Deliver>
 void Walk(const VoFilePath& directory, bool recursive, bool inside, const Deliver& deliver)
 {
     for (const Entry& entry : ReadDirectory(directory, inside)) {
         VoFilePath path = vo::detail::ChildFromNative(directory, entry.name);
+        if (!IsStillThere(path))
+            continue;
         if (!entry.isDirectory) {
             deliver(path, false);
             continue;
@@ -324,15 +425,15 @@ bool VoFileSystem::Remove(const VoAbstractPath& path)
 
 std::uint64_t VoFileSystem::RemoveAll(const VoDirectoryPath& directory)
 {
-    const std::string_view text = vo::detail::Bytes(directory.path());
-    if (vo::detail::AnchorLength(text) >= text.size())
-        throw VoInvalidCallException("Cannot remove root directory: " + directory.path());
     return Guarded([&] {
+        const fs::path native = NativeName(directory);
+        if (IsVolume(directory, native))
+            throw VoInvalidCallException("Cannot remove root directory: " + directory.path());
         std::error_code error;
-        const std::uintmax_t removed = fs::remove_all(NativeName(directory), error);
-        if (error)
+        const std::uintmax_t removed = fs::remove_all(native, error);
+        if (error && !MeansMissing(error))
             Fail("remove_all", error, directory.path());
-        return static_cast<std::uint64_t>(removed);
+        return error ? 0 : static_cast<std::uint64_t>(removed);
     });
 }
 
@@ -357,25 +458,11 @@ bool VoFileSystem::CopyFile(const VoFilePath& from, const VoFilePath& to, CopyOp
     return Guarded([&] {
         const fs::path source = vo::detail::ToNative(from);
         const fs::path target = vo::detail::ToNative(to);
-        std::error_code error = CheckCopySource(source);
-        if (error)
-            Fail(VoString(error.message()), from, to);
-
-        std::error_code ignored;
-        const fs::file_status existing = fs::symlink_status(target, ignored);
-        if (fs::exists(existing)) {
-            if (options == SkipExisting)
-                return false;
-            if (fs::is_directory(target, ignored))
-                error = std::make_error_code(std::errc::is_a_directory);
-            else if (fs::equivalent(source, target, ignored) ||
-                     (options != OverwriteExisting && options != UpdateExisting))
-                error = std::make_error_code(std::errc::file_exists);
-            else if (options == UpdateExisting && !IsOlder(target, source))
-                return false;
-        }
+        std::error_code error;
+        if (!DecideCopy(source, target, options, error))
+            return false;
         if (!error)
-            error = CopyWhole(source, target, Times::New);
+            error = CopyWhole(source, target, CopyPurpose::Duplicate);
         if (error)
             Fail(VoString(error.message()), from, to);
         return true;
@@ -391,13 +478,8 @@ void VoFileSystem::MoveFile(const VoFilePath& from, const VoFilePath& to)
         const fs::path target = NativeName(to);
         std::error_code error;
         fs::rename(source, target, error);
-        if (error == std::errc::cross_device_link) {
-            error = CheckCopySource(source);
-            if (!error)
-                error = CopyWhole(source, target, Times::OfSource);
-            if (!error)
-                fs::remove(source, error);
-        }
+        if (error == std::errc::cross_device_link)
+            error = MoveByCopy(source, target);
         if (error)
             Fail("rename: " + VoString(error.message()), from, to);
     });
@@ -409,7 +491,7 @@ void VoFileSystem::SyncDirectory(const VoDirectoryPath& directory)
         std::error_code error;
         vo::detail::SyncDirectory(vo::detail::ToNative(directory), error);
         if (error)
-            Fail("status", error, directory.path());
+            Fail("sync", error, directory.path());
     });
 }
 

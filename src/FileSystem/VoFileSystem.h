@@ -97,13 +97,15 @@ public:
     static bool CreateDirectory(const VoDirectoryPath& path, bool createParents = false);
 
     /// Copies a file with its permissions; true when something was copied. The target appears whole or not at all: it
-    /// is written beside its place and renamed.
-    /// @throw VoFileException with both paths and the system's text alone: for a source that is a directory or missing,
-    ///        a target that exists under NoOption, and a target that is the source
+    /// is written beside its place and renamed, so a target that is a link is itself replaced. A source that is a link
+    /// means the file that it leads to. The copy is not forced to disk.
+    /// @throw VoFileException with both paths and the system's text alone: for a source that is missing or no regular
+    ///        file, a target that exists under NoOption, and a target that is a directory or the source itself
     static bool CopyFile(const VoFilePath& from, const VoFilePath& to, CopyOptions options = NoOption);
 
-    /// Renames a file or directory; a file takes the place of an existing target. A file moves to another volume by a
-    /// copy that keeps permissions and modification time, and the source is removed when the copy is complete.
+    /// Renames a file, link or directory; a file takes the place of an existing target. A file or link moves to another
+    /// volume by a copy that keeps permissions and modification time where the volume has them; the source is removed
+    /// when the copy is whole and on the disk. Directories do not move to another volume.
     static void MoveFile(const VoFilePath& from, const VoFilePath& to);
 
     /// Makes sure that the names in a directory, as they are now, survive a loss of power. Does nothing on systems
@@ -125,6 +127,7 @@ public:
     static void ForEachFile(const VoDirectoryPath& directory, bool recursive, bool includeDirectories,
                             const std::function<void(const VoFilePath&)>& callback);
     /// Hands the directories in a directory to the callback.
+    /// @throw VoInvalidPathException also when a name makes no valid directory path: one with a ":" too many
     static void ForEachDirectory(const VoDirectoryPath& directory, bool recursive,
                                  const std::function<void(const VoDirectoryPath&)>& callback);
     /// The number of paths that ForEachFile would deliver.
