@@ -1,0 +1,108 @@
+#pragma once
+
+#include <FileSystem/NativePath.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/VoTemporaryDir.h>
+#include <VoTestSupport.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#if defined(__unix__)
+#include <csignal>
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
+namespace vo::test {
+
+#if defined(__unix__)
+
+/// While it lives no file of this process grows beyond a size: writing fails as it does on a full disk.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(std::size_t bytes)
+    {
+        m_handler = std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &m_old);
+        struct rlimit limited = m_old;
+        limited.rlim_cur = bytes;
+        ::setrlimit(RLIMIT_FSIZE, &limited);
+    }
+
+    ~FileSizeLimit()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_old);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    struct rlimit m_old = {};
+    void (*m_handler)(int) = nullptr;
+};
+
+#endif
+
+/// A new directory for each test, and words for what is in it. Files are written and read by the standard library, so
+/// that the code under test does not judge itself.
+class FileSystemFixture : public testing::Test
+{
+protected:
+    VoDirectoryPath root() const { return m_directory.path(); }
+    VoFilePath at(const char* name) const { return root().file(name); }
+    std::filesystem::path native(const char* name) const { return vo::detail::ToNative(at(name)); }
+
+    VoFilePath write(const char* name, const std::string& content = "content") const
+    {
+        std::filesystem::create_directories(native(name).parent_path());
+        std::ofstream(native(name), std::ios::binary) << content;
+        return at(name);
+    }
+
+    std::string read(const char* name) const
+    {
+        std::ifstream stream(native(name), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(stream), {});
+    }
+
+    bool exists(const char* name) const
+    {
+        return std::filesystem::exists(std::filesystem::symlink_status(native(name)));
+    }
+
+    void link(const char* target, const char* name) const { std::filesystem::create_symlink(target, native(name)); }
+
+    /// The names in the directory, sorted.
+    std::vector<std::string> names() const
+    {
+        std::vector<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(vo::detail::ToNative(root())))
+            found.push_back(entry.path().filename().string());
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+
+    static bool IsSuperuser()
+    {
+#if defined(__unix__)
+        return ::geteuid() == 0;
+#else
+        return false;
+#endif
+    }
+
+private:
+    VoTemporaryDir m_directory;
+};
+
+} // namespace vo::test

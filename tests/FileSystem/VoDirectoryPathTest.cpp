@@ -1,0 +1,175 @@
+#include <Core/VoDeque.h>
+#include <Core/VoFileException.h>
+#include <FileSystem/VoPath.h>
+#include <FileSystem/VoPathException.h>
+#include <VoTestSupport.h>
+
+#include <sstream>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace {
+
+std::vector<std::string> Chunks(const VoDirectoryPath& path)
+{
+    std::vector<std::string> texts;
+    for (const VoStringView& chunk : path.chunks())
+        texts.push_back(chunk.toString().toStdString());
+    return texts;
+}
+
+} // namespace
+
+TEST(VoDirectoryPath, acceptsDirectoriesOnly)
+{
+    for (const char* text : {"", "C:\\a\\", "a\\b\\", "\\", "/tmp/", "\\\\srv\\", "/tmp/a:b/"})
+        EXPECT_NO_THROW(VoDirectoryPath{text}) << text;
+    for (const char* text : {"C:\\Temp", "a", "C:", "\\tmp"})
+        EXPECT_THROW_MSG(VoDirectoryPath{text}, VoInvalidPathException, "Not a valid directory path") << text;
+    for (const char* text : {"C:\\a:b\\", "a:b:c\\", "\\\\srv\\a:b\\", "C:\\a:b"})
+        EXPECT_THROW_MSG(VoDirectoryPath{text}, VoInvalidPathException, "Invalid : in path name") << text;
+}
+
+TEST(VoDirectoryPath, theOffendingPathTravelsWithTheException)
+{
+    try {
+        VoDirectoryPath path(" C:/Temp ");
+        FAIL() << "accepted " << path;
+    } catch (const VoInvalidPathException& e) {
+        EXPECT_EQ(e.path().toStdString(), "C:\\Temp");
+    }
+}
+
+TEST(VoDirectoryPath, missingSeparatorIsAddedToTextsOfPeople)
+{
+    EXPECT_EQ(VoDirectoryPath::FromText("/tmp").path().toStdString(), "\\tmp\\");
+    EXPECT_EQ(VoDirectoryPath::FromText("/tmp/ ").path().toStdString(), "\\tmp\\");
+    EXPECT_TRUE(VoDirectoryPath::FromText("  ").isNull());
+}
+
+TEST(VoDirectoryPath, asksItsTextNotTheDisk)
+{
+    const VoDirectoryPath null;
+    EXPECT_TRUE(null.isNull());
+    EXPECT_FALSE(null.isDirectory());
+    EXPECT_FALSE(null.isFile());
+    EXPECT_FALSE(null.isFragment());
+    EXPECT_TRUE(VoDirectoryPath("a\\").isFragment());
+    EXPECT_FALSE(VoDirectoryPath("C:\\a\\").isFragment());
+    EXPECT_TRUE(VoDirectoryPath("C:\\a\\").isDirectory());
+}
+
+TEST(VoDirectoryPath, hasPieces)
+{
+    using Texts = std::vector<std::string>;
+    EXPECT_EQ(Chunks("C:\\a\\b\\"), (Texts{"C:", "a", "b"}));
+    EXPECT_EQ(Chunks("\\\\srv\\share\\"), (Texts{"srv", "share"}));
+    EXPECT_EQ(Chunks("\\tmp\\"), (Texts{"tmp"}));
+    EXPECT_EQ(Chunks(""), Texts());
+    EXPECT_EQ(Chunks("\\"), Texts());
+
+    const VoDirectoryPath path("C:\\a\\b\\");
+    EXPECT_EQ(path.numberChunks(), 3U);
+    EXPECT_EQ(path.chunk(2).toString().toStdString(), "b");
+    EXPECT_THROW_MSG(path.chunk(3), VoIndexOutOfBoundsException, "Index out of bounds [3,3]");
+    EXPECT_EQ(path.top().toString().toStdString(), "a");
+    const VoDirectoryPath share("\\\\srv\\share\\");
+    EXPECT_EQ(share.top().toString().toStdString(), "share");
+    const VoDirectoryPath drive("C:\\");
+    EXPECT_EQ(drive.top().toString().toStdString(), "");
+}
+
+TEST(VoDirectoryPath, climbsToItsParentAndAtLastToNull)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"C:\\a\\b\\", "C:\\a\\"},
+        {"C:\\a\\", "C:\\"},
+        {"C:\\", ""},
+        {"a\\b\\", "a\\"},
+        {"a\\", ""},
+        {"\\a\\", "\\"},
+        {"\\", ""},
+        {"\\\\srv\\share\\", "\\\\srv\\"},
+        {"\\\\srv\\", ""},
+        {"", ""},
+        {"a:b\\c\\", "a:b\\"},
+    };
+    for (const auto& [text, parent] : rows)
+        EXPECT_EQ(VoDirectoryPath(text).parent().path().toStdString(), parent) << text;
+}
+
+TEST(VoDirectoryPath, appends)
+{
+    const VoDirectoryPath base("C:\\a\\b\\");
+    EXPECT_EQ(base.appended(VoDirectoryPath("..\\y\\")).path().toStdString(), "C:\\a\\y\\");
+    EXPECT_EQ(base.appended(VoFilePath("x.txt")).path().toStdString(), "C:\\a\\b\\x.txt");
+    EXPECT_EQ(base.appended(VoDirectoryPathFragment(VoString("c\\"))).path().toStdString(), "C:\\a\\b\\c\\");
+    EXPECT_EQ(base.directory("logs").path().toStdString(), "C:\\a\\b\\logs\\");
+    EXPECT_EQ(base.directory(VoString("logs\\")).path().toStdString(), "C:\\a\\b\\logs\\");
+    EXPECT_EQ(base.file("x").path().toStdString(), "C:\\a\\b\\x");
+    EXPECT_EQ(base.relativeFile("C:\\A\\B\\c\\x").path().toStdString(), "c\\x");
+    EXPECT_EQ(VoDirectoryPath().appended(VoDirectoryPath("C:\\x\\")).path().toStdString(), "C:\\x\\");
+
+    VoDirectoryPath inPlace = base;
+    inPlace.append(VoDirectoryPath("c\\")).append(VoDirectoryPathFragment(VoString("d\\")));
+    EXPECT_EQ(inPlace.path().toStdString(), "C:\\a\\b\\c\\d\\");
+}
+
+TEST(VoDirectoryPath, keepsWhatBeginsWithASeparatorInside)
+{
+    EXPECT_EQ(VoDirectoryPath("a\\").appended(VoFilePath("/etc/x")).path().toStdString(), "a\\etc\\x");
+    EXPECT_EQ(VoDirectoryPath("\\").appended(VoFilePath("\\tmp\\x")).path().toStdString(), "\\tmp\\x");
+}
+
+TEST(VoDirectoryPath, refusesAbsolutePathsBehindIt)
+{
+    VoDirectoryPath base("C:\\a\\");
+    EXPECT_THROW_MSG(base.append(VoDirectoryPath("D:\\b\\")), VoInvalidPathFileException,
+                     "Cannot append absolute path to path: D:\\b\\");
+    EXPECT_THROW_MSG(base.appended(VoFilePath("\\\\srv\\x")), VoInvalidPathFileException,
+                     "Cannot append absolute path to path: \\\\srv\\x");
+    EXPECT_THROW_MSG(base.append(VoDirectoryPath("..\\..\\b\\")), VoPathException,
+                     "Unable to resolve as relative path is invalid");
+    EXPECT_EQ(base, VoString("C:\\a\\")) << "unchanged after the failures";
+}
+
+TEST(VoDirectoryPath, comparesHashesAndPrintsItsTextWithoutRegardToCase)
+{
+    EXPECT_EQ(VoDirectoryPath("C:\\TEMP\\"), VoDirectoryPath("c:\\temp\\"));
+    EXPECT_TRUE(VoString("c:\\temp\\") == VoDirectoryPath("C:\\TEMP\\"));
+    EXPECT_TRUE(VoDirectoryPath("C:\\TEMP\\") != VoString("c:\\temp"));
+    EXPECT_LT(VoDirectoryPath("a\\"), VoDirectoryPath("B\\"));
+    EXPECT_GE(VoDirectoryPath("A\\"), VoDirectoryPath("a\\"));
+    EXPECT_EQ((std::unordered_set<VoDirectoryPath>{"A\\", "a\\"}).size(), 1U);
+    std::ostringstream stream;
+    stream << VoDirectoryPath("A\\");
+    EXPECT_EQ(stream.str(), "A\\");
+    EXPECT_EQ(VoDirectoryPath::Deserialize(VoDirectoryPath::Serialize("A\\")).path().toStdString(), "A\\");
+}
+
+TEST(VoDirectoryPath, aMovedFromPathIsNull)
+{
+    VoDirectoryPath from("C:\\a\\");
+    const VoDirectoryPath to(std::move(from));
+    EXPECT_TRUE(from.isNull());
+    from = to;
+    EXPECT_EQ(from, to);
+}
+
+TEST(VoDirectoryPathFragment, isRelativeAndEndsWithASeparator)
+{
+    EXPECT_EQ(VoDirectoryPathFragment(VoString("a/b/")).path().toStdString(), "a\\b\\");
+    EXPECT_TRUE(VoDirectoryPathFragment(VoString("")).isNull());
+    for (const char* text : {"C:\\a\\", "a", "\\\\srv\\", "a:\\"})
+        EXPECT_THROW_MSG(VoDirectoryPathFragment(VoString(text)), VoDirectoryPathException,
+                         "Not a valid directory path: " + VoString(text));
+}
+
+TEST(VoDirectoryPathFragment, givesFilesBelowIt)
+{
+    const VoDirectoryPathFragment fragment(VoString("a\\b\\"));
+    EXPECT_EQ(fragment.file("x").path().toStdString(), "a\\b\\x");
+    EXPECT_EQ(fragment.file(VoFilePath("..\\x")).path().toStdString(), "a\\x");
+    EXPECT_THROW_MSG(fragment.file("C:\\x"), VoInvalidPathFileException, "Cannot append absolute path to path: C:\\x");
+}

@@ -1,0 +1,215 @@
+#include <Core/VoFileException.h>
+#include <FileSystem/VoPath.h>
+#include <FileSystem/VoPathException.h>
+#include <VoTestSupport.h>
+
+#include <string>
+#include <unordered_set>
+
+namespace {
+
+std::string Text(const VoFilePath& path)
+{
+    return path.path().toStdString();
+}
+
+std::string Text(const VoStringView& view)
+{
+    return view.toString().toStdString();
+}
+
+} // namespace
+
+TEST(VoFilePath, nameIsSplitAtItsLastDot)
+{
+    struct
+    {
+        const char* path;
+        const char* filename;
+        const char* stem;
+        const char* extension;
+    } const rows[] = {
+        {"C:\\a\\x.txt", "x.txt", "x", "txt"},
+        {"a\\x.tar.gz", "x.tar.gz", "x.tar", "gz"},
+        {"x", "x", "x", ""},
+        {"C:\\a.b\\x", "x", "x", ""},
+        {".profile", ".profile", ".profile", ""},
+        {".a.b", ".a.b", ".a", "b"},
+        {"a.", "a.", "a", ""},
+        {".", ".", ".", ""},
+        {"..", "..", "..", ""},
+        {"C:\\a\\", "", "", ""},
+        {"", "", "", ""},
+        {"a\\..", "..", "..", ""},
+    };
+    for (const auto& row : rows) {
+        const VoFilePath path(row.path);
+        EXPECT_EQ(Text(path.filename()), row.filename) << row.path;
+        EXPECT_EQ(Text(path.stem()), row.stem) << row.path;
+        EXPECT_EQ(Text(path.extension()), row.extension) << row.path;
+    }
+}
+
+TEST(VoFilePath, parentEndsAtTheRoot)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"C:\\a\\x", "C:\\a\\"},
+        {"C:\\a", "C:\\"},
+        {"a", ""},
+        {"C:\\", ""},
+        {"\\", ""},
+        {"\\x", "\\"},
+        {"\\\\srv\\", ""},
+        {"\\\\srv\\x", "\\\\srv\\"},
+        {"C:x", ""},
+        {"", ""},
+        {"a\\b\\", "a\\"},
+    };
+    for (const auto& [text, parent] : rows) {
+        const VoFilePath path(text);
+        EXPECT_EQ(path.parent().path().toStdString(), parent) << text;
+        EXPECT_EQ(Text(path.parentPath()), parent) << text;
+    }
+}
+
+TEST(VoFilePath, takesAnyTextButItsParentMustBeADirectoryPath)
+{
+    const VoFilePath path("C:\\a:b\\x");
+    EXPECT_THROW_MSG(path.parent(), VoInvalidPathException, "Invalid : in path name");
+}
+
+TEST(VoFilePath, uncheckedTextStaysAsItIs)
+{
+    EXPECT_EQ(Text(VoFilePath::CreateUnchecked(" a//b ")), " a//b ");
+    EXPECT_TRUE(VoFilePath::CreateUnchecked("").isNull());
+}
+
+TEST(VoFilePath, isLongestAt260Bytes)
+{
+    EXPECT_TRUE(VoFilePath(VoString('x', 260)).validLength());
+    EXPECT_FALSE(VoFilePath(VoString('x', 261)).validLength());
+    std::string accents;
+    for (int i = 0; i < 131; ++i)
+        accents += "\xc3\xa9";
+    const VoFilePath path{VoString(accents)};
+    EXPECT_FALSE(path.validLength()) << "bytes count, not characters";
+    EXPECT_EQ(VoPathSizeFileException(path).message().toStdString(),
+              "Path exceeds maximum length by 2 characters for: " + accents);
+}
+
+TEST(VoFilePath, becomesAbsoluteAgainstADirectoryOrTheDirectoryOfAFile)
+{
+    EXPECT_EQ(Text(VoFilePath("x").absolute("C:\\a\\")), "C:\\a\\x");
+    EXPECT_EQ(Text(VoFilePath("x").absolute("C:\\a\\b.txt")), "C:\\a\\x");
+    EXPECT_EQ(Text(VoFilePath("..\\x").absolute("C:\\a\\b\\")), "C:\\a\\x");
+    EXPECT_EQ(Text(VoFilePath("x").absolute("b.txt")), "x");
+    for (const char* rooted : {"D:\\x", "\\tmp\\x", "\\\\srv\\x"})
+        EXPECT_EQ(Text(VoFilePath(rooted).absolute("C:\\a\\")), rooted);
+    EXPECT_THROW_MSG(VoFilePath("..\\..\\x").absolute("C:\\a\\"), VoPathException,
+                     "Unable to resolve as relative path is invalid");
+    EXPECT_EQ(Text(VoFilePath::Resolve("/x/ ", "C:\\a\\")), "\\x\\");
+    EXPECT_EQ(Text(VoFilePath::Resolve("sub//x", "C:\\a\\")), "C:\\a\\sub\\x");
+}
+
+TEST(VoFilePath, isSeenFromABase)
+{
+    struct
+    {
+        const char* path;
+        const char* base;
+        const char* relative;
+    } const rows[] = {
+        {"C:\\a\\b\\x", "C:\\a\\", "b\\x"},
+        {"C:\\A\\B\\x", "c:\\a\\b\\", "x"},
+        {"C:\\a\\x", "C:\\a\\b\\c\\", "..\\..\\x"},
+        {"C:\\a\\x", "C:\\a\\list.xml", "x"},
+        {"C:\\a\\b\\", "C:\\a\\", "b\\"},
+        {"C:\\a\\", "C:\\a\\", ""},
+        {"C:\\a", "C:\\a\\b\\", "..\\..\\a"},
+        {"C:\\x", "D:\\", "C:\\x"},
+        {"\\tmp\\x", "tmp\\", "\\tmp\\x"},
+        {"tmp\\x", "\\tmp\\", "tmp\\x"},
+        {"\\\\srv\\x", "\\\\other\\", "\\\\srv\\x"},
+        {"\\tmp\\a\\x", "\\tmp\\b\\", "..\\a\\x"},
+        {"b", "..\\a\\", "b"},
+        {"a\\x", "", "a\\x"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(Text(VoFilePath(row.path).relative(row.base)), row.relative) << row.path << " from " << row.base;
+}
+
+TEST(VoFilePath, relativeAndAbsoluteAreEachOthersInverse)
+{
+    const char* const directories[] = {"\\", "\\a\\", "\\a\\b\\", "\\a\\c\\d\\", "\\e\\"};
+    for (const char* base : directories)
+        for (const char* directory : directories) {
+            const VoFilePath path = VoDirectoryPath(directory).file("x.txt");
+            EXPECT_EQ(Text(path.relative(base).absolute(base)), Text(path)) << path << " from " << base;
+        }
+}
+
+TEST(VoFilePath, isAncestorOfWhatLiesBelowPieceByPiece)
+{
+    struct
+    {
+        const char* ancestor;
+        const char* path;
+        bool is;
+    } const rows[] = {
+        {"C:\\ab\\", "C:\\ab\\x", true},    {"C:\\AB\\", "c:\\ab\\c\\x", true},
+        {"C:\\ab\\", "C:\\abc\\x", false},  {"C:\\ab\\", "C:\\ab\\", false},
+        {"C:\\ab", "C:\\ab\\x", false},     {"\\", "\\tmp\\", true},
+        {"\\", "\\\\srv\\x", false},        {"", "x", false},
+        {"C:\\ab\\c\\", "C:\\ab\\", false},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(VoFilePath(row.ancestor).isAncestor(row.path), row.is) << row.ancestor << " of " << row.path;
+}
+
+TEST(VoFilePath, appendsToDirectoriesOnly)
+{
+    EXPECT_EQ(Text(VoFilePath("a\\").appended("b\\x")), "a\\b\\x");
+    EXPECT_EQ(Text(VoFilePath().appended("C:\\x")), "C:\\x");
+    EXPECT_THROW_MSG(VoFilePath("a").appended("b"), VoInvalidPathFileException, "Cannot append to file path: b");
+    EXPECT_THROW_MSG(VoFilePath("a").appended("C:\\b"), VoInvalidPathFileException,
+                     "Cannot append to file path: C:\\b");
+    EXPECT_THROW_MSG(VoFilePath("a\\").appended("C:\\b"), VoInvalidPathFileException,
+                     "Cannot append absolute path to path: C:\\b");
+}
+
+TEST(VoFilePath, comparesWithPathsAndTextsOnEitherSideWithoutRegardToCase)
+{
+    const VoFilePath path("C:\\Temp");
+    EXPECT_TRUE(path == VoFilePath("c:\\TEMP"));
+    EXPECT_TRUE(path == VoString("c:\\TEMP"));
+    EXPECT_TRUE(VoString("c:\\TEMP") == path);
+    EXPECT_TRUE(path == "c:\\TEMP");
+    EXPECT_TRUE("c:\\TEMP" == path);
+    EXPECT_TRUE(path != "c:/TEMP") << "texts are compared as they are";
+    EXPECT_TRUE(VoFilePath("a") < VoFilePath("B"));
+    EXPECT_TRUE(VoFilePath("B") > VoFilePath("a"));
+    EXPECT_TRUE(VoFilePath("A") <= VoFilePath("a") && VoFilePath("A") >= VoFilePath("a"));
+    EXPECT_EQ((std::unordered_set<VoFilePath>{"A", "a", "b"}).size(), 2U);
+}
+
+TEST(VoFilePath, copiesAndMovesAsAValue)
+{
+    VoFilePath from("a");
+    VoFilePath copy;
+    copy = from;
+    const VoFilePath moved(std::move(from));
+    EXPECT_TRUE(from.isNull());
+    EXPECT_EQ(Text(from), "");
+    EXPECT_EQ(moved, copy);
+    from = moved;
+    EXPECT_EQ(from, copy);
+    const VoFilePath& self = copy;
+    copy = self;
+    EXPECT_EQ(Text(copy), "a");
+}
+
+TEST(VoFilePath, convertsFromDirectoriesAndToWideText)
+{
+    EXPECT_EQ(Text(VoDirectoryPath("C:\\a\\").toFilePath()), "C:\\a\\");
+    EXPECT_EQ(VoFilePath("\xc3\xa9").toWString(), std::wstring(1, static_cast<wchar_t>(0xe9)));
+}

@@ -1,0 +1,594 @@
+#include "FileSystemFixture.h"
+
+#include <Core/VoChecksum.h>
+#include <Core/VoFileException.h>
+#include <FileSystem/VoDirectoryPathFragment.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QtGlobal>
+
+#include <chrono>
+#include <stdexcept>
+#include <utility>
+
+#if defined(__unix__)
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class FileSystem : public vo::test::FileSystemFixture
+{
+protected:
+    using Texts = std::vector<std::string>;
+
+    // A path as the tests name it: below the root.
+    std::string below(const VoString& path) const { return path.toStdString().substr(root().path().size()); }
+
+    Texts files(bool recursive, bool directories) const
+    {
+        Texts found;
+        VoFileSystem::ForEachFile(root(), recursive, directories,
+                                  [&](const VoFilePath& path) { found.push_back(below(path.path())); });
+        return found;
+    }
+
+    void setAge(const char* name, int hours) const
+    {
+        fs::last_write_time(native(name), fs::file_time_type::clock::now() - std::chrono::hours(hours));
+    }
+
+    fs::perms permissions(const char* name) const { return fs::status(native(name)).permissions(); }
+};
+
+// Sets an environment variable for a test.
+class Environment
+{
+public:
+    Environment(const char* name, const QByteArray& value)
+        : m_name(name)
+        , m_old(qgetenv(name))
+        , m_wasSet(qEnvironmentVariableIsSet(name))
+    {
+        qputenv(name, value);
+    }
+
+    ~Environment()
+    {
+        if (m_wasSet)
+            qputenv(m_name, m_old);
+        else
+            qunsetenv(m_name);
+    }
+
+    Environment(const Environment&) = delete;
+    Environment& operator=(const Environment&) = delete;
+
+private:
+    const char* m_name;
+    QByteArray m_old;
+    bool m_wasSet;
+};
+
+#if defined(__unix__)
+
+// A directory on another volume than the temporary directory's, or none.
+class OtherVolume
+{
+public:
+    explicit OtherVolume(const VoDirectoryPath& here)
+    {
+        struct stat first = {};
+        struct stat second = {};
+        if (::stat(vo::detail::ToNative(here).c_str(), &first) == 0 && ::stat("/dev/shm", &second) == 0 &&
+            first.st_dev != second.st_dev && ::access("/dev/shm", W_OK) == 0)
+            m_directory = std::make_unique<VoTemporaryDir>(VoDirectoryPath("/dev/shm/"));
+    }
+
+    explicit operator bool() const { return m_directory != nullptr; }
+    VoFilePath at(const char* name) const { return m_directory->path(name); }
+    fs::path native(const char* name) const { return vo::detail::ToNative(at(name)); }
+
+private:
+    std::unique_ptr<VoTemporaryDir> m_directory;
+};
+
+#endif
+
+} // namespace
+
+TEST_F(FileSystem, tellsWhatExists)
+{
+    write("file");
+    write("directory\\x");
+    link("file", "link");
+    link("nowhere", "dangling");
+    link("loop", "loop");
+    struct
+    {
+        const char* name;
+        bool exists;
+        bool directory;
+    } const rows[] = {{"file", true, false},     {"directory", true, true},    {"directory\\", true, true},
+                      {"link", true, false},     {"dangling", false, false},   {"loop", false, false},
+                      {"missing", false, false}, {"file\\below", false, false}};
+    for (const auto& row : rows) {
+        const VoString text = at(row.name).path();
+        EXPECT_EQ(VoFileSystem::Exists(at(row.name)), row.exists) << row.name;
+        EXPECT_EQ(VoFileSystem::Exists(text), row.exists) << row.name;
+        EXPECT_EQ(VoFileSystem::Exists(VoStringView(text)), row.exists) << row.name;
+        EXPECT_EQ(VoFileSystem::Exists(text.c_str()), row.exists) << row.name;
+        EXPECT_EQ(VoFileSystem::IsDirectory(at(row.name)), row.directory) << row.name;
+    }
+    EXPECT_TRUE(root().exists());
+    EXPECT_TRUE(VoFileSystem::IsDirectory(root()));
+    EXPECT_FALSE(root().directory("missing").exists());
+    EXPECT_FALSE(VoFileSystem::Exists(VoFilePath()));
+    EXPECT_FALSE(VoFileSystem::Exists(root().file(VoString('x', 300)))) << "no name can be that long";
+}
+
+TEST_F(FileSystem, measuresFiles)
+{
+    EXPECT_EQ(VoFileSystem::FileSize(write("file", std::string(12345, 'x'))), 12345U);
+    EXPECT_THROW_MSG(VoFileSystem::FileSize(at("missing")), VoFileNotFoundException,
+                     "File not found: " + at("missing").path());
+    EXPECT_THROW_MSG(VoFileSystem::FileSize(root().toFilePath()), VoFileException, "file_size: Is a directory");
+    EXPECT_EQ(VoFileSystem::Checksum(at("file")), VoChecksum(QByteArray(12345, 'x')));
+}
+
+TEST_F(FileSystem, filesAreTheSameWhenTheyAreOneOnDisk)
+{
+    write("file");
+    write("equal");
+    link("file", "link");
+    fs::create_hard_link(native("file"), native("hard"));
+    EXPECT_TRUE(VoFileSystem::Same(at("file"), at("file")));
+    EXPECT_TRUE(VoFileSystem::Same(at("file"), at("link")));
+    EXPECT_TRUE(VoFileSystem::Same(at("hard"), at("file")));
+    EXPECT_FALSE(VoFileSystem::Same(at("file"), at("equal"))) << "equal content is another matter";
+    EXPECT_FALSE(VoFileSystem::Same(at("file"), at("missing")));
+    EXPECT_FALSE(VoFileSystem::Same(at("missing"), at("missing")));
+}
+
+TEST_F(FileSystem, pathsThatAreEqualMayBeTwoFiles)
+{
+    write("A");
+    write("a");
+    if (names().size() == 1)
+        GTEST_SKIP() << "this volume ignores case";
+    EXPECT_EQ(at("A"), at("a"));
+    EXPECT_FALSE(VoFileSystem::Same(at("A"), at("a")));
+}
+
+TEST_F(FileSystem, removesFilesLinksAndEmptyDirectories)
+{
+    write("file");
+    write("full\\x");
+    fs::create_directory(native("empty"));
+    link("full", "link");
+    EXPECT_TRUE(VoFileSystem::Remove(at("file")));
+    EXPECT_FALSE(VoFileSystem::Remove(at("file"))) << "it is gone already";
+    EXPECT_TRUE(VoFileSystem::Remove(root().directory("empty")));
+    EXPECT_TRUE(VoFileSystem::Remove(root().directory("link"))) << "the link, though the path ends with a separator";
+    EXPECT_THROW_MSG(VoFileSystem::Remove(at("full")), VoFileException, "remove: Directory not empty");
+    EXPECT_EQ(names(), Texts{"full"});
+    EXPECT_EQ(read("full\\x"), "content");
+}
+
+TEST_F(FileSystem, removesTreesAndCounts)
+{
+    write("tree\\a\\x");
+    write("tree\\a\\y");
+    write("tree\\b\\c\\z");
+    EXPECT_EQ(VoFileSystem::RemoveAll(root().directory("tree")), 7U);
+    EXPECT_EQ(VoFileSystem::RemoveAll(root().directory("tree")), 0U);
+    EXPECT_TRUE(names().empty());
+}
+
+TEST_F(FileSystem, removingATreeFollowsNoLinks)
+{
+    write("kept\\x");
+    fs::create_directory(native("tree"));
+    link("../kept", "tree\\link");
+    link("kept", "alias");
+    EXPECT_EQ(VoFileSystem::RemoveAll(root().directory("tree")), 2U);
+    EXPECT_EQ(VoFileSystem::RemoveAll(root().directory("alias")), 1U);
+    EXPECT_EQ(read("kept\\x"), "content");
+}
+
+// Nothing here names the root of this machine: a fault would be found by losing it.
+TEST_F(FileSystem, rootsAreNotRemoved)
+{
+    for (const char* path : {"", "C:\\", "\\\\nobody\\"})
+        EXPECT_THROW_MSG(VoFileSystem::RemoveAll(path), VoInvalidCallException,
+                         "Cannot remove root directory: " + VoString(path));
+}
+
+#if defined(__unix__)
+
+TEST_F(FileSystem, rootsAreNotRemovedWhateverTheyAreCalled)
+{
+    write("file");
+    fs::create_directory(native("a"));
+    const pid_t child = ::fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        // In here the test's own directory is the root.
+        if (::chroot(vo::detail::ToNative(root()).c_str()) != 0 || ::chdir("/") != 0)
+            ::_exit(77);
+        int refused = 0;
+        for (const char* path : {"\\", "\\a\\..\\", "\\..\\", "a\\..\\", ".\\"}) {
+            try {
+                VoFileSystem::RemoveAll(path);
+            } catch (const VoInvalidCallException&) {
+                ++refused;
+            } catch (...) {
+                ::_exit(78);
+            }
+        }
+        ::_exit(refused);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == 77)
+        GTEST_SKIP() << "only the superuser has another root";
+    EXPECT_EQ(WEXITSTATUS(status), 5);
+    EXPECT_EQ(names(), (Texts{"a", "file"}));
+}
+
+#endif
+
+TEST_F(FileSystem, makesDirectories)
+{
+    EXPECT_TRUE(VoFileSystem::CreateDirectory(root().directory("a")));
+    EXPECT_FALSE(VoFileSystem::CreateDirectory(root().directory("a")));
+    EXPECT_TRUE(VoFileSystem::CreateDirectory(root().directory("b\\c\\d"), true));
+    EXPECT_FALSE(VoFileSystem::CreateDirectory(root().directory("b\\c\\d"), true));
+    EXPECT_TRUE(VoFileSystem::IsDirectory(at("b\\c\\d")));
+    EXPECT_THROW_MSG(VoFileSystem::CreateDirectory(root().directory("x\\y")), VoFileException,
+                     "create_directory: No such file or directory");
+    write("file");
+    EXPECT_THROW(VoFileSystem::CreateDirectory(root().directory("file")), VoFileException);
+    EXPECT_THROW(VoFileSystem::CreateDirectory(root().directory("file"), true), VoFileException);
+    EXPECT_THROW_MSG(VoFileSystem::CreateDirectory(root().directory("file\\x"), true), VoFileException,
+                     "create_directories: Not a directory");
+}
+
+TEST_F(FileSystem, copiesAsTheOptionSays)
+{
+    struct
+    {
+        int option;
+        int hoursSinceTarget; // the source is so much younger than the target
+        const char* result;   // of the target; null when the copy is refused
+        bool copied;
+    } const rows[] = {
+        {0, 1, nullptr, false}, {1, 1, "old", false},  {2, 1, "new", true},    {2, -1, "new", true},
+        {3, 1, "new", true},    {3, -1, "old", false}, {4, 1, nullptr, false}, {-1, 1, nullptr, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.option);
+        write("from", "new");
+        write("to", "old");
+        setAge("from", 10 - row.hoursSinceTarget);
+        setAge("to", 10);
+        const auto option = static_cast<VoFileSystem::CopyOptions>(row.option);
+        if (row.result) {
+            EXPECT_EQ(VoFileSystem::CopyFile(at("from"), at("to"), option), row.copied);
+            EXPECT_EQ(read("to"), row.result);
+        } else {
+            EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("from"), at("to"), option), VoFileException, "File exists");
+            EXPECT_EQ(read("to"), "old");
+        }
+        fs::remove(native("to"));
+        EXPECT_TRUE(VoFileSystem::CopyFile(at("from"), at("to"), option)) << "nothing is in the way";
+        EXPECT_EQ(read("to"), "new");
+        EXPECT_EQ(names(), (Texts{"from", "to"}));
+    }
+}
+
+TEST_F(FileSystem, aRefusedCopyNamesBothFilesAndTheSystemsReason)
+{
+    try {
+        VoFileSystem::CopyFile(at("missing"), at("to"));
+        FAIL() << "copied a missing file";
+    } catch (const VoFileException& e) {
+        EXPECT_EQ(e.message().toStdString(), "No such file or directory");
+        EXPECT_EQ(e.path1(), at("missing"));
+        EXPECT_EQ(e.path2(), at("to"));
+    }
+    write("directory\\x");
+    write("file");
+    EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("directory"), at("to")), VoFileException, "Is a directory");
+    EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("file"), at("directory"), VoFileSystem::OverwriteExisting),
+                     VoFileException, "Is a directory");
+    EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("file"), at("no\\place")), VoFileException, "No such file or directory");
+    EXPECT_EQ(names(), (Texts{"directory", "file"}));
+}
+
+TEST_F(FileSystem, aFileCopiedOntoItselfIsNotLost)
+{
+    write("file");
+    link("file", "link");
+    fs::create_hard_link(native("file"), native("hard"));
+    for (const char* other : {"file", "link", "hard"})
+        for (const auto option :
+             {VoFileSystem::NoOption, VoFileSystem::OverwriteExisting, VoFileSystem::UpdateExisting})
+            EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("file"), at(other), option), VoFileException, "File exists")
+                << other;
+    EXPECT_EQ(read("file"), "content");
+}
+
+TEST_F(FileSystem, contentOfAnySizeIsCopied)
+{
+    for (const std::size_t size : {0UL, 1UL, 262144UL, 262145UL, 3000000UL}) {
+        std::string content(size, '\0');
+        for (std::size_t i = 0; i < size; ++i)
+            content[i] = static_cast<char>(i * 31 + i / 251);
+        write("from", content);
+        VoFileSystem::CopyFile(at("from"), at("to"), VoFileSystem::OverwriteExisting);
+        EXPECT_EQ(read("to"), content) << size;
+    }
+}
+
+TEST_F(FileSystem, movesFilesAndDirectories)
+{
+    write("from", "new");
+    write("to", "old");
+    VoFileSystem::MoveFile(at("from"), at("to"));
+    EXPECT_EQ(read("to"), "new");
+    write("directory\\x");
+    VoFileSystem::MoveFile(at("directory\\"), at("moved\\"));
+    EXPECT_EQ(read("moved\\x"), "content");
+    EXPECT_THROW_MSG(VoFileSystem::MoveFile(at("missing"), at("x")), VoFileException,
+                     "rename: No such file or directory");
+    EXPECT_THROW_MSG(VoFileSystem::MoveFile(at("to"), at("moved")), VoFileException, "rename: Is a directory");
+    EXPECT_EQ(names(), (Texts{"moved", "to"}));
+}
+
+#if defined(__unix__)
+
+TEST_F(FileSystem, copiesKeepPermissionsAndReplaceLinks)
+{
+    write("from", "new");
+    fs::permissions(native("from"), static_cast<fs::perms>(0640));
+    write("real", "old");
+    link("real", "link");
+    VoFileSystem::CopyFile(at("from"), at("link"), VoFileSystem::OverwriteExisting);
+    EXPECT_EQ(read("real"), "old");
+    EXPECT_EQ(read("link"), "new");
+    EXPECT_EQ(permissions("link"), static_cast<fs::perms>(0640));
+}
+
+TEST_F(FileSystem, aCopyThatFindsTheDiskFullLeavesTheTargetAndNothingElse)
+{
+    write("from", std::string(100000, 'n'));
+    write("to", "old");
+    const vo::test::FileSizeLimit limit(1000);
+    EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("from"), at("to"), VoFileSystem::OverwriteExisting), VoFileException,
+                     "File too large");
+    EXPECT_EQ(read("to"), "old");
+    EXPECT_EQ(names(), (Texts{"from", "to"}));
+}
+
+TEST_F(FileSystem, aPipeIsNotCopied)
+{
+    ASSERT_EQ(::mkfifo(native("pipe").c_str(), 0600), 0);
+    EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("pipe"), at("to")), VoFileException, "Operation not supported");
+    EXPECT_FALSE(exists("to"));
+}
+
+TEST_F(FileSystem, aFileMovesToAnotherVolumeWithPermissionsAndTime)
+{
+    const OtherVolume other(root());
+    if (!other)
+        GTEST_SKIP() << "there is no other volume";
+    write("from", "new");
+    fs::permissions(native("from"), static_cast<fs::perms>(0640));
+    setAge("from", 5);
+    const auto time = fs::last_write_time(native("from"));
+    std::ofstream(other.native("to")) << "old";
+
+    VoFileSystem::MoveFile(at("from"), other.at("to"));
+
+    EXPECT_FALSE(exists("from"));
+    EXPECT_EQ(VoFileSystem::Checksum(other.at("to")), VoChecksum(QByteArray("new")));
+    EXPECT_EQ(fs::status(other.native("to")).permissions(), static_cast<fs::perms>(0640));
+    EXPECT_EQ(fs::last_write_time(other.native("to")), time);
+}
+
+TEST_F(FileSystem, aMoveToAnotherVolumeThatFailsKeepsTheSource)
+{
+    const OtherVolume other(root());
+    if (!other)
+        GTEST_SKIP() << "there is no other volume";
+    write("from", std::string(100000, 'n'));
+    write("directory\\x");
+    {
+        const vo::test::FileSizeLimit limit(1000);
+        EXPECT_THROW_MSG(VoFileSystem::MoveFile(at("from"), other.at("to")), VoFileException, "rename: File too large");
+    }
+    EXPECT_EQ(read("from").size(), 100000U);
+    EXPECT_FALSE(VoFileSystem::Exists(other.at("to")));
+    EXPECT_THROW_MSG(VoFileSystem::MoveFile(at("directory\\"), other.at("directory\\")), VoFileException,
+                     "rename: Invalid cross-device link");
+    EXPECT_EQ(read("directory\\x"), "content");
+}
+
+TEST_F(FileSystem, aLinkMovesToAnotherVolumeAsALink)
+{
+    const OtherVolume other(root());
+    if (!other)
+        GTEST_SKIP() << "there is no other volume";
+    link("nowhere", "link");
+    VoFileSystem::MoveFile(at("link"), other.at("link"));
+    EXPECT_FALSE(exists("link"));
+    EXPECT_EQ(fs::read_symlink(other.native("link")), "nowhere");
+}
+
+#endif
+
+TEST_F(FileSystem, walksInTheOrderOfTheBytes)
+{
+    for (const char* name : {"b", "B", "a\\z", "a\\c\\x", "a.txt", "\xc3\xa9", "a b"})
+        write(name);
+    EXPECT_EQ(files(false, false), (Texts{"B", "a b", "a.txt", "b", "\xc3\xa9"}));
+    EXPECT_EQ(files(false, true), (Texts{"B", "a\\", "a b", "a.txt", "b", "\xc3\xa9"}));
+    EXPECT_EQ(files(true, false), (Texts{"B", "a\\c\\x", "a\\z", "a b", "a.txt", "b", "\xc3\xa9"}));
+    EXPECT_EQ(files(true, true), (Texts{"B", "a\\", "a\\c\\", "a\\c\\x", "a\\z", "a b", "a.txt", "b", "\xc3\xa9"}));
+    EXPECT_EQ(VoFileSystem::NumberFiles(root(), false, false), 5U);
+    EXPECT_EQ(VoFileSystem::NumberFiles(root(), true, true), 9U);
+}
+
+TEST_F(FileSystem, walksDirectories)
+{
+    write("a\\b\\x");
+    write("c\\x");
+    Texts found;
+    const auto collect = [&](const VoDirectoryPath& path) { found.push_back(below(path.path())); };
+    VoFileSystem::ForEachDirectory(root(), false, collect);
+    EXPECT_EQ(found, (Texts{"a\\", "c\\"}));
+    found.clear();
+    VoFileSystem::ForEachDirectory(root(), true, collect);
+    EXPECT_EQ(found, (Texts{"a\\", "a\\b\\", "c\\"}));
+}
+
+TEST_F(FileSystem, walksDeliverLinksToDirectoriesAsFilesAndDoNotEnterThem)
+{
+    write("a\\x");
+    link("..", "a\\up");
+    link("a", "b");
+    link("nowhere", "c");
+    EXPECT_EQ(files(true, false), (Texts{"a\\up", "a\\x", "b", "c"}));
+}
+
+TEST_F(FileSystem, namesWithBlanksAtTheirEndsAreDeliveredAsTheyAre)
+{
+    std::ofstream(vo::detail::ToNative(root()) / " x ") << "1";
+    const Texts found = files(false, false);
+    ASSERT_EQ(found, Texts{" x "});
+    VoFileSystem::ForEachFile(root(), false, false,
+                              [](const VoFilePath& path) { EXPECT_EQ(VoFileSystem::FileSize(path), 1U); });
+}
+
+TEST_F(FileSystem, callbacksMayRemoveWhatIsStillToCome)
+{
+    for (const char* name : {"a", "b", "c\\x", "d"})
+        write(name);
+    Texts found;
+    VoFileSystem::ForEachFile(root(), true, true, [&](const VoFilePath& path) {
+        found.push_back(below(path.path()));
+        VoFileSystem::Remove(at("b"));
+        VoFileSystem::RemoveAll(root().directory("c"));
+        write("new");
+    });
+    EXPECT_EQ(found, (Texts{"a", "d"}));
+}
+
+TEST_F(FileSystem, aDirectoryThatItsCallbackRemovesIsNotEntered)
+{
+    write("a\\x");
+    write("b");
+    Texts found;
+    VoFileSystem::ForEachFile(root(), true, true, [&](const VoFilePath& path) {
+        found.push_back(below(path.path()));
+        if (path.isDirectory())
+            VoFileSystem::RemoveAll(VoDirectoryPath(path.path()));
+    });
+    EXPECT_EQ(found, (Texts{"a\\", "b"}));
+}
+
+TEST_F(FileSystem, exceptionsOfACallbackEndTheWalkAndPassThrough)
+{
+    write("a");
+    write("b");
+    int calls = 0;
+    EXPECT_THROW(VoFileSystem::ForEachFile(root(), true, false,
+                                           [&](const VoFilePath&) {
+                                               ++calls;
+                                               throw std::runtime_error("mine");
+                                           }),
+                 std::runtime_error);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(FileSystem, whatCannotBeWalkedIsReported)
+{
+    const auto ignore = [](const VoFilePath&) {};
+    EXPECT_THROW_MSG(VoFileSystem::ForEachFile(root().directory("missing"), true, true, ignore), VoFileException,
+                     "directory_iterator: No such file or directory");
+    EXPECT_THROW_MSG(VoFileSystem::NumberFiles(VoDirectoryPath(), true, true), VoFileException,
+                     "directory_iterator: No such file or directory");
+#if defined(__unix__)
+    std::ofstream(vo::detail::ToNative(root()) / "a\\b") << "x";
+    EXPECT_THROW_MSG(VoFileSystem::ForEachFile(root(), false, false, ignore), VoInvalidPathFileException,
+                     "Name contains a backslash: a\\b");
+#endif
+}
+
+TEST_F(FileSystem, anUnreadableDirectoryIsReported)
+{
+    if (IsSuperuser())
+        GTEST_SKIP() << "the superuser reads everything";
+    write("secret\\x");
+    fs::permissions(native("secret"), fs::perms::none);
+    EXPECT_THROW_MSG(VoFileSystem::NumberFiles(root(), true, true), VoFileException,
+                     "directory_iterator: Permission denied");
+    fs::permissions(native("secret"), fs::perms::owner_all);
+}
+
+TEST_F(FileSystem, wellKnownDirectoriesFollowTheEnvironmentAtEachCall)
+{
+    const Environment data("VOAPPDATAPATH", "/data/app");
+    const Environment documents("VODOCSPATH", "/data/docs/");
+    EXPECT_EQ(VoFileSystem::Directory(VoFileSystem::ApplicationData).path().toStdString(), "\\data\\app\\");
+    EXPECT_EQ(VoFileSystem::Directory(VoFileSystem::Documents).path().toStdString(), "\\data\\docs\\");
+    EXPECT_EQ(VoFileSystem::Directory(VoFileSystem::Logs).path().toStdString(), "\\data\\app\\logs\\");
+    const Environment changed("VOAPPDATAPATH", "/other");
+    EXPECT_EQ(VoFileSystem::Directory(VoFileSystem::Logs).path().toStdString(), "\\other\\logs\\");
+    const Environment empty("VOAPPDATAPATH", "");
+    EXPECT_TRUE(VoFileSystem::Directory(VoFileSystem::ApplicationData).isRooted()) << "the platform's place";
+    EXPECT_NE(VoFileSystem::Directory(VoFileSystem::ApplicationData), VoDirectoryPath("\\"));
+    EXPECT_THROW_MSG(VoFileSystem::Directory(static_cast<VoFileSystem::DirectoryIdentifier>(3)),
+                     VoInvalidParameterException, "Unknown directory identifier: 3");
+}
+
+TEST_F(FileSystem, theTemporaryDirectoryFollowsTheEnvironment)
+{
+    {
+        const Environment place("TMPDIR", QByteArray::fromStdString(vo::detail::ToNative(root()).string()));
+        EXPECT_EQ(VoFileSystem::TempDirectory(), root());
+    }
+    const Environment nowhere("TMPDIR", QByteArray::fromStdString(native("missing").string()));
+    EXPECT_THROW(VoFileSystem::TempDirectory(), VoFileException);
+}
+
+TEST_F(FileSystem, freeSpaceIsThatOfTheVolumeAlsoForDirectoriesToCome)
+{
+    const std::uint64_t total = fs::space(vo::detail::ToNative(root())).capacity;
+    for (const VoDirectoryPath& directory :
+         {root(), root().directory("not\\yet\\made"), VoDirectoryPath("not\\here\\"), VoDirectoryPath()}) {
+        const std::uint64_t space = VoFileSystem::FreeSpace(directory);
+        EXPECT_GT(space, 0U) << directory;
+        EXPECT_LT(space, std::uint64_t(1) << 62) << directory;
+    }
+    EXPECT_LE(VoFileSystem::FreeSpace(root().directory("not\\yet")), total);
+}
+
+TEST_F(FileSystem, namesOfADirectoryAreForcedToDisk)
+{
+    EXPECT_NO_THROW(VoFileSystem::SyncDirectory(root()));
+    EXPECT_THROW_MSG(VoFileSystem::SyncDirectory(root().directory("missing")), VoFileException,
+                     "sync: No such file or directory");
+}
+
+TEST_F(FileSystem, nothingIsOpenedWithoutAGraphicalApplication)
+{
+    EXPECT_THROW(VoFileSystem::OpenFile(write("file")), VoInvalidCallException);
+    EXPECT_THROW(VoFileSystem::OpenDirectory(root()), VoInvalidCallException);
+}

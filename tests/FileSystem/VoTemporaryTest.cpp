@@ -1,0 +1,106 @@
+#include "FileSystemFixture.h"
+
+#include <Core/VoFileException.h>
+#include <FileSystem/VoTemporaryFile.h>
+
+#include <set>
+#include <utility>
+
+namespace {
+
+class VoTemporary : public vo::test::FileSystemFixture
+{
+protected:
+    static unsigned Permissions(const VoFilePath& path)
+    {
+        return static_cast<unsigned>(std::filesystem::status(vo::detail::ToNative(path)).permissions());
+    }
+};
+
+} // namespace
+
+TEST_F(VoTemporary, aDirectoryLivesAsLongAsItsObjectWithAllItHolds)
+{
+    VoDirectoryPath path;
+    {
+        const VoTemporaryDir directory(root());
+        path = directory.path();
+        EXPECT_TRUE(root().toFilePath().isAncestor(path.toFilePath()));
+        EXPECT_TRUE(VoFileSystem::IsDirectory(path));
+        VoFileSystem::CreateDirectory(path.directory("a\\b"), true);
+        std::ofstream(vo::detail::ToNative(directory.path("file"))) << "x";
+    }
+    EXPECT_FALSE(VoFileSystem::Exists(path));
+    EXPECT_TRUE(names().empty());
+}
+
+TEST_F(VoTemporary, byDefaultThingsAreMadeInTheTemporaryDirectory)
+{
+    const VoFilePath place = VoFileSystem::TempDirectory().toFilePath();
+    EXPECT_TRUE(place.isAncestor(VoTemporaryDir().path().toFilePath()));
+    EXPECT_TRUE(place.isAncestor(VoTemporaryFile().path()));
+}
+
+TEST_F(VoTemporary, linksInADirectoryAreNotFollowedWhenItIsRemoved)
+{
+    write("kept\\file");
+    {
+        const VoTemporaryDir directory(root());
+        std::filesystem::create_directory_symlink(native("kept"), vo::detail::ToNative(directory.path("link")));
+    }
+    EXPECT_EQ(read("kept\\file"), "content");
+}
+
+TEST_F(VoTemporary, releasedThingsStay)
+{
+    const VoDirectoryPath directory = VoTemporaryDir(root()).release();
+    const VoFilePath file = VoTemporaryFile(root()).release();
+    EXPECT_TRUE(VoFileSystem::IsDirectory(directory));
+    EXPECT_EQ(VoFileSystem::FileSize(file), 0U);
+    VoTemporaryFile released(root());
+    released.release();
+    EXPECT_TRUE(released.path().isNull());
+    EXPECT_TRUE(released.release().isNull());
+}
+
+TEST_F(VoTemporary, movesHandTheThingOverAndEndTheOneBefore)
+{
+    VoTemporaryFile a(root());
+    VoTemporaryFile b(root());
+    const VoFilePath pathOfA = a.path();
+    const VoFilePath pathOfB = b.path();
+    a = std::move(b);
+    EXPECT_FALSE(VoFileSystem::Exists(pathOfA));
+    EXPECT_TRUE(VoFileSystem::Exists(pathOfB));
+    EXPECT_TRUE(b.path().isNull());
+    VoTemporaryDir c(root());
+    VoTemporaryDir d(std::move(c));
+    EXPECT_TRUE(c.path().isNull());
+    EXPECT_TRUE(VoFileSystem::IsDirectory(d.path()));
+}
+
+TEST_F(VoTemporary, aFileThatWasMovedAwayIsNoFailure)
+{
+    {
+        const VoTemporaryFile file(root());
+        VoFileSystem::MoveFile(file.path(), at("moved"));
+    }
+    EXPECT_EQ(names(), std::vector<std::string>{"moved"});
+}
+
+TEST_F(VoTemporary, nothingIsMadeWhereThereIsNoDirectory)
+{
+    EXPECT_THROW(VoTemporaryFile(root().directory("missing")), VoCannotOpenFileException);
+    EXPECT_THROW_MSG(VoTemporaryDir(root().directory("missing")), VoFileException,
+                     "create_directory: No such file or directory");
+}
+
+#if defined(__unix__)
+
+TEST_F(VoTemporary, nobodyElseMayReadThem)
+{
+    EXPECT_EQ(Permissions(VoTemporaryDir(root()).path().toFilePath()), 0700U);
+    EXPECT_EQ(Permissions(VoTemporaryFile(root()).path()), 0600U);
+}
+
+#endif
