@@ -10,11 +10,35 @@ public:
 
     /// An integer drawn uniformly from the closed range @p low .. @p high.
     ///
-    /// Each thread has its own generator, seeded from the system's random device. Throws VoInvalidParameterException
-    /// with "Empty range" when @p low is greater than @p high.
+    /// Each thread has its own generator, seeded from the system's random device; see VoRandom for draws that can be
+    /// repeated. Throws VoInvalidParameterException with "Empty range" when @p low is greater than @p high.
     static long long RandomInteger(long long low, long long high);
 
     /// True when the two numbers differ by no more than 1e-9 of the larger magnitude, or by no more than 1e-12 in all.
     /// Equal infinities are nearly equal; NaN never is.
     static bool NearlyEqual(double a, double b);
+
+    /// True when the two numbers differ by no more than 1e-10 times the largest of 1 and their magnitudes. Equal
+    /// infinities are equal; NaN never is.
+    static bool Equal(double a, double b);
+
+    /// Equal() to 0.
+    static bool IsZero(double value);
+
+    /// The number of the closed range @p low .. @p high that is nearest to @p value; NaN stays NaN.
+    /// @throw VoDomainException when @p low is greater than @p high or one of them is NaN
+    static double Clamp(double value, double low, double high);
+
+    /// The number with that many decimal places, or with zeros in that many places before the point when @p digits is
+    /// negative, that is nearest to the exact value; half way between two, the one of larger magnitude. 2.675 lies
+    /// below half way, so that Round(2.675, 2) is 2.67. Infinities and NaN stay.
+    /// @throw VoDomainException when @p digits is not in -22 .. 22
+    static double Round(double value, int digits);
+
+    /// The height at @p x of the straight line through (@p x0, @p y0) and (@p x1, @p y1), exact at both.
+    /// @throw VoDivideByZeroException when @p x0 equals @p x1
+    static double Interpolate(double x, double x0, double y0, double x1, double y1);
+
+    /// An angle in radians.
+    static double DegreesToRadians(double degrees);
 };

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <Core/VoExport.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+/// A source of random numbers that a seed repeats: the same seed gives the same numbers on every platform and with
+/// every standard library, so that the seed table of an analysis reproduces its runs.
+///
+/// Not for secrets. A copy goes on with the same numbers independently; a moved-from source is as one with seed 0. One
+/// source belongs to one thread at a time.
+class VOCORE_EXPORT VoRandom
+{
+public:
+    explicit VoRandom(std::uint64_t seed); ///< The numbers of that seed.
+    static VoRandom FromSystem();          ///< Numbers that nobody can repeat, seeded from the system's random device.
+
+    VoRandom(const VoRandom& other);                ///< The same numbers from here on.
+    VoRandom(VoRandom&& other) noexcept;            ///< Takes the numbers over.
+    VoRandom& operator=(const VoRandom& other);     ///< The same numbers from here on.
+    VoRandom& operator=(VoRandom&& other) noexcept; ///< Takes the numbers over.
+    ~VoRandom();
+
+    /// Drawn uniformly from the closed range @p low .. @p high.
+    /// @throw VoInvalidParameterException "Empty range" when @p low is greater than @p high
+    std::int64_t integer(std::int64_t low, std::int64_t high);
+
+    /// Drawn uniformly from the 2^53 multiples of 2^-53 in 0 .. 1, 1 excluded.
+    double uniform();
+
+    /// Drawn from the normal distribution with that mean and standard deviation.
+    /// @throw VoDomainException when @p sigma is negative, infinite or NaN
+    double normal(double mean, double sigma);
+
+    /// Puts the elements of a sequence with random access (begin, end, size) into random order, each order equally
+    /// likely.
+    template <typename Sequence>
+    void shuffle(Sequence& sequence)
+    {
+        using std::swap;
+        const auto first = sequence.begin();
+        for (std::size_t left = sequence.size(); left > 1; --left) {
+            const auto chosen = integer(0, static_cast<std::int64_t>(left - 1));
+            const auto last = static_cast<std::int64_t>(left - 1);
+            if (chosen != last)
+                swap(first[chosen], first[last]);
+        }
+    }
+
+private:
+    struct Private;
+
+    explicit VoRandom(std::unique_ptr<Private> state) noexcept;
+    std::uint64_t bits();
+
+    std::unique_ptr<Private> d;
+};
