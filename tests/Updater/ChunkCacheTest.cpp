@@ -1,0 +1,78 @@
+#include <VoTestSupport.h>
+
+#include <Updater/ChunkCache.h>
+
+#include <random>
+#include <vector>
+
+namespace vo::test {
+
+using vo::updater::detail::ChunkCache;
+
+namespace {
+
+VoUUID Id(int number)
+{
+    return VoUUID(VoString(number));
+}
+
+} // namespace
+
+TEST(ChunkCacheTest, AChunkLeavesWithItsLastAnnouncedUse)
+{
+    ChunkCache cache(100);
+    cache.expect(Id(1), 2);
+    cache.insert(Id(1), VoByteArray(10));
+    cache.insert(Id(2), VoByteArray(10));
+    cache.release(Id(1));
+    EXPECT_NE(cache.find(Id(1)), nullptr);
+    cache.release(Id(1));
+    EXPECT_EQ(cache.find(Id(1)), nullptr);
+    cache.release(Id(2));
+    EXPECT_NE(cache.find(Id(2)), nullptr); // nothing was announced of it
+    EXPECT_EQ(cache.bytes(), 10u);
+}
+
+TEST(ChunkCacheTest, AChunkLargerThanTheLimitIsStillHeldUntilTheNext)
+{
+    ChunkCache cache(100);
+    cache.insert(Id(1), VoByteArray(50));
+    EXPECT_EQ(cache.insert(Id(2), VoByteArray(500)).size(), 500u);
+    EXPECT_EQ(cache.find(Id(1)), nullptr);
+    cache.insert(Id(3), VoByteArray(60));
+    EXPECT_EQ(cache.find(Id(2)), nullptr);
+    EXPECT_EQ(cache.bytes(), 60u);
+}
+
+// Against a list in the order of use, kept by hand.
+TEST(ChunkCacheTest, TheLeastRecentlyUsedChunksLeaveFirst)
+{
+    std::mt19937 random(1);
+    ChunkCache cache(200);
+    std::vector<std::pair<int, std::size_t>> expected; // the most recently used one last
+    for (int step = 0; step < 5000; ++step) {
+        const int number = static_cast<int>(random() % 12);
+        const auto known =
+            std::find_if(expected.begin(), expected.end(), [number](const auto& e) { return e.first == number; });
+        const VoByteArray* found = cache.find(Id(number));
+        ASSERT_EQ(found != nullptr, known != expected.end());
+        if (known != expected.end()) {
+            ASSERT_EQ(found->size(), known->second);
+            std::rotate(known, known + 1, expected.end());
+            continue;
+        }
+        const std::size_t size = random() % 90;
+        cache.insert(Id(number), VoByteArray(size));
+        expected.emplace_back(number, size);
+        std::size_t total = 0;
+        for (const auto& entry : expected)
+            total += entry.second;
+        while (total > 200 && expected.size() > 1) {
+            total -= expected.front().second;
+            expected.erase(expected.begin());
+        }
+        ASSERT_EQ(cache.bytes(), total);
+    }
+}
+
+} // namespace vo::test

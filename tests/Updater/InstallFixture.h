@@ -1,0 +1,238 @@
+#pragma once
+
+#include "UpdaterFixture.h"
+
+#include <Core/VoFileException.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/VoUrl.h>
+#include <Subsystem/VoLogging.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/FileActions.h>
+#include <Updater/InstalledPackages.h>
+#include <Updater/PackageBuilder.h>
+#include <Updater/PackageInstaller.h>
+#include <Updater/UpdatePackageBuilder.h>
+#include <Updater/VoInstallationFailedException.h>
+#include <Updater/VoUpdater.h>
+
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace vo::test {
+
+using vo::updater::AbstractMessage;
+using vo::updater::AbstractUpdateMessage;
+using vo::updater::AdvertisedPackageListing;
+using vo::updater::InstallationPlan;
+using vo::updater::InstalledPackageListing;
+using vo::updater::InstalledPackages;
+using vo::updater::PackageInstaller;
+using vo::updater::detail::FileStep;
+
+/// Files by their paths with "/".
+using Files = std::map<std::string, std::string>;
+
+/// Observes the steps on disk as long as it lives.
+class StepWatch
+{
+public:
+    explicit StepWatch(vo::updater::detail::StepObserver observer)
+    {
+        vo::updater::detail::SetStepObserver(std::move(observer));
+    }
+    ~StepWatch() { vo::updater::detail::SetStepObserver({}); }
+    StepWatch(const StepWatch&) = delete;
+    StepWatch& operator=(const StepWatch&) = delete;
+};
+
+/// Bytes that compress badly, the same for the same seed.
+inline std::string Noise(std::size_t size, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::string bytes(size, '\0');
+    std::generate(bytes.begin(), bytes.end(), [&random] { return static_cast<char>(random()); });
+    return bytes;
+}
+
+/// Publishes releases of one package and installs them into a directory whose parents do not exist at first.
+class InstallTest : public UpdaterTest
+{
+protected:
+    InstallTest() { VoUpdater::OverrideUpdateSystemDirectory(updates()); }
+
+    VoDirectoryPath updates() const { return directory("updates"); }
+    VoDirectoryPath place() const { return directory("place").directory("of").directory("app"); }
+    VoFilePath placed(const char* name) const { return place().appended(VoFilePath(name)); }
+    VoFilePath declarations() const { return file("server/releases.xml"); }
+    VoDirectoryPath staging() const { return updates().directory("download").directory(packageID.toString()); }
+    VoFilePath listingPath() const { return InstalledPackages::InstalledPackageListingPath(packageID); }
+
+    /// Publishes the files as the next release; the IDs of known targets are kept.
+    VoFilePath publish(const char* version, const Files& files, std::uint64_t chunkSize = 40)
+    {
+        using namespace vo::updater;
+        std::unique_ptr<AbstractPackageBuilder> builder;
+        if (m_last.isNull())
+            builder = std::make_unique<PackageBuilder>(packageID, "Examples", parse(version), chunkSize, 6);
+        else
+            builder = std::make_unique<UpdatePackageBuilder>(*AdvertisedPackageListing::Open(m_last), parse(version),
+                                                             chunkSize, 6);
+        return m_last = publish(*builder, files);
+    }
+
+    /// Publishes the files with a new ID for each of them.
+    VoFilePath publishWithNewIDs(const char* version, const Files& files)
+    {
+        vo::updater::PackageBuilder builder(packageID, "Examples", parse(version), 40, 6);
+        return publish(builder, files);
+    }
+
+    VoFilePath publish(vo::updater::AbstractPackageBuilder& builder, const Files& files)
+    {
+        const VoDirectoryPath source = sourceOf(builder.version().toString());
+        for (const auto& [name, content] : files)
+            WriteBytes(source.appended(VoFilePath(name.c_str())), content);
+        builder.add(source);
+        builder.finalise(declarations());
+        return declarations()
+            .parent()
+            .directory("packages")
+            .directory(builder.packageID().toString())
+            .directory(builder.version().toString())
+            .file("package.xml");
+    }
+
+    VoDirectoryPath sourceOf(const VoString& version) const { return directory("source").directory(version); }
+
+    void install(const VoFilePath& definition, const VoStopFlag& stop = VoStopFlag())
+    {
+        InstalledPackages::Install(definition, place(), stop);
+    }
+
+    /// Everything below "place" and the update directory: files with their content, directories with a "/" behind.
+    Files snapshot() const
+    {
+        Files result;
+        for (const char* top : {"place", "updates"}) {
+            const auto root = vo::detail::ToNative(directory(top));
+            if (!std::filesystem::exists(root))
+                continue;
+            result[std::string(top) + "/"];
+            for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+                const std::string name = top + ("/" + entry.path().lexically_relative(root).generic_string());
+                if (entry.is_directory() && !entry.is_symlink())
+                    result[name + "/"];
+                else
+                    result[name] = ReadBytes(vo::detail::FromNative(entry.path()));
+            }
+        }
+        return result;
+    }
+
+    void wipe()
+    {
+        VoFileSystem::RemoveAll(directory("place"));
+        VoFileSystem::RemoveAll(updates());
+    }
+
+    /// The steps that the work makes on disk.
+    template <typename Work>
+    static std::vector<FileStep> StepsOf(Work work)
+    {
+        std::vector<FileStep> steps;
+        const StepWatch watch([&steps](FileStep step, const VoString&) { steps.push_back(step); });
+        work();
+        return steps;
+    }
+
+    static auto Count(const std::vector<FileStep>& steps, FileStep step)
+    {
+        return std::count(steps.begin(), steps.end(), step);
+    }
+
+    /// Lets the installation go wrong at its n-th step, as a full disk would.
+    static vo::updater::detail::StepObserver FailAt(std::size_t n, bool& hasFailed)
+    {
+        return [n, &hasFailed, count = std::size_t{0}](FileStep, const VoString& path) mutable {
+            if (++count != n)
+                return;
+            hasFailed = true;
+            throw VoFileException("No space left on device", path);
+        };
+    }
+
+    const VoUUID packageID{VoString("a1b2-") + VoUpdater::GenerateID().toString()};
+
+private:
+    static VoVersion parse(const char* version) { return VoVersion::Deserialize(version); }
+
+    VoFilePath m_last;
+};
+
+/// What was logged in a category while it lives.
+class LoggedTexts
+{
+public:
+    explicit LoggedTexts(const char* category)
+        : m_receiver(vo::logging::AddSink([this, name = VoString(category)](const vo::logging::Record& record) {
+            const std::lock_guard<std::mutex> guard(m_mutex);
+            if (record.category == name)
+                m_texts.push_back(record.text.toStdString());
+        }))
+    {
+    }
+
+    bool contain(const std::string& part) const
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        return std::any_of(m_texts.begin(), m_texts.end(),
+                           [&part](const std::string& text) { return text.find(part) != std::string::npos; });
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::vector<std::string> m_texts;
+    VoReceiver m_receiver;
+};
+
+/// The messages of the registry while it lives.
+class ReceivedMessages
+{
+public:
+    ReceivedMessages()
+        : m_receiver(InstalledPackages::Connect(
+              [this](const VoSharedPtr<AbstractMessage>& message) { m_messages.push_back(message); }))
+    {
+    }
+
+    /// The codes in order, each run of one code once.
+    std::vector<int> codes() const
+    {
+        std::vector<int> result;
+        for (const auto& message : m_messages)
+            result.push_back(message->type());
+        result.erase(std::unique(result.begin(), result.end()), result.end());
+        return result;
+    }
+
+    /// The text of the first update message of a code.
+    std::string text(int code) const
+    {
+        for (const auto& message : m_messages) {
+            const auto* update = dynamic_cast<const AbstractUpdateMessage*>(message.get());
+            if (message->type() == code && update)
+                return update->message().toStdString();
+        }
+        return {};
+    }
+
+    const std::vector<VoSharedPtr<AbstractMessage>>& all() const { return m_messages; }
+
+private:
+    std::vector<VoSharedPtr<AbstractMessage>> m_messages;
+    VoReceiver m_receiver;
+};
+
+} // namespace vo::test

@@ -1,0 +1,429 @@
+#include "InstallFixture.h"
+
+#include <Updater/RegistryFile.h>
+
+#include <atomic>
+#include <thread>
+
+namespace vo::test {
+
+namespace {
+
+using namespace vo::updater;
+
+const Files Content = {{"readme.txt", "first"}, {"lib/a.dat", Noise(100, 1)}, {"lib/deep/b.dat", Noise(70, 2)}};
+
+class InstalledPackagesTest : public InstallTest
+{
+protected:
+    VoFilePath registryPath() const { return VoUpdater::InstalledPackagesPath(); }
+    bool isIntact() const { return InstalledPackages::Verify(packageID, VoStopFlag()).isIntact(); }
+
+    // Reads the registry of this directory anew, as another process would.
+    void forgetRegistry() const
+    {
+        VoUpdater::OverrideUpdateSystemDirectory(directory("nowhere"));
+        InstalledPackages::Packages();
+        VoUpdater::OverrideUpdateSystemDirectory(updates());
+    }
+
+    static std::vector<std::string> Texts(const VoDeque<VoFilePath>& paths)
+    {
+        std::vector<std::string> result;
+        for (const VoFilePath& path : paths)
+            result.push_back(path.path().toStdString());
+        return result;
+    }
+};
+
+} // namespace
+
+TEST_F(InstalledPackagesTest, InstallingTwiceLeavesOneEntryWithTheLaterVersion)
+{
+    install(publish("1.0.0", Content));
+    install(publish("1.2.3", {{"readme.txt", "other"}}));
+    for (int i = 0; i < 2; ++i) {
+        const auto packages = InstalledPackages::Packages();
+        ASSERT_EQ(packages.size(), 1u);
+        EXPECT_EQ(packages.front().first, packageID);
+        EXPECT_EQ(packages.front().second, VoVersion::Deserialize("1.2.3"));
+        forgetRegistry();
+    }
+}
+
+TEST_F(InstalledPackagesTest, AnInstallationTellsItsStepsInOrder)
+{
+    const VoFilePath first = publish("1.0.0", Content);
+    const ReceivedMessages messages;
+    install(first);
+    EXPECT_EQ(messages.codes(), (std::vector<int>{3, 4, 12, 13, 16, 5, 6}));
+    EXPECT_EQ(messages.text(3), "Starting installation");
+    VoDownloadSize last(-1);
+    for (const auto& message : messages.all()) {
+        if (const auto* progress = dynamic_cast<const InstallationProgressMessage*>(message.get())) {
+            EXPECT_GT(progress->processed(), last);
+            EXPECT_EQ(progress->total(), 3);
+            EXPECT_EQ(progress->packageID(), packageID);
+            last = progress->processed();
+        }
+    }
+    EXPECT_EQ(last, 3);
+}
+
+TEST_F(InstalledPackagesTest, AFailedInstallationTellsWhy)
+{
+    const ReceivedMessages messages;
+    const VoFilePath missing = file("no/package.xml");
+    EXPECT_THROW_MSG(install(missing), VoInstallationFailedException,
+                     "Installation failed: File not found: " + missing.path());
+    EXPECT_EQ(messages.codes(), (std::vector<int>{18}));
+    EXPECT_EQ(messages.text(18), ("Installation failed: File not found: " + missing.path()).toStdString());
+}
+
+TEST_F(InstalledPackagesTest, UninstallingRemovesEverythingButForeignFilesAndTheirFolders)
+{
+    install(publish("1.0.0", Content));
+    WriteBytes(placed("lib/deep/mine.txt"), "foreign");
+    VoFileSystem::Remove(placed("readme.txt"));
+    const ReceivedMessages messages;
+    InstalledPackages::Uninstall(packageID);
+    EXPECT_EQ(Tree(directory("place")), (Files{{"of/app/lib/deep/mine.txt", "foreign"}}));
+    EXPECT_EQ(Tree(updates()).size(), 1u); // the registry
+    EXPECT_TRUE(InstalledPackages::Packages().isEmpty());
+    EXPECT_EQ(messages.codes(), (std::vector<int>{7, 11, 10, 6, 8}));
+}
+
+TEST_F(InstalledPackagesTest, UninstallingWhatIsNotInstalledChangesNothingAndWarns)
+{
+    const LoggedTexts log("updater");
+    const ReceivedMessages messages;
+    InstalledPackages::Uninstall(packageID);
+    EXPECT_TRUE(snapshot().empty());
+    install(publish("1.0.0", Content));
+    const Files before = snapshot();
+    const VoUUID other("another-package");
+    InstalledPackages::Uninstall(other);
+    EXPECT_EQ(snapshot(), before);
+    EXPECT_TRUE(log.contain("Package definition file not found for another-package"));
+}
+
+TEST_F(InstalledPackagesTest, AnEntryWithoutListingIsDropped)
+{
+    install(publish("1.0.0", Content));
+    VoFileSystem::Remove(listingPath());
+    const ReceivedMessages messages;
+    InstalledPackages::Uninstall(packageID);
+    EXPECT_EQ(Tree(place()), Content);
+    EXPECT_EQ(messages.codes(), (std::vector<int>{7, 9, 6, 8}));
+    forgetRegistry();
+    EXPECT_TRUE(InstalledPackages::Packages().isEmpty());
+}
+
+TEST_F(InstalledPackagesTest, ADamagedRegistryIsNeverReplaced)
+{
+    const VoFilePath definition = publish("1.0.0", Content);
+    for (const char* damage :
+         {"", "<packages><package id=\"a\" version=\"1\"/>", "<package/>", "\x01\x02", "<other></other>"}) {
+        SCOPED_TRACE(damage);
+        WriteBytes(registryPath(), damage);
+        forgetRegistry();
+        const LoggedTexts log("updater");
+        EXPECT_THROW_MSG(InstalledPackages::Packages(), VoNullPointerException, "VoUniquePtr dereferencing nullptr");
+        EXPECT_THROW_MSG(install(definition), VoInstallationFailedException,
+                         "Installation failed: VoUniquePtr dereferencing nullptr");
+        EXPECT_THROW(InstalledPackages::Uninstall(packageID), VoNullPointerException);
+        EXPECT_EQ(ReadBytes(registryPath()), damage);
+        EXPECT_TRUE(log.contain("Installed packages file cannot be read " + registryPath().path().toStdString()));
+        EXPECT_FALSE(VoFileSystem::Exists(directory("place")));
+    }
+}
+
+TEST_F(InstalledPackagesTest, BadEntriesAreSkippedAndTheRestIsRead)
+{
+    WriteBytes(registryPath(),
+               "<packages><package id=\"..\\x\" version=\"1.0.0\"/><package id=\"bad\" version=\"x\"/>"
+               "<package version=\"1.0.0\"/><unknown/><package id=\"good\" version=\"2.1.0.3\" more=\"1\"/>"
+               "</packages>");
+    forgetRegistry();
+    const auto packages = InstalledPackages::Packages();
+    ASSERT_EQ(packages.size(), 1u);
+    EXPECT_EQ(packages.front().first, VoUUID("good"));
+    EXPECT_EQ(packages.front().second.toString(), "2.1.0.3");
+}
+
+TEST_F(InstalledPackagesTest, ADamagedListingCountsAsNoneWhenInstallingAndStopsUninstalling)
+{
+    const VoFilePath definition = publish("1.0.0", Content);
+    install(definition);
+    WriteBytes(listingPath(), "<package directory=\"x\\\"");
+    EXPECT_THROW(InstalledPackages::Uninstall(packageID), VoException);
+    EXPECT_EQ(Tree(place()), Content);
+    EXPECT_EQ(InstalledPackages::Packages().size(), 1u);
+    EXPECT_EQ(InstalledPackages::Plan(definition, place()).addedFiles, Content.size());
+    install(definition);
+    EXPECT_TRUE(isIntact());
+}
+
+TEST_F(InstalledPackagesTest, ARegistryThatCannotBeWrittenIsLoggedAndMendedByTheNextInstallation)
+{
+    const VoFilePath definition = publish("1.0.0", Content);
+    const LoggedTexts log("updater");
+    {
+        const StepWatch watch([this](FileStep step, const VoString& path) {
+            if (step == FileStep::WriteDocument && path == registryPath().path())
+                throw VoFileException("No space left on device", path);
+        });
+        install(definition);
+    }
+    EXPECT_TRUE(log.contain("Installed packages file cannot be updated " + registryPath().path().toStdString()));
+    EXPECT_EQ(InstalledPackages::Packages().size(), 1u); // as this process knows
+    EXPECT_FALSE(VoFileSystem::Exists(registryPath()));
+    install(definition);
+    forgetRegistry();
+    EXPECT_EQ(InstalledPackages::Packages().size(), 1u);
+}
+
+TEST_F(InstalledPackagesTest, AFileThatCannotBeRemovedStaysRecordedUntilItCan)
+{
+    install(publish("1.0.0", Content));
+    const ReceivedMessages messages;
+    {
+        const StepWatch watch([this](FileStep step, const VoString& path) {
+            if (step == FileStep::EraseFile && path == placed("lib/a.dat").path())
+                throw VoFileException("remove: Text file busy", path);
+        });
+        EXPECT_THROW_MSG(InstalledPackages::Uninstall(packageID), VoFileException, "remove: Text file busy");
+    }
+    EXPECT_EQ(messages.codes(), (std::vector<int>{7, 11, 19}));
+    EXPECT_EQ(InstalledPackages::Package(packageID)->files().size(), 1u);
+    EXPECT_EQ(InstalledPackages::Packages().size(), 1u);
+    EXPECT_EQ(Tree(place()).size(), 1u);
+    InstalledPackages::Uninstall(packageID);
+    EXPECT_FALSE(VoFileSystem::Exists(directory("place")));
+}
+
+TEST_F(InstalledPackagesTest, ATamperedListingRemovesNothingOutsideTheInstallation)
+{
+    install(publish("1.0.0", Content));
+    WriteBytes(file("outside/a"), "a");
+    WriteBytes(file("linked/b"), "b");
+    std::filesystem::create_directories(vo::detail::ToNative(directory("empty")));
+    std::filesystem::create_directory_symlink(vo::detail::ToNative(file("linked")),
+                                              vo::detail::ToNative(placed("link")));
+    auto listing = InstalledPackages::Package(packageID);
+    for (const VoFilePath& path :
+         {file("outside/a"), placed("link/b"), VoFilePath::CreateUnchecked(place().path() + "..\\..\\..\\outside\\a"),
+          VoFilePath("relative.txt")})
+        listing->add(path, VoUpdater::GenerateID(), ChecksumOf("a"), 1);
+    listing->add(directory("empty"));
+    listing->add(directory("outside"));
+    listing->write(listingPath());
+    InstalledPackages::Uninstall(packageID);
+    EXPECT_EQ(ReadBytes(file("outside/a")), "a");
+    EXPECT_EQ(ReadBytes(file("linked/b")), "b");
+    EXPECT_TRUE(VoFileSystem::IsDirectory(directory("empty")));
+    EXPECT_EQ(Tree(place()).count("readme.txt"), 0u);
+}
+
+TEST_F(InstalledPackagesTest, AReceiverMayAskTheRegistryButNotStartAnotherOperation)
+{
+    const VoFilePath definition = publish("1.0.0", Content);
+    int refused = 0;
+    const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>&) {
+        InstalledPackages::Packages();
+        const VoReceiver other = InstalledPackages::Connect([](const VoSharedPtr<AbstractMessage>&) {});
+        EXPECT_THROW_MSG(install(definition), VoInvalidCallException, "An installation is already running");
+        EXPECT_THROW_MSG(InstalledPackages::Uninstall(packageID), VoInvalidCallException,
+                         "An installation is already running");
+        ++refused;
+        throw 1;
+    });
+    install(definition);
+    EXPECT_GT(refused, 5);
+    EXPECT_TRUE(isIntact());
+}
+
+TEST_F(InstalledPackagesTest, OperationsOnSeveralThreadsFollowEachOther)
+{
+    // Else the one that is installed first makes it, and it stays when that one is also uninstalled first.
+    std::filesystem::create_directories(vo::detail::ToNative(directory("place")));
+    std::vector<VoFilePath> definitions;
+    std::vector<VoUUID> ids;
+    for (int i = 0; i < 4; ++i) {
+        ids.push_back(VoUpdater::GenerateID());
+        PackageBuilder builder(ids.back(), "Examples", VoVersion(1, i, 0, VoVersion::Release), 40, 6);
+        definitions.push_back(publish(builder, {{"file" + std::to_string(i), Noise(90, 1)}}));
+    }
+    std::atomic<int> running{0};
+    std::atomic<bool> haveMet{false};
+    const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
+        if (message->type() == AbstractMessage::InstallationStarted && ++running > 1)
+            haveMet = true;
+        if (message->type() == AbstractMessage::InstallationComplete)
+            --running;
+        InstalledPackages::Packages();
+    });
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < definitions.size(); ++i) {
+        threads.emplace_back([&, i] {
+            InstalledPackages::Install(definitions[i], directory("place").directory(ids[i].toString()), VoStopFlag());
+            InstalledPackages::Verify(ids[i], VoStopFlag());
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_FALSE(haveMet);
+    EXPECT_EQ(InstalledPackages::Packages().size(), definitions.size());
+    threads.clear();
+    for (const VoUUID& id : ids)
+        threads.emplace_back([id] { InstalledPackages::Uninstall(id); });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_TRUE(InstalledPackages::Packages().isEmpty());
+    EXPECT_TRUE(std::filesystem::is_empty(vo::detail::ToNative(directory("place"))));
+}
+
+TEST_F(InstalledPackagesTest, AnotherProcessThatInstallsIsWaitedForByNobody)
+{
+    const VoFilePath definition = publish("1.0.0", Content);
+    const vo::updater::detail::ProcessLock lock(updates());
+    const VoString path = updates().file("updates.lock").path();
+    EXPECT_THROW_MSG(install(definition), VoInstallationFailedException,
+                     "Installation failed: File already locked: " + path);
+    EXPECT_THROW_MSG(InstalledPackages::Uninstall(packageID), VoFileLockedException, "File already locked: " + path);
+    // However long it takes.
+    const auto longAgo = std::filesystem::file_time_type::clock::now() - std::chrono::hours(48);
+    std::filesystem::last_write_time(vo::detail::ToNative(updates().file("updates.lock")), longAgo);
+    EXPECT_THROW(install(definition), VoInstallationFailedException);
+}
+
+TEST_F(InstalledPackagesTest, WhatKilledProcessesLeftBesideTheRegistryIsRemoved)
+{
+    const VoDirectoryPath installed = VoUpdater::InstalledListingDirectory();
+    for (const char* left : {"packages.xml.tmpAbCdEf", "an-id.xml.tmp123456", "an-id.pending.tmpZZZZZZ"})
+        WriteBytes(installed.file(left), "half");
+    for (const char* kept : {"another.xml", "notes.txt", "x.tmp", "y.xml.tmp", "z.xml.tmp1.xml"})
+        WriteBytes(installed.file(kept), "whole");
+    // The lock of a process that died while it was making it.
+    WriteBytes(updates().file("updates.lock"), "");
+    install(publish("1.0.0", Content));
+    Files left = Tree(installed);
+    for (const char* kept : {"another.xml", "notes.txt", "x.tmp", "y.xml.tmp", "z.xml.tmp1.xml", "packages.xml"})
+        EXPECT_EQ(left.erase(kept), 1u) << kept;
+    EXPECT_EQ(left.size(), 1u); // the listing
+}
+
+TEST_F(InstalledPackagesTest, IDsThatDifferInLetterCaseAloneDoNotCoexist)
+{
+    const VoFilePath definition = publish("1.0.0", Content);
+    install(definition);
+    const std::string id = packageID.toString().toStdString();
+    std::string upper = id;
+    std::transform(upper.begin(), upper.end(), upper.begin(), [](char c) {
+        return c == 'a' ? 'A' : c == 'b' ? 'B' : c;
+    });
+    std::string text = ReadBytes(definition);
+    WriteBytes(definition, text.replace(text.find(id), id.size(), upper));
+    EXPECT_THROW_MSG(install(definition), VoInstallationFailedException,
+                     "Installation failed: Invalid identifier: " + VoString(upper.c_str()));
+}
+
+TEST_F(InstalledPackagesTest, IDsThatCannotBeFileNamesAreRefused)
+{
+    for (const char* id : {"packages", "PACKAGES", "..\\x", "a/b", "", "con", "x."}) {
+        EXPECT_THROW_MSG(InstalledPackages::InstalledPackageListingPath(VoUUID(id)), VoValidationException,
+                         VoString("Invalid identifier: ") + id);
+        EXPECT_THROW(InstalledPackages::Uninstall(VoUUID(id)), VoValidationException);
+        EXPECT_THROW(InstalledPackages::Package(VoUUID(id)), VoValidationException);
+    }
+}
+
+TEST_F(InstalledPackagesTest, VerifyingFindsWhatIsMissingChangedAndExtra)
+{
+    install(publish("1.0.0", Content));
+    EXPECT_TRUE(isIntact());
+    VoFileSystem::Remove(placed("readme.txt"));
+    std::string changed = Content.at("lib/a.dat");
+    changed[50] = static_cast<char>(changed[50] ^ 1);
+    WriteBytes(placed("lib/a.dat"), changed);
+    VoFileSystem::Remove(placed("lib/deep/b.dat"));
+    WriteBytes(placed("lib/deep/b.dat/inside"), "a directory now");
+    WriteBytes(placed("z"), "extra");
+    WriteBytes(placed("sub/y"), "extra");
+    WriteBytes(file("place/of/beside"), "not below the installation directory");
+
+    const ReceivedMessages messages;
+    const VerificationReport report = InstalledPackages::Verify(packageID, VoStopFlag());
+    EXPECT_EQ(Texts(report.missing), Texts({placed("readme.txt")}));
+    EXPECT_EQ(Texts(report.changed), Texts({placed("lib/a.dat"), placed("lib/deep/b.dat")}));
+    EXPECT_EQ(Texts(report.extra), Texts({placed("lib/deep/b.dat/inside"), placed("sub/y"), placed("z")}));
+    EXPECT_EQ(report.filesChecked, 3u);
+    EXPECT_EQ(messages.codes().front(), 12);
+    EXPECT_EQ(messages.codes().back(), 17);
+    EXPECT_EQ(messages.text(15), ("File missing: " + placed("readme.txt").path()).toStdString());
+
+    VoStopFlag stop;
+    stop.stop();
+    EXPECT_THROW(InstalledPackages::Verify(packageID, stop), VoUserCancelledException);
+    EXPECT_THROW(InstalledPackages::Verify(VoUUID("unknown"), VoStopFlag()), VoFileNotFoundException);
+}
+
+TEST_F(InstalledPackagesTest, RepairingFetchesAndWritesOnlyWhatIsDamaged)
+{
+    Files files;
+    for (unsigned i = 0; i < 20; ++i)
+        files["f" + std::to_string(i)] = Noise(80, i);
+    const VoFilePath definition = publish("1.0.0", files, 80);
+    install(definition);
+    const Files sound = snapshot();
+    EXPECT_EQ(StepsOf([&] { EXPECT_TRUE(InstalledPackages::Repair(definition, VoStopFlag()).isIntact()); }).size(), 0u);
+
+    VoFileSystem::Remove(placed("f3"));
+    WriteBytes(placed("f7"), Noise(80, 99));
+    WriteBytes(placed("mine"), "foreign");
+    const auto steps = StepsOf([&] {
+        const VerificationReport report = InstalledPackages::Repair(definition, VoStopFlag());
+        EXPECT_EQ(report.missing.size() + report.changed.size(), 2u);
+    });
+    EXPECT_EQ(Count(steps, FileStep::CopyChunk), 2);
+    EXPECT_EQ(Count(steps, FileStep::PutInPlace), 2);
+    EXPECT_EQ(ReadBytes(placed("mine")), "foreign");
+    VoFileSystem::Remove(placed("mine"));
+    EXPECT_EQ(snapshot(), sound);
+}
+
+TEST_F(InstalledPackagesTest, OnlyTheInstalledReleaseCanBeRepaired)
+{
+    const VoFilePath first = publish("1.0.0", Content);
+    const VoFilePath second = publish("1.1.0", {{"readme.txt", "other"}});
+    EXPECT_THROW_MSG(InstalledPackages::Repair(first, VoStopFlag()), VoInstallationFailedException,
+                     "Installation failed: Item not found: " + packageID.toString());
+    install(first);
+    EXPECT_THROW_MSG(InstalledPackages::Repair(second, VoStopFlag()), VoInstallationFailedException,
+                     "Installation failed: Definition is not that of the installed release: " + second.path());
+}
+
+TEST_F(InstalledPackagesTest, ARelativeInstallationDirectoryIsRecordedAsAnAbsoluteOne)
+{
+    const VoFilePath definition = publish("1.0.0", Content);
+    const auto before = std::filesystem::current_path();
+    std::filesystem::create_directories(vo::detail::ToNative(directory("place")));
+    std::filesystem::current_path(vo::detail::ToNative(directory("place")));
+    InstalledPackages::Install(definition, "of\\app\\", VoStopFlag());
+    std::filesystem::current_path(before);
+    EXPECT_TRUE(isIntact());
+    EXPECT_EQ(InstalledPackages::Package(packageID)->installationDirectory(), place());
+    EXPECT_THROW_MSG(InstalledPackages::Install(definition, VoDirectoryPath(), VoStopFlag()),
+                     VoInstallationFailedException, "Installation failed: No installation directory given");
+}
+
+TEST_F(InstalledPackagesTest, TheRegistryFollowsTheUpdateDirectory)
+{
+    install(publish("1.0.0", Content));
+    VoUpdater::OverrideUpdateSystemDirectory(directory("elsewhere"));
+    EXPECT_TRUE(InstalledPackages::Packages().isEmpty());
+    VoUpdater::OverrideUpdateSystemDirectory(updates());
+    EXPECT_EQ(InstalledPackages::Packages().size(), 1u);
+}
+
+} // namespace vo::test

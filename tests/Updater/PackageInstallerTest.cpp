@@ -1,0 +1,551 @@
+#include "InstallFixture.h"
+
+#include <Updater/InstallerSettings.h>
+
+#include <set>
+
+namespace vo::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const Files First = {{"readme.txt", "first"},
+                     {"lib/a.dat", Noise(100, 1)},
+                     {"lib/deep/b.dat", Noise(70, 2)},
+                     {"old/gone.txt", "to be removed"},
+                     {"empty.txt", ""}};
+const Files Second = {{"readme.txt", "second, longer than before"},
+                      {"lib/a.dat", Noise(100, 1)},
+                      {"lib/deep/b.dat", Noise(70, 3)},
+                      {"new/place/c.dat", Noise(90, 4)},
+                      {"empty.txt", ""}};
+
+class PackageInstallerTest : public InstallTest
+{
+protected:
+    Files installed() const { return Tree(place()); }
+
+    std::uint64_t copiedChunks(const VoFilePath& definition)
+    {
+        return static_cast<std::uint64_t>(Count(StepsOf([&] { install(definition); }), FileStep::CopyChunk));
+    }
+
+    // The chunks that the named targets of a release need.
+    static std::size_t ChunksOf(const VoFilePath& definition, std::initializer_list<const char*> targets)
+    {
+        std::set<std::string> ids;
+        const auto package = AdvertisedPackageListing::Open(definition);
+        for (const auto& file : package->files()) {
+            if (std::none_of(targets.begin(), targets.end(),
+                             [&](const char* t) { return file.target() == VoFilePath(t); }))
+                continue;
+            for (const auto& piece : file.chunks())
+                ids.insert(piece.chunkID().toString().toStdString());
+        }
+        return ids.size();
+    }
+
+    static void Edit(const VoFilePath& path, const std::function<void(std::string&)>& edit)
+    {
+        std::string bytes = ReadBytes(path);
+        edit(bytes);
+        WriteBytes(path, bytes);
+    }
+};
+
+} // namespace
+
+TEST_F(PackageInstallerTest, AFirstInstallationRecordsTheDirectoriesItMadeOutermostFirst)
+{
+    install(publish("1.0.0", First));
+    EXPECT_EQ(installed(), First);
+
+    const auto listing = InstalledPackages::Package(packageID);
+    std::vector<std::string> directories;
+    for (const auto& directory : listing->directories())
+        directories.push_back(directory.path().toStdString());
+    std::vector<std::string> expected;
+    for (const VoDirectoryPath& made :
+         {directory("place"), directory("place").directory("of"), place(), place().directory("lib"),
+          place().directory("lib").directory("deep"), place().directory("old")})
+        expected.push_back(made.path().toStdString());
+    EXPECT_EQ(directories, expected);
+    EXPECT_EQ(listing->files().size(), First.size());
+    EXPECT_FALSE(VoFileSystem::Exists(staging()));
+}
+
+TEST_F(PackageInstallerTest, AnUpdateCopiesOnlyTheChunksOfChangedFilesAndLeavesAnEqualTree)
+{
+    const VoFilePath first = publish("1.0.0", First);
+    const VoFilePath second = publish("1.1.0", Second);
+    install(first);
+    const std::size_t needed = ChunksOf(second, {"readme.txt", "lib/deep/b.dat", "new/place/c.dat"});
+    const InstallationPlan plan = InstalledPackages::Plan(second, place());
+    EXPECT_EQ(plan.chunks.size(), needed);
+    EXPECT_EQ(plan.addedFiles, 1u);
+    EXPECT_EQ(plan.modifiedFiles, 2u);
+    EXPECT_EQ(plan.removedFiles, 1u);
+    EXPECT_EQ(plan.unchangedFiles, 2u);
+    EXPECT_LT(needed, AdvertisedPackageListing::Open(second)->chunks().size());
+
+    EXPECT_EQ(copiedChunks(second), needed);
+    EXPECT_EQ(installed(), Second);
+    EXPECT_FALSE(VoFileSystem::Exists(place().directory("old")));
+    EXPECT_TRUE(InstalledPackages::Plan(second, place()).isUpToDate());
+}
+
+TEST_F(PackageInstallerTest, InstallingTheInstalledReleaseAgainTouchesNoFileOfIt)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    install(definition);
+    const Files before = snapshot();
+    const LoggedTexts log("updater");
+    const auto steps = StepsOf([&] { install(definition); });
+    for (const FileStep step : {FileStep::CopyChunk, FileStep::OpenFile, FileStep::PutInPlace, FileStep::EraseFile})
+        EXPECT_EQ(Count(steps, step), 0) << static_cast<int>(step);
+    EXPECT_TRUE(log.contain("No chunk copying required"));
+    EXPECT_EQ(snapshot(), before);
+}
+
+TEST_F(PackageInstallerTest, ChunksThatAnInterruptedRunStagedAreCopiedAgainOnlyWhenDamaged)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    const auto package = AdvertisedPackageListing::Open(definition);
+    ASSERT_GT(package->chunks().size(), 3u);
+    const auto stage = [&](std::size_t index) {
+        const auto& chunk = package->chunks().at(index);
+        const VoFilePath staged = staging().file(chunk.id().toString() + ".vochk");
+        WriteBytes(staged, ReadBytes(definition.parent().appended(chunk.path())));
+        return staged;
+    };
+    stage(0);
+    Edit(stage(1), [](std::string& bytes) { bytes.back() ^= 1; });
+    Edit(stage(2), [](std::string& bytes) { bytes.pop_back(); });
+
+    EXPECT_EQ(InstalledPackages::Plan(definition, place()).stagedChunks.size(), 1u);
+    EXPECT_EQ(copiedChunks(definition), package->chunks().size() - 1);
+    EXPECT_EQ(installed(), First);
+}
+
+TEST_F(PackageInstallerTest, ARemovedFileDoesNotTakeAnAddedOneOfTheSamePathWithIt)
+{
+    install(publish("1.0.0", First));
+    install(publishWithNewIDs("1.1.0", Second));
+    EXPECT_EQ(installed(), Second);
+    EXPECT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).isIntact());
+}
+
+TEST_F(PackageInstallerTest, UnchangedFilesThatAreMissingOrResizedAreWrittenAgain)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    install(definition);
+    VoFileSystem::Remove(placed("lib/a.dat"));
+    WriteBytes(placed("readme.txt"), "first but longer");
+    EXPECT_EQ(InstalledPackages::Plan(definition, place()).modifiedFiles, 2u);
+    install(definition);
+    EXPECT_EQ(installed(), First);
+}
+
+TEST_F(PackageInstallerTest, InstallingElsewhereMovesThePackage)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    install(definition);
+    const VoDirectoryPath elsewhere = directory("place").directory("elsewhere");
+    InstalledPackages::Install(definition, elsewhere, VoStopFlag());
+    EXPECT_EQ(Tree(elsewhere), First);
+    EXPECT_FALSE(VoFileSystem::Exists(directory("place").directory("of")));
+    InstalledPackages::Uninstall(packageID);
+    EXPECT_FALSE(VoFileSystem::Exists(directory("place")));
+}
+
+TEST_F(PackageInstallerTest, TheSameDirectoryUnderTheNameOfALinkKeepsItsFiles)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    install(definition);
+    const VoDirectoryPath link = directory("place").directory("link");
+    fs::create_directory_symlink(vo::detail::ToNative(place()), vo::detail::ToNative(file("place/link")));
+    InstalledPackages::Install(definition, link, VoStopFlag());
+    EXPECT_EQ(installed(), First);
+}
+
+TEST_F(PackageInstallerTest, FilesBecomeDirectoriesAndDirectoriesFiles)
+{
+    const Files before = {{"x", "file"}, {"y/inner/one", "1"}, {"y/two", "2"}, {"z", "stays"}};
+    const Files after = {{"x/inner/file", "deep"}, {"y", "file now"}, {"z", "stays"}};
+    const VoFilePath first = publish("1.0.0", before);
+    const VoFilePath second = publish("1.1.0", after);
+    install(first);
+    install(second);
+    EXPECT_EQ(installed(), after);
+    install(first);
+    EXPECT_EQ(installed(), before);
+    InstalledPackages::Uninstall(packageID);
+    EXPECT_FALSE(VoFileSystem::Exists(directory("place")));
+}
+
+TEST_F(PackageInstallerTest, AForeignFileInTheWayIsRefusedBeforeAnythingChanges)
+{
+    const VoFilePath first = publish("1.0.0", {{"y/one", "1"}, {"z", "z"}});
+    const VoFilePath second = publish("1.1.0", {{"y", "file now"}, {"z", "other"}});
+    install(first);
+    WriteBytes(placed("y/foreign"), "keep me");
+    const Files before = snapshot();
+    EXPECT_THROW_MSG(install(second), VoInstallationFailedException,
+                     "Installation failed: Directory in the way: " + placed("y").path());
+    VoFileSystem::RemoveAll(staging());
+    EXPECT_EQ(snapshot(), before);
+}
+
+TEST_F(PackageInstallerTest, WhatStandsAtATargetIsReplacedAndNeverWrittenThrough)
+{
+    const VoFilePath definition = publish("1.0.0", {{"link", "new"}, {"readonly", "new"}, {"program", "new"}});
+    WriteBytes(file("outside"), "untouched");
+    WriteBytes(placed("readonly"), "old");
+    WriteBytes(placed("program"), "old");
+    WriteBytes(placed("readonly.vonew"), "left by a killed run");
+    fs::create_symlink(vo::detail::ToNative(file("outside")), vo::detail::ToNative(placed("link")));
+    fs::permissions(vo::detail::ToNative(placed("readonly")), fs::perms::owner_read);
+    fs::permissions(vo::detail::ToNative(placed("program")), fs::perms::owner_all);
+    install(definition);
+    EXPECT_EQ(installed(), (Files{{"link", "new"}, {"readonly", "new"}, {"program", "new"}}));
+    EXPECT_EQ(ReadBytes(file("outside")), "untouched");
+    EXPECT_EQ(fs::status(vo::detail::ToNative(placed("program"))).permissions(), fs::perms::owner_all);
+}
+
+TEST_F(PackageInstallerTest, DamagedReleasesFailClearlyAndChangeNothing)
+{
+    struct Row
+    {
+        const char* name;
+        std::function<void(const VoFilePath& chunk)> damage;
+        bool isMissing;
+    };
+    const Row rows[] = {
+        {"missing chunk", [](const VoFilePath& chunk) { VoFileSystem::Remove(chunk); }, true},
+        {"flipped bit", [](const VoFilePath& chunk) { Edit(chunk, [](std::string& b) { b[b.size() / 2] ^= 16; }); },
+         false},
+        {"truncated", [](const VoFilePath& chunk) { Edit(chunk, [](std::string& b) { b.resize(b.size() / 2); }); },
+         false},
+        {"empty", [](const VoFilePath& chunk) { WriteBytes(chunk, ""); }, false},
+        {"promises 3 GB", [](const VoFilePath& chunk) { Edit(chunk, [](std::string& b) { b[0] = '\xC0'; }); }, false},
+        {"promises 200 MB", [](const VoFilePath& chunk) { Edit(chunk, [](std::string& b) { b[0] = '\x0C'; }); }, false},
+        {"promises less", [](const VoFilePath& chunk) { Edit(chunk, [](std::string& b) { b[3] = '\x01'; }); }, false},
+    };
+    install(publish("1.0.0", First));
+    const Files before = snapshot();
+    int minor = 1;
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::string version = "1." + std::to_string(minor++) + ".0";
+        const VoFilePath definition =
+            publish(version.c_str(), {{"readme.txt", Noise(30, 9)}, {"lib/a.dat", Noise(100, 1)}});
+        const auto package = AdvertisedPackageListing::Open(definition);
+        // The chunk that holds the one file that changed.
+        const VoUUID id = [&] {
+            for (const auto& listed : package->files()) {
+                if (listed.target() == "readme.txt")
+                    return listed.chunks().front().chunkID();
+            }
+            return VoUUID("");
+        }();
+        const VoFilePath chunk = definition.parent().appended(package->chunk(id)->path());
+        row.damage(chunk);
+        const LoggedTexts log("updater");
+        const VoString expected = row.isMissing ? "File not found: " + chunk.path()
+                                                : "File checksum does not match for: " + placed("readme.txt").path();
+        EXPECT_THROW_MSG(install(definition), VoInstallationFailedException, "Installation failed: " + expected);
+        EXPECT_EQ(log.contain("Chunk checksum mismatch: "), !row.isMissing);
+        VoFileSystem::RemoveAll(staging());
+        EXPECT_EQ(snapshot(), before);
+    }
+}
+
+TEST_F(PackageInstallerTest, HostileDefinitionsAreRefusedAndNothingIsWritten)
+{
+    struct Row
+    {
+        const char* name;
+        const char* from;
+        const char* to;
+        const char* message;
+    };
+    const Row rows[] = {
+        {"climbing target", "target=\"readme.txt\"", "target=\"..\\..\\evil.txt\"",
+         "Invalid target path: ..\\..\\evil.txt"},
+        {"climbing at last", "target=\"readme.txt\"", "target=\"lib\\..\"", "Invalid target path: lib\\.."},
+        {"rooted target", "target=\"readme.txt\"", "target=\"\\etc\\evil\"", "Invalid target path: \\etc\\evil"},
+        {"drive", "target=\"readme.txt\"", "target=\"C:\\evil\"", "Invalid target path: C:\\evil"},
+        {"device", "target=\"readme.txt\"", "target=\"lib\\NUL.txt\"", "Invalid target path: lib\\NUL.txt"},
+        {"name of a built file", "target=\"readme.txt\"", "target=\"a.VoNew\"", "Invalid target path: a.VoNew"},
+        {"no target", "target=\"readme.txt\"", "target=\"\"", "Invalid target path: "},
+        {"same target twice", "target=\"readme.txt\"", "target=\"EMPTY.txt\"", nullptr},
+        {"target is a directory", "target=\"readme.txt\"", "target=\"lib\"", nullptr},
+        {"climbing chunk", "path=\"chunks\\", "path=\"..\\..\\chunks\\", nullptr},
+        {"identifier", "packageID=\"", "packageID=\"..\\", nullptr},
+        {"registry as listing", "packageID=\"PACKAGE\"", "packageID=\"Packages\"", "Invalid identifier: Packages"},
+        {"unknown chunk", "chunkID=\"", "chunkID=\"x", nullptr},
+        {"negative size", "size=\"5\"", "size=\"-5\"", nullptr},
+        {"pieces too short", "length=\"5\"", "length=\"4\"", nullptr},
+        {"piece beyond all", "offset=\"0\"", "offset=\"18446744073709551615\"", nullptr},
+        {"document type", "<package ", "<!DOCTYPE a [<!ENTITY b \"c\">]><package ", nullptr},
+        {"truncated", "</package>", "", nullptr},
+    };
+    install(publish("1.0.0", {{"readme.txt", "older"}}));
+    const VoFilePath definition = publish("1.1.0", First);
+    const std::string sound = ReadBytes(definition);
+    const Files before = snapshot();
+    for (Row row : rows) {
+        SCOPED_TRACE(row.name);
+        std::string from = row.from;
+        if (const auto mark = from.find("PACKAGE"); mark != std::string::npos)
+            from.replace(mark, 7, packageID.toString().toStdString());
+        std::string text = sound;
+        const std::size_t position = text.find(from);
+        ASSERT_NE(position, std::string::npos);
+        WriteBytes(definition, text.replace(position, from.size(), row.to));
+        if (row.message) {
+            EXPECT_THROW_MSG(install(definition), VoInstallationFailedException,
+                             VoString("Installation failed: ") + row.message);
+        } else {
+            EXPECT_THROW(install(definition), VoInstallationFailedException);
+        }
+        EXPECT_EQ(snapshot(), before);
+    }
+    EXPECT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).isIntact());
+    WriteBytes(definition, sound);
+    install(definition);
+    EXPECT_EQ(installed(), First);
+}
+
+TEST_F(PackageInstallerTest, ALinkInTheInstallationDirectoryLeadsNothingOutOfIt)
+{
+    const VoFilePath definition = publish("1.0.0", {{"sub/evil.txt", "evil"}});
+    fs::create_directories(vo::detail::ToNative(place()));
+    fs::create_directories(vo::detail::ToNative(directory("outside")));
+    fs::create_directory_symlink(vo::detail::ToNative(file("outside")), vo::detail::ToNative(placed("sub")));
+    EXPECT_THROW_MSG(install(definition), VoInstallationFailedException,
+                     "Installation failed: Invalid target path: sub\\evil.txt");
+    EXPECT_TRUE(Tree(directory("outside")).empty());
+}
+
+// The property that matters most: whichever step fails, no old file is lost or half new before all new files are
+// ready, the records are those of the old release, and the same call then completes the update.
+TEST_F(PackageInstallerTest, WhicheverStepFailsTheOldReleaseStaysUntilAllNewFilesAreReady)
+{
+    const VoFilePath first = publish("1.0.0", First);
+    const VoFilePath second = publish("1.1.0", Second);
+    install(first);
+    const Files old = snapshot();
+    const auto steps = StepsOf([&] { install(second); });
+    const Files updated = snapshot();
+    const std::size_t firstPlaced =
+        static_cast<std::size_t>(std::find(steps.begin(), steps.end(), FileStep::PutInPlace) - steps.begin()) + 1;
+    for (std::size_t n = 1; n <= steps.size(); ++n) {
+        SCOPED_TRACE("step " + std::to_string(n) + " of kind " + std::to_string(static_cast<int>(steps[n - 1])));
+        wipe();
+        install(first);
+        bool hasFailed = false;
+        bool hasThrown = false;
+        {
+            const StepWatch watch(FailAt(n, hasFailed));
+            try {
+                install(second);
+            } catch (const VoInstallationFailedException& failure) {
+                hasThrown = true;
+                EXPECT_EQ(failure.message().toStdString(), "Installation failed: No space left on device");
+            }
+        }
+        ASSERT_TRUE(hasFailed);
+        VoFileSystem::RemoveAll(staging());
+        if (hasThrown && n <= firstPlaced) {
+            Files now = snapshot();
+            now.erase("updates/download/");
+            Files before = old;
+            before.erase("updates/download/");
+            EXPECT_EQ(now, before);
+        }
+        if (hasThrown) {
+            EXPECT_EQ(snapshot()["updates/installed/packages.xml"], old.at("updates/installed/packages.xml"));
+        }
+        install(second);
+        EXPECT_EQ(snapshot(), updated);
+    }
+}
+
+TEST_F(PackageInstallerTest, AFailedFirstInstallationLeavesNothing)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    const auto steps = StepsOf([&] { install(definition); });
+    const std::size_t lastPlaced =
+        steps.size() -
+        static_cast<std::size_t>(std::find(steps.rbegin(), steps.rend(), FileStep::PutInPlace) - steps.rbegin());
+    for (std::size_t n = 1; n <= lastPlaced; ++n) {
+        SCOPED_TRACE("step " + std::to_string(n));
+        wipe();
+        bool hasFailed = false;
+        const StepWatch watch(FailAt(n, hasFailed));
+        EXPECT_THROW(install(definition), VoInstallationFailedException);
+        EXPECT_TRUE(hasFailed);
+        EXPECT_FALSE(VoFileSystem::Exists(directory("place")));
+        EXPECT_TRUE(InstalledPackages::Packages().isEmpty());
+    }
+}
+
+TEST_F(PackageInstallerTest, ARaisedStopFlagEndsTheRunBetweenFilesAndTheSameCallGoesOn)
+{
+    const VoFilePath first = publish("1.0.0", First);
+    const VoFilePath second = publish("1.1.0", Second);
+    install(second);
+    wipe();
+    install(first);
+    install(second);
+    const Files updated = snapshot();
+    const std::size_t steps = StepsOf([&] {
+                                  wipe();
+                                  install(first);
+                                  install(second);
+                              }).size();
+    std::size_t cancelled = 0;
+    for (std::size_t n = 1; n <= steps; ++n) {
+        SCOPED_TRACE("step " + std::to_string(n));
+        wipe();
+        install(first);
+        const Files old = Tree(place());
+        VoStopFlag stop;
+        bool isPlacing = false;
+        {
+            const StepWatch watch([&, count = std::size_t{0}](FileStep step, const VoString&) mutable {
+                isPlacing = isPlacing || step == FileStep::PutInPlace;
+                if (++count == n)
+                    stop.stop();
+            });
+            try {
+                install(second, stop);
+            } catch (const VoInstallationFailedException& failure) {
+                ++cancelled;
+                EXPECT_EQ(failure.message().toStdString(), "Installation failed: User cancelled");
+                if (!isPlacing) {
+                    EXPECT_EQ(Tree(place()), old);
+                }
+            }
+        }
+        install(second);
+        EXPECT_EQ(snapshot(), updated);
+    }
+    EXPECT_GT(cancelled, 10u);
+}
+
+TEST_F(PackageInstallerTest, AnOlderReleaseIsInstalledWithAWarning)
+{
+    const VoFilePath first = publish("1.0.0", First);
+    install(publish("1.1.0", Second));
+    EXPECT_TRUE(InstalledPackages::Plan(first, place()).isDowngrade());
+    const LoggedTexts log("updater");
+    install(first);
+    EXPECT_TRUE(log.contain("Installing an older version 1.0.0.0 over 1.1.0.0"));
+    EXPECT_EQ(installed(), First);
+}
+
+namespace {
+
+// Installs with a cache that holds no more than the given bytes.
+class SmallCacheInstaller : public PackageInstaller
+{
+public:
+    SmallCacheInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& place, std::size_t limit)
+        : PackageInstaller(std::move(package), place, {}, Settings(limit))
+    {
+    }
+
+private:
+    static vo::updater::detail::InstallerSettings Settings(std::size_t limit)
+    {
+        vo::updater::detail::InstallerSettings settings;
+        settings.cacheLimit = limit;
+        return settings;
+    }
+};
+
+} // namespace
+
+// Files in the order of their IDs meet the chunks in a random order.
+TEST_F(PackageInstallerTest, EachChunkIsUncompressedOnceWhetherTheCacheHoldsAllOfThemOrNot)
+{
+    Files files;
+    for (unsigned i = 0; i < 60; ++i)
+        files["f" + std::to_string(i)] = Noise(100, i);
+    const VoFilePath definition = publish("1.0.0", files, 1000);
+    for (const std::size_t limit : {std::size_t{1} << 20, std::size_t{2000}}) {
+        wipe();
+        SmallCacheInstaller installer(AdvertisedPackageListing::Open(definition), place(), limit);
+        const auto steps = StepsOf([&] { installer.run(definition, VoStopFlag()); });
+        EXPECT_EQ(Count(steps, FileStep::ReadChunk), 6);
+        EXPECT_EQ(installed(), files);
+    }
+}
+
+TEST_F(PackageInstallerTest, WhatMustBeDownloadedFailsClearlyWithoutADownloadService)
+{
+    const VoUrl url("https://releases.example.org/package.xml");
+    EXPECT_THROW_MSG(
+        InstalledPackages::Install(url, place(), VoStopFlag()), VoInstallationFailedException,
+        "Installation failed: The download service is not available: https://releases.example.org/package.xml");
+    PackageInstaller installer(AdvertisedPackageListing::Open(publish("1.0.0", First)), place());
+    EXPECT_THROW(installer.run(url, VoStopFlag()), VoInstallationFailedException);
+    EXPECT_FALSE(VoFileSystem::Exists(directory("place")));
+}
+
+namespace {
+
+// Gives tests the parts that subclasses are offered.
+class BareInstaller : public vo::updater::AbstractPackageInstaller
+{
+public:
+    BareInstaller(const AdvertisedPackageListing& package, const VoDirectoryPath& place)
+        : AbstractPackageInstaller(package, place)
+    {
+    }
+
+    using AbstractPackageInstaller::chunk;
+    using AbstractPackageInstaller::installFile;
+
+    VoUniquePtr<InstalledPackageListing> install(VoStopFlag) override { return {}; }
+    VoDeque<vo::updater::ChunkListing> requiredChunks() const override { return {}; }
+};
+
+} // namespace
+
+TEST_F(PackageInstallerTest, AChunkThatIsNotStagedOrNotAdvertisedCannotBeFound)
+{
+    const auto package = AdvertisedPackageListing::Open(publish("1.0.0", First));
+    BareInstaller installer(*package, place());
+    const auto& known = package->chunks().front().id();
+    EXPECT_THROW_MSG(installer.chunk({known, 0, 1, 0}), VoNullPointerException, "Failed to find required chunk");
+    EXPECT_THROW_MSG(installer.chunk({VoUUID("unknown"), 0, 1, 0}), VoNullPointerException,
+                     "Failed to find required chunk");
+}
+
+TEST_F(PackageInstallerTest, OneFileInstallsWithItsDirectoriesAndAWrongOneLeavesTheOldOne)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    const auto package = AdvertisedPackageListing::Open(definition);
+    for (const auto& chunk : package->chunks())
+        WriteBytes(staging().file(chunk.id().toString() + ".vochk"),
+                   ReadBytes(definition.parent().appended(chunk.path())));
+    BareInstaller installer(*package, place());
+    InstalledPackageListing listing(*package, place());
+    for (const auto& listed : package->files())
+        installer.installFile(listed, listing);
+    EXPECT_EQ(installed(), First);
+    EXPECT_EQ(listing.directories().size(), 6u);
+
+    const auto& sound = package->files().front();
+    const vo::updater::AdvertisedFileListing wrong(sound.target(), sound.chunks(), sound.id(), ChecksumOf("else"),
+                                                   sound.size());
+    EXPECT_THROW_MSG(installer.installFile(wrong, listing), VoValidationException,
+                     "File checksum does not match for: " + installer.resolvedPath(wrong).path());
+    EXPECT_EQ(installed(), First);
+}
+
+} // namespace vo::test
