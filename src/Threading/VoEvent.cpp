@@ -1,0 +1,17 @@
+#include <Threading/VoEvent.h>
+
+VoEvent::VoEvent(std::int32_t type) noexcept
+    : m_type(type)
+{
+}
+
+VoEvent::~VoEvent() = default;
+
+bool VoEvent::mergeable() const
+{
+    return false;
+}
+
+void VoEvent::merge(const VoEvent&) {}
+
+void VoEvent::run() {}

@@ -1,0 +1,95 @@
+#include <Threading/VoThread.h>
+
+#include <Subsystem/VoLogging.h>
+#include <Threading/ThreadFactory.h>
+#include <Threading/VoThreadException.h>
+
+#include <exception>
+#include <system_error>
+#include <utility>
+
+struct VoThread::Private
+{
+    std::thread thread;
+};
+
+VoThread::VoThread() noexcept = default;
+
+VoThread::VoThread(std::function<void()> function)
+    : m_private(std::make_unique<Private>())
+{
+    try {
+        m_private->thread = std::thread(std::move(function));
+    } catch (const std::system_error& e) {
+        throw VoThreadException(VoString(e.what()));
+    }
+}
+
+VoThread::VoThread(VoThread&& other) noexcept = default;
+
+namespace {
+
+[[noreturn]] void EndProcess()
+{
+    vo::logging::Logger::Get("threads").critical("Thread destroyed whilst still running");
+    std::terminate();
+}
+
+} // namespace
+
+VoThread& VoThread::operator=(VoThread&& other) noexcept
+{
+    if (this == &other)
+        return *this;
+    if (joinable())
+        EndProcess();
+    m_private = std::move(other.m_private);
+    return *this;
+}
+
+VoThread::~VoThread()
+{
+    if (joinable())
+        EndProcess();
+}
+
+void VoThread::join()
+{
+    if (!m_private)
+        throw VoJoinThreadException();
+    try {
+        m_private->thread.join();
+    } catch (const std::system_error&) {
+        throw VoJoinThreadException();
+    }
+}
+
+void VoThread::detach()
+{
+    if (!joinable())
+        throw VoDetachThreadException();
+    try {
+        m_private->thread.detach();
+    } catch (const std::system_error&) {
+        throw VoDetachThreadException();
+    }
+    m_private.reset();
+}
+
+bool VoThread::joinable() const noexcept
+{
+    return m_private && m_private->thread.joinable();
+}
+
+std::thread::id VoThread::id() const noexcept
+{
+    return m_private ? m_private->thread.get_id() : std::thread::id();
+}
+
+VoThread vo::detail::CreateThread(std::function<void()> function, const char* name)
+{
+    return VoThread([function = std::move(function), name] {
+        NameCurrentThread(name);
+        function();
+    });
+}
