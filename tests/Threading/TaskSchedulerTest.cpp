@@ -1,0 +1,233 @@
+#include <VoTestSupport.h>
+
+#include <LogCapture.h>
+
+#include <Threading/VoParallelTaskScheduler.h>
+#include <Threading/VoReceiver.h>
+#include <Threading/VoSerialTaskScheduler.h>
+
+#include <atomic>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace vo::background_task;
+
+namespace {
+
+class FunctionTask : public AbstractTask
+{
+public:
+    explicit FunctionTask(std::function<void(FunctionTask&, const VoStopFlag&)> function)
+        : AbstractTask("test")
+        , m_function(std::move(function))
+    {
+    }
+    void run(VoStopFlag stop) override { m_function(*this, stop); }
+    using AbstractTask::reportProgress;
+
+private:
+    std::function<void(FunctionTask&, const VoStopFlag&)> m_function;
+};
+
+VoSharedPtr<AbstractTask> Task(std::function<void(FunctionTask&, const VoStopFlag&)> function)
+{
+    return VoSharedPtr<AbstractTask>(new FunctionTask(std::move(function)));
+}
+
+/// Keeps a worker busy until it is released or, as a task, stopped.
+struct Blocker
+{
+    std::promise<void> entered, release;
+    std::shared_future<void> released = release.get_future().share();
+
+    void operator()()
+    {
+        entered.set_value();
+        released.wait();
+    }
+};
+
+} // namespace
+
+TEST(SerialScheduler, runsInOrderOfArrivalOnOneThread)
+{
+    VoSerialTaskScheduler scheduler;
+    std::vector<int> order;
+    std::vector<std::thread::id> threads;
+    for (int i = 0; i < 100; ++i)
+        scheduler.add([&, i] {
+            order.push_back(i);
+            threads.push_back(std::this_thread::get_id());
+        });
+    scheduler.finish();
+    std::vector<int> expected(100);
+    std::iota(expected.begin(), expected.end(), 0);
+    EXPECT_EQ(expected, order);
+    EXPECT_EQ(std::vector<std::thread::id>(100, threads.front()), threads);
+    EXPECT_EQ(5, scheduler.add([] { return 5; }).get()) << "work added after finish() starts the thread again";
+}
+
+TEST(SerialScheduler, futuresCarryResultsAndExceptionsOfAnyType)
+{
+    VoSerialTaskScheduler scheduler;
+    EXPECT_EQ("text", scheduler.add([] { return std::string("text"); }).get());
+    EXPECT_THROW_MSG(scheduler.add([] { throw VoNotFoundException("x"); }).get(), VoNotFoundException,
+                     "Item not found: x");
+    EXPECT_THROW(scheduler.add([]() -> int { throw 1; }).get(), int);
+}
+
+TEST(SerialScheduler, terminateCancelsTheQueueAndStopsTheRunningTask)
+{
+    VoSerialTaskScheduler scheduler;
+    std::promise<void> entered;
+    const TaskHandle running = scheduler.add(Task([&](FunctionTask&, const VoStopFlag& stop) {
+        entered.set_value();
+        std::promise<void> stopped;
+        const VoReceiver receiver = stop.onStop([&] { stopped.set_value(); });
+        stopped.get_future().wait();
+        stop.throwIfStopped();
+    }));
+    const TaskHandle queued = scheduler.add(Task([](FunctionTask&, const VoStopFlag&) { ADD_FAILURE(); }));
+    std::future<int> future = scheduler.add([] { return 1; });
+    entered.get_future().wait();
+    EXPECT_EQ(TaskHandle::State::Running, running.state());
+    EXPECT_EQ(TaskHandle::State::Waiting, queued.state());
+    scheduler.terminate();
+    EXPECT_EQ(TaskHandle::State::Cancelled, running.state());
+    EXPECT_EQ(TaskHandle::State::Cancelled, queued.state());
+    EXPECT_THROW_MSG(queued.result(), VoUserCancelledException, "User cancelled");
+    EXPECT_THROW_MSG(future.get(), VoUserCancelledException, "User cancelled");
+}
+
+TEST(TaskHandle, stopsOneTaskAndTellsWhatBecameOfEach)
+{
+    VoSerialTaskScheduler scheduler;
+    Blocker blocker;
+    scheduler.add(std::ref(blocker));
+    const TaskHandle stopped = scheduler.add(Task([](FunctionTask&, const VoStopFlag&) { ADD_FAILURE(); }));
+    const TaskHandle failed =
+        scheduler.add(Task([](FunctionTask&, const VoStopFlag&) { throw std::runtime_error("f"); }));
+    const TaskHandle cancelledByItself =
+        scheduler.add(Task([](FunctionTask&, const VoStopFlag&) { throw VoUserCancelledException(); }));
+    std::vector<std::uint64_t> progress;
+    const VoSharedPtr<AbstractTask> task = Task([](FunctionTask& self, const VoStopFlag&) {
+        self.reportProgress(1, 2);
+        self.reportProgress(2, 2);
+    });
+    const VoReceiver receiver =
+        task->connect([&](const AbstractTask::Progress& p) { progress.push_back(p.processed); });
+    const TaskHandle done = scheduler.add(task);
+    stopped.stop();
+    EXPECT_EQ(TaskHandle::State::Cancelled, stopped.state());
+    blocker.release.set_value();
+    done.wait();
+    EXPECT_EQ(TaskHandle::State::Done, done.state());
+    EXPECT_EQ((std::vector<std::uint64_t>{1, 2}), progress);
+    EXPECT_EQ(TaskHandle::State::Failed, failed.state());
+    EXPECT_THROW(failed.result(), std::runtime_error);
+    EXPECT_EQ(TaskHandle::State::Failed, cancelledByItself.state()) << "nobody had asked it to stop";
+}
+
+TEST(Schedulers, aTaskMayWaitForTasksItHasAddedEvenOnOneWorker)
+{
+    VoParallelTaskScheduler scheduler(1);
+    std::vector<int> order;
+    const TaskHandle outer = scheduler.add(Task([&](FunctionTask&, const VoStopFlag&) {
+        const TaskHandle inner = scheduler.add(Task([&](FunctionTask&, const VoStopFlag&) {
+            scheduler.add(Task([&](FunctionTask&, const VoStopFlag&) { order.push_back(1); })).result();
+            order.push_back(2);
+        }));
+        inner.result();
+        order.push_back(3);
+    }));
+    outer.result();
+    EXPECT_EQ((std::vector<int>{1, 2, 3}), order);
+}
+
+TEST(Schedulers, refuseToEndThemselvesAndNothing)
+{
+    VoParallelTaskScheduler scheduler(2);
+    EXPECT_THROW_MSG(scheduler.add([&] { scheduler.finish(); }).get(), VoInvalidCallException,
+                     "Scheduler cannot wait for itself");
+    EXPECT_THROW_MSG(scheduler.add(VoSharedPtr<AbstractTask>()), VoNullPointerException, "Null task");
+}
+
+TEST(ParallelScheduler, parallelForCoversEveryIndexOnceWhateverTheGrain)
+{
+    VoParallelTaskScheduler scheduler(3);
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{7}, std::size_t{1000}})
+        for (const std::size_t grain : {std::size_t{0}, std::size_t{1}, std::size_t{3}, std::size_t{2000}}) {
+            std::vector<std::atomic<int>> seen(size);
+            scheduler.parallelFor(5, 5 + size, grain, [&](std::size_t first, std::size_t last) {
+                EXPECT_LT(first, last);
+                for (std::size_t i = first; i < last; ++i)
+                    ++seen[i - 5];
+            });
+            for (const std::atomic<int>& count : seen)
+                ASSERT_EQ(1, count) << size << " by " << grain;
+        }
+}
+
+TEST(ParallelScheduler, parallelForNestsWithoutDeadlock)
+{
+    VoParallelTaskScheduler scheduler(2);
+    std::atomic<int> sum{0};
+    scheduler.parallelFor(0, 8, 1, [&](std::size_t, std::size_t) {
+        scheduler.parallelFor(0, 10, 2,
+                              [&](std::size_t first, std::size_t last) { sum += static_cast<int>(last - first); });
+    });
+    EXPECT_EQ(80, sum);
+}
+
+TEST(ParallelScheduler, parallelForThrowsTheFirstFailureAfterAllHaveReturned)
+{
+    const vo::test::LogCapture log;
+    VoParallelTaskScheduler scheduler(2);
+    std::atomic<int> active{0}, calls{0};
+    try {
+        scheduler.parallelFor(0, 100000, 1, [&](std::size_t, std::size_t) {
+            ++active;
+            ++calls;
+            --active;
+            throw VoInvalidCallException("piece");
+        });
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const VoInvalidCallException& e) {
+        EXPECT_STREQ("piece", e.what());
+    }
+    EXPECT_EQ(0, active);
+    EXPECT_LE(calls, 3) << "at most one piece a thread after the first failure";
+    EXPECT_EQ(static_cast<std::size_t>(calls - 1), log.texts("tasks").size()) << "the other failures are logged";
+}
+
+TEST(ParallelScheduler, survivesManyThreadsAddingWaitingAndStopping)
+{
+    std::atomic<int> ran{0};
+    {
+        VoParallelTaskScheduler scheduler(4);
+        std::vector<std::thread> clients;
+        for (int client = 0; client < 4; ++client)
+            clients.emplace_back([&] {
+                for (int i = 0; i < 300; ++i) {
+                    const TaskHandle handle = scheduler.add(Task([&](FunctionTask&, const VoStopFlag&) { ++ran; }));
+                    if (i % 3 == 0)
+                        handle.stop();
+                    else if (i % 3 == 1)
+                        handle.wait();
+                }
+            });
+        for (std::thread& client : clients)
+            client.join();
+        scheduler.finish();
+        EXPECT_GE(ran, 800) << "only stopped tasks may be left out";
+        for (int i = 0; i < 1000; ++i)
+            scheduler.add([&] { ++ran; });
+    } // terminates with work queued
+    SUCCEED();
+}

@@ -1,0 +1,76 @@
+#include <VoTestSupport.h>
+
+#include <Threading/ThreadFactory.h>
+#include <Threading/VoThread.h>
+#include <Threading/VoThreadException.h>
+
+#include <future>
+#include <thread>
+
+namespace {
+
+VoThread Start(std::function<void()> function)
+{
+    return vo::detail::CreateThread(std::move(function), "test");
+}
+
+} // namespace
+
+TEST(VoThread, anEmptyHandleCanBeNeitherJoinedNorDetached)
+{
+    VoThread thread;
+    EXPECT_FALSE(thread.joinable());
+    EXPECT_EQ(std::thread::id(), thread.id());
+    EXPECT_THROW_MSG(thread.join(), VoJoinThreadException, "Invalid thread join call");
+    EXPECT_THROW_MSG(thread.detach(), VoDetachThreadException, "Invalid thread detach call");
+}
+
+TEST(VoThread, isJoinedOnceAndMovesWithItsThread)
+{
+    std::thread::id inside;
+    VoThread thread = Start([&] { inside = std::this_thread::get_id(); });
+    const std::thread::id id = thread.id();
+    VoThread moved(std::move(thread));
+    EXPECT_FALSE(thread.joinable());
+    moved.join();
+    EXPECT_EQ(id, inside);
+    EXPECT_THROW_MSG(moved.join(), VoJoinThreadException, "Invalid thread join call");
+    EXPECT_THROW_MSG(moved.detach(), VoDetachThreadException, "Invalid thread detach call");
+}
+
+TEST(VoThread, isDetachedOnce)
+{
+    std::promise<void> done;
+    VoThread thread = Start([&] { done.set_value_at_thread_exit(); });
+    thread.detach();
+    EXPECT_THROW_MSG(thread.detach(), VoDetachThreadException, "Invalid thread detach call");
+    done.get_future().wait();
+}
+
+TEST(VoThread, cannotJoinItself)
+{
+    std::promise<VoThread*> handle;
+    bool refused = false;
+    VoThread thread = Start([&, future = std::make_shared<std::future<VoThread*>>(handle.get_future())] {
+        try {
+            future->get()->join();
+        } catch (const VoJoinThreadException&) {
+            refused = true;
+        }
+    });
+    handle.set_value(&thread);
+    thread.join();
+    EXPECT_TRUE(refused);
+}
+
+TEST(VoThreadDeathTest, aJoinableHandleThatEndsTakesTheProcessWithIt)
+{
+    testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    EXPECT_DEATH({ VoThread thread = Start([] {}); }, "Thread destroyed whilst still running");
+    EXPECT_DEATH(
+        {
+            VoThread thread = Start([] {});
+            thread = VoThread();
+        },
+        "Thread destroyed whilst still running");
+}
