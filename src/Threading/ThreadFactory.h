@@ -8,7 +8,7 @@ namespace vo::detail {
 
 /// Starts a thread that runs @p function, which must not throw. @p name (at most 15 bytes are used) is shown by
 /// debuggers. Throws VoThreadException with the system's text when no thread can be had.
-VoThread CreateThread(std::function<void()> function, const char* name);
+VOCORE_PRIVATE_EXPORT VoThread CreateThread(std::function<void()> function, const char* name);
 
 /// Names the calling thread for debuggers; does nothing where the system has no such names.
 void NameCurrentThread(const char* name) noexcept;

@@ -33,6 +33,7 @@ private:
     VoSharedPtr<VoEvent> take();
     Queue takeAll();
     void loop();
+    void requestEnd(bool discard);
     void join();
 
     VoEventLoop& m_loop;
@@ -182,18 +183,22 @@ void VoEventLoop::Private::join()
 
 void VoEventLoop::Private::stop(bool discard)
 {
-    // Events are destroyed outside the queue's lock: their destructors may add others.
     if (m_loopThread.load() == std::this_thread::get_id()) {
-        const Queue discarded = discard ? takeAll() : Queue();
-        enqueue(VoSharedPtr<VoEvent>(VoUniquePtr<VoEvent>::Make(VoEvent::ABORT)));
+        requestEnd(discard);
         return;
     }
     const std::lock_guard<std::mutex> control(m_control);
     if (!m_thread.joinable())
         return;
-    const Queue discarded = discard ? takeAll() : Queue();
-    enqueue(VoSharedPtr<VoEvent>(VoUniquePtr<VoEvent>::Make(VoEvent::ABORT)));
+    requestEnd(discard);
     join();
+}
+
+void VoEventLoop::Private::requestEnd(bool discard)
+{
+    if (discard)
+        takeAll(); // destroyed here, outside the queue's lock: their destructors may add others
+    enqueue(VoSharedPtr<VoEvent>(VoUniquePtr<VoEvent>::Make(VoEvent::ABORT)));
 }
 
 VoEventLoop::VoEventLoop()

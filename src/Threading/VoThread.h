@@ -10,7 +10,7 @@ class VoThread;
 
 namespace vo::detail {
 // The library's thread factory; see ThreadFactory.h.
-VoThread CreateThread(std::function<void()> function, const char* name);
+VOCORE_PRIVATE_EXPORT VoThread CreateThread(std::function<void()> function, const char* name);
 } // namespace vo::detail
 
 /// A movable handle over one thread of the operating system. Event loops and task schedulers make their threads with
