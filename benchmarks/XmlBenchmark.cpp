@@ -84,13 +84,18 @@ void Write(const Record& record, VoXMLElementWriter& element)
         Write(child, *element.createElement(child.name));
 }
 
-std::string Text(const Record& root)
+void WriteTo(VoStringDevice& device, const Record& root)
 {
-    VoStringDevice device;
     VoXMLStreamWriter writer(device);
     writer.startDocument();
     Write(root, *writer.createElement(root.name));
     writer.finishDocument();
+}
+
+std::string Text(const Record& root)
+{
+    VoStringDevice device;
+    WriteTo(device, root);
     return device.content().toStdString();
 }
 
@@ -98,8 +103,11 @@ void WriteLibrary(benchmark::State& state)
 {
     const Record& root = Document(state);
     std::size_t bytes = 0;
-    for (auto _ : state)
-        bytes += Text(root).size();
+    for (auto _ : state) {
+        VoStringDevice device;
+        WriteTo(device, root);
+        bytes += device.content().size();
+    }
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
 }
 

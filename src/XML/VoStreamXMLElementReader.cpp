@@ -17,7 +17,11 @@ namespace {
 // What default-made and moved-from handles refer to.
 const std::shared_ptr<XMLElementState>& UnnamedElement()
 {
-    static const auto* element = new std::shared_ptr<XMLElementState>(std::make_shared<XMLElementState>());
+    static const auto* const element = [] {
+        auto* state = new std::shared_ptr<XMLElementState>(std::make_shared<XMLElementState>());
+        (*state)->name = std::make_shared<const VoString>();
+        return state;
+    }();
     return *element;
 }
 
@@ -43,7 +47,7 @@ const std::shared_ptr<XMLElementState>& VoStreamXMLElementReader::element() cons
 
 const VoString& VoStreamXMLElementReader::name() const
 {
-    return element()->name;
+    return *element()->name;
 }
 
 std::string_view VoStreamXMLElementReader::pathText() const
@@ -100,7 +104,8 @@ void VoStreamXMLElementReader::forEachAttribute(const AttributeFunction& functio
 
 VoString VoStreamXMLElementReader::readText()
 {
-    return XMLReadEngine::ReadText(element(), "Cannot read text from inactive element");
+    const std::shared_ptr<XMLElementState> read = element();
+    return XMLReadEngine::ReadText(read, "Cannot read text from inactive element");
 }
 
 VoUniquePtr<VoAbstractXMLElementReader> VoStreamXMLElementReader::nextChild()

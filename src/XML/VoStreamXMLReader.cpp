@@ -23,17 +23,17 @@ struct VoStreamXMLReader::Private
 };
 
 VoStreamXMLReader::VoStreamXMLReader(VoIODevice& device, DocumentTypes documentTypes)
-    : d(std::make_unique<Private>(XMLDevice(device, QIODevice::ReadOnly), documentTypes))
+    : d(std::make_unique<Private>(XMLDevice(device, XMLDevice::Reading), documentTypes))
 {
 }
 
 VoStreamXMLReader::VoStreamXMLReader(VoSharedPtr<VoIODevice> device, DocumentTypes documentTypes)
-    : d(std::make_unique<Private>(XMLDevice(std::move(device), QIODevice::ReadOnly), documentTypes))
+    : d(std::make_unique<Private>(XMLDevice(std::move(device), XMLDevice::Reading), documentTypes))
 {
 }
 
 VoStreamXMLReader::VoStreamXMLReader(const VoFilePath& file, DocumentTypes documentTypes)
-    : d(std::make_unique<Private>(XMLDevice(file, QIODevice::ReadOnly), documentTypes))
+    : d(std::make_unique<Private>(XMLDevice(file, XMLDevice::Reading), documentTypes))
 {
 }
 

@@ -6,7 +6,7 @@
 VoXMLAttribute::VoXMLAttribute() = default;
 
 VoXMLAttribute::VoXMLAttribute(VoString name, VoString value)
-    : m_name(std::move(name))
+    : m_name(std::make_shared<const VoString>(std::move(name)))
     , m_value(std::move(value))
 {
 }
@@ -25,7 +25,8 @@ VoXMLAttribute::~VoXMLAttribute() = default;
 
 const VoString& VoXMLAttribute::name() const
 {
-    return m_name;
+    static const VoString* const empty = new VoString;
+    return m_name ? *m_name : *empty;
 }
 
 const VoString& VoXMLAttribute::value() const
@@ -35,7 +36,7 @@ const VoString& VoXMLAttribute::value() const
 
 void VoXMLAttribute::setName(const VoString& name)
 {
-    m_name = name;
+    m_name = std::make_shared<const VoString>(name);
 }
 
 void VoXMLAttribute::setValue(const VoString& value)
@@ -45,7 +46,7 @@ void VoXMLAttribute::setValue(const VoString& value)
 
 bool VoXMLAttribute::operator==(const VoXMLAttribute& other) const
 {
-    return m_name.toStdString() == other.m_name.toStdString() && m_value.toStdString() == other.m_value.toStdString();
+    return name().toStdString() == other.name().toStdString() && m_value.toStdString() == other.m_value.toStdString();
 }
 
 bool VoXMLAttribute::operator!=(const VoXMLAttribute& other) const

@@ -4,6 +4,11 @@
 #include <Core/VoString.h>
 
 #include <iosfwd>
+#include <memory>
+
+namespace vo::detail {
+class XMLAttributeCollector;
+}
 
 /// Name and value of one attribute of an XML element.
 class VOCORE_EXPORT VoXMLAttribute
@@ -30,7 +35,10 @@ public:
     bool operator!=(const VoXMLAttribute& other) const; ///< Another name or value, case included.
 
 private:
-    VoString m_name;
+    friend class vo::detail::XMLAttributeCollector;
+
+    // Shared, since documents repeat a few names on all their elements; null for the empty one.
+    std::shared_ptr<const VoString> m_name;
     VoString m_value;
 };
 

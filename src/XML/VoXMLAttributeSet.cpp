@@ -33,13 +33,14 @@ QStringRef UniqueName(const QXmlStreamAttributes& attributes, int index)
 
 } // namespace
 
-VoXMLAttributeSet XMLAttributeCollector::Collect(const QXmlStreamAttributes& attributes)
+void XMLAttributeCollector::Collect(const QXmlStreamAttributes& attributes, XMLReadNames& names, VoXMLAttributeSet& set)
 {
-    XMLAttributeCollector collector;
-    collector.reserve(static_cast<std::size_t>(attributes.size()));
-    for (int i = 0; i < attributes.size(); ++i)
-        collector.append(FromQtText(UniqueName(attributes, i)), FromQtText(attributes[i].value()));
-    return collector.take();
+    set.m_attributes.reserve(static_cast<std::size_t>(attributes.size()));
+    for (int i = 0; i < attributes.size(); ++i) {
+        VoXMLAttribute& attribute = set.m_attributes.emplace_back();
+        attribute.m_name = names.shared(UniqueName(attributes, i));
+        attribute.m_value = FromQtText(attributes[i].value());
+    }
 }
 
 } // namespace vo::detail

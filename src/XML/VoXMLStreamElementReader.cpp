@@ -25,7 +25,7 @@ std::shared_ptr<XMLElementState> CurrentToken(VoXMLStreamReader* reader)
     if (!reader)
         throw VoNullPointerException("Invalid parent");
     auto element = std::make_shared<XMLElementState>();
-    element->name = reader->elementName();
+    element->name = std::make_shared<const VoString>(reader->elementName());
     element->attributes = *reader->attributes();
     return element;
 }
@@ -86,15 +86,10 @@ VoXMLElementReader::Children::Iterator VoXMLStreamElementReader::StreamChildren:
     m_isUsed = true;
     const std::shared_ptr<StreamChildren> self = shared_from_this();
     std::shared_ptr<VoXMLElementReader> first = next();
+    if (!first)
+        return end();
     return Iterator(std::make_shared<StreamImplementation>(self, std::move(first)));
 }
-
-struct VoXMLStreamElementReader::Private
-{
-    VoXMLStreamReader* parent;
-    std::shared_ptr<XMLElementState> element;
-    std::shared_ptr<StreamChildren> children; // made when first asked for
-};
 
 VoXMLStreamElementReader::VoXMLStreamElementReader(VoXMLStreamReader* parent)
     : VoXMLStreamElementReader(parent, CurrentToken(parent))
@@ -102,7 +97,8 @@ VoXMLStreamElementReader::VoXMLStreamElementReader(VoXMLStreamReader* parent)
 }
 
 VoXMLStreamElementReader::VoXMLStreamElementReader(VoXMLStreamReader* parent, std::shared_ptr<XMLElementState> element)
-    : d(new Private{parent, std::move(element), nullptr})
+    : m_parent(parent)
+    , m_element(std::move(element))
 {
 }
 
@@ -110,14 +106,14 @@ VoXMLStreamElementReader::~VoXMLStreamElementReader() = default;
 
 const VoXMLAttributeSet& VoXMLStreamElementReader::attributes() const
 {
-    return d->element->attributes;
+    return m_element->attributes;
 }
 
 VoXMLElementReader::Children& VoXMLStreamElementReader::children()
 {
-    if (!d->children)
-        d->children = std::make_shared<StreamChildren>(d->parent, d->element);
-    return *d->children;
+    if (!m_children)
+        m_children = std::make_shared<StreamChildren>(m_parent, m_element);
+    return *m_children;
 }
 
 bool VoXMLStreamElementReader::hasAttribute(const VoString& name) const
@@ -127,7 +123,7 @@ bool VoXMLStreamElementReader::hasAttribute(const VoString& name) const
 
 const VoString& VoXMLStreamElementReader::name() const
 {
-    return d->element->name;
+    return *m_element->name;
 }
 
 VoString VoXMLStreamElementReader::readAttribute(const VoString& name)
@@ -142,15 +138,18 @@ double VoXMLStreamElementReader::readAttributeBase64(const VoString& name) const
 
 VoString VoXMLStreamElementReader::readText()
 {
-    return XMLReadEngine::ReadText(d->element, TextOfInactive);
+    const XMLReadEngine::Element element = m_element;
+    return XMLReadEngine::ReadText(element, TextOfInactive);
 }
 
 double VoXMLStreamElementReader::readTextBase64() const
 {
-    return VoStringDoubleBase64Converter().convert(XMLReadEngine::ReadText(d->element, TextOfInactive));
+    const XMLReadEngine::Element element = m_element;
+    return VoStringDoubleBase64Converter().convert(XMLReadEngine::ReadText(element, TextOfInactive));
 }
 
 std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamElementReader::nextChild()
 {
-    return NextChild(d->parent, d->element);
+    const XMLReadEngine::Element element = m_element;
+    return NextChild(m_parent, element);
 }

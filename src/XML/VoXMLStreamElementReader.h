@@ -41,11 +41,12 @@ public:
 
 private:
     friend class VoXMLStreamReader;
-    struct Private;
     class StreamChildren;
     class StreamImplementation;
 
     VoXMLStreamElementReader(VoXMLStreamReader* parent, std::shared_ptr<vo::detail::XMLElementState> element);
 
-    std::unique_ptr<Private> d;
+    VoXMLStreamReader* m_parent;
+    std::shared_ptr<vo::detail::XMLElementState> m_element;
+    std::shared_ptr<StreamChildren> m_children; // made when first asked for
 };

@@ -5,13 +5,33 @@
 #include <Core/VoXMLException.h>
 #include <XML/VoXMLStreamWriter.h>
 
-#include <vector>
+#include <string>
 
 struct VoXMLStreamElementWriter::Private
 {
-    VoXMLStreamWriter* parent;        // null once disabled
-    std::vector<VoString> attributes; // names written so far
+    bool hasAttribute(const VoString& name) const;
+    void addAttribute(const VoString& name);
+
+    VoXMLStreamWriter* parent; // null once disabled
+    // Names of the attributes written so far, in one text, each ended by a zero byte, which no name can hold.
+    std::string attributes;
 };
+
+bool VoXMLStreamElementWriter::Private::hasAttribute(const VoString& name) const
+{
+    for (std::size_t start = 0; start < attributes.size();) {
+        const std::size_t end = attributes.find('\0', start);
+        if (end - start == name.size() && name == VoStringView(attributes.data() + start, name.size()))
+            return true;
+        start = end + 1;
+    }
+    return false;
+}
+
+void VoXMLStreamElementWriter::Private::addAttribute(const VoString& name)
+{
+    attributes.append(name.toStdString()).push_back('\0');
+}
 
 VoXMLStreamElementWriter::VoXMLStreamElementWriter(VoXMLStreamWriter* parent)
     : d(new Private{parent, {}})
@@ -49,14 +69,14 @@ void VoXMLStreamElementWriter::onWriteAttribute(const VoString& name, const VoSt
 {
     requireNewAttribute(name);
     d->parent->writeAttribute(name, value, namespaceUri);
-    d->attributes.push_back(name);
+    d->addAttribute(name);
 }
 
 void VoXMLStreamElementWriter::onWriteAttribute(const VoString& name, const VoString& value)
 {
     requireNewAttribute(name);
     d->parent->writeAttribute(name, value);
-    d->attributes.push_back(name);
+    d->addAttribute(name);
 }
 
 void VoXMLStreamElementWriter::onWriteText(const VoString& text)
@@ -74,8 +94,6 @@ void VoXMLStreamElementWriter::requireActive(const char* message) const
 void VoXMLStreamElementWriter::requireNewAttribute(const VoString& name) const
 {
     requireActive("Invalid attempt to write attribute");
-    for (const VoString& written : d->attributes) {
-        if (written.size() == name.size() && written == name)
-            throw VoInvalidXMLAttributeName(name);
-    }
+    if (d->hasAttribute(name))
+        throw VoInvalidXMLAttributeName(name);
 }

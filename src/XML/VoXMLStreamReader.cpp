@@ -5,7 +5,6 @@
 #include <XML/VoXMLPath.h>
 #include <XML/VoXMLStreamElementReader.h>
 #include <XML/VoXMLValidator.h>
-#include <XML/XMLAttributeCollector.h>
 #include <XML/XMLReadEngine.h>
 #include <XML/XMLText.h>
 
@@ -40,6 +39,15 @@ struct VoXMLStreamReader::Private
     {
     }
 
+    // Lets the reader and its count share one allocation.
+    struct HandedOut : VoXMLStreamElementReader
+    {
+        HandedOut(VoXMLStreamReader* parent, const XMLReadEngine::Element& element)
+            : VoXMLStreamElementReader(parent, element)
+        {
+        }
+    };
+
     XMLReadEngine::Element find(const VoXMLStreamElementReader* element) const;
 
     XMLReadEngine engine;
@@ -55,17 +63,17 @@ XMLReadEngine::Element VoXMLStreamReader::Private::find(const VoXMLStreamElement
 }
 
 VoXMLStreamReader::VoXMLStreamReader(VoIODevice& device)
-    : d(std::make_unique<Private>(XMLDevice(device, QIODevice::ReadOnly)))
+    : d(std::make_unique<Private>(XMLDevice(device, XMLDevice::Reading)))
 {
 }
 
 VoXMLStreamReader::VoXMLStreamReader(VoSharedPtr<VoIODevice> device)
-    : d(std::make_unique<Private>(XMLDevice(std::move(device), QIODevice::ReadOnly)))
+    : d(std::make_unique<Private>(XMLDevice(std::move(device), XMLDevice::Reading)))
 {
 }
 
 VoXMLStreamReader::VoXMLStreamReader(const VoFilePath& file)
-    : d(std::make_unique<Private>(XMLDevice(file, QIODevice::ReadOnly)))
+    : d(std::make_unique<Private>(XMLDevice(file, XMLDevice::Reading)))
 {
 }
 
@@ -94,7 +102,7 @@ std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::nextElementInElemen
 std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::scan(const VoString& name)
 {
     while (d->engine.nextStart()) {
-        if (d->engine.stack().back()->name == name)
+        if (*d->engine.stack().back()->name == name)
             return currentElement();
     }
     return nullptr;
@@ -148,10 +156,9 @@ VoString VoXMLStreamReader::errorString() const
     return vo::detail::FromQtText(d->engine.qt().errorString());
 }
 
-VoXMLAttributeSetPtr VoXMLStreamReader::attributes() const
+VoXMLAttributeSetPtr VoXMLStreamReader::attributes()
 {
-    using vo::detail::XMLAttributeCollector;
-    return VoXMLAttributeSetPtr(new VoXMLAttributeSet(XMLAttributeCollector::Collect(d->engine.qt().attributes())));
+    return VoXMLAttributeSetPtr(new VoXMLAttributeSet(d->engine.attributes()));
 }
 
 VoXMLPath VoXMLStreamReader::currentPath() const
@@ -167,7 +174,7 @@ std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::currentElement()
         throw VoNullXMLStreamElementException();
     const XMLReadEngine::Element& element = stack.back();
     if (!element->reader)
-        element->reader.reset(new VoXMLStreamElementReader(this, element));
+        element->reader = std::make_shared<Private::HandedOut>(this, element);
     return element->reader;
 }
 

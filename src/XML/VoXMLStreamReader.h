@@ -82,10 +82,10 @@ public:
     /// at the start of the document and at an end tag; throws VoXMLException with errorString() at any other token.
     VoString toString();
 
-    TokenType tokenType() const;             ///< Kind of the current token.
-    VoString elementName() const;            ///< Local name of the current start or end tag, else empty.
-    VoString errorString() const;            ///< The parser's error text; empty without an error.
-    VoXMLAttributeSetPtr attributes() const; ///< A new set of the current start tag's attributes.
+    TokenType tokenType() const;       ///< Kind of the current token.
+    VoString elementName() const;      ///< Local name of the current start or end tag, else empty.
+    VoString errorString() const;      ///< The parser's error text; empty without an error.
+    VoXMLAttributeSetPtr attributes(); ///< A new set of the current start tag's attributes.
 
     VoXMLPath currentPath() const; ///< Path of the innermost open element; empty without one.
     /// The innermost open element. Throws VoNullXMLStreamElementException when there is none.

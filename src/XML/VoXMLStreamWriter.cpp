@@ -7,6 +7,7 @@
 #include <IO/VoIOException.h>
 #include <XML/VoXMLStreamElementWriter.h>
 #include <XML/XMLDevice.h>
+#include <XML/XMLNames.h>
 #include <XML/XMLText.h>
 
 #include <QtCore/QString>
@@ -67,7 +68,7 @@ struct VoXMLStreamWriter::Private
 
     void rethrowDeviceFailure() const;
     void requireElementOpen(const char* message) const;
-    void requireWritableAttribute(const VoString& name, const VoString& value) const;
+    QString requireWritableAttribute(const VoString& name, const VoString& value);
     template <typename WriteStart>
     void open(VoXMLStreamElementWriter* handle, const VoString& name, WriteStart writeStart);
     void closeTop();
@@ -79,6 +80,7 @@ struct VoXMLStreamWriter::Private
     QXmlStreamWriter xml;
     // Open elements, innermost last; null for one without a handle.
     std::vector<VoXMLStreamElementWriter*> stack;
+    vo::detail::XMLWrittenNames names;
     State state = State::Initial;
 };
 
@@ -94,14 +96,15 @@ void VoXMLStreamWriter::Private::requireElementOpen(const char* message) const
         throw VoInvalidXMLOperation(message);
 }
 
-void VoXMLStreamWriter::Private::requireWritableAttribute(const VoString& name, const VoString& value) const
+// Returns the name for Qt.
+QString VoXMLStreamWriter::Private::requireWritableAttribute(const VoString& name, const VoString& value)
 {
     rethrowDeviceFailure();
     if (name.containsWhiteSpace())
         throw VoInvalidXMLAttributeName(name);
     requireElementOpen("Illegal attribute write");
-    RequireXMLText(name);
     RequireXMLText(value);
+    return names.decoded(name);
 }
 
 template <typename WriteStart>
@@ -110,10 +113,10 @@ void VoXMLStreamWriter::Private::open(VoXMLStreamElementWriter* handle, const Vo
     rethrowDeviceFailure();
     if (state == State::DocumentFinished)
         throw VoInvalidXMLOperation("Invalid attempt to start element");
-    RequireXMLText(name);
+    const QString qtName = names.decoded(name);
     if (stack.size() == stack.capacity())
         stack.reserve(2 * stack.size() + 16);
-    writeStart(ToQtText(name));
+    writeStart(qtName);
     stack.push_back(handle); // has room, so the stack and Qt's own stay in step
     state = State::ElementOpen;
 }
@@ -163,17 +166,17 @@ std::exception_ptr VoXMLStreamWriter::Private::release()
 }
 
 VoXMLStreamWriter::VoXMLStreamWriter(VoIODevice& device, const AutoFormattingSettings& settings)
-    : d(std::make_unique<Private>(XMLDevice(device, QIODevice::WriteOnly), settings))
+    : d(std::make_unique<Private>(XMLDevice(device, XMLDevice::Writing), settings))
 {
 }
 
 VoXMLStreamWriter::VoXMLStreamWriter(VoSharedPtr<VoIODevice> device, const AutoFormattingSettings& settings)
-    : d(std::make_unique<Private>(XMLDevice(std::move(device), QIODevice::WriteOnly), settings))
+    : d(std::make_unique<Private>(XMLDevice(std::move(device), XMLDevice::Writing), settings))
 {
 }
 
 VoXMLStreamWriter::VoXMLStreamWriter(const VoFilePath& path, const AutoFormattingSettings& settings)
-    : d(std::make_unique<Private>(XMLDevice(path, QIODevice::WriteOnly), settings))
+    : d(std::make_unique<Private>(XMLDevice(path, XMLDevice::Writing), settings))
 {
 }
 
@@ -223,15 +226,15 @@ std::unique_ptr<VoXMLStreamElementWriter> VoXMLStreamWriter::createElement(const
 
 void VoXMLStreamWriter::writeAttribute(const VoString& name, const VoString& value)
 {
-    d->requireWritableAttribute(name, value);
-    d->xml.writeAttribute(ToQtText(name), ToQtText(value));
+    const QString qtName = d->requireWritableAttribute(name, value);
+    d->xml.writeAttribute(qtName, ToQtText(value));
 }
 
 void VoXMLStreamWriter::writeAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri)
 {
-    d->requireWritableAttribute(name, value);
+    const QString qtName = d->requireWritableAttribute(name, value);
     RequireXMLText(namespaceUri);
-    d->xml.writeAttribute(ToQtText(namespaceUri), ToQtText(name), ToQtText(value));
+    d->xml.writeAttribute(ToQtText(namespaceUri), qtName, ToQtText(value));
 }
 
 void VoXMLStreamWriter::writeText(const VoString& text)

@@ -102,7 +102,7 @@ VoXMLValidator::VoXMLValidator(const VoFilePath& schema)
     d->path = schema;
     d->schema.setMessageHandler(&d->schemaMessage);
     d->schema.setNetworkAccessManager(&d->files);
-    const XMLDevice device(schema, QIODevice::ReadOnly);
+    const XMLDevice device(schema, XMLDevice::Reading);
     d->schema.load(&device.adapter(), LocalUrl(schema));
     device.adapter().rethrow();
     if (!d->schema.isValid())
@@ -121,7 +121,7 @@ void VoXMLValidator::validate(const VoFilePath& file) const
 
 void VoXMLValidator::validate(VoIODevice& device) const
 {
-    const XMLDevice source(device, QIODevice::ReadOnly);
+    const XMLDevice source(device, XMLDevice::Reading);
     const VoString error = d->firstError(source.adapter(), QUrl(QStringLiteral("file:///")));
     source.adapter().rethrow();
     if (!error.isEmpty())
@@ -130,7 +130,7 @@ void VoXMLValidator::validate(VoIODevice& device) const
 
 bool VoXMLValidator::isValid(const VoFilePath& file) const
 {
-    const XMLDevice source(file, QIODevice::ReadOnly);
+    const XMLDevice source(file, XMLDevice::Reading);
     const VoString error = d->firstError(source.adapter(), LocalUrl(file));
     source.adapter().rethrow();
     if (!error.isEmpty())

@@ -1,9 +1,7 @@
 #pragma once
 
 #include <XML/VoXMLAttributeSet.h>
-
-#include <cstddef>
-#include <utility>
+#include <XML/XMLNames.h>
 
 class QXmlStreamAttributes;
 
@@ -13,16 +11,10 @@ namespace vo::detail {
 class XMLAttributeCollector
 {
 public:
-    /// The attributes of a start tag, by their local names. One with a prefix keeps it where its local name is taken,
-    /// by an attribute without a prefix or by an earlier one: in `<a r:id="1" id="2"/>` these are "r:id" and "id".
-    static VoXMLAttributeSet Collect(const QXmlStreamAttributes& attributes);
-
-    void reserve(std::size_t count) { m_set.m_attributes.reserve(count); }
-    void append(VoString name, VoString value) { m_set.m_attributes.emplace_back(std::move(name), std::move(value)); }
-    VoXMLAttributeSet take() { return std::move(m_set); }
-
-private:
-    VoXMLAttributeSet m_set;
+    /// Adds the attributes of a start tag to an empty set, by their local names. One with a prefix keeps it where its
+    /// local name is taken, by an attribute without a prefix or by an earlier one: in `<a r:id="1" id="2"/>` these are
+    /// "r:id" and "id".
+    static void Collect(const QXmlStreamAttributes& attributes, XMLReadNames& names, VoXMLAttributeSet& set);
 };
 
 } // namespace vo::detail

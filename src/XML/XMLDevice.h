@@ -12,6 +12,11 @@ namespace vo::detail {
 class XMLDevice
 {
 public:
+    /// How a document's device is opened. The parser reads blocks into a buffer of its own; another one would copy once
+    /// more.
+    static constexpr QIODevice::OpenMode Reading{QIODevice::ReadOnly | QIODevice::Unbuffered};
+    static constexpr QIODevice::OpenMode Writing{QIODevice::WriteOnly};
+
     /// The caller keeps the device alive. Throws what opening throws, else VoIOException with the reason.
     XMLDevice(VoIODevice& device, QIODevice::OpenMode mode);
     /// Shares the device; as above. Throws VoNullPointerException when it is null.

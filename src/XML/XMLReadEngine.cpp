@@ -182,7 +182,7 @@ void XMLReadEngine::restart()
     m_qt.setDevice(&m_device.adapter());
 }
 
-bool XMLReadEngine::NextChild(const Element element)
+bool XMLReadEngine::NextChild(const Element& element)
 {
     if (!element->isOpen())
         throw VoInvalidXMLOperation("NextChild on closed element called");
@@ -195,7 +195,7 @@ bool XMLReadEngine::NextChild(const Element element)
     return false;
 }
 
-VoString XMLReadEngine::ReadText(const Element element, const char* inactiveMessage)
+VoString XMLReadEngine::ReadText(const Element& element, const char* inactiveMessage)
 {
     if (!element->isCurrent())
         throw VoInvalidXMLOperation(inactiveMessage);
@@ -207,6 +207,13 @@ VoString XMLReadEngine::ReadText(const Element element, const char* inactiveMess
 VoString XMLReadEngine::position() const
 {
     return VoString(m_path) + ", line " + VoString(m_qt.lineNumber()) + ", column " + VoString(m_qt.columnNumber());
+}
+
+VoXMLAttributeSet XMLReadEngine::attributes()
+{
+    VoXMLAttributeSet set;
+    XMLAttributeCollector::Collect(m_qt.attributes(), m_names, set);
+    return set;
 }
 
 // Qt takes a device that fails for one that ends, so the device's own exception goes first.
@@ -227,15 +234,16 @@ void XMLReadEngine::requireSound()
 void XMLReadEngine::open()
 {
     auto element = std::make_shared<XMLElementState>();
-    element->name = FromQtText(m_qt.name());
-    element->attributes = XMLAttributeCollector::Collect(m_qt.attributes());
+    element->name = m_names.shared(m_qt.name());
+    if (const QXmlStreamAttributes attributes = m_qt.attributes(); !attributes.isEmpty())
+        XMLAttributeCollector::Collect(attributes, m_names, element->attributes);
     element->depth = m_stack.size();
     if (!m_stack.empty())
         m_path += '/';
-    m_path += element->name.toStdString();
+    m_path += element->name->toStdString();
     element->pathLength = m_path.size();
-    m_stack.push_back(element);
     element->engine = this;
+    m_stack.push_back(std::move(element));
 }
 
 void XMLReadEngine::close()

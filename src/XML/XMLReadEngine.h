@@ -4,6 +4,7 @@
 #include <Core/VoString.h>
 #include <XML/VoXMLAttributeSet.h>
 #include <XML/XMLDevice.h>
+#include <XML/XMLNames.h>
 
 #include <QtCore/QXmlStreamReader>
 
@@ -22,7 +23,7 @@ class XMLReadEngine;
 /// One element met by an XMLReadEngine. The engine's stack and the element readers handed out share it.
 struct XMLElementState
 {
-    VoString name;
+    std::shared_ptr<const VoString> name; ///< Never null.
     VoXMLAttributeSet attributes;
 
     XMLReadEngine* engine = nullptr; ///< Null once the element is closed or the engine gone.
@@ -65,11 +66,15 @@ public:
     void finish();                               ///< To the end of the document.
     void restart();
 
+    /// @name Steps of one element
+    /// The caller holds a share of the element that outlasts the step: its reader may end in it.
+    /// @{
     /// To the next start tag in an element, after skipping a child still open in it; false behind the element's end
-    /// tag. Throws VoInvalidXMLOperation for a closed element. By value: the step may end the caller's share.
-    static bool NextChild(Element element);
+    /// tag. Throws VoInvalidXMLOperation for a closed element.
+    static bool NextChild(const Element& element);
     /// The trimmed text of the innermost open element; throws VoInvalidXMLOperation with the message for any other.
-    static VoString ReadText(Element element, const char* inactiveMessage);
+    static VoString ReadText(const Element& element, const char* inactiveMessage);
+    /// @}
 
     const QXmlStreamReader& qt() const { return m_qt; }
     const std::vector<Element>& stack() const { return m_stack; }
@@ -81,6 +86,8 @@ public:
     }
     /// Where reading stands, for the log: path and line.
     VoString position() const;
+    /// The attributes of the current start tag.
+    VoXMLAttributeSet attributes();
 
 private:
     [[noreturn]] void fail();
@@ -96,6 +103,7 @@ private:
     QXmlStreamReader m_qt;
     std::vector<Element> m_stack; // innermost last
     std::string m_path;           // of the innermost element
+    XMLReadNames m_names;
     bool m_refusesDocumentTypes = false;
 };
 
