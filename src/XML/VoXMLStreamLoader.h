@@ -20,7 +20,8 @@ class VoStreamXMLReader;
 ///     VoUniquePtr<VoAbstractXMLStreamLoaderObject> root = loader.load(path);
 ///
 /// Copies share one set of rules and settings, without locking; a loader and its copies belong to one thread. Rules may
-/// be added while a document is loading. A moved-from loader shares nothing: it has no rules.
+/// be added while a document is loading; a rule reaches its loader by reference, since one that held a copy would keep
+/// itself alive. A moved-from loader shares nothing: it has no rules.
 class VOCORE_EXPORT VoXMLStreamLoader
 {
 public:

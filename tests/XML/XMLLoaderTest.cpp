@@ -102,7 +102,7 @@ TEST_F(XMLLoader, RootWithoutRuleBuildsNothing)
 TEST_F(XMLLoader, CopiesShareRulesAddedLater)
 {
     VoXMLStreamLoader copy = loader;
-    copy.addGlobalRule("root", [copy](VoXMLStreamElementLoader element) mutable {
+    copy.addGlobalRule("root", [&copy](VoXMLStreamElementLoader element) {
         copy.addGlobalRule("late", Collect("late"));
         return Collect("root")(std::move(element));
     });
