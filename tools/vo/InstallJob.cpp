@@ -1,0 +1,68 @@
+#include "InstallJob.h"
+
+#include "CommandError.h"
+#include "PlanView.h"
+#include "Session.h"
+
+#include <Core/VoFileException.h>
+#include <Updater/InstalledPackages.h>
+
+namespace vo::tool {
+
+using updater::InstallationPlan;
+using updater::InstalledPackages;
+
+namespace {
+
+VoDirectoryPath installationDirectory(const Session& session, const VoUUID& packageID)
+{
+    if (const auto directory = session.arguments.directory("to"))
+        return *directory;
+    try {
+        return InstalledPackages::Package(packageID)->installationDirectory();
+    } catch (const VoFileNotFoundException&) {
+        throw UsageError("option --to is missing: the package is not installed anywhere yet");
+    }
+}
+
+} // namespace
+
+std::vector<Option> InstallOptions()
+{
+    return {
+        {"to", "FOLDER", "where to install; not needed for a package that is installed"},
+        {"package", "ID", "the package; needed when several are declared"},
+        {"release", "V", "the release, such as 4.2.17, instead of the newest"},
+        {"allow-downgrade", nullptr, "let an older release replace the installed one"},
+    };
+}
+
+InstallJob PrepareInstall(const Session& session)
+{
+    InstallJob job;
+    job.release = OpenChosenRelease(session.arguments);
+    job.directory = installationDirectory(session, job.release.package->packageID());
+    job.plan = InstalledPackages::Plan(job.release.definition, job.directory);
+    return job;
+}
+
+void RequireNoDowngrade(const Session& session, const InstallationPlan& plan)
+{
+    if (plan.isDowngrade() && !session.arguments.has("allow-downgrade"))
+        throw CommandError{ExitCode::Unsafe, "release " + ReleaseText(plan.version) + " is older than release " +
+                                                 ReleaseText(plan.installedVersion) +
+                                                 ", which is installed; --allow-downgrade installs it all the same"};
+}
+
+ExitCode ShowPlan(Session& session, const InstallJob& job)
+{
+    ShowPlanSteps(session.console, job.plan, job.directory);
+    ShowPlanFigures(session.console, job.plan, job.directory);
+    RequireNoDowngrade(session, job.plan);
+    if (!job.plan.isUpToDate())
+        return ExitCode::Done;
+    session.console.note("already up to date");
+    return ExitCode::NothingToDo;
+}
+
+} // namespace vo::tool

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Command.h"
+#include "ReleaseChoice.h"
+
+#include <FileSystem/VoDirectoryPath.h>
+#include <Updater/InstallationPlan.h>
+
+#include <vector>
+
+namespace vo::tool {
+
+class Session;
+
+/// What "vo plan" and "vo install" have in common: the release, where it goes and what that takes.
+struct InstallJob
+{
+    ChosenRelease release;
+    VoDirectoryPath directory;
+    updater::InstallationPlan plan;
+};
+
+/// The options that name the release and the folder, for both commands.
+std::vector<Option> InstallOptions();
+
+/// Reads the command line and plans. The folder of an installed package need not be named again. Throws what planning
+/// throws for a release that is refused.
+InstallJob PrepareInstall(const Session& session);
+
+/// Throws CommandError with ExitCode::Unsafe when an older release would replace a newer one and that is not allowed.
+void RequireNoDowngrade(const Session& session, const updater::InstallationPlan& plan);
+
+/// Shows the plan; ExitCode::NothingToDo when there is nothing to do.
+ExitCode ShowPlan(Session& session, const InstallJob& job);
+
+} // namespace vo::tool

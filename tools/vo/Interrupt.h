@@ -1,0 +1,27 @@
+#pragma once
+
+#include <Threading/VoStopFlag.h>
+
+#include <memory>
+
+namespace vo::tool {
+
+/// Raises a stop flag when the user presses Ctrl-C or the system asks the process to end.
+///
+/// The work in hand then ends at its next safe point. A second Ctrl-C ends the process at once, which loses nothing
+/// either: what is installed is replaced file by file. One object at a time; made before other threads start.
+class Interrupt
+{
+public:
+    /// Failing to set up leaves the system's own treatment of Ctrl-C in place.
+    explicit Interrupt(const VoStopFlag& flag);
+    ~Interrupt(); ///< Gives Ctrl-C back to the system.
+    Interrupt(const Interrupt&) = delete;
+    Interrupt& operator=(const Interrupt&) = delete;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace vo::tool

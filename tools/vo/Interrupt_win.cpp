@@ -1,0 +1,44 @@
+#include "Interrupt.h"
+
+#include <windows.h>
+
+#include <atomic>
+
+namespace vo::tool {
+namespace {
+
+/// Valid while an Interrupt lives. The system calls the handler on a thread of its own, so it may raise the flag
+/// itself.
+std::atomic<VoStopFlag*> currentFlag{nullptr};
+
+BOOL WINAPI onControl(DWORD)
+{
+    // The second time there is no flag any more, and the system ends the process.
+    VoStopFlag* const flag = currentFlag.exchange(nullptr);
+    if (flag == nullptr)
+        return FALSE;
+    flag->stop();
+    return TRUE;
+}
+
+} // namespace
+
+struct Interrupt::Private
+{
+    VoStopFlag flag;
+};
+
+Interrupt::Interrupt(const VoStopFlag& flag)
+    : d(std::make_unique<Private>(Private{flag}))
+{
+    currentFlag = &d->flag;
+    SetConsoleCtrlHandler(onControl, TRUE);
+}
+
+Interrupt::~Interrupt()
+{
+    SetConsoleCtrlHandler(onControl, FALSE);
+    currentFlag = nullptr;
+}
+
+} // namespace vo::tool

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFilePath.h>
+
+/// @file
+/// Paths between people and the library: typed ones are relative to the current directory and use the system's
+/// separator.
+
+namespace vo::tool {
+
+/// @{ A typed path made absolute; the disk is not asked. Throws UsageError, which begins with @p source, for a text
+/// that cannot be a path.
+VoFilePath TypedFile(const VoString& source, const VoString& text);
+VoDirectoryPath TypedDirectory(const VoString& source, const VoString& text);
+/// @}
+
+/// @{ The path as this system writes it.
+VoString PathText(const VoFilePath& path);
+VoString PathText(const VoDirectoryPath& path); ///< Without a separator at its end.
+/// @}
+
+/// The path as seen from a directory, when it lies inside, else all of it; as this system writes it.
+VoString PathTextBelow(const VoDirectoryPath& directory, const VoFilePath& path);
+
+} // namespace vo::tool

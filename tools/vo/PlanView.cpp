@@ -1,0 +1,97 @@
+#include "PlanView.h"
+
+#include "Console.h"
+#include "Paths.h"
+
+#include <Download/VoDownloadSize.h>
+
+namespace vo::tool {
+
+using updater::ChunkListing;
+using updater::FileDifference;
+using updater::InstallationPlan;
+
+namespace {
+
+const char* verbOf(FileDifference::Type type)
+{
+    switch (type) {
+    case FileDifference::Added:
+        return "add";
+    case FileDifference::Modified:
+        return "update";
+    case FileDifference::Removed:
+        return "remove";
+    }
+    return "";
+}
+
+VoString column(const char* text)
+{
+    VoString padded(text);
+    padded.resize(8, ' ');
+    return padded;
+}
+
+void showChunk(Console& console, const ChunkListing& chunk, bool staged)
+{
+    console.row("chunks", column(staged ? "staged" : "fetch") + PathText(chunk.path()) + "  " + chunk.size().toString(),
+                JsonRecord()("id", chunk.id())("path", PathText(chunk.path()))("bytes", chunk.size().bytes())("staged",
+                                                                                                              staged));
+}
+
+void showIdentity(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    console.fact("package", "package", plan.packageID.toString(), plan.packageID);
+    console.fact("name", "name", plan.name);
+    console.fact("release", "release", ReleaseText(plan.version), plan.version.toString());
+    if (plan.isInstalled)
+        console.fact("installedRelease", "over release", ReleaseText(plan.installedVersion),
+                     plan.installedVersion.toString());
+    console.fact("directory", "folder", PathText(directory));
+}
+
+} // namespace
+
+void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    console.list("files");
+    for (const InstallationPlan::File& file : plan.files) {
+        const VoString path = PathTextBelow(directory, file.path);
+        console.row("files", column(verbOf(file.type)) + path + "  " + BytesText(file.bytes),
+                    JsonRecord()("action", verbOf(file.type))("path", path)("id", file.id)("bytes", file.bytes));
+    }
+    console.list("chunks");
+    for (const ChunkListing& chunk : plan.stagedChunks)
+        showChunk(console, chunk, true);
+    for (const ChunkListing& chunk : plan.chunks)
+        showChunk(console, chunk, false);
+}
+
+void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    showIdentity(console, plan, directory);
+    console.fact("added", "files to add", plan.addedFiles);
+    console.fact("modified", "files to update", plan.modifiedFiles);
+    console.fact("removed", "files to remove", plan.removedFiles);
+    console.fact("unchanged", "files unchanged", plan.unchangedFiles);
+    console.fact("bytesToWrite", "bytes to write", BytesText(plan.bytesToWrite), plan.bytesToWrite);
+    console.fact("bytesToRemove", "bytes to remove", BytesText(plan.bytesToRemove), plan.bytesToRemove);
+    console.fact("chunksToFetch", "chunks to fetch", plan.chunks.size());
+    console.fact("chunksStaged", "chunks staged", plan.stagedChunks.size());
+    console.fact("bytesToFetch", "bytes to fetch", BytesText(plan.bytesToFetch), plan.bytesToFetch);
+}
+
+void ShowInstalledFigures(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    showIdentity(console, plan, directory);
+    console.fact("added", "files added", plan.addedFiles);
+    console.fact("modified", "files updated", plan.modifiedFiles);
+    console.fact("removed", "files removed", plan.removedFiles);
+    console.fact("unchanged", "files unchanged", plan.unchangedFiles);
+    console.fact("bytesWritten", "bytes written", BytesText(plan.bytesToWrite), plan.bytesToWrite);
+    console.fact("chunksFetched", "chunks fetched", plan.chunks.size());
+    console.fact("bytesFetched", "bytes fetched", BytesText(plan.bytesToFetch), plan.bytesToFetch);
+}
+
+} // namespace vo::tool

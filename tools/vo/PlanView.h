@@ -1,0 +1,18 @@
+#pragma once
+
+#include <FileSystem/VoDirectoryPath.h>
+#include <Updater/InstallationPlan.h>
+
+namespace vo::tool {
+
+class Console;
+
+/// Lists every file and chunk of a plan. Paths below @p directory are shown relative to it.
+void ShowPlanSteps(Console& console, const updater::InstallationPlan& plan, const VoDirectoryPath& directory);
+
+/// @{ What is installed over what, and the figures of a plan that is to be, or has been, carried out.
+void ShowPlanFigures(Console& console, const updater::InstallationPlan& plan, const VoDirectoryPath& directory);
+void ShowInstalledFigures(Console& console, const updater::InstallationPlan& plan, const VoDirectoryPath& directory);
+/// @}
+
+} // namespace vo::tool

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <Core/VoUniquePtr.h>
+#include <FileSystem/VoFilePath.h>
+#include <Updater/AdvertisedPackageListing.h>
+#include <Updater/AdvertisedPackages.h>
+
+#include "Values.h"
+
+#include <optional>
+
+namespace vo::tool {
+
+class Arguments;
+
+/// The release that a command works on.
+struct ChosenRelease
+{
+    VoFilePath definition; ///< Where its definition stands.
+    VoUniquePtr<updater::AdvertisedPackageListing> package;
+};
+
+/// The package that is meant when @p wanted names it, or else the only one that is declared. Pure. Throws UsageError
+/// naming the packages there are when that leaves a choice, Failure when there is none.
+VoUUID ChoosePackage(const updater::AdvertisedPackages& declared, const std::optional<VoUUID>& wanted);
+
+/// The declared release with that number, or the newest one. Of several that differ in their build type only, the one
+/// without build type unless the number names another. Pure. Throws Failure when there is none, UsageError when
+/// several are left.
+const updater::AdvertisedPackages::Declaration& ChooseRelease(const updater::AdvertisedPackages& declared,
+                                                              const VoUUID& packageID,
+                                                              const std::optional<ReleaseNumber>& wanted);
+
+/// Opens the release that the first argument (a declarations or definition file) and the options --package and
+/// --release name. Throws what reading throws, and VoValidationException for a declarations file that leads to a
+/// definition outside its directory or of another release.
+ChosenRelease OpenChosenRelease(const Arguments& arguments);
+
+/// Opens a declarations file. Throws Failure when it is a document of another kind.
+VoUniquePtr<updater::AdvertisedPackages> OpenDeclarations(const VoFilePath& path);
+
+} // namespace vo::tool

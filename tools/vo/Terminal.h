@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+class QStringList;
+
+namespace vo::tool {
+
+/// Whether standard error is shown to a person, so that a line may be drawn over.
+bool ErrorOutputIsTerminal();
+
+/// Columns of the terminal behind standard error; 80 when it cannot be told.
+std::size_t TerminalWidth();
+
+/// The program's arguments without its own name. Texts are UTF-8 whatever the locale says: file names are bytes, and
+/// the library's paths are UTF-8.
+QStringList ProgramArguments(int argc, char** argv);
+
+} // namespace vo::tool

@@ -1,0 +1,88 @@
+#include "../Paths.h"
+#include "../Session.h"
+#include "../Totals.h"
+
+#include <Updater/AdvertisedPackageListing.h>
+#include <Updater/PackageDifferences.h>
+
+namespace vo::tool {
+
+using namespace updater;
+
+namespace {
+
+struct Totals
+{
+    std::uint64_t added = 0;
+    std::uint64_t modified = 0;
+    std::uint64_t removed = 0;
+};
+
+const AdvertisedFileListing* fileOf(const AdvertisedPackageListing& package, const VoUUID& id)
+{
+    return static_cast<const AdvertisedFileListing*>(package.file(id));
+}
+
+void showDifference(Console& console, const FileDifference& difference, const AdvertisedPackageListing& from,
+                    const AdvertisedPackageListing& to, Totals& totals)
+{
+    const AdvertisedFileListing* const before = fileOf(from, difference.fileID());
+    const AdvertisedFileListing* const after = fileOf(to, difference.fileID());
+    const VoString target = PathText((after != nullptr ? after : before)->target());
+    const auto record = JsonRecord()("target", target)("id", difference.fileID());
+    const auto with = [&](const char* type) { return JsonRecord(record)("type", type); };
+    switch (difference.type()) {
+    case FileDifference::Added:
+        ++totals.added;
+        console.row("differences", "added     " + target + "  " + BytesText(BytesOf(*after)),
+                    with("added")("size", BytesOf(*after)));
+        return;
+    case FileDifference::Modified:
+        ++totals.modified;
+        console.row("differences",
+                    "modified  " + target + "  " + BytesText(BytesOf(*before)) + " -> " + BytesText(BytesOf(*after)),
+                    with("modified")("oldSize", BytesOf(*before))("size", BytesOf(*after)));
+        return;
+    case FileDifference::Removed:
+        ++totals.removed;
+        console.row("differences", "removed   " + target + "  " + BytesText(BytesOf(*before)),
+                    with("removed")("oldSize", BytesOf(*before)));
+        return;
+    }
+}
+
+ExitCode run(Session& session)
+{
+    Console& console = session.console;
+    const auto from = AdvertisedPackageListing::Open(session.arguments.fileArgument(0));
+    const auto to = AdvertisedPackageListing::Open(session.arguments.fileArgument(1));
+    const auto differences = from->compare(*to);
+
+    Totals totals;
+    console.list("differences");
+    for (const FileDifference& difference : differences->fileDifferences())
+        showDifference(console, difference, *from, *to, totals);
+    console.fact("from", "from", ReleaseText(from->version()), from->version().toString());
+    console.fact("to", "to", ReleaseText(to->version()), to->version().toString());
+    console.fact("added", "added", totals.added);
+    console.fact("modified", "modified", totals.modified);
+    console.fact("removed", "removed", totals.removed);
+    return ExitCode::Done;
+}
+
+} // namespace
+
+Command DiffCommand()
+{
+    return {"diff",
+            "A/package.xml B/package.xml",
+            "compare two releases of one package",
+            "Lists the files that differ between two releases of one package, with their sizes. Files are told apart\n"
+            "by their IDs, which a target keeps from release to release.\n",
+            {},
+            2,
+            2,
+            run};
+}
+
+} // namespace vo::tool

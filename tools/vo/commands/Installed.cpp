@@ -1,0 +1,53 @@
+#include "../Paths.h"
+#include "../Session.h"
+
+#include <Core/VoException.h>
+#include <Updater/InstalledPackages.h>
+
+namespace vo::tool {
+
+using namespace updater;
+
+namespace {
+
+ExitCode run(Session& session)
+{
+    Console& console = session.console;
+    ExitCode code = ExitCode::Done;
+    console.list("packages");
+    const auto packages = InstalledPackages::Packages();
+    for (const auto& [packageID, version] : packages) {
+        try {
+            const auto listing = InstalledPackages::Package(packageID);
+            const VoString directory = PathText(listing->installationDirectory());
+            console.row(
+                "packages",
+                packageID.toString() + "  " + listing->name() + "  " + ReleaseText(version) + "  " +
+                    VoString(listing->files().size()) + " files  " + directory,
+                JsonRecord()("package", packageID)("name", listing->name())("release", version.toString())(
+                    "versionID", listing->versionID())("files", listing->files().size())("directory", directory));
+        } catch (const VoException& exception) {
+            console.error(packageID.toString() + ": the listing cannot be read: " + exception.message());
+            code = ExitCode::Failed;
+        }
+    }
+    if (packages.isEmpty())
+        console.note("nothing is installed");
+    return code;
+}
+
+} // namespace
+
+Command InstalledCommand()
+{
+    return {"installed",
+            "",
+            "list what is installed",
+            "Lists the installed packages: ID, name, release, number of files and folder.\n",
+            {},
+            0,
+            0,
+            run};
+}
+
+} // namespace vo::tool

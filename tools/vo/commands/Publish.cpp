@@ -1,0 +1,169 @@
+#include "../CommandError.h"
+#include "../Paths.h"
+#include "../ReleaseChoice.h"
+#include "../Session.h"
+#include "../Stopwatch.h"
+#include "../Totals.h"
+
+#include <FileSystem/VoFileSystem.h>
+#include <Threading/VoReceiver.h>
+#include <Updater/PackageBuilder.h>
+#include <Updater/UpdatePackageBuilder.h>
+#include <Updater/VoUpdater.h>
+
+#include <memory>
+
+namespace vo::tool {
+
+using namespace updater;
+
+namespace {
+
+/// What the command line asks for.
+struct Request
+{
+    VoDirectoryPath folder;
+    VoFilePath declarations;
+    std::optional<VoString> name;
+    std::optional<VoUUID> packageID;
+    VoVersion version;
+    std::uint64_t chunkSize;
+    int level;
+};
+
+Request readRequest(const Arguments& arguments)
+{
+    const auto release = arguments.release("release");
+    const auto declarations = arguments.file("to");
+    if (!release || !declarations)
+        throw UsageError(VoString("option --") + (release ? "to" : "release") + " is missing");
+    VoVersion version = release->version;
+    const auto buildType = arguments.integer("build-type", version.build(), 0, 0x7fffffff);
+    version.setBuild(static_cast<VoVersion::BuildType>(buildType));
+    return Request{arguments.directoryArgument(0),
+                   *declarations,
+                   arguments.text("name"),
+                   arguments.identifier("package"),
+                   version,
+                   arguments.bytes("chunk-size", 4u << 20, 1, 0x7fffffff),
+                   static_cast<int>(arguments.integer("level", 6, -1, 9))};
+}
+
+/// The declared package that the request continues, if there is one: the one with the ID, or else with the name.
+std::optional<VoUUID> declaredPackage(const AdvertisedPackages& declared, const Request& request)
+{
+    std::optional<VoUUID> found;
+    for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
+        const bool meant = request.packageID
+                               ? declaration.packageID() == *request.packageID
+                               : request.name && declaration.name().equal(*request.name, VoString::CaseSensitive);
+        if (!meant || (found && *found == declaration.packageID()))
+            continue;
+        if (found)
+            throw UsageError("option --name: several packages are called \"" + *request.name +
+                             "\"; choose one with --package");
+        found = declaration.packageID();
+    }
+    return found;
+}
+
+std::unique_ptr<AbstractPackageBuilder> firstRelease(const Request& request)
+{
+    if (!request.name)
+        throw UsageError("option --name is missing: it is needed for a package's first release");
+    return std::make_unique<PackageBuilder>(request.packageID.value_or(VoUpdater::GenerateID()), *request.name,
+                                            request.version, request.chunkSize, request.level);
+}
+
+/// The builder of the package's next release, or of its first one.
+std::unique_ptr<AbstractPackageBuilder> makeBuilder(Console& console, const Request& request)
+{
+    if (!VoFileSystem::Exists(request.declarations))
+        return firstRelease(request);
+    const auto declared = OpenDeclarations(request.declarations);
+    const auto packageID = declaredPackage(*declared, request);
+    if (!packageID)
+        return firstRelease(request);
+    const auto& newest = declared->newestPackage(*packageID);
+    const auto base = AdvertisedPackageListing::Open(newest.definitionPath(request.declarations));
+    if (request.name && !base->name().equal(*request.name, VoString::CaseSensitive))
+        console.note("warning: the package keeps its name \"" + base->name() + "\"");
+    console.fact("baseRelease", "after release", ReleaseText(newest.version()), newest.version().toString());
+    return std::make_unique<UpdatePackageBuilder>(*base, request.version, request.chunkSize, request.level);
+}
+
+void build(Session& session, AbstractPackageBuilder& builder, const Request& request)
+{
+    Console& console = session.console;
+    const std::uint64_t expected = VoFileSystem::NumberFiles(request.folder, true);
+    std::uint64_t begun = 0;
+    const VoReceiver receiver = builder.connect([&](const VoSharedPtr<AbstractPackageBuilder::Message>& message) {
+        // The builder ends when a receiver wishes so; until the release is declared nothing is published.
+        session.stop.throwIfStopped();
+        console.detail(message->message());
+        if (message->message().startsWith("Adding file to package: "))
+            console.progress("Packing", ProgressLine::Unit::Files, begun++, expected);
+    });
+    builder.add(request.folder, request.declarations);
+    if (builder.package().files().isEmpty())
+        throw Failure("\"" + PathText(request.folder) + "\" holds no files to publish");
+    builder.finalise(request.declarations);
+    console.endProgress();
+}
+
+void showRelease(Console& console, const AdvertisedPackageListing& package, double seconds)
+{
+    const std::uint64_t in = TotalBytes(package.files());
+    const std::uint64_t out = TotalBytes(package.chunks());
+    const double ratio = out > 0 ? static_cast<double>(in) / static_cast<double>(out) : 1.0;
+
+    console.fact("package", "package", package.packageID().toString(), package.packageID());
+    console.fact("name", "name", package.name());
+    console.fact("release", "release", ReleaseText(package.version()), package.version().toString());
+    console.fact("versionID", "version ID", package.versionID().toString(), package.versionID());
+    console.fact("files", "files", package.files().size());
+    console.fact("bytesIn", "bytes in", BytesText(in), in);
+    console.fact("bytesOut", "bytes out", BytesText(out), out);
+    console.fact("chunks", "chunks", package.chunks().size());
+    console.fact("ratio", "ratio", SecondsText(ratio), ratio);
+    console.fact("seconds", "seconds", SecondsText(seconds), seconds);
+}
+
+ExitCode run(Session& session)
+{
+    const Request request = readRequest(session.arguments);
+    if (!VoFileSystem::IsDirectory(request.folder.toFilePath()))
+        throw Failure("\"" + PathText(request.folder) + "\" is not a folder");
+    const Stopwatch stopwatch;
+    const auto builder = makeBuilder(session.console, request);
+    build(session, *builder, request);
+    showRelease(session.console, builder->package(), stopwatch.seconds());
+    return ExitCode::Done;
+}
+
+} // namespace
+
+Command PublishCommand()
+{
+    return {
+        "publish",
+        "FOLDER --to DECLARATIONS --name NAME --release V [--build-type N] [--package ID] [--chunk-size N] [--level N]",
+        "publish a folder as the next release of a package",
+        "Packs the files of a folder into compressed chunks beside a declarations file, which is created when it\n"
+        "does not exist, and declares them there as a release. When the declarations already have a package with\n"
+        "that ID (or, without --package, with that name) this is its next release: a file at an unchanged place\n"
+        "keeps its ID, so that an update fetches only what changed. Otherwise a new package begins, and its ID is\n"
+        "printed. Nothing shows before the last step.\n",
+        {{"to", "DECLARATIONS", "the declarations file"},
+         {"name", "NAME", "what people call the package; needed for its first release"},
+         {"release", "V", "the number of the release, such as 4.2.17"},
+         {"build-type", "N", "0 release (the default), 1 beta, 2 alpha, 3 development"},
+         {"package", "ID", "the package to continue, or the ID to give to a new one"},
+         {"chunk-size", "N", "bytes that a chunk holds before compression, such as 512K (the default is 4M)"},
+         {"level", "N", "compression from 0 (none) to 9 (the default is 6)"}},
+        1,
+        1,
+        run};
+}
+
+} // namespace vo::tool

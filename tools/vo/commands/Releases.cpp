@@ -1,0 +1,53 @@
+#include "../Paths.h"
+#include "../ReleaseChoice.h"
+#include "../Session.h"
+
+#include <map>
+#include <string>
+
+namespace vo::tool {
+
+using Declaration = updater::AdvertisedPackages::Declaration;
+
+namespace {
+
+ExitCode run(Session& session)
+{
+    Console& console = session.console;
+    const auto declared = OpenDeclarations(session.arguments.fileArgument(0));
+    std::map<std::string, const Declaration*> newestOf;
+    console.list("releases");
+    for (const Declaration& declaration : declared->declarations()) {
+        const auto [found, isFirst] = newestOf.try_emplace(declaration.packageID().toString().toStdString());
+        if (isFirst)
+            found->second = &declared->newestPackage(declaration.packageID());
+        const bool newest = found->second == &declaration;
+        const VoString path = PathText(declaration.path());
+        console.row("releases",
+                    declaration.packageID().toString() + "  " + declaration.name() + "  " +
+                        ReleaseText(declaration.version()) + (newest ? "  newest" : ""),
+                    JsonRecord()("package", declaration.packageID())("versionID", declaration.versionID())(
+                        "name", declaration.name())("release", declaration.version().toString())("newest", newest)(
+                        "definition", path));
+    }
+    if (declared->declarations().isEmpty())
+        console.note("no release is declared");
+    return ExitCode::Done;
+}
+
+} // namespace
+
+Command ReleasesCommand()
+{
+    return {"releases",
+            "DECLARATIONS",
+            "list the published releases",
+            "Lists the releases that a declarations file declares, in the order of publication: package ID, name and\n"
+            "release.\n",
+            {},
+            1,
+            1,
+            run};
+}
+
+} // namespace vo::tool

@@ -1,0 +1,62 @@
+#include "../Paths.h"
+#include "../ReleaseChoice.h"
+#include "../Session.h"
+#include "../Totals.h"
+
+#include <Core/VoChecksum.h>
+
+namespace vo::tool {
+
+using namespace updater;
+
+namespace {
+
+void showFiles(Console& console, const AdvertisedPackageListing& package)
+{
+    console.list("files");
+    for (const AdvertisedFileListing& file : package.files()) {
+        const VoString target = PathText(file.target());
+        console.row("files", file.checksum().toString() + "  " + VoDownloadSize::Serialize(file.size()) + "  " + target,
+                    JsonRecord()("target", target)("id", file.id())("size", file.size().bytes())(
+                        "checksum", file.checksum().toString())("pieces", file.chunks().size()));
+    }
+}
+
+ExitCode run(Session& session)
+{
+    Console& console = session.console;
+    const ChosenRelease chosen = OpenChosenRelease(session.arguments);
+    const AdvertisedPackageListing& package = *chosen.package;
+
+    const std::uint64_t content = TotalBytes(package.files());
+    const std::uint64_t transfer = TotalBytes(package.chunks());
+    showFiles(console, package);
+    console.fact("package", "package", package.packageID().toString(), package.packageID());
+    console.fact("name", "name", package.name());
+    console.fact("release", "release", ReleaseText(package.version()), package.version().toString());
+    console.fact("versionID", "version ID", package.versionID().toString(), package.versionID());
+    console.fact("definition", "definition", PathText(chosen.definition));
+    console.fact("fileCount", "files", package.files().size());
+    console.fact("bytes", "bytes", BytesText(content), content);
+    console.fact("chunkCount", "chunks", package.chunks().size());
+    console.fact("chunkBytes", "bytes in chunks", BytesText(transfer), transfer);
+    return ExitCode::Done;
+}
+
+} // namespace
+
+Command ShowCommand()
+{
+    return {"show",
+            "DECLARATIONS|PACKAGE.XML [--package ID] [--release V]",
+            "show one release and its files",
+            "Lists the files of a release (digest, bytes and target) and its figures. Of a declarations file the\n"
+            "newest release is shown unless --release names another.\n",
+            {{"package", "ID", "the package; needed when several are declared"},
+             {"release", "V", "the release, such as 4.2.17"}},
+            1,
+            1,
+            run};
+}
+
+} // namespace vo::tool

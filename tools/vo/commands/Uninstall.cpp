@@ -1,0 +1,60 @@
+#include "../InstalledChoice.h"
+#include "../Session.h"
+#include "../SourceRecord.h"
+#include "../UpdateProgress.h"
+
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <Updater/InstalledPackages.h>
+
+namespace vo::tool {
+
+using namespace updater;
+
+namespace {
+
+bool isKnown(const VoUUID& packageID)
+{
+    return IsInstalled(packageID) || VoFileSystem::Exists(InstalledPackages::InstalledPackageListingPath(packageID));
+}
+
+ExitCode run(Session& session)
+{
+    Console& console = session.console;
+    const VoUUID packageID = ChooseInstalled(session.arguments.argument(0));
+    const bool wasKnown = isKnown(packageID);
+    std::uint64_t removed = 0;
+    const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
+        ShowUpdateMessage(console, message);
+        if (const auto* progress = dynamic_cast<const UninstallProgressMessage*>(message.get()))
+            removed = progress->processed();
+    });
+    // Also when it is not known: an installation that was interrupted may have left files.
+    InstalledPackages::Uninstall(packageID, session.stop);
+    ForgetSource(packageID);
+    console.endProgress();
+
+    console.fact("package", "package", packageID.toString(), packageID);
+    console.fact("files", "files removed", removed);
+    if (wasKnown)
+        return ExitCode::Done;
+    console.note("the package is not installed");
+    return ExitCode::NothingToDo;
+}
+
+} // namespace
+
+Command UninstallCommand()
+{
+    return {"uninstall",
+            "PACKAGE",
+            "remove an installed package",
+            "Removes the files of an installed package (an ID or a name) and the folders that installing it created.\n"
+            "Other files stay, and so do the folders they lie in.\n",
+            {},
+            1,
+            1,
+            run};
+}
+
+} // namespace vo::tool

@@ -1,0 +1,71 @@
+#include "../InstalledChoice.h"
+#include "../Session.h"
+#include "../UpdateProgress.h"
+#include "../VerificationView.h"
+
+#include <Updater/InstalledPackages.h>
+
+#include <vector>
+
+namespace vo::tool {
+
+using namespace updater;
+
+namespace {
+
+std::vector<VoUUID> packagesToVerify(const Arguments& arguments)
+{
+    if (arguments.count() > 0)
+        return {ChooseInstalled(arguments.argument(0))};
+    std::vector<VoUUID> all;
+    for (const auto& package : InstalledPackages::Packages())
+        all.push_back(package.first);
+    return all;
+}
+
+ExitCode run(Session& session)
+{
+    Console& console = session.console;
+    const VoReceiver receiver = InstalledPackages::Connect(
+        [&](const VoSharedPtr<AbstractMessage>& message) { ShowUpdateMessage(console, message); });
+
+    std::uint64_t checked = 0;
+    std::size_t missing = 0;
+    std::size_t changed = 0;
+    std::size_t extra = 0;
+    const std::vector<VoUUID> packages = packagesToVerify(session.arguments);
+    console.list("findings");
+    for (const VoUUID& packageID : packages) {
+        const VerificationReport report = InstalledPackages::Verify(packageID, session.stop);
+        console.endProgress();
+        ShowFindings(console, report);
+        checked += report.filesChecked;
+        missing += report.missing.size();
+        changed += report.changed.size();
+        extra += report.extra.size();
+    }
+    console.fact("packages", "packages", packages.size());
+    console.fact("files", "files checked", checked);
+    console.fact("missing", "missing", missing);
+    console.fact("changed", "changed", changed);
+    console.fact("extra", "extra", extra);
+    return missing + changed > 0 ? ExitCode::Differences : ExitCode::Done;
+}
+
+} // namespace
+
+Command VerifyCommand()
+{
+    return {"verify",
+            "[PACKAGE]",
+            "check installed files against their listings",
+            "Reads every installed file of a package (an ID or a name), or of all packages, and lists those that are\n"
+            "missing or changed. Files that no package brought, in folders that installing created, are listed as\n"
+            "extra; they count as no difference.\n",
+            {},
+            0,
+            1,
+            run};
+}
+
+} // namespace vo::tool

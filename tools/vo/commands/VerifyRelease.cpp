@@ -1,0 +1,68 @@
+#include "../CommandError.h"
+#include "../Paths.h"
+#include "../Session.h"
+#include "../UpdateProgress.h"
+
+#include <FileSystem/VoFileSystem.h>
+#include <Updater/AdvertisedPackageListing.h>
+#include <Updater/PackageVerifier.h>
+
+namespace vo::tool {
+
+using namespace updater;
+
+namespace {
+
+/// Whether a message tells of a file that is not as its source.
+bool isFinding(const AbstractMessage& message)
+{
+    return message.type() == AbstractMessage::FileMismatch || message.type() == AbstractMessage::FileMissing;
+}
+
+ExitCode run(Session& session)
+{
+    Console& console = session.console;
+    const VoFilePath definition = session.arguments.fileArgument(0);
+    const auto source = session.arguments.directory("source");
+    if (!source)
+        throw UsageError("option --source is missing");
+    if (!VoFileSystem::IsDirectory(source->toFilePath()))
+        throw Failure("option --source: \"" + PathText(*source) + "\" is not a folder");
+    auto package = AdvertisedPackageListing::Open(definition);
+    const std::size_t files = package->files().size();
+
+    std::size_t findings = 0;
+    console.list("findings");
+    const bool matches = PackageVerifier::Verify(
+        std::move(package), definition, *source,
+        [&](const VoSharedPtr<AbstractMessage>& message) {
+            ShowUpdateMessage(console, message);
+            const auto* update = dynamic_cast<const AbstractUpdateMessage*>(message.get());
+            if (update == nullptr || !isFinding(*message))
+                return;
+            ++findings;
+            console.row("findings", update->message(), JsonRecord()("text", update->message()));
+        },
+        session.stop);
+    console.endProgress();
+    console.fact("files", "files checked", files);
+    console.fact("differences", "differences", findings);
+    return matches ? ExitCode::Done : ExitCode::Differences;
+}
+
+} // namespace
+
+Command VerifyReleaseCommand()
+{
+    return {"verify-release",
+            "PACKAGE.XML --source FOLDER",
+            "check a published release against its source",
+            "Installs a release into a temporary folder, as onto a machine that has nothing of it, and compares every\n"
+            "file byte by byte with the one it was published from.\n",
+            {{"source", "FOLDER", "the folder that the release was published from"}},
+            1,
+            1,
+            run};
+}
+
+} // namespace vo::tool

@@ -1,0 +1,11 @@
+#include "Program.h"
+#include "Terminal.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QStringList>
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    return static_cast<int>(vo::tool::RunProgram(vo::tool::ProgramArguments(argc, argv)));
+}
