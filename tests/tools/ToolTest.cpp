@@ -1,0 +1,475 @@
+#include "VoProgram.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+
+#include <algorithm>
+#include <csignal>
+#include <set>
+
+namespace {
+
+int number(const QJsonObject& document, const char* key)
+{
+    return document[QLatin1String(key)].toInt(-1);
+}
+
+std::string textOf(const QJsonObject& document, const char* key)
+{
+    return document[QLatin1String(key)].toString().toStdString();
+}
+
+/// One member of every row of a list.
+std::multiset<std::string> column(const QJsonObject& document, const char* list, const char* key)
+{
+    std::multiset<std::string> values;
+    for (const QJsonValue& row : document[QLatin1String(list)].toArray())
+        values.insert(row.toObject()[QLatin1String(key)].toString().toStdString());
+    return values;
+}
+
+using Texts = std::multiset<std::string>;
+
+} // namespace
+
+class Tool : public VoProgram
+{
+protected:
+    /// Publishes two releases of "one" and "two": one file added, one changed, one removed, one moved.
+    void publishTwo(int files = 40)
+    {
+        fillSource("one", files);
+        fillSource("two", files);
+        write("two/added", "new");
+        write("two/file0.txt", "changed");
+        remove("two/file5");
+        ASSERT_TRUE(QFile::rename(path("two/file10"), path("two/moved")));
+        first = publish("one", "1.0.0", "--chunk-size 2K");
+        second = publish("two", "1.1.0", "--chunk-size 2K");
+    }
+
+    QJsonObject first;
+    QJsonObject second;
+};
+
+TEST_F(Tool, aReleaseGoesTheWholeRoadFromPublicationToUninstallation)
+{
+    publishTwo();
+    EXPECT_EQ(textOf(first, "package"), textOf(second, "package")) << "the name tells that it is the next release";
+    EXPECT_EQ(number(first, "files"), 40);
+
+    voJson("install @pub/declarations.xml --release 1.0.0 --to @app");
+    EXPECT_TRUE(tree("app") == tree("one"));
+    EXPECT_EQ(number(voJson("install @pub/declarations.xml --release 1.0.0", 3), "exitCode"), 3);
+
+    const QJsonObject update = voJson("install @pub/declarations.xml");
+    EXPECT_TRUE(tree("app") == tree("two"));
+    EXPECT_EQ(number(update, "added"), 2);
+    EXPECT_EQ(number(update, "modified"), 1);
+    EXPECT_EQ(number(update, "removed"), 2);
+    EXPECT_EQ(textOf(update, "installedRelease"), "1.0.0.0");
+    EXPECT_LT(number(update, "chunksFetched"), number(second, "chunks"));
+    EXPECT_EQ(vo("install @pub/declarations.xml").code, 3);
+    EXPECT_TRUE(tree("app") == tree("two"));
+    EXPECT_FALSE(exists("data/updates/download/" + textOf(second, "package"))) << "staged chunks are gone";
+
+    const Outcome installed = vo("installed");
+    EXPECT_EQ(installed.out, textOf(second, "package") + "  Examples  1.1.0  40 files  " + text("app") + "\n");
+
+    EXPECT_EQ(vo("uninstall Examples").code, 0);
+    EXPECT_FALSE(exists("app"));
+    EXPECT_EQ(vo("installed").out, "");
+    EXPECT_EQ(vo("uninstall Examples").code, 3);
+}
+
+TEST_F(Tool, uninstallingKeepsForeignFilesAndTheirFolders)
+{
+    publishTwo();
+    ASSERT_EQ(vo("install @pub/declarations.xml --to @app/inner").code, 0);
+    write("app/inner/part 1/mine.txt", "mine");
+    EXPECT_EQ(vo("uninstall Examples").code, 0);
+    EXPECT_EQ(tree("app"), (Tree{{"inner/", ""}, {"inner/part 1/", ""}, {"inner/part 1/mine.txt", "mine"}}));
+}
+
+TEST_F(Tool, damageIsFoundNamedAndRepaired)
+{
+    publishTwo();
+    ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
+    EXPECT_EQ(vo("verify").code, 0);
+    EXPECT_EQ(vo("repair Examples").code, 3);
+
+    remove("app/added");
+    QByteArray flipped = read("app/moved");
+    flipped[0] = static_cast<char>(flipped[0] ^ 1);
+    write("app/moved", flipped);
+    write("app/part 1/extra", "not ours");
+    const QJsonObject found = voJson("verify Examples", 4);
+    EXPECT_EQ(column(found, "findings", "path"),
+              (Texts{text("app/added"), text("app/moved"), text("app/part 1/extra")}));
+    EXPECT_EQ(column(found, "findings", "kind"), (Texts{"missing", "changed", "extra"}));
+
+    const QJsonObject repaired = voJson("repair " + textOf(second, "package"));
+    EXPECT_EQ(number(repaired, "restored"), 2);
+    Tree expected = tree("two");
+    expected["part 1/extra"] = "not ours";
+    EXPECT_EQ(tree("app"), expected);
+    EXPECT_EQ(vo("verify").code, 0) << "extra files are no difference";
+}
+
+TEST_F(Tool, repairFindsTheReleaseAlsoWhereItIsToldTo)
+{
+    publishTwo();
+    ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0 --to @app").code, 0);
+    remove("app/file0.txt");
+    remove("data/updates/sources");
+    const Outcome untold = vo("repair Examples");
+    EXPECT_EQ(untold.code, 2) << untold;
+    EXPECT_EQ(vo("repair Examples --from @" + definition(second)).code, 1) << "another release";
+    EXPECT_EQ(vo("repair Examples --from @pub/declarations.xml").code, 0);
+    EXPECT_TRUE(tree("app") == tree("one"));
+}
+
+TEST_F(Tool, aPlanSaysWhatInstallingThenDoesAndChangesNothing)
+{
+    publishTwo();
+    ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0.0 --to @app").code, 0);
+    const Tree before = tree(".");
+    QJsonObject plan = voJson("plan @pub/declarations.xml");
+    QJsonObject dryRun = voJson("install @pub/declarations.xml --dry-run");
+    EXPECT_EQ(tree("."), before);
+    plan.remove(QStringLiteral("command"));
+    dryRun.remove(QStringLiteral("command"));
+    EXPECT_EQ(plan, dryRun);
+
+    EXPECT_EQ(column(plan, "files", "path"), (Texts{"added", "file0.txt", "file10", "file5", "moved"}));
+    const QJsonObject done = voJson("install @pub/declarations.xml");
+    EXPECT_EQ(number(done, "chunksFetched"), number(plan, "chunksToFetch"));
+    EXPECT_EQ(number(done, "bytesFetched"), number(plan, "bytesToFetch"));
+    EXPECT_EQ(number(done, "bytesWritten"), number(plan, "bytesToWrite"));
+    EXPECT_EQ(vo("plan @pub/declarations.xml").code, 3);
+}
+
+TEST_F(Tool, onlyChunksOfAddedAndChangedFilesAreReadInAnUpdate)
+{
+    publishTwo();
+    ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0.0 --to @app").code, 0);
+    const QJsonObject plan = voJson("plan @pub/declarations.xml");
+    const Texts needed = column(plan, "chunks", "id");
+    ASSERT_FALSE(needed.empty());
+    const std::string folder = definition(second).substr(0, definition(second).rfind('/')) + "/chunks";
+    std::size_t spared = 0;
+    for (const auto& [name, bytes] : tree(folder)) {
+        if (needed.count(name.substr(0, name.size() - 6)) == 0) {
+            remove(folder + "/" + name);
+            ++spared;
+        }
+    }
+    EXPECT_GT(spared, 0u);
+    const Outcome run = vo("install @pub/declarations.xml");
+    EXPECT_EQ(run.code, 0) << run;
+    EXPECT_TRUE(tree("app") == tree("two"));
+}
+
+TEST_F(Tool, anOlderReleaseIsRefusedUnlessAllowed)
+{
+    publishTwo();
+    ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
+    for (const char* command : {"install", "plan"}) {
+        const Outcome refused = vo(std::string(command) + " @pub/declarations.xml --release 1.0.0 -q");
+        EXPECT_EQ(refused.code, 6) << refused;
+        EXPECT_EQ(refused.err, "vo: release 1.0.0 is older than release 1.1.0, which is installed; --allow-downgrade "
+                               "installs it all the same\n");
+    }
+    EXPECT_TRUE(tree("app") == tree("two"));
+    EXPECT_EQ(vo("install @pub/declarations.xml --release 1.0.0 --allow-downgrade").code, 0);
+    EXPECT_TRUE(tree("app") == tree("one"));
+}
+
+TEST_F(Tool, releasesAreListedShownAndCompared)
+{
+    publishTwo();
+    const std::string id = textOf(first, "package");
+    EXPECT_EQ(vo("releases @pub/declarations.xml").out,
+              id + "  Examples  1.0.0\n" + id + "  Examples  1.1.0  newest\n");
+
+    const QJsonObject shown = voJson("show @pub/declarations.xml --release 1.0.0");
+    EXPECT_EQ(textOf(shown, "versionID"), textOf(first, "versionID"));
+    EXPECT_EQ(column(shown, "files", "target").size(), 40u);
+    EXPECT_EQ(number(shown, "bytes"), number(first, "bytesIn"));
+    EXPECT_EQ(voJson("show @" + definition(first))[QStringLiteral("files")], shown[QStringLiteral("files")]);
+
+    const std::string definitions = "@" + definition(first) + " @" + definition(second);
+    const QJsonObject differences = voJson("diff " + definitions);
+    EXPECT_EQ(column(differences, "differences", "target"), (Texts{"added", "file0.txt", "file10", "file5", "moved"}));
+    EXPECT_EQ(number(differences, "added"), 2);
+    const Outcome text = vo("diff " + definitions);
+    EXPECT_NE(text.out.find("added     added  3.0 B\n"), std::string::npos) << text;
+    EXPECT_NE(text.out.find("modified  file0.txt  0.0 B -> 7.0 B\n"), std::string::npos) << text;
+}
+
+TEST_F(Tool, aReleaseIsCheckedAgainstItsSource)
+{
+    publishTwo();
+    EXPECT_EQ(vo("verify-release @" + definition(first) + " --source @one").code, 0);
+    write("one/file0.txt", "other");
+    remove("one/file5");
+    const QJsonObject found = voJson("verify-release @" + definition(first) + " --source @one", 4);
+    EXPECT_EQ(number(found, "differences"), 2);
+    EXPECT_FALSE(exists("data/updates/installed")) << "nothing is recorded as installed";
+}
+
+TEST_F(Tool, digestsAreThoseOfTheStandard)
+{
+    write("abc", "abc");
+    write("empty", "");
+    const std::string abc = "3a985da74fe225b2045c172d6bd390bd855f086e3e9d525b46bfe24511431532  " + text("abc") + "\n";
+    const std::string empty =
+        "a7ffc6f8bf1ed76651c14756a061d662f580ff4de43b49fa82d80a4b80f8434a  " + text("empty") + "\n";
+    EXPECT_EQ(vo("checksum @abc @empty").out, abc + empty);
+    const Outcome missing = vo("checksum @abc @missing @. @empty");
+    EXPECT_EQ(missing.out, abc + empty) << "the others are done";
+    EXPECT_EQ(missing.code, 1);
+    EXPECT_EQ(std::count(missing.err.begin(), missing.err.end(), '\n'), 2);
+}
+
+TEST_F(Tool, relativePathsAreTakenFromTheCurrentDirectory)
+{
+    fillSource("one", 3);
+    const Outcome published = vo("publish one --to pub/declarations.xml --name Examples --release 1.0.0");
+    EXPECT_EQ(published.code, 0) << published;
+    EXPECT_EQ(vo("install ./pub/../pub/declarations.xml --to app").code, 0);
+    EXPECT_EQ(textOf(voJson("installed")[QStringLiteral("packages")].toArray()[0].toObject(), "directory"),
+              text("app"));
+}
+
+TEST_F(Tool, theUpdatersDirectoryMayBeElsewhere)
+{
+    publishTwo();
+    EXPECT_EQ(vo("install @pub/declarations.xml --to @app --updates-dir @elsewhere").code, 0);
+    EXPECT_FALSE(exists("data"));
+    EXPECT_EQ(vo("verify Examples --updates-dir @elsewhere").code, 0);
+    EXPECT_NE(vo("verify Examples").code, 0) << "not known there";
+}
+
+TEST_F(Tool, namesThatAreNotAsciiGoThroughInAnyLocale)
+{
+    write("Qu\xc3\xa4lle/\xe2\x82\xac \xd0\xb6.txt", "text");
+    qputenv("LC_ALL", "C");
+    const Outcome published =
+        vo("publish @Qu\xc3\xa4lle --to @pub/declarations.xml --name \xc3\x84mter --release 1.0.0");
+    EXPECT_EQ(published.code, 0) << published;
+    EXPECT_NE(published.out.find("\xc3\x84mter"), std::string::npos);
+    EXPECT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
+    qunsetenv("LC_ALL");
+    EXPECT_EQ(tree("app"), tree("Qu\xc3\xa4lle"));
+}
+
+TEST_F(Tool, aDocumentCannotSteerTheTerminal)
+{
+    fillSource("one", 1);
+    publish("one", "1.0.0");
+    write("pub/declarations.xml", read("pub/declarations.xml").replace("Examples", "a&#x9b;2Jb&#10;vo: forged"));
+    EXPECT_NE(vo("releases @pub/declarations.xml")
+                  .out.find("a\\xc2\x9b"
+                            "2Jb\\x0avo: forged"),
+              std::string::npos);
+}
+
+TEST_F(Tool, aProgressLineIsDrawnOnlyWhenWanted)
+{
+    publishTwo();
+    const Outcome plain = vo("install @pub/declarations.xml --to @app");
+    EXPECT_EQ(plain.err, "") << "standard error is no terminal";
+    const Outcome drawn = vo("uninstall Examples --progress=always");
+    EXPECT_EQ(drawn.err.substr(0, 12), "\rRemoving   ") << drawn;
+    EXPECT_NE(drawn.err.find("40 of 40 files   100 %"), std::string::npos) << drawn;
+    EXPECT_EQ(drawn.err.back(), '\r') << "the line is taken away";
+}
+
+TEST_F(Tool, hostileDefinitionsAreRefusedAndNothingIsWritten)
+{
+    fillSource("one", 6);
+    const QJsonObject published = publish("one", "1.0.0");
+    ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
+    const QByteArray sound = read(definition(published));
+    const auto firstChunk = column(voJson("plan @" + definition(published) + " --to @other"), "chunks", "id");
+    ASSERT_EQ(firstChunk.size(), 1u);
+    const QByteArray chunkPath = "chunks\\" + QByteArray::fromStdString(*firstChunk.begin()) + ".vochk";
+    ASSERT_TRUE(sound.contains(chunkPath) && sound.contains("\"file5\""));
+    const QByteArray packageID = textOf(published, "package").c_str();
+
+    struct
+    {
+        const char* what;
+        QByteArray from;
+        QByteArray to;
+    } const rows[] = {
+        {"climbs out", "\"file5\"", "\"..\\evil\""},
+        {"climbs out from within", "\"file5\"", "\"a\\..\\..\\evil\""},
+        {"rooted", "\"file5\"", "\"\\tmp\\evil\""},
+        {"rooted with slashes", "\"file5\"", "\"/tmp/evil\""},
+        {"on a drive", "\"file5\"", "\"C:\\evil\""},
+        {"a stream of a file", "\"file5\"", "\"file5:evil\""},
+        {"a device", "\"file5\"", "\"NUL.txt\""},
+        {"twice in another case", "\"file5\"", "\"FILE0.TXT\""},
+        {"an empty target", "\"file5\"", "\"\""},
+        {"a file that is also a folder", "\"file5\"", "\"part 1\""},
+        {"chunk from elsewhere", chunkPath, "..\\..\\..\\secret"},
+        {"rooted chunk", chunkPath, "\\etc\\passwd"},
+        {"package ID that climbs", packageID, "..\\..\\x"},
+        {"package ID of the registry", packageID, "packages"},
+        {"document type", "<package ", "<!DOCTYPE package [<!ENTITY a \"b\">]><package "},
+    };
+    const Tree before = tree(".");
+    for (const auto& row : rows) {
+        const QByteArray hostile = QByteArray(sound).replace(row.from, row.to);
+        ASSERT_NE(hostile, sound) << row.what;
+        write(definition(published), hostile);
+        for (const char* command : {"install", "plan"}) {
+            const Outcome run = vo(std::string(command) + " @" + definition(published) + " --to @victim/app -q");
+            EXPECT_EQ(run.code, 6) << row.what << "\n" << run;
+            EXPECT_EQ(run.err.rfind("vo: ", 0), 0u) << row.what << "\n" << run;
+        }
+        write(definition(published), sound);
+        EXPECT_TRUE(tree(".") == before) << row.what;
+    }
+    EXPECT_EQ(vo("verify").code, 0) << "what was installed before";
+}
+
+TEST_F(Tool, damagedReleasesFailAndLeaveEverythingAsItWas)
+{
+    publishTwo();
+    ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0.0 --to @app").code, 0);
+    const auto plan = voJson("plan @pub/declarations.xml");
+    const std::string folder = definition(second).substr(0, definition(second).rfind('/'));
+    const std::string chunk = folder + "/chunks/" + *column(plan, "chunks", "id").begin() + ".vochk";
+    QByteArray flipped = read(chunk);
+    flipped[flipped.size() / 2] = static_cast<char>(flipped[flipped.size() / 2] ^ 16);
+    const QByteArray declarations = read("pub/declarations.xml");
+    const QByteArray definitionText = read(definition(second));
+
+    struct
+    {
+        const char* what;
+        std::string file;
+        QByteArray bytes; // none: the file is missing
+    } const rows[] = {
+        {"a missing chunk", chunk, QByteArray()},
+        {"a flipped bit in a chunk", chunk, flipped},
+        {"a truncated chunk", chunk, read(chunk).left(10)},
+        {"truncated declarations", "pub/declarations.xml", declarations.left(declarations.size() / 2)},
+        {"empty declarations", "pub/declarations.xml", ""},
+        {"a truncated definition", definition(second), definitionText.left(definitionText.size() - 20)},
+        {"a missing definition", definition(second), QByteArray()},
+        {"a document of another kind", definition(second), "<other/>"},
+    };
+    const Tree app = tree("app");
+    const Tree registry = tree("data/updates/installed");
+    for (const auto& row : rows) {
+        const QByteArray saved = read(row.file);
+        remove(row.file);
+        if (!row.bytes.isNull())
+            write(row.file, row.bytes);
+        const Outcome run = vo("install @pub/declarations.xml");
+        EXPECT_EQ(run.code, 1) << row.what << "\n" << run;
+        EXPECT_NE(run.err, "") << row.what;
+        EXPECT_TRUE(tree("app") == app) << row.what;
+        EXPECT_TRUE(tree("data/updates/installed") == registry) << row.what;
+        write(row.file, saved);
+    }
+    EXPECT_EQ(vo("install @pub/declarations.xml").code, 0) << "all is mended";
+    EXPECT_TRUE(tree("app") == tree("two"));
+}
+
+TEST_F(Tool, aFolderWhoseFilesDifferOnlyInCaseIsNotPublished)
+{
+    write("clash/file", "a");
+    write("clash/FILE", "b");
+    const Outcome run = vo("publish @clash --to @pub/declarations.xml --name N --release 1");
+    EXPECT_EQ(run.code, 1) << run;
+    EXPECT_NE(run.err.find("File already added to package: "), std::string::npos) << run;
+    EXPECT_FALSE(exists("pub")) << "nothing shows before all is done";
+}
+
+TEST_F(Tool, anEmptyFolderIsNotPublished)
+{
+    ASSERT_TRUE(QDir().mkpath(path("empty")));
+    EXPECT_EQ(vo("publish @empty --to @pub/declarations.xml --name N --release 1").code, 1);
+    EXPECT_EQ(vo("publish @missing --to @pub/declarations.xml --name N --release 1").code, 1);
+    EXPECT_FALSE(exists("pub"));
+}
+
+#if !defined(_WIN32)
+
+namespace {
+
+void interrupt(QProcess& process)
+{
+    ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+}
+
+} // namespace
+
+TEST_F(Tool, controlCStopsAnInstallationThatTheSameCommandThenFinishes)
+{
+    publishTwo(600);
+    const std::string command = "install @pub/declarations.xml --to @app";
+    const Outcome stopped = voUntil(command + " -v", 20, interrupt);
+    EXPECT_EQ(stopped.code, 5) << stopped.err.substr(stopped.err.size() -
+                                                     std::min<std::size_t>(2000, stopped.err.size()));
+    EXPECT_NE(stopped.err.find("vo: stopped as asked; nothing is left half-written, and the same command goes on from "
+                               "here\n"),
+              std::string::npos);
+    EXPECT_EQ(vo("installed").out, "");
+
+    const Outcome again = vo(command);
+    EXPECT_EQ(again.code, 0) << again;
+    EXPECT_TRUE(tree("app") == tree("two"));
+    EXPECT_EQ(vo("verify").code, 0);
+}
+
+TEST_F(Tool, controlCStopsAPublicationAndNothingShows)
+{
+    fillSource("one", 800);
+    const std::string command = "publish @one --to @pub/declarations.xml --name Examples --release 1.0.0";
+    EXPECT_EQ(voUntil(command + " -v", 5, interrupt).code, 5);
+    EXPECT_FALSE(exists("pub"));
+    EXPECT_EQ(vo(command).code, 0);
+}
+
+TEST_F(Tool, anInstallationKilledAnywhereIsCompletedByTheSameCommand)
+{
+    publishTwo(400);
+    const std::string old = "install @pub/declarations.xml --release 1.0.0 --to @app";
+    const std::string update = "install @pub/declarations.xml --to @app";
+    ASSERT_EQ(vo(old).code, 0);
+    ASSERT_EQ(vo(update).code, 0);
+    const Tree cleanApp = tree("app");
+    const Tree cleanRecords = tree("data/updates");
+    EXPECT_EQ(cleanApp, tree("two"));
+
+    int killed = 0;
+    for (const int lines : {1, 10, 60, 200, 400}) {
+        for (const bool updating : {false, true}) {
+            remove("app");
+            remove("data");
+            if (updating) {
+                ASSERT_EQ(vo(old).code, 0);
+            }
+            const std::string& command = updating ? update : old;
+            const Outcome run = voUntil(command + " -v", lines, [](QProcess& process) { process.kill(); });
+            killed += run.code == -1 ? 1 : 0;
+            const Outcome again = vo(command);
+            EXPECT_TRUE(again.code == 0 || (run.code == 0 && again.code == 3)) << lines << "\n" << again;
+            if (!updating) {
+                ASSERT_EQ(vo(update).code, 0);
+            }
+            EXPECT_TRUE(tree("app") == cleanApp) << "killed after " << lines << " lines";
+            EXPECT_TRUE(tree("data/updates") == cleanRecords) << "killed after " << lines << " lines";
+        }
+    }
+    EXPECT_GE(killed, 5) << "most of the runs were to be killed";
+}
+
+#endif

@@ -1,0 +1,89 @@
+#include <VoTestSupport.h>
+#include <vo/Program.h>
+#include <vo/Values.h>
+
+using namespace vo::tool;
+
+TEST(ParseBytes, takesDigitsAndOneSuffixOnly)
+{
+    struct
+    {
+        const char* text;
+        std::uint64_t bytes;
+    } const rows[] = {{"0", 0},
+                      {"65536", 65536},
+                      {"4K", 4096},
+                      {"4k", 4096},
+                      {"4M", 4194304},
+                      {"2G", 2147483648},
+                      {"18446744073709551615", 18446744073709551615u},
+                      {"17179869183G", 18446744072635809792u}};
+    for (const auto& row : rows)
+        EXPECT_EQ(ParseBytes(row.text), row.bytes) << row.text;
+    for (const char* text : {"", "K", "-1", "+1", "4 K", " 4", "4KB", "4T", "0x10", "1.5M", "18446744073709551616",
+                             "17179869184G", "4\xc2\xa0K"})
+        EXPECT_FALSE(ParseBytes(text)) << text;
+}
+
+TEST(ParseInteger, takesTheWholeText)
+{
+    EXPECT_EQ(ParseInteger("-12"), -12);
+    for (const char* text : {"", "1a", "1.0", " 1", "9223372036854775808"})
+        EXPECT_FALSE(ParseInteger(text)) << text;
+}
+
+TEST(ParseRelease, readsTheBuildTypeInTheThirdOfFourPlaces)
+{
+    const auto number = ParseRelease("4.2.1.17");
+    ASSERT_TRUE(number);
+    EXPECT_EQ(number->version.toString().toStdString(), "4.2.1.17");
+    EXPECT_TRUE(number->hasBuildType);
+    EXPECT_EQ(number->version.revision(), 17);
+    EXPECT_EQ(ReleaseText(number->version).toStdString(), "4.2.17 (build type 1)");
+}
+
+TEST(ParseRelease, fillsMissingPartsWithZero)
+{
+    struct
+    {
+        const char* text;
+        const char* shown;
+    } const rows[] = {{"4", "4.0.0"}, {"4.2", "4.2.0"}, {"4.2.17", "4.2.17"}, {"0.0.0", "0.0.0"}, {"1.2.0.3", "1.2.3"}};
+    for (const auto& row : rows) {
+        const auto number = ParseRelease(row.text);
+        ASSERT_TRUE(number) << row.text;
+        EXPECT_EQ(ReleaseText(number->version).toStdString(), row.shown) << row.text;
+    }
+}
+
+TEST(ParseRelease, refusesWhatIsNoNumber)
+{
+    for (const char* text : {"", ".", "1.", ".1", "1..2", "-1.2.3", "1.-2.3", "1.2.3.4.5", "v1", "1.2.x", " 1", "1.2 ",
+                             "2147483648", "99999999999.1"})
+        EXPECT_FALSE(ParseRelease(text)) << text;
+}
+
+TEST(Printable, showsControlCharactersInsteadOfSendingThem)
+{
+    EXPECT_EQ(Printable("plain \xc3\xa4\xe2\x82\xac").toStdString(), "plain \xc3\xa4\xe2\x82\xac");
+    EXPECT_EQ(Printable("a\x1b[2Jb\nc\x7f").toStdString(), "a\\x1b[2Jb\\x0ac\\x7f");
+    EXPECT_EQ(Printable("\xc2\x9b"
+                        "2J")
+                  .toStdString(),
+              "\\xc2\x9b"
+              "2J")
+        << "the one-byte form of ESC [";
+    EXPECT_EQ(Printable("\xc2\xa0").toStdString(), "\xc2\xa0") << "a blank that does not break is no control character";
+}
+
+TEST(IsRefusal, knowsTheTextsOfRefusedDocuments)
+{
+    for (const char* text :
+         {"Invalid target path: ..\\x", "Installation failed: Invalid target path: ..\\x", "Invalid chunk path: a:b",
+          "Invalid identifier: packages", "Installation failed: Invalid package definition: duplicate file ID",
+          "Invalid definition path: \\x", "Document type declarations are not allowed"})
+        EXPECT_TRUE(IsRefusal(text)) << text;
+    for (const char* text : {"", "Installation failed", "Installation failed: File checksum does not match for: \\x",
+                             "Invalid path: \\x", "see Invalid target path: x"})
+        EXPECT_FALSE(IsRefusal(text)) << text;
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <VoTestSupport.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QJsonObject>
+#include <QtCore/QProcess>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+/// How a run of the program ended.
+struct Outcome
+{
+    int code = -1; ///< The exit code; -1 when it was killed or crashed.
+    std::string out;
+    std::string err;
+
+    QJsonObject json() const; ///< The document on standard output; empty when that is not exactly one.
+};
+
+/// Prints a run when a check of it fails.
+std::ostream& operator<<(std::ostream& stream, const Outcome& run);
+
+/// The contents of a folder: relative path to bytes. A folder stands with "/" at its end and no bytes.
+using Tree = std::map<std::string, std::string>;
+
+/// Runs the real program in a scratch directory of its own, with an updater's directory and a source folder in it.
+class VoProgram : public testing::Test
+{
+protected:
+    VoProgram();
+
+    /// @{ Runs the program with arguments given as one text; "@" in front of a word stands for the scratch directory.
+    Outcome vo(const std::string& arguments);
+    Outcome vo(const QStringList& arguments);
+    /// @}
+    /// Runs it with --json and -q, expects the exit code, and returns the document.
+    QJsonObject voJson(const std::string& arguments, int expectedCode = 0);
+    /// Starts it and calls @p act once with the running process as soon as @p lines lines have come on standard error;
+    /// what comes then is read only after @p act, so that a talkative program cannot end before.
+    Outcome voUntil(const std::string& arguments, int lines, const std::function<void(QProcess&)>& act);
+
+    QString path(const std::string& name) const; ///< In the scratch directory.
+    std::string text(const std::string& name) const { return path(name).toStdString(); }
+    void write(const std::string& name, const QByteArray& bytes) const; ///< With the folders it needs.
+    QByteArray read(const std::string& name) const;
+    void remove(const std::string& name) const; ///< A file, or a folder with all that it holds.
+    bool exists(const std::string& name) const;
+    Tree tree(const std::string& name) const;
+
+    /// Fills a folder with files of many sizes, empty ones and deep ones among them.
+    void fillSource(const std::string& name, int files) const;
+    /// Publishes a folder to "pub/declarations.xml" under the name "Examples", and expects that to succeed.
+    QJsonObject publish(const std::string& folder, const std::string& release, const std::string& more = "");
+    /// The definition file of a release published by publish(), relative to the scratch directory.
+    std::string definition(const QJsonObject& published) const;
+
+private:
+    QProcessEnvironment environment() const;
+    QStringList words(const std::string& arguments) const;
+
+    QTemporaryDir m_scratch;
+};
