@@ -67,6 +67,8 @@ function(vocore_install target)
     write_basic_package_version_file("${PROJECT_BINARY_DIR}/VoCoreConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
     install(FILES "${PROJECT_BINARY_DIR}/VoCoreConfig.cmake" "${PROJECT_BINARY_DIR}/VoCoreConfigVersion.cmake"
         DESTINATION "${package_directory}" COMPONENT Development)
+    file(RELATIVE_PATH VOCORE_PC_TO_PREFIX "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+    string(REGEX REPLACE "/$" "" VOCORE_PC_TO_PREFIX "${VOCORE_PC_TO_PREFIX}")
     configure_file(packaging/VoCore.pc.in "${PROJECT_BINARY_DIR}/VoCore.pc" @ONLY)
     install(FILES "${PROJECT_BINARY_DIR}/VoCore.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT Development)
 endfunction()

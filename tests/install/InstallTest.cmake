@@ -1,0 +1,60 @@
+# Run as a script by ctest. Fails at the first step whose result is wrong.
+cmake_minimum_required(VERSION 3.25)
+
+function(run)
+    execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE error)
+    if(NOT result EQUAL 0)
+        list(JOIN ARGV " " command)
+        message(FATAL_ERROR "${command}\nended with ${result}\n${output}\n${error}")
+    endif()
+    set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+file(REMOVE_RECURSE "${SCRATCH}")
+set(prefix "${SCRATCH}/prefix")
+run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${prefix}")
+
+# Private headers stay in the tree.
+file(GLOB_RECURSE headers RELATIVE "${prefix}/include/VoCore" "${prefix}/include/VoCore/*.h")
+foreach(private IN ITEMS FileSystem/NativePath.h Updater/UpdatePlan.h Core/CaseFold.h)
+    if(private IN_LIST headers)
+        message(FATAL_ERROR "${private} is private but installed")
+    endif()
+endforeach()
+
+run("${prefix}/bin/vo" --version)
+if(NOT output STREQUAL "vo ${VERSION}\n")
+    message(FATAL_ERROR "the installed tool says \"${output}\"")
+endif()
+
+# The example project: configured against the prefix, with its own settings, built and run.
+run("${CMAKE_COMMAND}" -S "${EXAMPLE}" -B "${SCRATCH}/consumer" -G Ninja "-DCMAKE_CXX_COMPILER=${CXX}"
+    "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Werror")
+run("${CMAKE_COMMAND}" --build "${SCRATCH}/consumer")
+file(WRITE "${SCRATCH}/folder/abc.txt" "abc")
+run("${SCRATCH}/consumer/consumer" "${SCRATCH}/folder" "${SCRATCH}/published/declarations.xml")
+set(expected "3a985da74fe225b2045c172d6bd390bd855f086e3e9d525b46bfe24511431532  abc.txt\n")
+if(NOT output STREQUAL expected)
+    message(FATAL_ERROR "the consumer prints \"${output}\"")
+endif()
+
+# The installed tool reads what the consumer published.
+run("${prefix}/bin/vo" releases "${SCRATCH}/published/declarations.xml")
+if(NOT output MATCHES "Consumer's files  1\\.0\\.0  newest")
+    message(FATAL_ERROR "the installed tool says \"${output}\"")
+endif()
+
+# pkg-config gives flags that are enough on their own.
+set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
+run(pkg-config --modversion VoCore)
+if(NOT output STREQUAL "${VERSION}\n")
+    message(FATAL_ERROR "pkg-config gives version \"${output}\"")
+endif()
+run(pkg-config --cflags --libs VoCore)
+string(STRIP "${output}" flags)
+separate_arguments(flags UNIX_COMMAND "${flags}")
+run("${CXX}" -std=c++17 -o "${SCRATCH}/by-pkg-config" "${EXAMPLE}/main.cpp" ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")
+run("${SCRATCH}/by-pkg-config" "${SCRATCH}/folder" "${SCRATCH}/published/again.xml")
+if(NOT output STREQUAL expected)
+    message(FATAL_ERROR "the consumer built with pkg-config prints \"${output}\"")
+endif()
