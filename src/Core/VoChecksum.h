@@ -30,10 +30,13 @@ public:
     explicit VoChecksum(const VoFilePath& file);
     /// A literal could be bytes or the name of a file: say which.
     VoChecksum(const char*) = delete;
+    /// Copies and moves as a value; a moved-from one is null.
+    /// @{
     VoChecksum(const VoChecksum& other);
     VoChecksum(VoChecksum&& other) noexcept;
     VoChecksum& operator=(const VoChecksum& other);
     VoChecksum& operator=(VoChecksum&& other) noexcept;
+    /// @}
     virtual ~VoChecksum();
 
     /// True for a default-constructed or moved-from checksum only; not for one read from an empty text.
@@ -41,7 +44,7 @@ public:
     /// Lower-case hexadecimal: 64 characters for a digest, none for a null checksum.
     VoString toString() const;
 
-    /// @name Equality of the bytes
+    /// Equality of the bytes.
     /// @{
     friend VOCORE_EXPORT bool operator==(const VoChecksum& left, const VoChecksum& right) noexcept;
     friend VOCORE_EXPORT bool operator!=(const VoChecksum& left, const VoChecksum& right) noexcept;

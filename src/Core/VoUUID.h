@@ -30,10 +30,13 @@ public:
     VoUUID(const YString& text);
     VoUUID(const char* text);
     /// @}
+    /// Copies and moves as a value; a moved-from one has an empty text.
+    /// @{
     VoUUID(const VoUUID& other);
     VoUUID(VoUUID&& other) noexcept;
     VoUUID& operator=(const VoUUID& other);
     VoUUID& operator=(VoUUID&& other) noexcept;
+    /// @}
     virtual ~VoUUID();
 
     /// The text.
@@ -43,7 +46,7 @@ public:
     operator YString() const;
     /// @}
 
-    /// @name Comparison of the texts, byte for byte
+    /// Comparison of the texts, byte for byte.
     /// @{
     bool operator==(const VoUUID& other) const;
     bool operator==(const VoString& text) const;

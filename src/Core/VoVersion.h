@@ -43,7 +43,7 @@ public:
     {
     }
 
-    /// @name The parts
+    /// The parts.
     /// @{
     constexpr int major() const noexcept { return m_major; }
     constexpr int minor() const noexcept { return m_minor; }
@@ -64,7 +64,7 @@ public:
 
     /// -1, 0 or 1 by major, then minor, then revision. The build type is ignored.
     int compare(const VoVersion& other) const noexcept;
-    /// @name Comparison as compare() does it: build types do not count
+    /// Comparison as compare() does it: build types do not count.
     /// @{
     bool operator==(const VoVersion& other) const noexcept { return compare(other) == 0; }
     bool operator!=(const VoVersion& other) const noexcept { return compare(other) != 0; }

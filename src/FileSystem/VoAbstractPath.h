@@ -65,7 +65,7 @@ public:
     /// The number of pieces that chunks() gives.
     std::size_t numberChunks() const noexcept;
 
-    /// The containing directory: of "C:\a\b\" it is "C:\a\". Null for a root and for a single relative name.
+    /// The containing directory: of `C:\a\b\` it is `C:\a\`. Null for a root and for a single relative name.
     VoDirectoryPath parent() const;
 
     /// Removes each ".." piece together with the piece before it, in place. A text without "..\" is left alone, so a
@@ -77,7 +77,7 @@ public:
     /// The text of a path for storage.
     static VoString Serialize(const VoAbstractPath& path);
 
-    /// @name Comparison of the texts, without regard to case
+    /// Comparison of the texts, without regard to case.
     /// @{
     friend bool operator==(const VoAbstractPath& left, const VoAbstractPath& right)
     {
@@ -120,10 +120,13 @@ protected:
     explicit VoAbstractPath(VoString&& text);
     explicit VoAbstractPath(const char* text);
     /// @}
+    /// Copies and moves the text.
+    /// @{
     VoAbstractPath(const VoAbstractPath& other);
     VoAbstractPath(VoAbstractPath&& other) noexcept;
     VoAbstractPath& operator=(const VoAbstractPath& other);
     VoAbstractPath& operator=(VoAbstractPath&& other) noexcept;
+    /// @}
 
     /// Refuses a ":" behind the root name.
     /// @throw VoInvalidPathException "Invalid : in path name"

@@ -17,10 +17,13 @@ public:
     VoDirectoryPath(VoString&& text);
     VoDirectoryPath(const char* text);
     /// @}
+    /// Copies and moves as a value; a moved-from one is null.
+    /// @{
     VoDirectoryPath(const VoDirectoryPath& other);
     VoDirectoryPath(VoDirectoryPath&& other) noexcept;
     VoDirectoryPath& operator=(const VoDirectoryPath& other);
     VoDirectoryPath& operator=(VoDirectoryPath&& other) noexcept;
+    /// @}
     ~VoDirectoryPath() override;
 
     /// A directory from a text whose final separator may be missing, as people and environment variables write it.

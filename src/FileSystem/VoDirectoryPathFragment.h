@@ -12,10 +12,13 @@ public:
     /// @throw VoDirectoryPathException "Not a valid directory path: " and the text, when the text has a root name or
     ///        does not end with the separator
     explicit VoDirectoryPathFragment(const VoString& text);
+    /// Copies and moves as a value; a moved-from one is null.
+    /// @{
     VoDirectoryPathFragment(const VoDirectoryPathFragment& other);
     VoDirectoryPathFragment(VoDirectoryPathFragment&& other) noexcept;
     VoDirectoryPathFragment& operator=(const VoDirectoryPathFragment& other);
     VoDirectoryPathFragment& operator=(VoDirectoryPathFragment&& other) noexcept;
+    /// @}
     ~VoDirectoryPathFragment() override;
 
     /// The path of a file under the fragment, resolved.

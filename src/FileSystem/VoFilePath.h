@@ -34,10 +34,13 @@ public:
     /// @}
     /// The text of another kind of path.
     explicit VoFilePath(const VoAbstractPath& path);
+    /// Copies and moves as a value; a moved-from one is null.
+    /// @{
     VoFilePath(const VoFilePath& other);
     VoFilePath(VoFilePath&& other) noexcept;
     VoFilePath& operator=(const VoFilePath& other);
     VoFilePath& operator=(VoFilePath&& other) noexcept;
+    /// @}
     ~VoFilePath();
 
     /// Takes a text as it is, for names that come from the system: they may begin or end with blanks.
@@ -75,7 +78,7 @@ public:
     /// The root: "\\server" of a network path, else the text up to and including the first ":", else empty.
     VoStringView rootName() const&;
     VoStringView rootName() const&& = delete;
-    /// The containing directory: of "C:\a" it is "C:\", of "C:\a\b\" it is "C:\a\". Null for a root and for a single
+    /// The containing directory: of `C:\a` it is `C:\`, of `C:\a\b\` it is `C:\a\`. Null for a root and for a single
     /// relative name.
     /// @throw VoInvalidPathException "Invalid : in path name" when that is no valid directory path
     VoDirectoryPath parent() const;
@@ -112,7 +115,7 @@ public:
     static VoFilePath Deserialize(const VoString& text);
     /// @}
 
-    /// @name Comparison of the texts, without regard to case
+    /// Comparison of the texts, without regard to case.
     /// @{
     friend bool operator==(const VoFilePath& left, const VoFilePath& right) { return left.path() == right.path(); }
     friend bool operator!=(const VoFilePath& left, const VoFilePath& right) { return left.path() != right.path(); }

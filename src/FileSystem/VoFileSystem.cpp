@@ -118,6 +118,8 @@ enum class CopyPurpose
     Replacement // the source goes: its time is kept, and the copy has reached the disk before
 };
 
+// In blocks of our own: the standard library's copy may take a disk that becomes full on the way for the end of the
+// file.
 void CopyContent(vo::detail::NativeFile& from, vo::detail::NativeFile& to, std::error_code& error)
 {
     const std::unique_ptr<char[]> block(new char[vo::detail::FileBlockSize]);
@@ -322,7 +324,10 @@ void OpenOnDesktop(const VoString& path)
 {
     if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
         throw VoInvalidCallException("Cannot open " + path + ": no graphical application");
-    const QString local = path.replaced("\\", "/", VoString::CaseSensitive).toQString();
+    const QString local = Guarded([&] {
+        const fs::path absolute = fs::absolute(vo::detail::ToNative(VoFilePath::CreateUnchecked(VoString(path))));
+        return QString::fromStdU16String(absolute.generic_u16string());
+    });
     if (!QDesktopServices::openUrl(QUrl::fromLocalFile(local)))
         throw VoInvalidCallException("Cannot open " + path);
 }

@@ -43,15 +43,21 @@ public:
     VoFileType(Type type) noexcept;
     /// The type of a path: FromPath(path).
     explicit VoFileType(const VoFilePath& path);
+    /// Copies the type.
+    /// @{
     VoFileType(const VoFileType& other) noexcept;
     VoFileType& operator=(const VoFileType& other) noexcept;
+    /// @}
     virtual ~VoFileType();
 
-    operator Type() const noexcept { return m_type; }
+    operator Type() const noexcept { return m_type; } ///< The number.
+    /// Compares the numbers.
+    /// @{
     bool operator==(const VoFileType& other) const noexcept { return m_type == other.m_type; }
     bool operator==(Type type) const noexcept { return m_type == type; }
     bool operator!=(const VoFileType& other) const noexcept { return m_type != other.m_type; }
     bool operator!=(Type type) const noexcept { return m_type != type; }
+    /// @}
 
     /// The file extensions with their dots, in the order of the filter; none for Undefined and Directory.
     VoDeque<VoString> extensions() const;

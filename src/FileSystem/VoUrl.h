@@ -25,10 +25,13 @@ public:
     /// @}
     /// The fully encoded text of a Qt URL.
     VoUrl(const QUrl& url);
+    /// Copies and moves as a value; a moved-from one is null.
+    /// @{
     VoUrl(const VoUrl& other);
     VoUrl(VoUrl&& other) noexcept;
     VoUrl& operator=(const VoUrl& other);
     VoUrl& operator=(VoUrl&& other) noexcept;
+    /// @}
     ~VoUrl();
 
     /// The text.
@@ -67,7 +70,7 @@ public:
     static VoUrl Deserialize(const VoString& text);
     /// @}
 
-    /// @name Comparison of the texts, without regard to case
+    /// Comparison of the texts, without regard to case.
     /// @{
     friend bool operator==(const VoUrl& left, const VoUrl& right) { return left.m_text == right.m_text; }
     friend bool operator!=(const VoUrl& left, const VoUrl& right) { return left.m_text != right.m_text; }
