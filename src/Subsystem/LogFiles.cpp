@@ -39,11 +39,10 @@ std::vector<std::string> LogNames(const std::filesystem::path& directory)
     std::vector<std::string> names;
     std::error_code error;
     for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
-         entry.increment(error)) {
-        std::string name = entry->path().filename().string();
-        if (IsLogName(name))
-            names.push_back(std::move(name));
-    }
+         entry.increment(error))
+        names.push_back(entry->path().filename().string());
+    names.erase(std::remove_if(names.begin(), names.end(), [](const std::string& name) { return !IsLogName(name); }),
+                names.end());
     std::sort(names.begin(), names.end());
     return names;
 }
