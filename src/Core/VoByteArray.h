@@ -15,20 +15,20 @@ class VOCORE_EXPORT VoByteArray
 {
 public:
     VoByteArray() noexcept;
-    explicit VoByteArray(std::size_t size);            ///< @p size zero bytes.
-    VoByteArray(const char* bytes, std::size_t count); ///< A copy of @p count bytes.
-    VoByteArray(const VoByteArray& other);
-    VoByteArray(VoByteArray&& other) noexcept; ///< @p other is empty afterwards.
-    VoByteArray& operator=(const VoByteArray& other);
+    explicit VoByteArray(std::size_t size);               ///< @p size zero bytes.
+    VoByteArray(const char* bytes, std::size_t count);    ///< A copy of @p count bytes.
+    VoByteArray(const VoByteArray& other);                ///< Copies the bytes.
+    VoByteArray(VoByteArray&& other) noexcept;            ///< @p other is empty afterwards.
+    VoByteArray& operator=(const VoByteArray& other);     ///< Copies the bytes.
     VoByteArray& operator=(VoByteArray&& other) noexcept; ///< @p other is empty afterwards.
     ~VoByteArray();
 
     /// @name The bytes
     /// Null when nothing was ever allocated. They move when the array grows beyond allocatedSize().
     /// @{
-    char* data() noexcept;
-    const char* data() const noexcept;
-    const char* cdata() const noexcept;
+    char* data() noexcept;              ///< The bytes, to be changed.
+    const char* data() const noexcept;  ///< The bytes.
+    const char* cdata() const noexcept; ///< The bytes.
     /// @}
 
     std::size_t size() const noexcept;          ///< The number of bytes.

@@ -11,10 +11,10 @@
 class VOCORE_EXPORT VoByteBuffer
 {
 public:
-    explicit VoByteBuffer(std::size_t capacity);
-    VoByteBuffer(const VoByteBuffer& other);
-    VoByteBuffer(VoByteBuffer&& other) noexcept; ///< @p other is empty and of capacity 0 afterwards.
-    VoByteBuffer& operator=(const VoByteBuffer& other);
+    explicit VoByteBuffer(std::size_t capacity);            ///< Empty, for at most @p capacity bytes.
+    VoByteBuffer(const VoByteBuffer& other);                ///< Copies the bytes and the capacity.
+    VoByteBuffer(VoByteBuffer&& other) noexcept;            ///< @p other is empty and of capacity 0 afterwards.
+    VoByteBuffer& operator=(const VoByteBuffer& other);     ///< Copies the bytes and the capacity.
     VoByteBuffer& operator=(VoByteBuffer&& other) noexcept; ///< @p other is empty and of capacity 0 afterwards.
     ~VoByteBuffer();
 
@@ -25,13 +25,13 @@ public:
     /// Throws VoIOException when the stream cannot be read; the buffer is unchanged then.
     std::size_t grab(VoFileInputByteStream& stream);
 
-    bool isEmpty() const noexcept;
-    bool isFull() const noexcept;
+    bool isEmpty() const noexcept;         ///< Whether it holds nothing.
+    bool isFull() const noexcept;          ///< Whether it holds as much as it can.
     std::size_t size() const noexcept;     ///< The number of bytes held.
     std::size_t capactiy() const noexcept; ///< The largest number of bytes that can be held; the name is kept as it is.
 
-    char* data() noexcept;
-    const char* data() const noexcept;
+    char* data() noexcept;             ///< The bytes held, to be changed; null before the first.
+    const char* data() const noexcept; ///< The bytes held; null before the first.
 
     char& operator[](std::size_t index) noexcept;             ///< Unchecked.
     const char& operator[](std::size_t index) const noexcept; ///< Unchecked.

@@ -25,9 +25,9 @@ public:
     {
     }
 
-    VoDownloadSize(const VoDownloadSize& other);
-    VoDownloadSize(VoDownloadSize&& other) noexcept; ///< @p other is 0 afterwards.
-    VoDownloadSize& operator=(const VoDownloadSize& other);
+    VoDownloadSize(const VoDownloadSize& other);                ///< The same size.
+    VoDownloadSize(VoDownloadSize&& other) noexcept;            ///< @p other is 0 afterwards.
+    VoDownloadSize& operator=(const VoDownloadSize& other);     ///< The same size.
     VoDownloadSize& operator=(VoDownloadSize&& other) noexcept; ///< @p other is 0 afterwards.
     ~VoDownloadSize();
 
@@ -38,13 +38,14 @@ public:
     operator std::int64_t() const noexcept; ///< As bytes().
     operator VoString() const;              ///< As toString().
 
-    VoDownloadSize& operator+=(const VoDownloadSize& other);
+    VoDownloadSize& operator+=(const VoDownloadSize& other); ///< Becomes Sum() of both.
 
     /// @name Arithmetic with an unknown result where either size is unknown
     /// See also the operators `+` and `-`.
     /// @{
-    static VoDownloadSize Sum(const VoDownloadSize& a, const VoDownloadSize& b);
-    static VoDownloadSize Difference(const VoDownloadSize& a, const VoDownloadSize& b);
+    static VoDownloadSize Sum(const VoDownloadSize& a, const VoDownloadSize& b); ///< The bytes of both.
+    static VoDownloadSize Difference(const VoDownloadSize& a,
+                                     const VoDownloadSize& b); ///< The bytes of @p a without those of @p b.
     /// @}
 
     /// For people, with one decimal and decimal units: "999.0 B", "1.5 KB". The unit follows from the count, not from

@@ -24,19 +24,19 @@ public:
     double gigabytesPerSecond() const noexcept; ///< In 1000000000 bytes per second.
     double terabytesPerSecond() const noexcept; ///< In 1000000000000 bytes per second.
 
-    VoTransferRate& operator+=(const VoTransferRate& other) noexcept;
-    VoTransferRate& operator*=(double factor) noexcept;
-    VoTransferRate operator+(const VoTransferRate& other) const noexcept;
-    VoTransferRate operator*(double factor) const noexcept;
+    VoTransferRate& operator+=(const VoTransferRate& other) noexcept;     ///< Adds a rate.
+    VoTransferRate& operator*=(double factor) noexcept;                   ///< Multiplies.
+    VoTransferRate operator+(const VoTransferRate& other) const noexcept; ///< The rate of both together.
+    VoTransferRate operator*(double factor) const noexcept;               ///< This rate so many times.
 
     bool operator==(std::nullptr_t) const noexcept; ///< Whether nothing is transferred: the rate is 0.
     bool operator!=(std::nullptr_t) const noexcept; ///< Whether the rate is other than 0.
 
     /// @name Comparison
     /// @{
-    bool operator==(const VoTransferRate& other) const noexcept;
-    bool operator!=(const VoTransferRate& other) const noexcept;
-    bool operator<(const VoTransferRate& other) const noexcept;
+    bool operator==(const VoTransferRate& other) const noexcept; ///< Same rate.
+    bool operator!=(const VoTransferRate& other) const noexcept; ///< Other rate.
+    bool operator<(const VoTransferRate& other) const noexcept;  ///< Slower.
     /// @}
 
     /// For people, with one decimal and two blanks before the unit: "999.0  bytes/s", "12.5  kB/s", "2.0  MB/s".

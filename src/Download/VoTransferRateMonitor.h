@@ -14,9 +14,9 @@ class VOCORE_EXPORT VoTransferRateMonitor
 {
 public:
     VoTransferRateMonitor();
-    VoTransferRateMonitor(const VoTransferRateMonitor& other);
-    VoTransferRateMonitor(VoTransferRateMonitor&& other) noexcept; ///< @p other has no samples afterwards.
-    VoTransferRateMonitor& operator=(const VoTransferRateMonitor& other);
+    VoTransferRateMonitor(const VoTransferRateMonitor& other);                ///< Copies the samples.
+    VoTransferRateMonitor(VoTransferRateMonitor&& other) noexcept;            ///< @p other has no samples afterwards.
+    VoTransferRateMonitor& operator=(const VoTransferRateMonitor& other);     ///< Copies the samples.
     VoTransferRateMonitor& operator=(VoTransferRateMonitor&& other) noexcept; ///< @p other has no samples afterwards.
     ~VoTransferRateMonitor();
 

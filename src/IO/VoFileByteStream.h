@@ -11,9 +11,10 @@
 class VOCORE_EXPORT VoFileInputByteStream
 {
 public:
-    explicit VoFileInputByteStream(const VoFilePath& path);
-    VoFileInputByteStream(VoFileInputByteStream&& other) noexcept;
-    VoFileInputByteStream& operator=(VoFileInputByteStream&& other) noexcept;
+    explicit VoFileInputByteStream(
+        const VoFilePath& path); ///< Opens the file; VoPathSizeFileException when the path is too long.
+    VoFileInputByteStream(VoFileInputByteStream&& other) noexcept;            ///< @p other is not open afterwards.
+    VoFileInputByteStream& operator=(VoFileInputByteStream&& other) noexcept; ///< @p other is not open afterwards.
     ~VoFileInputByteStream();
 
     bool isOpen() const noexcept; ///< Whether the file could be opened.
@@ -36,9 +37,10 @@ private:
 class VOCORE_EXPORT VoFileOutputByteStream
 {
 public:
-    explicit VoFileOutputByteStream(const VoFilePath& path);
-    VoFileOutputByteStream(VoFileOutputByteStream&& other) noexcept;
-    VoFileOutputByteStream& operator=(VoFileOutputByteStream&& other) noexcept;
+    explicit VoFileOutputByteStream(
+        const VoFilePath& path); ///< Opens the file; VoPathSizeFileException when the path is too long.
+    VoFileOutputByteStream(VoFileOutputByteStream&& other) noexcept;            ///< @p other is not open afterwards.
+    VoFileOutputByteStream& operator=(VoFileOutputByteStream&& other) noexcept; ///< @p other is not open afterwards.
     ~VoFileOutputByteStream();
 
     bool isOpen() const noexcept; ///< Whether the file could be opened and has not been closed.

@@ -20,10 +20,10 @@
 class VOCORE_EXPORT VoFileDevice : public VoIODevice
 {
 public:
-    VoFileDevice(); ///< Without a path: open() fails.
-    explicit VoFileDevice(const VoFilePath& path);
-    explicit VoFileDevice(const VoString& path);
-    explicit VoFileDevice(const char* path);
+    VoFileDevice();                                ///< Without a path: open() fails.
+    explicit VoFileDevice(const VoFilePath& path); ///< On the file of a path; does not open it.
+    explicit VoFileDevice(const VoString& path);   ///< On the file of a path; does not open it.
+    explicit VoFileDevice(const char* path);       ///< On the file of a path; does not open it.
 
     /// The open file goes along; @p other is Closed afterwards, with an empty path. @{
     VoFileDevice(VoFileDevice&& other) noexcept;

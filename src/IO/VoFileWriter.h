@@ -17,11 +17,12 @@ public:
     explicit VoFileWriter(const VoTemporaryFile& file);
     /// @}
 
-    VoFileWriter(VoFileWriter&& other) noexcept;
-    VoFileWriter& operator=(VoFileWriter&& other) noexcept;
-    ~VoFileWriter(); ///< Closes and keeps silent about failures.
+    VoFileWriter(VoFileWriter&& other) noexcept;            ///< @p other has no device afterwards.
+    VoFileWriter& operator=(VoFileWriter&& other) noexcept; ///< @p other has no device afterwards.
+    ~VoFileWriter();                                        ///< Closes and keeps silent about failures.
 
-    /// The open device; it stays the writer's.
+    /// The open device; it stays the writer's. Throws VoNullPointerException("VoFileWriter has no device") on a writer
+    /// that was moved from.
     QIODevice& device();
 
     /// Writes what is buffered and closes. Throws what failed since the file was opened, usually VoIOException("Error

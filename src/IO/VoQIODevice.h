@@ -23,7 +23,7 @@ class VoIODevice;
 class VOCORE_EXPORT VoQIODevice : public QIODevice
 {
 public:
-    explicit VoQIODevice(VoIODevice& device);
+    explicit VoQIODevice(VoIODevice& device); ///< Presents @p device; opens nothing.
     ~VoQIODevice() override;
 
     /// Opens the adapter and, unless it is open, the device: ReadOnly as Read, WriteOnly (with or without Truncate) as
@@ -45,8 +45,8 @@ public:
     void rethrow() const;
 
 protected:
-    qint64 readData(char* data, qint64 maximumSize) override;
-    qint64 writeData(const char* data, qint64 size) override;
+    qint64 readData(char* data, qint64 maximumSize) override; ///< Reads from the device.
+    qint64 writeData(const char* data, qint64 size) override; ///< Gathers bytes for the device.
 
 private:
     struct Private;

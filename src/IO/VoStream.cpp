@@ -136,6 +136,7 @@ struct VoFileInputStream::Private
 VoFileInputStream::VoFileInputStream(const VoFilePath& path)
     : m_private(std::make_unique<Private>())
 {
+    vo::detail::RequireValidLength(path);
     m_private->stream.open(vo::detail::ToNative(path), std::ios_base::in | std::ios_base::binary);
 }
 

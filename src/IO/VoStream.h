@@ -76,7 +76,8 @@ protected:
 class VOCORE_EXPORT VoFileInputStream : public VoInputStream
 {
 public:
-    explicit VoFileInputStream(const VoFilePath& path);
+    explicit VoFileInputStream(
+        const VoFilePath& path); ///< Opens the file; VoPathSizeFileException when the path is too long.
     ~VoFileInputStream() override;
 
     std::istream& stream() override;
@@ -94,7 +95,7 @@ private:
 class VOCORE_EXPORT VoStringInputStream : public VoInputStream
 {
 public:
-    explicit VoStringInputStream(const VoString& text);
+    explicit VoStringInputStream(const VoString& text); ///< Reads a copy of @p text.
     ~VoStringInputStream() override;
 
     std::istream& stream() override;
@@ -113,7 +114,8 @@ private:
 class VOCORE_EXPORT VoFileOutputStream : public VoOutputStream
 {
 public:
-    explicit VoFileOutputStream(const VoFilePath& path);
+    explicit VoFileOutputStream(
+        const VoFilePath& path); ///< Opens the file; VoPathSizeFileException when the path is too long.
     ~VoFileOutputStream() override;
 
     std::ostream& stream() override;

@@ -13,10 +13,10 @@
 class VOCORE_EXPORT VoStringDevice : public VoIODevice
 {
 public:
-    VoStringDevice(); ///< With empty content.
-    explicit VoStringDevice(const VoString& content);
-    explicit VoStringDevice(VoString&& content);
-    explicit VoStringDevice(const char* content);
+    VoStringDevice();                                 ///< With empty content.
+    explicit VoStringDevice(const VoString& content); ///< With the given content.
+    explicit VoStringDevice(VoString&& content);      ///< With the given content.
+    explicit VoStringDevice(const char* content);     ///< With the given content.
     ~VoStringDevice() override;
 
     const VoString& content() const; ///< The whole content, whether the device is open or not.

@@ -16,6 +16,7 @@
 /// A count of nanoseconds.
 struct VoNanoseconds
 {
+    /// So many.
     constexpr explicit VoNanoseconds(std::int64_t count) noexcept
         : value(count)
     {
@@ -26,6 +27,7 @@ struct VoNanoseconds
 /// A count of microseconds.
 struct VoMicroseconds
 {
+    /// So many.
     constexpr explicit VoMicroseconds(std::int64_t count) noexcept
         : value(count)
     {
@@ -36,6 +38,7 @@ struct VoMicroseconds
 /// A count of milliseconds.
 struct VoMilliseconds
 {
+    /// So many.
     constexpr explicit VoMilliseconds(std::int64_t count) noexcept
         : value(count)
     {
@@ -46,6 +49,7 @@ struct VoMilliseconds
 /// A count of seconds.
 struct VoSeconds
 {
+    /// So many.
     constexpr explicit VoSeconds(std::int64_t count) noexcept
         : value(count)
     {
@@ -56,6 +60,7 @@ struct VoSeconds
 /// A count of minutes.
 struct VoMinutes
 {
+    /// So many.
     constexpr explicit VoMinutes(std::int32_t count) noexcept
         : value(count)
     {
@@ -66,6 +71,7 @@ struct VoMinutes
 /// A count of hours.
 struct VoHours
 {
+    /// So many.
     constexpr explicit VoHours(std::int32_t count) noexcept
         : value(count)
     {
@@ -163,7 +169,7 @@ public:
     friend constexpr VoTimeDuration operator-(VoTimeDuration a, VoTimeDuration b) { return a -= b; }
     /// @}
 
-    /// @name Comparison
+    /// Comparison of the nanoseconds.
     /// @{
     friend constexpr bool operator==(VoTimeDuration a, VoTimeDuration b) noexcept { return a.m_count == b.m_count; }
     friend constexpr bool operator!=(VoTimeDuration a, VoTimeDuration b) noexcept { return a.m_count != b.m_count; }
@@ -200,13 +206,13 @@ private:
 /// Writes toString().
 VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, VoTimeDuration duration);
 
-/// Hashes by content.
+/// @cond INTERNAL
 template <>
 struct std::hash<VoTimeDuration>
 {
-    /// The hash of the count.
     std::size_t operator()(VoTimeDuration duration) const noexcept
     {
         return std::hash<std::int64_t>()(duration.count());
     }
 };
+/// @endcond

@@ -40,7 +40,7 @@ public:
     friend constexpr VoTimeDuration operator-(VoTimePoint a, VoTimePoint b) { return a.m_sinceEpoch - b.m_sinceEpoch; }
     /// @}
 
-    /// @name Comparison
+    /// Comparison of the nanoseconds.
     /// @{
     friend constexpr bool operator==(VoTimePoint a, VoTimePoint b) noexcept { return a.m_sinceEpoch == b.m_sinceEpoch; }
     friend constexpr bool operator!=(VoTimePoint a, VoTimePoint b) noexcept { return a.m_sinceEpoch != b.m_sinceEpoch; }
@@ -67,13 +67,13 @@ private:
 /// Writes toString().
 VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, VoTimePoint point);
 
-/// Hashes by content.
+/// @cond INTERNAL
 template <>
 struct std::hash<VoTimePoint>
 {
-    /// The hash of the time since the epoch.
     std::size_t operator()(VoTimePoint point) const noexcept
     {
         return std::hash<VoTimeDuration>()(point.timeSinceEpoch());
     }
 };
+/// @endcond
