@@ -17,11 +17,12 @@ struct TargetFile;
 /// Installs a release over the one that is installed, if any, writing only the files that differ.
 ///
 /// Files that differ are those that the two listings tell apart, and the unchanged ones that are missing on disk, have
-/// another size, or were installed elsewhere; contents are not read to decide this. All new files are first built
-/// beside their places (path + ".vonew") and checked, then all are renamed into place, then files that the release no
-/// longer has are deleted, and recorded directories left empty by this with them. What the run is about to create is
-/// noted on disk first, so that a process killed at any moment leaves nothing that the next installation or
-/// uninstallation of the package does not find.
+/// another size, or were installed elsewhere; contents are read only of files that an interrupted run was replacing.
+///
+/// All new files are first built beside their places (path + ".vonew") and checked, then all are renamed into place,
+/// then files that the release no longer has are deleted, and recorded directories left empty by this with them. What
+/// the run is about to create is noted on disk first, so that a process killed at any moment leaves nothing that the
+/// next installation or uninstallation of the package does not find.
 class VOCORE_EXPORT PackageInstaller : public AbstractPackageInstaller
 {
 public:

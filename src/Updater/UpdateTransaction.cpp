@@ -74,6 +74,7 @@ void UpdateTransaction::begin()
         std::any_of(m_targets.begin(), m_targets.end(), [](const TargetFile& target) { return target.isWritten; });
     if (!isWriting && m_removals.isEmpty() && m_missing.isEmpty() && !m_interrupted)
         return;
+    m_hasNoted = true;
     writeJournal();
     clearTheWay();
     for (const VoDirectoryPath& directory : m_missing)
@@ -97,13 +98,16 @@ void UpdateTransaction::commit(const std::function<void(const TargetFile&)>& onP
     syncDirectories();
 }
 
+// The notes are kept when an old file may have a new content, by this run or by an interrupted one before it: they tell
+// which ones must not be trusted.
 void UpdateTransaction::rollBack() noexcept
 {
+    if (!m_hasNoted)
+        return;
     try {
-        bool isUndone = false;
-        if (const VoUniquePtr<InstalledPackageListing> notes = m_journal.read())
-            isUndone = RollBack(*notes, m_installed) && !m_hasPlaced;
-        if (isUndone)
+        const VoUniquePtr<InstalledPackageListing> notes = m_journal.read();
+        const bool isUndone = !notes || RollBack(*notes, m_installed);
+        if (isUndone && !m_hasPlaced && !m_interrupted)
             m_journal.remove();
     } catch (...) {
         Log().error("Cannot undo the installation: " + CurrentExceptionText());
@@ -277,13 +281,21 @@ void UpdateTransaction::writeJournal() const
             ownBefore.insert(Key(file.path()));
     }
     InstalledPackageListing notes(m_advert, m_directory);
+    PathSet written;
     for (const TargetFile& target : m_targets) {
         if (!target.isWritten)
             continue;
         const std::string key = Key(target.place);
+        written.insert(key);
         const bool isOwn = m_absent.count(key) > 0 || ownBefore.count(key) > 0;
         notes.add(isOwn ? target.place : BuiltPath(target.place), target.file->id(), target.file->checksum(),
                   target.file->size());
+    }
+    if (m_interrupted) {
+        for (const std::string& place : NotedPlaces(*m_interrupted)) {
+            if (written.count(place) == 0)
+                notes.add(BuiltPath(VoFilePath::CreateUnchecked(VoString(place.c_str()))), VoUUID(""), VoChecksum(), 0);
+        }
     }
     for (const VoDirectoryPath& directory : m_created)
         notes.add(directory);

@@ -103,6 +103,7 @@ private:
     VoDeque<VoDirectoryPath> m_missing;    // directories to make, outermost first
     VoDeque<VoDirectoryPath> m_created;    // directories to record as made by this run or an interrupted one
     PathSet m_pruned;                      // recorded directories that are gone
+    bool m_hasNoted = false;               // the journal has what this run creates
     bool m_hasPlaced = false;              // old files have new contents; the notes tell which may
 };
 
