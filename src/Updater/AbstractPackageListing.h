@@ -7,6 +7,8 @@
 #include <Updater/AbstractPackage.h>
 #include <Updater/PackageDifferences.h>
 
+#include <vector>
+
 namespace vo::updater {
 
 /// A release together with its files, advertised or installed, that can be compared with another release of the same
@@ -34,6 +36,10 @@ protected:
     AbstractPackageListing(const VoUUID& packageID, const VoUUID& versionID, const VoString& name,
                            const VoVersion& version);
     explicit AbstractPackageListing(VoXMLStreamElementLoader& element);
+
+    /// The files themselves, in their order, for comparing without a copy of each ID and a look-up. The default asks
+    /// fileIDs() and file().
+    virtual std::vector<const AbstractFileListing*> listedFiles() const;
 
     /// @{ Copies are deep; a moved-from listing reads as empty.
     AbstractPackageListing(const AbstractPackageListing& other);

@@ -140,4 +140,9 @@ void AdvertisedPackageListing::writeElements(VoXMLElementWriter& element) const
     WriteContainer(element, tag::chunks, tag::chunk, chunks());
 }
 
+std::vector<const AbstractFileListing*> AdvertisedPackageListing::listedFiles() const
+{
+    return Read(m_private).files.pointers<AbstractFileListing>();
+}
+
 } // namespace vo::updater

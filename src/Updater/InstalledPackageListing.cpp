@@ -154,4 +154,9 @@ void InstalledPackageListing::writeElements(VoXMLElementWriter& element) const
         container->createElement(tag::path)->writeText(VoDirectoryPath::Serialize(directory));
 }
 
+std::vector<const AbstractFileListing*> InstalledPackageListing::listedFiles() const
+{
+    return Read(m_private).files.pointers<AbstractFileListing>();
+}
+
 } // namespace vo::updater

@@ -59,6 +59,9 @@ public:
     void writeAttributes(VoXMLElementWriter& element) const override;
     void writeElements(VoXMLElementWriter& element) const override;
 
+protected:
+    std::vector<const AbstractFileListing*> listedFiles() const override;
+
 private:
     struct Private;
     std::unique_ptr<Private> m_private; // empty in a moved-from object

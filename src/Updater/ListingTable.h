@@ -4,7 +4,10 @@
 #include <Core/VoUUID.h>
 
 #include <cstddef>
+#include <string>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace vo::updater::detail {
 
@@ -17,13 +20,13 @@ public:
 
     void add(T item)
     {
-        m_positions.emplace(item.id(), m_items.size());
+        m_positions.emplace(item.id().toString().toStdString(), m_items.size());
         m_items.pushBack(std::move(item));
     }
 
     const T* find(const VoUUID& id) const
     {
-        const auto position = m_positions.find(id);
+        const auto position = m_positions.find(id.toString().toStdString());
         return position == m_positions.end() ? nullptr : &m_items[position->second];
     }
 
@@ -35,9 +38,19 @@ public:
         return result;
     }
 
+    template <typename Base>
+    std::vector<const Base*> pointers() const
+    {
+        std::vector<const Base*> result;
+        result.reserve(m_items.size());
+        for (const T& item : m_items)
+            result.push_back(&item);
+        return result;
+    }
+
 private:
     VoDeque<T> m_items;
-    std::unordered_map<VoUUID, std::size_t> m_positions;
+    std::unordered_map<std::string, std::size_t> m_positions; // by the exact text of the ID; its hashes are kept
 };
 
 } // namespace vo::updater::detail

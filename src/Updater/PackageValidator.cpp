@@ -16,6 +16,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace vo::updater::detail {
@@ -30,11 +31,16 @@ bool IsControl(char c)
     return byte < 0x20 || byte == 0x7F;
 }
 
+bool IsASCII(const std::string& text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 // Whether the text comes back from XML as it is: UTF-8 without the two code points that XML excludes. (Control
 // characters are refused by all callers anyway.)
 bool SurvivesXML(const std::string& text)
 {
-    if (std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+    if (IsASCII(text))
         return true;
     const QString decoded = QString::fromUtf8(text.data(), static_cast<int>(text.size()));
     if (decoded.contains(QChar(0xFFFE)) || decoded.contains(QChar(0xFFFF)))
@@ -43,12 +49,19 @@ bool SurvivesXML(const std::string& text)
     return std::string_view(encoded.constData(), static_cast<std::size_t>(encoded.size())) == text;
 }
 
-bool IsSafePath(const VoFilePath& path)
+// Reading a path from a document normalises it: one with a blank in front or a "/" would become another name.
+bool IsNormalised(const VoFilePath& path)
 {
     const std::string& text = path.path().toStdString();
-    // A name with blanks in front is refused too: reading it from a document would trim it to another name.
-    return vo::detail::SafeRelativePath(path) && SurvivesXML(text) &&
-           VoFilePath(path.path()).path().toStdString() == text;
+    const bool plainStart = !text.empty() && text[0] > ' ' && text[0] < 0x7F;
+    if (plainStart && text.find('/') == std::string::npos)
+        return true; // the other rules of normalisation concern what SafeRelativePath refuses
+    return VoFilePath(path.path()).path().toStdString() == text;
+}
+
+bool IsSafePath(const VoFilePath& path)
+{
+    return vo::detail::SafeRelativePath(path) && SurvivesXML(path.path().toStdString()) && IsNormalised(path);
 }
 
 void RequireSafePath(const VoFilePath& path, const char* message)
@@ -75,28 +88,34 @@ void Require(bool sound, const char* what, const VoString& item)
         Refuse(what + item);
 }
 
-using ChunkIDs = std::unordered_set<VoUUID>;
+// Views of texts in the listing that is being checked.
+using IDs = std::unordered_set<std::string_view>;
 
-ChunkIDs ValidateChunks(const VoDeque<ChunkListing>& chunks)
+std::string_view Key(const VoUUID& id)
 {
-    ChunkIDs ids;
+    return id.toString().toStdString();
+}
+
+IDs ValidateChunks(const VoDeque<ChunkListing>& chunks)
+{
+    IDs ids;
     std::unordered_set<std::string> names;
     for (const ChunkListing& chunk : chunks) {
         RequireSafeIdentifier(chunk.id());
         RequireSafeChunkPath(chunk.path());
         Require(names.insert(FoldedName(chunk.id()).toStdString()).second, "duplicate chunk ", chunk.id());
         Require(static_cast<std::int64_t>(chunk.size()) >= 0, "negative size of chunk ", chunk.id());
-        ids.insert(chunk.id());
+        ids.insert(Key(chunk.id()));
     }
     return ids;
 }
 
-void ValidatePieces(const AdvertisedFileListing& file, const ChunkIDs& chunks)
+void ValidatePieces(const AdvertisedFileListing& file, const IDs& chunks)
 {
     constexpr std::uint64_t most = INT64_MAX;
     std::uint64_t sum = 0;
     for (const ChunkReferenceListing& piece : file.chunks()) {
-        Require(chunks.count(piece.chunkID()) != 0, "unknown chunk referenced by ", file.target());
+        Require(chunks.count(Key(piece.chunkID())) != 0, "unknown chunk referenced by ", file.target());
         Require(piece.length() <= most && piece.offset() <= most - piece.length(), "piece out of range in ",
                 file.target());
         Require(piece.length() <= most - sum, "piece out of range in ", file.target());
@@ -169,6 +188,12 @@ void RequireSafeDefinitionPath(const VoFilePath& path)
 VoString FoldedName(const VoString& text)
 {
     const std::string& bytes = text.toStdString();
+    if (IsASCII(bytes)) {
+        std::string folded = bytes;
+        for (char& c : folded)
+            c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        return VoString(std::move(folded));
+    }
     return VoString(QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size())).toCaseFolded());
 }
 
@@ -176,13 +201,13 @@ void ValidatePackage(const AdvertisedPackageListing& package)
 {
     RequireSafeIdentifier(package.packageID());
     RequireShowableIdentifier(package.versionID());
-    const ChunkIDs chunks = ValidateChunks(package.chunks());
+    const IDs chunks = ValidateChunks(package.chunks());
 
-    std::unordered_set<VoUUID> ids;
+    IDs ids;
     for (const AdvertisedFileListing& file : package.files()) {
         RequireShowableIdentifier(file.id());
         RequireSafeTarget(file.target());
-        Require(ids.insert(file.id()).second, "duplicate file ", file.id());
+        Require(ids.insert(Key(file.id())).second, "duplicate file ", file.id());
         ValidatePieces(file, chunks);
     }
     RequireDistinctTargets(package.files());

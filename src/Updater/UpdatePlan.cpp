@@ -1,12 +1,14 @@
 #include <Updater/UpdatePlan.h>
 
+#include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Download/VoDownloadSize.h>
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
 #include <unordered_map>
-#include <unordered_set>
+#include <utility>
 
 namespace vo::updater::detail {
 
@@ -35,32 +37,49 @@ void Append(UpdatePlan& plan, const FileDifference& difference, const VoFilePath
     bytes = SaturatedSum(bytes, Bytes(size));
 }
 
-// How often the added and modified files refer to each chunk.
-using References = std::unordered_map<VoUUID, std::uint64_t>;
+// Numbers by chunk ID. The views are of IDs in the listings that are being planned.
+using ChunkNumbers = std::unordered_map<std::string_view, std::uint64_t>;
 
-References CountReferences(const PackageDifferences& differences, const AdvertisedPackageListing& advertised)
+std::string_view Key(const VoUUID& id)
 {
-    References references;
+    return id.toString().toStdString();
+}
+
+// How often the added and modified files refer to each chunk.
+ChunkNumbers CountReferences(const PackageDifferences& differences, const AdvertisedPackageListing& advertised)
+{
+    ChunkNumbers references;
     for (const FileDifference& difference : differences.fileDifferences()) {
         const AdvertisedFileListing* file = IsWritten(difference) ? advertised.file(difference.fileID()) : nullptr;
         if (!file)
             continue;
         for (const ChunkReferenceListing& piece : file->chunks())
-            ++references[piece.chunkID()];
+            ++references[Key(piece.chunkID())];
     }
     return references;
 }
 
-std::unordered_map<VoUUID, std::uint64_t> Extents(const AdvertisedPackageListing& advertised)
+ChunkNumbers Extents(const AdvertisedPackageListing& advertised)
 {
-    std::unordered_map<VoUUID, std::uint64_t> extents;
+    ChunkNumbers extents;
     for (const AdvertisedFileListing& file : advertised.files()) {
         for (const ChunkReferenceListing& piece : file.chunks()) {
-            std::uint64_t& extent = extents[piece.chunkID()];
+            std::uint64_t& extent = extents[Key(piece.chunkID())];
             extent = std::max(extent, SaturatedSum(piece.offset(), piece.length()));
         }
     }
     return extents;
+}
+
+// In the order of the advert, each once also when the advert lists it twice.
+VoDeque<ChunkListing> ReferredChunks(const AdvertisedPackageListing& advertised, ChunkNumbers references)
+{
+    VoDeque<ChunkListing> chunks;
+    for (const ChunkListing& chunk : advertised.chunks()) {
+        if (references.erase(Key(chunk.id())) != 0)
+            chunks.pushBack(chunk);
+    }
+    return chunks;
 }
 
 void PlanFiles(UpdatePlan& plan, const PackageDifferences& differences, const InstalledPackageListing* installed,
@@ -92,14 +111,7 @@ PackageDifferences Differences(const InstalledPackageListing* installed, const A
 
 VoDeque<ChunkListing> RequiredChunks(const PackageDifferences& differences, const AdvertisedPackageListing& advertised)
 {
-    References references = CountReferences(differences, advertised);
-    VoDeque<ChunkListing> required;
-    for (const ChunkListing& chunk : advertised.chunks()) {
-        // Erased when found, so that a chunk listed twice is taken once.
-        if (references.erase(chunk.id()) != 0)
-            required.pushBack(chunk);
-    }
-    return required;
+    return ReferredChunks(advertised, CountReferences(differences, advertised));
 }
 
 UpdatePlan PlanUpdate(const InstalledPackageListing* installed, const AdvertisedPackageListing& advertised)
@@ -113,10 +125,10 @@ UpdatePlan PlanUpdate(const PackageDifferences& differences, const InstalledPack
     UpdatePlan plan;
     PlanFiles(plan, differences, installed, advertised);
 
-    const References references = CountReferences(differences, advertised);
-    const auto extents = Extents(advertised);
-    for (const ChunkListing& chunk : RequiredChunks(differences, advertised)) {
-        plan.chunks.pushBack({chunk, references.at(chunk.id()), extents.at(chunk.id())});
+    const ChunkNumbers references = CountReferences(differences, advertised);
+    const ChunkNumbers extents = Extents(advertised);
+    for (const ChunkListing& chunk : ReferredChunks(advertised, references)) {
+        plan.chunks.pushBack({chunk, references.at(Key(chunk.id())), extents.at(Key(chunk.id()))});
         plan.bytesToTransfer = SaturatedSum(plan.bytesToTransfer, Bytes(chunk.size()));
     }
     return plan;
