@@ -67,7 +67,9 @@ public:
     const VoUUID& versionID() const; ///< The release concerned.
 
 protected:
+    /// Without a text.
     AbstractUpdateMessage(const VoUUID& packageID, const VoUUID& versionID);
+    /// With a text.
     AbstractUpdateMessage(const VoString& message, const VoUUID& packageID, const VoUUID& versionID);
 
 private:
@@ -85,6 +87,7 @@ public:
     const VoUUID& packageID() const; ///< The package concerned.
 
 protected:
+    /// About a package.
     explicit AbstractUninstallMessage(const VoUUID& packageID);
 
 private:
@@ -97,7 +100,9 @@ template <int N>
 class VOCORE_EXPORT BasicUpdateMessage : public AbstractUpdateMessage
 {
 public:
+    /// Without a text.
     BasicUpdateMessage(const VoUUID& packageID, const VoUUID& versionID);
+    /// With a text.
     BasicUpdateMessage(const VoString& message, const VoUUID& packageID, const VoUUID& versionID);
     ~BasicUpdateMessage() override;
 
@@ -110,6 +115,7 @@ template <int N>
 class VOCORE_EXPORT BasicUninstallMessage : public AbstractUninstallMessage
 {
 public:
+    /// About a package.
     explicit BasicUninstallMessage(const VoUUID& packageID);
     ~BasicUninstallMessage() override;
 
@@ -136,8 +142,10 @@ extern template class BasicUninstallMessage<10>;
 class VOCORE_EXPORT DownloadProgressMessage : public AbstractUpdateMessage
 {
 public:
+    /// So many bytes downloaded of so many, at a rate.
     DownloadProgressMessage(const VoDownloadSize& processed, const VoDownloadSize& total, const VoTransferRate& rate,
                             const VoUUID& packageID, const VoUUID& versionID);
+    /// The same figures as one value.
     DownloadProgressMessage(const VoDownloadProgress& progress, const VoUUID& packageID, const VoUUID& versionID);
     ~DownloadProgressMessage() override;
 
@@ -156,6 +164,7 @@ private:
 class VOCORE_EXPORT InstallationProgressMessage : public AbstractUpdateMessage
 {
 public:
+    /// So many files done of so many.
     InstallationProgressMessage(const VoDownloadSize& processed, const VoDownloadSize& total, const VoUUID& packageID,
                                 const VoUUID& versionID);
     ~InstallationProgressMessage() override;
@@ -173,8 +182,10 @@ private:
 class VOCORE_EXPORT VerificationProgressMessage : public AbstractUpdateMessage
 {
 public:
+    /// So many files checked of so many.
     VerificationProgressMessage(std::uint64_t processed, std::uint64_t total, const VoUUID& packageID,
                                 const VoUUID& versionID);
+    /// The same, with a text.
     VerificationProgressMessage(const VoString& message, std::uint64_t processed, std::uint64_t total,
                                 const VoUUID& packageID, const VoUUID& versionID);
     ~VerificationProgressMessage() override;
@@ -192,6 +203,7 @@ private:
 class VOCORE_EXPORT UninstallProgressMessage : public AbstractUninstallMessage
 {
 public:
+    /// So many files done of so many.
     UninstallProgressMessage(std::uint64_t processed, std::uint64_t total, const VoUUID& packageID);
     ~UninstallProgressMessage() override;
 
@@ -208,6 +220,7 @@ private:
 class VOCORE_EXPORT UninstallFailedMessage : public AbstractUninstallMessage
 {
 public:
+    /// With the reason.
     UninstallFailedMessage(const VoString& message, const VoUUID& packageID);
     ~UninstallFailedMessage() override;
 
@@ -222,7 +235,7 @@ private:
 class VOCORE_EXPORT PackagesUpdatedMessage : public AbstractMessage
 {
 public:
-    PackagesUpdatedMessage();
+    PackagesUpdatedMessage(); ///< Carries nothing.
     ~PackagesUpdatedMessage() override;
 
     Type type() const override; ///< PackagesUpdated

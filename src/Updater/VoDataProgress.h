@@ -13,6 +13,7 @@ class VOCORE_EXPORT VoDataProgress
 public:
     /// Nothing of nothing.
     VoDataProgress();
+    /// So much done of so much; the total may be unknown.
     VoDataProgress(const VoDownloadSize& processed, const VoDownloadSize& total);
 
     const VoDownloadSize& processed() const; ///< What is done.
@@ -29,6 +30,7 @@ class VOCORE_EXPORT VoDownloadProgress : public VoDataProgress
 public:
     /// Nothing of nothing, at no rate.
     VoDownloadProgress();
+    /// So many bytes done of so many, at a rate; the total may be unknown.
     VoDownloadProgress(const VoDownloadSize& processed, const VoDownloadSize& total, const VoTransferRate& rate);
 
     const VoTransferRate& transferRate() const; ///< Bytes per second, smoothed.
@@ -45,6 +47,7 @@ class VOCORE_EXPORT VoUninstallProgress
 public:
     /// None of none.
     VoUninstallProgress() = default;
+    /// So many files done of so many.
     VoUninstallProgress(std::uint64_t processed, std::uint64_t total);
 
     std::uint64_t processed() const; ///< Files done.
