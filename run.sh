@@ -167,7 +167,7 @@ same_tree "$new" "$app"
 # ---- uninstall
 
 step "Uninstall beside a foreign file"
-foreign=$(dirname "$app/${files[-1]}")/foreign.txt
+foreign=$(dirname "$app/${files[-1]#./}")/foreign.txt
 printf 'not of the package\n' >"$foreign"
 expect 0 uninstall "$package"
 equal "what is left" "$(find "$app" -type f)" "$foreign"

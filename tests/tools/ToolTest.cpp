@@ -413,7 +413,7 @@ void interrupt(QProcess& process)
 
 TEST_F(Tool, controlCStopsAnInstallationThatTheSameCommandThenFinishes)
 {
-    publishTwo(600);
+    publishTwo(400);
     const std::string command = "install @pub/declarations.xml --to @app";
     const Outcome stopped = voUntil(command + " -v", 20, interrupt);
     EXPECT_EQ(stopped.code, 5) << stopped.err.substr(stopped.err.size() -
@@ -431,7 +431,7 @@ TEST_F(Tool, controlCStopsAnInstallationThatTheSameCommandThenFinishes)
 
 TEST_F(Tool, controlCStopsAPublicationAndNothingShows)
 {
-    fillSource("one", 800);
+    fillSource("one", 600);
     const std::string command = "publish @one --to @pub/declarations.xml --name Examples --release 1.0.0";
     EXPECT_EQ(voUntil(command + " -v", 5, interrupt).code, 5);
     EXPECT_FALSE(exists("pub"));
@@ -440,7 +440,7 @@ TEST_F(Tool, controlCStopsAPublicationAndNothingShows)
 
 TEST_F(Tool, anInstallationKilledAnywhereIsCompletedByTheSameCommand)
 {
-    publishTwo(400);
+    publishTwo(300);
     const std::string old = "install @pub/declarations.xml --release 1.0.0 --to @app";
     const std::string update = "install @pub/declarations.xml --to @app";
     ASSERT_EQ(vo(old).code, 0);
@@ -450,7 +450,7 @@ TEST_F(Tool, anInstallationKilledAnywhereIsCompletedByTheSameCommand)
     EXPECT_EQ(cleanApp, tree("two"));
 
     int killed = 0;
-    for (const int lines : {1, 10, 60, 200, 400}) {
+    for (const int lines : {1, 60, 300}) {
         for (const bool updating : {false, true}) {
             remove("app");
             remove("data");
@@ -469,7 +469,7 @@ TEST_F(Tool, anInstallationKilledAnywhereIsCompletedByTheSameCommand)
             EXPECT_TRUE(tree("data/updates") == cleanRecords) << "killed after " << lines << " lines";
         }
     }
-    EXPECT_GE(killed, 5) << "most of the runs were to be killed";
+    EXPECT_GE(killed, 3) << "most of the runs were to be killed";
 }
 
 #endif
