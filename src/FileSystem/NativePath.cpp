@@ -97,8 +97,7 @@ bool IsInsideCanonical(const VoDirectoryPath& directory, const VoFilePath& path)
     const std::filesystem::path inner = std::filesystem::weakly_canonical(ToNative(path), error);
     if (error)
         return false;
-    const auto [outerEnd, innerEnd] = std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end());
-    return outerEnd == outer.end() || (outerEnd->empty() && std::next(outerEnd) == outer.end());
+    return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
 }
 
 } // namespace vo::detail
