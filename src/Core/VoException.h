@@ -27,8 +27,8 @@ public:
 
 protected:
     VoExceptionInterface() = default;
-    VoExceptionInterface(const VoExceptionInterface&) = default;
-    VoExceptionInterface& operator=(const VoExceptionInterface&) = default;
+    VoExceptionInterface(const VoExceptionInterface&) = default;            ///< For subclasses, which copy the message.
+    VoExceptionInterface& operator=(const VoExceptionInterface&) = default; ///< For subclasses, which copy the message.
 };
 
 /// An error with a message. Abstract: only its subclasses have a name() and are thrown.

@@ -10,6 +10,6 @@ public:
 
 protected:
     VoObject() = default;
-    VoObject(const VoObject&) = default;
-    VoObject& operator=(const VoObject&) = default;
+    VoObject(const VoObject&) = default;            ///< For subclasses: there is nothing to copy here.
+    VoObject& operator=(const VoObject&) = default; ///< For subclasses: there is nothing to copy here.
 };

@@ -22,7 +22,7 @@
 /// variables. Keywords are read in any case and in their usual short forms; names count with their case.
 struct VOCORE_EXPORT VoLinearProblemText
 {
-    VoLinearProblem problem;
+    VoLinearProblem problem;            ///< What the text states.
     VoString objectiveName;             ///< "obj" when the text names none.
     VoVector<VoString> parameterNames;  ///< In the order in which the text first mentions them.
     VoVector<VoString> constraintNames; ///< "c1", "c2" and so on for those that the text does not name.

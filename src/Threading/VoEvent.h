@@ -14,8 +14,8 @@ public:
     static constexpr std::int32_t ABORT = -1;
 
     explicit VoEvent(std::int32_t type) noexcept; ///< An event of a type that its makers agree on.
-    VoEvent(const VoEvent&) = default;
-    VoEvent& operator=(const VoEvent&) = default;
+    VoEvent(const VoEvent&) = default;            ///< Another event of the same type.
+    VoEvent& operator=(const VoEvent&) = default; ///< Takes the type.
     virtual ~VoEvent();
 
     std::int32_t type() const noexcept { return m_type; } ///< As given.

@@ -25,6 +25,7 @@ public:
 protected:
     /// An empty listing: no ID, a null checksum, size 0.
     AbstractFileListing();
+    /// Lists a file of the given ID, digest and length.
     AbstractFileListing(const VoUUID& id, const VoChecksum& checksum, const VoDownloadSize& size);
     /// Reads the attributes `id`, `checksum` and `size`; throws what a missing or malformed attribute throws.
     explicit AbstractFileListing(VoXMLStreamElementLoader& element);

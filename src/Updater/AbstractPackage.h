@@ -23,6 +23,7 @@ public:
 protected:
     /// Empty IDs and name, version 0.0.0.
     AbstractPackage();
+    /// A release of the given identity.
     AbstractPackage(const VoUUID& packageID, const VoUUID& versionID, const VoString& name, const VoVersion& version);
     /// Reads the attributes `packageID`, `versionID`, `name` and `version`.
     explicit AbstractPackage(VoXMLStreamElementLoader& element);

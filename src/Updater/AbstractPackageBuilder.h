@@ -29,7 +29,7 @@ public:
     class VOCORE_EXPORT Message
     {
     public:
-        explicit Message(const VoString& message);
+        explicit Message(const VoString& message); ///< The line.
         Message(const Message&) = delete;
         Message& operator=(const Message&) = delete;
         ~Message();

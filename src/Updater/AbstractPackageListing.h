@@ -33,8 +33,10 @@ public:
 
 protected:
     AbstractPackageListing();
+    /// A release of the given identity.
     AbstractPackageListing(const VoUUID& packageID, const VoUUID& versionID, const VoString& name,
                            const VoVersion& version);
+    /// Reads the identity of a `package` element.
     explicit AbstractPackageListing(VoXMLStreamElementLoader& element);
 
     /// The files themselves, in their order, for comparing without a copy of each ID and a look-up. The default asks

@@ -12,6 +12,7 @@ class VOCORE_EXPORT ChunkListing : public XMLObject
 {
 public:
     ChunkListing();
+    /// Lists a chunk file; see the members of the same names.
     ChunkListing(const VoUUID& id, const VoChecksum& checksum, const VoDownloadSize& size, const VoFilePath& path);
     /// Reads a `chunk` element of a package definition.
     explicit ChunkListing(VoXMLStreamElementLoader& element);

@@ -13,6 +13,7 @@ class VOCORE_EXPORT ChunkReferenceListing : public XMLObject
 {
 public:
     ChunkReferenceListing();
+    /// A piece; see the members of the same names.
     ChunkReferenceListing(const VoUUID& chunkID, std::uint64_t offset, std::uint64_t length, std::uint64_t index);
     /// Reads a `chunkref` element. The three numbers are strict decimals without sign; anything else throws
     /// VoInvalidConversionException ("Invalid conversion from " + text + " to unsigned integer").

@@ -12,6 +12,7 @@ public:
     /// Lists the file on disk: its checksum and size are taken from the disk, and its ID is new.
     /// Throws as VoChecksum does for a file that cannot be read.
     explicit InstalledFileListing(const VoFilePath& path);
+    /// Lists a file without looking at the disk.
     InstalledFileListing(const VoFilePath& path, const VoUUID& id, const VoChecksum& checksum,
                          const VoDownloadSize& size);
     /// Reads a `file` element of an installed package listing.

@@ -21,7 +21,7 @@ public:
         Removed = 2,  ///< Only the source release has it.
     };
 
-    FileDifference(Type type, const VoUUID& fileID);
+    FileDifference(Type type, const VoUUID& fileID); ///< One difference.
 
     Type type() const;            ///< What happens to the file.
     const VoUUID& fileID() const; ///< Which file.
@@ -35,6 +35,7 @@ private:
 class VOCORE_EXPORT PackageDifferences
 {
 public:
+    /// No differences yet, between the releases named.
     PackageDifferences(const VoUUID& packageID, const VoUUID& sourceVersionID, const VoUUID& targetVersionID);
 
     /// @{ Copies are deep; a moved-from object has empty IDs and no differences.

@@ -36,11 +36,11 @@ public:
 
             /// @name What standard algorithms ask of an iterator
             /// @{
-            using iterator_category = std::input_iterator_tag;
-            using value_type = std::shared_ptr<VoXMLElementReader>;
-            using difference_type = std::ptrdiff_t;
-            using pointer = const value_type*;
-            using reference = value_type;
+            using iterator_category = std::input_iterator_tag;      ///< Goes forward, once.
+            using value_type = std::shared_ptr<VoXMLElementReader>; ///< A child.
+            using difference_type = std::ptrdiff_t;                 ///< Not used.
+            using pointer = const value_type*;                      ///< Not used.
+            using reference = value_type;                           ///< Children are handed out as they are.
             /// @}
 
             explicit Iterator(std::shared_ptr<Implementation> implementation); ///< Null makes an end iterator.
