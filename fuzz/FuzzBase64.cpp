@@ -2,6 +2,7 @@
 
 #include <Core/VoBase64.h>
 #include <Core/VoByteArrayOLD.h>
+#include <Core/VoHostTypes.h>
 
 using namespace vo::fuzz;
 

@@ -120,8 +120,9 @@ bool BlockHasCandidate(const char* firsts, BytePattern first, const char* lasts,
 {
     unsigned char found = 0;
     for (std::size_t i = 0; i < blockSize; ++i) {
-        const bool both = first.matches(firsts[i]) & last.matches(lasts[i]);
-        found = static_cast<unsigned char>(found | static_cast<unsigned char>(both));
+        const auto firstFits = static_cast<unsigned char>(first.matches(firsts[i]));
+        const auto lastFits = static_cast<unsigned char>(last.matches(lasts[i]));
+        found = static_cast<unsigned char>(found | (firstFits & lastFits));
     }
     return found != 0;
 }
