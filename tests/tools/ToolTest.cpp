@@ -87,9 +87,9 @@ TEST_F(Tool, uninstallingKeepsForeignFilesAndTheirFolders)
 {
     publishTwo();
     ASSERT_EQ(vo("install @pub/declarations.xml --to @app/inner").code, 0);
-    write("app/inner/part 1/mine.txt", "mine");
+    write("app/inner/board 1/mine.txt", "mine");
     EXPECT_EQ(vo("uninstall Examples").code, 0);
-    EXPECT_EQ(tree("app"), (Tree{{"inner/", ""}, {"inner/part 1/", ""}, {"inner/part 1/mine.txt", "mine"}}));
+    EXPECT_EQ(tree("app"), (Tree{{"inner/", ""}, {"inner/board 1/", ""}, {"inner/board 1/mine.txt", "mine"}}));
 }
 
 TEST_F(Tool, damageIsFoundNamedAndRepaired)
@@ -103,16 +103,16 @@ TEST_F(Tool, damageIsFoundNamedAndRepaired)
     QByteArray flipped = read("app/moved");
     flipped[0] = static_cast<char>(flipped[0] ^ 1);
     write("app/moved", flipped);
-    write("app/part 1/extra", "not ours");
+    write("app/board 1/extra", "not ours");
     const QJsonObject found = voJson("verify Examples", 4);
     EXPECT_EQ(column(found, "findings", "path"),
-              (Texts{text("app/added"), text("app/moved"), text("app/part 1/extra")}));
+              (Texts{text("app/added"), text("app/moved"), text("app/board 1/extra")}));
     EXPECT_EQ(column(found, "findings", "kind"), (Texts{"missing", "changed", "extra"}));
 
     const QJsonObject repaired = voJson("repair " + textOf(second, "package"));
     EXPECT_EQ(number(repaired, "restored"), 2);
     Tree expected = tree("two");
-    expected["part 1/extra"] = "not ours";
+    expected["board 1/extra"] = "not ours";
     EXPECT_EQ(tree("app"), expected);
     EXPECT_EQ(vo("verify").code, 0) << "extra files are no difference";
 }
@@ -314,7 +314,7 @@ TEST_F(Tool, hostileDefinitionsAreRefusedAndNothingIsWritten)
         {"a device", "\"file5\"", "\"NUL.txt\""},
         {"twice in another case", "\"file5\"", "\"FILE0.TXT\""},
         {"an empty target", "\"file5\"", "\"\""},
-        {"a file that is also a folder", "\"file5\"", "\"part 1\""},
+        {"a file that is also a folder", "\"file5\"", "\"board 1\""},
         {"chunk from elsewhere", chunkPath, "..\\..\\..\\secret"},
         {"rooted chunk", chunkPath, "\\etc\\passwd"},
         {"package ID that climbs", packageID, "..\\..\\x"},

@@ -155,7 +155,7 @@ void VoProgram::fillSource(const std::string& name, int files) const
 {
     for (int i = 0; i < files; ++i) {
         const std::string number = std::to_string(i);
-        const std::string folder = i % 5 == 0 ? "" : "part " + std::to_string(i % 7) + (i % 3 == 0 ? "/deep/er/" : "/");
+        const std::string folder = i % 5 == 0 ? "" : "board " + std::to_string(i % 7) + (i % 3 == 0 ? "/deep/er/" : "/");
         QByteArray bytes;
         for (int line = 0; line < (i * 37) % 400; ++line)
             bytes += "line " + QByteArray::number(line * i) + " of file " + QByteArray::number(i) + "\n";
