@@ -6,7 +6,9 @@
 
 #include <QtXml/QDomElement>
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 using vo::detail::FromQtText;
 
@@ -33,13 +35,24 @@ bool HasPlainAttribute(const QDomNamedNodeMap& attributes, const QString& name)
     return false;
 }
 
+// The map's own order is that of a hash with a random seed: another one in each process.
+std::vector<QDomNode> InOrderOfNames(const QDomNamedNodeMap& attributes)
+{
+    std::vector<QDomNode> nodes;
+    nodes.reserve(static_cast<std::size_t>(attributes.count()));
+    for (int i = 0; i < attributes.count(); ++i)
+        nodes.push_back(attributes.item(i));
+    std::sort(nodes.begin(), nodes.end(),
+              [](const QDomNode& a, const QDomNode& b) { return a.nodeName() < b.nodeName(); });
+    return nodes;
+}
+
 // By local name; an attribute whose local name is taken by one without a prefix keeps its own.
 VoXMLAttributeSet Attributes(const QDomElement& element)
 {
     VoXMLAttributeSet set;
     const QDomNamedNodeMap attributes = element.attributes();
-    for (int i = 0; i < attributes.count(); ++i) {
-        const QDomNode attribute = attributes.item(i);
+    for (const QDomNode& attribute : InOrderOfNames(attributes)) {
         const QString name = attribute.nodeName();
         if (IsNamespaceDeclaration(name))
             continue;

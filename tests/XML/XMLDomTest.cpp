@@ -37,9 +37,10 @@ TEST(XMLDomWriter, WritesWhatTheStreamWriterWrites)
 {
     const auto write = [](VoXMLElementWriter& root) {
         root.writeAttribute("x", "<1>");
-        root.writeAttributeBase64("d", 1.0);
         root.createElement("a")->writeText("t & u");
-        root.createElement("b")->createElement("c")->writeTextBase64(0.1);
+        const auto b = root.createElement("b"); // one attribute each: those of a tree have no order
+        b->writeAttributeBase64("d", 1.0);
+        b->createElement("c")->writeTextBase64(0.1);
     };
     QDomDocument document;
     VoXMLDomElementWriter writer(Root(document));
@@ -114,6 +115,13 @@ TEST(XMLDomReader, AttributesWithPrefixGiveWayToThoseWithout)
     EXPECT_EQ(root.readAttribute("s:id"), "1");
     EXPECT_EQ(root.readAttribute("k"), "3");
     EXPECT_EQ(root.attributes().size(), 3u);
+}
+
+TEST(XMLDomReader, ShowsAttributesInOrderOfTheirNamesInEveryProcess)
+{
+    QDomDocument document;
+    VoXMLDomElementReader root(Root(document, "<r e='5' b='2' d='4' a='1' c='3'/>"));
+    EXPECT_EQ(Shown(root), "r a=1 b=2 c=3 d=4 e=5()");
 }
 
 } // namespace
