@@ -5,6 +5,7 @@
 #include <Threading/VoThreadException.h>
 
 #include <future>
+#include <memory>
 #include <thread>
 
 namespace {
@@ -40,11 +41,12 @@ TEST(VoThread, isJoinedOnceAndMovesWithItsThread)
 
 TEST(VoThread, isDetachedOnce)
 {
-    std::promise<void> done;
-    VoThread thread = Start([&] { done.set_value_at_thread_exit(); });
+    const auto done = std::make_shared<std::promise<void>>(); // the thread may outlive this test by an instant
+    std::future<void> ended = done->get_future();
+    VoThread thread = Start([done] { done->set_value(); });
     thread.detach();
     EXPECT_THROW_MSG(thread.detach(), VoDetachThreadException, "Invalid thread detach call");
-    done.get_future().wait();
+    ended.wait();
 }
 
 TEST(VoThread, cannotJoinItself)
