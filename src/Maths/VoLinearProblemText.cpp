@@ -1,18 +1,19 @@
 #include <Maths/VoLinearProblemText.h>
 
 #include <Core/VoFileException.h>
+#include <FileSystem/NativeFile.h>
 #include <FileSystem/NativePath.h>
 #include <FileSystem/VoFilePath.h>
-#include <IO/VoFileByteStream.h>
+#include <IO/VoIOException.h>
 #include <Maths/VoLinearProblemExceptions.h>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -503,15 +504,11 @@ VoLinearProblemText VoLinearProblemText::Parse(const VoString& text)
 
 VoLinearProblemText VoLinearProblemText::Read(const VoFilePath& path)
 {
-    // A device or a pipe might never end.
     std::error_code error;
-    const auto status = std::filesystem::status(vo::detail::ToNative(path), error);
-    if (status.type() == std::filesystem::file_type::not_found)
+    auto file = vo::detail::NativeFile::OpenForReading(vo::detail::ToNative(path), error);
+    if (error == std::errc::no_such_file_or_directory)
         throw VoFileNotFoundException(path);
-    if (status.type() != std::filesystem::file_type::regular)
-        throw VoCannotOpenFileException(path);
-    VoFileInputByteStream stream(path);
-    if (!stream.isOpen())
+    if (!file.isOpen())
         throw VoCannotOpenFileException(path);
 
     constexpr std::size_t block = std::size_t(1) << 18;
@@ -521,7 +518,9 @@ VoLinearProblemText VoLinearProblemText::Read(const VoFilePath& path)
         if (size > MostBytes)
             throw VoLinearProblemException("File is too large");
         text.resize(size + block);
-        text.resize(size + stream.read(text.data() + size, block));
+        text.resize(size + file.read(text.data() + size, block, error));
+        if (error)
+            throw VoIOException("Error occurred on reading from file");
         if (text.size() < size + block)
             return Parser(text).parse();
     }

@@ -1,0 +1,300 @@
+#include <VoTestSupport.h>
+
+#include <Core/VoMathsException.h>
+#include <Maths/VoLinearProblemExceptions.h>
+#include <Maths/VoLinearProblemSolution.h>
+#include <Maths/VoRandom.h>
+#include <Maths/VoSimplexAlgorithm.h>
+
+#include "RandomProblems.h"
+#include "ReferenceSimplex.h"
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+namespace {
+
+using Largest = VoSimplexAlgorithm<double, true>;
+using Smallest = VoSimplexAlgorithm<double, false>;
+using vo::test::ReferenceSimplex;
+using Numbers = VoVector<double>;
+
+constexpr double Infinity = std::numeric_limits<double>::infinity();
+constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
+
+Largest Sample()
+{
+    Largest problem(2, 2);
+    problem.setObjective({3, 2});
+    problem.addLeqConstraint({1, 1}, 4);
+    problem.addLeqConstraint({1, 3}, 6);
+    return problem;
+}
+
+testing::AssertionResult SameBits(const SimplexMatrix& tableau, const ReferenceSimplex& reference)
+{
+    for (std::size_t r = 0; r < tableau.rows(); ++r)
+        for (std::size_t c = 0; c < tableau.columns(); ++c)
+            if (std::memcmp(&reference.rows()[r][c], tableau.rowData(r) + c, sizeof(double)) != 0)
+                return testing::AssertionFailure() << "cell " << r << ',' << c << " is " << tableau(r, c)
+                                                   << " instead of " << reference.rows()[r][c];
+    return testing::AssertionSuccess();
+}
+
+// Fills both with the same random numbers, taken from a few kinds that are likely to meet.
+template <bool Maximise>
+void Fill(VoRandom& random, VoSimplexAlgorithm<double, Maximise>& solver, ReferenceSimplex& reference)
+{
+    const std::size_t parameters = solver.numberParameters();
+    const std::size_t constraints = solver.numberConstraints();
+    const auto kind = random.integer(0, 2);
+    const auto number = [&]() -> double {
+        if (kind == 0)
+            return random.uniform() + 0.01;
+        if (kind == 1)
+            return static_cast<double>(random.integer(-1, 3));
+        return random.integer(0, 9) == 0 ? random.normal(0, 5) : random.integer(0, 1) == 0 ? 0.0 : -0.0;
+    };
+    Numbers objective(parameters);
+    for (double& coefficient : objective)
+        coefficient = number();
+    solver.setObjective(objective);
+    for (std::size_t i = 0; i < parameters; ++i)
+        (Maximise ? reference.objective()[i] : reference.rightHandSide(i)) = Maximise ? -objective[i] : objective[i];
+
+    for (std::size_t k = 0; k < constraints; ++k) {
+        Numbers coefficients(parameters);
+        for (double& coefficient : coefficients)
+            coefficient = number();
+        const double bound = std::fabs(number());
+        if constexpr (Maximise)
+            solver.addLeqConstraint(coefficients, bound);
+        else
+            solver.addGeqConstraint(coefficients, bound);
+        for (std::size_t i = 0; i < parameters; ++i)
+            (Maximise ? reference.cell(k, i) : reference.cell(i, k)) = coefficients[i];
+        (Maximise ? reference.rightHandSide(k) : reference.objective()[k]) = Maximise ? bound : -bound;
+    }
+}
+
+template <bool Maximise>
+void CompareStepByStep(VoRandom& random)
+{
+    const auto parameters = static_cast<std::size_t>(random.integer(1, 9));
+    const auto constraints = Maximise ? static_cast<std::size_t>(random.integer(1, 9)) : parameters;
+    VoSimplexAlgorithm<double, Maximise> solver(parameters, constraints);
+    ReferenceSimplex reference(parameters, constraints);
+    Fill(random, solver, reference);
+    ASSERT_TRUE(SameBits(solver.problemMatrix(), reference));
+
+    VoSimplexAlgorithm<double, Maximise> inOneRun = solver;
+    for (std::size_t iteration = 0; iteration < 40; ++iteration) {
+        ASSERT_EQ(solver.solutionFound(), reference.found());
+        if (reference.found())
+            break;
+        if (!reference.step()) {
+            EXPECT_THROW_MSG(solver.run(1), VoInvalidCallException, "No pivot row can be found");
+            ASSERT_TRUE(SameBits(solver.problemMatrix(), reference)) << "after the failure";
+            EXPECT_THROW(inOneRun.run(40), VoInvalidCallException);
+            break;
+        }
+        ASSERT_EQ(solver.run(1), MakeVoPair(reference.found(), std::size_t(1)));
+        ASSERT_TRUE(SameBits(solver.problemMatrix(), reference)) << "after iteration " << iteration + 1;
+    }
+    try {
+        inOneRun.run(40);
+    } catch (const VoInvalidCallException&) {
+    }
+    ASSERT_TRUE(SameBits(inOneRun.problemMatrix(), reference)) << "run in one go";
+}
+
+TEST(Simplex, AgreesBitForBitWithThePlainVersionOnRandomProblems)
+{
+    VoRandom random(20240501);
+    for (int i = 0; i < 3000 && !HasFatalFailure(); ++i) {
+        SCOPED_TRACE(i);
+        CompareStepByStep<true>(random);
+        CompareStepByStep<false>(random);
+    }
+}
+
+// Rows long enough for every width of vector instructions, and rests of every length behind them.
+TEST(Simplex, AgreesBitForBitOnLongRows)
+{
+    VoRandom random(7);
+    for (std::size_t parameters = 60; parameters < 77; ++parameters) {
+        Largest solver(parameters, 5);
+        ReferenceSimplex reference(parameters, 5);
+        Fill(random, solver, reference);
+        for (int step = 0; step < 6 && !reference.found() && reference.step(); ++step)
+            solver.run(1);
+        ASSERT_TRUE(SameBits(solver.problemMatrix(), reference)) << parameters;
+    }
+}
+
+TEST(Simplex, SolvesTheSmallSample)
+{
+    Largest problem = Sample();
+    EXPECT_EQ(problem.run(10), MakeVoPair(true, std::size_t(1)));
+    EXPECT_EQ(problem.solutionParameters(), (Numbers{4, 0}));
+    EXPECT_EQ(problem.solutionValue(), 12);
+}
+
+TEST(Simplex, SolvesTheSmallSampleOfTheOtherKind)
+{
+    Smallest problem(2, 2);
+    problem.addGeqConstraint({1, 1}, 4);
+    problem.addGeqConstraint({1, 3}, 6);
+    problem.setObjective({2, 3});
+    EXPECT_EQ(problem.run(10), MakeVoPair(true, std::size_t(2)));
+    EXPECT_DOUBLE_EQ(problem.solutionParameters()[0], 3);
+    EXPECT_DOUBLE_EQ(problem.solutionParameters()[1], 1);
+    EXPECT_DOUBLE_EQ(problem.solutionValue(), 9);
+}
+
+// The wrong answers that the ratio rule gives are part of its behaviour; the certificate is there to find them.
+TEST(Simplex, KeepsItsRatioRuleOnDegenerateProblems)
+{
+    Largest wrong(2, 2);
+    wrong.setObjective({2, 3});
+    wrong.addLeqConstraint({1, 2}, 2);
+    wrong.addLeqConstraint({1, 1}, 1);
+    EXPECT_TRUE(wrong.run(10).first);
+    EXPECT_EQ(wrong.solutionValue(), 4);
+    EXPECT_TRUE(wrong.zeroRatioPassedOver());
+    EXPECT_FALSE(Sample().zeroRatioPassedOver());
+
+    Largest zeroBound(2, 2);
+    zeroBound.setObjective({1, 1});
+    zeroBound.addLeqConstraint({1, 0}, 0);
+    zeroBound.addLeqConstraint({0, 1}, 1);
+    EXPECT_THROW_MSG(zeroBound.run(10), VoInvalidCallException, "No pivot row can be found");
+
+    Largest twins(3, 2);
+    twins.setObjective({1, 1, 0});
+    twins.addLeqConstraint({1, 1, 0}, 4);
+    twins.addLeqConstraint({0, 0, 1}, 9);
+    twins.run(10);
+    EXPECT_EQ(twins.solutionParameters(), (Numbers{4, 4, 9})) << "equal unit columns are read from the same row";
+}
+
+TEST(Simplex, TakesTheWorstCaseNumberOfStepsOnKleeMintyCubes)
+{
+    for (std::size_t n = 1; n <= 12; ++n) {
+        // max sum 10^(n-j) x_j, 2 sum_{j<i} 10^(i-j) x_j + x_i <= 100^(i-1)
+        Largest cube(n, n);
+        Numbers objective;
+        for (std::size_t j = 1; j <= n; ++j)
+            objective.pushBack(std::pow(10.0, static_cast<double>(n - j)));
+        cube.setObjective(objective);
+        for (std::size_t i = 1; i <= n; ++i) {
+            Numbers coefficients(n);
+            for (std::size_t j = 1; j < i; ++j)
+                coefficients[j - 1] = 2 * std::pow(10.0, static_cast<double>(i - j));
+            coefficients[i - 1] = 1;
+            cube.addLeqConstraint(coefficients, std::pow(100.0, static_cast<double>(i - 1)));
+        }
+        const std::size_t steps = (std::size_t(1) << n) - 1;
+        EXPECT_EQ(cube.run(steps), MakeVoPair(true, steps)) << n;
+        EXPECT_NEAR(cube.solutionValue() / std::pow(100.0, static_cast<double>(n - 1)), 1, 1e-12) << n;
+    }
+}
+
+TEST(Simplex, StopsAtTheLimitAndGoesOnFromThere)
+{
+    Smallest problem(2, 2);
+    problem.addGeqConstraint({1, 1}, 4);
+    problem.addGeqConstraint({1, 3}, 6);
+    problem.setObjective({2, 3});
+    EXPECT_EQ(problem.run(0), MakeVoPair(false, std::size_t(0)));
+    EXPECT_EQ(problem.run(1), MakeVoPair(false, std::size_t(1)));
+    EXPECT_EQ(problem.run(9), MakeVoPair(true, std::size_t(1)));
+    EXPECT_EQ(problem.run(0), MakeVoPair(true, std::size_t(0)));
+}
+
+TEST(Simplex, RefusesImpossibleShapes)
+{
+    EXPECT_THROW_MSG(Largest(0, 0), VoInvalidCallException, "Number of parameters must be greater than zero");
+    EXPECT_THROW_MSG(Largest(1, 0), VoInvalidCallException, "Number of constraints must be greater than zero");
+    EXPECT_THROW_MSG(Smallest(0, 1), VoInvalidCallException, "Number of parameters must be greater than zero");
+    EXPECT_THROW_MSG(Smallest(2, 0), VoInvalidCallException,
+                     "Number of parameters must be the same as the number of constraints for minimisation");
+    const std::size_t most = std::numeric_limits<std::size_t>::max();
+    for (const auto& [parameters, constraints] : {std::pair<std::size_t, std::size_t>{most, 1},
+                                                  {1, most},
+                                                  {most, most},
+                                                  {most - 2, 1},
+                                                  {49'999'998, 1},
+                                                  {1, 9999}})
+        EXPECT_THROW_MSG(Largest(parameters, constraints), VoOverflowException, "Overflow - result too large")
+            << parameters << " x " << constraints;
+}
+
+TEST(Simplex, RefusesConstraintsOfTheOtherKind)
+{
+    Largest largest(1, 1);
+    Smallest smallest(1, 1);
+    EXPECT_THROW_MSG(largest.addGeqConstraint({1}, 1), VoInvalidConstraintTypeException,
+                     "Greater than or equal constraints cannot be added to this problem");
+    EXPECT_THROW_MSG(smallest.addLeqConstraint({1, 2, 3}, 1), VoInvalidConstraintTypeException,
+                     "Less than or equal constraints cannot be added to this problem");
+    EXPECT_THROW_MSG(largest.addEqualityConstraint({1}, 1), VoInvalidConstraintTypeException,
+                     "Equality constraints cannot be added to this problem");
+    EXPECT_THROW_MSG(smallest.addEqualityConstraint({1}, 1), VoInvalidConstraintTypeException,
+                     "Equality constraints cannot be added to this problem");
+}
+
+TEST(Simplex, ChecksLengthThenNumberThenValuesAndChangesNothing)
+{
+    Largest problem = Sample();
+    const SimplexMatrix before = problem.problemMatrix();
+    EXPECT_THROW_MSG(problem.addLeqConstraint({1, 1, 1}, NotANumber), VoInvalidNumberCoefficientsException,
+                     "Invalid number of coefficients");
+    EXPECT_THROW_MSG(problem.addLeqConstraint({1, NotANumber}, 1), VoTooManyConstraintsException,
+                     "Stated number of constraints already added");
+    EXPECT_THROW_MSG(problem.setObjective({1}), VoInvalidNumberCoefficientsException, "Invalid number of coefficients");
+    EXPECT_THROW_MSG(problem.setObjective({1, -Infinity}), VoInvalidCoefficientException,
+                     "Coefficient is not a finite number");
+    EXPECT_EQ(problem.problemMatrix(), before);
+
+    Smallest other(1, 1);
+    EXPECT_THROW(other.addGeqConstraint({1}, Infinity), VoInvalidCoefficientException);
+    EXPECT_THROW(other.addGeqConstraint({NotANumber}, 1), VoInvalidCoefficientException);
+    EXPECT_NO_THROW(other.addGeqConstraint({1}, 1)) << "a refused constraint does not count as added";
+    EXPECT_THROW(other.addGeqConstraint({1}, 1), VoLinearProblemException);
+}
+
+TEST(Simplex, IsUsedThroughItsInterface)
+{
+    using Algorithm = VoLinearProblemAlgorithm<double, SimplexMatrix, SimplexVector>;
+    const std::unique_ptr<Algorithm> problem = std::make_unique<Largest>(Sample());
+    EXPECT_EQ(problem->numberParameters(), 2u);
+    EXPECT_EQ(problem->numberConstraints(), 2u);
+    EXPECT_TRUE(problem->run(5).first);
+    EXPECT_EQ(&problem->solutionValue(), problem->problemMatrix().rowData(2) + 5);
+}
+
+TEST(Simplex, CopiesGoOnAloneAndMovedFromOnesAreEmpty)
+{
+    Largest problem = Sample();
+    Largest copy(1, 1);
+    copy = problem;
+    problem.run(5);
+    EXPECT_FALSE(copy.solutionFound());
+    EXPECT_EQ(copy.problemMatrix(), Sample().problemMatrix());
+
+    const Largest moved = std::move(problem);
+    EXPECT_EQ(moved.solutionValue(), 12);
+    EXPECT_EQ(problem.numberParameters(), 0u);
+    EXPECT_EQ(problem.solutionValue(), 0);
+    EXPECT_TRUE(problem.solutionParameters().isEmpty());
+    EXPECT_EQ(problem.run(3), MakeVoPair(true, std::size_t(0)));
+    EXPECT_THROW(problem.addLeqConstraint({}, 1), VoTooManyConstraintsException);
+    problem.setObjective({});
+    problem = moved;
+    EXPECT_EQ(problem.solutionValue(), 12);
+}
+
+} // namespace

@@ -1,0 +1,255 @@
+#include "ReportFixture.h"
+
+#include <Core/VoFileException.h>
+#include <Core/VoXMLException.h>
+#include <FileSystem/VoFilePath.h>
+#include <Maths/VoRandom.h>
+#include <Misc/XMLReport/ReportDataFile.h>
+#include <Misc/XMLReport/ReportPages.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+using vo::test::Cases;
+
+bool SameBits(double a, double b)
+{
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+void ExpectSame(const Cases& a, const Cases& b)
+{
+    ASSERT_EQ(a.size(), b.size());
+    for (const auto& [number, x] : a) {
+        const XMLReportInfo* y = b.find(number);
+        ASSERT_TRUE(y) << number;
+        EXPECT_EQ(y->caseID, number);
+        EXPECT_EQ(x.reference, y->reference);
+        EXPECT_EQ(x.seed, y->seed);
+        ASSERT_EQ(x.results.size(), y->results.size());
+        for (std::size_t i = 0; i < x.results.size(); ++i) {
+            EXPECT_TRUE(SameBits(x.results[i].reference, y->results[i].reference));
+            EXPECT_TRUE(SameBits(x.results[i].delta, y->results[i].delta));
+            EXPECT_TRUE(SameBits(x.results[i].sensitivity, y->results[i].sensitivity));
+            EXPECT_EQ(x.results[i].sensitivityState, y->results[i].sensitivityState);
+        }
+        ASSERT_EQ(x.lotItems.size(), y->lotItems.size());
+        for (std::size_t i = 0; i < x.lotItems.size(); ++i) {
+            EXPECT_EQ(x.lotItems[i].description, y->lotItems[i].description);
+            EXPECT_EQ(x.lotItems[i].parameter.description(), y->lotItems[i].parameter.description());
+            EXPECT_TRUE(SameBits(x.lotItems[i].nominal, y->lotItems[i].nominal));
+            EXPECT_TRUE(SameBits(x.lotItems[i].value, y->lotItems[i].value));
+        }
+    }
+}
+
+Cases RandomCases(VoRandom& random, std::size_t results)
+{
+    const auto number = [&] {
+        const double odd[] = {0.0, -0.0, std::nan(""), std::numeric_limits<double>::infinity(), 5e-324};
+        return random.integer(0, 4) == 0 ? odd[random.integer(0, 4)] : random.normal(0, 1e3);
+    };
+    const auto text = [&] {
+        const char* texts[] = {"", "R1", "a <b> & \"c\" %s", "\xc2\xb5\xe2\x82\xac", "x  y"};
+        return YString(texts[random.integer(0, 4)]);
+    };
+    Cases cases;
+    for (int i = 0; i < 12; ++i) {
+        XMLReportInfo info;
+        info.caseID = static_cast<std::int32_t>(random.integer(-3, 20));
+        info.reference = text();
+        info.seed = random.integer(std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max());
+        for (std::int64_t j = random.integer(0, static_cast<std::int64_t>(results)); j > 0; --j)
+            info.results.pushBack(vo::test::Result(number(), number()));
+        for (std::int64_t j = random.integer(0, 3); j > 0; --j) {
+            XMLReportInfo::LotItem item;
+            item.parameter = {text(), text(), text(), text(), text(), text(), text()};
+            item.description = random.integer(0, 1) == 0 ? text() : item.parameter.description();
+            item.nominal = number();
+            item.value = number();
+            info.lotItems.pushBack(item);
+        }
+        info.buildNormalisedSensitivity();
+        cases.insert(info.caseID, info);
+    }
+    return cases;
+}
+
+class ReportDataFiles : public vo::test::ReportTest
+{
+protected:
+    VoFilePath file() const { return VoFilePath(VoString(nativePath("results.xml"))); }
+
+    // The document with its parts replaced; a sound one as it is.
+    static std::string document(const std::string& cases = "", const std::string& header = R"(analysis="sensitivity")")
+    {
+        return "<results><header " + header + " cores=\"2\"><meritfunction name=\"Gain\"/></header>" + cases +
+               "</results>";
+    }
+};
+
+constexpr const char* One = "AAAAAAAA8D8="; // 1.0
+
+TEST_F(ReportDataFiles, GiveBackWhatWasWritten)
+{
+    VoRandom random(41);
+    XMLReportHeader header;
+    header.date = "2024-05-01";
+    header.card = ".MC 10";
+    header.title = "R1 < 10k & \"so\" on";
+    header.cores = -1;
+    header.resultNames = {"Gain", "", "%s <b>"};
+    for (auto analysis : {XMLReportHeader::Analysis::Sensitivity, XMLReportHeader::Analysis::MonteCarlo,
+                          XMLReportHeader::Analysis::WorstCase}) {
+        header.analysis = analysis;
+        const Cases cases = RandomCases(random, header.resultNames.size());
+        ReportDataFile::Write(file(), cases, header);
+        Cases readCases;
+        XMLReportHeader readHeader;
+        ASSERT_TRUE(sp_CompileSensReportData(path("results.xml"), &readCases, &readHeader));
+        ExpectSame(cases, readCases);
+        EXPECT_EQ(readHeader.analysis, analysis);
+        EXPECT_EQ(readHeader.date, header.date);
+        EXPECT_EQ(readHeader.card, header.card);
+        EXPECT_EQ(readHeader.title, header.title);
+        EXPECT_EQ(readHeader.cores, header.cores);
+        EXPECT_EQ(readHeader.resultNames, header.resultNames);
+    }
+}
+
+TEST_F(ReportDataFiles, AreWrittenAsDescribed)
+{
+    XMLReportHeader header;
+    header.resultNames = {"Gain"};
+    XMLReportInfo info = vo::test::Case(2, {vo::test::Result(1, -0.0)}, {vo::test::LotItem("Refdes R1", 1, 1)});
+    info.lotItems[0].parameter.refdes = "R1";
+    Cases cases;
+    cases.insert(2, info);
+    ReportDataFile::Write(file(), cases, header);
+    const std::string uri = "https://schemas.example.org/schemas/application/msw/";
+    std::string written = content(nativePath("results.xml"));
+    for (char blank : {'\n', '\t'})
+        written.erase(std::remove(written.begin(), written.end(), blank), written.end());
+    EXPECT_EQ(written, "<?xml version=\"1.0\" encoding=\"UTF-8\"?><results xmlns=\"" + uri +
+                           "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xsi:schemaLocation=\"" + uri +
+                           " " + uri +
+                           "results.xsd\"><header date=\"\" analysis=\"sensitivity\" card=\"\" title=\"\" cores=\"0\">"
+                           "<meritfunction name=\"Gain\"/></header><case id=\"2\" seed=\"0\"><step index=\"0\">"
+                           "<parameter refdes=\"R1\" nominal=\"AAAAAAAA8D8=\" value=\"AAAAAAAA8D8=\"/>"
+                           "<meritfunction index=\"0\" reference=\"AAAAAAAA8D8=\" delta=\"AAAAAAAAAIA=\"/>"
+                           "</step></case></results>");
+}
+
+TEST_F(ReportDataFiles, ThatAreNotSoundAreRefusedAndNothingChanges)
+{
+    const std::string result =
+        std::string("<meritfunction index=\"0\" reference=\"") + One + "\" delta=\"" + One + "\"/>";
+    const std::string again =
+        std::string("<meritfunction index=\"1\" reference=\"") + One + "\" delta=\"" + One + "\"/>";
+    const auto inCase = [](const std::string& content) {
+        return document("<case id=\"1\"><step>" + content + "</step></case>");
+    };
+    write(nativePath("results.xml"), inCase(result));
+    ASSERT_NO_THROW(ReportDataFile::Read(file())) << "the rows below differ from this one in their fault only";
+
+    const std::pair<std::string, const char*> rows[] = {
+        {"", nullptr},
+        {"plain text", nullptr},
+        {inCase(result) + "<results/>", nullptr},
+        {"<!DOCTYPE results [<!ENTITY a \"b\">]>" + document(), nullptr},
+        {"<result/>", "Root element \"results\" expected"},
+        {"<results/>", "Element \"results\": header missing"},
+        {document("", "analysis=\"noise\""), "Element \"header\": invalid analysis \"noise\""},
+        {document("", "analysis=\"Sensitivity\""), "Element \"header\": invalid analysis \"Sensitivity\""},
+        {document("", ""), nullptr},
+        {"<results><header analysis=\"montecarlo\" cores=\"2147483648\"/></results>",
+         "Element \"header\": invalid cores \"2147483648\""},
+        {document("<header analysis=\"montecarlo\" cores=\"1\"/>"), "Element \"header\": given twice"},
+        {"<results><case id=\"1\"/></results>", "Element \"case\": given before the header"},
+        {document("<case id=\"1\"/><case id=\"1\"/>"), "Element \"case\": id 1 given twice"},
+        {document("<case/>"), nullptr},
+        {document("<case id=\" 1\"/>"), "Element \"case\": invalid id \" 1\""},
+        {document("<case id=\"1\" seed=\"9223372036854775808\"/>"),
+         "Element \"case\": invalid seed \"9223372036854775808\""},
+        {inCase(result + again), "Element \"meritfunction\": more results than the header names"},
+        {inCase(again), "Element \"meritfunction\": invalid index \"1\""},
+        {inCase("<meritfunction index=\"0\" reference=\"1.0\" delta=\"AAAAAAAA8D8=\"/>"),
+         "Element \"meritfunction\": invalid reference \"1.0\""},
+        {inCase("<meritfunction index=\"0\" reference=\"AAAAAAAA8D8=\" delta=\"AAAAAAA*8D8=\"/>"),
+         "Element \"meritfunction\": invalid delta \"AAAAAAA*8D8=\""},
+        {inCase("<parameter nominal=\"AAAAAAAA8D8=\"/>"), nullptr},
+    };
+    for (const auto& [text, message] : rows) {
+        write(nativePath("results.xml"), text);
+        Cases cases = vo::test::Table({vo::test::Case(9, {}, {})});
+        XMLReportHeader header;
+        header.title = "before";
+        EXPECT_FALSE(sp_CompileSensReportData(path("results.xml"), &cases, &header)) << text;
+        EXPECT_TRUE(cases.size() == 1 && cases.find(9)) << text;
+        EXPECT_EQ(header.title, YString("before")) << text;
+        if (message)
+            EXPECT_THROW_MSG(ReportDataFile::Read(file()), VoValidationException, message) << text;
+    }
+}
+
+TEST_F(ReportDataFiles, ThatAreCutAnywhereAreRefused)
+{
+    VoRandom random(43);
+    XMLReportHeader header;
+    header.resultNames = {"Gain"};
+    ReportDataFile::Write(file(), RandomCases(random, 1), header);
+    std::string whole = content(nativePath("results.xml"));
+    whole.resize(whole.rfind('>') + 1);
+    for (std::size_t length = 0; length < whole.size(); length += length < 600 ? 1 : 37) {
+        write(nativePath("results.xml"), whole.substr(0, length));
+        Cases cases;
+        ASSERT_FALSE(sp_CompileSensReportData(path("results.xml"), &cases, &header)) << length;
+    }
+}
+
+TEST_F(ReportDataFiles, ThatAreMissingOrNoFilesAreRefused)
+{
+    Cases cases;
+    XMLReportHeader header;
+    EXPECT_FALSE(sp_CompileSensReportData(path("missing.xml"), &cases, &header));
+    EXPECT_FALSE(sp_CompileSensReportData("", &cases, &header));
+    EXPECT_FALSE(sp_CompileSensReportData("/dev/zero", &cases, &header));
+    EXPECT_FALSE(sp_CompileSensReportData(path("results.xml"), nullptr, &header));
+    EXPECT_FALSE(sp_CompileSensReportData(path("results.xml"), &cases, nullptr));
+    EXPECT_THROW(ReportDataFile::Read(file()), VoFileNotFoundException);
+    EXPECT_THROW(ReportDataFile::Read(VoFilePath(VoString("/"))), VoException);
+}
+
+TEST_F(ReportDataFiles, KeepTheOldOneWhenATextCannotBeWritten)
+{
+    write(nativePath("results.xml"), "old");
+    XMLReportHeader header;
+    header.title = "\x01";
+    EXPECT_THROW_MSG(ReportDataFile::Write(file(), {}, header), VoInvalidXMLOperation, "Character not allowed in XML");
+    EXPECT_EQ(content(nativePath("results.xml")), "old");
+}
+
+// Steps of one case continue one another, and what is not known is left alone.
+TEST_F(ReportDataFiles, ReadStepsInTheirOrder)
+{
+    const std::string number = std::string("\"") + One + "\"";
+    write(nativePath("results.xml"),
+          "<results><header analysis=\"worstcase\" cores=\"1\"><meritfunction name=\"a\"/><meritfunction name=\"b\"/>"
+          "</header><case id=\"4\"><step index=\"0\"><parameter refdes=\"R1\" nominal=" +
+              number + " value=" + number + "/><meritfunction index=\"0\" reference=" + number + " delta=" + number +
+              "/><note/></step><note><parameter/></note><step index=\"1\"><parameter variable=\"v\" nominal=" + number +
+              " value=" + number + "/><meritfunction index=\"1\" reference=" + number + " delta=" + number +
+              "/></step></case></results>");
+    const ReportDataFile data = ReportDataFile::Read(file());
+    const XMLReportInfo* info = data.cases.find(4);
+    ASSERT_TRUE(info);
+    ASSERT_EQ(info->lotItems.size(), 2u);
+    EXPECT_EQ(info->lotItems[1].description, YString("Var: v"));
+    ASSERT_EQ(info->results.size(), 2u);
+    EXPECT_EQ(info->results[1].sensitivityState, 1) << "computed on reading";
+}
+
+} // namespace

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <VoTestSupport.h>
+
+#include <Misc/XMLReport/XMLReportHeader.h>
+#include <Misc/XMLReport/XMLReportInfo.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vo::test {
+
+using Cases = YHashTable<XMLReportInfo>;
+
+inline XMLReportInfo::LotItem LotItem(const char* description, double nominal, double value)
+{
+    XMLReportInfo::LotItem item;
+    item.description = description;
+    item.nominal = nominal;
+    item.value = value;
+    return item;
+}
+
+inline XMLReportInfo::Result Result(double reference, double delta)
+{
+    XMLReportInfo::Result result;
+    result.reference = reference;
+    result.delta = delta;
+    return result;
+}
+
+inline XMLReportInfo Case(std::int32_t id, std::vector<XMLReportInfo::Result> results,
+                          std::vector<XMLReportInfo::LotItem> items)
+{
+    XMLReportInfo info;
+    info.caseID = id;
+    info.results = VoVector<XMLReportInfo::Result>(results.begin(), results.end());
+    info.lotItems = VoVector<XMLReportInfo::LotItem>(items.begin(), items.end());
+    info.buildNormalisedSensitivity();
+    return info;
+}
+
+inline Cases Table(std::vector<XMLReportInfo> infos)
+{
+    Cases cases;
+    for (XMLReportInfo& info : infos) {
+        const int number = info.caseID;
+        cases.insert(number, std::move(info));
+    }
+    return cases;
+}
+
+/// Tests that write into a directory of their own.
+class ReportTest : public testing::Test
+{
+protected:
+    YString path(const char* name) const { return YString(nativePath(name)); }
+
+    std::string nativePath(const char* name) const
+    {
+        return m_directory.filePath(QString::fromUtf8(name)).toStdString();
+    }
+
+    static std::string content(const std::string& path)
+    {
+        QFile file(QString::fromStdString(path));
+        return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "(no file)";
+    }
+
+    static void write(const std::string& path, const std::string& bytes)
+    {
+        QFile file(QString::fromStdString(path));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(bytes.data(), static_cast<qint64>(bytes.size())), static_cast<qint64>(bytes.size()));
+    }
+
+private:
+    QTemporaryDir m_directory;
+};
+
+} // namespace vo::test

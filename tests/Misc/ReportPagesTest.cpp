@@ -1,0 +1,247 @@
+#include "ReportFixture.h"
+
+#include <Misc/XMLReport/ReportPages.h>
+
+#include <QtCore/QDir>
+#include <QtCore/QFileInfo>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <locale>
+#include <regex>
+
+#if defined(__unix__)
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#endif
+
+namespace {
+
+using vo::test::Case;
+using vo::test::Cases;
+using vo::test::LotItem;
+using vo::test::Result;
+using vo::test::Table;
+
+constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double Infinity = std::numeric_limits<double>::infinity();
+
+XMLReportHeader Header()
+{
+    XMLReportHeader header;
+    header.date = "2024-05-01 12:00";
+    header.card = ".SENS V(out) <all> & \"more\"";
+    header.title = "100%s of R1 < 10k & \xc2\xb5"
+                   "A";
+    header.cores = 4;
+    header.resultNames = {"Gain <dB>", "Noise & %d"};
+    return header;
+}
+
+XMLReportInfo Named(XMLReportInfo info, const char* reference)
+{
+    info.reference = reference;
+    return info;
+}
+
+XMLReportInfo Seeded(XMLReportInfo info, std::int64_t seed)
+{
+    info.seed = seed;
+    return info;
+}
+
+Cases SampleCases()
+{
+    return Table({
+        Case(1, {Result(10, 0), Result(1e-9, 0)}, {}),
+        Case(2, {Result(10, 1), Result(0, 2)}, {LotItem("R1 < 10k & \"x\" %s %n", 4, 5)}),
+        Case(3, {Result(-20, 1.5), Result(1e-9, -1e-10)},
+             {LotItem("C1", 4.7e-12, 5e-12), LotItem("C2 \xc2\xb5\xff\x01", 1, 2), LotItem("", -0.0, Infinity)}),
+        Named(Case(5, {Result(123456789, 0.1)}, {}), "no item, one result"),
+        Case(7, {Result(1, 1), Result(2, 2), Result(3, 3)}, {LotItem("L", 1, 2), LotItem("L2", 2, 4)}),
+    });
+}
+
+class ReportPages : public vo::test::ReportTest
+{
+protected:
+    // Compares with the approved page, which a person has looked at. To approve another one, copy the file it names.
+    void expectApproved(const std::string& page, const std::string& name)
+    {
+        const std::string approved = content(std::string(VOCORE_APPROVED_PAGES) + "/" + name);
+        if (page == approved)
+            return;
+        const std::string received = (QDir::tempPath() + QStringLiteral("/received-")).toStdString() + name;
+        write(received, page);
+        std::size_t line = 1;
+        for (std::size_t i = 0; i < std::min(page.size(), approved.size()) && page[i] == approved[i]; ++i)
+            line += page[i] == '\n' ? 1 : 0;
+        ADD_FAILURE() << name << " differs in line " << line << "; the page stands in " << received;
+    }
+
+    // The case numbers in the order in which the page shows them.
+    std::vector<int> order(const Cases& cases, int sortColumn)
+    {
+        EXPECT_TRUE(sp_BuildHTMLSensitivityReport(path("order.html"), "", cases, Header(), sortColumn));
+        const std::string page = content(nativePath("order.html"));
+        const std::regex caseNumber("\t<tr><td rowspan=\"\\d+\">(\\d+)<");
+        std::vector<int> numbers;
+        for (auto i = std::sregex_iterator(page.begin(), page.end(), caseNumber); i != std::sregex_iterator(); ++i)
+            numbers.push_back(std::stoi((*i)[1]));
+        return numbers;
+    }
+};
+
+TEST_F(ReportPages, AreAsApproved)
+{
+    Cases cases = SampleCases();
+    XMLReportHeader header = Header();
+    ASSERT_TRUE(sp_BuildHTMLSensitivityReport(path("s.html"), "", cases, header, 0));
+    expectApproved(content(nativePath("s.html")), "sensitivity.html");
+
+    write(nativePath("style.css"), "h1 { content: '%d%s</style>\r\n\xff\"'; }");
+    ASSERT_TRUE(sp_BuildHTMLSensitivityReport(path("styled.html"), path("style.css"), {}, {}, 0));
+    expectApproved(content(nativePath("styled.html")), "empty-styled.html");
+
+    ASSERT_TRUE(sp_BuildWorstCaseHTMLReport(path("w.html"), "", cases, header));
+    expectApproved(content(nativePath("w.html")), "worstcase.html");
+
+    Cases runs = Table({Seeded(Case(1, {Result(10, 0), Result(1, 0)}, {}), -5)});
+    for (int i = 2; i <= 10; ++i)
+        runs.insert(i, Seeded(Case(i, {Result(6 + i * i % 7, 0), Result(i == 4 ? NotANumber : 2, 0)},
+                                   {LotItem("R1 < 10k", 10, 9 + i / 10.0)}),
+                              i == 2 ? std::numeric_limits<std::int64_t>::max() : i));
+    ASSERT_TRUE(sp_BuildMonteCarloHTMLReport(path("m.html"), "", runs, header));
+    expectApproved(content(nativePath("m.html")), "montecarlo.html");
+}
+
+TEST_F(ReportPages, SortCasesByEveryColumn)
+{
+    const auto named = [](std::int32_t id, const char* name, double reference, double delta, double sensitivity) {
+        XMLReportInfo info = Named(Case(id, {Result(0, 0), Result(reference, delta)}, {}), name);
+        info.results[1].sensitivity = sensitivity;
+        return info;
+    };
+    const Cases cases = Table({
+        named(1, "m", 1, NotANumber, 0),
+        named(2, "b", -7, NotANumber, 2),
+        named(3, "A", 7, -3, -Infinity),
+        named(4, "a", NotANumber, 3, -2),
+        named(5, "B", 0.5, -0.0, NotANumber),
+        Named(Case(6, {}, {}), "\xc3\x84"),
+    });
+    using Order = std::vector<int>;
+    const Order byNumber = {1, 2, 3, 4, 5, 6};
+    const std::pair<int, Order> rows[] = {
+        {0, byNumber},
+        {-1, byNumber},
+        {std::numeric_limits<int>::min(), byNumber},
+        {1, {3, 4, 2, 5, 1, 6}},
+        {2, byNumber}, // all equal
+        {5, {2, 3, 1, 5, 6, 4}},
+        {6, {3, 4, 5, 6, 1, 2}},
+        {7, {3, 2, 4, 1, 6, 5}},
+        {8, byNumber}, // one behind the last one: names nothing
+        {9, {3, 2, 4, 1, 6, 5}},
+        {1000, {3, 2, 4, 1, 6, 5}},
+        {std::numeric_limits<int>::max(), {3, 2, 4, 1, 6, 5}},
+    };
+    for (const auto& [column, expected] : rows)
+        EXPECT_EQ(order(cases, column), expected) << column;
+
+    Cases withoutNominal = cases;
+    withoutNominal.remove(1);
+    EXPECT_EQ(order(withoutNominal, 2), (Order{2, 3, 4, 5, 6})) << "names nothing";
+    EXPECT_EQ(order(withoutNominal, 3), (Order{3, 4, 2, 5, 6})) << "the reference text";
+}
+
+// A comparison with NaN that is no order makes sorting algorithms run wild on larger tables.
+TEST_F(ReportPages, SortManyCasesWithNotANumber)
+{
+    Cases cases = Table({Case(1, {Result(0, 0)}, {})});
+    for (int i = 2; i <= 2000; ++i)
+        cases.insert(i, Case(i, {Result(i % 3 == 0 ? NotANumber : (i * 37 % 101) - 50, 0)}, {}));
+    const std::vector<int> sorted = order(cases, 2);
+    ASSERT_EQ(sorted.size(), 2000u);
+    for (std::size_t i = 1; i < sorted.size(); ++i) {
+        const double a = std::fabs(cases[sorted[i - 1]].results[0].reference);
+        const double b = std::fabs(cases[sorted[i]].results[0].reference);
+        ASSERT_TRUE(a > b || (std::isnan(b) && !std::isnan(a)) ||
+                    ((a == b || (std::isnan(a) && std::isnan(b))) && sorted[i - 1] < sorted[i]))
+            << i;
+    }
+}
+
+TEST_F(ReportPages, UseTheBuiltInStyleWhenTheFileIsNone)
+{
+    ASSERT_TRUE(sp_BuildWorstCaseHTMLReport(path("plain.html"), "", {}, {}));
+    const std::string plain = content(nativePath("plain.html"));
+    EXPECT_NE(plain.find("width: 100%;"), std::string::npos);
+#if defined(__unix__)
+    ASSERT_EQ(mkfifo(nativePath("pipe").c_str(), 0600), 0);
+#endif
+    for (const YString& style :
+         {path("missing.css"), path(""), path("pipe"), YString("/dev/zero"), YString("a\0b", 3), YString("/")}) {
+        ASSERT_TRUE(sp_BuildWorstCaseHTMLReport(path("page.html"), style, {}, {}));
+        EXPECT_EQ(content(nativePath("page.html")), plain) << style;
+    }
+}
+
+TEST_F(ReportPages, RefuseWhatCannotBeOpenedForWriting)
+{
+    QDir(QString::fromStdString(nativePath(""))).mkdir(QStringLiteral("directory"));
+    for (const YString& file : {path("missing/page.html"), path("directory"), YString(""), YString("a\0b", 3)})
+        EXPECT_FALSE(sp_BuildHTMLSensitivityReport(file, "", SampleCases(), Header(), 0)) << file;
+#if defined(__unix__)
+    EXPECT_FALSE(sp_BuildHTMLSensitivityReport("/dev/null", "", SampleCases(), Header(), 0));
+    struct stat status;
+    ASSERT_EQ(stat("/dev/null", &status), 0);
+    EXPECT_TRUE(S_ISCHR(status.st_mode)) << "a device is not replaced by a file";
+#endif
+}
+
+#if defined(__unix__)
+TEST_F(ReportPages, LeaveTheOldPageWhenTheDiskIsFull)
+{
+    write(nativePath("page.html"), "old");
+    rlimit before;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {100000, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    Cases cases;
+    for (int i = 1; i < 5000; ++i)
+        cases.insert(i, Case(i, {}, {LotItem("R1", 1, 2)}));
+    const bool written = sp_BuildMonteCarloHTMLReport(path("page.html"), "", cases, Header());
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+
+    EXPECT_FALSE(written);
+    EXPECT_EQ(content(nativePath("page.html")), "old");
+    EXPECT_EQ(QDir(QString::fromStdString(nativePath(""))).entryList(QDir::Files).size(), 1);
+    EXPECT_TRUE(sp_BuildMonteCarloHTMLReport(path("page.html"), "", cases, Header()));
+}
+#endif
+
+// Numbers keep their point where the user's locale has a comma, in the C library as well as in the streams.
+TEST_F(ReportPages, WriteNumbersTheSameInEveryLocale)
+{
+    struct Comma : std::numpunct<char>
+    {
+        char do_decimal_point() const override { return ','; }
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    ASSERT_TRUE(sp_BuildMonteCarloHTMLReport(path("a.html"), "", SampleCases(), Header()));
+    const std::locale before = std::locale::global(std::locale(std::locale(), new Comma));
+    const std::string cBefore = std::setlocale(LC_ALL, nullptr);
+    std::setlocale(LC_ALL, "de_DE.UTF-8"); // where it is installed
+    ASSERT_TRUE(sp_BuildMonteCarloHTMLReport(path("b.html"), "", SampleCases(), Header()));
+    std::locale::global(before);
+    std::setlocale(LC_ALL, cBefore.c_str());
+    EXPECT_EQ(content(nativePath("a.html")), content(nativePath("b.html")));
+}
+
+} // namespace
