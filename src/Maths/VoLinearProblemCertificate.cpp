@@ -54,7 +54,7 @@ struct Residuals
 
     void add(double residual, double tolerance)
     {
-        values.pushBack(std::max(residual, 0.0));
+        values.pushBack(residual <= 0 ? 0.0 : residual);
         if (!(residual <= tolerance)) // NaN counts
             significant = true;
     }

@@ -3,6 +3,7 @@
 #include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Core/VoThrow.h>
+#include <Maths/CondensedTableau.h>
 #include <Maths/SimplexKernel.h>
 #include <Maths/VoLinearProblemExceptions.h>
 #include <Maths/VoMaths.h>
@@ -16,6 +17,10 @@ namespace {
 using Tableau = VoNumericMatrix<double>;
 
 constexpr std::size_t MostCells = 100'000'000;
+
+// From here on leaving out the unit columns saves more than it costs to take them out and put them back.
+constexpr std::size_t FewestCellsToCondense = 16384;
+constexpr std::size_t FewestIterationsToCondense = 8;
 
 template <bool Maximise>
 void RequireShape(std::size_t parameters, std::size_t constraints)
@@ -288,11 +293,15 @@ const VoNumericMatrix<T>& VoSimplexAlgorithm<T, Maximise>::problemMatrix() const
 template <typename T, bool Maximise>
 VoPair<bool, std::size_t> VoSimplexAlgorithm<T, Maximise>::run(std::size_t maximumIterations)
 {
+    std::size_t iterations = 0;
     if (maximumIterations == 0 || solutionFound())
-        return {solutionFound(), 0};
+        return {solutionFound(), iterations};
+
+    iterations = runCondensed(maximumIterations);
+    if (iterations == maximumIterations || solutionFound())
+        return {solutionFound(), iterations};
 
     Steps steps(d->tableau, d->variables());
-    std::size_t iterations = 0;
     do {
         const std::size_t column = steps.chooseColumn();
         const auto row = steps.chooseRow(column);
@@ -301,6 +310,28 @@ VoPair<bool, std::size_t> VoSimplexAlgorithm<T, Maximise>::run(std::size_t maxim
         ++iterations;
     } while (iterations < maximumIterations && !solutionFound());
     return {solutionFound(), iterations};
+}
+
+// Makes as many steps as the condensed form of the tableau allows, and says how many.
+template <typename T, bool Maximise>
+std::size_t VoSimplexAlgorithm<T, Maximise>::runCondensed(std::size_t maximumIterations)
+{
+    using vo::detail::CondensedTableau;
+    Tableau& tableau = d->tableau;
+    if (maximumIterations < FewestIterationsToCondense || tableau.rows() * tableau.columns() < FewestCellsToCondense)
+        return 0;
+    auto condensed = CondensedTableau::Of(tableau, d->variables());
+    if (!condensed)
+        return 0;
+    std::size_t iterations = 0;
+    for (; iterations < maximumIterations && !condensed->isSolved(); ++iterations) {
+        const auto made = condensed->step();
+        if (made == CondensedTableau::Step::NotMade)
+            break;
+        d->zeroRatioPassedOver |= made == CondensedTableau::Step::MadeOverZeroRatio;
+    }
+    condensed->restore(tableau);
+    return iterations;
 }
 
 template <typename T, bool Maximise>

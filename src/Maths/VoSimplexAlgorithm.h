@@ -104,6 +104,7 @@ private:
     const Private& state() const;
     void requireCoefficients(const VoVector<T>& coefficients) const;
     void addConstraint(const VoVector<T>& coefficients, const T& bound);
+    std::size_t runCondensed(std::size_t maximumIterations);
 
     std::unique_ptr<Private> d;
 };

@@ -134,6 +134,79 @@ TEST(Simplex, AgreesBitForBitOnLongRows)
     }
 }
 
+// Larger tableaux are worked on without their unit columns, as long as that changes nothing.
+TEST(Simplex, AgreesBitForBitOnLargerProblems)
+{
+    VoRandom random(19);
+    for (int i = 0; i < 60; ++i) {
+        const auto parameters = static_cast<std::size_t>(random.integer(95, 115));
+        const auto constraints = static_cast<std::size_t>(random.integer(95, 115));
+        Largest solver(parameters, constraints);
+        ReferenceSimplex reference(parameters, constraints);
+        Fill(random, solver, reference);
+        const auto steps = static_cast<std::size_t>(random.integer(8, 60));
+        bool failed = false;
+        for (std::size_t step = 0; step < steps && !reference.found() && !failed; ++step)
+            failed = !reference.step();
+        // In two parts, so that the second starts from a tableau in the middle of its way.
+        try {
+            solver.run(steps / 2);
+            solver.run(steps - steps / 2);
+            EXPECT_FALSE(failed);
+        } catch (const VoInvalidCallException&) {
+            EXPECT_TRUE(failed);
+        }
+        ASSERT_TRUE(SameBits(solver.problemMatrix(), reference)) << i << ": " << parameters << " x " << constraints;
+    }
+}
+
+TEST(Simplex, AgreesBitForBitWhenNumbersOverflow)
+{
+    Largest solver(110, 90);
+    ReferenceSimplex reference(110, 90);
+    VoRandom random(20);
+    // Ten columns are tame; each other one has a tiny entry, the only one to be chosen, among huge ones.
+    Numbers objective(110);
+    for (std::size_t i = 0; i < 110; ++i) {
+        objective[i] = (i < 10 ? 1 : 100) * random.uniform();
+        reference.objective()[i] = -objective[i];
+    }
+    solver.setObjective(objective);
+    for (std::size_t k = 0; k < 90; ++k) {
+        Numbers coefficients(110);
+        for (std::size_t i = 0; i < 110; ++i) {
+            coefficients[i] = i < 10                      ? 0.1 + random.uniform()
+                              : i == k + 10               ? 1e-10
+                              : random.integer(0, 1) == 0 ? 0.0
+                                                          : -1e300 * random.uniform();
+            reference.cell(k, i) = coefficients[i];
+        }
+        reference.rightHandSide(k) = random.uniform();
+        solver.addLeqConstraint(coefficients, reference.rightHandSide(k));
+    }
+    bool failed = false;
+    for (int step = 0; step < 30 && !reference.found() && !failed; ++step)
+        failed = !reference.step();
+    try {
+        solver.run(30);
+        EXPECT_FALSE(failed);
+    } catch (const VoInvalidCallException&) {
+        EXPECT_TRUE(failed);
+    }
+    const SimplexMatrix& tableau = solver.problemMatrix();
+    bool overflowed = false;
+    for (std::size_t r = 0; r < tableau.rows(); ++r)
+        for (std::size_t c = 0; c < tableau.columns(); ++c) {
+            const double expected = reference.rows()[r][c];
+            overflowed = overflowed || !std::isfinite(expected);
+            // The sign of NaN is the compiler's choice of operands.
+            ASSERT_TRUE((std::isnan(expected) && std::isnan(tableau(r, c))) ||
+                        std::memcmp(&expected, tableau.rowData(r) + c, sizeof expected) == 0)
+                << r << ',' << c << ": " << tableau(r, c) << " instead of " << expected;
+        }
+    EXPECT_TRUE(overflowed) << "this problem no longer tries what it should";
+}
+
 TEST(Simplex, SolvesTheSmallSample)
 {
     Largest problem = Sample();

@@ -190,8 +190,9 @@ TEST_F(ReportDataFiles, ThatAreNotSoundAreRefusedAndNothingChanges)
         EXPECT_FALSE(sp_CompileSensReportData(path("results.xml"), &cases, &header)) << text;
         EXPECT_TRUE(cases.size() == 1 && cases.find(9)) << text;
         EXPECT_EQ(header.title, YString("before")) << text;
-        if (message)
+        if (message) {
             EXPECT_THROW_MSG(ReportDataFile::Read(file()), VoValidationException, message) << text;
+        }
     }
 }
 

@@ -78,7 +78,7 @@ TEST_F(Usage, helpNamesEveryCommandAndExitCode)
     EXPECT_EQ(overview.err, "");
     EXPECT_EQ(vo("--help").out, overview.out);
     for (const char* command : {"publish", "releases", "show", "diff", "plan", "install", "installed", "verify",
-                                "repair", "uninstall", "verify-release", "checksum", "help"}) {
+                                "repair", "uninstall", "verify-release", "checksum", "lp", "report", "help"}) {
         EXPECT_NE(overview.out.find("\n  " + std::string(command) + " "), std::string::npos) << command;
         const Outcome help = vo(std::string(command) + " --help");
         EXPECT_EQ(help.code, 0);
@@ -86,7 +86,8 @@ TEST_F(Usage, helpNamesEveryCommandAndExitCode)
         EXPECT_EQ(vo("help " + std::string(command)).out, help.out);
     }
     for (const char* code :
-         {"0  done", "1  failed", "2  wrong usage", "3  nothing", "4  verification", "5  cancelled", "6  refused"})
+         {"0  done", "1  failed", "2  wrong usage", "3  nothing", "4  verification", "5  cancelled", "6  refused",
+          "7  a linear problem"})
         EXPECT_NE(overview.out.find(std::string("\n  ") + code), std::string::npos) << code;
     std::size_t widest = 0;
     for (const QByteArray& line : QByteArray::fromStdString(overview.out).split('\n'))

@@ -9,7 +9,7 @@ const std::vector<Command>& Commands()
     static const std::vector<Command> commands = {
         PublishCommand(),       ReleasesCommand(),  ShowCommand(),   DiffCommand(),   PlanCommand(),
         InstallCommand(),       InstalledCommand(), VerifyCommand(), RepairCommand(), UninstallCommand(),
-        VerifyReleaseCommand(), ChecksumCommand(),  HelpCommand(),
+        VerifyReleaseCommand(), ChecksumCommand(),  LpCommand(),     ReportCommand(), HelpCommand(),
     };
     return commands;
 }

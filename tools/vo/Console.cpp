@@ -36,6 +36,8 @@ const char* statusName(ExitCode code)
         return "cancelled";
     case ExitCode::Unsafe:
         return "refused";
+    case ExitCode::NotProven:
+        return "not proven";
     }
     return "failed";
 }

@@ -46,6 +46,7 @@ VoString exitCodeTable()
         {"4", "verification found differences"},
         {"5", "cancelled; the same command goes on from there"},
         {"6", "refused as unsafe: a document that could do harm, or an older release than the installed one"},
+        {"7", "a linear problem was answered, but the answer is not proven optimal"},
     });
 }
 

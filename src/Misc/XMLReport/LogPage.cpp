@@ -14,10 +14,11 @@ constexpr std::string_view Refinements =
     ".parameters td:first-child,.parameters th:first-child{text-align:left}"
     ".run{content-visibility:auto;contain-intrinsic-size:auto 160px}"
     ".distributions{display:flex;flex-wrap:wrap;gap:16px;margin-bottom:24px;font:14px 'Open Sans',sans-serif}"
-    ".distribution{display:flex;flex-wrap:wrap;gap:0 16px;align-items:center;margin:0;padding:8px 12px;"
+    ".distribution{width:600px;display:flex;flex-wrap:wrap;gap:0 16px;align-items:center;margin:0;padding:8px 12px;"
     "border:1px solid #ddd;max-width:100%;box-sizing:border-box}"
     ".distribution figcaption{flex-basis:100%;font-weight:bold;overflow-wrap:anywhere}"
     ".distribution svg{max-width:100%;height:auto}"
+    ".statistics{font-size:inherit}"
     ".statistics th{text-align:left;font-weight:normal;color:#555;padding-right:12px}"
     ".statistics td{text-align:right;font-variant-numeric:tabular-nums}";
 

@@ -99,8 +99,12 @@ void WriteHistogram(ReportPage& page, const YString& name, const Sample& sample)
     page << "<path stroke=\"#555\" d=\"M0 " << std::to_string(PlotHeight) << "h" << std::to_string(Width) << "\"/>";
     if (sample.nominal)
         WriteNominalMark(page, histogram, *sample.nominal);
-    WriteLabel(page, "x=\"0\"", histogram.edges()[0]);
-    WriteLabel(page, "x=\"320\" text-anchor=\"end\"", histogram.edges()[histogram.bins()]);
+    if (sample.statistics.min() == sample.statistics.max()) {
+        WriteLabel(page, "x=\"160\" text-anchor=\"middle\"", sample.statistics.min());
+    } else {
+        WriteLabel(page, "x=\"0\"", histogram.edges()[0]);
+        WriteLabel(page, "x=\"320\" text-anchor=\"end\"", histogram.edges()[histogram.bins()]);
+    }
     page << "</svg>";
 }
 

@@ -45,6 +45,7 @@ constexpr std::string_view CommonRefinements =
     ".datatable td{width:auto;padding:3px 10px;text-align:right;vertical-align:top;white-space:nowrap;"
     "font-variant-numeric:tabular-nums;border-bottom:1px solid #ddd}"
     ".datatable tr:hover td{background:#f1f8f1}"
+    "@media(max-width:700px){.datatable{font-size:12px}.datatable th,.datatable td{padding-left:6px;padding-right:6px}}"
     ".headertable{width:auto;margin:0 0 16px;font-size:14px}"
     ".headertable td{padding:2px 16px 2px 0;overflow-wrap:anywhere}"
     ".headertable td:first-child{color:#555;white-space:nowrap}";

@@ -20,7 +20,7 @@ using vo::detail::ReportPage;
 // it, the one place of this page that is not fixed.
 constexpr std::string_view Legend = "<p>* inconsistent between lot items, !DIV0 division by zero</p>";
 constexpr std::string_view Refinements =
-    ".datatable tr:first-child th{text-align:center;border-left:1px solid #fff}"
+    ".datatable tr:first-child th{text-align:left;border-left:1px solid #fff}"
     ".datatable tr:nth-child(2) th{top:28px}"
     ".datatable td:nth-child(2):not(:nth-last-child(2)),.datatable tr:nth-child(2) th:nth-child(2),"
     ".datatable td:nth-last-child(3),.datatable tr:nth-child(2) th:nth-last-child(3){text-align:left}"

@@ -1,0 +1,119 @@
+#include "../CommandError.h"
+#include "../Paths.h"
+#include "../Session.h"
+
+#include <Core/NumberText.h>
+#include <Core/VoException.h>
+#include <Maths/VoLinearProblemCertificate.h>
+#include <Maths/VoLinearProblemExceptions.h>
+#include <Maths/VoLinearProblemSolution.h>
+#include <Maths/VoLinearProblemText.h>
+
+#include <limits>
+
+namespace vo::tool {
+namespace {
+
+using Verdict = VoLinearProblemCertificate::Verdict;
+
+constexpr std::int64_t DefaultIterations = 1'000'000;
+
+VoString text(double value)
+{
+    return VoString(detail::GeneralText(value, 12));
+}
+
+VoString verdictText(Verdict verdict)
+{
+    switch (verdict) {
+    case Verdict::Optimal:
+        return "optimal";
+    case Verdict::Feasible:
+        return "feasible, not proven optimal";
+    case Verdict::Infeasible:
+        return "infeasible";
+    }
+    return VoString();
+}
+
+VoLinearProblemText read(Session& session)
+{
+    try {
+        return VoLinearProblemText::Read(session.arguments.fileArgument(0));
+    } catch (const VoLinearProblemException& exception) {
+        throw Failure(session.arguments.argument(0) + ": " + exception.message());
+    }
+}
+
+VoLinearProblemSolution solve(Session& session, const VoLinearProblem& problem)
+{
+    const std::int64_t most =
+        session.arguments.integer("iterations", DefaultIterations, 0, std::numeric_limits<std::int64_t>::max());
+    try {
+        return VoLinearProblemSolution::Solve(problem, static_cast<std::size_t>(most));
+    } catch (const VoInvalidCallException& exception) {
+        throw Failure(exception.message() + ": the problem has no finite optimum, or too many bounds of zero");
+    }
+}
+
+void showSolution(Console& console, const VoLinearProblemText& read, const VoLinearProblemSolution& solution)
+{
+    console.fact("value", "value", text(solution.value), solution.value);
+    console.list("parameters");
+    for (std::size_t i = 0; i < solution.parameters.size(); ++i) {
+        const VoString& name = read.parameterNames.at(i);
+        const double value = solution.parameters.at(i);
+        console.row("parameters", "  " + Printable(name) + " = " + text(value),
+                    JsonRecord()("name", name)("value", value));
+    }
+    console.fact("iterations", "iterations", solution.iterations);
+    console.member("found", solution.found);
+}
+
+void showCertificate(Console& console, const VoLinearProblemCertificate& certificate)
+{
+    const auto figure = [&console](const char* key, const char* label, double value) {
+        console.fact(key, label, text(value), value);
+    };
+    const VoString verdict = verdictText(certificate.verdict());
+    console.fact("verdict", "verdict", verdict, verdict);
+    figure("primalResidual", "primal residual", certificate.largestPrimalResidual());
+    figure("dualResidual", "dual residual", certificate.largestDualResidual());
+    figure("gap", "gap", certificate.gap());
+    figure("valueError", "value error", certificate.valueError());
+    console.member("zeroRatioPassedOver", certificate.zeroRatioPassedOver());
+    if (certificate.zeroRatioPassedOver())
+        console.note("a constraint that allowed no step was passed over: the answer may be wrong");
+}
+
+ExitCode run(Session& session)
+{
+    const VoLinearProblemText problem = read(session);
+    const VoLinearProblemSolution solution = solve(session, problem.problem);
+    const VoLinearProblemCertificate certificate(problem.problem, solution);
+    showSolution(session.console, problem, solution);
+    showCertificate(session.console, certificate);
+    if (!solution.found)
+        session.console.note("stopped after " + VoString(solution.iterations) + " iterations without a solution");
+    return certificate.verdict() == Verdict::Optimal ? ExitCode::Done : ExitCode::NotProven;
+}
+
+} // namespace
+
+Command LpCommand()
+{
+    return {
+        "lp",
+        "PROBLEM",
+        "solve a linear problem and check the answer",
+        "Solves a linear problem in the common text format: one objective, \"<=\" constraints with bounds that are\n"
+        "not negative when maximizing; as many \">=\" constraints as variables when minimizing. Anything else is\n"
+        "refused with the number of the line. The answer is checked apart from the solver, and the exit code is 7\n"
+        "unless it is proven optimal.\n",
+        {{"iterations", "N", "make at most N iterations, instead of 1000000"}},
+        1,
+        1,
+        run};
+}
+
+} // namespace vo::tool

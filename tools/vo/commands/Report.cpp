@@ -1,0 +1,116 @@
+#include "../CommandError.h"
+#include "../Paths.h"
+#include "../Session.h"
+
+#include <Core/VoFileException.h>
+#include <FileSystem/VoFileSystem.h>
+#include <Misc/XMLReport/ReportDataFile.h>
+#include <Misc/XMLReport/ReportPages.h>
+
+#include <limits>
+
+namespace vo::tool {
+namespace {
+
+using Analysis = XMLReportHeader::Analysis;
+
+struct Kind
+{
+    Analysis analysis;
+    const char* name;
+};
+
+constexpr Kind kinds[] = {
+    {Analysis::Sensitivity, "sensitivity"}, {Analysis::MonteCarlo, "montecarlo"}, {Analysis::WorstCase, "worstcase"}};
+
+VoString nameOf(Analysis analysis)
+{
+    for (const Kind& kind : kinds)
+        if (kind.analysis == analysis)
+            return kind.name;
+    return VoString();
+}
+
+Analysis analysisOf(const VoString& name)
+{
+    for (const Kind& kind : kinds)
+        if (name.equal(kind.name, VoString::CaseSensitive))
+            return kind.analysis;
+    throw UsageError("\"" + name + "\" is no kind of report: sensitivity, montecarlo or worstcase");
+}
+
+int sortColumn(const Arguments& arguments, Analysis analysis)
+{
+    if (analysis != Analysis::Sensitivity && arguments.has("sort"))
+        throw UsageError("option --sort: only sensitivity reports are sorted");
+    return static_cast<int>(arguments.integer("sort", 0, 0, std::numeric_limits<int>::max()));
+}
+
+VoString styleFile(Session& session)
+{
+    const auto style = session.arguments.file("style");
+    if (!style)
+        return VoString();
+    if (!VoFileSystem::Exists(*style))
+        session.console.note("style file not found, the built-in style serves: " + PathText(*style));
+    return style->toString();
+}
+
+bool write(const ReportDataFile& data, const VoFilePath& page, const VoString& style, int column)
+{
+    switch (data.header.analysis) {
+    case Analysis::Sensitivity:
+        return sp_BuildHTMLSensitivityReport(page.toString(), style, data.cases, data.header, column);
+    case Analysis::MonteCarlo:
+        return sp_BuildMonteCarloHTMLReport(page.toString(), style, data.cases, data.header);
+    case Analysis::WorstCase:
+        return sp_BuildWorstCaseHTMLReport(page.toString(), style, data.cases, data.header);
+    }
+    return false;
+}
+
+ExitCode run(Session& session)
+{
+    const Arguments& arguments = session.arguments;
+    const Analysis analysis = analysisOf(arguments.argument(0));
+    const int column = sortColumn(arguments, analysis);
+    const VoFilePath results = arguments.fileArgument(1);
+    const VoFilePath page = arguments.fileArgument(2);
+
+    ReportDataFile data;
+    try {
+        data = ReportDataFile::Read(results);
+    } catch (const VoFileException&) {
+        throw; // names the file itself
+    } catch (const VoException& exception) {
+        throw Failure(PathText(results) + ": " + exception.message());
+    }
+    if (data.header.analysis != analysis)
+        throw Failure(PathText(results) + " holds the results of another analysis: " + nameOf(data.header.analysis));
+    if (!write(data, page, styleFile(session), column))
+        throw Failure("cannot write the page " + PathText(page));
+
+    session.console.fact("page", "page", PathText(page), PathText(page));
+    session.console.fact("cases", "cases", data.cases.size());
+    session.console.fact("results", "results", data.header.resultNames.size());
+    return ExitCode::Done;
+}
+
+} // namespace
+
+Command ReportCommand()
+{
+    return {"report",
+            "sensitivity|montecarlo|worstcase RESULTS.xml OUT.html",
+            "write the results of an analysis as a page for the browser",
+            "Reads the results file of an analysis and writes its HTML page.\n"
+            "Columns to sort by: 0 the case number, 1 the reference; then value, delta and norm of each result, by\n"
+            "magnitude, the largest first.\n",
+            {{"style", "FILE", "put the rules of FILE in the place of the built-in style"},
+             {"sort", "COLUMN", "sort a sensitivity report by that column, instead of 0"}},
+            3,
+            3,
+            run};
+}
+
+} // namespace vo::tool
