@@ -45,12 +45,10 @@ VoLinearProblemText read(Session& session)
     }
 }
 
-VoLinearProblemSolution solve(Session& session, const VoLinearProblem& problem)
+VoLinearProblemSolution solve(const VoLinearProblem& problem, std::int64_t mostIterations)
 {
-    const std::int64_t most =
-        session.arguments.integer("iterations", DefaultIterations, 0, std::numeric_limits<std::int64_t>::max());
     try {
-        return VoLinearProblemSolution::Solve(problem, static_cast<std::size_t>(most));
+        return VoLinearProblemSolution::Solve(problem, static_cast<std::size_t>(mostIterations));
     } catch (const VoInvalidCallException& exception) {
         throw Failure(exception.message() + ": the problem has no finite optimum, or too many bounds of zero");
     }
@@ -88,8 +86,10 @@ void showCertificate(Console& console, const VoLinearProblemCertificate& certifi
 
 ExitCode run(Session& session)
 {
+    const std::int64_t mostIterations =
+        session.arguments.integer("iterations", DefaultIterations, 0, std::numeric_limits<std::int64_t>::max());
     const VoLinearProblemText problem = read(session);
-    const VoLinearProblemSolution solution = solve(session, problem.problem);
+    const VoLinearProblemSolution solution = solve(problem.problem, mostIterations);
     const VoLinearProblemCertificate certificate(problem.problem, solution);
     showSolution(session.console, problem, solution);
     showCertificate(session.console, certificate);
