@@ -1,4 +1,5 @@
 #include "InterleavedTiming.h"
+#include "ResultRow.h"
 
 #include <Core/VoString.h>
 #include <FileSystem/VoFilePath.h>
@@ -93,9 +94,9 @@ int main()
     QTemporaryDir directory;
     const auto path = [&](const char* name) { return directory.filePath(QString::fromUtf8(name)).toStdString(); };
     const YString page(path("page.html"));
-    std::printf("%-34s %11s %11s %8s  %s\n", "job", "ours", "floor", "ratio", "goal");
-
-    const Analysis analysis = MakeAnalysis(10000);
+    const int cases = IsSmokeRun() ? 100 : 10000;
+    const int repetitions = IsSmokeRun() ? 1 : 7;
+    const Analysis analysis = MakeAnalysis(cases);
     const long before = HighestMemory();
     sp_BuildHTMLSensitivityReport(page, "", analysis.cases, analysis.header, 0);
     const long after = HighestMemory();
@@ -103,23 +104,29 @@ int main()
 
     const auto times =
         InterleavedTiming({[&] { sp_BuildHTMLSensitivityReport(page, "", analysis.cases, analysis.header, 1000); },
-                           [&] { PlainPage(path("plain.html"), analysis); }});
-    std::printf("%-34s %8.0f ms %8.0f ms %8.2f  %s\n", "sensitivity page, sorted by norm", times[0] * 1e3,
-                times[1] * 1e3, times[1] / times[0], ">= 0.5");
-    std::printf("%-34s %8ld kB  for a page of %lld kB\n", "memory above the data", after - before,
-                static_cast<long long>(bytes / 1024));
+                           [&] { PlainPage(path("plain.html"), analysis); }},
+                          repetitions);
+    ResultRow sorted{"sensitivity page, sorted by norm", Milliseconds(times[0]), Milliseconds(times[1]) + " fprintf"};
+    sorted.ratio = times[1] / times[0];
+    sorted.atLeast = 0.5;
+    PrintRow(sorted);
+    PrintRow({"memory of it above the data", std::to_string(after - before) + " kB",
+              std::to_string(bytes / 1024) + " kB page"});
 
-    const Analysis small = MakeAnalysis(2500);
+    const Analysis small = MakeAnalysis(cases / 4);
     const auto growth =
         InterleavedTiming({[&] { sp_BuildHTMLSensitivityReport(page, "", analysis.cases, analysis.header, 1000); },
-                           [&] { sp_BuildHTMLSensitivityReport(page, "", small.cases, small.header, 1000); }});
-    std::printf("%-34s %8.2f\n", "time at 10,000 over time at 2,500", growth[0] / growth[1]);
+                           [&] { sp_BuildHTMLSensitivityReport(page, "", small.cases, small.header, 1000); }},
+                          repetitions);
+    ResultRow fourfold{"the same at 4 n over the same at n", Milliseconds(growth[0]), Milliseconds(growth[1])};
+    fourfold.ratio = growth[0] / growth[1];
+    PrintRow(fourfold);
 
     const VoFilePath results{VoString(path("results.xml"))};
-    std::printf("%-34s %8.0f ms\n", "writing the results file",
-                1e3 * Once([&] { ReportDataFile::Write(results, analysis.cases, analysis.header); }));
-    std::printf("%-34s %8.0f ms\n", "reading it", 1e3 * Once([&] { ReportDataFile::Read(results); }));
-    std::printf("%-34s %8.0f ms\n", "Monte Carlo page",
-                1e3 * Once([&] { sp_BuildMonteCarloHTMLReport(page, "", analysis.cases, analysis.header); }));
+    PrintRow({"writing the results file",
+              Milliseconds(Once([&] { ReportDataFile::Write(results, analysis.cases, analysis.header); }))});
+    PrintRow({"reading it", Milliseconds(Once([&] { ReportDataFile::Read(results); }))});
+    PrintRow({"Monte Carlo page",
+              Milliseconds(Once([&] { sp_BuildMonteCarloHTMLReport(page, "", analysis.cases, analysis.header); }))});
     return 0;
 }

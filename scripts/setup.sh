@@ -1,6 +1,6 @@
 # Sourced by run.sh, test.sh and .ci/run: installs what is missing and sets how many jobs a build may run.
 #
-# Nothing is asked of the network when every package of scripts/packages stands already.
+# Nothing is asked of the network when every package of the lists stands already.
 
 vocore_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -9,7 +9,8 @@ say() { printf '==> %s\n' "$*"; }
 
 fail() { printf 'FAILED: %s\n' "$*" >&2; exit 1; }
 
-vocore_packages() { sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' "$vocore_root/scripts/packages"; }
+vocore_package_lists=("$vocore_root/scripts/packages")
+vocore_packages() { sed -e 's/#.*//' -e 's/[[:space:]]//g' -e '/^$/d' "${vocore_package_lists[@]}"; }
 
 vocore_missing_packages() {
     local package
