@@ -1,0 +1,39 @@
+#pragma once
+
+#include <Core/VoExport.h>
+#include <Core/VoForward.h>
+
+/// Packs files into archives and unpacks archives, whole.
+class VOCORE_EXPORT VoZipper
+{
+public:
+    /// Packs a file under its bare name, or every file below a directory under its path as seen from there, sorted, so
+    /// that the same tree gives the same bytes. Empty directories are left out, links to directories are not followed,
+    /// and an archive that lies in the directory does not pack itself. The archive appears whole or not at all: what
+    /// the path held before stays until the new archive is complete.
+    /// @throw VoCannotOpenFileException with the file that cannot be read, the source itself among them
+    /// @throw VoValidationException "Invalid path in zip archive: " and the name, for one of two names that differ in
+    ///        case only
+    /// @throw VoInvalidCallException or VoInvalidParameterException as VoZipArchive, when the archive cannot be written
+    static void Zip(const VoFilePath& archivePath, const VoFilePath& source);
+
+    /// Unpacks an archive into a directory, which is made when it is missing. Entries whose names end with "/" become
+    /// directories. Each file appears whole or not at all and replaces what bears its name; when something fails, the
+    /// files before it stay.
+    ///
+    /// All names and sizes are checked before the first byte is written. Refused with VoValidationException "Invalid
+    /// path in zip archive: " and the name: what does not stay below the directory or is no file name on some platform
+    /// (see vo::detail::SafeRelativePath), names that are equal but for case, a name that is a file and a directory,
+    /// and a place that links lead out of the directory.
+    /// @throw VoFileException "Cannot unzip as target path is not a directory" when the target's text does not end with
+    ///        the separator; then the archive is not even looked at
+    /// @throw VoPathSizeFileException when a file's path would be too long
+    /// @throw VoInvalidParameterException as VoZipArchive::open, for an encrypted entry or an unknown method
+    /// @throw VoFileException "Not enough disk space to unzip archive"
+    /// @throw VoCannotOpenFileException with the file that cannot be made
+    /// @throw VoInvalidCallException as VoZipFile reads, for damaged content
+    static void Unzip(const VoFilePath& archivePath, const VoFilePath& targetDirectory);
+
+private:
+    VoZipper() = delete;
+};

@@ -1,0 +1,3 @@
+#include <Documents/VoZipArchive.h>
+
+#include <gtest/gtest.h>
