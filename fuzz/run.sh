@@ -24,7 +24,7 @@ for entry in "$@"; do
     say "$entry for $seconds seconds"
     dictionary=()
     case $entry in
-    declarations | definition | listing | registry | xml) dictionary=(-dict=fuzz/xml.dict) ;;
+    declarations | definition | listing | registry | results | xml) dictionary=(-dict=fuzz/xml.dict) ;;
     esac
     "build/fuzz/fuzz/fuzz_$entry" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -max_len=16384 \
         -artifact_prefix="build/fuzz/findings/$entry-" -print_final_stats=1 "${dictionary[@]}" \
