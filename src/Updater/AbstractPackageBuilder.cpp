@@ -14,6 +14,7 @@
 #include <Threading/VoBroadcaster.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/ChunkWriter.h>
+#include <Updater/DeclaredHistory.h>
 #include <Updater/PackageValidator.h>
 #include <Updater/SourceTree.h>
 #include <Updater/UpdaterPaths.h>
@@ -197,13 +198,24 @@ void AbstractPackageBuilder::add(const VoDirectoryPath& directory, const VoFileP
     addDirectory(directory, declarationsFile);
 }
 
-void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, const VoFilePath& declarationsFile)
+void AbstractPackageBuilder::addByAge(const VoDirectoryPath& directory, const VoFilePath& declarationsFile)
 {
-    const std::vector<SourceFile> sources =
-        ListSources(directory, declarationsFile, [this](const VoString& text) { warning(text); });
+    const Session session(*m_private);
+    addDirectory(directory, declarationsFile, true);
+}
+
+void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, const VoFilePath& declarationsFile,
+                                          bool byAge)
+{
+    const auto warn = [this](const VoString& text) { warning(text); };
+    std::vector<SourceFile> sources = ListSources(directory, declarationsFile, warn);
     // A name that cannot be installed is reported before the first byte is packed.
     for (const SourceFile& file : sources)
         RequireSafeTarget(file.target);
+    if (byAge) {
+        const auto reading = [this](const VoFilePath& file) { announce("Comparing file: " + file.path()); };
+        sources = SortedByAge(std::move(sources), packageID(), declarationsFile, reading, warn);
+    }
     for (const SourceFile& file : sources)
         addFile(file.source, file.target);
 }

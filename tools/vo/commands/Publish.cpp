@@ -104,7 +104,7 @@ void build(Session& session, AbstractPackageBuilder& builder, const Request& req
         if (message->message().startsWith("Adding file to package: "))
             console.progress("Packing", ProgressLine::Unit::Files, begun++, expected);
     });
-    builder.add(request.folder, request.declarations);
+    builder.addByAge(request.folder, request.declarations);
     if (builder.package().files().isEmpty())
         throw Failure("\"" + PathText(request.folder) + "\" holds no files to publish");
     builder.finalise(request.declarations);
@@ -152,8 +152,8 @@ Command PublishCommand()
         "Packs the files of a folder into compressed chunks beside a declarations file, which is created when it\n"
         "does not exist, and declares them there as a release. When the declarations already have a package with\n"
         "that ID (or, without --package, with that name) this is its next release: a file at an unchanged place\n"
-        "keeps its ID, so that an update fetches only what changed. Otherwise a new package begins, and its ID is\n"
-        "printed. Nothing shows before the last step.\n",
+        "keeps its ID, and the files that changed last are packed first, so that an update fetches little more than\n"
+        "what changed. Otherwise a new package begins, and its ID is printed. Nothing shows before the last step.\n",
         {{"to", "DECLARATIONS", "the declarations file"},
          {"name", "NAME", "what people call the package; needed for its first release"},
          {"release", "V", "the number of the release, such as 4.2.17"},

@@ -1,0 +1,174 @@
+#include "UpdaterFixture.h"
+
+#include <Updater/AdvertisedPackages.h>
+#include <Updater/PackageBuilder.h>
+#include <Updater/PackingOrder.h>
+#include <Updater/UpdatePackageBuilder.h>
+#include <Updater/UpdatePlan.h>
+
+#include <vector>
+
+using namespace vo::updater;
+using namespace vo::updater::detail;
+using namespace vo::test;
+
+namespace {
+
+constexpr std::uint64_t capacity = 1000;
+
+/// A tree that changes from release to release: of 60 files some are rewritten, removed and added each time. Contents
+/// are numbered, so that none comes back.
+class ChangingTree
+{
+public:
+    explicit ChangingTree(unsigned seed)
+        : m_random(seed)
+    {
+        for (int i = 0; i < 60; ++i)
+            add();
+    }
+
+    const std::map<std::string, std::string>& files() const { return m_files; }
+
+    void change()
+    {
+        for (auto file = m_files.begin(); file != m_files.end();) {
+            const auto draw = m_random() % 100;
+            if (draw < 8)
+                file->second = content();
+            file = draw >= 97 ? m_files.erase(file) : std::next(file);
+        }
+        for (auto count = 1 + m_random() % 4; count > 0; --count)
+            add();
+    }
+
+private:
+    void add() { m_files["d" + std::to_string(m_random() % 5) + "/f" + std::to_string(m_random())] = content(); }
+
+    std::string content()
+    {
+        std::string text = std::to_string(++m_contents) + ' ';
+        return text + std::string(m_random() % 700, 'x');
+    }
+
+    std::mt19937 m_random;
+    int m_contents = 0;
+    std::map<std::string, std::string> m_files;
+};
+
+/// The bytes that the chunks of an update hold, and those of the files that it writes.
+struct Cost
+{
+    std::uint64_t held = 0;
+    std::uint64_t needed = 0;
+};
+
+Cost UpdateCost(const AdvertisedPackageListing* from, const AdvertisedPackageListing& to)
+{
+    const UpdatePlan plan = PlanUpdate(from ? std::move(*from->compare(to)) : Differences(nullptr, to), nullptr, to);
+    Cost cost;
+    for (const PlannedChunk& chunk : plan.chunks)
+        cost.held += chunk.extent;
+    cost.needed = plan.bytesToWrite;
+    return cost;
+}
+
+class PackingOrderTest : public UpdaterTest
+{
+protected:
+    PackingOrderTest() { std::filesystem::create_directory(vo::detail::ToNative(directory("site"))); }
+
+    VoUniquePtr<AdvertisedPackageListing> publish(int minor, const std::map<std::string, std::string>& files,
+                                                  const AdvertisedPackageListing* base, bool byAge)
+    {
+        const VoDirectoryPath source = directory("source");
+        std::filesystem::remove_all(vo::detail::ToNative(source));
+        for (const auto& [name, content] : files)
+            WriteBytes(source.appended(VoFilePath(name.c_str())), content);
+        const VoVersion version(1, minor, 0, VoVersion::Release);
+        std::unique_ptr<AbstractPackageBuilder> builder;
+        if (base)
+            builder = std::make_unique<UpdatePackageBuilder>(*base, version, capacity, 1);
+        else
+            builder = std::make_unique<PackageBuilder>(VoUUID("pack"), "Examples", version, capacity, 1);
+        if (byAge)
+            builder->addByAge(source, declarations());
+        else
+            builder->add(source);
+        builder->finalise(declarations());
+        return VoUniquePtr<AdvertisedPackageListing>::Make(builder->package());
+    }
+
+    VoFilePath declarations() const { return file("site\\releases.xml"); }
+};
+
+VoDeque<PackingOrder::File> FilesOf(const AdvertisedPackageListing& package)
+{
+    VoDeque<PackingOrder::File> files;
+    for (const AdvertisedFileListing& file : package.files())
+        files.pushBack({file.target(), file.checksum(), static_cast<std::uint64_t>(file.size().bytes())});
+    return files;
+}
+
+std::vector<std::string> Order(const PackingOrder& order)
+{
+    std::vector<std::string> targets;
+    for (const VoFilePath& target : order.targets())
+        targets.push_back(target.path().toStdString());
+    return targets;
+}
+
+} // namespace
+
+TEST_F(PackingOrderTest, AnUpdateFromAnyReleaseFetchesAtMostOneChunkMoreThanItsFiles)
+{
+    ChangingTree tree(7);
+    std::vector<VoUniquePtr<AdvertisedPackageListing>> releases;
+    for (int i = 0; i < 12; ++i, tree.change())
+        releases.push_back(publish(i, tree.files(), i == 0 ? nullptr : releases.back().get(), true));
+    for (std::size_t to = 0; to < releases.size(); ++to) {
+        for (std::size_t from = 0; from <= to; ++from) {
+            // The last turn is the first installation.
+            const Cost cost = UpdateCost(from < to ? releases[from].get() : nullptr, *releases[to]);
+            EXPECT_GT(cost.needed, 0u);
+            EXPECT_LE(cost.held, cost.needed + capacity) << from << " to " << to;
+        }
+    }
+    // What the order is for: in the order of paths the last update fetches several times as much.
+    const auto sorted = publish(11, tree.files(), releases.back().get(), false);
+    const auto aged = publish(12, tree.files(), releases.back().get(), true);
+    EXPECT_GT(UpdateCost(releases.back().get(), *sorted).held, 2 * UpdateCost(releases.back().get(), *aged).held);
+}
+
+TEST_F(PackingOrderTest, AgeIsCountedOverUnbrokenRunsOfOneContent)
+{
+    const auto first = Package("p", "1",
+                               {FileListing("1", "old", "same"), FileListing("2", "back", "one"),
+                                FileListing("3", "renewed", "x"), FileListing("4", "other id", "y")});
+    const auto second = Package("p", "2",
+                                {FileListing("1", "old", "same"), FileListing("2", "back", "two"),
+                                 FileListing("3", "renewed", "z"), FileListing("9", "other id", "y")});
+    const auto next =
+        Package("p", "3",
+                {FileListing("1", "OLD", "same"), FileListing("2", "back", "one"), FileListing("3", "renewed", "z"),
+                 FileListing("9", "other id", "y"), FileListing("5", "added", "same")});
+    PackingOrder order(FilesOf(next));
+    EXPECT_EQ(Order(order), (std::vector<std::string>{"OLD", "added", "back", "other id", "renewed"}));
+    order.addEarlier(second);
+    EXPECT_EQ(Order(order), (std::vector<std::string>{"added", "back", "OLD", "other id", "renewed"}));
+    EXPECT_FALSE(order.isDecided());
+    order.addEarlier(first);
+    EXPECT_EQ(Order(order), (std::vector<std::string>{"added", "back", "other id", "renewed", "OLD"}));
+    order.addEarlier(Package("p", "0"));
+    EXPECT_TRUE(order.isDecided());
+}
+
+TEST_F(PackingOrderTest, AnUnreadableEarlierReleaseIsNoObstacle)
+{
+    const auto first = publish(0, {{"a", "1"}, {"b", "2"}, {"c", "3"}}, nullptr, true);
+    const auto second = publish(1, {{"a", "1"}, {"b", "4"}, {"c", "3"}}, first.get(), true);
+    WriteBytes(directory("site").directory("packages").directory("pack").directory("1.0.0.0").file("package.xml"), "?");
+    const auto third = publish(2, {{"a", "1"}, {"b", "4"}, {"c", "5"}}, second.get(), true);
+    EXPECT_EQ(third->files()[0].target(), "c");
+    EXPECT_EQ(third->files()[1].target(), "a");
+}
