@@ -4,6 +4,7 @@
 #include <Core/VoForward.h>
 #include <Core/VoWeakPtr.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -89,8 +90,12 @@ public:
     /// @}
 
 private:
-    void detach();
-    void finish();
+    friend class VoZipper;
+
+    VoWeakPtr<VoZipFile> openEntry(std::size_t index);
+    void detach() noexcept;
+    void finishEntry();
+    void requireOpened(int code, const VoString& name);
 
     std::unique_ptr<VoZipArchive_Internal> m_internal;
 };

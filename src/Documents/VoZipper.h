@@ -23,8 +23,8 @@ public:
     ///
     /// All names and sizes are checked before the first byte is written. Refused with VoValidationException "Invalid
     /// path in zip archive: " and the name: what does not stay below the directory or is no file name on some platform
-    /// (see vo::detail::SafeRelativePath), names that are equal but for case, a name that is a file and a directory,
-    /// and a place that links lead out of the directory.
+    /// (a colon, a control character, a device's name, a piece that ends with a dot or a blank), names that are equal
+    /// but for case, a name that is a file and a directory, and a place that links lead out of the directory.
     /// @throw VoFileException "Cannot unzip as target path is not a directory" when the target's text does not end with
     ///        the separator; then the archive is not even looked at
     /// @throw VoPathSizeFileException when a file's path would be too long

@@ -65,10 +65,12 @@ NativeFile NativeFile::OpenForReading(const std::filesystem::path& path, std::er
 
 NativeFile NativeFile::CreateNew(const std::filesystem::path& path, NewFileAccess, std::error_code& error) noexcept
 {
-    // The directories that hold such files inherit access for their owner only.
+    // The directories that hold such files inherit access for their owner only. Others may write too: those that take
+    // the path of a new file.
     error.clear();
-    const HANDLE handle = ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
-                                        CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE handle =
+        ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                      CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle != INVALID_HANDLE_VALUE)
         return NativeFile(reinterpret_cast<Handle>(handle));
     error = LastError();

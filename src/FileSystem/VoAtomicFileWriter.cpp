@@ -56,7 +56,7 @@ public:
         return !m_error;
     }
 
-    void finish(const std::filesystem::path& target)
+    void finish(const std::filesystem::path& target, bool forced)
     {
         flush();
         // A replaced file keeps its permissions; a link or a new file has none to keep.
@@ -64,7 +64,7 @@ public:
         const std::filesystem::file_status old = std::filesystem::symlink_status(target, ignored);
         if (std::filesystem::is_regular_file(old))
             std::filesystem::permissions(m_path, old.permissions(), ignored);
-        if (!m_error)
+        if (!m_error && forced)
             m_file.sync(m_error);
         std::error_code closing;
         m_file.close(closing);
@@ -89,6 +89,7 @@ public:
     }
 
     const std::error_code& error() const noexcept { return m_error; }
+    const std::filesystem::path& path() const noexcept { return m_path; }
 
 private:
     void flush()
@@ -197,7 +198,7 @@ void VoAtomicFileWriter::write(const char* data, std::size_t size)
                               VoFilePath());
 }
 
-void VoAtomicFileWriter::commit()
+void VoAtomicFileWriter::commit(Durability durability)
 {
     Private& data = state();
     if (data.committed)
@@ -205,15 +206,23 @@ void VoAtomicFileWriter::commit()
     data.committed = true;
     data.device->close();
     const std::filesystem::path target = vo::detail::ToNative(data.target);
-    data.content.finish(target);
+    const bool forced = durability == Durability::Forced;
+    data.content.finish(target, forced);
     if (data.content.error())
         data.fail("Cannot write file: ");
     data.content.rename(target);
     if (data.content.error())
         data.fail("rename: ");
+    if (!forced)
+        return;
     // The content has arrived; whether the name survives a loss of power this instant is beyond saying.
     std::error_code ignored;
     vo::detail::SyncDirectory(target.parent_path(), ignored);
+}
+
+VoFilePath VoAtomicFileWriter::temporary() const
+{
+    return m_private ? vo::detail::FromNative(m_private->content.path()) : VoFilePath();
 }
 
 const VoFilePath& VoAtomicFileWriter::target() const noexcept

@@ -42,12 +42,23 @@ public:
     /// it.
     void write(const char* data, std::size_t size);
 
-    /// Forces the content to disk and puts it in the target's place. After a failure the target is as it was and the
-    /// new content is gone.
+    /// Whether a commit waits for the disk.
+    enum class Durability
+    {
+        Forced,      ///< The content is on the disk when commit() returns.
+        LeftToSystem ///< The content is whole for every process; for many files that can be made again.
+    };
+
+    /// Forces the content to disk, unless that is left to the system, and puts it in the target's place. After a
+    /// failure the target is as it was and the new content is gone.
     /// @throw VoFileException "Cannot write file: " or "rename: " and the system's text
     /// @throw VoInvalidCallException "File already committed" when called again
-    void commit();
+    void commit(Durability durability = Durability::Forced);
 
+    /// The file beside the target, empty so far, for writers that take a path. They write and close it before commit(),
+    /// and nothing is written through this object then. Null after the commit.
+    /// @throw VoInvalidPathFileException when the name of a directory on the way holds a backslash
+    VoFilePath temporary() const;
     /// The file that commit() replaces.
     const VoFilePath& target() const noexcept;
 

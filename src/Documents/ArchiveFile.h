@@ -1,0 +1,53 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+namespace vo::detail {
+
+/// The file of an archive, in the form that the zip library asks for: many tiny reads and writes with jumps between
+/// them, which must not each become a call of the system. Nothing here throws; failures are kept.
+class ArchiveFile
+{
+public:
+    /// Null when the file cannot be opened. For writing it is created or emptied.
+    static std::unique_ptr<ArchiveFile> Open(const std::filesystem::path& file, bool writes) noexcept;
+
+    std::size_t read(char* data, std::size_t size) noexcept;        ///< Fewer only at the end and after a failure.
+    std::size_t write(const char* data, std::size_t size) noexcept; ///< Fewer only after a failure.
+    std::uint64_t tell() const noexcept { return m_position; }
+    bool seek(std::uint64_t offset, std::ios_base::seekdir origin) noexcept;
+    bool close() noexcept; ///< False when anything failed since the opening.
+    bool hasFailed() const noexcept { return m_failed; }
+
+private:
+    // The directory and the entries are read by turns: each has its window, so that they do not drive each other out.
+    struct Window
+    {
+        std::unique_ptr<char[]> bytes;
+        std::uint64_t start = 0;
+        std::size_t size = 0;
+
+        bool holds(std::uint64_t position) const { return position >= start && position - start < size; }
+    };
+
+    ArchiveFile() = default;
+
+    Window* window(std::uint64_t position);
+    std::size_t readAt(std::uint64_t position, char* data, std::size_t size);
+    bool writeAt(std::uint64_t position, const char* data, std::size_t size);
+    bool flush();
+    std::uint64_t end();
+
+    std::filebuf m_file;
+    std::uint64_t m_position = 0;
+    bool m_writes = false;
+    bool m_failed = false;
+    std::array<Window, 2> m_windows; // the first one was used last; when writing it is what is gathered
+};
+
+} // namespace vo::detail

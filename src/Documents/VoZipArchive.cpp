@@ -1,0 +1,229 @@
+#include <Documents/VoZipArchive.h>
+
+#include <Core/VoDeque.h>
+#include <Core/VoException.h>
+#include <Core/VoExceptionText.h>
+#include <Core/VoFileException.h>
+#include <Core/VoString.h>
+#include <Documents/VoZipArchiveInternal.h>
+#include <Documents/VoZipFile.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <Subsystem/VoLogging.h>
+
+#include <algorithm>
+#include <system_error>
+
+using vo::detail::UnzipHandle;
+using vo::detail::ZipHandle;
+
+namespace {
+
+int Level(VoZipArchive::Compression compression)
+{
+    switch (compression) {
+    case VoZipArchive::NoCompression:
+        return 0;
+    case VoZipArchive::Fastest:
+        return 1;
+    case VoZipArchive::Best:
+        return 9;
+    case VoZipArchive::Default:
+        break;
+    }
+    return -1;
+}
+
+// Other programs know names with "/" only.
+std::string StoredName(const VoFilePath& path)
+{
+    std::string name = path.path().toStdString();
+    std::replace(name.begin(), name.end(), '\\', '/');
+    return name;
+}
+
+const char* ReadMessage(int code)
+{
+    switch (code) {
+    case -100:
+        return "Unzip end of list of file";
+    case -102:
+        return "Unzip param error";
+    case -103:
+        return "Unzip bad zip file";
+    case -104:
+        return "Unzip internal error";
+    case -105:
+        return "Unzip CRC error";
+    default:
+        return "Unzip faliure"; // spelt so in the messages that callers know
+    }
+}
+
+const char* WriteMessage(int code)
+{
+    switch (code) {
+    case -102:
+        return "Zip param error";
+    case -103:
+        return "Zip bad zip file";
+    case -104:
+        return "Zip internal error";
+    default:
+        return "Zip failure";
+    }
+}
+
+UnzipHandle OpenForReading(const VoFilePath& path)
+{
+    if (!VoFileSystem::Exists(path))
+        throw VoFileNotFoundException(path);
+    const std::filesystem::path file = vo::detail::ToNative(path);
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(file, ignored)) // a pipe would keep us waiting
+        throw VoInvalidPathFileException(path);
+    UnzipHandle archive(file);
+    if (!archive && !vo::detail::IsEmptyArchive(file))
+        throw VoInvalidPathFileException(path);
+    return archive;
+}
+
+ZipHandle OpenForWriting(const VoFilePath& path)
+{
+    ZipHandle archive(vo::detail::ToNative(path));
+    if (!archive)
+        throw VoInvalidPathFileException(path);
+    return archive;
+}
+
+} // namespace
+
+VoZipArchive::VoZipArchive(const VoFilePath& path, Mode mode)
+    : m_internal(std::make_unique<VoZipArchive_Internal>())
+{
+    m_internal->path = path;
+    m_internal->mode = mode;
+    if (mode != Read && mode != Write)
+        throw VoInvalidParameterException("Unknown mode for zip/unzip");
+    vo::detail::RequireValidLength(path);
+    if (mode == Write)
+        m_internal->output.emplace(OpenForWriting(path));
+    else
+        m_internal->input.emplace(OpenForReading(path));
+    m_internal->closed = false;
+}
+
+VoZipArchive::~VoZipArchive()
+{
+    try {
+        close();
+    } catch (...) {
+        vo::logging::Logger::Get("zip").error(vo::CurrentExceptionText());
+    }
+}
+
+void VoZipArchive::close()
+{
+    detach();
+    if (m_internal->closed)
+        return;
+    m_internal->closed = true;
+    const int code = m_internal->output ? m_internal->output->close() : m_internal->input->close();
+    if (code != vo::detail::ZipDone)
+        throw VoInvalidCallException("Cannot close zip archive file: " + errorMessage(code) + " in " +
+                                     m_internal->path.path());
+}
+
+VoWeakPtr<VoZipFile> VoZipArchive::open(const VoFilePath& entryPath, Compression compression)
+{
+    detach();
+    m_internal->activeFile = VoSharedPtr<VoZipFile>(new VoZipFile(*this));
+    int code;
+    if (m_internal->output) {
+        m_internal->activeFile->open(VoIODevice::Write);
+        finishEntry();
+        code = m_internal->output->open(StoredName(entryPath), Level(compression));
+    } else {
+        m_internal->activeFile->open(VoIODevice::Read);
+        code = m_internal->closed ? static_cast<int>(vo::detail::ZipWrongParameter)
+                                  : m_internal->input->open(entryPath.path().toStdString());
+    }
+    requireOpened(code, entryPath.path());
+    return m_internal->activeFile;
+}
+
+VoWeakPtr<VoZipFile> VoZipArchive::openEntry(std::size_t index)
+{
+    detach();
+    m_internal->activeFile = VoSharedPtr<VoZipFile>(new VoZipFile(*this));
+    m_internal->activeFile->open(VoIODevice::Read);
+    const int code = m_internal->input->open(index);
+    requireOpened(code,
+                  code == vo::detail::ZipDone ? VoString() : VoString(std::string(m_internal->input->name(index))));
+    return m_internal->activeFile;
+}
+
+VoDeque<VoFilePath> VoZipArchive::paths()
+{
+    if (!m_internal->input)
+        throw VoInvalidCallException("Zip paths cannot be returned in write mode");
+    detach();
+    VoDeque<VoFilePath> paths;
+    if (m_internal->closed)
+        return paths;
+    vo::detail::ZipInput& input = *m_internal->input;
+    for (std::size_t i = 0; i < input.count(); ++i)
+        paths.pushBack(VoFilePath(VoString(std::string(input.name(i)))));
+    return paths;
+}
+
+VoString VoZipArchive::errorMessage(int code) const
+{
+    switch (m_internal->mode) {
+    case Read:
+        return ReadMessage(code);
+    case Write:
+        return WriteMessage(code);
+    }
+    return "Zip/Unzip Unknown error";
+}
+
+VoZipArchive::Mode VoZipArchive::mode() const noexcept
+{
+    return m_internal->mode;
+}
+
+VoZipArchive_Internal& VoZipArchive::internal() noexcept
+{
+    return *m_internal;
+}
+
+const VoZipArchive_Internal& VoZipArchive::internal() const noexcept
+{
+    return *m_internal;
+}
+
+void VoZipArchive::detach() noexcept
+{
+    if (m_internal->activeFile)
+        m_internal->activeFile->destroy();
+    m_internal->activeFile.reset();
+}
+
+// The entry before is compressed in full; what went wrong with it is not blamed on the next one.
+void VoZipArchive::finishEntry()
+{
+    if (const int code = m_internal->output->finishEntry()) {
+        detach();
+        throw VoInvalidCallException("VoZipFile write failed: " + errorMessage(code));
+    }
+}
+
+// A file that could not be opened is not the active one.
+void VoZipArchive::requireOpened(int code, const VoString& name)
+{
+    if (code == vo::detail::ZipDone)
+        return;
+    detach();
+    throw VoInvalidParameterException("Cannot open zip archive file: " + errorMessage(code) + " in " + name);
+}

@@ -1,0 +1,172 @@
+#include <Documents/VoZipper.h>
+
+#include <Core/VoDeque.h>
+#include <Core/VoException.h>
+#include <Core/VoFileException.h>
+#include <Core/VoString.h>
+#include <Documents/UnzipPlan.h>
+#include <Documents/VoZipArchive.h>
+#include <Documents/VoZipArchiveInternal.h>
+#include <Documents/VoZipFile.h>
+#include <FileSystem/NativeFile.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/VoAtomicFileWriter.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <IO/VoIOException.h>
+
+#include <memory>
+#include <string>
+#include <system_error>
+#include <unordered_set>
+#include <vector>
+
+using vo::detail::NativeFile;
+using vo::detail::UnzipPlan;
+
+namespace {
+
+constexpr std::size_t BlockSize = std::size_t{64} * 1024;
+
+/// A file and the name that it gets in the archive.
+struct Source
+{
+    VoFilePath file;
+    VoFilePath name;
+};
+
+std::vector<Source> FilesBelow(const VoFilePath& source, const VoFilePath& archive)
+{
+    const VoDirectoryPath directory = VoDirectoryPath::FromText(source.path());
+    const VoFilePath base = directory.toFilePath();
+    std::vector<Source> files;
+    std::unordered_set<VoFilePath> names;
+    VoFileSystem::ForEachFile(directory, true, false, [&](const VoFilePath& file) {
+        if (file.filename() == archive.filename() && VoFileSystem::Same(file, archive))
+            return;
+        files.push_back({file, file.relative(base)});
+        if (!names.insert(files.back().name).second)
+            throw VoValidationException("Invalid path in zip archive: " + files.back().name.path());
+    });
+    return files;
+}
+
+std::vector<Source> FilesToZip(const VoFilePath& source, const VoFilePath& archive)
+{
+    if (VoFileSystem::IsDirectory(source))
+        return FilesBelow(source, archive);
+    if (!VoFileSystem::Exists(source))
+        throw VoCannotOpenFileException(source);
+    return {{source, VoFilePath(source.filename().toString())}};
+}
+
+void Add(VoZipArchive& archive, const Source& source, char* block)
+{
+    std::error_code error;
+    NativeFile file = NativeFile::OpenForReading(vo::detail::ToNative(source.file), error);
+    if (error)
+        throw VoCannotOpenFileException(source.file);
+    const VoSharedPtr<VoZipFile> entry = archive.open(source.name, VoZipArchive::Default).lock();
+    while (const std::size_t count = file.read(block, BlockSize, error))
+        entry->writeFrom(block, count);
+    if (error)
+        throw VoIOException("Error occurred on reading from file");
+}
+
+// The directory that must exist for an item.
+VoDirectoryPath DirectoryOf(const UnzipPlan::Item& item)
+{
+    return item.isDirectory ? VoDirectoryPath::FromText(item.target.path()) : item.target.parent();
+}
+
+/// Unpacks what a plan says.
+class Unpacker
+{
+public:
+    explicit Unpacker(const VoFilePath& directory)
+        : m_directory(directory.path())
+        , m_block(new char[BlockSize])
+    {
+    }
+
+    // Links that are there already must not lead a file out of the directory.
+    void requireInside(const UnzipPlan& plan, vo::detail::ZipInput& archive) const
+    {
+        if (!VoFileSystem::Exists(m_directory))
+            return;
+        std::unordered_set<std::string> known;
+        for (const UnzipPlan::Item& item : plan.items) {
+            const VoDirectoryPath place = DirectoryOf(item);
+            if (known.insert(place.path().toStdString()).second &&
+                !vo::detail::IsInsideCanonical(m_directory, place.toFilePath()))
+                throw VoValidationException("Invalid path in zip archive: " +
+                                            VoString(std::string(archive.name(item.index))));
+        }
+    }
+
+    void requireRoom(const UnzipPlan& plan) const
+    {
+        if (plan.bytes > VoFileSystem::FreeSpace(m_directory))
+            throw VoFileException("Not enough disk space to unzip archive", m_directory.path());
+    }
+
+    void makeDirectory(const VoDirectoryPath& directory)
+    {
+        if (m_made.insert(directory.path().toStdString()).second)
+            VoFileSystem::CreateDirectory(directory, true);
+    }
+
+    void write(VoZipFile& entry, const VoFilePath& target)
+    {
+        makeDirectory(target.parent());
+        std::unique_ptr<VoAtomicFileWriter> file;
+        try {
+            file = std::make_unique<VoAtomicFileWriter>(target);
+        } catch (const VoInvalidPathFileException&) { // a directory bears the name
+            throw VoCannotOpenFileException(target);
+        }
+        while (!entry.atEnd())
+            file->write(m_block.get(), entry.readInto(m_block.get(), BlockSize));
+        file->commit(VoAtomicFileWriter::Durability::LeftToSystem);
+    }
+
+private:
+    VoDirectoryPath m_directory;
+    std::unique_ptr<char[]> m_block;
+    std::unordered_set<std::string> m_made;
+};
+
+} // namespace
+
+void VoZipper::Zip(const VoFilePath& archivePath, const VoFilePath& source)
+{
+    const std::vector<Source> files = FilesToZip(source, archivePath);
+    VoAtomicFileWriter replacement(archivePath);
+    VoZipArchive archive(replacement.temporary(), VoZipArchive::Write);
+    archive.internal().path = archivePath;
+    const std::unique_ptr<char[]> block(new char[BlockSize]);
+    for (const Source& file : files)
+        Add(archive, file, block.get());
+    archive.close();
+    replacement.commit();
+}
+
+void VoZipper::Unzip(const VoFilePath& archivePath, const VoFilePath& targetDirectory)
+{
+    if (!targetDirectory.isDirectory())
+        throw VoFileException("Cannot unzip as target path is not a directory", targetDirectory, VoFilePath());
+    VoZipArchive archive(archivePath, VoZipArchive::Read);
+    vo::detail::ZipInput& input = *archive.internal().input;
+    if (!input.complete()) // what is missing must not go unnoticed
+        throw VoInvalidParameterException("Cannot open zip archive file: Unzip bad zip file in " + archivePath.path());
+    const UnzipPlan plan = PlanUnzip(input, targetDirectory);
+    Unpacker unpacker(targetDirectory);
+    unpacker.requireInside(plan, input);
+    unpacker.requireRoom(plan);
+    for (const UnzipPlan::Item& item : plan.items) {
+        if (item.isDirectory)
+            unpacker.makeDirectory(DirectoryOf(item));
+        else
+            unpacker.write(*archive.openEntry(item.index).lock(), item.target);
+    }
+}

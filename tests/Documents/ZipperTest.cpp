@@ -1,0 +1,283 @@
+#include "../FileSystem/FileSystemFixture.h"
+#include "RawZip.h"
+
+#include <Core/VoDeque.h>
+#include <Core/VoFileException.h>
+#include <Documents/VoZipArchive.h>
+#include <Documents/VoZipFile.h>
+#include <Documents/VoZipper.h>
+#include <ScratchFolder.h>
+
+#include <cstdlib>
+#include <map>
+
+#if defined(__unix__)
+#include <sys/stat.h>
+#endif
+
+namespace fs = std::filesystem;
+
+using vo::test::RawArchive;
+using vo::test::RawEntry;
+
+namespace {
+
+/// Relative names, with "/", to contents; directories end with "/".
+using Tree = std::map<std::string, std::string>;
+
+class Zipper : public testing::Test
+{
+protected:
+    /// Runs a command of the shell in the scratch directory.
+    int shell(const std::string& command) const
+    {
+        return std::system(("cd '" + m_scratch.native().string() + "' && ( " + command + " ) >log 2>&1").c_str());
+    }
+
+    void plant(const std::string& name, const std::string& content) const
+    {
+        fs::create_directories(m_scratch.native(name).parent_path());
+        m_scratch.write(name, content);
+    }
+
+    VoFilePath path(const std::string& name) const { return m_scratch.path(name); }
+    VoFilePath directory(const std::string& name) const { return VoFilePath(path(name).path() + "\\"); }
+
+    /// A long content by its size and checksum, so that a difference can be read.
+    static std::string digested(const std::string& content)
+    {
+        return content.size() < 100
+                   ? content
+                   : std::to_string(content.size()) + " bytes " + std::to_string(vo::test::Crc32(content));
+    }
+
+    Tree tree(const std::string& name) const
+    {
+        Tree found;
+        for (const auto& entry : fs::recursive_directory_iterator(m_scratch.native(name))) {
+            const std::string relative = entry.path().lexically_relative(m_scratch.native(name)).string();
+            if (entry.is_directory())
+                found[relative + "/"];
+            else
+                found[relative] = digested(m_scratch.read(name + "/" + relative));
+        }
+        return found;
+    }
+
+    /// A tree with what other programs might see otherwise.
+    Tree plantTree(const std::string& name) const
+    {
+        std::string large;
+        for (int i = 0; i < 60000; ++i)
+            large += std::to_string(i * 7919 % 10007);
+        plant(name + "/empty", "");
+        plant(name + "/read me.txt", "text\r\n");
+        plant(name + "/large.bin", large);
+        plant(name + "/sub/Gr\xC3\xB6\xC3\x9F"
+                     "e \xE2\x82\xAC",
+              std::string("\0\x01zero", 6));
+        plant(name + "/sub/deep/" + std::string(100, 'n'), "deep");
+        return tree(name);
+    }
+
+    vo::test::ScratchFolder m_scratch;
+};
+
+} // namespace
+
+TEST_F(Zipper, archivesOfOtherProgramsAreUnpacked)
+{
+    const Tree expected = plantTree("in");
+    const char* commands[] = {
+        "cd in && LC_ALL=C.UTF-8 zip -qr ../a.zip .",
+        "cd in && LC_ALL=C.UTF-8 zip -qr -0 -fd ../a.zip .",
+        "cd in && LC_ALL=C.UTF-8 bsdtar -c --format zip -f ../a.zip *",
+        "cd in && LC_ALL=C.UTF-8 7z a -tzip -bd ../a.zip .",
+        "python3 -m zipfile -c a.zip in/*",
+        "cat /dev/urandom | head -c 70000 >b; cd in && LC_ALL=C.UTF-8 zip -qr ../c.zip . && cat ../b ../c.zip "
+        ">../a.zip",
+    };
+    for (const char* command : commands) {
+        fs::remove_all(m_scratch.native("out"));
+        fs::remove(m_scratch.native("a.zip"));
+        ASSERT_EQ(shell(command), 0) << command << m_scratch.read("log");
+        VoZipper::Unzip(path("a.zip"), directory("out"));
+        EXPECT_EQ(tree("out"), expected) << command;
+    }
+}
+
+TEST_F(Zipper, otherProgramsUnpackOurArchives)
+{
+    const Tree expected = plantTree("in");
+    fs::create_directory(m_scratch.native("in/hollow")); // holds no file and is left out
+    VoZipper::Zip(path("a.zip"), path("in"));
+    ASSERT_EQ(shell("unzip -tq a.zip"), 0) << m_scratch.read("log");
+    ASSERT_EQ(shell("7z t a.zip"), 0) << m_scratch.read("log");
+    const char* commands[] = {
+        // Not unzip: names without a Unix mode, which ours have, it takes for another encoding whatever their flag
+        // says.
+        "LC_ALL=C.UTF-8 bsdtar -xf ../a.zip",
+        "python3 -c 'import zipfile; zipfile.ZipFile(\"../a.zip\").extractall()'",
+    };
+    for (const char* command : commands) {
+        fs::remove_all(m_scratch.native("out"));
+        ASSERT_EQ(shell(std::string("mkdir out && cd out && ") + command), 0) << command << m_scratch.read("log");
+        EXPECT_EQ(tree("out"), expected) << command;
+    }
+}
+
+TEST_F(Zipper, aSingleFileIsStoredUnderItsBareName)
+{
+    plant("in/sub/file.txt", "text");
+    for (const char* source : {"in/sub/file.txt", "in/sub"}) {
+        VoZipper::Zip(path("a.zip"), path(source));
+        VoZipArchive archive(path("a.zip"), VoZipArchive::Read);
+        EXPECT_EQ(archive.paths(), VoDeque<VoFilePath>{VoFilePath("file.txt")});
+        EXPECT_EQ(archive.open("file.txt")->readAll(), "text");
+    }
+}
+
+TEST_F(Zipper, theSameTreeGivesTheSameBytesOnAnyDay)
+{
+    plantTree("in");
+    VoZipper::Zip(path("a.zip"), path("in"));
+    ASSERT_EQ(shell("cp -r in other && find other -exec touch -d 2001-02-03 {} + && chmod -R u=rwX,go= other"), 0);
+    ::setenv("TZ", "Asia/Tokyo", 1);
+    const mode_t old = ::umask(0077);
+    VoZipper::Zip(path("b.zip"), directory("other"));
+    ::umask(old);
+    ::unsetenv("TZ");
+    EXPECT_TRUE(m_scratch.read("a.zip") == m_scratch.read("b.zip"));
+}
+
+TEST_F(Zipper, anArchiveInItsOwnSourceIsNotPackedAndKeptUntilTheNewOneIsWhole)
+{
+    plant("in/file", "text");
+    const Tree expected = tree("in");
+    for (int i = 0; i < 3; ++i)
+        VoZipper::Zip(path("in/a.zip"), path("in"));
+    VoZipper::Unzip(path("in/a.zip"), directory("out"));
+    EXPECT_EQ(tree("out"), expected);
+
+    const std::string before = m_scratch.read("in/a.zip");
+    EXPECT_THROW_MSG(VoZipper::Zip(path("in/a.zip"), path("missing")), VoCannotOpenFileException,
+                     "Cannot open file: " + path("missing").path());
+    fs::create_symlink("/dev/null", m_scratch.native("in/device"));
+    EXPECT_THROW(VoZipper::Zip(path("in/a.zip"), path("in")), VoCannotOpenFileException);
+    fs::remove(m_scratch.native("in/device"));
+    plant("in/FILE", "other");
+    EXPECT_THROW_MSG(VoZipper::Zip(path("in/a.zip"), path("in")), VoValidationException,
+                     "Invalid path in zip archive: file");
+    fs::remove(m_scratch.native("in/FILE"));
+    {
+        const vo::test::FileSizeLimit limit(50);
+        EXPECT_THROW_MSG(VoZipper::Zip(path("in/a.zip"), path("in")), VoInvalidCallException,
+                         "Cannot close zip archive file: Zip failure in " + path("in/a.zip").path());
+    }
+    EXPECT_TRUE(m_scratch.read("in/a.zip") == before);
+    EXPECT_EQ(tree("in").size(), 2U) << "nothing is left beside it";
+}
+
+TEST_F(Zipper, hostileArchivesAreRefusedBeforeAnythingIsWritten)
+{
+    const auto invalid = [](const std::string& name) { return "Invalid path in zip archive: " + name; };
+    const std::string zero("a\0b", 3);
+    const struct
+    {
+        std::vector<RawEntry> entries;
+        std::string message;
+    } rows[] = {
+        {{{"../evil", "x"}}, invalid("../evil")},
+        {{{"a/../../evil", "x"}}, invalid("a/../../evil")},
+        {{{"..\\evil", "x"}}, invalid("..\\evil")},
+        {{{"a/..", "x"}}, invalid("a/..")},
+        {{{"/tmp/evil", "x"}}, invalid("/tmp/evil")},
+        {{{"\\evil", "x"}}, invalid("\\evil")},
+        {{{"//server/evil", "x"}}, invalid("//server/evil")},
+        {{{"C:/evil", "x"}}, invalid("C:/evil")},
+        {{{"a:stream", "x"}}, invalid("a:stream")},
+        {{{"", "x"}}, invalid("")},
+        {{{"/", ""}}, invalid("/")},
+        {{{"a\nb", "x"}}, invalid("a\nb")},
+        {{{"aux.txt", "x"}}, invalid("aux.txt")},
+        {{{"a/COM1", "x"}}, invalid("a/COM1")},
+        {{{"a./b", "x"}}, invalid("a./b")},
+        {{{"a ", "x"}}, invalid("a ")},
+        {{{"a", "1"}, {"a", "2"}}, invalid("a")},
+        {{{"a", "1"}, {"A", "2"}}, invalid("A")},
+        {{{"a//b", "1"}, {"a/b", "2"}}, invalid("a/b")},
+        {{{"a", "1"}, {"a/b", "2"}}, invalid("a/b")},
+        {{{"A/b", "1"}, {"a", "2"}}, invalid("a")},
+        {{{"a", "1"}, {"a/", ""}}, invalid("a/")},
+        {{{"link/evil", "x"}}, invalid("link/evil")},
+        {{{"link/", ""}}, invalid("link/")},
+        {{{"a", "x", 1}}, "Cannot open zip archive file: Unzip bad zip file in a"},
+        {{{"a", "x", 0, 12}}, "Cannot open zip archive file: Unzip bad zip file in a"},
+    };
+    fs::create_directory(m_scratch.native("outside"));
+    for (const auto& row : rows) {
+        fs::remove_all(m_scratch.native("out"));
+        fs::create_directory(m_scratch.native("out"));
+        fs::create_directory_symlink(m_scratch.native("outside"), m_scratch.native("out/link"));
+        std::vector<RawEntry> entries = {{"good", "fine"}};
+        entries.insert(entries.end(), row.entries.begin(), row.entries.end());
+        m_scratch.write("a.zip", RawArchive(entries));
+        std::string message = "nothing";
+        try {
+            VoZipper::Unzip(path("a.zip"), directory("out"));
+        } catch (const VoException& exception) {
+            message = exception.message().toStdString();
+        }
+        EXPECT_EQ(message, row.message);
+        EXPECT_FALSE(fs::exists(m_scratch.native("out/good"))) << row.message;
+        EXPECT_TRUE(fs::is_empty(m_scratch.native("outside"))) << row.message;
+    }
+    m_scratch.write("a.zip", RawArchive({{"good", "fine"}, {zero, "x"}}));
+    EXPECT_THROW_MSG(VoZipper::Unzip(path("a.zip"), directory("out")), VoValidationException, VoString(invalid(zero)));
+    m_scratch.write("a.zip", RawArchive({{"good", "fine"}, {std::string(251, 'n'), "x"}}));
+    EXPECT_THROW(VoZipper::Unzip(path("a.zip"), directory("out")), VoPathSizeFileException);
+    const std::string cut = RawArchive({{"good", "fine"}, {"b", "x"}});
+    std::string damaged = cut;
+    damaged[cut.find("PK\1\2", cut.find("PK\1\2") + 1)] = 'x';
+    m_scratch.write("a.zip", damaged);
+    EXPECT_THROW(VoZipper::Unzip(path("a.zip"), directory("out")), VoInvalidParameterException);
+    EXPECT_FALSE(fs::exists(m_scratch.native("out/good")));
+}
+
+TEST_F(Zipper, aClaimThatNoDiskCanHoldIsRefusedBeforeAnythingIsWritten)
+{
+    std::vector<RawEntry> entries(5000, {"", "x", 0, 0, 0xFFFFFFFE});
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        entries[i].name = std::to_string(i);
+    m_scratch.write("a.zip", RawArchive(entries)); // 20 terabytes
+    EXPECT_THROW_MSG(VoZipper::Unzip(path("a.zip"), directory("out")), VoFileException,
+                     "Not enough disk space to unzip archive");
+    EXPECT_FALSE(fs::exists(m_scratch.native("out")));
+}
+
+TEST_F(Zipper, damagedContentLeavesTheFilesBeforeItAndNothingOfItself)
+{
+    m_scratch.write("a.zip", RawArchive({{"d/good", "fine"}, {"d/bad", "0123456789", 0, 0, -1, 1}, {"last", "x"}}));
+    plant("out/d/bad", "as it was");
+    EXPECT_THROW_MSG(VoZipper::Unzip(path("a.zip"), directory("out")), VoInvalidCallException,
+                     "VoZipFile read failed: Unzip CRC error");
+    EXPECT_EQ(tree("out"), (Tree{{"d/", ""}, {"d/bad", "as it was"}, {"d/good", "fine"}}));
+}
+
+TEST_F(Zipper, unpackingReplacesFilesAndLinksButNoDirectories)
+{
+    plant("outside", "mine");
+    plant("out/old", "old");
+    fs::create_symlink("../outside", m_scratch.native("out/link"));
+    m_scratch.write("a.zip", RawArchive({{"link", "new"}, {"old", "new"}, {"hollow/", ""}, {"a/b/c/", ""}}));
+    VoZipper::Unzip(path("a.zip"), directory("out"));
+    EXPECT_EQ(m_scratch.read("outside"), "mine");
+    EXPECT_FALSE(fs::is_symlink(m_scratch.native("out/link")));
+    EXPECT_EQ(tree("out"),
+              (Tree{{"link", "new"}, {"old", "new"}, {"hollow/", ""}, {"a/", ""}, {"a/b/", ""}, {"a/b/c/", ""}}));
+    m_scratch.write("a.zip", RawArchive({{"hollow", "x"}}));
+    EXPECT_THROW_MSG(VoZipper::Unzip(path("a.zip"), directory("out")), VoCannotOpenFileException,
+                     "Cannot open file: " + path("out/hollow").path());
+    EXPECT_THROW_MSG(VoZipper::Unzip(path("no.zip"), path("out")), VoFileException,
+                     "Cannot unzip as target path is not a directory");
+}
