@@ -182,7 +182,7 @@ AbstractPackageBuilder::~AbstractPackageBuilder() = default;
 void AbstractPackageBuilder::add(const VoFilePath& source, const VoFilePath& target)
 {
     const Session session(*m_private);
-    addFile(source, target);
+    addFile(source, target, true);
 }
 
 void AbstractPackageBuilder::add(const VoDirectoryPath& directory)
@@ -217,10 +217,11 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
         sources = SortedByAge(std::move(sources), packageID(), declarationsFile, reading, warn);
     }
     for (const SourceFile& file : sources)
-        addFile(file.source, file.target);
+        addFile(file.source, file.target, false);
+    m_private->chunks->settle();
 }
 
-void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath& target)
+void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath& target, bool isAlone)
 {
     RequireSafeTarget(target);
     const std::string folded = FoldedName(target.path()).toStdString();
@@ -237,7 +238,10 @@ void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath&
 
     const ChunkWriter::Mark mark = m_private->chunks->mark();
     try {
-        m_private->package.add(packFile(source, target));
+        const AdvertisedFileListing listing = packFile(source, target);
+        if (isAlone)
+            m_private->chunks->settle();
+        m_private->package.add(listing);
     } catch (...) {
         m_private->chunks->rollBack(mark);
         throw;

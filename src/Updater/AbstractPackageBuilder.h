@@ -20,7 +20,8 @@ namespace vo::updater {
 ///     builder.finalise(declarations);
 ///
 /// One builder builds one release: add files, then finalise once. Nothing shows at the place of publication before
-/// finalise. A builder works on the calling thread and is not guarded; only connecting to its messages is. A call made
+/// finalise. A builder is not guarded, only connecting to its messages is; it calls back on the calling
+/// thread only, and has no work under way between two calls. A call made
 /// from within one of its messages throws VoInvalidCallException.
 class VOCORE_EXPORT AbstractPackageBuilder
 {
@@ -60,7 +61,8 @@ public:
     void add(const VoFilePath& source, const VoFilePath& target);
     /// Adds every regular file below `directory`, at its path relative to it, in the sorted order of the targets, so
     /// that two builds of one tree pack alike. Symbolic links to directories are not followed; links to files are
-    /// added as files; anything else is skipped.
+    /// added as files; anything else is skipped. Chunks are compressed and written on all processors, and a failure to
+    /// write one is thrown by this call for a later file or at its end; finalise tries again.
     void add(const VoDirectoryPath& directory);
     /// As above, but leaves out what publishing to `declarationsFile` writes (that file and the "packages" directory
     /// beside it) when it lies inside `directory`, with a warning: a release must not swallow its own output.
@@ -112,7 +114,7 @@ private:
     class Session;
     struct Private;
 
-    void addFile(const VoFilePath& source, const VoFilePath& target);
+    void addFile(const VoFilePath& source, const VoFilePath& target, bool isAlone);
     void addDirectory(const VoDirectoryPath& directory, const VoFilePath& declarationsFile, bool byAge = false);
     AdvertisedFileListing packFile(const VoFilePath& source, const VoFilePath& target);
 

@@ -28,12 +28,16 @@ struct PackedFile
 
 /// Fills chunks and writes them to a directory, each as "<chunkID>.vochk": the bytes compressed (their number,
 /// big-endian in four bytes, and a zlib stream). Knows nothing of packages.
+///
+/// Full chunks are compressed and written on all processors while the next ones are filled; a bounded number of them
+/// waits. Their bytes are those that one thread would write, and they are told of in their order, on the calling
+/// thread.
 class VOCORE_PRIVATE_EXPORT ChunkWriter
 {
 public:
-    /// Called before a chunk is written, with its ID and file.
+    /// Called before a chunk is handed on to be written, with its ID and file.
     using WritingChunk = std::function<void(const VoUUID&, const VoFilePath&)>;
-    /// Called with the listing of each chunk written.
+    /// Called with the listing of each chunk written, in the order of the chunks, from within the calls below.
     using ChunkWritten = std::function<void(const ChunkListing&)>;
     /// A place in the sequence of bytes.
     struct Mark
@@ -42,15 +46,20 @@ public:
         std::size_t size;
     };
 
-    /// Throws as AbstractPackageBuilder's constructor for a bad chunk size.
+    /// Throws as AbstractPackageBuilder's constructor for a bad chunk size. `workers` is the number of threads that
+    /// compress; 0: one for each processor.
     ChunkWriter(const VoDirectoryPath& directory, std::uint64_t chunkSize, int compressionLevel, WritingChunk writing,
-                ChunkWritten written);
+                ChunkWritten written, std::size_t workers = 0);
     ~ChunkWriter();
 
-    /// Appends all bytes of a stream. Throws what reading and writing throw; some bytes may have been appended then.
+    /// Appends all bytes of a stream. Throws what reading and writing throw, also what went wrong with a chunk handed
+    /// on before; some bytes may have been appended then.
     PackedFile append(VoFileInputByteStream& source);
-    /// Writes the chunk being filled, if it has any bytes, and forces it to disk. On failure the bytes stay in the
-    /// buffer, so that the call can be repeated.
+    /// Waits until all chunks handed on are on disk and told of. A chunk that could not be written stays with its bytes
+    /// and is written again by the next call that needs it.
+    void settle();
+    /// Writes the chunk being filled, if it has any bytes, and settles. On failure no byte is lost, so that the call
+    /// can be repeated.
     void writeChunk();
 
     /// Where the next byte goes.
@@ -63,6 +72,9 @@ public:
 
 private:
     struct Private;
+
+    void handOn();
+
     std::unique_ptr<Private> m_private;
 };
 

@@ -19,11 +19,11 @@ class ChunkWriting : public UpdaterTest
 protected:
     void SetUp() override { std::filesystem::create_directory(vo::detail::ToNative(directory("out"))); }
 
-    ChunkWriter writer(std::uint64_t chunkSize, int level = 6)
+    ChunkWriter writer(std::uint64_t chunkSize, int level = 6, std::size_t workers = 0)
     {
         return ChunkWriter(
             directory("out"), chunkSize, level, [](const VoUUID&, const VoFilePath&) {},
-            [this](const ChunkListing& chunk) { chunks.push_back(chunk); });
+            [this](const ChunkListing& chunk) { chunks.push_back(chunk); }, workers);
     }
 
     PackedFile pack(ChunkWriter& writer, const std::string& content)
@@ -60,6 +60,7 @@ TEST_F(ChunkWriting, FilesArePackedBackToBack)
     ChunkWriter chunkWriter = writer(10);
     const PackedFile first = pack(chunkWriter, "abcd");
     const PackedFile second = pack(chunkWriter, "0123456789xy");
+    chunkWriter.settle();
     ASSERT_EQ(chunks.size(), 1u);
     chunkWriter.writeChunk();
     ASSERT_EQ(chunks.size(), 2u);
@@ -113,6 +114,48 @@ TEST_F(ChunkWriting, AFailedChunkKeepsItsBytesForTheNextAttempt)
     chunkWriter.writeChunk();
     ASSERT_EQ(chunks.size(), 1u);
     EXPECT_EQ(Content(chunkWriter.path(chunks[0].id())), "kept");
+}
+
+TEST_F(ChunkWriting, AnyNumberOfThreadsWritesTheSameChunksInTheSameOrder)
+{
+    std::mt19937 random(3);
+    std::string content(300000, '\0');
+    for (char& byte : content)
+        byte = static_cast<char>('a' + random() % 7);
+    std::vector<std::vector<std::string>> written;
+    for (const std::size_t workers : {1, 2, 5}) {
+        chunks.clear();
+        ChunkWriter chunkWriter = writer(7000, 6, workers);
+        const PackedFile file = pack(chunkWriter, content);
+        chunkWriter.writeChunk();
+        ASSERT_EQ(chunks.size(), 43u);
+        written.emplace_back();
+        for (std::size_t i = 0; i < chunks.size(); ++i) {
+            EXPECT_EQ(chunks[i].id(), file.pieces[i].chunkID());
+            written.back().push_back(ReadBytes(chunkWriter.path(chunks[i].id())));
+        }
+    }
+    EXPECT_EQ(written[0], written[1]);
+    EXPECT_EQ(written[0], written[2]);
+}
+
+TEST_F(ChunkWriting, WhatFailsOnAnotherThreadIsThrownHereAndNoByteIsLost)
+{
+    ChunkWriter chunkWriter = writer(10, 6, 2);
+    pack(chunkWriter, "0123456789abcdefgh");
+    chunkWriter.settle();
+    ASSERT_EQ(chunks.size(), 1u);
+    std::filesystem::rename(vo::detail::ToNative(directory("out")), vo::detail::ToNative(directory("away")));
+    pack(chunkWriter, "ij0123456789xyz");
+    for (int attempt = 0; attempt < 2; ++attempt)
+        EXPECT_THROW(chunkWriter.writeChunk(), VoException);
+    EXPECT_EQ(chunks.size(), 1u);
+    std::filesystem::rename(vo::detail::ToNative(directory("away")), vo::detail::ToNative(directory("out")));
+    chunkWriter.writeChunk();
+    std::string all;
+    for (const ChunkListing& chunk : chunks)
+        all += Content(chunkWriter.path(chunk.id()));
+    EXPECT_EQ(all, "0123456789abcdefghij0123456789xyz");
 }
 
 TEST_F(ChunkWriting, RollingBackTakesOutWhatIsStillInTheBuffer)
