@@ -60,6 +60,8 @@ class VoFilePath;
 class VoFileType;
 class VoIODevice;
 class VoObject;
+class VoProperties;
+class VoProperty;
 class VoReceiver;
 class VoStopFlag;
 class VoString;

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <Core/VoVariant.h>
+
+/// A value with a name. Names and texts compare without regard to case.
+///
+/// A value: copies copy, a moved-from property has an empty name and a Null value. Not synchronised.
+class VOCORE_EXPORT VoProperty
+{
+public:
+    VoProperty();                               ///< An empty name and a Null value.
+    explicit VoProperty(VoString name);         ///< A name with a Null value.
+    VoProperty(VoString name, VoVariant value); ///< Both; pass by std::move what is no longer needed.
+
+    VoProperty(const VoProperty& other);                ///< Copies both.
+    VoProperty(VoProperty&& other) noexcept;            ///< Takes both.
+    VoProperty& operator=(const VoProperty& other);     ///< Copies both; unchanged when copying fails.
+    VoProperty& operator=(VoProperty&& other) noexcept; ///< Takes both.
+    virtual ~VoProperty();
+
+    const VoString& name() const noexcept { return m_name; }    ///< The name.
+    const VoVariant& value() const noexcept { return m_value; } ///< The value.
+    void setName(VoString name);                                ///< Replaces the name.
+    void setValue(VoVariant value);                             ///< Replaces the value.
+
+    bool equalName(const VoProperty& other) const;  ///< Equal names.
+    bool equalValue(const VoProperty& other) const; ///< Equal values, by VoVariant's ==.
+    bool operator==(const VoProperty& other) const; ///< Equal names and values.
+    bool operator!=(const VoProperty& other) const; ///< Another name or value.
+
+    /// Writes the name, " = " and the value.
+    friend VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, const VoProperty& property);
+
+private:
+    VoString m_name;
+    VoVariant m_value;
+};
