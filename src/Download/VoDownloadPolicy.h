@@ -1,0 +1,79 @@
+#pragma once
+
+#include <Core/VoDeque.h>
+#include <Core/VoExport.h>
+#include <Core/VoForward.h>
+#include <Core/VoString.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/VoUrl.h>
+#include <Time/VoTimeDuration.h>
+
+#include <functional>
+
+/// A file that is going to be asked for again after a failure.
+struct VOCORE_EXPORT VoDownloadRetry
+{
+    VoUrl url;            ///< Where it is asked for next, without user name and password: a mirror, or the same place.
+    unsigned attempt = 0; ///< The number of the attempt to come; the first attempt of a file is 1.
+    VoTimeDuration delay; ///< How long is waited before it.
+    VoString reason;      ///< The text of the failure.
+};
+
+/// What a download does about failures, and how much it accepts. The defaults are the plain behaviour: no retries, no
+/// mirrors, any size.
+///
+/// Retries and mirrors count for each file of a grouped download alone: a file that fails is asked for again while the
+/// others go on.
+///
+///     VoDownloadPolicy policy;
+///     policy.retries = 3;
+///     policy.onRetry = [](const VoDownloadRetry& retry) { Show(retry.url, retry.reason); };
+///     request->setPolicy(policy);
+struct VOCORE_EXPORT VoDownloadPolicy
+{
+    /// How often a file is asked for again after a transient failure: a connection refused or lost, nothing received
+    /// for too long, a body that ends early, the answers 429 and 5xx. Nothing else is tried again, above all not 401,
+    /// 403, 404 and 410. With mirrors, all places count as one attempt.
+    unsigned retries = 0;
+
+    /// @name Time between attempts
+    /// The waits double from the first to the longest, and each is shortened by up to half at random, so that many
+    /// clients do not come back in step. A server that names a time ("Retry-After") is left alone for that long at
+    /// least; one that asks for more than @ref longestRetryAfter is not asked again.
+    /// @{
+    VoTimeDuration firstDelay = VoSeconds(1);        ///< Before the first retry.
+    VoTimeDuration longestDelay = VoSeconds(30);     ///< What the growing delay stays below.
+    VoTimeDuration longestRetryAfter = VoMinutes(5); ///< The most that a server may ask for.
+    /// @}
+
+    /// The download fails with "Download timed out" when a file that is being transferred gets no byte for this long.
+    /// Files that wait for a free connection do not count, as long as any other file of the download moves. No limit
+    /// when it is not positive.
+    VoTimeDuration stallTimeout = VoSeconds(60);
+
+    /// The most bytes that a file may have, checked against what the server announces and against what comes; unknown
+    /// is no limit. More fails with "Download larger than allowed: " and the URL.
+    VoDownloadSize sizeLimit = VoDownloadSize::Unknown();
+
+    /// Asks caches on the way to fetch the file anew; for documents that change under one name.
+    bool bypassCaches = false;
+
+    /// @name Mirrors
+    /// A file whose URL begins with @ref mirrored is also to be had at each of the mirrors, with that beginning
+    /// replaced. After a failure on the way or at the server, a missing file included, the next place is asked at once.
+    /// @{
+    VoUrl mirrored;         ///< The beginning that mirrors replace; without it there are no mirrors.
+    VoDeque<VoUrl> mirrors; ///< In the order in which they are asked.
+    /// @}
+
+    /// Called before each retry and each change to a mirror, on the thread of the download service and under the rules
+    /// of notification callbacks; what it throws is logged. May be empty.
+    std::function<void(const VoDownloadRetry&)> onRetry;
+
+    /// The wait before retry number @p retry, counted from 1. @p jitter, from 0 to 1, is how much of the random half
+    /// is taken off.
+    VoTimeDuration delayBefore(unsigned retry, double jitter) const noexcept;
+
+    /// The places of the file at @p url: itself, then those at the mirrors.
+    VoDeque<VoUrl> locations(const VoUrl& url) const;
+};
