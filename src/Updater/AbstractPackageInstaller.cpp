@@ -156,7 +156,7 @@ VoDeque<ChunkListing> AbstractPackageInstaller::chunksToFetch(const VoStopFlag& 
     const StagingDirectory directory = staging();
     VoDeque<ChunkListing> result;
     std::uint64_t bytes = 0;
-    for (const ChunkListing& chunk : requiredChunks()) {
+    for (const ChunkListing& chunk : m_private->needed ? *m_private->needed : requiredChunks()) {
         stop.throwIfStopped();
         if (directory.holds(chunk))
             continue;
@@ -250,13 +250,19 @@ const VoByteArray& AbstractPackageInstaller::chunk(const ChunkReferenceListing& 
         return *cached;
     if (!advertisedPackage().chunk(id))
         throw VoNullPointerException("Failed to find required chunk");
-    if (m_private->chunkLimit == 0)
-        m_private->chunkLimit = std::max(LargestExtent(advertisedPackage()), ChunkSlack);
     try {
-        return m_private->cache.insert(id, staging().read(id, m_private->chunkLimit));
+        return m_private->cache.insert(id, m_private->reader ? m_private->reader->take(id)
+                                                             : staging().read(id, chunkLimit()));
     } catch (const VoFileNotFoundException&) {
         throw VoNullPointerException("Failed to find required chunk");
     }
+}
+
+std::uint64_t AbstractPackageInstaller::chunkLimit()
+{
+    if (m_private->chunkLimit == 0)
+        m_private->chunkLimit = std::max(LargestExtent(advertisedPackage()), ChunkSlack);
+    return m_private->chunkLimit;
 }
 
 void AbstractPackageInstaller::installFile(const AdvertisedFileListing& file, InstalledPackageListing& listing)
@@ -265,7 +271,7 @@ void AbstractPackageInstaller::installFile(const AdvertisedFileListing& file, In
     if (!Containment(installationDirectory()).holds(place))
         throw VoValidationException("Invalid target path: " + file.target().path());
     ensureDirectoryExists(place.parent(), listing);
-    buildFile(file, place, Durability::AtOnce);
+    buildFile(file, place, Durability::AtOnce, VoStopFlag());
     PutInPlace(BuiltPath(place), place);
     listing.add(place, file.id(), file.checksum(), file.size());
     logInstalled(file, place);
@@ -282,11 +288,12 @@ void AbstractPackageInstaller::ensureDirectoryExists(const VoDirectoryPath& dire
 
 // Every way in which the bytes can be wrong ends in the one exception about the file's checksum; the log tells which.
 void AbstractPackageInstaller::buildFile(const AdvertisedFileListing& file, const VoFilePath& place,
-                                         Durability durability)
+                                         Durability durability, const VoStopFlag& stop)
 {
     FileInstaller built(place, durability);
     bool isSound = true;
     for (const ChunkReferenceListing& piece : file.chunks()) {
+        stop.throwIfStopped();
         isSound = isSound && writePiece(piece, built);
         m_private->cache.release(piece.chunkID());
     }

@@ -115,7 +115,9 @@ private:
     void download(const VoUrl& advertUrl, const VoStopFlag& stop);
     void obtainChunks(const VoFilePath& definitionFile, const VoStopFlag& stop);
     static void ensureDirectoryExists(const VoDirectoryPath& directory, InstalledPackageListing& listing);
-    void buildFile(const AdvertisedFileListing& file, const VoFilePath& place, detail::Durability durability);
+    std::uint64_t chunkLimit();
+    void buildFile(const AdvertisedFileListing& file, const VoFilePath& place, detail::Durability durability,
+                   const VoStopFlag& stop);
     bool writePiece(const ChunkReferenceListing& piece, detail::FileInstaller& built);
     void logDamagedChunks(const AdvertisedFileListing& file) const;
     void logInstalled(const AdvertisedFileListing& file, const VoFilePath& place) const;

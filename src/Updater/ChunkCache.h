@@ -17,8 +17,8 @@ namespace vo::updater::detail {
 class VOCORE_PRIVATE_EXPORT ChunkCache
 {
 public:
-    /// The limit that installers use, in bytes: 512 MiB.
-    static constexpr std::size_t UsualLimit = std::size_t{512} << 20;
+    /// The limit that installers use, in bytes: 32 MiB.
+    static constexpr std::size_t UsualLimit = std::size_t{32} << 20;
 
     explicit ChunkCache(std::size_t limit = UsualLimit);
     ~ChunkCache();

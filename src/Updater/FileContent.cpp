@@ -1,9 +1,13 @@
 #include <Updater/FileContent.h>
 
+#include <Core/Sha3Hasher.h>
 #include <Core/VoChecksum.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileByteStream.h>
+#include <IO/VoIOException.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/SourceTree.h>
 
 #include <algorithm>
 #include <vector>
@@ -15,6 +19,27 @@ bool HasChecksum(const VoFilePath& path, const VoChecksum& checksum)
     try {
         return VoFileSystem::Checksum(path) == checksum;
     } catch (const VoFileException&) {
+        return false;
+    }
+}
+
+bool HasChecksum(const VoFilePath& path, const VoChecksum& checksum, const VoStopFlag& stop)
+{
+    if (!IsRegularFile(path))
+        return false;
+    constexpr std::size_t blockSize = 256 * 1024;
+    try {
+        VoFileInputByteStream stream(path);
+        std::vector<char> block(std::min(blockSize, static_cast<std::size_t>(VoFileSystem::FileSize(path)) + 1));
+        vo::detail::Sha3 digest;
+        while (const std::size_t count = stream.read(block.data(), block.size())) {
+            stop.throwIfStopped();
+            digest.add(block.data(), count);
+        }
+        return stream.isOpen() && digest.finish() == checksum;
+    } catch (const VoFileException&) {
+        return false;
+    } catch (const VoIOException&) {
         return false;
     }
 }

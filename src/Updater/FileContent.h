@@ -7,6 +7,8 @@ namespace vo::updater::detail {
 
 /// Whether a regular file has a checksum. False for one that cannot be read.
 VOCORE_PRIVATE_EXPORT bool HasChecksum(const VoFilePath& path, const VoChecksum& checksum);
+/// The same, throwing VoUserCancelledException soon after the flag is raised.
+VOCORE_PRIVATE_EXPORT bool HasChecksum(const VoFilePath& path, const VoChecksum& checksum, const VoStopFlag& stop);
 
 /// Whether two files hold the same bytes; VoFileSystem::Same asks another question, whether they are one file. Throws
 /// VoFileNotFoundException for a missing one and VoIOException for one that cannot be read.

@@ -23,6 +23,7 @@ struct VOCORE_EXPORT InstallationPlan
         VoUUID id;                 ///< The file's ID.
         VoFilePath path;           ///< Where it is or will be installed.
         std::uint64_t bytes;       ///< Length of the new content; of a removed file that of the old one.
+        VoFilePath copiedFrom{};   ///< The installed file that it is copied from; null when it is built from chunks.
     };
 
     VoUUID packageID{""};          ///< The package.
@@ -38,10 +39,12 @@ struct VOCORE_EXPORT InstallationPlan
     VoDeque<ChunkListing> stagedChunks; ///< Needed chunks that an interrupted run has left whole; not fetched again.
 
     std::uint64_t addedFiles = 0;     ///< Number of files to add.
+    std::uint64_t copiedFiles = 0;    ///< How many of these are copied from installed files.
     std::uint64_t modifiedFiles = 0;  ///< Number of files to rewrite: changed, missing, resized or moved.
     std::uint64_t removedFiles = 0;   ///< Number of files to remove.
     std::uint64_t unchangedFiles = 0; ///< Number of files that stay as they are.
     std::uint64_t bytesToFetch = 0;   ///< Total size of `chunks`.
+    std::uint64_t bytesToCopy = 0;    ///< Total length of the copied files.
     std::uint64_t bytesToWrite = 0;   ///< Total length of the added and modified files.
     std::uint64_t bytesToRemove = 0;  ///< Total length of the removed files.
 

@@ -256,40 +256,45 @@ VoUniquePtr<InstalledPackageListing> InstalledPackages::Package(const VoUUID& pa
     return InstalledPackageListing::Open(InstalledPackageListingPath(packageID));
 }
 
-InstallationPlan InstalledPackages::Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory)
+InstallationPlan InstalledPackages::Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
+                                         const InstallationOptions& options)
 {
-    return PackageInstaller(AdvertisedPackageListing::Open(definitionFile), AbsoluteDirectory(installationDirectory))
+    return PackageInstaller(AdvertisedPackageListing::Open(definitionFile), AbsoluteDirectory(installationDirectory),
+                            options)
         .plan();
 }
 
 void InstalledPackages::Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
-                                VoStopFlag stop)
+                                VoStopFlag stop, const InstallationOptions& options)
 {
     Operation operation;
     Attempt([&] {
         operation.begin();
-        Install(AdvertisedPackageListing::Open(definitionFile), installationDirectory,
+        Install(AdvertisedPackageListing::Open(definitionFile), installationDirectory, options,
                 [&](PackageInstaller& installer) { return installer.run(definitionFile, stop); });
     });
 }
 
-void InstalledPackages::Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop)
+void InstalledPackages::Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                                const InstallationOptions& options)
 {
     Operation operation;
     Attempt([&] {
         operation.begin();
-        Install(AdvertisedPackageListing::Open(advertUrl, stop), installationDirectory,
+        Install(AdvertisedPackageListing::Open(advertUrl, stop), installationDirectory, options,
                 [&](PackageInstaller& installer) { return installer.run(advertUrl, stop); });
     });
 }
 
 void InstalledPackages::Install(VoUniquePtr<AdvertisedPackageListing> advert,
-                                const VoDirectoryPath& installationDirectory, const Run& run)
+                                const VoDirectoryPath& installationDirectory, const InstallationOptions& options,
+                                const Run& run)
 {
     RequireSafeIdentifier(advert->packageID());
     RequireNoOtherSpelling(advert->packageID());
     InstallerSettings settings;
     settings.journal = InstallerSettings::Journal::UntilRecorded;
+    settings.reuseInstalledFiles = options.reuseInstalledFiles;
     PackageInstaller installer(std::move(advert), AbsoluteDirectory(installationDirectory), settings);
     RunAndRecord(installer, run);
 }

@@ -7,6 +7,7 @@
 #include <Core/VoUniquePtr.h>
 #include <Core/VoVersion.h>
 #include <Threading/VoReceiver.h>
+#include <Updater/InstallationOptions.h>
 #include <Updater/InstallationPlan.h>
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/UpdateMessages.h>
@@ -56,13 +57,15 @@ public:
     /// another process that is installing is the failure "File already locked: " + path. The registry is unchanged
     /// then. A registry that cannot be written after the listing was written is only logged: the next installation of
     /// the package mends it. Until there is a download service, the second form always fails so.
-    static void Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
-                        VoStopFlag stop);
-    static void Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop);
+    static void Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                        const InstallationOptions& options = InstallationOptions());
+    static void Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                        const InstallationOptions& options = InstallationOptions());
     /// @}
 
     /// What Install would do, without doing it; see PackageInstaller::plan. Throws what reading the definition throws.
-    static InstallationPlan Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory);
+    static InstallationPlan Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
+                                 const InstallationOptions& options = InstallationOptions());
 
     /// @{
     /// Removes a package's files, the directories that installing it created where nothing else is in them, and its
@@ -121,7 +124,7 @@ private:
     static void Broadcast(const VoSharedPtr<AbstractMessage>& message);
     static void Attempt(const std::function<void()>& work);
     static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& installationDirectory,
-                        const Run& run);
+                        const InstallationOptions& options, const Run& run);
     static void RequireNoOtherSpelling(const VoUUID& packageID);
     static void RunAndRecord(PackageInstaller& installer, const Run& run);
     static void Record(const InstalledPackageListing& listing);

@@ -7,9 +7,12 @@
 #include <Threading/VoBroadcaster.h>
 #include <Updater/AbstractPackageInstaller.h>
 #include <Updater/ChunkCache.h>
+#include <Updater/ChunkReader.h>
 #include <Updater/InstallerSettings.h>
 #include <Updater/StagingDirectory.h>
 
+#include <memory>
+#include <optional>
 #include <utility>
 
 namespace vo::updater {
@@ -49,8 +52,10 @@ struct AbstractPackageInstaller::Private
     const VoUniquePtr<AdvertisedPackageListing> package;
     const VoDirectoryPath directory;
     const detail::InstallerSettings settings;
-    bool isValid = false;         // whether the advert has passed the checks
-    std::uint64_t chunkLimit = 0; // what a chunk may uncompress to; 0: not known yet
+    bool isValid = false;                        // whether the advert has passed the checks
+    std::uint64_t chunkLimit = 0;                // what a chunk may uncompress to; 0: not known yet
+    std::optional<VoDeque<ChunkListing>> needed; // the chunks to obtain, when they are less than those required
+    std::unique_ptr<detail::ChunkReader> reader; // while files are built
     detail::ChunkCache cache;
     detail::MessageBroadcaster broadcaster;
 };

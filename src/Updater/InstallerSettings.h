@@ -23,6 +23,7 @@ struct InstallerSettings
     VoDirectoryPath staging; ///< The staging directory; null: the package's own.
     Journal journal = Journal::UntilInstalled;
     std::size_t cacheLimit = ChunkCache::UsualLimit; ///< Bytes of uncompressed chunks to hold.
+    bool reuseInstalledFiles = false;                ///< As in InstallationOptions.
     VoDeque<VoUUID> damaged; ///< Files to write although the listings say that they are unchanged.
 };
 

@@ -3,15 +3,19 @@
 #include <Core/VoChecksum.h>
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
+#include <Core/VoFileException.h>
 #include <Core/VoVersion.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFileSystem.h>
+#include <IO/VoFileByteStream.h>
 #include <Subsystem/VoLogging.h>
+#include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/Containment.h>
 #include <Updater/FileActions.h>
 #include <Updater/FileContent.h>
 #include <Updater/FileInstaller.h>
+#include <Updater/FileReuse.h>
 #include <Updater/InstallationJournal.h>
 #include <Updater/InstalledPackages.h>
 #include <Updater/InstallerPrivate.h>
@@ -19,6 +23,8 @@
 #include <Updater/UpdatePlan.h>
 #include <Updater/UpdateTransaction.h>
 #include <Updater/VolumeSync.h>
+
+#include <QtCore/QScopeGuard>
 
 #include <algorithm>
 #include <unordered_map>
@@ -33,12 +39,17 @@ struct PackageInstaller::Private
     VoUniquePtr<InstalledPackageListing> installed; // null: nothing is installed
     PackageDifferences differences;
     UpdatePlan plan;
+    ReusedFiles reused;             // files that are copied from installed ones
+    VoDeque<PlannedChunk> chunks{}; // what the others need
 };
 
 namespace {
 
 // Up to so many files are forced to disk one by one: what others have written to the volume meanwhile is left alone.
 constexpr std::uint64_t FewFiles = 64;
+
+// Bytes that are read at once from a file that is copied.
+constexpr std::size_t CopyBlock = 256 * 1024;
 
 bool IsListingOf(const InstalledPackageListing& listing, const VoUUID& packageID)
 {
@@ -69,6 +80,61 @@ VoUniquePtr<InstalledPackageListing> FindInstalled(const VoUUID& packageID)
     return {};
 }
 
+InstallerSettings SettingsOf(const InstallationOptions& options)
+{
+    InstallerSettings settings;
+    settings.reuseInstalledFiles = options.reuseInstalledFiles;
+    return settings;
+}
+
+PackageDifferences Without(const PackageDifferences& differences, const ReusedFiles& reused)
+{
+    PackageDifferences result(differences.packageID(), differences.sourceVersionID(), differences.targetVersionID());
+    for (const FileDifference& difference : differences.fileDifferences()) {
+        if (reused.count(difference.fileID()) > 0)
+            continue;
+        switch (difference.type()) {
+        case FileDifference::Added:
+            result.fileAdded(difference.fileID());
+            break;
+        case FileDifference::Modified:
+            result.fileModified(difference.fileID());
+            break;
+        case FileDifference::Removed:
+            result.fileRemoved(difference.fileID());
+            break;
+        }
+    }
+    return result;
+}
+
+VoDeque<ChunkListing> Listings(const VoDeque<PlannedChunk>& chunks)
+{
+    VoDeque<ChunkListing> result;
+    for (const PlannedChunk& chunk : chunks)
+        result.pushBack(chunk.listing);
+    return result;
+}
+
+// What the check of an installed file found.
+struct Finding
+{
+    VoFilePath path;
+    bool isThere = false;
+    bool isSound = false;
+
+    // Of no value when the flag is raised.
+    void examine(const AdvertisedFileListing& file, const VoStopFlag& stop)
+    {
+        try {
+            isThere = VoFileSystem::Exists(path);
+            isSound = isThere && HasChecksum(path, file.checksum(), stop);
+        } catch (const VoUserCancelledException&) {
+            // The thread that waits for this one will notice.
+        }
+    }
+};
+
 bool IsInPlace(const InstalledFileListing& file, const VoFilePath& place)
 {
     return Bytes(file.path()) == Bytes(place) && VoFileSystem::Exists(place) && !VoFileSystem::IsDirectory(place) &&
@@ -98,6 +164,12 @@ PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package
     compare(std::move(installed));
 }
 
+PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
+                                   const VoDirectoryPath& installationDirectory, const InstallationOptions& options)
+    : PackageInstaller(std::move(package), installationDirectory, SettingsOf(options))
+{
+}
+
 PackageInstaller::~PackageInstaller() = default;
 
 void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
@@ -106,7 +178,32 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
     if (installed)
         addFilesNotInPlace(*installed, differences);
     UpdatePlan updatePlan = PlanUpdate(differences, installed.get(), advertisedPackage());
-    m_private.reset(new Private{std::move(installed), std::move(differences), std::move(updatePlan)});
+    ReusedFiles reused;
+    if (installed && AbstractPackageInstaller::m_private->settings.reuseInstalledFiles)
+        reused = findReusable(differences, *installed);
+    m_private.reset(
+        new Private{std::move(installed), std::move(differences), std::move(updatePlan), std::move(reused)});
+    if (m_private->reused.empty()) {
+        m_private->chunks = m_private->plan.chunks;
+        return;
+    }
+    m_private->chunks =
+        PlanUpdate(Without(m_private->differences, m_private->reused), m_private->installed.get(), advertisedPackage())
+            .chunks;
+    AbstractPackageInstaller::m_private->needed = Listings(m_private->chunks);
+}
+
+// None for an advert that the run will refuse: its paths cannot be told.
+ReusedFiles PackageInstaller::findReusable(const PackageDifferences& differences,
+                                           const InstalledPackageListing& installed) const
+{
+    try {
+        requireValid();
+    } catch (const VoException&) {
+        return {};
+    }
+    return FindReusableFiles(differences, installed, advertisedPackage(),
+                             [this](const AdvertisedFileListing& file) { return resolvedPath(file); });
 }
 
 // The listings know nothing of files that were deleted, cut short or installed into another directory, nor of those
@@ -165,6 +262,11 @@ InstallationPlan PackageInstaller::plan() const
         const AdvertisedFileListing* target = advert.file(file.id);
         const bool isRemoved = file.type == FileDifference::Removed;
         result.files.pushBack({file.type, file.id, isRemoved ? file.path : resolvedPath(*target), file.bytes});
+        if (const auto source = m_private->reused.find(file.id); source != m_private->reused.end()) {
+            result.files.back().copiedFrom = source->second;
+            result.bytesToCopy += file.bytes;
+            ++result.copiedFiles;
+        }
     }
     result.addedFiles = update.added;
     result.modifiedFiles = update.modified;
@@ -173,7 +275,7 @@ InstallationPlan PackageInstaller::plan() const
     result.bytesToWrite = update.bytesToWrite;
     result.bytesToRemove = update.bytesToRemove;
     const StagingDirectory directory = staging();
-    for (const PlannedChunk& chunk : update.chunks) {
+    for (const PlannedChunk& chunk : m_private->chunks) {
         if (directory.holds(chunk.listing)) {
             result.stagedChunks.pushBack(chunk.listing);
         } else {
@@ -186,10 +288,7 @@ InstallationPlan PackageInstaller::plan() const
 
 VoDeque<ChunkListing> PackageInstaller::requiredChunks() const
 {
-    VoDeque<ChunkListing> result;
-    for (const PlannedChunk& chunk : m_private->plan.chunks)
-        result.pushBack(chunk.listing);
-    return result;
+    return Listings(m_private->plan.chunks);
 }
 
 VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
@@ -240,22 +339,26 @@ VoDeque<TargetFile> PackageInstaller::targets() const
 void PackageInstaller::buildFiles(const VoStopFlag& stop)
 {
     ChunkCache& cache = AbstractPackageInstaller::m_private->cache;
-    for (const PlannedChunk& chunk : m_private->plan.chunks)
+    for (const PlannedChunk& chunk : m_private->chunks)
         cache.expect(chunk.listing.id(), chunk.references);
 
     const std::uint64_t written = m_private->plan.added + m_private->plan.modified;
     const Durability durability = written > FewFiles && CanSyncVolume() ? Durability::Later : Durability::AtOnce;
+    const std::vector<const PlannedFile*> order = buildOrder(cache.limit());
+    auto& reader = AbstractPackageInstaller::m_private->reader;
+    reader = std::make_unique<ChunkReader>(staging(), chunkLimit(), chunkOrder(order));
+    const auto endReading = qScopeGuard([&reader] { reader.reset(); });
     std::uint64_t done = 0;
-    for (const PlannedFile* file : buildOrder(cache.limit())) {
+    for (const PlannedFile* file : order) {
         stop.throwIfStopped();
-        buildFile(*file, durability);
+        buildFile(*file, durability, stop);
         broadcast(Message<InstallationProgressMessage>(++done, m_private->plan.files.size(), packageID(), versionID()));
     }
     if (durability == Durability::Later)
         SyncVolume(installationDirectory());
 }
 
-void PackageInstaller::buildFile(const PlannedFile& planned, Durability durability)
+void PackageInstaller::buildFile(const PlannedFile& planned, Durability durability, const VoStopFlag& stop)
 {
     if (planned.type == FileDifference::Removed) {
         diagnostic("Removing file: " + planned.path.path());
@@ -264,7 +367,53 @@ void PackageInstaller::buildFile(const PlannedFile& planned, Durability durabili
     const AdvertisedFileListing& file = *advertisedPackage().file(planned.id);
     const char* what = planned.type == FileDifference::Added ? "Adding file: " : "Updating file: ";
     diagnostic(what + file.target().path());
-    AbstractPackageInstaller::buildFile(file, resolvedPath(file), durability);
+    if (const auto source = m_private->reused.find(file.id()); source != m_private->reused.end())
+        copyFile(file, source->second, durability, stop);
+    else
+        AbstractPackageInstaller::buildFile(file, resolvedPath(file), durability, stop);
+}
+
+// A file that was changed since it was chosen ends the run; the next one does without it.
+void PackageInstaller::copyFile(const AdvertisedFileListing& file, const VoFilePath& source, Durability durability,
+                                const VoStopFlag& stop)
+{
+    diagnostic("Copying from: " + source.path());
+    const VoFilePath place = resolvedPath(file);
+    FileInstaller built(place, durability);
+    VoFileInputByteStream stream(source);
+    if (!stream.isOpen())
+        throw VoCannotOpenFileException(source);
+    std::vector<char> block(CopyBlock);
+    while (const std::size_t count = stream.read(block.data(), block.size())) {
+        stop.throwIfStopped();
+        built.write(block.data(), count);
+    }
+    if (!built.finish(file.checksum(), static_cast<std::uint64_t>(file.size().bytes())))
+        throw VoValidationException("File checksum does not match for: " + place.path());
+}
+
+// The file to build from chunks; null for one that is removed or copied.
+const AdvertisedFileListing* PackageInstaller::builtFile(const PlannedFile& planned) const
+{
+    if (planned.type == FileDifference::Removed || m_private->reused.count(planned.id) > 0)
+        return nullptr;
+    return advertisedPackage().file(planned.id);
+}
+
+// Each chunk once, by its first use.
+std::vector<VoUUID> PackageInstaller::chunkOrder(const std::vector<const PlannedFile*>& order) const
+{
+    std::vector<VoUUID> result;
+    std::unordered_set<VoUUID> known;
+    for (const PlannedFile* planned : order) {
+        const AdvertisedFileListing* file = builtFile(*planned);
+        for (std::size_t i = 0; file && i < file->chunks().size(); ++i) {
+            const VoUUID& id = file->chunks()[i].chunkID();
+            if (known.insert(id).second)
+                result.push_back(id);
+        }
+    }
+    return result;
 }
 
 // The order of the differences, which the IDs make a random one, as long as all chunks can be held; else the order of
@@ -276,14 +425,14 @@ std::vector<const PlannedFile*> PackageInstaller::buildOrder(std::uint64_t cache
         order.push_back(&file);
     std::uint64_t bytes = 0;
     std::unordered_map<VoUUID, std::size_t> positions;
-    for (const PlannedChunk& chunk : m_private->plan.chunks) {
+    for (const PlannedChunk& chunk : m_private->chunks) {
         bytes += std::min(chunk.extent, cacheLimit + 1);
         positions.emplace(chunk.listing.id(), positions.size());
     }
     if (bytes <= cacheLimit)
         return order;
     const auto position = [&](const PlannedFile* planned) {
-        const AdvertisedFileListing* file = advertisedPackage().file(planned->id);
+        const AdvertisedFileListing* file = builtFile(*planned);
         if (!file || file->chunks().isEmpty())
             return std::pair<std::size_t, std::uint64_t>(0, 0);
         const ChunkReferenceListing& first = file->chunks().front();
@@ -298,13 +447,26 @@ void PackageInstaller::verify(const VoStopFlag& stop)
 {
     diagnostic("Starting installation verification");
     broadcast(Message<BasicUpdateMessage<12>>("Starting installation verification", packageID(), versionID()));
+    const VoDeque<AdvertisedFileListing>& files = advertisedPackage().files();
+    background_task::VoParallelTaskScheduler scheduler;
+    const std::size_t batch = 32 * scheduler.workers();
+    std::vector<Finding> findings;
     bool isSound = true;
-    std::uint64_t done = 0;
-    for (const AdvertisedFileListing& file : advertisedPackage().files()) {
-        stop.throwIfStopped();
-        isSound = verifyFile(file) && isSound;
-        broadcast(
-            Message<VerificationProgressMessage>(++done, advertisedPackage().files().size(), packageID(), versionID()));
+    for (std::size_t first = 0; first < files.size(); first += batch) {
+        const std::size_t last = std::min(first + batch, files.size());
+        findings.clear();
+        for (std::size_t i = first; i < last; ++i)
+            findings.push_back({resolvedPath(files[i])});
+        scheduler.parallelFor(first, last, 1, [&](std::size_t begin, std::size_t end) {
+            for (std::size_t i = begin; i < end; ++i)
+                findings[i - first].examine(files[i], stop);
+        });
+        for (std::size_t i = first; i < last; ++i) {
+            stop.throwIfStopped();
+            const Finding& finding = findings[i - first];
+            isSound = reportFile(finding.path, finding.isThere, finding.isSound) && isSound;
+            broadcast(Message<VerificationProgressMessage>(i + 1, files.size(), packageID(), versionID()));
+        }
     }
     if (isSound) {
         diagnostic("Installation verification success");
@@ -315,15 +477,14 @@ void PackageInstaller::verify(const VoStopFlag& stop)
     }
 }
 
-bool PackageInstaller::verifyFile(const AdvertisedFileListing& file)
+bool PackageInstaller::reportFile(const VoFilePath& path, bool isThere, bool isSound)
 {
-    const VoFilePath path = resolvedPath(file);
-    if (!VoFileSystem::Exists(path)) {
+    if (!isThere) {
         error("File missing " + path.path());
         broadcast(Message<BasicUpdateMessage<15>>("File missing: " + path.path(), packageID(), versionID()));
         return false;
     }
-    if (HasChecksum(path, file.checksum()))
+    if (isSound)
         return true;
     const VoString text = "File checksum mismatch: " + path.path();
     error(text);

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <Updater/AbstractPackageInstaller.h>
+#include <Updater/InstallationOptions.h>
 #include <Updater/InstallationPlan.h>
 #include <Updater/PackageDifferences.h>
 
+#include <unordered_map>
 #include <vector>
 
 namespace vo::updater {
@@ -12,6 +14,7 @@ namespace detail {
 class InstallationJournal;
 struct PlannedFile;
 struct TargetFile;
+using ReusedFiles = std::unordered_map<VoUUID, VoFilePath>;
 } // namespace detail
 
 /// Installs a release over the one that is installed, if any, writing only the files that differ.
@@ -29,6 +32,9 @@ public:
     /// Compares the advert with the installed release that the registry has a listing of; a listing that cannot be read
     /// counts as none, with a warning. Throws VoNullPointerException for an empty pointer.
     PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory);
+    /// As above, with options other than the usual ones. Files that may be copied are read here.
+    PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
+                     const InstallationOptions& options);
     ~PackageInstaller() override;
 
     /// What differs from the installed release, in the order in which it is worked through.
@@ -39,6 +45,7 @@ public:
     InstallationPlan plan() const;
 
     VoUniquePtr<InstalledPackageListing> install(VoStopFlag stop) override;
+    /// The chunks of all added and modified files, also of those that will be copied from installed files.
     VoDeque<ChunkListing> requiredChunks() const override;
 
 protected:
@@ -54,15 +61,21 @@ private:
     friend class PackageVerifier;
 
     void compare(VoUniquePtr<InstalledPackageListing> installed);
+    detail::ReusedFiles findReusable(const PackageDifferences& differences,
+                                     const InstalledPackageListing& installed) const;
     void addFilesNotInPlace(const InstalledPackageListing& installed, PackageDifferences& differences) const;
     bool isInPlace(const InstalledFileListing& record, const AdvertisedFileListing& file) const;
     detail::InstallationJournal journal() const;
     VoDeque<detail::TargetFile> targets() const;
     void buildFiles(const VoStopFlag& stop);
-    void buildFile(const detail::PlannedFile& planned, detail::Durability durability);
+    void buildFile(const detail::PlannedFile& planned, detail::Durability durability, const VoStopFlag& stop);
+    void copyFile(const AdvertisedFileListing& file, const VoFilePath& source, detail::Durability durability,
+                  const VoStopFlag& stop);
+    std::vector<VoUUID> chunkOrder(const std::vector<const detail::PlannedFile*>& order) const;
+    const AdvertisedFileListing* builtFile(const detail::PlannedFile& planned) const;
     std::vector<const detail::PlannedFile*> buildOrder(std::uint64_t cacheLimit) const;
     void verify(const VoStopFlag& stop);
-    bool verifyFile(const AdvertisedFileListing& file);
+    bool reportFile(const VoFilePath& path, bool isThere, bool isSound);
 
     struct Private;
     std::unique_ptr<Private> m_private;

@@ -90,8 +90,18 @@ void StagingDirectory::copy(const VoFilePath& source, const VoUUID& chunkID) con
 
 VoByteArray StagingDirectory::read(const VoUUID& chunkID, std::uint64_t limit) const
 {
+    announceReading(chunkID);
+    return load(chunkID, limit);
+}
+
+void StagingDirectory::announceReading(const VoUUID& chunkID) const
+{
+    AtStep(FileStep::ReadChunk, chunkPath(chunkID).path());
+}
+
+VoByteArray StagingDirectory::load(const VoUUID& chunkID, std::uint64_t limit) const
+{
     const VoFilePath path = chunkPath(chunkID);
-    AtStep(FileStep::ReadChunk, path.path());
     const VoByteArray compressed = ReadAll(path);
     const std::uint64_t promised = PromisedSize(compressed);
     if (promised > limit || promised > LargestChunk)

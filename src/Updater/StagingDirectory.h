@@ -31,10 +31,15 @@ public:
     /// Copies a chunk's file from a local release, in place of one that may be there. Throws VoFileNotFoundException
     /// for a missing source, VoFileException for one that is no regular file or cannot be copied.
     void copy(const VoFilePath& source, const VoUUID& chunkID) const;
-    /// Reads and uncompresses a chunk. Throws VoFileNotFoundException for one that is not staged, and
+    /// @{
+    /// Reads and uncompresses a chunk: read() is to announce the step and load(), which may be done on another thread.
+    /// Throws VoFileNotFoundException for one that is not staged, and
     /// VoInvalidConversionException when it promises more than `limit` bytes, which is found before anything is
     /// uncompressed, or does not hold what it promises.
     VoByteArray read(const VoUUID& chunkID, std::uint64_t limit) const;
+    void announceReading(const VoUUID& chunkID) const;
+    VoByteArray load(const VoUUID& chunkID, std::uint64_t limit) const;
+    /// @}
     /// Removes the directory with all that is in it; nothing when it is not there.
     void remove() const;
 

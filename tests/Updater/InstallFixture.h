@@ -108,7 +108,7 @@ protected:
 
     void install(const VoFilePath& definition, const VoStopFlag& stop = VoStopFlag())
     {
-        InstalledPackages::Install(definition, place(), stop);
+        InstalledPackages::Install(definition, place(), stop, options);
     }
 
     /// Everything below "place" and the update directory: files with their content, directories with a "/" behind.
@@ -163,6 +163,7 @@ protected:
         };
     }
 
+    vo::updater::InstallationOptions options; // of install()
     const VoUUID packageID{VoString("a1b2-") + VoUpdater::GenerateID().toString()};
 
 private:

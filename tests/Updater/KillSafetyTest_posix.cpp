@@ -11,15 +11,13 @@ namespace vo::test {
 
 namespace {
 
-const Files First = {{"readme.txt", "first"},
-                     {"lib/a.dat", Noise(60, 1)},
-                     {"lib/deep/b.dat", Noise(50, 2)},
-                     {"old/gone.txt", "to be removed"},
-                     {"turns", "into a directory"}};
+const Files First = {{"readme.txt", "first"},           {"lib/a.dat", Noise(60, 1)},   {"lib/deep/b.dat", Noise(50, 2)},
+                     {"old/gone.txt", "to be removed"}, {"turns", "into a directory"}, {"moved.dat", Noise(55, 5)}};
 const Files Second = {{"readme.txt", "second, longer than before"},
                       {"lib/a.dat", Noise(60, 1)},
                       {"lib/deep/b.dat", Noise(50, 3)},
                       {"new/place/c.dat", Noise(45, 4)},
+                      {"moved/to/d.dat", Noise(55, 5)},
                       {"turns/into/this", "indeed"}};
 
 class KillSafetyTest : public InstallTest
@@ -118,6 +116,12 @@ TEST_F(KillSafetyTest, AKilledFirstInstallationEndsAsIfNothingHadHappened)
 
 TEST_F(KillSafetyTest, AKilledUpdateEndsAsIfNothingHadHappened)
 {
+    expectSameEnd([this] { install(first); }, [this] { install(second); });
+}
+
+TEST_F(KillSafetyTest, AKilledUpdateThatCopiesMovedFilesEndsAsIfNothingHadHappened)
+{
+    options.reuseInstalledFiles = true;
     expectSameEnd([this] { install(first); }, [this] { install(second); });
 }
 

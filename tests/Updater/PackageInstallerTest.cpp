@@ -95,6 +95,58 @@ TEST_F(PackageInstallerTest, AnUpdateCopiesOnlyTheChunksOfChangedFilesAndLeavesA
     EXPECT_TRUE(InstalledPackages::Plan(second, place()).isUpToDate());
 }
 
+TEST_F(PackageInstallerTest, FilesThatMovedAreCopiedInsteadOfFetched)
+{
+    const std::string big = Noise(400, 8);
+    const VoFilePath first = publish("1.0.0", {{"a", big}, {"b", Noise(90, 1)}, {"dir", Noise(80, 2)}, {"gone", "x"}});
+    const Files next = {{"moved/a", big},
+                        {"copied", big},
+                        {"b", Noise(90, 1)},
+                        {"dir/inside", Noise(80, 2)},
+                        {"changed", Noise(50, 3)}};
+    const VoFilePath second = publish("1.1.0", next);
+    install(first);
+    options.reuseInstalledFiles = true;
+
+    PackageInstaller installer(AdvertisedPackageListing::Open(second), place(), options);
+    const InstallationPlan plan = installer.plan();
+    EXPECT_EQ(plan.addedFiles, 4u);
+    EXPECT_EQ(plan.copiedFiles, 2u); // what becomes a directory is gone when it would be copied
+    EXPECT_EQ(plan.bytesToCopy, 800u);
+    EXPECT_EQ(plan.chunks.size(), ChunksOf(second, {"changed", "dir/inside"}));
+    EXPECT_EQ(installer.requiredChunks().size(), ChunksOf(second, {"changed", "dir/inside", "moved/a", "copied"}));
+
+    EXPECT_EQ(copiedChunks(second), plan.chunks.size());
+    EXPECT_EQ(installed(), next);
+    EXPECT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).isIntact());
+}
+
+TEST_F(PackageInstallerTest, OnlyFilesThatStillHaveTheirBytesAreCopied)
+{
+    const Files old = {{"a", Noise(90, 1)}, {"b", Noise(80, 2)}, {"c", Noise(70, 3)}};
+    const Files next = {{"1", Noise(90, 1)}, {"2", Noise(80, 2)}, {"3", Noise(70, 3)}};
+    const VoFilePath first = publish("1.0.0", old);
+    const VoFilePath second = publish("1.1.0", next);
+    options.reuseInstalledFiles = true;
+    install(first);
+    Edit(placed("a"), [](std::string& bytes) { bytes[5] ^= 1; });
+    VoFileSystem::Remove(placed("b"));
+    EXPECT_EQ(InstalledPackages::Plan(second, place(), options).copiedFiles, 1u);
+
+    // One that changes after it was chosen fails the run; the next one fetches it.
+    {
+        bool isChanged = false;
+        const StepWatch watch([&](FileStep step, const VoString&) {
+            if (step == FileStep::MakeDirectory && !std::exchange(isChanged, true))
+                Edit(placed("c"), [](std::string& bytes) { bytes[5] ^= 1; });
+        });
+        EXPECT_THROW(install(second), VoInstallationFailedException);
+        ASSERT_TRUE(isChanged);
+    }
+    install(second);
+    EXPECT_EQ(installed(), next);
+}
+
 TEST_F(PackageInstallerTest, InstallingTheInstalledReleaseAgainTouchesNoFileOfIt)
 {
     const VoFilePath definition = publish("1.0.0", First);

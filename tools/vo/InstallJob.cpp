@@ -37,12 +37,19 @@ std::vector<Option> InstallOptions()
     };
 }
 
+updater::InstallationOptions OptionsOfInstalling()
+{
+    updater::InstallationOptions options;
+    options.reuseInstalledFiles = true;
+    return options;
+}
+
 InstallJob PrepareInstall(const Session& session)
 {
     InstallJob job;
     job.release = OpenChosenRelease(session.arguments);
     job.directory = installationDirectory(session, job.release.package->packageID());
-    job.plan = InstalledPackages::Plan(job.release.definition, job.directory);
+    job.plan = InstalledPackages::Plan(job.release.definition, job.directory, OptionsOfInstalling());
     return job;
 }
 

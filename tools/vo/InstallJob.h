@@ -4,6 +4,7 @@
 #include "ReleaseChoice.h"
 
 #include <FileSystem/VoDirectoryPath.h>
+#include <Updater/InstallationOptions.h>
 #include <Updater/InstallationPlan.h>
 
 #include <vector>
@@ -22,6 +23,9 @@ struct InstallJob
 
 /// The options that name the release and the folder, for both commands.
 std::vector<Option> InstallOptions();
+
+/// How the tool installs: files that have only moved are copied.
+updater::InstallationOptions OptionsOfInstalling();
 
 /// Reads the command line and plans. The folder of an installed package need not be named again. Throws what planning
 /// throws for a release that is refused.

@@ -13,9 +13,11 @@ using updater::InstallationPlan;
 
 namespace {
 
-const char* verbOf(FileDifference::Type type)
+const char* verbOf(const InstallationPlan::File& file)
 {
-    switch (type) {
+    if (!file.copiedFrom.isNull())
+        return "copy";
+    switch (file.type) {
     case FileDifference::Added:
         return "add";
     case FileDifference::Modified:
@@ -58,8 +60,15 @@ void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirec
     console.list("files");
     for (const InstallationPlan::File& file : plan.files) {
         const VoString path = PathTextBelow(directory, file.path);
-        console.row("files", column(verbOf(file.type)) + path + "  " + BytesText(file.bytes),
-                    JsonRecord()("action", verbOf(file.type))("path", path)("id", file.id)("bytes", file.bytes));
+        JsonRecord record;
+        record("action", verbOf(file))("path", path)("id", file.id)("bytes", file.bytes);
+        VoString line = column(verbOf(file)) + path + "  " + BytesText(file.bytes);
+        if (!file.copiedFrom.isNull()) {
+            const VoString source = PathTextBelow(directory, file.copiedFrom);
+            record("from", source);
+            line = line + "  from " + source;
+        }
+        console.row("files", line, record);
     }
     console.list("chunks");
     for (const ChunkListing& chunk : plan.stagedChunks)
@@ -72,6 +81,8 @@ void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDir
 {
     showIdentity(console, plan, directory);
     console.fact("added", "files to add", plan.addedFiles);
+    if (plan.copiedFiles > 0)
+        console.fact("copied", "of them to copy", plan.copiedFiles);
     console.fact("modified", "files to update", plan.modifiedFiles);
     console.fact("removed", "files to remove", plan.removedFiles);
     console.fact("unchanged", "files unchanged", plan.unchangedFiles);
@@ -86,6 +97,8 @@ void ShowInstalledFigures(Console& console, const InstallationPlan& plan, const 
 {
     showIdentity(console, plan, directory);
     console.fact("added", "files added", plan.addedFiles);
+    if (plan.copiedFiles > 0)
+        console.fact("copied", "of them copied", plan.copiedFiles);
     console.fact("modified", "files updated", plan.modifiedFiles);
     console.fact("removed", "files removed", plan.removedFiles);
     console.fact("unchanged", "files unchanged", plan.unchangedFiles);

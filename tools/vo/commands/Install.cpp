@@ -24,7 +24,7 @@ bool install(Session& session, const InstallJob& job)
         if (message->type() == AbstractMessage::VerificationFailed)
             intact = false;
     });
-    InstalledPackages::Install(job.release.definition, job.directory, session.stop);
+    InstalledPackages::Install(job.release.definition, job.directory, session.stop, OptionsOfInstalling());
     RecordSource(job.plan.packageID, job.release.definition);
     session.console.endProgress();
     return intact;
