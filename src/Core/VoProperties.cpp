@@ -1,6 +1,8 @@
 #include <Core/VoProperties.h>
 
 #include <algorithm>
+#include <unordered_map>
+#include <utility>
 
 struct VoProperties::Private
 {
@@ -23,6 +25,19 @@ VoProperties::VoProperties(std::initializer_list<VoProperty> properties)
 {
     for (const VoProperty& property : properties)
         add(property);
+}
+
+VoProperties::VoProperties(VoDeque<VoProperty> properties)
+{
+    auto& all = own();
+    std::unordered_map<VoString, std::size_t> places;
+    for (VoProperty& property : properties) {
+        const auto [place, isNew] = places.emplace(property.name(), all.size());
+        if (isNew)
+            all.pushBack(std::move(property));
+        else
+            all[place->second].setValue(property.value());
+    }
 }
 
 VoProperties::VoProperties(const VoProperties& other)

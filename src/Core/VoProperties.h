@@ -30,6 +30,9 @@ public:
     VoProperties(VoProperty&& property);                        ///< One property.
     VoProperties(std::initializer_list<VoProperty> properties); ///< Each added in turn by add().
 
+    /// Each added in turn, as by add(), but in time that grows with their number: for what is read from documents.
+    explicit VoProperties(VoDeque<VoProperty> properties);
+
     VoProperties(const VoProperties& other);                ///< Copies all properties.
     VoProperties(VoProperties&& other) noexcept;            ///< `other` becomes empty.
     VoProperties& operator=(const VoProperties& other);     ///< Copies all properties; unchanged when that fails.

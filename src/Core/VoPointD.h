@@ -1,0 +1,29 @@
+#pragma once
+
+#include <Core/VoExport.h>
+
+#include <iosfwd>
+
+/// A point of real coordinates.
+struct VOCORE_EXPORT VoPointD
+{
+    double x = 0; ///< From left to right.
+    double y = 0; ///< In the direction that the user of the point defines.
+
+    constexpr VoPointD() noexcept = default; ///< The origin.
+    /// The point of both coordinates.
+    constexpr VoPointD(double xCoordinate, double yCoordinate) noexcept
+        : x(xCoordinate)
+        , y(yCoordinate)
+    {
+    }
+
+    /// @name Comparison of both coordinates, as numbers: a point with NaN equals none
+    /// @{
+    friend constexpr bool operator==(const VoPointD& a, const VoPointD& b) noexcept { return a.x == b.x && a.y == b.y; }
+    friend constexpr bool operator!=(const VoPointD& a, const VoPointD& b) noexcept { return !(a == b); }
+    /// @}
+
+    /// Writes "(x, y)", each with six significant digits.
+    friend VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, const VoPointD& point);
+};

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+/// @file
+/// The Gregorian calendar, counted in days, and the texts of its numbers.
+
+namespace vo::detail {
+
+/// A day of the Gregorian calendar.
+struct CalendarDate
+{
+    std::int64_t year;
+    std::int64_t month; ///< 1 to 12.
+    std::int64_t day;   ///< From 1.
+};
+
+/// Rounded down also for what is negative.
+std::int64_t FloorDivide(std::int64_t dividend, std::int64_t divisor);
+
+/// The date of a day counted from 1970-01-01.
+CalendarDate DateOf(std::int64_t day);
+
+/// The number of a day counted from 1970-01-01. The month is 1 to 12; days beyond its end count on.
+std::int64_t DayOf(const CalendarDate& date);
+
+/// Whether the calendar has that day.
+bool IsDate(const CalendarDate& date);
+
+/// Decimal digits, with leading zeros up to a width.
+std::string Padded(std::int64_t number, std::size_t width);
+
+} // namespace vo::detail
