@@ -7,6 +7,7 @@
 #include <IO/VoIOException.h>
 #include <XML/VoXMLStreamElementWriter.h>
 #include <XML/XMLDevice.h>
+#include <XML/XMLMarkup.h>
 #include <XML/XMLNames.h>
 #include <XML/XMLText.h>
 
@@ -298,4 +299,17 @@ void VoXMLStreamWriter::finishDocument()
 bool VoXMLStreamWriter::isCurrent(const VoXMLStreamElementWriter* element) const
 {
     return d->stack.empty() ? element == nullptr : d->stack.back() == element;
+}
+
+void vo::detail::XMLMarkup::Write(VoXMLStreamWriter& writer, const char* markup, std::size_t size)
+{
+    VoXMLStreamWriter::Private& document = *writer.d;
+    document.rethrowDeviceFailure();
+    if (document.stack.empty())
+        throw VoInvalidXMLOperation("Illegal write text call");
+    if (document.state == State::ElementOpen)
+        document.xml.writeCharacters(QString()); // ends the start tag; Qt gathers nothing else
+    document.state = State::InContent;
+    document.device.adapter().write(markup, static_cast<qint64>(size));
+    document.rethrowDeviceFailure();
 }

@@ -9,6 +9,10 @@
 
 class VoXMLStreamElementWriter;
 
+namespace vo::detail {
+class XMLMarkup;
+}
+
 /// Writes an XML document forwards, in one pass, onto an I/O device, and refuses what would not be well formed.
 ///
 ///     VoXMLStreamWriter writer(path, true);
@@ -115,6 +119,7 @@ public:
 
 private:
     friend class VoXMLStreamElementWriter;
+    friend class vo::detail::XMLMarkup;
     struct Private;
 
     void closeAfterHandle(const VoXMLStreamElementWriter* element) noexcept;
