@@ -37,7 +37,7 @@ class Tool : public VoProgram
 {
 protected:
     /// Publishes two releases of "one" and "two": one file added, one changed, one removed, one moved.
-    void publishTwo(int files = 40)
+    void publishTwo(int files = 40, const std::string& options = "--chunk-size 2K")
     {
         fillSource("one", files);
         fillSource("two", files);
@@ -45,8 +45,8 @@ protected:
         write("two/file0.txt", "changed");
         remove("two/file5");
         ASSERT_TRUE(QFile::rename(path("two/file10"), path("two/moved")));
-        first = publish("one", "1.0.0", "--chunk-size 2K");
-        second = publish("two", "1.1.0", "--chunk-size 2K");
+        first = publish("one", "1.0.0", options);
+        second = publish("two", "1.1.0", options);
     }
 
     QJsonObject first;
@@ -143,6 +143,8 @@ TEST_F(Tool, aPlanSaysWhatInstallingThenDoesAndChangesNothing)
     EXPECT_EQ(plan, dryRun);
 
     EXPECT_EQ(column(plan, "files", "path"), (Texts{"added", "file0.txt", "file10", "file5", "moved"}));
+    EXPECT_EQ(column(plan, "files", "action"), (Texts{"add", "copy", "remove", "remove", "update"}));
+    EXPECT_EQ(column(plan, "files", "from"), (Texts{"", "", "", "", "file10"}));
     const QJsonObject done = voJson("install @pub/declarations.xml");
     EXPECT_EQ(number(done, "chunksFetched"), number(plan, "chunksToFetch"));
     EXPECT_EQ(number(done, "bytesFetched"), number(plan, "bytesToFetch"));
@@ -206,6 +208,24 @@ TEST_F(Tool, releasesAreListedShownAndCompared)
     const Outcome text = vo("diff " + definitions);
     EXPECT_NE(text.out.find("added     added  3.0 B\n"), std::string::npos) << text;
     EXPECT_NE(text.out.find("modified  file0.txt  0.0 B -> 7.0 B\n"), std::string::npos) << text;
+}
+
+TEST_F(Tool, theMatrixSaysWhatEveryUpdateTakes)
+{
+    publishTwo();
+    const QJsonArray updates = voJson("plan @pub/declarations.xml --matrix")[QStringLiteral("updates")].toArray();
+    ASSERT_EQ(updates.size(), 3);
+    const QJsonObject install = updates[0].toObject();
+    EXPECT_EQ(textOf(install, "to"), "1.0.0.0");
+    EXPECT_EQ(number(install, "files"), 40);
+    EXPECT_EQ(number(install, "chunks"), number(first, "chunks"));
+    EXPECT_EQ(number(install, "bytesToFetch"), number(first, "bytesOut"));
+    EXPECT_EQ(number(updates[1].toObject(), "bytesToFetch"), number(second, "bytesOut"));
+    const QJsonObject update = updates[2].toObject();
+    EXPECT_EQ(textOf(update, "from") + " " + textOf(update, "to"), "1.0.0.0 1.1.0.0");
+    EXPECT_EQ(number(update, "files"), 3);
+    EXPECT_LT(number(update, "bytesToFetch"), number(second, "bytesOut"));
+    EXPECT_EQ(vo("plan @pub/declarations.xml --matrix --to @app").code, 2);
 }
 
 TEST_F(Tool, aReleaseIsCheckedAgainstItsSource)
@@ -413,7 +433,7 @@ void interrupt(QProcess& process)
 
 TEST_F(Tool, controlCStopsAnInstallationThatTheSameCommandThenFinishes)
 {
-    publishTwo(400);
+    publishTwo(400, "--chunk-size 64K");
     const std::string command = "install @pub/declarations.xml --to @app";
     const Outcome stopped = voUntil(command + " -v", 20, interrupt);
     EXPECT_EQ(stopped.code, 5) << stopped.err.substr(stopped.err.size() -
@@ -440,7 +460,7 @@ TEST_F(Tool, controlCStopsAPublicationAndNothingShows)
 
 TEST_F(Tool, anInstallationKilledAnywhereIsCompletedByTheSameCommand)
 {
-    publishTwo(300);
+    publishTwo(300, "--chunk-size 64K");
     const std::string old = "install @pub/declarations.xml --release 1.0.0 --to @app";
     const std::string update = "install @pub/declarations.xml --to @app";
     ASSERT_EQ(vo(old).code, 0);

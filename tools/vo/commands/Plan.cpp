@@ -1,12 +1,22 @@
 #include "../InstallJob.h"
 #include "../Session.h"
+#include "../UpdateMatrix.h"
 
 namespace vo::tool {
 namespace {
 
 ExitCode run(Session& session)
 {
+    if (session.arguments.has("matrix"))
+        return ShowUpdateMatrix(session);
     return ShowPlan(session, PrepareInstall(session));
+}
+
+std::vector<Option> options()
+{
+    std::vector<Option> all = InstallOptions();
+    all.push_back({"matrix", nullptr, "show what the update between any two releases of a package takes"});
+    return all;
 }
 
 } // namespace
@@ -15,11 +25,14 @@ Command PlanCommand()
 {
     return {
         "plan",
-        "DECLARATIONS|PACKAGE.XML --to FOLDER [--package ID] [--release V]",
+        "DECLARATIONS|PACKAGE.XML (--to FOLDER [--release V] | --matrix) [--package ID]",
         "show what installing would do",
         "Prints what \"vo install\" with the same arguments would do, before a byte moves: the files to add, update\n"
-        "and remove, and the chunks to fetch. Nothing is changed.\n",
-        InstallOptions(),
+        "and remove, and the chunks to fetch. Nothing is changed.\n"
+        "\n"
+        "With --matrix prints instead, for every two declared releases of the package, the files that an update from\n"
+        "the older to the newer writes, and the chunks and bytes that it fetches when no file has only moved.\n",
+        options(),
         1,
         1,
         run};
