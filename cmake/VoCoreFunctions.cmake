@@ -27,19 +27,30 @@ function(vocore_target_defaults target)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
 endfunction()
 
-# vocore_sources(PUBLIC header... PRIVATE file...)
+# vocore_sources(PUBLIC header... PRIVATE file... [QOBJECTS header...])
 # Adds the files of one folder of src/ to the library. PUBLIC headers are installed, enter VoCore.h and are compiled
-# alone by the header check; PRIVATE ones stay in the tree.
+# alone by the header check; PRIVATE ones stay in the tree. QOBJECTS names those headers, listed before, that Qt's
+# meta-object compiler must see.
 function(vocore_sources)
-    cmake_parse_arguments(arg "" "" "PUBLIC;PRIVATE" ${ARGN})
+    cmake_parse_arguments(arg "" "" "PUBLIC;PRIVATE;QOBJECTS" ${ARGN})
     file(RELATIVE_PATH folder "${PROJECT_SOURCE_DIR}/src" "${CMAKE_CURRENT_SOURCE_DIR}")
     target_sources(VoCore PRIVATE ${arg_PUBLIC} ${arg_PRIVATE})
     foreach(header IN LISTS arg_PUBLIC)
         set_property(GLOBAL APPEND PROPERTY VOCORE_PUBLIC_HEADERS "${folder}/${header}")
     endforeach()
+    foreach(header IN LISTS arg_QOBJECTS)
+        set_property(GLOBAL APPEND PROPERTY VOCORE_QOBJECT_HEADERS "src/${folder}/${header}")
+    endforeach()
     if(arg_PUBLIC)
         install(FILES ${arg_PUBLIC} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/VoCore/${folder}" COMPONENT Development)
     endif()
+endfunction()
+
+# Adds what the meta-object compiler makes. Called where the target was made: its rules belong to that directory.
+function(vocore_add_meta_objects target)
+    get_property(headers GLOBAL PROPERTY VOCORE_QOBJECT_HEADERS)
+    qt5_wrap_cpp(sources ${headers})
+    target_sources(${target} PRIVATE ${sources})
 endfunction()
 
 # Writes VoCore.h, which includes every public header, so that it cannot go stale.
