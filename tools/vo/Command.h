@@ -55,8 +55,10 @@ Command RepairCommand();
 Command ReportCommand();
 Command ShowCommand();
 Command UninstallCommand();
+Command UnzipCommand();
 Command VerifyCommand();
 Command VerifyReleaseCommand();
+Command ZipCommand();
 /// @}
 
 } // namespace vo::tool

@@ -9,7 +9,8 @@ const std::vector<Command>& Commands()
     static const std::vector<Command> commands = {
         PublishCommand(),       ReleasesCommand(),  ShowCommand(),   DiffCommand(),   PlanCommand(),
         InstallCommand(),       InstalledCommand(), VerifyCommand(), RepairCommand(), UninstallCommand(),
-        VerifyReleaseCommand(), ChecksumCommand(),  LpCommand(),     ReportCommand(), HelpCommand(),
+        VerifyReleaseCommand(), ChecksumCommand(),  ZipCommand(),    UnzipCommand(),  LpCommand(),
+        ReportCommand(),        HelpCommand(),
     };
     return commands;
 }

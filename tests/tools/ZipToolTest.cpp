@@ -1,0 +1,57 @@
+#include "../Documents/RawZip.h"
+#include "VoProgram.h"
+
+#include <QtCore/QJsonArray>
+
+namespace {
+
+class ZipTool : public VoProgram
+{
+protected:
+    void writeArchive(const std::vector<vo::test::RawEntry>& entries)
+    {
+        write("a.zip", QByteArray::fromStdString(vo::test::RawArchive(entries)));
+    }
+};
+
+} // namespace
+
+TEST_F(ZipTool, aFolderComesBackFromItsArchive)
+{
+    fillSource("in", 20);
+    const QJsonObject packed = voJson("zip @a.zip @in");
+    EXPECT_EQ(packed[QLatin1String("bytes")].toInt(), read("a.zip").size());
+    const Outcome again = vo("zip @b.zip @in");
+    EXPECT_EQ(again.code, 0) << again;
+    EXPECT_EQ(read("a.zip"), read("b.zip"));
+    voJson("unzip @a.zip @out/deep");
+    EXPECT_EQ(tree("out/deep"), tree("in"));
+    EXPECT_EQ(voJson("unzip --list @a.zip")[QLatin1String("entries")].toArray().size(), 20);
+}
+
+TEST_F(ZipTool, hostileArchivesAreListedButRefusedAsUnsafe)
+{
+    writeArchive({{"good", "x"}, {"../evil\x1b[31m", "xyz"}});
+    const Outcome list = vo("unzip --list @a.zip");
+    EXPECT_EQ(list.code, 0) << list;
+    EXPECT_EQ(list.out, "good\n../evil\\x1b[31m\n") << "control characters are shown, not obeyed";
+    const Outcome refused = vo("unzip @a.zip @out");
+    EXPECT_EQ(refused.code, 6) << refused;
+    EXPECT_NE(refused.err.find("Invalid path in zip archive: ../evil"), std::string::npos) << refused;
+    EXPECT_FALSE(exists("out"));
+    EXPECT_FALSE(exists("evil\x1b[31m"));
+}
+
+TEST_F(ZipTool, wrongUsesAndFailuresHaveTheirCodes)
+{
+    writeArchive({{"a", "0123456789", 0, 0, -1, 1}});
+    const std::pair<const char*, int> rows[] = {
+        {"unzip @a.zip", 2},          {"unzip --list @a.zip @out", 2}, {"zip @a.zip", 2},
+        {"zip @b.zip @missing", 1},   {"unzip @missing.zip @out", 1},  {"unzip --list @missing.zip", 1},
+        {"unzip @a.zip @damaged", 1},
+    };
+    for (const auto& [arguments, code] : rows)
+        EXPECT_EQ(vo(std::string(arguments)).code, code) << arguments;
+    EXPECT_FALSE(exists("b.zip"));
+    EXPECT_TRUE(tree("damaged").empty());
+}

@@ -1,0 +1,62 @@
+#include "../CommandError.h"
+#include "../Paths.h"
+#include "../Session.h"
+
+#include <Documents/VoZipArchive.h>
+#include <Documents/VoZipArchiveInternal.h>
+#include <Documents/VoZipper.h>
+
+#include <string>
+
+namespace vo::tool {
+namespace {
+
+ExitCode list(Session& session)
+{
+    VoZipArchive archive(session.arguments.fileArgument(0), VoZipArchive::Read);
+    vo::detail::ZipInput& entries = *archive.internal().input;
+    session.console.list("entries");
+    for (std::size_t i = 0; i < entries.count(); ++i) {
+        const VoString name{std::string(entries.name(i))};
+        const std::uint64_t size = entries.size(i);
+        session.console.row("entries", name, JsonRecord()("path", name)("bytes", size));
+    }
+    if (!entries.complete())
+        throw Failure("the archive's directory is damaged: what follows is not listed");
+    return ExitCode::Done;
+}
+
+ExitCode run(Session& session)
+{
+    if (session.arguments.has("list")) {
+        if (session.arguments.count() != 1)
+            throw UsageError("--list takes an archive and no folder");
+        return list(session);
+    }
+    if (session.arguments.count() != 2)
+        throw UsageError("unzip needs an archive and a folder");
+    const VoDirectoryPath folder = session.arguments.directoryArgument(1);
+    VoZipper::Unzip(session.arguments.fileArgument(0), folder.toFilePath());
+    session.console.fact("folder", "folder", PathText(folder));
+    return ExitCode::Done;
+}
+
+} // namespace
+
+Command UnzipCommand()
+{
+    return {
+        "unzip",
+        "ARCHIVE FOLDER | --list ARCHIVE",
+        "unpack or list a zip archive",
+        "Unpacks an archive into a folder, which is made when it is missing. All names are checked first: an\n"
+        "archive with a name that leads out of the folder, or that some system cannot have, is refused as a whole\n"
+        "with exit code 6. Files are replaced one by one, each when it is whole and its checksum is right. Entries\n"
+        "that are encrypted are refused.\n",
+        {{"list", nullptr, "print the names in the archive, as they are stored, instead of unpacking"}},
+        1,
+        2,
+        run};
+}
+
+} // namespace vo::tool
