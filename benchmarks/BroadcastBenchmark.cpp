@@ -5,11 +5,16 @@
 
 #include <benchmark/benchmark.h>
 
+#if __has_include(<boost/signals2.hpp>)
+#include <boost/signals2.hpp>
+#endif
+
 #include <cstdint>
 #include <vector>
 
 /// @file
-/// VoBroadcaster beside Qt's signals with functors connected directly. The argument is the number of receivers.
+/// VoBroadcaster beside Qt's signals with functors connected directly, and beside Boost's where that is installed. The
+/// argument is the number of receivers.
 
 /// What signals.
 class Signaller : public QObject
@@ -67,6 +72,33 @@ void SignalSharedPtr(benchmark::State& state)
 {
     Emit(state, &Signaller::replaced, VoSharedPtr<int>::Make(5));
 }
+
+#if __has_include(<boost/signals2.hpp>)
+template <typename T>
+void BoostSignal(benchmark::State& state, T value)
+{
+    boost::signals2::signal<void(T)> signal;
+    std::int64_t calls = 0;
+    for (std::int64_t i = 0; i < state.range(0); ++i)
+        signal.connect([&calls](T) { ++calls; });
+    for (auto _ : state)
+        signal(value);
+    state.SetItemsProcessed(calls);
+}
+
+void BoostInt(benchmark::State& state)
+{
+    BoostSignal<int>(state, 5);
+}
+
+void BoostSharedPtr(benchmark::State& state)
+{
+    BoostSignal<VoSharedPtr<int>>(state, VoSharedPtr<int>::Make(5));
+}
+
+BENCHMARK(BoostInt)->Arg(10)->Arg(100);
+BENCHMARK(BoostSharedPtr)->Arg(10)->Arg(100);
+#endif
 
 } // namespace
 

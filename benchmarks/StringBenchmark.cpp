@@ -304,6 +304,7 @@ void Base64DecodeQByteArray(benchmark::State& state)
 constexpr std::int64_t shortText = 12;
 constexpr std::int64_t path = 52;
 constexpr std::int64_t document = 1 << 20;
+constexpr std::int64_t largeDocument = 10 << 20;
 
 BENCHMARK(EqualOtherCaseVoString)->Arg(shortText)->Arg(path)->Arg(document);
 BENCHMARK(EqualOtherCaseQString)->Arg(shortText)->Arg(path)->Arg(document);
@@ -316,9 +317,9 @@ BENCHMARK(FindAbsentVoString)->Arg(path)->Arg(document);
 BENCHMARK(FindAbsentCaseSensitiveVoString)->Arg(path)->Arg(document);
 BENCHMARK(FindAbsentQString)->Arg(path)->Arg(document);
 BENCHMARK(FindAbsentStdStringCaseSensitive)->Arg(path)->Arg(document);
-BENCHMARK(TokenizeVoString)->Arg(path)->Arg(document);
-BENCHMARK(TokenizeQStringSplit)->Arg(path)->Arg(document);
-BENCHMARK(TokenizeQStringSplitRef)->Arg(path)->Arg(document);
+BENCHMARK(TokenizeVoString)->Arg(path)->Arg(document)->Arg(largeDocument);
+BENCHMARK(TokenizeQStringSplit)->Arg(path)->Arg(document)->Arg(largeDocument);
+BENCHMARK(TokenizeQStringSplitRef)->Arg(path)->Arg(document)->Arg(largeDocument);
 BENCHMARK(ReplaceVoString)->Arg(path)->Arg(document);
 BENCHMARK(ReplaceQString)->Arg(path)->Arg(document);
 BENCHMARK(HashVoString)->Arg(shortText)->Arg(path)->Arg(document);

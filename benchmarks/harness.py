@@ -6,7 +6,7 @@ usage: harness.py [--smoke] --build DIRECTORY TABLE
 A table NAME consists of
 
     NAME.table   rows measured by programs of Google Benchmark, and the programs that print rows themselves
-    NAME.sh      optional: a script that measures whole programs by turns and prints rows
+    NAME.py      optional: a script that measures whole programs by turns and prints rows
 
 Lines of NAME.table, with "#" for remarks:
 
@@ -144,7 +144,7 @@ def rows_of_output(command, environment):
                     raise Failure(f"{command[0]}: a row has {len(HEAD)} fields: {line}")
                 rows.append(fields)
             else:
-                print(line, end="")
+                print(line, end="", flush=True)
     if running.returncode != 0:
         raise Failure(f"{command[0]} ended with {running.returncode}")
     if not rows:
@@ -173,9 +173,9 @@ def measure(table, build, smoke):
             rows.append(row_of(fields, times[program]))
         else:
             rows.extend(rows_of_output([os.path.join(build, "benchmarks", program)], environment))
-    script = os.path.join(HERE, table + ".sh")
+    script = os.path.join(HERE, table + ".py")
     if os.path.exists(script):
-        rows.extend(rows_of_output(["bash", script], environment))
+        rows.extend(rows_of_output([sys.executable, script], environment))
     return rows
 
 

@@ -14,14 +14,14 @@ smoke=() tables=()
 for argument in "$@"; do
     case $argument in
     --smoke) smoke=(--smoke) ;;
-    *) [ -e "$vocore_root/benchmarks/$argument.table" ] || [ -e "$vocore_root/benchmarks/$argument.sh" ] ||
+    *) [ -e "$vocore_root/benchmarks/$argument.table" ] || [ -e "$vocore_root/benchmarks/$argument.py" ] ||
         fail "there is no table \"$argument\""
         tables+=("$argument") ;;
     esac
 done
 if [ ${#tables[@]} -eq 0 ]; then
     for table in road downloads documents numbers; do
-        [ ! -e "$vocore_root/benchmarks/$table.table" ] && [ ! -e "$vocore_root/benchmarks/$table.sh" ] || tables+=("$table")
+        [ ! -e "$vocore_root/benchmarks/$table.table" ] && [ ! -e "$vocore_root/benchmarks/$table.py" ] || tables+=("$table")
     done
 fi
 

@@ -1,0 +1,280 @@
+#!/usr/bin/env python3
+"""Whole programs by turns: publishing, installing and updating a tree of the machine's own headers and libraries.
+
+Prints rows for harness.py. Processor time on one core (taskset), wall time where two cores are at work.
+"""
+
+import glob
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+SMOKE = "VOCORE_SMOKE" in os.environ
+FREE_CORES = int(os.environ.get("VOCORE_FREE_CORES", "1"))
+MEGABYTES = 2 if SMOKE else min(500, int(os.environ.get("VOCORE_BENCHMARK_MB", "128")))
+REPETITIONS = 1 if SMOKE else 5
+VO = os.path.join(os.environ["VOCORE_BUILD"], "tools/vo/vo")
+FLOOR = os.path.join(os.environ["VOCORE_BUILD"], "benchmarks/VoCoreRoadFloorBenchmark")
+CHUNK = 4 << 20
+
+
+def row(job, ours, floor="-", peer="-", ratio=None, goal=None):
+    """goal: (">=" or "<=", number)"""
+    met = "-"
+    if goal:
+        met = "not measured" if ratio is None else \
+            "yes" if (ratio >= goal[1] if goal[0] == ">=" else ratio <= goal[1]) else "no"
+    goal_text = f"{goal[0]} {goal[1]}" if goal else "-"
+    ratio_text = "-" if ratio is None else f"{ratio:.2f}"
+    print("|".join(["row", job, ours, floor, peer, ratio_text, goal_text, met]), flush=True)
+
+
+def run(command, cores=None, environment=None):
+    """Runs a command; its processor and wall seconds and its peak memory in KiB."""
+    if cores is not None:
+        command = ["taskset", "-c", cores] + command
+    start = time.perf_counter()
+    process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                               env=dict(os.environ, **(environment or {})))
+    error = process.stderr.read()
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    if process.returncode != 0:
+        sys.exit(f"{' '.join(command)} ended with {process.returncode}: {error.decode()[-2000:]}")
+    return usage.ru_utime + usage.ru_stime, time.perf_counter() - start, usage.ru_maxrss
+
+
+def median(values):
+    return sorted(values)[len(values) // 2]
+
+
+def files_below(directory):
+    """In a fixed order, links left aside."""
+    for at, directories, names in os.walk(directory):
+        directories.sort()
+        for name in sorted(names):
+            path = os.path.join(at, name)
+            if not os.path.islink(path) and os.path.isfile(path):
+                yield path
+
+
+def collect(target, bytes_wanted):
+    """Copies headers, then libraries, no two of whose names differ in letter case only."""
+    names = set()
+    total = 0
+    for directory, share in (("/usr/include", 0.4), ("/usr/lib", 1.0)):
+        for path in files_below(directory):
+            if total >= share * bytes_wanted:
+                break
+            size = os.path.getsize(path)
+            if path.lower() in names or size > bytes_wanted // 8:
+                continue
+            names.add(path.lower())
+            os.makedirs(os.path.dirname(target + path), exist_ok=True)
+            shutil.copyfile(path, target + path)
+            total += size
+    return total
+
+
+def change(tree, every, offset=0):
+    """Appends a line to every so-manieth file."""
+    changed = 0
+    files = sorted(os.path.join(at, name) for at, _, names in os.walk(tree) for name in names)
+    for i, path in enumerate(files):
+        if i % every == offset:
+            with open(path, "ab") as file:
+                file.write(b"\nchanged\n")
+            changed += 1
+    return changed
+
+
+def fresh(path):
+    shutil.rmtree(path, ignore_errors=True)
+    return path
+
+
+def publish(tree, site, version="1.0.0", cores=None, chunk=CHUNK):
+    return run([VO, "publish", tree, "--to", f"{site}/d.xml", "--name", "road", "--release", version,
+                "--chunk-size", str(chunk)], cores)
+
+
+def install(site, app, data, cores=None, options=()):
+    return run([VO, "install", f"{site}/d.xml", "--to", app, *options], cores, {"VOAPPDATAPATH": data})
+
+
+def text(seconds):
+    return f"{seconds:.3g} s"
+
+
+def measure_publish(scratch, tree, size):
+    ours, floor, walls, two, casync, tar, memory = [], [], [], [], [], [], []
+    for _ in range(REPETITIONS):
+        cpu, wall, _ = publish(tree, fresh(f"{scratch}/site"), cores="0")
+        ours.append(cpu)
+        walls.append(wall)
+        floor.append(run([FLOOR, "publish", tree, fresh(f"{scratch}/chunks")], "0")[0])
+        if FREE_CORES >= 2 and not SMOKE:
+            _, wall, peak = publish(tree, fresh(f"{scratch}/site"))
+            two.append(wall)
+            memory.append(peak)
+            if shutil.which("casync"):
+                store = fresh(f"{scratch}/casync.castr")
+                casync.append(run(["casync", "make", "--compression=gzip", f"--store={store}",
+                                   f"{scratch}/tree.caidx", tree])[1])
+            tar.append(run(["tar", "-czf", f"{scratch}/tree.tgz", "-C", tree, "."])[1])
+    if not memory:
+        memory.append(publish(tree, fresh(f"{scratch}/site"))[2])
+    row(f"publish {size >> 20} MB, one thread", text(median(ours)), f"{text(median(floor))} qCompress + SHA3", "-",
+        median(floor) / median(ours), (">=", 0.95))
+    speed = median(walls) / median(two) if two else None
+    row("the same, two cores, beside one", text(median(two)) if two else "-", text(median(walls)), "-", speed,
+        (">=", 1.75))
+    for name, peer, goal in (("casync", casync, 1.6), ("tar -z", tar, 1.8)):
+        row(f"the same, beside {name}", text(median(two)) if two else "-", "-",
+            f"{text(median(peer))} {name}" if peer else "-", median(peer) / median(two) if peer and two else None,
+            (">=", goal))
+    return median(memory)
+
+
+def measure_install(scratch, tree, size):
+    site, app, data = f"{scratch}/site", f"{scratch}/app", f"{scratch}/data"
+    publish(tree, fresh(site))
+    run([FLOOR, "publish", tree, fresh(f"{scratch}/chunks")])
+    store, index = f"{scratch}/casync.castr", f"{scratch}/tree.caidx"
+    has_casync = shutil.which("casync") and not SMOKE
+    if has_casync:
+        fresh(store)
+        run(["casync", "make", "--compression=gzip", f"--store={store}", index, tree])
+    ours, floor, two, casync, memory = [], [], [], [], []
+    for _ in range(REPETITIONS):
+        fresh(app), fresh(data)
+        cpu, _, peak = install(site, app, data, "0")
+        ours.append(cpu)
+        memory.append(peak)
+        floor.append(run([FLOOR, "install", tree, f"{scratch}/chunks", fresh(f"{scratch}/app")], "0")[0])
+        if FREE_CORES >= 2 and not SMOKE:
+            fresh(app), fresh(data)
+            _, wall, peak = install(site, app, data)
+            two.append(wall)
+            memory.append(peak)
+            if has_casync:
+                casync.append(run(["casync", "extract", f"--store={store}", index, fresh(f"{scratch}/extracted")])[1])
+    row(f"install and verify {size >> 20} MB, one thread", text(median(ours)),
+        f"{text(median(floor))} inflate + 2 SHA3 + write", "-", median(floor) / median(ours), (">=", 0.9))
+    row("the same, two cores, beside casync extract", text(median(two)) if two else "-", "-",
+        f"{text(median(casync))} casync" if casync else "-", median(casync) / median(two) if casync and two else None,
+        (">=", 1.05))
+    return max(memory)
+
+
+def fetched(site, data):
+    """Bytes of each update, by (from, to)."""
+    done = subprocess.run([VO, "plan", f"{site}/d.xml", "--matrix", "--json"], check=True, stdout=subprocess.PIPE,
+                          env=dict(os.environ, VOAPPDATAPATH=data))
+    return {(u["from"], u["to"]): u["bytesToFetch"] for u in json.loads(done.stdout)["updates"]}
+
+
+def publish_sorted(tree, site, version, before, chunk=CHUNK):
+    command = [FLOOR, "sorted", f"{site}/d.xml", str(chunk), version, tree]
+    if before:
+        command.append(glob.glob(f"{site}/packages/*/{before}.0/package.xml")[0])
+    os.makedirs(site, exist_ok=True)
+    run(command)
+
+
+def store_bytes(store):
+    return sum(os.path.getsize(os.path.join(at, name)) for at, _, names in os.walk(store) for name in names)
+
+
+def measure_update(scratch, tree):
+    """The bytes of an update that changes 2 % of the files."""
+    new = fresh(f"{scratch}/new")
+    shutil.copytree(tree, new)
+    change(new, 50)
+    aged, in_order, data = fresh(f"{scratch}/site"), fresh(f"{scratch}/sorted"), f"{scratch}/data"
+    for site_tree, version, before in ((tree, "1.0.0", None), (new, "1.1.0", "1.0.0")):
+        publish(site_tree, aged, version)
+        publish_sorted(site_tree, in_order, version, before)
+    pair = ("1.0.0.0", "1.1.0.0")
+    ours = fetched(aged, data)[pair]
+    by_path = fetched(in_order, data)[pair]
+    alone = int(subprocess.run([FLOOR, "changed", tree, new], check=True, stdout=subprocess.PIPE).stdout)
+    casync = "-"
+    if shutil.which("casync") and not SMOKE:
+        store = fresh(f"{scratch}/casync.castr")
+        sizes = []
+        for release in (tree, new):
+            run(["casync", "make", "--compression=gzip", f"--store={store}", f"{scratch}/tree.caidx", release])
+            sizes.append(store_bytes(store))
+        casync = f"{(sizes[1] - sizes[0]) / 1e6:.2f} MB casync"
+    row("bytes of an update of 2 % of the files", f"{ours / 1e6:.2f} MB",
+        f"{alone / 1e6:.2f} MB compressed alone", casync, ours / alone if alone else None, ("<=", 1.2))
+    row("the same packed in the order of paths", f"{by_path / 1e6:.2f} MB", f"{ours / 1e6:.2f} MB by age", "-",
+        by_path / ours if ours else None)
+
+
+def print_matrix(title, trees, scratch, chunk):
+    """Publishes the trees by age and by path; megabytes of every update, by age and by path."""
+    aged, in_order, data = fresh(f"{scratch}/site"), fresh(f"{scratch}/sorted"), f"{scratch}/data"
+    before = None
+    for i, tree in enumerate(trees):
+        version = f"1.{i}.0"
+        publish(tree, aged, version, chunk=chunk)
+        publish_sorted(tree, in_order, version, before, chunk)
+        before = version
+    by_age, by_path = fetched(aged, data), fetched(in_order, data)
+    versions = sorted({to for _, to in by_age}, key=lambda v: [int(n) for n in v.split(".")])
+    print(f"\n{title}: kB of the update from the release of the row to that of the column, by age / by path")
+    print("    " + " " * 10 + "".join(f"{v[:-2]:>16}" for v in versions))
+    for start in [""] + versions[:-1]:
+        cells = [f"{by_age[start, v] // 1000} / {by_path[start, v] // 1000}" if (start, v) in by_age else ""
+                 for v in versions]
+        print("    " + f"{start[:-2] or 'nothing':10}" + "".join(f"{cell:>16}" for cell in cells))
+
+
+def generated_history(scratch, tree):
+    trees = [tree]
+    for i in range(1, 2 if SMOKE else 5):
+        trees.append(fresh(f"{scratch}/release{i}"))
+        shutil.copytree(trees[i - 1], trees[i])
+        change(trees[i], 40, offset=7 * i)
+    print_matrix("generated releases, 2.5 % of the files changed by each, chunks of 1 MB", trees, scratch, 1 << 20)
+
+
+def real_history(scratch):
+    """This project's own sources, as they were."""
+    root = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+    log = subprocess.run(["git", "-C", root, "log", "--first-parent", "--format=%H"], stdout=subprocess.PIPE,
+                         stderr=subprocess.DEVNULL, check=False).stdout.decode().split()
+    if len(log) < 10:
+        return
+    trees = []
+    for i, commit in enumerate(reversed(log[0:10 if SMOKE else 50:5 if SMOKE else 10])):
+        trees.append(fresh(f"{scratch}/commit{i}"))
+        os.makedirs(trees[-1])
+        subprocess.run(f'git -C "{root}" archive {commit} | tar -x -C "{trees[-1]}"', shell=True, check=True)
+    print_matrix("this project's sources, every tenth change, chunks of 64 KB", trees, scratch, 64 << 10)
+
+
+def main():
+    scratch = tempfile.mkdtemp(prefix="vocore-road.", dir=os.environ.get("TMPDIR", "/tmp"))
+    try:
+        tree = f"{scratch}/tree"
+        size = collect(tree, MEGABYTES << 20)
+        published = measure_publish(scratch, tree, size)
+        installed = measure_install(scratch, tree, size)
+        limit = 64 + 8 * CHUNK / (1 << 20)
+        for job, peak in (("publish", published), ("install", installed)):
+            row(f"memory of {job}, in MB", f"{peak >> 10} MB", "-", "-", peak / 1024, ("<=", limit))
+        measure_update(scratch, tree)
+        generated_history(scratch, tree)
+        real_history(scratch)
+    finally:
+        shutil.rmtree(scratch, ignore_errors=True)
+
+
+main()
