@@ -115,6 +115,11 @@ std::string GeneralText(double value, int precision)
     return ToText(value, std::chars_format::general, std::clamp(precision, 0, 32));
 }
 
+std::string ShortestText(double value)
+{
+    return ToText(value);
+}
+
 ParsedDouble ParseDouble(std::string_view text)
 {
     std::string_view number = text;

@@ -22,6 +22,9 @@ VOCORE_PRIVATE_EXPORT std::string FixedText(double value);
 /// Like C "%.*g": `precision` significant digits, at most 32.
 VOCORE_PRIVATE_EXPORT std::string GeneralText(double value, int precision = 6);
 
+/// The shortest decimal text that ParseDouble() reads as the same number: "0.1", "1e+300", "inf", "nan".
+VOCORE_PRIVATE_EXPORT std::string ShortestText(double value);
+
 /// What parsing the beginning of a text gave.
 struct ParsedDouble
 {

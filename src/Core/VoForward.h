@@ -49,6 +49,7 @@ class VoByteBuffer;
 class VoCaseSensitiveString;
 class VoChecksum;
 class VoComparableString;
+class VoDataTable;
 class VoDateTime;
 class VoDirectoryPath;
 class VoDirectoryPathFragment;

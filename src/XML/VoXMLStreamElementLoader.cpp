@@ -1,6 +1,7 @@
 #include <XML/VoXMLStreamElementLoader.h>
 
 #include <Core/VoException.h>
+#include <XML/LoaderElementReader.h>
 #include <XML/XMLLimits.h>
 
 #include <utility>
@@ -50,6 +51,11 @@ bool VoXMLStreamElementLoader::hasAttribute(const VoString& name) const
 void VoXMLStreamElementLoader::forEachAttribute(const AttributeFunction& function) const
 {
     m_element.forEachAttribute(function);
+}
+
+std::unique_ptr<VoXMLElementReader> VoXMLStreamElementLoader::reader() const
+{
+    return std::make_unique<vo::detail::LoaderElementReader>(m_element);
 }
 
 void VoXMLStreamElementLoader::processChildren(const ObjectFunction& onObject, const UnhandledFunction& onUnhandled)

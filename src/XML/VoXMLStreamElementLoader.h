@@ -10,6 +10,7 @@
 #include <XML/VoXMLStreamLoader.h>
 
 #include <functional>
+#include <memory>
 
 /// The element that a rule of a VoXMLStreamLoader builds from. A rule reads the attributes, then either the text or the
 /// children, which processChildren() builds by the same loader's rules.
@@ -44,6 +45,10 @@ public:
     VoString attribute(const VoString& name, const VoString& defaultValue) const;
     bool hasAttribute(const VoString& name) const;                  ///< True with an attribute of that name.
     void forEachAttribute(const AttributeFunction& function) const; ///< Visits all attributes in document order.
+
+    /// This element for code that reads values through VoXMLElementReader, such as VoXMLObject<T>::Read(). It is the
+    /// same element: what is read there is gone here.
+    std::unique_ptr<VoXMLElementReader> reader() const;
 
     /// Goes through the children in document order. One with a rule is built and goes to @p onObject, one without goes
     /// to

@@ -1,0 +1,72 @@
+#include <Documents/VoDataTable.h>
+
+#include <Core/VoSharedPtr.h>
+#include <Core/VoString.h>
+#include <Core/VoVariant.h>
+#include <Documents/VoDataTableItem.h>
+#include <Documents/VoDataTableRow.h>
+#include <Documents/VoOOXMLWriter.h>
+#include <Documents/VoOOXMLWriterSpreadsheet.h>
+#include <FileSystem/VoAtomicFileWriter.h>
+#include <FileSystem/VoFilePath.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+// A value on its way into the worksheet, whose rows are not settled before the next value below it is known.
+struct Cell
+{
+    const VoVariant* value;
+    std::size_t columnSpan;
+    std::size_t rowSpan;
+};
+
+// The cells of one row of the table, in a list for each of its sheet rows.
+//
+// A worksheet places cells by itself: each in the next column that nothing covers. So that every value stands in its
+// own column, a value's rows end where the next value of its item begins, and what an item lacks at its bottom is
+// filled with empty cells.
+std::vector<std::vector<Cell>> CellsOf(const VoDataTable& table, std::size_t row)
+{
+    static const auto* const nothing = new VoVariant;
+    std::size_t height = 0;
+    for (const auto& item : table.rows()[row]->items)
+        height = std::max(height, item->numberValues());
+    std::vector<std::vector<Cell>> cells(height);
+    if (height == 0) // not even fillers then
+        return cells;
+    table.forEachItem(row, [&](const VoDataTableItem& item, std::size_t, std::size_t columnSpan) {
+        const std::size_t count = item.numberValues();
+        for (std::size_t i = 0; i < count; ++i)
+            cells[i].push_back({&item.values()[i], columnSpan, i + 1 < count ? 1 : height / count});
+        const std::size_t covered = count == 0 ? 0 : count - 1 + height / count;
+        for (std::size_t offset = covered; offset < height; ++offset)
+            cells[offset].push_back({nothing, columnSpan, 1});
+    });
+    return cells;
+}
+
+} // namespace
+
+void VoDataTable::writeOOXML(VoOOXMLWriter& writer, const VoString& sheetName) const
+{
+    const VoSharedPtr<VoOOXMLWriterSpreadsheet> sheet = writer.addSheet(sheetName);
+    for (std::size_t row = 0; row < numberRows(); ++row) {
+        for (const std::vector<Cell>& sheetRow : CellsOf(*this, row)) {
+            sheet->startRow();
+            for (const Cell& cell : sheetRow)
+                sheet->addCell(*cell.value, cell.columnSpan, cell.rowSpan);
+        }
+    }
+}
+
+void VoDataTable::writeOOXML(const VoFilePath& file) const
+{
+    VoAtomicFileWriter target(file);
+    VoOOXMLWriter workbook(target.temporary(), VoOOXMLWriter::Spreadsheet);
+    writeOOXML(workbook, "sheet1");
+    workbook.close();
+    target.commit();
+}
