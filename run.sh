@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Builds the release build and runs the main job on a real folder of this machine, in a scratch directory: publishes the
-# folder as 1.0.0 and a changed copy as 1.1.0, installs the first, updates to the second, and uninstalls it, checking
-# every step against the folders themselves.
+# folder as 1.0.0 and a changed copy as 1.1.0, installs the first, updates to the second, and uninstalls it; then the same
+# over a web server that it starts. Every step is checked against the folders themselves.
 # usage: ./run.sh [FOLDER]        (the default: the headers and build files of the installed Qt)
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/scripts/setup.sh"
+. "$vocore_root/scripts/server.sh"
 
 [ $# -le 1 ] || fail "usage: ./run.sh [FOLDER]"
 [ $# -eq 0 ] || [ -d "$1" ] || fail "\"$1\" is not a folder"
@@ -14,7 +15,7 @@ build release --target vo
 vo=$vocore_root/build/release/tools/vo/vo
 
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/vocore-run.XXXXXX")
-trap 'rm -rf "$scratch"' EXIT
+trap 'stop_server "$scratch/server"; rm -rf "$scratch"' EXIT
 export VOAPPDATAPATH=$scratch/data
 old=$scratch/source-1.0.0 new=$scratch/source-1.1.0 app=$scratch/app declarations=$scratch/published/declarations.xml
 
@@ -176,5 +177,47 @@ rm "$foreign"
 expect 0 installed
 [ -z "$(find "$VOAPPDATAPATH" -type f ! -name packages.xml ! -name '*.lock')" ] || fail "records were left behind"
 
-printf '\n==> VERDICT: all %d steps are right: %d files published, installed, updated with %d of %d chunks, repaired and removed\n' \
+# ---- the same from a server
+
+step "The same over a web server: http, and https for the update"
+start_server "$scratch/published" "$scratch/server"
+ok "nginx serves the published folder at $http_url and $https_url"
+expect 0 releases "$http_url/declarations.xml"
+equal "releases on the server" "$(grep -c "^$package" <<<"$output")" 2
+verbose_steps=yes
+expect 0 install "$http_url/declarations.xml" --release 1.0.0 --to "$app"
+same_tree "$old" "$app"
+verbose_steps=no
+expect 0 plan "$https_url/declarations.xml" --ca-file "$ca_file"
+equal "chunks to fetch" "$(figure 'chunks to fetch')" "$planned"
+mapfile -t planned_chunks < <(awk '$1 == "fetch" { print $2 }' <<<"$output" | xargs -n 1 basename | LC_ALL=C sort)
+
+: >"$access_log"
+verbose_steps=yes
+expect 0 install "$https_url/declarations.xml" --ca-file "$ca_file"
+verbose_steps=no
+same_tree "$new" "$app"
+fetched=$(awk '$1 == "GET" && $2 ~ /[.]vochk$/ { sub(".*/", "", $2); print $2 }' "$access_log" | LC_ALL=C sort)
+equal "chunks that the server sent, by its log" "$(wc -l <<<"$fetched")" "$planned"
+equal "the same chunks as planned" "$(cksum <<<"$fetched")" "$(printf '%s\n' "${planned_chunks[@]}" | cksum)"
+sent=$(awk '$1 == "GET" && $2 ~ /[.]vochk$/ { sum += $4 } END { print sum + 0 }' "$access_log")
+equal "bytes of chunks that the server sent" "$sent" "$(find "$release/chunks" -type f -printf '%f %s\n' \
+    | awk 'NR == FNR { wanted[$1]; next } $1 in wanted { sum += $2 } END { print sum + 0 }' \
+        <(printf '%s\n' "${planned_chunks[@]}") -)"
+expect 3 install "$http_url/declarations.xml"
+expect 0 verify "$package"
+expect 0 installed
+grep -q "^$package  Example package  1.1.0  $((count - removed + added)) files  $app\$" <<<"$output" || fail "the record is wrong"
+[ ! -e "$VOAPPDATAPATH/updates/download/$package" ] || fail "staged chunks were left behind"
+ok "registry and listing say so, and staging is empty"
+
+step "The server ends: a clear error, and nothing is lost"
+stop_server "$scratch/server"
+expect 1 install "$http_url/declarations.xml"
+printf '%s\n' "$output" | sed 's/^/    /'
+same_tree "$new" "$app"
+expect 0 uninstall "$package"
+[ ! -e "$app" ] || fail "files were left behind"
+
+printf '\n==> VERDICT: all %d steps are right: %d files published, installed, updated with %d of %d chunks, repaired and removed, from the disk and over a server\n' \
     "$steps" "$count" "$planned" "$chunks"

@@ -5,6 +5,7 @@
 #include <Core/VoFileException.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoPair.h>
+#include <Download/VoDownloadPolicy.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoUrl.h>
@@ -21,6 +22,7 @@
 #include <Updater/VoUpdater.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace vo::updater {
 
@@ -58,6 +60,23 @@ void RequireNoBuiltNames(const AdvertisedPackageListing& package)
     }
 }
 
+// The advert's URL and the policy for another attempt at what arrived damaged: the places in a circle, so that the next
+// one comes first.
+std::pair<VoUrl, VoDownloadPolicy> StartingElsewhere(const VoUrl& advertUrl, const VoDownloadPolicy& downloads,
+                                                     std::size_t attempt)
+{
+    const VoDeque<VoUrl> adverts = downloads.locations(advertUrl);
+    if (adverts.size() == 1)
+        return {advertUrl, downloads};
+    const std::size_t first = attempt % adverts.size();
+    VoDownloadPolicy policy = downloads;
+    policy.mirrored = adverts[first].parent();
+    policy.mirrors.clear();
+    for (std::size_t i = 1; i < adverts.size(); ++i)
+        policy.mirrors.pushBack(adverts[(first + i) % adverts.size()].parent());
+    return {adverts[first], policy};
+}
+
 bool IsPieceInside(const ChunkReferenceListing& piece, const VoByteArray& bytes)
 {
     return piece.offset() <= bytes.size() && piece.length() <= bytes.size() - piece.offset();
@@ -93,10 +112,16 @@ VoFilePath AbstractPackageInstaller::resolvedPath(const AdvertisedFileListing& f
 
 VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoUrl& advertUrl, VoStopFlag stop)
 {
+    return run(advertUrl, std::move(stop), VoDownloadPolicy());
+}
+
+VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoUrl& advertUrl, VoStopFlag stop,
+                                                                   const VoDownloadPolicy& downloads)
+{
     return runSteps(
         [&] {
             diagnostic("Requesting download of required files");
-            download(advertUrl, stop);
+            download(advertUrl, stop, downloads);
             diagnostic("Required files downloaded");
         },
         stop);
@@ -167,30 +192,59 @@ VoDeque<ChunkListing> AbstractPackageInstaller::chunksToFetch(const VoStopFlag& 
     return result;
 }
 
-void AbstractPackageInstaller::download(const VoUrl& advertUrl, const VoStopFlag& stop)
+void AbstractPackageInstaller::download(const VoUrl& advertUrl, const VoStopFlag& stop,
+                                        const VoDownloadPolicy& downloads)
 {
     try {
         diagnostic("Preparing download");
-        const StagingDirectory directory = staging();
-        directory.create();
-        VoDeque<VoPair<VoUrl, VoFilePath>> files;
-        for (const ChunkListing& chunk : chunksToFetch(stop))
-            files.pushBack({BesideDocument(advertUrl, chunk.path()), directory.chunkPath(chunk.id())});
-        if (files.isEmpty()) {
+        staging().create();
+        VoDeque<ChunkListing> chunks = chunksToFetch(stop);
+        if (chunks.isEmpty()) {
             diagnostic("No download required");
             return;
         }
         diagnostic("Starting download");
         broadcast(Message<BasicUpdateMessage<0>>(packageID(), versionID()));
-        FetchFiles(files, stop, [this](const VoDownloadProgress& progress) {
-            broadcast(Message<DownloadProgressMessage>(progress, packageID(), versionID()));
-        });
+        const std::size_t attempts = std::max<std::size_t>(downloads.retries, downloads.mirrors.size()) + 1;
+        fetch(chunks, advertUrl, stop, downloads);
+        // A chunk that stays damaged is left to the building of the files, which decides by their checksums.
+        for (std::size_t attempt = 1; attempt < attempts; ++attempt) {
+            chunks = chunksToFetch(stop);
+            if (chunks.isEmpty())
+                break;
+            const auto [url, policy] = StartingElsewhere(advertUrl, downloads, attempt);
+            reportDamaged(chunks, url, attempt, downloads);
+            fetch(chunks, url, stop, policy);
+        }
         diagnostic("Download complete");
         broadcast(Message<BasicUpdateMessage<2>>(packageID(), versionID()));
     } catch (...) {
         error(WithText("Download failed", FailureText()));
         throw;
     }
+}
+
+void AbstractPackageInstaller::reportDamaged(const VoDeque<ChunkListing>& chunks, const VoUrl& advertUrl,
+                                             std::size_t attempt, const VoDownloadPolicy& downloads) const
+{
+    for (const ChunkListing& chunk : chunks) {
+        const VoUrl url = BesideDocument(advertUrl, chunk.path());
+        warning("Chunk checksum mismatch, fetched again: " + staging().chunkPath(chunk.id()).path());
+        if (downloads.onRetry)
+            downloads.onRetry({url, static_cast<unsigned>(attempt + 1), VoTimeDuration(), "Chunk checksum mismatch"});
+    }
+}
+
+void AbstractPackageInstaller::fetch(const VoDeque<ChunkListing>& chunks, const VoUrl& advertUrl,
+                                     const VoStopFlag& stop, const VoDownloadPolicy& downloads)
+{
+    const StagingDirectory directory = staging();
+    VoDeque<RemoteFile> files;
+    for (const ChunkListing& chunk : chunks)
+        files.pushBack({BesideDocument(advertUrl, chunk.path()), directory.chunkPath(chunk.id()), chunk.size()});
+    FetchFiles(files, stop, downloads, [this](const VoDownloadProgress& progress) {
+        broadcast(Message<DownloadProgressMessage>(progress, packageID(), versionID()));
+    });
 }
 
 void AbstractPackageInstaller::obtainChunks(const VoFilePath& definitionFile, const VoStopFlag& stop)

@@ -12,6 +12,8 @@
 #include <functional>
 #include <memory>
 
+struct VoDownloadPolicy;
+
 namespace vo::updater {
 
 namespace detail {
@@ -52,12 +54,16 @@ public:
     /// Returns the record of what is installed; writing it anywhere is the caller's part. A failed check of the
     /// installed files afterwards is announced by messages only. Every failure throws VoInstallationFailedException
     /// with "Installation failed: " and the cause's text ("Installation failed" when it has none); a raised stop flag
-    /// is the failure "User cancelled". Until there is a download service, the first form fails so when anything has to
-    /// be fetched.
+    /// is the failure "User cancelled".
+    ///
+    /// The forms for a URL fetch as `downloads` says; without it every chunk is tried once. With retries or mirrors a
+    /// chunk that arrives with other bytes than advertised is fetched again, from another place where there is one.
     ///
     /// Every file is built and checked beside its place before the first one is put in place, so a failure up to then
     /// leaves the installed files, and the directory tree, as they were. Call it once.
     VoUniquePtr<InstalledPackageListing> run(const VoUrl& advertUrl, VoStopFlag stop);
+    VoUniquePtr<InstalledPackageListing> run(const VoUrl& advertUrl, VoStopFlag stop,
+                                             const VoDownloadPolicy& downloads);
     VoUniquePtr<InstalledPackageListing> run(const VoFilePath& definitionFile, VoStopFlag stop);
     /// @}
 
@@ -112,7 +118,11 @@ private:
     void requireValid() const;
     detail::StagingDirectory staging() const;
     VoDeque<ChunkListing> chunksToFetch(const VoStopFlag& stop) const;
-    void download(const VoUrl& advertUrl, const VoStopFlag& stop);
+    void download(const VoUrl& advertUrl, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
+    void reportDamaged(const VoDeque<ChunkListing>& chunks, const VoUrl& advertUrl, std::size_t attempt,
+                       const VoDownloadPolicy& downloads) const;
+    void fetch(const VoDeque<ChunkListing>& chunks, const VoUrl& advertUrl, const VoStopFlag& stop,
+               const VoDownloadPolicy& downloads);
     void obtainChunks(const VoFilePath& definitionFile, const VoStopFlag& stop);
     static void ensureDirectoryExists(const VoDirectoryPath& directory, InstalledPackageListing& listing);
     std::uint64_t chunkLimit();

@@ -3,6 +3,7 @@
 #include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
+#include <Download/VoDownloadPolicy.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoUrl.h>
 #include <Threading/VoStopFlag.h>
@@ -85,7 +86,13 @@ VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl
 
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl& url, VoStopFlag stop)
 {
-    const VoTemporaryFile file = FetchDocument(url, stop);
+    return Open(url, std::move(stop), VoDownloadPolicy());
+}
+
+VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl& url, VoStopFlag stop,
+                                                                     const VoDownloadPolicy& downloads)
+{
+    const VoTemporaryFile file = FetchDocument(url, stop, downloads);
     return Open(file.path());
 }
 

@@ -4,6 +4,8 @@
 #include <Updater/AdvertisedFileListing.h>
 #include <Updater/ChunkListing.h>
 
+struct VoDownloadPolicy;
+
 namespace vo::updater {
 
 /// The definition of one release as it is published: its identity, its files and the chunks that hold their bytes.
@@ -47,10 +49,13 @@ public:
     /// throw. Every failure is logged with the path first (category "updater").
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoFilePath& path);
     /// @{
-    /// Fetches the definition into a temporary file and opens that. Needs the download service; without it throws
-    /// VoDownloadException.
+    /// Fetches the definition into a temporary file and opens that. Throws VoDownloadException for what
+    /// cannot be fetched, with its text (that of a raised flag is "Download cancelled"), and for a document of more
+    /// than 64 MiB. A transfer is tried once unless `downloads` says otherwise.
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url);
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url, VoStopFlag stop);
+    static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url, VoStopFlag stop,
+                                                      const VoDownloadPolicy& downloads);
     /// @}
 
     void add(const AdvertisedFileListing& file); ///< Appends a file.

@@ -4,6 +4,7 @@
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
+#include <Download/VoDownloadPolicy.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/Attributes.h>
@@ -143,7 +144,13 @@ VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url)
 
 VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url, VoStopFlag stop)
 {
-    const VoTemporaryFile file = FetchDocument(url, stop);
+    return Open(url, std::move(stop), VoDownloadPolicy());
+}
+
+VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url, VoStopFlag stop,
+                                                         const VoDownloadPolicy& downloads)
+{
+    const VoTemporaryFile file = FetchDocument(url, stop, downloads);
     return Open(file.path());
 }
 

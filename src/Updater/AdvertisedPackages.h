@@ -6,6 +6,8 @@
 #include <FileSystem/VoUrl.h>
 #include <Updater/AbstractPackage.h>
 
+struct VoDownloadPolicy;
+
 namespace vo::updater {
 
 class AdvertisedPackageListing;
@@ -73,10 +75,12 @@ public:
     /// is logged with the path first (category "updater").
     static VoUniquePtr<AdvertisedPackages> Open(const VoFilePath& path);
     /// @{
-    /// Fetches the declarations into a temporary file and opens that. Needs the download service; without it throws
-    /// VoDownloadException.
+    /// Fetches the declarations into a temporary file and opens that. Throws VoDownloadException for what
+    /// cannot be fetched, with its text (that of a raised flag is "Download cancelled"), and for a document of more
+    /// than 64 MiB. A transfer is tried once unless `downloads` says otherwise.
     static VoUniquePtr<AdvertisedPackages> Open(const VoUrl& url);
     static VoUniquePtr<AdvertisedPackages> Open(const VoUrl& url, VoStopFlag stop);
+    static VoUniquePtr<AdvertisedPackages> Open(const VoUrl& url, VoStopFlag stop, const VoDownloadPolicy& downloads);
     /// @}
 
     /// Declares a release, as the last one. An earlier declaration with the same package and version ID is replaced.

@@ -2,6 +2,7 @@
 
 #include <Core/VoChecksum.h>
 #include <Core/VoFileException.h>
+#include <Download/VoDownloadPolicy.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/NativePath.h>
 #include <FileSystem/SafePath.h>
@@ -264,6 +265,15 @@ InstallationPlan InstalledPackages::Plan(const VoFilePath& definitionFile, const
         .plan();
 }
 
+InstallationPlan InstalledPackages::Plan(const AdvertisedPackageListing& advert,
+                                         const VoDirectoryPath& installationDirectory,
+                                         const InstallationOptions& options)
+{
+    return PackageInstaller(VoUniquePtr<AdvertisedPackageListing>::Make(advert),
+                            AbsoluteDirectory(installationDirectory), options)
+        .plan();
+}
+
 void InstalledPackages::Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
                                 VoStopFlag stop, const InstallationOptions& options)
 {
@@ -281,8 +291,8 @@ void InstalledPackages::Install(const VoUrl& advertUrl, const VoDirectoryPath& i
     Operation operation;
     Attempt([&] {
         operation.begin();
-        Install(AdvertisedPackageListing::Open(advertUrl, stop), installationDirectory, options,
-                [&](PackageInstaller& installer) { return installer.run(advertUrl, stop); });
+        Install(AdvertisedPackageListing::Open(advertUrl, stop, options.downloads), installationDirectory, options,
+                [&](PackageInstaller& installer) { return installer.run(advertUrl, stop, options.downloads); });
     });
 }
 
@@ -380,26 +390,49 @@ VerificationReport InstalledPackages::Verify(const VoUUID& packageID, VoStopFlag
 VerificationReport InstalledPackages::Repair(const VoFilePath& definitionFile, VoStopFlag stop)
 {
     Operation operation;
-    PackageCheck check;
+    VerificationReport report;
     Attempt([&] {
         operation.begin();
-        VoUniquePtr<AdvertisedPackageListing> advert = AdvertisedPackageListing::Open(definitionFile);
-        if (!VoFileSystem::Exists(InstalledPackageListingPath(advert->packageID())))
-            throw VoNotFoundException(advert->packageID().toString());
-        VoUniquePtr<InstalledPackageListing> installed = Package(advert->packageID());
-        if (installed->versionID() != advert->versionID())
-            throw VoInvalidParameterException("Definition is not that of the installed release: " +
-                                              definitionFile.path());
-        check = CheckPackage(*installed, stop, Broadcast);
-        if (check.report.isIntact() && !IsUnfinished(advert->packageID()))
-            return;
-        InstallerSettings settings;
-        settings.journal = InstallerSettings::Journal::UntilRecorded;
-        settings.damaged = check.damaged;
-        const VoDirectoryPath directory = installed->installationDirectory();
-        PackageInstaller installer(std::move(advert), directory, std::move(installed), settings);
-        RunAndRecord(installer, [&](PackageInstaller& runner) { return runner.run(definitionFile, stop); });
+        report = Repair(AdvertisedPackageListing::Open(definitionFile), definitionFile.path(), stop,
+                        [&](PackageInstaller& installer) { return installer.run(definitionFile, stop); });
     });
+    return report;
+}
+
+VerificationReport InstalledPackages::Repair(const VoUrl& advertUrl, VoStopFlag stop)
+{
+    return Repair(advertUrl, std::move(stop), VoDownloadPolicy());
+}
+
+VerificationReport InstalledPackages::Repair(const VoUrl& advertUrl, VoStopFlag stop, const VoDownloadPolicy& downloads)
+{
+    Operation operation;
+    VerificationReport report;
+    Attempt([&] {
+        operation.begin();
+        report = Repair(AdvertisedPackageListing::Open(advertUrl, stop, downloads), advertUrl.toString(), stop,
+                        [&](PackageInstaller& installer) { return installer.run(advertUrl, stop, downloads); });
+    });
+    return report;
+}
+
+VerificationReport InstalledPackages::Repair(VoUniquePtr<AdvertisedPackageListing> advert, const VoString& place,
+                                             const VoStopFlag& stop, const Run& run)
+{
+    if (!VoFileSystem::Exists(InstalledPackageListingPath(advert->packageID())))
+        throw VoNotFoundException(advert->packageID().toString());
+    VoUniquePtr<InstalledPackageListing> installed = Package(advert->packageID());
+    if (installed->versionID() != advert->versionID())
+        throw VoInvalidParameterException("Definition is not that of the installed release: " + place);
+    PackageCheck check = CheckPackage(*installed, stop, Broadcast);
+    if (check.report.isIntact() && !IsUnfinished(advert->packageID()))
+        return check.report;
+    InstallerSettings settings;
+    settings.journal = InstallerSettings::Journal::UntilRecorded;
+    settings.damaged = check.damaged;
+    const VoDirectoryPath directory = installed->installationDirectory();
+    PackageInstaller installer(std::move(advert), directory, std::move(installed), settings);
+    RunAndRecord(installer, run);
     return check.report;
 }
 

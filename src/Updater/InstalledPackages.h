@@ -17,6 +17,8 @@
 #include <functional>
 #include <memory>
 
+struct VoDownloadPolicy;
+
 namespace vo::updater {
 
 class AdvertisedPackageListing;
@@ -56,16 +58,23 @@ public:
     /// definition included, throws VoInstallationFailedException with "Installation failed: " and the cause's text;
     /// another process that is installing is the failure "File already locked: " + path. The registry is unchanged
     /// then. A registry that cannot be written after the listing was written is only logged: the next installation of
-    /// the package mends it. Until there is a download service, the second form always fails so.
+    /// the package mends it.
+    ///
+    /// The form for a URL needs the download service (VoDownloadManager).
     static void Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
                         const InstallationOptions& options = InstallationOptions());
     static void Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
                         const InstallationOptions& options = InstallationOptions());
     /// @}
 
-    /// What Install would do, without doing it; see PackageInstaller::plan. Throws what reading the definition throws.
+    /// @{
+    /// What Install would do, without doing it; see PackageInstaller::plan. The first form throws what reading the
+    /// definition throws; the second one serves definitions that have been read from anywhere.
     static InstallationPlan Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
                                  const InstallationOptions& options = InstallationOptions());
+    static InstallationPlan Plan(const AdvertisedPackageListing& advert, const VoDirectoryPath& installationDirectory,
+                                 const InstallationOptions& options = InstallationOptions());
+    /// @}
 
     /// @{
     /// Removes a package's files, the directories that installing it created where nothing else is in them, and its
@@ -97,11 +106,15 @@ public:
     /// Throws as Package, and VoUserCancelledException.
     static VerificationReport Verify(const VoUUID& packageID, VoStopFlag stop);
 
-    /// Reinstalls the missing and changed files of an installed release from its definition file, fetching only the
-    /// chunks that these need. Returns what was found before; nothing is written when the package was intact. Throws
+    /// @{
+    /// Reinstalls the missing and changed files of an installed release from its definition, fetching only the chunks
+    /// that these need. Returns what was found before; nothing is written when the package was intact. Throws
     /// VoInstallationFailedException as Install does, also when the package is not installed or the definition is that
     /// of another release than the installed one.
     static VerificationReport Repair(const VoFilePath& definitionFile, VoStopFlag stop);
+    static VerificationReport Repair(const VoUrl& advertUrl, VoStopFlag stop);
+    static VerificationReport Repair(const VoUrl& advertUrl, VoStopFlag stop, const VoDownloadPolicy& downloads);
+    /// @}
 
     /// @{ A registry object is only made by reading one; see the static operations.
     InstalledPackages();
@@ -125,6 +138,8 @@ private:
     static void Attempt(const std::function<void()>& work);
     static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& installationDirectory,
                         const InstallationOptions& options, const Run& run);
+    static VerificationReport Repair(VoUniquePtr<AdvertisedPackageListing> advert, const VoString& place,
+                                     const VoStopFlag& stop, const Run& run);
     static void RequireNoOtherSpelling(const VoUUID& packageID);
     static void RunAndRecord(PackageInstaller& installer, const Run& run);
     static void Record(const InstalledPackageListing& listing);

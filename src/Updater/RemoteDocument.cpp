@@ -1,35 +1,62 @@
 #include <Updater/RemoteDocument.h>
 
-#include <Core/VoDeque.h>
-#include <Core/VoPair.h>
+#include <Core/VoSharedPtr.h>
 #include <Core/VoString.h>
 #include <Download/VoDownloadException.h>
-#include <FileSystem/VoFilePath.h>
-#include <FileSystem/VoUrl.h>
+#include <Download/VoDownloadManager.h>
+#include <Download/VoDownloadNotification.h>
+#include <Download/VoDownloadPolicy.h>
+#include <Download/VoDownloadRequest.h>
+#include <Download/VoGroupedDownloadRequest.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/UpdateMessages.h>
 
 namespace vo::updater::detail {
 
 namespace {
 
-[[noreturn]] void FailToFetch(const VoUrl& url, const VoStopFlag& stop)
+constexpr std::int64_t LargestDocument = std::int64_t{64} << 20;
+
+// To the updater a cancelled download is a wish of its user like any other.
+template <typename Request, typename... Callback>
+void Fetch(const VoSharedPtr<Request>& request, const VoStopFlag& stop, Callback... callback)
 {
     stop.throwIfStopped();
-    throw VoDownloadException("The download service is not available: " + url.toString());
+    try {
+        VoDownloadManager::RequestWait(request, stop, callback...);
+    } catch (const VoDownloadException&) {
+        stop.throwIfStopped();
+        throw;
+    }
 }
 
 } // namespace
 
-VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop)
+VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const VoDownloadPolicy& policy)
 {
-    FailToFetch(url, stop);
+    VoTemporaryFile file;
+    const auto request = VoSharedPtr<VoDownloadRequest>::Make(url, file.path());
+    VoDownloadPolicy forDocuments = policy;
+    forDocuments.sizeLimit = LargestDocument;
+    forDocuments.bypassCaches = true;
+    request->setPolicy(forDocuments);
+    Fetch(request, stop);
+    return file;
 }
 
-void FetchFiles(const VoDeque<VoPair<VoUrl, VoFilePath>>& files, const VoStopFlag& stop,
-                const std::function<void(const VoDownloadProgress&)>&)
+void FetchFiles(const VoDeque<RemoteFile>& files, const VoStopFlag& stop, const VoDownloadPolicy& policy,
+                const std::function<void(const VoDownloadProgress&)>& onProgress)
 {
-    if (!files.isEmpty())
-        FailToFetch(files.front().first, stop);
+    const auto request = VoSharedPtr<VoGroupedDownloadRequest>::Make();
+    request->setPolicy(policy);
+    for (const RemoteFile& file : files)
+        request->add(file.url, file.path, file.size);
+    Fetch(request, stop, [&onProgress](const VoSharedPtr<VoDownloadNotification>& notification) {
+        if (notification->type() != VoDownloadNotification::Progress)
+            return;
+        const VoDownloadProgressNotification& progress = notification->asProgressMessage();
+        onProgress(VoDownloadProgress(progress.received(), progress.total(), progress.transferRate()));
+    });
 }
 
 } // namespace vo::updater::detail

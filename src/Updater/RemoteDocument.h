@@ -1,21 +1,35 @@
 #pragma once
 
+#include <Core/VoDeque.h>
 #include <Core/VoForward.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoTemporaryFile.h>
+#include <FileSystem/VoUrl.h>
 
 #include <functional>
 
+struct VoDownloadPolicy;
 class VoDownloadProgress;
 
 namespace vo::updater::detail {
 
 /// Fetches a document into a temporary file, which lives as long as the result. The one place where the documents of
-/// the updater meet the download service. Throws VoDownloadException as long as there is no such service.
-VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop);
+/// the updater meet the download service. Documents of more than 64 MiB are refused. Throws VoDownloadException, and
+/// VoUserCancelledException when the flag is raised.
+VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const VoDownloadPolicy& policy);
 
-/// Fetches files to the given places, as one download whose progress is reported. The one place where the installer
-/// meets the download service. Throws VoDownloadException as long as there is no such service.
-void FetchFiles(const VoDeque<VoPair<VoUrl, VoFilePath>>& files, const VoStopFlag& stop,
+/// A file to fetch, and the size that it may not exceed.
+struct RemoteFile
+{
+    VoUrl url;
+    VoFilePath path;
+    VoDownloadSize size;
+};
+
+/// Fetches files to the given places, as one download whose progress is reported, on the download service's thread.
+/// The one place where the installer meets that service. Throws as FetchDocument.
+void FetchFiles(const VoDeque<RemoteFile>& files, const VoStopFlag& stop, const VoDownloadPolicy& policy,
                 const std::function<void(const VoDownloadProgress&)>& onProgress);
 
 } // namespace vo::updater::detail

@@ -222,6 +222,14 @@ std::optional<VoDirectoryPath> Arguments::directory(const char* option) const
     return TypedDirectory(nameOf(option), *value);
 }
 
+std::optional<Location> Arguments::location(const char* option) const
+{
+    const auto value = text(option);
+    if (!value)
+        return std::nullopt;
+    return TypedLocation(nameOf(option), *value);
+}
+
 VoFilePath Arguments::fileArgument(std::size_t index) const
 {
     return TypedFile("argument", argument(index));
@@ -230,6 +238,11 @@ VoFilePath Arguments::fileArgument(std::size_t index) const
 VoDirectoryPath Arguments::directoryArgument(std::size_t index) const
 {
     return TypedDirectory("argument", argument(index));
+}
+
+Location Arguments::locationArgument(std::size_t index) const
+{
+    return TypedLocation("argument", argument(index));
 }
 
 } // namespace vo::tool

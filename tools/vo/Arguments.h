@@ -6,6 +6,7 @@
 #include <FileSystem/VoFilePath.h>
 
 #include "Command.h"
+#include "Location.h"
 #include "Values.h"
 
 #include <cstdint>
@@ -40,13 +41,15 @@ public:
     std::uint64_t bytes(const char* option, std::uint64_t fallback, std::uint64_t lowest, std::uint64_t highest) const;
     std::optional<VoFilePath> file(const char* option) const;
     std::optional<VoDirectoryPath> directory(const char* option) const;
+    std::optional<Location> location(const char* option) const;
     /// @}
 
     std::size_t count() const { return m_positional.size(); } ///< Arguments that are no options.
     const VoString& argument(std::size_t index) const { return m_positional.at(index); }
-    /// @{ An argument as an absolute path. The disk is not asked.
+    /// @{ An argument as an absolute path, or as a path or URL. The disk is not asked.
     VoFilePath fileArgument(std::size_t index) const;
     VoDirectoryPath directoryArgument(std::size_t index) const;
+    Location locationArgument(std::size_t index) const;
     /// @}
 
 private:

@@ -1,6 +1,7 @@
 #include "InstallJob.h"
 
 #include "CommandError.h"
+#include "Downloads.h"
 #include "PlanView.h"
 #include "Session.h"
 
@@ -29,27 +30,31 @@ VoDirectoryPath installationDirectory(const Session& session, const VoUUID& pack
 
 std::vector<Option> InstallOptions()
 {
-    return {
+    std::vector<Option> options = {
         {"to", "FOLDER", "where to install; not needed for a package that is installed"},
         {"package", "ID", "the package; needed when several are declared"},
         {"release", "V", "the release, such as 4.2.17, instead of the newest"},
         {"allow-downgrade", nullptr, "let an older release replace the installed one"},
     };
+    const std::vector<Option> downloads = DownloadOptions();
+    options.insert(options.end(), downloads.begin(), downloads.end());
+    return options;
 }
 
-updater::InstallationOptions OptionsOfInstalling()
+updater::InstallationOptions OptionsOfInstalling(const Session& session)
 {
     updater::InstallationOptions options;
     options.reuseInstalledFiles = true;
+    options.downloads = session.downloads;
     return options;
 }
 
 InstallJob PrepareInstall(const Session& session)
 {
     InstallJob job;
-    job.release = OpenChosenRelease(session.arguments);
+    job.release = OpenChosenRelease(session);
     job.directory = installationDirectory(session, job.release.package->packageID());
-    job.plan = InstalledPackages::Plan(job.release.definition, job.directory, OptionsOfInstalling());
+    job.plan = InstalledPackages::Plan(*job.release.package, job.directory, OptionsOfInstalling(session));
     return job;
 }
 

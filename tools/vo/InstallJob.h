@@ -25,7 +25,7 @@ struct InstallJob
 std::vector<Option> InstallOptions();
 
 /// How the tool installs: files that have only moved are copied.
-updater::InstallationOptions OptionsOfInstalling();
+updater::InstallationOptions OptionsOfInstalling(const Session& session);
 
 /// Reads the command line and plans. The folder of an installed package need not be named again. Throws what planning
 /// throws for a release that is refused.

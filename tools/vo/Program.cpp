@@ -1,6 +1,7 @@
 #include "Program.h"
 
 #include "CommandError.h"
+#include "Downloads.h"
 #include "Help.h"
 #include "Interrupt.h"
 #include "Session.h"
@@ -64,7 +65,8 @@ public:
     void show(const logging::Record& record)
     {
         const VoString text = record.category + ": " + record.text;
-        if (record.level < logging::Level::Warning)
+        // What downloads warn of is shown by the policy's listener, or ends in the failure.
+        if (record.level < logging::Level::Warning || record.category == "download")
             m_console.detail(text);
         else if (record.level == logging::Level::Warning)
             m_console.note("warning: " + text);
@@ -76,8 +78,9 @@ public:
     void showErrors(const VoString& failure)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
+        const VoString cause = causeOf(failure);
         for (const VoString& text : m_errors) {
-            if (failure.isEmpty() || !text.startsWith(failure))
+            if (cause.isEmpty() || !text.contains(cause))
                 m_console.note("error: " + text);
         }
         m_errors.clear();
@@ -134,7 +137,8 @@ ExitCode runCommand(const Arguments& arguments, Console& console)
                          arguments.has("verbose") ? logging::Level::Diagnostic : logging::Level::Warning);
     if (const auto directory = arguments.directory("updates-dir"))
         VoUpdater::OverrideUpdateSystemDirectory(*directory);
-    Session session{arguments, console, stop};
+    std::atomic<unsigned> retries{0};
+    Session session{arguments, console, stop, PrepareDownloads(arguments, console, retries), retries};
     return console.finish(command.name, guarded(command, session, log));
 }
 

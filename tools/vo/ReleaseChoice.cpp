@@ -1,8 +1,7 @@
 #include "ReleaseChoice.h"
 
-#include "Arguments.h"
 #include "CommandError.h"
-#include "Paths.h"
+#include "Session.h"
 
 #include <Core/VoException.h>
 
@@ -80,30 +79,53 @@ const Declaration& ChooseRelease(const AdvertisedPackages& declared, const VoUUI
     return *fitting.front();
 }
 
-VoUniquePtr<AdvertisedPackages> OpenDeclarations(const VoFilePath& path)
+VoUniquePtr<AdvertisedPackages> ReadDeclarations(const Session& session, const Location& location)
 {
-    VoUniquePtr<AdvertisedPackages> declared = AdvertisedPackages::Open(path);
+    if (const VoUrl* url = std::get_if<VoUrl>(&location))
+        return AdvertisedPackages::Open(*url, session.stop, session.downloads);
+    return AdvertisedPackages::Open(std::get<VoFilePath>(location));
+}
+
+VoUniquePtr<AdvertisedPackageListing> ReadDefinition(const Session& session, const Location& location)
+{
+    if (const VoUrl* url = std::get_if<VoUrl>(&location))
+        return AdvertisedPackageListing::Open(*url, session.stop, session.downloads);
+    return AdvertisedPackageListing::Open(std::get<VoFilePath>(location));
+}
+
+Location DefinitionLocation(const Declaration& declaration, const Location& declarations)
+{
+    if (const VoUrl* url = std::get_if<VoUrl>(&declarations))
+        return declaration.definitionUrl(*url);
+    return declaration.definitionPath(std::get<VoFilePath>(declarations));
+}
+
+VoUniquePtr<AdvertisedPackages> OpenDeclarations(const Session& session, const Location& location)
+{
+    VoUniquePtr<AdvertisedPackages> declared = ReadDeclarations(session, location);
     if (!declared)
-        throw Failure("\"" + PathText(path) + "\" is not a declarations file");
+        throw Failure("\"" + LocationText(location) + "\" is not a declarations file");
     return declared;
 }
 
-ChosenRelease OpenChosenRelease(const Arguments& arguments)
+ChosenRelease OpenChosenRelease(const Session& session)
 {
-    const VoFilePath path = arguments.fileArgument(0);
-    const VoUniquePtr<AdvertisedPackages> declared = AdvertisedPackages::Open(path);
+    const Arguments& arguments = session.arguments;
+    const Location location = arguments.locationArgument(0);
+    const VoUniquePtr<AdvertisedPackages> declared = ReadDeclarations(session, location);
     if (!declared) {
-        ChosenRelease chosen{path, AdvertisedPackageListing::Open(path)};
+        ChosenRelease chosen{location, ReadDefinition(session, location)};
         requireAskedFor(*chosen.package, arguments);
         return chosen;
     }
     const VoUUID packageID = ChoosePackage(*declared, arguments.identifier("package"));
     const Declaration& declaration = ChooseRelease(*declared, packageID, arguments.release("release"));
-    const VoFilePath definition = declaration.definitionPath(path);
-    ChosenRelease chosen{definition, AdvertisedPackageListing::Open(definition)};
+    const Location definition = DefinitionLocation(declaration, location);
+    ChosenRelease chosen{definition, ReadDefinition(session, definition)};
     if (!(chosen.package->packageID() == declaration.packageID()) ||
         !(chosen.package->versionID() == declaration.versionID()))
-        throw VoValidationException("Invalid package definition: not the declared release: " + PathText(definition));
+        throw VoValidationException("Invalid package definition: not the declared release: " +
+                                    LocationText(definition));
     return chosen;
 }
 

@@ -1,22 +1,22 @@
 #pragma once
 
 #include <Core/VoUniquePtr.h>
-#include <FileSystem/VoFilePath.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/AdvertisedPackages.h>
 
+#include "Location.h"
 #include "Values.h"
 
 #include <optional>
 
 namespace vo::tool {
 
-class Arguments;
+class Session;
 
 /// The release that a command works on.
 struct ChosenRelease
 {
-    VoFilePath definition; ///< Where its definition stands.
+    Location definition; ///< Where its definition stands.
     VoUniquePtr<updater::AdvertisedPackageListing> package;
 };
 
@@ -31,12 +31,21 @@ const updater::AdvertisedPackages::Declaration& ChooseRelease(const updater::Adv
                                                               const VoUUID& packageID,
                                                               const std::optional<ReleaseNumber>& wanted);
 
-/// Opens the release that the first argument (a declarations or definition file) and the options --package and
+/// Opens the release that the first argument (a declarations or definition document) and the options --package and
 /// --release name. Throws what reading throws, and VoValidationException for a declarations file that leads to a
 /// definition outside its directory or of another release.
-ChosenRelease OpenChosenRelease(const Arguments& arguments);
+ChosenRelease OpenChosenRelease(const Session& session);
 
-/// Opens a declarations file. Throws Failure when it is a document of another kind.
-VoUniquePtr<updater::AdvertisedPackages> OpenDeclarations(const VoFilePath& path);
+/// Opens declarations. Throws Failure when it is a document of another kind.
+VoUniquePtr<updater::AdvertisedPackages> OpenDeclarations(const Session& session, const Location& location);
+
+/// @{ Read a document where it stands; what is on a server is fetched as the command line says. Throw what reading and
+/// fetching throw; the first returns an empty pointer for a document of another kind.
+VoUniquePtr<updater::AdvertisedPackages> ReadDeclarations(const Session& session, const Location& location);
+VoUniquePtr<updater::AdvertisedPackageListing> ReadDefinition(const Session& session, const Location& location);
+/// @}
+
+/// Where the definition of a declared release stands. Throws VoValidationException for a path that leads elsewhere.
+Location DefinitionLocation(const updater::AdvertisedPackages::Declaration& declaration, const Location& declarations);
 
 } // namespace vo::tool

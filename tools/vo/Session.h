@@ -3,7 +3,10 @@
 #include "Arguments.h"
 #include "Console.h"
 
+#include <Download/VoDownloadPolicy.h>
 #include <Threading/VoStopFlag.h>
+
+#include <atomic>
 
 namespace vo::tool {
 
@@ -14,6 +17,9 @@ public:
     const Arguments& arguments;
     Console& console;
     VoStopFlag stop;
+    VoDownloadPolicy downloads; ///< How documents and chunks are fetched from a server.
+    /// How often a file was tried again. Counted on the thread of the download service.
+    const std::atomic<unsigned>& retries;
 };
 
 } // namespace vo::tool

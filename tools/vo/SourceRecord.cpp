@@ -1,5 +1,7 @@
 #include "SourceRecord.h"
 
+#include "CommandError.h"
+
 #include <Core/VoException.h>
 #include <Core/VoUUID.h>
 #include <FileSystem/SafePath.h>
@@ -15,6 +17,8 @@
 namespace vo::tool {
 namespace {
 
+constexpr std::size_t LongestRecord = 8192;
+
 VoDirectoryPath recordDirectory()
 {
     return VoUpdater::UpdateSystemDirectory().directory("sources");
@@ -29,23 +33,34 @@ VoFilePath recordPath(const VoUUID& packageID)
 
 } // namespace
 
-void RecordSource(const VoUUID& packageID, const VoFilePath& definition)
+void RecordSource(const VoUUID& packageID, const Location& definition)
 {
+    const VoFilePath* file = std::get_if<VoFilePath>(&definition);
+    const VoString text = file != nullptr ? file->path() : LocationText(definition);
     VoFileSystem::CreateDirectory(recordDirectory(), true);
     VoAtomicFileWriter writer(recordPath(packageID));
-    writer.write(definition.path().c_str(), definition.path().size());
+    writer.write(text.c_str(), text.size());
     writer.commit();
 }
 
-std::optional<VoFilePath> RecordedSource(const VoUUID& packageID)
+std::optional<Location> RecordedSource(const VoUUID& packageID)
 {
     const VoFilePath path = recordPath(packageID);
     if (!VoFileSystem::Exists(path))
         return std::nullopt;
-    // A longer text than any path is no record of ours.
-    std::string text(VoFilePath::MaximumLength + 1, '\0');
+    // A longer text is no record of ours.
+    std::string text(LongestRecord + 1, '\0');
     VoFileInputByteStream stream(path);
     text.resize(stream.read(text.data(), text.size()));
+    if (text.size() > LongestRecord)
+        return std::nullopt;
+    try {
+        // Recorded paths have backslashes, so that "://" tells a URL here too.
+        if (text.find("://") != std::string::npos)
+            return TypedLocation("record", VoString(std::move(text)));
+    } catch (const UsageError&) {
+        return std::nullopt;
+    }
     const VoFilePath definition{VoString(std::move(text))};
     if (definition.isNull() || !definition.validLength())
         return std::nullopt;

@@ -2,20 +2,23 @@
 
 #include <Core/VoForward.h>
 
+#include "Location.h"
+
 #include <optional>
 
 namespace vo::tool {
 
 /// Remembers where packages were installed from, so that "vo repair PACKAGE" finds the chunks by itself:
 ///
-///     <update directory>\sources\<packageID>.txt     the path of the definition file
+///     <update directory>\sources\<packageID>.txt     the path or URL of the definition
 ///
-/// A convenience only: without it the path is given on the command line.
+/// A convenience only: without it the place is given on the command line. A user name and a password in a URL are not
+/// recorded.
 
-/// Records the definition file of an installed package. Throws what writing files throws.
-void RecordSource(const VoUUID& packageID, const VoFilePath& definition);
-/// The definition file recorded for a package, if any can be read.
-std::optional<VoFilePath> RecordedSource(const VoUUID& packageID);
+/// Records where the definition of an installed package stands. Throws what writing files throws.
+void RecordSource(const VoUUID& packageID, const Location& definition);
+/// The place recorded for a package, if any can be read.
+std::optional<Location> RecordedSource(const VoUUID& packageID);
 /// Forgets a package, and leaves no empty directory.
 void ForgetSource(const VoUUID& packageID);
 

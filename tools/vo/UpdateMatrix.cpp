@@ -17,12 +17,13 @@ using Releases = std::vector<VoUniquePtr<AdvertisedPackageListing>>;
 
 namespace {
 
-Releases openReleases(const AdvertisedPackages& declared, const VoUUID& packageID, const VoFilePath& path)
+Releases openReleases(const Session& session, const AdvertisedPackages& declared, const VoUUID& packageID,
+                      const Location& location)
 {
     Releases releases;
     for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
         if (declaration.packageID() == packageID)
-            releases.push_back(AdvertisedPackageListing::Open(declaration.definitionPath(path)));
+            releases.push_back(ReadDefinition(session, DefinitionLocation(declaration, location)));
     }
     std::stable_sort(releases.begin(), releases.end(),
                      [](const auto& a, const auto& b) { return a->version() < b->version(); });
@@ -58,10 +59,10 @@ ExitCode ShowUpdateMatrix(Session& session)
         if (session.arguments.has(option))
             throw UsageError("option --matrix: goes with --package only, not with --" + VoString(option));
     }
-    const VoFilePath path = session.arguments.fileArgument(0);
-    const auto declared = OpenDeclarations(path);
+    const Location location = session.arguments.locationArgument(0);
+    const auto declared = OpenDeclarations(session, location);
     const Releases releases =
-        openReleases(*declared, ChoosePackage(*declared, session.arguments.identifier("package")), path);
+        openReleases(session, *declared, ChoosePackage(*declared, session.arguments.identifier("package")), location);
     session.console.line(padded("from", 10) + padded("to", 10) + padded("files", 8) + padded("chunks", 8) + "bytes");
     session.console.list("updates");
     for (std::size_t to = 0; to < releases.size(); ++to) {

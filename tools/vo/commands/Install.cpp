@@ -24,7 +24,11 @@ bool install(Session& session, const InstallJob& job)
         if (message->type() == AbstractMessage::VerificationFailed)
             intact = false;
     });
-    InstalledPackages::Install(job.release.definition, job.directory, session.stop, OptionsOfInstalling());
+    std::visit(
+        [&](const auto& definition) {
+            InstalledPackages::Install(definition, job.directory, session.stop, OptionsOfInstalling(session));
+        },
+        job.release.definition);
     RecordSource(job.plan.packageID, job.release.definition);
     session.console.endProgress();
     return intact;
@@ -47,6 +51,8 @@ ExitCode run(Session& session)
     const Stopwatch stopwatch;
     const bool intact = install(session, job);
     ShowInstalledFigures(console, job.plan, job.directory);
+    if (std::holds_alternative<VoUrl>(job.release.definition))
+        console.fact("retries", "tried again", session.retries.load());
     console.fact("seconds", "seconds", SecondsText(stopwatch.seconds()), stopwatch.seconds());
     if (intact)
         return ExitCode::Done;
@@ -67,10 +73,11 @@ Command InstallCommand()
 {
     return {
         "install",
-        "DECLARATIONS|PACKAGE.XML --to FOLDER [--package ID] [--release V] [--dry-run] [--allow-downgrade]",
+        "DECLARATIONS|PACKAGE.XML|URL --to FOLDER [--package ID] [--release V] [--dry-run] [--allow-downgrade]",
         "install a release, or update to it",
-        "Installs a release of a local release directory: the newest one, or the one that --release names. Over an\n"
-        "installed release only the chunks of added and changed files are fetched. Each file is built beside its\n"
+        "Installs a release of a local release directory or of a server (the http or https URL of one of the two\n"
+        "documents): the newest one, or the one that --release names. Over an installed release only the chunks of "
+        "added and changed files are fetched. Each file is built beside its\n"
         "place, checked and then renamed, so no file is ever seen half-written; a run that was interrupted goes on\n"
         "when the same command is given again. An older release than the installed one is refused.\n",
         options(),

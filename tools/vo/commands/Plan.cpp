@@ -25,7 +25,7 @@ Command PlanCommand()
 {
     return {
         "plan",
-        "DECLARATIONS|PACKAGE.XML (--to FOLDER [--release V] | --matrix) [--package ID]",
+        "DECLARATIONS|PACKAGE.XML|URL (--to FOLDER [--release V] | --matrix) [--package ID]",
         "show what installing would do",
         "Prints what \"vo install\" with the same arguments would do, before a byte moves: the files to add, update\n"
         "and remove, and the chunks to fetch. Nothing is changed.\n"

@@ -76,19 +76,19 @@ std::unique_ptr<AbstractPackageBuilder> firstRelease(const Request& request)
 }
 
 /// The builder of the package's next release, or of its first one.
-std::unique_ptr<AbstractPackageBuilder> makeBuilder(Console& console, const Request& request)
+std::unique_ptr<AbstractPackageBuilder> makeBuilder(const Session& session, const Request& request)
 {
     if (!VoFileSystem::Exists(request.declarations))
         return firstRelease(request);
-    const auto declared = OpenDeclarations(request.declarations);
+    const auto declared = OpenDeclarations(session, request.declarations);
     const auto packageID = declaredPackage(*declared, request);
     if (!packageID)
         return firstRelease(request);
     const auto& newest = declared->newestPackage(*packageID);
     const auto base = AdvertisedPackageListing::Open(newest.definitionPath(request.declarations));
     if (request.name && !base->name().equal(*request.name, VoString::CaseSensitive))
-        console.note("warning: the package keeps its name \"" + base->name() + "\"");
-    console.fact("baseRelease", "after release", ReleaseText(newest.version()), newest.version().toString());
+        session.console.note("warning: the package keeps its name \"" + base->name() + "\"");
+    session.console.fact("baseRelease", "after release", ReleaseText(newest.version()), newest.version().toString());
     return std::make_unique<UpdatePackageBuilder>(*base, request.version, request.chunkSize, request.level);
 }
 
@@ -135,7 +135,7 @@ ExitCode run(Session& session)
     if (!VoFileSystem::IsDirectory(request.folder.toFilePath()))
         throw Failure("\"" + PathText(request.folder) + "\" is not a folder");
     const Stopwatch stopwatch;
-    const auto builder = makeBuilder(session.console, request);
+    const auto builder = makeBuilder(session, request);
     build(session, *builder, request);
     showRelease(session.console, builder->package(), stopwatch.seconds());
     return ExitCode::Done;

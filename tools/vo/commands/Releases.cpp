@@ -1,3 +1,4 @@
+#include "../Downloads.h"
 #include "../Paths.h"
 #include "../ReleaseChoice.h"
 #include "../Session.h"
@@ -14,7 +15,7 @@ namespace {
 ExitCode run(Session& session)
 {
     Console& console = session.console;
-    const auto declared = OpenDeclarations(session.arguments.fileArgument(0));
+    const auto declared = OpenDeclarations(session, session.arguments.locationArgument(0));
     std::map<std::string, const Declaration*> newestOf;
     console.list("releases");
     for (const Declaration& declaration : declared->declarations()) {
@@ -40,11 +41,12 @@ ExitCode run(Session& session)
 Command ReleasesCommand()
 {
     return {"releases",
-            "DECLARATIONS",
+            "DECLARATIONS|URL",
             "list the published releases",
-            "Lists the releases that a declarations file declares, in the order of publication: package ID, name and\n"
+            "Lists the releases that a declarations file, or the one behind a URL, declares, in the order of "
+            "publication: package ID, name and\n"
             "release.\n",
-            {},
+            DownloadOptions(),
             1,
             1,
             run};

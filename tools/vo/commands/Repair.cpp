@@ -1,4 +1,5 @@
 #include "../CommandError.h"
+#include "../Downloads.h"
 #include "../InstalledChoice.h"
 #include "../Paths.h"
 #include "../ReleaseChoice.h"
@@ -17,34 +18,41 @@ namespace {
 
 /// The definition of the installed release: named on the command line, itself or by its declarations, or recorded when
 /// the package was installed.
-VoFilePath definitionOf(const Arguments& arguments, const InstalledPackageListing& installed)
+Location definitionOf(const Session& session, const InstalledPackageListing& installed)
 {
-    const auto from = arguments.file("from");
+    const auto from = session.arguments.location("from");
     if (!from) {
         const auto recorded = RecordedSource(installed.packageID());
         if (!recorded)
             throw UsageError("option --from is missing: where the package was installed from is not recorded");
         return *recorded;
     }
-    const auto declared = AdvertisedPackages::Open(*from);
+    const auto declared = ReadDeclarations(session, *from);
     if (!declared)
         return *from;
-    return declared->package(installed.packageID(), installed.versionID()).definitionPath(*from);
+    return DefinitionLocation(declared->package(installed.packageID(), installed.versionID()), *from);
+}
+
+VerificationReport repair(const Session& session, const Location& definition)
+{
+    if (const VoUrl* url = std::get_if<VoUrl>(&definition))
+        return InstalledPackages::Repair(*url, session.stop, session.downloads);
+    return InstalledPackages::Repair(std::get<VoFilePath>(definition), session.stop);
 }
 
 ExitCode run(Session& session)
 {
     Console& console = session.console;
     const auto installed = InstalledPackages::Package(ChooseInstalled(session.arguments.argument(0)));
-    const VoFilePath definition = definitionOf(session.arguments, *installed);
+    const Location definition = definitionOf(session, *installed);
     const VoReceiver receiver = InstalledPackages::Connect(
         [&](const VoSharedPtr<AbstractMessage>& message) { ShowUpdateMessage(console, message); });
-    const VerificationReport found = InstalledPackages::Repair(definition, session.stop);
+    const VerificationReport found = repair(session, definition);
     console.endProgress();
 
     ShowFindings(console, found);
     console.fact("package", "package", found.packageID.toString(), found.packageID);
-    console.fact("definition", "repaired from", PathText(definition));
+    console.fact("definition", "repaired from", LocationText(definition));
     console.fact("files", "files checked", found.filesChecked);
     console.fact("restored", "files restored", found.missing.size() + found.changed.size());
     if (!found.isIntact())
@@ -53,17 +61,25 @@ ExitCode run(Session& session)
     return ExitCode::NothingToDo;
 }
 
+std::vector<Option> options()
+{
+    std::vector<Option> all = DownloadOptions();
+    all.insert(all.begin(), {"from", "FILE|URL",
+                             "the release's definition or declarations, instead of where it was installed from"});
+    return all;
+}
+
 } // namespace
 
 Command RepairCommand()
 {
     return {
         "repair",
-        "PACKAGE [--from DECLARATIONS|PACKAGE.XML]",
+        "PACKAGE [--from DECLARATIONS|PACKAGE.XML|URL]",
         "restore missing and changed files of a package",
         "Restores the missing and changed files of an installed package (an ID or a name), fetching only the chunks\n"
         "that these need. Lists what was wrong.\n",
-        {{"from", "FILE", "the release's definition or declarations, instead of where it was installed from"}},
+        options(),
         1,
         1,
         run};

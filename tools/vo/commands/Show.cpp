@@ -1,3 +1,4 @@
+#include "../Downloads.h"
 #include "../Paths.h"
 #include "../ReleaseChoice.h"
 #include "../Session.h"
@@ -25,7 +26,7 @@ void showFiles(Console& console, const AdvertisedPackageListing& package)
 ExitCode run(Session& session)
 {
     Console& console = session.console;
-    const ChosenRelease chosen = OpenChosenRelease(session.arguments);
+    const ChosenRelease chosen = OpenChosenRelease(session);
     const AdvertisedPackageListing& package = *chosen.package;
 
     const std::uint64_t content = TotalBytes(package.files());
@@ -35,7 +36,7 @@ ExitCode run(Session& session)
     console.fact("name", "name", package.name());
     console.fact("release", "release", ReleaseText(package.version()), package.version().toString());
     console.fact("versionID", "version ID", package.versionID().toString(), package.versionID());
-    console.fact("definition", "definition", PathText(chosen.definition));
+    console.fact("definition", "definition", LocationText(chosen.definition));
     console.fact("fileCount", "files", package.files().size());
     console.fact("bytes", "bytes", BytesText(content), content);
     console.fact("chunkCount", "chunks", package.chunks().size());
@@ -43,17 +44,24 @@ ExitCode run(Session& session)
     return ExitCode::Done;
 }
 
+std::vector<Option> options()
+{
+    std::vector<Option> all = DownloadOptions();
+    all.insert(all.begin(), {{"package", "ID", "the package; needed when several are declared"},
+                             {"release", "V", "the release, such as 4.2.17"}});
+    return all;
+}
+
 } // namespace
 
 Command ShowCommand()
 {
     return {"show",
-            "DECLARATIONS|PACKAGE.XML [--package ID] [--release V]",
+            "DECLARATIONS|PACKAGE.XML|URL [--package ID] [--release V]",
             "show one release and its files",
             "Lists the files of a release (digest, bytes and target) and its figures. Of a declarations file the\n"
             "newest release is shown unless --release names another.\n",
-            {{"package", "ID", "the package; needed when several are declared"},
-             {"release", "V", "the release, such as 4.2.17"}},
+            options(),
             1,
             1,
             run};

@@ -1,0 +1,91 @@
+#include "Downloads.h"
+
+#include "Arguments.h"
+#include "CommandError.h"
+#include "Console.h"
+#include "Paths.h"
+
+#include <Download/VoDownloadManager.h>
+#include <FileSystem/NativePath.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QFile>
+#include <QtNetwork/QSslCertificate>
+#include <QtNetwork/QSslConfiguration>
+
+namespace vo::tool {
+namespace {
+
+constexpr std::int64_t UsualRetries = 3;
+
+/// Adds certificate authorities to those that the system trusts.
+void trust(const VoFilePath& authorities)
+{
+    const VoString name = PathText(authorities);
+    QFile file(QString::fromUtf8(name.c_str()));
+    if (!file.open(QIODevice::ReadOnly))
+        throw UsageError("option --ca-file: \"" + name + "\" cannot be read");
+    const QList<QSslCertificate> certificates = QSslCertificate::fromDevice(&file, QSsl::Pem);
+    if (certificates.isEmpty())
+        throw UsageError("option --ca-file: \"" + name + "\" holds no certificate");
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    configuration.addCaCertificates(certificates);
+    QSslConfiguration::setDefaultConfiguration(configuration);
+}
+
+VoUrl serverOption(const Arguments& arguments, const char* option)
+{
+    const auto location = arguments.location(option);
+    if (!location)
+        return VoUrl();
+    if (const VoUrl* url = std::get_if<VoUrl>(&*location))
+        return *url;
+    throw UsageError(VoString("option --") + option + ": \"" + *arguments.text(option) +
+                     "\" is not an http or https URL");
+}
+
+/// The mirror holds what stands beside the document that the command names.
+void setMirror(VoDownloadPolicy& policy, const Arguments& arguments)
+{
+    const VoUrl mirror = serverOption(arguments, "mirror");
+    if (mirror.isNull() || arguments.count() == 0)
+        return;
+    const Location document = arguments.locationArgument(0);
+    if (const VoUrl* url = std::get_if<VoUrl>(&document)) {
+        policy.mirrored = url->parent();
+        policy.mirrors.pushBack(mirror);
+    }
+}
+
+} // namespace
+
+std::vector<Option> DownloadOptions()
+{
+    return {
+        {"retries", "N", "try what fails for a reason that may pass N times more, instead of 3"},
+        {"mirror", "URL", "where else the folder of the named document is to be had"},
+        {"redirect-host", "HOST", "follow redirects to this host"},
+        {"redirect-domain", "DOMAIN", "follow redirects to hosts of this domain"},
+        {"ca-file", "FILE", "trust the certificate authorities in this file too (PEM)"},
+    };
+}
+
+VoDownloadPolicy PrepareDownloads(const Arguments& arguments, Console& console, std::atomic<unsigned>& retries)
+{
+    VoDownloadPolicy policy;
+    policy.retries = static_cast<unsigned>(arguments.integer("retries", UsualRetries, 0, 100));
+    policy.onRetry = [&console, &retries](const VoDownloadRetry& retry) {
+        ++retries;
+        console.note("trying again: " + retry.url.toString() + ": " + retry.reason);
+    };
+    setMirror(policy, arguments);
+    const VoString host = arguments.text("redirect-host").value_or("");
+    const VoString domain = arguments.text("redirect-domain").value_or("");
+    if (!host.isEmpty() || !domain.isEmpty())
+        VoDownloadManager::SetRedirectHosts(host, domain);
+    if (const auto authorities = arguments.file("ca-file"))
+        trust(*authorities);
+    return policy;
+}
+
+} // namespace vo::tool
