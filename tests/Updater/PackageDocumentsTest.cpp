@@ -284,10 +284,10 @@ TEST_F(PackageDocuments, AFailedWriteLeavesTheOldDocumentAndNothingElse)
     EXPECT_EQ(Tree(directory("out")), (std::map<std::string, std::string>{{"package.xml", "old"}}));
 }
 
-TEST_F(PackageDocuments, AddressesNeedTheDownloadService)
+TEST_F(PackageDocuments, AddressesNeedAnApplicationObject)
 {
     const VoUrl url("https://example.org/declarations.xml");
-    const VoString text = "The download service is not available: https://example.org/declarations.xml";
+    const VoString text = "Download service requires an application object";
     EXPECT_THROW_MSG(AdvertisedPackages::Open(url), VoDownloadException, text);
     EXPECT_THROW_MSG(AdvertisedPackageListing::Open(url, VoStopFlag()), VoDownloadException, text);
     VoStopFlag raised;
