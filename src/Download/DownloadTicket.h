@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Core/VoExport.h>
 #include <Core/VoForward.h>
 #include <Core/VoSharedPtr.h>
 #include <Threading/VoReceiver.h>
@@ -15,7 +16,7 @@ class VoDownloadException;
 ///
 /// A ticket that is dropped without that, because the service has gone, tells so itself: no caller waits for ever. All
 /// members may be called from all threads.
-class VoDownloadTicket
+class VOCORE_PRIVATE_EXPORT VoDownloadTicket
 {
 public:
     VoDownloadTicket() = default;

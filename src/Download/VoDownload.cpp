@@ -52,6 +52,12 @@ bool IsSupported(const VoUrl& url)
     return url.scheme() == "http" || url.scheme() == "https";
 }
 
+// The framework counts connections by scheme, host and port.
+QString ConnectionName(const QUrl& url)
+{
+    return url.toString(QUrl::RemoveUserInfo | QUrl::RemovePath | QUrl::RemoveQuery | QUrl::RemoveFragment);
+}
+
 double Jitter()
 {
     constexpr long long Steps = 1000;
@@ -81,9 +87,9 @@ struct VoDownload::File
     int redirects = 0;
     Method method = Method::Head;
     QPointer<QNetworkReply> reply;
-    bool accepted = false; // the reply's status and headers are good
-    bool active = false;   // the reply has begun to come
-    qint64 lastActivity = 0;
+    QString connection;          // what the running request holds; empty without one
+    bool accepted = false;       // the reply's status and headers are good
+    qint64 lastActivity = 0;     // when it was sent, or something came last
     std::int64_t announced = -1; // by the headers of the body's reply; -1 when they do not say
     std::unique_ptr<VoDownloadStreamer> streamer;
     QTimer retryTimer;
@@ -103,6 +109,8 @@ VoDownload::VoDownload(QObject* parent, const VoUUID& id, const VoDownloadPolicy
 
 VoDownload::~VoDownload()
 {
+    if (manager())
+        manager()->connections().forget(this);
     for (auto& file : m_files)
         release(*file);
 }
@@ -240,19 +248,30 @@ QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method)
 
 void VoDownload::send(File& file, Method method)
 {
-    QNetworkReply* const reply = issueRequest(file.current, method);
     file.method = method;
+    VoDownloadManagerImpl* const impl = manager();
+    if (!impl)
+        throw VoNullPointerException("Download has no manager");
+    const QString connection = ConnectionName(file.current);
+    impl->connections().acquire(connection, this, [this, &file, connection] {
+        file.connection = connection;
+        guarded([&] { sendNow(file); });
+    });
+}
+
+void VoDownload::sendNow(File& file)
+{
+    QNetworkReply* const reply = issueRequest(file.current, file.method);
     file.reply = reply;
     file.accepted = false;
-    file.active = false;
     file.announced = -1;
-    m_lastActivity = m_clock.elapsed();
+    touch(file);
     m_replies[reply] = &file;
 
     connect(reply, &QNetworkReply::redirected, this,
             [this, reply](const QUrl& target) { guarded([&] { onRedirected(*reply, target); }); });
     connect(reply, &QNetworkReply::metaDataChanged, this, [this, reply] { guarded([&] { onMetaData(*reply); }); });
-    if (method == Method::Get)
+    if (file.method == Method::Get)
         connect(reply, &QNetworkReply::readyRead, this, [this, reply] { guarded([&] { onReadyRead(*reply); }); });
     connect(reply, &QNetworkReply::finished, this, [this, reply] { guarded([&] { onFinished(*reply); }); });
     if (reply->isFinished()) {
@@ -272,18 +291,26 @@ void VoDownload::release(File& file)
 {
     file.retryTimer.stop();
     file.streamer.reset();
+    const QString connection = std::exchange(file.connection, QString());
     QNetworkReply* const reply = file.reply;
     file.reply.clear();
-    if (!reply)
-        return;
-    m_replies.erase(reply);
-    // Aborting emits signals at once; nobody must hear them any more. And it waits until the reply has returned from the
-    // signal that may be running: in the middle of one the framework complains that it fails twice.
-    disconnect(reply, nullptr, this, nullptr);
-    if (reply->isRunning())
+    if (reply)
+        giveUp(*reply);
+    // Last: the next request, maybe of another download, starts at once.
+    if (!connection.isNull() && manager())
+        manager()->connections().release(connection);
+}
+
+void VoDownload::giveUp(QNetworkReply& reply)
+{
+    m_replies.erase(&reply);
+    // Aborting emits signals at once; nobody must hear them any more. And it waits until the reply has returned from
+    // the signal that may be running: in the middle of one the framework complains that it fails twice.
+    disconnect(&reply, nullptr, this, nullptr);
+    if (reply.isRunning())
         QMetaObject::invokeMethod(
-            reply, [reply] { reply->abort(); }, Qt::QueuedConnection);
-    reply->deleteLater();
+            &reply, [&reply] { reply.abort(); }, Qt::QueuedConnection);
+    reply.deleteLater();
 }
 
 VoDownload::File* VoDownload::fileOf(QNetworkReply* reply) const
@@ -294,8 +321,7 @@ VoDownload::File* VoDownload::fileOf(QNetworkReply* reply) const
 
 void VoDownload::touch(File& file)
 {
-    file.active = true;
-    file.lastActivity = m_lastActivity = m_clock.elapsed();
+    file.lastActivity = m_clock.elapsed();
 }
 
 // The framework's own way of following an approved redirect posts requests twice from the second hop on and ends with
@@ -486,7 +512,7 @@ void VoDownload::checkStall()
     const qint64 now = m_clock.elapsed();
     std::vector<File*> stalled;
     for (const auto& file : m_files) {
-        if (file->reply && now - (file->active ? file->lastActivity : m_lastActivity) > timeout)
+        if (file->reply && now - file->lastActivity > timeout)
             stalled.push_back(file.get());
     }
     for (File* const file : stalled) {
@@ -595,9 +621,12 @@ void VoDownload::end(const VoDownloadException* failure)
         return;
     m_stallTimer.stop();
     filesEnded();
+    VoDownloadManagerImpl* const impl = manager();
+    if (impl)
+        impl->connections().forget(this);
     for (const auto& file : m_files)
         release(*file);
-    if (VoDownloadManagerImpl* const impl = manager())
+    if (impl)
         impl->ended(*this, failure);
     deleteLater();
 }

@@ -86,7 +86,9 @@ private:
     VoDownloadManagerImpl* manager() const;
     void beginAttempt(File& file, Method method);
     void send(File& file, Method method);
+    void sendNow(File& file);
     void release(File& file);
+    void giveUp(QNetworkReply& reply);
     File* fileOf(QNetworkReply* reply) const;
 
     void onRedirected(QNetworkReply& reply, const QUrl& target);
@@ -120,7 +122,6 @@ private:
 
     QTimer m_stallTimer;
     QElapsedTimer m_clock;
-    qint64 m_lastActivity = 0; // of any file, by m_clock
     VoTransferRateMonitor m_rate;
     std::int64_t m_reported = 0; // the most bytes reported so far
 };

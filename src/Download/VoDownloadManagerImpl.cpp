@@ -58,6 +58,11 @@ vo::detail::RedirectHosts VoDownloadManagerImpl::redirectHosts() const
     return m_redirectHosts();
 }
 
+vo::detail::ConnectionQueue& VoDownloadManagerImpl::connections() noexcept
+{
+    return m_connections;
+}
+
 std::vector<char>& VoDownloadManagerImpl::buffer()
 {
     m_buffer.resize(BufferSize);

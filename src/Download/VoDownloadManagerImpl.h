@@ -2,6 +2,7 @@
 
 #include <Core/VoExport.h>
 #include <Core/VoSharedPtr.h>
+#include <Download/ConnectionQueue.h>
 #include <Download/VoDownloadManagerInterface.h>
 #include <Download/VoDownloadManagerMonitor.h>
 #include <Download/VoRedirectPolicy.h>
@@ -36,6 +37,7 @@ public:
     /// Null before the first request and after shutDown().
     QNetworkAccessManager* networkAccessManager() const;
     vo::detail::RedirectHosts redirectHosts() const;
+    vo::detail::ConnectionQueue& connections() noexcept;
     std::vector<char>& buffer(); ///< For bytes on their way; one user at a time.
 
     /// Logs a notification and hands it to all receivers.
@@ -68,6 +70,7 @@ private:
     const RedirectHostsSource m_redirectHosts;
     QPointer<QNetworkAccessManager> m_network;
     VoDownloadManagerMonitor m_monitor;
+    vo::detail::ConnectionQueue m_connections;
     std::vector<char> m_buffer;
     bool m_shutDown = false;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Core/VoExport.h>
 #include <Core/VoSharedPtr.h>
 #include <Core/VoUUID.h>
 #include <Download/DownloadTicket.h>
@@ -20,7 +21,7 @@ Q_DECLARE_METATYPE(VoDownloadTicketPtr)
 Q_DECLARE_METATYPE(VoUUID)
 
 /// Takes requests on any thread and hands them, as queued signals, to the engine's thread.
-class VoDownloadManagerInterface : public QObject
+class VOCORE_PRIVATE_EXPORT VoDownloadManagerInterface : public QObject
 {
     Q_OBJECT
 

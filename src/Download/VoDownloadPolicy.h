@@ -47,8 +47,7 @@ struct VOCORE_EXPORT VoDownloadPolicy
     /// @}
 
     /// The download fails with "Download timed out" when a file that is being transferred gets no byte for this long.
-    /// Files that wait for a free connection do not count, as long as any other file of the download moves. No limit
-    /// when it is not positive.
+    /// Files that wait for a free connection do not count. No limit when it is not positive.
     VoTimeDuration stallTimeout = VoSeconds(60);
 
     /// The most bytes that a file may have, checked against what the server announces and against what comes; unknown

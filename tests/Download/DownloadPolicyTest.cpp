@@ -1,0 +1,201 @@
+#include <VoTestSupport.h>
+
+#include <Core/VoSharedPtr.h>
+#include <Download/DownloadFailure.h>
+#include <Download/VoDownloadMonitors.h>
+#include <Download/VoDownloadNotification.h>
+#include <Download/VoDownloadPolicy.h>
+#include <Download/VoRedirectPolicy.h>
+
+#include <QtCore/QDateTime>
+#include <QtCore/QUrl>
+
+using vo::detail::RedirectVerdict;
+
+namespace {
+
+QUrl Url(const char* text)
+{
+    return QUrl(QString::fromLatin1(text));
+}
+
+} // namespace
+
+TEST(RedirectPolicy, AllowsOnlyTheConfiguredHostsAndOnlyHttpsForAnotherScheme)
+{
+    constexpr auto Approved = RedirectVerdict::Approved;
+    constexpr auto UnsafeScheme = RedirectVerdict::UnsafeScheme;
+    constexpr auto UnsafeDomain = RedirectVerdict::UnsafeDomain;
+    const struct
+    {
+        const char* from;
+        const char* to;
+        const char* primary;
+        const char* secondary;
+        RedirectVerdict verdict;
+    } rows[] = {
+        {"http://a.test/x", "https://good.test/x", "good.test", "", Approved},
+        {"https://a.test/x", "http://good.test/x", "good.test", "", UnsafeScheme},
+        {"https://a.test/x", "https://evil.test/x", "good.test", "", UnsafeDomain},
+        {"http://a.test/x", "http://good.test/y", "good.test", "", Approved},
+        {"http://a.test/x", "ftp://good.test/y", "good.test", "", UnsafeScheme},
+        {"http://a.test/x", "file:///etc/passwd", "good.test", "", UnsafeScheme},
+        {"https://a.test/x", "https://a.test/y", "", "", UnsafeDomain}, // the same host is no reason
+        {"https://a.test/x", "https:///y", "", "", UnsafeDomain},
+        {"https://a.test/x", "https://GOOD.Test/y", "good.test", "", Approved},
+        {"https://a.test/x", "https://good.test./y", "good.test", "", Approved},
+        {"https://a.test/x", "https://good.test:8443/y", "good.test", "", Approved},
+        {"https://a.test/x", "https://sub.good.test/y", "good.test", "", UnsafeDomain},
+        {"https://a.test/x", "https://good.test@evil.test/y", "good.test", "", UnsafeDomain},
+        {"https://a.test/x", "https://cdn.example.com/y", "", "example.com", Approved},
+        {"https://a.test/x", "https://cdn.example.com/y", "", ".example.com", Approved},
+        {"https://a.test/x", "https://example.com/y", "", "example.com", Approved},
+        {"https://a.test/x", "https://evilexample.com/y", "", "example.com", UnsafeDomain},
+        {"https://a.test/x", "https://example.com.evil.test/y", "", "example.com", UnsafeDomain},
+        {"https://a.test/x", "https://xn--mller-kva.test/y", "m\xC3\xBCller.test", "", Approved},
+        {"http://a.test/x", "http://127.0.0.1:81/y", "127.0.0.1", "", Approved},
+        {"http://a.test/x", "http://[::1]:81/y", "::1", "", Approved},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(vo::detail::RedirectDecision(Url(row.from), Url(row.to), {row.primary, row.secondary}), row.verdict)
+            << row.from << " -> " << row.to << " with " << row.primary << " and " << row.secondary;
+    }
+}
+
+TEST(DownloadPolicy, ReadsRetryAfterAsSecondsOrDate)
+{
+    const QDateTime now = QDateTime::fromString(QStringLiteral("2024-02-29T12:00:00Z"), Qt::ISODate);
+    const struct
+    {
+        const char* value;
+        long long seconds; // -1: nothing
+    } rows[] = {
+        {"", -1},
+        {"7", 7},
+        {" 120 ", 120},
+        {"-1", -1},
+        {"1.5", -1},
+        {"soon", -1},
+        {"99999999999999999999999", 1000000000},
+        {"Thu, 29 Feb 2024 12:00:30 GMT", 30},
+        {"Thu, 29 Feb 2024 11:00:00 GMT", 0},
+        {"Thu, 31 Feb 2024 11:00:00 GMT", -1},
+    };
+    for (const auto& row : rows) {
+        const auto asked = vo::detail::RetryAfter(row.value, now);
+        EXPECT_EQ(asked ? asked->count() / 1000000000 : -1, row.seconds) << '"' << row.value << '"';
+    }
+}
+
+TEST(DownloadPolicy, DelaysDoubleUpToTheLongestAndLoseAtMostHalf)
+{
+    VoDownloadPolicy policy;
+    policy.firstDelay = VoSeconds(1);
+    policy.longestDelay = VoSeconds(10);
+    const double full[] = {1, 2, 4, 8, 10, 10};
+    for (unsigned i = 0; i < 6; ++i) {
+        EXPECT_DOUBLE_EQ(policy.delayBefore(i + 1, 0).seconds(), full[i]);
+        EXPECT_DOUBLE_EQ(policy.delayBefore(i + 1, 1).seconds(), full[i] / 2);
+    }
+    EXPECT_DOUBLE_EQ(policy.delayBefore(4000000000U, 0).seconds(), 10);
+}
+
+TEST(DownloadPolicy, MirrorsReplaceTheBeginningOfUrlsAtABoundary)
+{
+    const struct
+    {
+        const char* mirrored;
+        const char* mirror;
+        const char* url;
+        const char* expected; // null: no mirror
+    } rows[] = {
+        {"http://a.test/r/", "http://b.test/", "http://a.test/r/x/y", "http://b.test/x/y"},
+        {"http://a.test/r", "http://b.test/", "http://a.test/r/x", "http://b.test/x"},
+        {"http://a.test/r/", "http://b.test", "http://a.test/r/x", "http://b.test/x"},
+        {"http://a.test", "https://b.test/m", "http://a.test/x", "https://b.test/m/x"},
+        {"http://a.test", "https://b.test/m", "http://a.test.evil/x", nullptr},
+        {"http://a.test/r/", "http://b.test/", "http://a.test/other", nullptr},
+        {"", "http://b.test/", "http://a.test/other", nullptr},
+    };
+    for (const auto& row : rows) {
+        VoDownloadPolicy policy;
+        policy.mirrored = VoUrl(row.mirrored);
+        policy.mirrors.pushBack(VoUrl(row.mirror));
+        const VoDeque<VoUrl> places = policy.locations(VoUrl(row.url));
+        ASSERT_EQ(places.size(), row.expected ? 2U : 1U) << row.url;
+        EXPECT_EQ(places[0], VoUrl(row.url));
+        if (row.expected) {
+            EXPECT_EQ(places[1], VoUrl(row.expected));
+        }
+    }
+}
+
+TEST(DownloadMonitors, RefuseAPhaseWhileAnotherRunsAndSayWhich)
+{
+    const auto nothing = [] {};
+    VoSingleDownloadMonitor single(nothing, nothing);
+    VoGroupDownloadMonitor group(2, nothing, nothing);
+    VoSingleFileDownloadMonitor file(single, nothing, nothing);
+    VoGroupFileDownloadMonitor groupFile(group, "x", nothing, nothing);
+    for (VoAbstractDownloadMonitor* const monitor :
+         {static_cast<VoAbstractDownloadMonitor*>(&single), static_cast<VoAbstractDownloadMonitor*>(&group),
+          static_cast<VoAbstractDownloadMonitor*>(&file), static_cast<VoAbstractDownloadMonitor*>(&groupFile)}) {
+        monitor->requestHeader();
+        EXPECT_THROW_MSG(monitor->requestHeader(), VoInvalidCallException,
+                         "Cannot initialise header request when currently downloading header information.");
+        EXPECT_THROW_MSG(monitor->requestDownload(), VoInvalidCallException,
+                         "Cannot initialise download request when currently downloading header information.");
+        monitor->endPhase();
+        monitor->requestDownload();
+        EXPECT_THROW_MSG(monitor->requestHeader(), VoInvalidCallException,
+                         "Cannot initialise header request when currently downloading files.");
+        EXPECT_THROW_MSG(monitor->requestDownload(), VoInvalidCallException,
+                         "Cannot initialise download request when currently downloading files.");
+        monitor->endPhase();
+        EXPECT_EQ(monitor->phase(), VoAbstractDownloadMonitor::Idle);
+    }
+}
+
+TEST(DownloadMonitors, AddUpFilesAndTakeBackWhatIsFetchedAnew)
+{
+    const auto nothing = [] {};
+    VoGroupDownloadMonitor group(2, nothing, nothing);
+    VoGroupFileDownloadMonitor a(group, "a", nothing, nothing);
+    VoGroupFileDownloadMonitor b(group, "b", nothing, nothing);
+    group.requestHeader();
+    a.headerReceived(100);
+    b.headerReceived(50);
+    EXPECT_EQ(group.total().bytes(), 150);
+    a.bytesReceived(60);
+    b.bytesReceived(50);
+    a.discardReceived();
+    EXPECT_EQ(a.received(), 0);
+    EXPECT_EQ(group.received(), 50);
+    group.addTotal(VoDownloadSize::Unknown());
+    EXPECT_TRUE(group.total().isUnknown());
+    group.endPhase();
+    group.requestHeader();
+    EXPECT_EQ(group.total().bytes(), 0) << "a new header phase begins with nothing";
+}
+
+TEST(DownloadNotification, CastsOnlyToItsOwnKind)
+{
+    const VoUUID id("id");
+    const VoDownloadProgressNotification progress(10, 20, VoTransferRate(5), id);
+    const VoDownloadNotification& base = progress;
+    EXPECT_EQ(&base.asProgressMessage(), &progress);
+    EXPECT_THROW_MSG(base.asFailedMessage(), VoInvalidCastException,
+                     "Invalid cast from VoDownloadProgressNotification to VoDownloadFailedNotification");
+
+    const int types[] = {VoDownloadCompleteNotification(id).type(),
+                         VoDownloadFailedNotification("text", id).type(),
+                         VoNetworkStatusNotification(VoNetworkStatusNotification::Connected).type(),
+                         VoDownloadPausedNotification(id).type(),
+                         progress.type(),
+                         VoDownloadStartedNotification(id).type()};
+    for (int i = 0; i < 6; ++i)
+        EXPECT_EQ(types[i], i);
+
+    EXPECT_EQ(VoNetworkStatusNotification(VoNetworkStatusNotification::Disconnected).statusString(), "Disconnected");
+    EXPECT_EQ(VoNetworkStatusNotification(VoNetworkStatusNotification::Unknown).statusString(), "Unknown");
+}

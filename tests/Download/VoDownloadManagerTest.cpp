@@ -1,0 +1,633 @@
+#include "DownloadScenarios.h"
+
+#include <LogCapture.h>
+#include <ScratchFolder.h>
+#include <ScriptedHttpServer.h>
+#include <VoTestSupport.h>
+
+#include <Core/VoExceptionText.h>
+#include <Core/VoPair.h>
+#include <Core/VoSharedPtr.h>
+#include <Core/VoUUID.h>
+#include <Download/VoDownloadException.h>
+#include <Download/VoDownloadManager.h>
+#include <Download/VoDownloadManagerImpl.h>
+#include <Download/VoDownloadManagerInterface.h>
+#include <Download/VoDownloadNotification.h>
+#include <Download/VoDownloadPolicy.h>
+#include <Download/VoDownloadRequest.h>
+#include <Download/VoGroupedDownloadRequest.h>
+#include <Download/VoSingleDownload.h>
+#include <FileSystem/VoUrl.h>
+#include <Threading/VoReceiver.h>
+#include <Threading/VoStopFlag.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QEventLoop>
+#include <QtCore/QProcess>
+#include <QtCore/QTimer>
+#include <QtNetwork/QNetworkAccessManager>
+#include <algorithm>
+#include <iostream>
+#include <thread>
+
+#if defined(__unix__)
+#include <sys/resource.h>
+#endif
+
+using vo::test::OutcomeOf;
+using vo::test::ScratchFolder;
+using vo::test::ScriptedAnswer;
+using vo::test::ScriptedHttpServer;
+using Fault = ScriptedAnswer::Fault;
+using Notification = VoSharedPtr<VoDownloadNotification>;
+
+namespace {
+
+/// Keeps what a callback was told.
+class Told
+{
+public:
+    VoDownloadManager::Callback callback()
+    {
+        return [this](const Notification& notification) {
+            m_notifications.push_back(notification);
+            if (m_onEach)
+                m_onEach(*notification);
+        };
+    }
+    void onEach(std::function<void(const VoDownloadNotification&)> action) { m_onEach = std::move(action); }
+
+    /// The kinds in order, equal neighbours once: "Started Progress Complete".
+    std::string story() const
+    {
+        static const char* const names[] = {"Complete", "Failed", "NetworkStatus", "Paused", "Progress", "Started"};
+        std::string text;
+        int last = -1;
+        for (const Notification& notification : m_notifications) {
+            if (notification->type() == last && notification->type() == VoDownloadNotification::Progress)
+                continue;
+            last = notification->type();
+            text += (text.empty() ? "" : " ") + std::string(names[last]);
+        }
+        return text;
+    }
+    const std::vector<Notification>& all() const { return m_notifications; }
+
+private:
+    std::vector<Notification> m_notifications;
+    std::function<void(const VoDownloadNotification&)> m_onEach;
+};
+
+/// The message of the VoDownloadException that an action throws; empty without one.
+template <typename Action>
+std::string Failure(Action action)
+{
+    try {
+        action();
+        return {};
+    } catch (const VoDownloadException& e) {
+        return e.message().toStdString();
+    }
+}
+
+/// Runs the service until a future is ready.
+std::string Outcome(std::future<void> future)
+{
+    while (future.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    return Failure([&] { future.get(); });
+}
+
+class DownloadManager : public testing::Test
+{
+protected:
+    VoUrl url(const std::string& target) const { return VoUrl(VoString(m_server.url(target))); }
+
+    VoSharedPtr<VoDownloadRequest> request(const std::string& target, const std::string& name)
+    {
+        return VoSharedPtr<VoDownloadRequest>::Make(url(target), m_folder.path(name));
+    }
+
+    /// Calls a function on another thread while this one runs the service.
+    template <typename Function>
+    void onWorker(Function function)
+    {
+        QEventLoop loop;
+        std::thread worker([&] {
+            function();
+            QMetaObject::invokeMethod(
+                &loop, [&loop] { loop.quit(); }, Qt::QueuedConnection);
+        });
+        loop.exec();
+        worker.join();
+    }
+
+    ScratchFolder m_folder;
+    ScriptedHttpServer m_server;
+    vo::test::LogCapture m_log;
+};
+
+} // namespace
+
+TEST_F(DownloadManager, TellsTheWholeStoryOfADownloadToItsOwnCallbackOnly)
+{
+    m_server.get("/a", ScriptedAnswer::Body(std::string(300000, 'a')));
+    m_server.get("/b", ScriptedAnswer::Body("b"));
+    const auto a = request("/a", "a");
+    Told told;
+    std::future<void> other = VoDownloadManager::RequestFuture(request("/b", "b"));
+    VoDownloadManager::RequestWait(a, VoStopFlag(), told.callback());
+    EXPECT_EQ(Outcome(std::move(other)), "");
+
+    EXPECT_EQ(told.story(), "Started Progress Complete");
+    for (const Notification& notification : told.all())
+        EXPECT_EQ(notification->id(), a->id());
+    const VoDownloadProgressNotification& last = told.all()[told.all().size() - 2]->asProgressMessage();
+    EXPECT_EQ(last.received().bytes(), 300000);
+    EXPECT_EQ(last.total().bytes(), 300000);
+    EXPECT_EQ(m_folder.read("a"), std::string(300000, 'a'));
+    EXPECT_EQ(m_folder.read("b"), "b");
+
+    const std::string id = a->id().toString().toStdString();
+    const auto logged = [&](const char* category, const std::string& text) {
+        return m_log.count(vo::logging::Level::Diagnostic, category, VoString(text));
+    };
+    EXPECT_EQ(logged("updater", "Download request for " + m_server.url("/a") + " [" + id + "]"), 1U);
+    for (const std::string& text :
+         {"Allocating download requested [" + id + "] : " + m_server.url("/a"), "Download started: " + id,
+          "Download complete: " + id, "Download request complete [" + id + "]",
+          "Deallocating download request [" + id + "]", std::string("Header received - file size [300.0 KB]")})
+        EXPECT_EQ(logged("download", text), 1U) << text;
+}
+
+TEST_F(DownloadManager, ProgressOfAGroupOnlyGrowsAndIsExactAtTheEndAlthoughFilesAreFetchedAnew)
+{
+    constexpr int Files = 40;
+    auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
+    for (int i = 0; i < Files; ++i) {
+        const std::string target = "/" + std::to_string(i);
+        const ScriptedAnswer good = ScriptedAnswer::Body(std::string(50000, static_cast<char>('A' + i)));
+        ScriptedAnswer slow = good;
+        slow.trickle = 5000;
+        slow.trickleInterval = 30;
+        ScriptedAnswer cut = good;
+        cut.failing(Fault::Close, 40000);
+        m_server.get(target, i % 10 == 0 ? std::vector<ScriptedAnswer>{cut, slow} : std::vector<ScriptedAnswer>{good});
+        m_server.head(target, {good});
+        group->add(url(target), m_folder.path(std::to_string(i)));
+    }
+    VoDownloadPolicy policy;
+    policy.retries = 1;
+    policy.firstDelay = VoMilliseconds(1);
+    int retries = 0;
+    policy.onRetry = [&](const VoDownloadRetry& retry) {
+        ++retries;
+        EXPECT_EQ(retry.attempt, 2U);
+        EXPECT_EQ(retry.reason, VoString("Connection closed"));
+    };
+    group->setPolicy(policy);
+    Told told;
+    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(group, VoStopFlag(), told.callback()); }), "");
+
+    EXPECT_EQ(retries, 4);
+    EXPECT_EQ(told.story(), "Started Progress Complete");
+    std::int64_t before = 0;
+    for (const Notification& notification : told.all()) {
+        if (notification->type() != VoDownloadNotification::Progress)
+            continue;
+        const std::int64_t received = notification->asProgressMessage().received().bytes();
+        EXPECT_GE(received, before);
+        before = received;
+        EXPECT_EQ(notification->asProgressMessage().total().bytes(), Files * 50000);
+    }
+    EXPECT_EQ(before, Files * 50000);
+    for (int i = 0; i < Files; ++i) {
+        EXPECT_EQ(m_folder.read(std::to_string(i)), std::string(50000, static_cast<char>('A' + i)));
+        EXPECT_EQ(m_server.count("GET", "/" + std::to_string(i)), i % 10 == 0 ? 2U : 1U) << "only what failed again";
+    }
+}
+
+TEST_F(DownloadManager, RetriesOnlyWhatMayPassAndHonoursRetryAfter)
+{
+    const ScriptedAnswer good = ScriptedAnswer::Body("good");
+    const auto failing = [](int status) { return ScriptedAnswer::Status(status, "No"); };
+    const struct
+    {
+        const char* name;
+        std::vector<ScriptedAnswer> answers;
+        std::size_t asked;
+        bool complete;
+        double shortestDelay; // seconds
+    } rows[] = {
+        {"once 503", {failing(503), good}, 2, true, 0},
+        {"three times 500", {failing(500), failing(500), failing(500), good}, 4, true, 0},
+        {"four times 500", {failing(500), failing(500), failing(500), failing(500), good}, 4, false, 0},
+        {"429 with a time", {failing(429).with("Retry-After", "1"), good}, 2, true, 1},
+        {"429 with too long a time", {failing(429).with("Retry-After", "86400"), good}, 1, false, 0},
+        {"404", {failing(404), good}, 1, false, 0},
+        {"410", {failing(410), good}, 1, false, 0},
+        {"401", {failing(401), good}, 1, false, 0},
+        {"403", {failing(403), good}, 1, false, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        m_server.clear();
+        m_server.get("/file", row.answers);
+        m_server.head("/file", {good});
+        const auto wanted = request("/file", "file");
+        VoDownloadPolicy policy;
+        policy.retries = 3;
+        policy.firstDelay = VoMilliseconds(1);
+        VoTimeDuration waited;
+        policy.onRetry = [&](const VoDownloadRetry& retry) { waited += retry.delay; };
+        wanted->setPolicy(policy);
+        EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(wanted); }).empty(), row.complete);
+        EXPECT_EQ(m_server.count("GET", "/file"), row.asked);
+        EXPECT_GE(waited.seconds(), row.shortestDelay);
+    }
+}
+
+TEST_F(DownloadManager, TriesMirrorsInOrderAndNotAgainThoseWithoutHope)
+{
+    m_server.get("/one/file", ScriptedAnswer::Status(404, "Not Found"));
+    m_server.get("/two/file", {ScriptedAnswer::Status(503, "Busy"), ScriptedAnswer::Body("two")});
+    m_server.head("/two/file", {ScriptedAnswer::Status(503, "Busy"), ScriptedAnswer::Body("two")});
+    m_server.get("/three/file", ScriptedAnswer::Status(500, "Broken"));
+    const auto wanted = request("/one/file", "file");
+    VoDownloadPolicy policy;
+    policy.retries = 2;
+    policy.firstDelay = VoMilliseconds(1);
+    policy.mirrored = url("/one/");
+    policy.mirrors = {url("/two/"), url("/three/")};
+    std::vector<std::string> asked;
+    policy.onRetry = [&](const VoDownloadRetry& retry) { asked.push_back(retry.url.toString().toStdString()); };
+    wanted->setPolicy(policy);
+    VoDownloadManager::RequestWait(wanted);
+    EXPECT_EQ(m_folder.read("file"), "two");
+    EXPECT_EQ(asked, (std::vector<std::string>{m_server.url("/two/file"), m_server.url("/three/file"),
+                                               m_server.url("/two/file"), m_server.url("/three/file"),
+                                               m_server.url("/two/file")}));
+    EXPECT_EQ(m_server.count("HEAD", "/one/file"), 1U);
+}
+
+TEST_F(DownloadManager, CancelAndStopFlagGiveExactlyOneFailureInEveryPhase)
+{
+    const ScriptedAnswer good = ScriptedAnswer::Body(std::string(100000, 'x'));
+    const ScriptedAnswer silent = ScriptedAnswer(good).failing(Fault::Stall, ScriptedAnswer::BeforeHeaders);
+    const ScriptedAnswer half = ScriptedAnswer(good).failing(Fault::Stall, 50000);
+    const struct
+    {
+        const char* name;
+        ScriptedAnswer head;
+        ScriptedAnswer get;
+        const char* method; // the request during which it happens; empty: at Started, between the two
+        const char* story;
+    } rows[] = {
+        {"during HEAD", silent, good, "HEAD", "Failed"},
+        {"between", good, silent, "", "Started Failed"},
+        {"during GET, before the answer", good, silent, "GET", "Started Failed"},
+        {"within the body", good, half, "GET", "Started Progress Failed"},
+    };
+    for (const auto& row : rows) {
+        for (const bool byFlag : {false, true}) {
+            for (const bool grouped : {false, true}) {
+                SCOPED_TRACE(std::string(row.name) + (byFlag ? ", flag" : ", cancel") + (grouped ? ", group" : ""));
+                m_server.clear();
+                m_server.get("/file", row.get);
+                m_server.head("/file", {row.head});
+                m_folder.write("file", "old");
+                const auto single = request("/file", "file");
+                const auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
+                group->add(url("/file"), m_folder.path("file"));
+                const VoUUID id = grouped ? group->id() : single->id();
+                const VoStopFlag stop;
+                const auto end = [&] { byFlag ? stop.stop() : VoDownloadManager::CancelDownload(id); };
+
+                Told told;
+                const bool atProgress = std::string(row.story).find("Progress") != std::string::npos;
+                told.onEach([&](const VoDownloadNotification& n) {
+                    if ((*row.method == 0 && n.type() == VoDownloadNotification::Started) ||
+                        (atProgress && n.type() == VoDownloadNotification::Progress && m_server.count("GET", "/file")))
+                        end();
+                });
+                std::thread watcher([&] {
+                    if (*row.method != 0 && !atProgress && m_server.waitFor(row.method, "/file"))
+                        end();
+                });
+                const std::string failure = Failure([&] {
+                    if (grouped)
+                        VoDownloadManager::RequestWait(group, stop, told.callback());
+                    else
+                        VoDownloadManager::RequestWait(single, stop, told.callback());
+                });
+                watcher.join();
+                EXPECT_EQ(failure, "Download cancelled");
+                EXPECT_EQ(told.story(), row.story);
+                EXPECT_EQ(told.all().back()->asFailedMessage().message(), VoString("Download cancelled"));
+                EXPECT_EQ(m_folder.read("file"), "old");
+            }
+        }
+    }
+    EXPECT_EQ(m_log.count(vo::logging::Level::Diagnostic, "download", "Cancelling download: nobody"), 0U);
+    VoDownloadManager::CancelDownload(VoUUID("nobody"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(m_log.count(vo::logging::Level::Diagnostic, "download", "Cancelling download: nobody"), 1U);
+}
+
+TEST_F(DownloadManager, AFlagRaisedBeforeStartsNothing)
+{
+    m_server.get("/file", ScriptedAnswer::Body("x"));
+    const VoStopFlag stop;
+    stop.stop();
+    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(url("/file"), m_folder.path("file"), stop); }),
+              "Download cancelled");
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(m_server.requests().empty());
+}
+
+TEST_F(DownloadManager, WaitsOnAWorkerWhileTheOwnerRunsItsLoop)
+{
+    m_server.get("/file", ScriptedAnswer::Body("x"));
+    std::string found = "never ran";
+    std::string missing;
+    std::thread::id calledOn;
+    onWorker([&] {
+        found = Failure([&] {
+            VoDownloadManager::RequestWait(url("/file"), m_folder.path("file"), VoStopFlag(),
+                                           [&](const Notification&) { calledOn = std::this_thread::get_id(); });
+        });
+        missing = Failure([&] { VoDownloadManager::RequestWait(url("/none"), m_folder.path("none")); });
+    });
+    EXPECT_EQ(found, "");
+    EXPECT_EQ(calledOn, std::this_thread::get_id());
+    EXPECT_EQ(missing,
+              "Header request failed: Error transferring " + m_server.url("/none") + " - server replied: Not Found");
+}
+
+TEST_F(DownloadManager, RefusesToWaitInsideACallbackButRequestsAndSurvivesWhatCallbacksThrow)
+{
+    m_server.get("/file", ScriptedAnswer::Body("x"));
+    std::string refusal;
+    std::future<void> second;
+    const VoReceiver bad = VoDownloadManager::Connect([](const Notification&) { throw 1; });
+    VoDownloadManager::RequestWait(url("/file"), m_folder.path("file"), VoStopFlag(), [&](const Notification& n) {
+        if (n->type() != VoDownloadNotification::Started)
+            return;
+        try {
+            VoDownloadManager::RequestWait(url("/file"), m_folder.path("other"));
+        } catch (const VoInvalidCallException& e) {
+            refusal = e.message().toStdString();
+        }
+        second = VoDownloadManager::RequestFuture(request("/file", "second"));
+        throw VoDownloadException();
+    });
+    EXPECT_EQ(refusal, "Cannot wait for a download inside a notification callback");
+    EXPECT_EQ(Outcome(std::move(second)), "");
+}
+
+TEST_F(DownloadManager, AnIdThatIsTakenFailsTheNewRequestOnly)
+{
+    ScriptedAnswer slow = ScriptedAnswer::Body("x");
+    slow.delay = 50;
+    m_server.get("/file", slow);
+    Told told;
+    const auto first = request("/file", "first");
+    const auto second = VoSharedPtr<VoDownloadRequest>::Make(url("/file"), m_folder.path("second"), first->id());
+    const VoReceiver receiver = VoDownloadManager::Connect(told.callback());
+    std::future<void> good = VoDownloadManager::RequestFuture(first);
+    EXPECT_EQ(Outcome(VoDownloadManager::RequestFuture(second)), "Download failed to register");
+    EXPECT_EQ(Outcome(std::move(good)), "");
+    EXPECT_EQ(told.story(), "Started Progress Complete");
+}
+
+TEST_F(DownloadManager, AnEmptyGroupAndOneWithAFailingFileFailAsOne)
+{
+    Told told;
+    EXPECT_EQ(Failure([&] {
+                  VoDownloadManager::RequestWait(VoSharedPtr<VoGroupedDownloadRequest>::Make(), VoStopFlag(),
+                                                 told.callback());
+              }),
+              "Empty request");
+    EXPECT_EQ(told.story(), "Failed");
+
+    auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
+    for (int i = 0; i < 20; ++i) {
+        const std::string target = "/" + std::to_string(i);
+        m_server.get(target, i == 7 ? ScriptedAnswer::Status(500, "Broken") : ScriptedAnswer::Body("x"));
+        m_server.head(target, {ScriptedAnswer::Body("x")});
+        group->add(url(target), m_folder.path(std::to_string(i)));
+    }
+    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(group); }),
+              "Error transferring " + m_server.url("/7") + " - server replied: Broken");
+    EXPECT_FALSE(std::filesystem::exists(m_folder.native("7")));
+}
+
+TEST_F(DownloadManager, ADroppedReceiverIsNotCalledAndALimitOfOneFileHoldsInAGroup)
+{
+    m_server.get("/small", ScriptedAnswer::Body("1234"));
+    m_server.get("/large", ScriptedAnswer::Body("12345678"));
+    auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
+    group->add(url("/large"), m_folder.path("large"));
+    group->add(url("/small"), m_folder.path("small"), 3);
+    Told told;
+    {
+        const auto dropped = VoDownloadManager::RequestDownload(request("/small", "x"), told.callback());
+        EXPECT_TRUE(dropped.second.isReceiving());
+    }
+    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(group); }),
+              "Header request failed: Download larger than allowed: " + m_server.url("/small"));
+    EXPECT_EQ(told.story(), "");
+}
+
+#if defined(__unix__)
+TEST_F(DownloadManager, FetchesTwoThousandFilesWithTwoHundredAndFiftySixDescriptors)
+{
+    rlimit before = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    rlimit few = before;
+    few.rlim_cur = 256;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+    m_server.get("/file", ScriptedAnswer::Body("0123456789"));
+    auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
+    for (int i = 0; i < 2000; ++i)
+        group->add(url("/file"), m_folder.path(std::to_string(i)));
+    const std::string failure = Failure([&] { VoDownloadManager::RequestWait(group); });
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(failure, "");
+    EXPECT_LE(m_server.mostConnections(), 6U);
+    for (const int i : {0, 1000, 1999})
+        EXPECT_EQ(m_folder.read(std::to_string(i)), "0123456789");
+}
+
+TEST_F(DownloadManager, MemoryDoesNotGrowWithTheSizeOfAFile)
+{
+    constexpr std::size_t Size = std::size_t{64} * 1024 * 1024;
+    const auto peak = [] {
+        rusage usage = {};
+        getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_maxrss; // kilobytes
+    };
+    // The server's own copies of the body are there before the measurement: one kept, one being sent.
+    m_server.get("/warm", ScriptedAnswer::Body(std::string(Size, 'w')));
+    m_server.get("/file", ScriptedAnswer::Body(std::string(Size, 'x')));
+    VoDownloadManager::RequestWait(url("/warm"), m_folder.path("warm"));
+    m_server.get("/warm", ScriptedAnswer::Body(""));
+    const long before = peak();
+    VoDownloadManager::RequestWait(url("/file"), m_folder.path("file"));
+    EXPECT_LT(peak() - before, 24 * 1024);
+    EXPECT_EQ(std::filesystem::file_size(m_folder.native("file")), Size);
+}
+#endif
+
+TEST_F(DownloadManager, TheEngineTellsNetworkChangesAndRefusesToWorkWithoutItsParts)
+{
+    VoDownloadManagerInterface requests;
+    const auto broadcaster = std::make_shared<VoDownloadManagerImpl::Broadcaster>();
+    Told told;
+    const VoReceiver receiver = broadcaster->connect(told.callback());
+    auto engine =
+        std::make_unique<VoDownloadManagerImpl>(requests, broadcaster, [] { return vo::detail::RedirectHosts(); });
+
+    QObject stranger;
+    const auto wanted = request("/none", "none");
+    EXPECT_THROW_MSG(VoSingleDownload(*wanted, &stranger), VoDownloadException, "Download must have a parent manager");
+    auto* const orphan = new VoSingleDownload(*wanted, engine.get());
+    EXPECT_THROW_MSG(orphan->issueRequest(QUrl(), VoDownload::Method::Get), VoDownloadException,
+                     "Parent network access manager unavailable");
+    orphan->setParent(nullptr);
+    EXPECT_THROW_MSG(orphan->issueRequest(QUrl(), VoDownload::Method::Get), VoNullPointerException,
+                     "Download has no manager");
+    delete orphan;
+
+    const auto ticket = VoDownloadTicketPtr::Make();
+    std::future<void> ended = ticket->future();
+    requests.request(wanted, ticket);
+    EXPECT_NE(Outcome(std::move(ended)), "");
+    ASSERT_TRUE(engine->networkAccessManager());
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    engine->networkAccessManager()->setNetworkAccessible(QNetworkAccessManager::NotAccessible);
+    QT_WARNING_POP
+    EXPECT_EQ(told.story(), "Failed NetworkStatus");
+    EXPECT_EQ(told.all().back()->asNetworkStatusMessage().status(), VoNetworkStatusNotification::Disconnected);
+
+    // Ending the engine ends what is running, and what is still in its queue.
+    m_server.get("/silent", ScriptedAnswer::Body("x").failing(Fault::Stall, ScriptedAnswer::BeforeHeaders));
+    m_server.head("/silent", {ScriptedAnswer::Body("x").failing(Fault::Stall, ScriptedAnswer::BeforeHeaders)});
+    auto running = VoDownloadTicketPtr::Make();
+    auto queued = VoDownloadTicketPtr::Make();
+    std::future<void> runningEnd = running->future();
+    std::future<void> queuedEnd = queued->future();
+    requests.request(request("/silent", "a"), std::exchange(running, {}));
+    QCoreApplication::processEvents();
+    requests.request(request("/silent", "b"), std::exchange(queued, {}));
+    engine.reset();
+    EXPECT_EQ(Outcome(std::move(runningEnd)), "Download service is not available");
+    EXPECT_EQ(Outcome(std::move(queuedEnd)), "Download service is not available");
+}
+
+TEST_F(DownloadManager, EndsClearlyWithoutAnApplicationWhileItQuitsAndWithoutItsThread)
+{
+    m_server.get("/silent", ScriptedAnswer::Body("x").failing(Fault::Stall, ScriptedAnswer::BeforeHeaders));
+    m_server.head("/silent", {ScriptedAnswer::Body("x").failing(Fault::Stall, ScriptedAnswer::BeforeHeaders)});
+    const std::string silent = m_server.url("/silent");
+    const std::string target = m_folder.native("x").string();
+    EXPECT_EQ(OutcomeOf({"no-application", silent, target}), "Download service requires an application object\n");
+    EXPECT_EQ(OutcomeOf({"quit-under-owner", silent, target}),
+              "Download service is not available\nDownload service is not available\n");
+    EXPECT_EQ(OutcomeOf({"quit-under-worker", silent, target}),
+              "Download service is not available\nDownload service is not available\n");
+    EXPECT_EQ(OutcomeOf({"application-ends", silent, target}),
+              "Download service is not available\nDownload service is not available\n");
+    EXPECT_EQ(OutcomeOf({"owner-ends", silent, target}),
+              "Download service is not available\nDownload service is not available\n");
+}
+
+namespace vo::test {
+
+namespace {
+
+void Print(const std::string& line)
+{
+    std::cout << line << std::endl;
+}
+
+std::string WaitFor(const char* url, const char* target)
+{
+    return Failure([&] { VoDownloadManager::RequestWait(VoUrl(url), VoFilePath(target)); });
+}
+
+} // namespace
+
+int RunScenario(int argc, char** argv)
+{
+    vo::logging::DisableStandardError();
+    const std::string name = argv[2];
+    const char* const url = argv[3];
+    const char* const target = argv[4];
+    if (name == "no-application") {
+        Print(WaitFor(url, target));
+        return 0;
+    }
+    auto application = std::make_unique<QCoreApplication>(argc, argv);
+    if (name == "quit-under-owner") {
+        // The waiting is inside the application's loop, which is told to end meanwhile.
+        QTimer::singleShot(0, [&] {
+            QTimer::singleShot(100, application.get(), [] { QCoreApplication::quit(); });
+            Print(WaitFor(url, target));
+        });
+        application->exec();
+        Print(WaitFor(url, target));
+    } else if (name == "quit-under-worker") {
+        VoDownloadManager::Get();
+        std::thread worker([&] { Print(WaitFor(url, target)); });
+        QTimer::singleShot(100, application.get(), [] { QCoreApplication::quit(); });
+        application->exec();
+        worker.join();
+        Print(WaitFor(url, target));
+    } else if (name == "application-ends") {
+        VoDownloadManager::Get();
+        std::promise<void> asked;
+        std::thread worker([&] {
+            std::future<void> end =
+                VoDownloadManager::RequestFuture(VoSharedPtr<VoDownloadRequest>::Make(VoUrl(url), VoFilePath(target)));
+            asked.set_value();
+            Print(Failure([&] { end.get(); }));
+        });
+        asked.get_future().get();
+        application.reset();
+        worker.join();
+        Print(WaitFor(url, target));
+    } else if (name == "owner-ends") {
+        std::future<void> end;
+        std::thread owner([&] {
+            end =
+                VoDownloadManager::RequestFuture(VoSharedPtr<VoDownloadRequest>::Make(VoUrl(url), VoFilePath(target)));
+            QCoreApplication::processEvents();
+        });
+        owner.join();
+        Print(Failure([&] { end.get(); }));
+        Print(WaitFor(url, target));
+    }
+    return 0;
+}
+
+std::string OutcomeOf(const std::vector<std::string>& scenario)
+{
+    QStringList arguments{QStringLiteral("--scenario")};
+    for (const std::string& argument : scenario)
+        arguments << QString::fromStdString(argument);
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(QCoreApplication::applicationFilePath(), arguments);
+    if (!process.waitForFinished(20000)) {
+        process.kill();
+        process.waitForFinished();
+        return "timeout: " + process.readAllStandardOutput().toStdString();
+    }
+    return process.readAllStandardOutput().toStdString() +
+           (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0 ? "" : "crashed\n");
+}
+
+} // namespace vo::test
