@@ -1,8 +1,12 @@
 #include <Maths/VoHistogram.h>
 
+#include <Core/VoDeque.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoString.h>
 #include <Core/VoThrow.h>
+#include <Core/VoVariant.h>
+#include <Documents/VoDataTable.h>
+#include <Documents/VoDataTableItem.h>
 #include <Maths/VoStatistics.h>
 
 #include <algorithm>
@@ -188,4 +192,30 @@ VoVector<std::uint64_t> VoHistogram::cumulative() const
     for (std::uint64_t count : state().counts)
         sums.pushBack(sum += count);
     return sums;
+}
+
+VoDataTable VoHistogram::toDataTable() const
+{
+    using Items = VoDeque<VoDataTableItem>;
+    const auto counted = [](std::uint64_t count) {
+        const bool fits = count <= static_cast<std::uint64_t>(std::numeric_limits<int>::max());
+        return VoDataTableItem(fits ? VoVariant(static_cast<int>(count)) : VoVariant(static_cast<double>(count)));
+    };
+    VoDataTable table;
+    table.addRow(Items{VoDataTableItem("Lower"), VoDataTableItem("Upper"), VoDataTableItem("Count"),
+                       VoDataTableItem("Cumulative")},
+                 VoDataTable::Header);
+    const VoVector<std::uint64_t> sums = cumulative();
+    for (std::size_t bin = 0; bin < bins(); ++bin)
+        table.addRow(Items{VoDataTableItem(edges()[bin]), VoDataTableItem(edges()[bin + 1]), counted(count(bin)),
+                           counted(sums[bin])},
+                     VoDataTable::Data);
+    const auto addApart = [&](const char* name, std::uint64_t count) {
+        if (count > 0)
+            table.addRow(Items{VoDataTableItem(name, 2), counted(count)}, VoDataTable::Data);
+    };
+    addApart("Below", below());
+    addApart("Above", above());
+    addApart("Not a number", notNumbers());
+    return table;
 }

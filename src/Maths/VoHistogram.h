@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Core/VoExport.h>
+#include <Core/VoForward.h>
 #include <Core/VoVector.h>
 
 #include <cstddef>
@@ -47,6 +48,10 @@ public:
     const VoVector<double>& edges() const;      ///< The bins() + 1 edges, ascending.
     std::size_t mode() const;                   ///< The first among the fullest bins; 0 without bins.
     VoVector<std::uint64_t> cumulative() const; ///< For each bin, the sum of the bins up to and including it.
+    /// A table to be shown or exported: the header "Lower", "Upper", "Count", "Cumulative", then a row for each bin,
+    /// and at the end a row for each of "Below", "Above" and "Not a number" that counted anything, with its name over
+    /// both edges. Counts are Integer, or Double beyond what that holds, so that spreadsheets take them for numbers.
+    VoDataTable toDataTable() const;
 
 private:
     struct Private;

@@ -1,6 +1,8 @@
 #include <VoTestSupport.h>
 
 #include <Core/VoMathsException.h>
+#include <Documents/VoDataTable.h>
+#include <IO/VoStringDevice.h>
 #include <Maths/VoHistogram.h>
 #include <Maths/VoRandom.h>
 #include <Maths/VoStatistics.h>
@@ -103,6 +105,18 @@ TEST(Histogram, HalfOpenBinsHoldTheirLowerEdge)
     EXPECT_EQ(histogram.cumulative(), (Counts{2, 3, 5}));
     EXPECT_EQ(histogram.edges(), (VoVector<double>{0, 1, 2, 3}));
     EXPECT_THROW(histogram.count(3), VoIndexOutOfBoundsException);
+}
+
+TEST(Histogram, IsShownAsATable)
+{
+    VoHistogram histogram(0, 1, 2);
+    for (double value : {0.1, 0.75, 1.0, -1.0, NotANumber})
+        histogram.add(value);
+    VoStringDevice device;
+    histogram.toDataTable().writeCSV(device);
+    EXPECT_EQ(device.content().toStdString(), "Lower,Upper,Count,Cumulative\r\n0.0,0.5,1,1\r\n0.5,1.0,2,3\r\n"
+                                              "Below,,1,\r\nNot a number,,1,\r\n");
+    EXPECT_TRUE(histogram.toDataTable().isHeader(0));
 }
 
 TEST(Histogram, CountsAgreeWithTheEdgesWhateverTheRounding)

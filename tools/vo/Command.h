@@ -54,6 +54,7 @@ Command ReleasesCommand();
 Command RepairCommand();
 Command ReportCommand();
 Command ShowCommand();
+Command TableCommand();
 Command UninstallCommand();
 Command UnzipCommand();
 Command VerifyCommand();

@@ -7,10 +7,11 @@ namespace vo::tool {
 const std::vector<Command>& Commands()
 {
     static const std::vector<Command> commands = {
-        PublishCommand(),       ReleasesCommand(),  ShowCommand(),   DiffCommand(),   PlanCommand(),
-        InstallCommand(),       InstalledCommand(), VerifyCommand(), RepairCommand(), UninstallCommand(),
-        VerifyReleaseCommand(), ChecksumCommand(),  ZipCommand(),    UnzipCommand(),  LpCommand(),
-        ReportCommand(),        HelpCommand(),
+        PublishCommand(), ReleasesCommand(),  ShowCommand(),          DiffCommand(),
+        PlanCommand(),    InstallCommand(),   InstalledCommand(),     VerifyCommand(),
+        RepairCommand(),  UninstallCommand(), VerifyReleaseCommand(), ChecksumCommand(),
+        ZipCommand(),     UnzipCommand(),     TableCommand(),         LpCommand(),
+        ReportCommand(),  HelpCommand(),
     };
     return commands;
 }

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <Core/VoString.h>
+
+#include <cstddef>
+#include <vector>
+
+class VoCSVReader;
+
+namespace vo::tool {
+
+/// The rows of a table as lines with aligned columns. The widths are found in a first pass over all rows, so that none
+/// of them has to be kept.
+class TableView
+{
+public:
+    /// A field wider than @p widest characters is cut, and ends with "…".
+    explicit TableView(std::size_t widest = 40);
+
+    /// First pass: takes in the widths of the reader's row; @p isHeader says that it does not tell what the columns
+    /// hold.
+    void measure(const VoCSVReader& row, bool isHeader);
+
+    /// Second pass: the row as a line. Columns of numbers stand to the right.
+    VoString line(const VoCSVReader& row) const;
+    VoString rule() const; ///< A line below the header.
+
+private:
+    struct Column
+    {
+        std::size_t width = 0;
+        bool hasNumbers = false;
+        bool hasTexts = false;
+    };
+
+    const std::size_t m_widest;
+    std::vector<Column> m_columns;
+};
+
+} // namespace vo::tool
