@@ -131,6 +131,12 @@ int UnzipHandle::record(ZipEntryRecord& record) const
     return code;
 }
 
+std::uint64_t UnzipHandle::claimedCount() const
+{
+    unz_global_info64 info{};
+    return unzGetGlobalInfo64(m_archive.get(), &info) == UNZ_OK ? info.number_entry : 0;
+}
+
 int UnzipHandle::open(std::uint64_t position, std::uint64_t number)
 {
     const unz64_file_pos place{position, number};

@@ -54,6 +54,8 @@ public:
     int record(ZipEntryRecord& record) const;
     /// @}
 
+    std::uint64_t claimedCount() const; ///< Of entries; 0 without an archive.
+
     int open(std::uint64_t position, std::uint64_t number); ///< Opens the entry of a record.
     int read(char* data, std::size_t size);                 ///< Bytes read, 0 at the end, or a code below zero.
     int finishEntry(); ///< Ends the open entry; ZipWrongChecksum when it was read whole and is damaged.

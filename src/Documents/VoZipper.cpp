@@ -15,9 +15,11 @@
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoIOException.h>
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <system_error>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -90,17 +92,18 @@ public:
     }
 
     // Links that are there already must not lead a file out of the directory.
-    void requireInside(const UnzipPlan& plan, vo::detail::ZipInput& archive) const
+    void requireInside(const UnzipPlan& plan, const vo::detail::ZipInput& archive) const
     {
-        if (!VoFileSystem::Exists(m_directory))
-            return;
-        std::unordered_set<std::string> known;
+        std::unordered_map<std::string, bool> exists; // by directory
+        std::string last;
         for (const UnzipPlan::Item& item : plan.items) {
-            const VoDirectoryPath place = DirectoryOf(item);
-            if (known.insert(place.path().toStdString()).second &&
-                !vo::detail::IsInsideCanonical(m_directory, place.toFilePath()))
+            const std::string place = DirectoryOf(item).path().toStdString();
+            if (place == last) // entries come directory by directory
+                continue;
+            if (!leadsInside(place, exists))
                 throw VoValidationException("Invalid path in zip archive: " +
                                             VoString(std::string(archive.name(item.index))));
+            last = place;
         }
     }
 
@@ -112,8 +115,10 @@ public:
 
     void makeDirectory(const VoDirectoryPath& directory)
     {
-        if (m_made.insert(directory.path().toStdString()).second)
-            VoFileSystem::CreateDirectory(directory, true);
+        const std::string& text = directory.path().toStdString();
+        if (text == m_lastMade || !m_made.insert(m_lastMade = text).second)
+            return;
+        VoFileSystem::CreateDirectory(directory, true);
     }
 
     void write(VoZipFile& entry, const VoFilePath& target)
@@ -131,9 +136,31 @@ public:
     }
 
 private:
+    // Follows a directory from the target down, as far as there is anything.
+    bool leadsInside(const std::string& place, std::unordered_map<std::string, bool>& exists) const
+    {
+        for (std::size_t end = place.find('\\', m_directory.path().size()); end != std::string::npos;
+             end = place.find('\\', end + 1)) {
+            const std::string part = place.substr(0, end);
+            const auto [known, isNew] = exists.emplace(part, false);
+            if (!isNew && !known->second)
+                return true;
+            if (!isNew)
+                continue;
+            const VoFilePath path = VoFilePath::CreateUnchecked(VoString(part));
+            std::error_code ignored;
+            const auto status = std::filesystem::symlink_status(vo::detail::ToNative(path), ignored);
+            known->second = std::filesystem::exists(status);
+            if (std::filesystem::is_symlink(status) && !vo::detail::IsInsideCanonical(m_directory, path))
+                return false;
+        }
+        return true;
+    }
+
     VoDirectoryPath m_directory;
     std::unique_ptr<char[]> m_block;
     std::unordered_set<std::string> m_made;
+    std::string m_lastMade;
 };
 
 } // namespace

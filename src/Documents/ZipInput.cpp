@@ -44,7 +44,9 @@ const std::vector<ZipInput::Entry>& ZipInput::entries()
         m_names += record.name;
         m_entries.push_back({record.position, record.number, record.size, m_names.size(), record.readable});
     }
-    m_complete = code == ZipEndOfList;
+    // At the limit of the format's old counter the directory simply ends where no more record follows.
+    const bool countIsKnown = m_archive.claimedCount() != 0xFFFF;
+    m_complete = code == ZipEndOfList || (!countIsKnown && m_entries.size() >= 0xFFFF && code == ZipBadFile);
     return m_entries;
 }
 

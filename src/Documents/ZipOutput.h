@@ -22,7 +22,7 @@ class VOCORE_PRIVATE_EXPORT ZipOutput
 public:
     enum class Threads
     {
-        WhereUseful, ///< When the machine has a second core.
+        WhereUseful, ///< When the process may use a second processor.
         Never,
         Always
     };

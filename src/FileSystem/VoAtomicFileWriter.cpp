@@ -21,8 +21,9 @@ constexpr std::size_t BufferSize = std::size_t{64} * 1024;
 class Content
 {
 public:
-    void open(const VoFilePath& target)
+    void open(const VoFilePath& target, const std::filesystem::file_status& old)
     {
+        m_old = old;
         m_error = vo::detail::MakeUnderNewName([&] {
             m_path = vo::detail::SiblingPath(vo::detail::ToNative(target));
             std::error_code made;
@@ -56,14 +57,13 @@ public:
         return !m_error;
     }
 
-    void finish(const std::filesystem::path& target, bool forced)
+    void finish(bool forced)
     {
         flush();
         // A replaced file keeps its permissions; a link or a new file has none to keep.
         std::error_code ignored;
-        const std::filesystem::file_status old = std::filesystem::symlink_status(target, ignored);
-        if (std::filesystem::is_regular_file(old))
-            std::filesystem::permissions(m_path, old.permissions(), ignored);
+        if (std::filesystem::is_regular_file(m_old))
+            std::filesystem::permissions(m_path, m_old.permissions(), ignored);
         if (!m_error && forced)
             m_file.sync(m_error);
         std::error_code closing;
@@ -100,7 +100,8 @@ private:
     }
 
     vo::detail::NativeFile m_file;
-    std::filesystem::path m_path; // empty when there is nothing to remove
+    std::filesystem::path m_path;       // empty when there is nothing to remove
+    std::filesystem::file_status m_old; // of the target
     std::vector<char> m_buffer;
     std::error_code m_error;
 };
@@ -163,10 +164,15 @@ VoAtomicFileWriter::VoAtomicFileWriter(const VoFilePath& target)
     : m_private(std::make_unique<Private>(target))
 {
     vo::detail::RequireValidLength(target);
-    std::error_code ignored;
-    if (!target.isFile() || std::filesystem::is_directory(vo::detail::ToNative(target), ignored))
+    if (!target.isFile())
         throw VoInvalidPathFileException(target);
-    m_private->content.open(target);
+    const std::filesystem::path native = vo::detail::ToNative(target);
+    std::error_code ignored;
+    const std::filesystem::file_status old = std::filesystem::symlink_status(native, ignored);
+    if (std::filesystem::is_directory(std::filesystem::is_symlink(old) ? std::filesystem::status(native, ignored)
+                                                                       : old))
+        throw VoInvalidPathFileException(target);
+    m_private->content.open(target, old);
     m_private->device = std::make_unique<ContentDevice>(m_private->content);
 }
 
@@ -207,7 +213,7 @@ void VoAtomicFileWriter::commit(Durability durability)
     data.device->close();
     const std::filesystem::path target = vo::detail::ToNative(data.target);
     const bool forced = durability == Durability::Forced;
-    data.content.finish(target, forced);
+    data.content.finish(forced);
     if (data.content.error())
         data.fail("Cannot write file: ");
     data.content.rename(target);

@@ -309,6 +309,7 @@ TEST_F(ZipArchive, manyEntriesAreOpenedInTimeThatGrowsWithTheirNumber)
     }
     VoZipArchive archive(file(), VoZipArchive::Read);
     ASSERT_EQ(archive.paths().size(), static_cast<std::size_t>(count));
+    EXPECT_TRUE(archive.internal().input->complete());
     const auto start = std::chrono::steady_clock::now();
     for (int i = count - 1; i >= 0; i -= 10)
         ASSERT_EQ(contentOf(archive, VoFilePath(VoString(i))), std::to_string(i));
