@@ -37,6 +37,8 @@ install_missing_packages() {
 
 # build PRESET [TARGET]: configures when needed and builds; quiet unless it fails.
 build() {
+    # Two presets that compile alike, and two clones, take from the cache what the other has compiled.
+    export CCACHE_BASEDIR=$vocore_root CCACHE_NOHASHDIR=1
     local preset=$1 log status
     shift
     log=$(mktemp)
