@@ -1,0 +1,282 @@
+#include "InstallFixture.h"
+
+#include <ScriptedHttpServer.h>
+
+#include <Download/VoDownloadException.h>
+#include <Updater/AdvertisedPackages.h>
+
+#include <QtCore/QCoreApplication>
+
+#include <functional>
+#include <set>
+
+using namespace vo::test;
+using vo::updater::AdvertisedPackages;
+using vo::updater::ChunkListing;
+using Fault = ScriptedAnswer::Fault;
+
+namespace {
+
+const Files First = {{"same", Noise(300, 1)}, {"changed", Noise(500, 2)}, {"removed", "gone soon"}};
+const Files Second = {{"same", Noise(300, 1)}, {"changed", Noise(500, 3)}, {"deep/er/added", Noise(400, 4)}};
+
+/// What a server does with the last chunk of an update, and how the installation ends.
+struct Row
+{
+    const char* name;
+    std::function<ScriptedAnswer(const std::string& bytes)> answer;
+    const char* text; // of the failure, behind "Installation failed: "; "URL" stands for the chunk's; null: none
+};
+
+class RemoteInstall : public InstallTest
+{
+protected:
+    /// Serves everything that is published.
+    void serve()
+    {
+        const auto root = vo::detail::ToNative(declarations().parent());
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+            if (entry.is_regular_file())
+                server.get("/" + entry.path().lexically_relative(root).generic_string(),
+                           ScriptedAnswer::Body(ReadBytes(vo::detail::FromNative(entry.path()))));
+        }
+    }
+
+    std::string target(const VoFilePath& published) const
+    {
+        const auto root = vo::detail::ToNative(declarations().parent());
+        return "/" + vo::detail::ToNative(published).lexically_relative(root).generic_string();
+    }
+
+    VoUrl url(const VoFilePath& published) const { return VoUrl(server.url(target(published)).c_str()); }
+
+    /// The chunk that is fetched last, of a definition for which others are fetched too.
+    VoFilePath lastChunk(const VoFilePath& definition) const
+    {
+        const auto advert = AdvertisedPackageListing::Open(definition);
+        const VoDeque<ChunkListing> chunks = InstalledPackages::Plan(*advert, place()).chunks;
+        EXPECT_GT(chunks.size(), 1u);
+        return definition.parent().appended(chunks.back().path());
+    }
+
+    std::string installFrom(const VoFilePath& definition)
+    {
+        try {
+            InstalledPackages::Install(url(definition), place(), VoStopFlag(), options);
+            return "";
+        } catch (const VoInstallationFailedException& failure) {
+            return failure.message().toStdString();
+        }
+    }
+
+    Files installed() const
+    {
+        Files all = snapshot();
+        Files result;
+        const std::string prefix = "place/of/app/";
+        for (const auto& [name, bytes] : all) {
+            if (name.compare(0, prefix.size(), prefix) == 0 && name.back() != '/')
+                result[name.substr(prefix.size())] = bytes;
+        }
+        return result;
+    }
+
+    /// All but what has been fetched so far, which the next run may use.
+    Files lasting() const
+    {
+        Files all = snapshot();
+        for (auto entry = all.begin(); entry != all.end();)
+            entry = entry->first.compare(0, 17, "updates/download/") == 0 ? all.erase(entry) : std::next(entry);
+        return all;
+    }
+
+    ScriptedHttpServer server;
+};
+
+std::vector<Row> Rows()
+{
+    const auto failing = [](Fault fault, std::int64_t at) {
+        return [=](const std::string& bytes) { return ScriptedAnswer::Body(bytes).failing(fault, at); };
+    };
+    const auto status = [](int code, const char* reason) {
+        return [=](const std::string&) { return ScriptedAnswer::Status(code, reason, "<html></html>"); };
+    };
+    return {
+        {"not found", status(404, "Not Found"),
+         "Header request failed: Error transferring URL - server replied: Not Found"},
+        {"overloaded", status(503, "Service Unavailable"),
+         "Header request failed: Error transferring URL - server replied: Service Unavailable"},
+        {"reset before the headers", failing(Fault::Reset, ScriptedAnswer::BeforeHeaders), "Connection closed"},
+        {"reset within the body", failing(Fault::Reset, 7), "Connection closed"},
+        {"cut short", failing(Fault::Close, 7), "Connection closed"},
+        {"stalled", failing(Fault::Stall, 7), "Download timed out"},
+        {"longer than listed", [](const std::string& bytes) { return ScriptedAnswer::Body(bytes + "more"); },
+         "Header request failed: Download larger than allowed: URL"},
+        {"redirected elsewhere",
+         [](const std::string&) { return ScriptedAnswer::Redirect(302, "http://localhost:1/chunk"); },
+         "Header request failed: Unsafe domain redirect from (URL) to (http://localhost:1/chunk)"},
+        {"wrong bytes of the right length",
+         [](const std::string& bytes) { return ScriptedAnswer::Body(std::string(bytes.size(), 'w')); }, nullptr},
+    };
+}
+
+} // namespace
+
+TEST_F(RemoteInstall, AFaultOfTheServerLeavesFilesAndRegistryAsTheyWereAndTheNextRunCompletes)
+{
+    const VoFilePath first = publish("1.0.0", First);
+    const VoFilePath second = publish("1.1.0", Second);
+    options.downloads.stallTimeout = VoMilliseconds(200);
+    for (const Row& row : Rows()) {
+        SCOPED_TRACE(row.name);
+        wipe();
+        server.clear();
+        serve();
+        ASSERT_EQ(installFrom(first), "");
+        const Files before = lasting();
+        const VoFilePath chunk = lastChunk(second);
+        server.get(target(chunk), row.answer(ReadBytes(chunk)));
+
+        std::string text = installFrom(second);
+        if (row.text) {
+            const std::string address = url(chunk).toString().toStdString();
+            std::string expected = row.text;
+            if (const auto at = expected.find("URL"); at != std::string::npos)
+                expected.replace(at, 3, address);
+            EXPECT_EQ(text, "Installation failed: " + expected);
+        } else {
+            EXPECT_EQ(text.rfind("Installation failed: File checksum does not match for: ", 0), 0u) << text;
+        }
+        EXPECT_EQ(lasting(), before);
+
+        serve();
+        EXPECT_EQ(installFrom(second), "");
+        EXPECT_EQ(installed(), Second);
+        EXPECT_FALSE(VoFileSystem::Exists(staging())) << "staged chunks are gone";
+    }
+}
+
+TEST_F(RemoteInstall, OnlyTheChunksOfAddedAndChangedFilesAreFetchedEachOnce)
+{
+    const VoFilePath first = publish("1.0.0", First);
+    const VoFilePath second = publish("1.1.0", Second);
+    serve();
+    ASSERT_EQ(installFrom(first), "");
+    const auto advert = AdvertisedPackageListing::Open(second);
+    std::multiset<std::string> wanted;
+    for (const ChunkListing& chunk : InstalledPackages::Plan(*advert, place()).chunks)
+        wanted.insert(target(second.parent().appended(chunk.path())));
+    ASSERT_LT(wanted.size(), advert->chunks().size());
+
+    server.clear();
+    serve();
+    ASSERT_EQ(installFrom(second), "");
+    std::multiset<std::string> fetched;
+    for (const ScriptedRequest& request : server.requests()) {
+        if (request.method == "GET" && request.target != target(second))
+            fetched.insert(request.target);
+    }
+    EXPECT_EQ(fetched, wanted);
+}
+
+TEST_F(RemoteInstall, ADamagedChunkIsFetchedAgainAsOftenAsThePolicySays)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    serve();
+    const VoFilePath chunk = lastChunk(definition);
+    const ScriptedAnswer good = ScriptedAnswer::Body(ReadBytes(chunk));
+    const ScriptedAnswer bad = ScriptedAnswer::Body(std::string(ReadBytes(chunk).size(), 'w'));
+    std::vector<std::string> reasons;
+    options.downloads.onRetry = [&](const VoDownloadRetry& retry) { reasons.push_back(retry.reason.toStdString()); };
+    options.downloads.retries = 1;
+
+    server.get(target(chunk), {bad, bad, good});
+    EXPECT_NE(installFrom(definition).find("File checksum does not match for: "), std::string::npos);
+    EXPECT_EQ(server.count("GET", target(chunk)), 2u);
+    EXPECT_EQ(reasons, std::vector<std::string>{"Chunk checksum mismatch"});
+
+    // The staged damage is found and replaced; nothing else is fetched again.
+    server.clear();
+    serve();
+    server.get(target(chunk), {bad, good});
+    EXPECT_EQ(installFrom(definition), "");
+    EXPECT_EQ(server.count("GET", target(chunk)), 2u);
+    EXPECT_EQ(server.requests().size(), 2u + 2u * 2u) << "the definition, and the chunk twice, each with its header";
+    EXPECT_EQ(installed(), First);
+}
+
+TEST_F(RemoteInstall, AMirrorStepsInForWhatIsDamagedOrMissing)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    serve();
+    const VoFilePath chunk = lastChunk(definition);
+    options.downloads.mirrored = VoUrl(server.url("/").c_str());
+    options.downloads.mirrors.pushBack(VoUrl(server.url("/mirror/").c_str()));
+    server.get("/mirror" + target(chunk), ScriptedAnswer::Body(ReadBytes(chunk)));
+    for (const ScriptedAnswer& answer :
+         {ScriptedAnswer::Status(404, "Not Found"), ScriptedAnswer::Body(std::string(ReadBytes(chunk).size(), 'w'))}) {
+        wipe();
+        server.get(target(chunk), answer);
+        EXPECT_EQ(installFrom(definition), "");
+        EXPECT_EQ(installed(), First);
+    }
+}
+
+TEST_F(RemoteInstall, TheDeclarationsLeadToTheDefinitionAndNowhereElse)
+{
+    publish("1.0.0", First);
+    const VoFilePath second = publish("1.1.0", Second);
+    serve();
+    const auto declared = AdvertisedPackages::Open(url(declarations()));
+    ASSERT_TRUE(declared);
+    const VoUrl newest = declared->newestPackage(packageID).definitionUrl(url(declarations()));
+    EXPECT_EQ(newest, url(second));
+    EXPECT_EQ(AdvertisedPackageListing::Open(newest)->version().toString(), "1.1.0.0");
+    EXPECT_FALSE(AdvertisedPackages::Open(newest)) << "another kind of document";
+
+    VoStopFlag raised;
+    raised.stop();
+    EXPECT_THROW_MSG(AdvertisedPackages::Open(url(declarations()), raised), VoUserCancelledException, "User cancelled");
+    ScriptedAnswer endless = ScriptedAnswer::Body("<packages>").failing(Fault::Endless, 10);
+    endless.withLength = false;
+    server.get("/endless.xml", endless);
+    server.head("/endless.xml", {ScriptedAnswer::Body("<packages>")});
+    EXPECT_THROW(AdvertisedPackages::Open(VoUrl(server.url("/endless.xml").c_str())), VoDownloadException);
+}
+
+TEST_F(RemoteInstall, StoppingWhileChunksArriveKeepsWhatHasComeForTheNextRun)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    serve();
+    const VoFilePath chunk = lastChunk(definition);
+    server.get(target(chunk), ScriptedAnswer::Body(ReadBytes(chunk)).failing(Fault::Stall, 3));
+    const VoStopFlag stop;
+    const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
+        // The last report comes from a transfer that stands still.
+        if (message->type() == AbstractMessage::DownloadProgress)
+            stop.stop();
+    });
+    try {
+        InstalledPackages::Install(url(definition), place(), stop, options);
+        ADD_FAILURE() << "the installation was not stopped";
+    } catch (const VoInstallationFailedException& failure) {
+        EXPECT_EQ(failure.message(), "Installation failed: User cancelled");
+    }
+    EXPECT_TRUE(installed().empty());
+    EXPECT_TRUE(InstalledPackages::Packages().isEmpty());
+
+    server.clear();
+    serve();
+    const std::size_t chunks = AdvertisedPackageListing::Open(definition)->chunks().size();
+    ASSERT_EQ(installFrom(definition), "");
+    EXPECT_LT(server.requests().size(), 2 * (chunks + 1));
+    EXPECT_EQ(installed(), First);
+}
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    // Downloads need an application object, and their events are delivered by this thread.
+    const QCoreApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}
