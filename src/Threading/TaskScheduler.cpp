@@ -5,6 +5,7 @@
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
 #include <Subsystem/VoLogging.h>
+#include <Threading/Processors.h>
 #include <Threading/ThreadFactory.h>
 
 #include <algorithm>
@@ -315,7 +316,7 @@ VoSerialTaskScheduler::VoSerialTaskScheduler()
 VoSerialTaskScheduler::~VoSerialTaskScheduler() = default;
 
 VoParallelTaskScheduler::VoParallelTaskScheduler()
-    : VoParallelTaskScheduler(std::thread::hardware_concurrency())
+    : VoParallelTaskScheduler(vo::detail::AvailableProcessors())
 {
 }
 

@@ -11,7 +11,7 @@ namespace vo::background_task {
 class VOCORE_EXPORT VoParallelTaskScheduler : public AbstractTaskScheduler
 {
 public:
-    VoParallelTaskScheduler();                             ///< With a thread for each processor.
+    VoParallelTaskScheduler();                             ///< With a thread for each processor it may use.
     explicit VoParallelTaskScheduler(std::size_t workers); ///< With @p workers threads, but at least one.
     ~VoParallelTaskScheduler() override;
 

@@ -233,9 +233,6 @@ void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath&
         warning("File path exceeds 160 characters: " + target.path());
         m_private->broadcast("Warning - File path exceeds 160 characters: " + target.path(), *this);
     }
-    if (!VoFileSystem::Exists(source))
-        throw VoFileNotFoundException(source);
-
     const ChunkWriter::Mark mark = m_private->chunks->mark();
     try {
         const AdvertisedFileListing listing = packFile(source, target);
@@ -252,8 +249,11 @@ void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath&
 AdvertisedFileListing AbstractPackageBuilder::packFile(const VoFilePath& source, const VoFilePath& target)
 {
     // A pipe or a device could have no end.
-    if (!IsRegularFile(source))
+    if (!IsRegularFile(source)) {
+        if (!VoFileSystem::Exists(source))
+            throw VoFileNotFoundException(source);
         throw VoCannotOpenFileException(source);
+    }
     VoFileInputByteStream stream(source);
     if (!stream.isOpen())
         throw VoCannotOpenFileException(source);

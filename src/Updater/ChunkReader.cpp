@@ -1,5 +1,6 @@
 #include <Updater/ChunkReader.h>
 
+#include <Threading/Processors.h>
 #include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoThreadException.h>
 
@@ -7,7 +8,6 @@
 #include <deque>
 #include <exception>
 #include <future>
-#include <thread>
 #include <unordered_map>
 #include <utility>
 
@@ -30,7 +30,7 @@ struct ChunkReader::Private
         : staging(directory)
         , limit(mostBytes)
         , order(std::move(chunks))
-        , scheduler(workers > 0 ? workers : std::max(1u, std::thread::hardware_concurrency()))
+        , scheduler(workers > 0 ? workers : vo::detail::AvailableProcessors())
         , mostAhead(scheduler.workers() > 1 ? std::min(scheduler.workers(), MostAhead(limit)) : 0)
     {
         for (std::size_t i = 0; i < order.size(); ++i)

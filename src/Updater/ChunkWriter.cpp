@@ -9,6 +9,7 @@
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFilePath.h>
 #include <IO/VoFileByteStream.h>
+#include <Threading/Processors.h>
 #include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoThreadException.h>
 #include <Updater/UpdaterPaths.h>
@@ -18,7 +19,6 @@
 #include <deque>
 #include <future>
 #include <optional>
-#include <thread>
 #include <utility>
 
 namespace vo::updater::detail {
@@ -64,7 +64,7 @@ struct ChunkWriter::Private
         : directory(place)
         , compressionLevel(level)
         , buffer(CheckedChunkSize(chunkSize))
-        , scheduler(workers > 0 ? workers : std::max(1u, std::thread::hardware_concurrency()))
+        , scheduler(workers > 0 ? workers : vo::detail::AvailableProcessors())
         , limit(std::min(scheduler.workers() + 1, MostPending(chunkSize)))
     {
     }
@@ -181,8 +181,9 @@ PackedFile ChunkWriter::append(VoFileInputByteStream& source)
         hasher.add(buffer.data() + offset, count);
         result.pieces.pushBack(ChunkReferenceListing(m_private->currentID, offset, count, result.pieces.size()));
         result.size += count;
-        if (buffer.isFull())
-            handOn();
+        if (!buffer.isFull())
+            break; // the stream is at its end
+        handOn();
     }
     result.checksum = hasher.finish();
     return result;
