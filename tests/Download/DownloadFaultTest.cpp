@@ -50,7 +50,8 @@ struct Row
     int status = 0;
     std::string content = Content; // of the file, when complete
     std::function<void(VoDownloadPolicy&)> policy = {};
-    const char* target = "/file"; // what is asked for; or a whole URL
+    const char* target = "/file";      // what is asked for; or a whole URL
+    const char* alternative = nullptr; // another outcome, where it depends on what arrives first
 };
 
 Row StatusRow(const char* name, int status, const char* reason, Kind kind)
@@ -125,7 +126,15 @@ std::vector<Row> Rows()
         {"body without length, cut off", Body(WithoutLength(failing(Fault::Close, 1000))),
          "Download incomplete: SERVER/file", Kind::Transient},
         {"chunked body", Body(Chunked(good)), Complete},
-        {"chunked body, cut off", Body(Chunked(failing(Fault::Close, 1000))), "Connection closed", Kind::Transient},
+        {"chunked body, cut off",
+         Body(Chunked(failing(Fault::Close, 1000))),
+         "Connection closed",
+         Kind::Transient,
+         0,
+         Content,
+         {},
+         "/file",
+         "Download incomplete: SERVER/file"},
         {"body in a trickle", Body(Trickling(good)), Complete, Kind::Final, 0, Content, impatient},
         {"stall before the headers", Body(failing(Fault::Stall, BeforeHeaders)), "Download timed out", Kind::Transient,
          0, Content, impatient},
@@ -277,7 +286,9 @@ TEST_F(DownloadFaults, EachEndsInAClearErrorLeavesTheOldFileAndIsOverTheNextTime
         std::printf("| %s | %s%s | %s |\n", row.name, text.c_str(),
                     outcome.kind == Kind::Transient ? " (transient)" : "",
                     m_folder.read("target") == "old" ? "as before" : "replaced");
-        EXPECT_EQ(text, row.outcome);
+        if (!row.alternative || text != row.alternative) {
+            EXPECT_EQ(text, row.outcome);
+        }
         EXPECT_EQ(outcome.kind, row.kind);
         EXPECT_EQ(outcome.status, row.status);
         EXPECT_EQ(m_folder.read("target"), complete ? row.content : "old");
