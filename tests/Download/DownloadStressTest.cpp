@@ -1,3 +1,5 @@
+#include "RunService.h"
+
 #include <LogCapture.h>
 #include <ScratchFolder.h>
 #include <ScriptedHttpServer.h>
@@ -15,7 +17,6 @@
 #include <Threading/VoReceiver.h>
 #include <Threading/VoStopFlag.h>
 
-#include <QtCore/QEventLoop>
 #include <atomic>
 #include <map>
 #include <thread>
@@ -41,7 +42,6 @@ TEST(DownloadStress, ManyThreadsMayDoEverythingAtOnce)
             ++ends[notification->id().toString().toStdString()];
     });
 
-    QEventLoop loop;
     std::atomic<int> running{Threads};
     std::atomic<int> outcomes{0};
     const auto work = [&](int thread) {
@@ -84,14 +84,12 @@ TEST(DownloadStress, ManyThreadsMayDoEverythingAtOnce)
                 ++outcomes;
             }
         }
-        if (--running == 0)
-            loop.quit();
+        --running;
     };
     std::vector<std::thread> threads;
     for (int i = 0; i < Threads; ++i)
         threads.emplace_back(work, i);
-    if (running != 0)
-        loop.exec();
+    vo::test::RunServiceUntil([&] { return running == 0; });
     for (std::thread& thread : threads)
         thread.join();
     // A last one behind all requests that nobody waited for.

@@ -1,4 +1,5 @@
 #include "DownloadScenarios.h"
+#include "RunService.h"
 
 #include <LogCapture.h>
 #include <ScratchFolder.h>
@@ -28,6 +29,7 @@
 #include <QtCore/QTimer>
 #include <QtNetwork/QNetworkAccessManager>
 #include <algorithm>
+#include <atomic>
 #include <iostream>
 #include <thread>
 
@@ -94,8 +96,7 @@ std::string Failure(Action action)
 /// Runs the service until a future is ready.
 std::string Outcome(std::future<void> future)
 {
-    while (future.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    vo::test::RunServiceUntil([&] { return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
     return Failure([&] { future.get(); });
 }
 
@@ -113,13 +114,12 @@ protected:
     template <typename Function>
     void onWorker(Function function)
     {
-        QEventLoop loop;
+        std::atomic<bool> done{false};
         std::thread worker([&] {
             function();
-            QMetaObject::invokeMethod(
-                &loop, [&loop] { loop.quit(); }, Qt::QueuedConnection);
+            done = true;
         });
-        loop.exec();
+        vo::test::RunServiceUntil([&] { return done.load(); });
         worker.join();
     }
 

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <future>
 #include <mutex>
 #include <optional>
 
@@ -76,11 +77,11 @@ public:
         m_server = new QTcpServer(this);
         m_server->setMaxPendingConnections(1000);
         m_server->listen(QHostAddress::LocalHost, 0);
-        m_port = m_server->serverPort();
         connect(m_server, &QTcpServer::newConnection, this, [this] {
             while (QTcpSocket* const socket = m_server->nextPendingConnection())
                 accept(*socket);
         });
+        listening.set_value(m_server->serverPort());
     }
 
     struct Answers
@@ -96,7 +97,8 @@ public:
     std::size_t connections = 0;
     std::size_t mostConnections = 0;
 
-    quint16 port() const { return m_port; }
+    /// Set when the server can be reached.
+    std::promise<quint16> listening;
 
 private:
     void accept(QTcpSocket& socket)
@@ -257,7 +259,6 @@ private:
     }
 
     QTcpServer* m_server = nullptr;
-    quint16 m_port = 0;
     std::map<QTcpSocket*, std::string> m_pending; // received, but not yet a whole request
 };
 
@@ -265,6 +266,7 @@ struct ScriptedHttpServer::Thread
 {
     QThread thread;
     Worker* worker = new Worker;
+    quint16 port = 0;
 };
 
 ScriptedAnswer ScriptedAnswer::Body(std::string body)
@@ -310,9 +312,10 @@ ScriptedHttpServer::ScriptedHttpServer()
     Worker* const worker = m_thread->worker;
     worker->moveToThread(&m_thread->thread);
     QObject::connect(&m_thread->thread, &QThread::finished, worker, &QObject::deleteLater);
+    QObject::connect(&m_thread->thread, &QThread::started, worker, [worker] { worker->listen(); });
+    std::future<quint16> port = worker->listening.get_future();
     m_thread->thread.start();
-    QMetaObject::invokeMethod(
-        worker, [worker] { worker->listen(); }, Qt::BlockingQueuedConnection);
+    m_thread->port = port.get();
 }
 
 ScriptedHttpServer::~ScriptedHttpServer()
@@ -323,7 +326,7 @@ ScriptedHttpServer::~ScriptedHttpServer()
 
 std::string ScriptedHttpServer::url(const std::string& target, const std::string& host) const
 {
-    return "http://" + host + ":" + std::to_string(m_thread->worker->port()) + target;
+    return "http://" + host + ":" + std::to_string(m_thread->port) + target;
 }
 
 void ScriptedHttpServer::get(const std::string& target, std::vector<ScriptedAnswer> answers)
