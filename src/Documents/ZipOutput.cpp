@@ -1,8 +1,8 @@
 #include <Documents/ZipOutput.h>
 
 #include <Core/VoException.h>
+#include <Threading/Processors.h>
 #include <Threading/ThreadFactory.h>
-#include <Threading/UsableProcessors.h>
 
 #include <algorithm>
 #include <cstring>
@@ -28,7 +28,7 @@ void AccustomAllocator()
 
 ZipOutput::ZipOutput(ZipHandle archive, Threads threads)
     : m_archive(std::move(archive))
-    , m_threads(threads == Threads::WhereUseful && UsableProcessors() < 2 ? Threads::Never : threads)
+    , m_threads(threads == Threads::WhereUseful && AvailableProcessors() < 2 ? Threads::Never : threads)
 {
     AccustomAllocator();
 }
