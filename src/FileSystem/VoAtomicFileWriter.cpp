@@ -21,11 +21,11 @@ constexpr std::size_t BufferSize = std::size_t{64} * 1024;
 class Content
 {
 public:
-    void open(const VoFilePath& target, const std::filesystem::file_status& old)
+    void open(const VoFilePath& target, const std::filesystem::path& native, const std::filesystem::file_status& old)
     {
         m_old = old;
         m_error = vo::detail::MakeUnderNewName([&] {
-            m_path = vo::detail::SiblingPath(vo::detail::ToNative(target));
+            m_path = vo::detail::SiblingPath(native);
             std::error_code made;
             m_file = vo::detail::NativeFile::CreateNew(m_path, vo::detail::NewFileAccess::Usual, made);
             return made;
@@ -155,6 +155,7 @@ struct VoAtomicFileWriter::Private
     }
 
     VoFilePath target;
+    std::filesystem::path native; // of the target
     Content content;
     std::unique_ptr<ContentDevice> device;
     bool committed = false;
@@ -166,13 +167,13 @@ VoAtomicFileWriter::VoAtomicFileWriter(const VoFilePath& target)
     vo::detail::RequireValidLength(target);
     if (!target.isFile())
         throw VoInvalidPathFileException(target);
-    const std::filesystem::path native = vo::detail::ToNative(target);
+    const std::filesystem::path& native = m_private->native = vo::detail::ToNative(target);
     std::error_code ignored;
     const std::filesystem::file_status old = std::filesystem::symlink_status(native, ignored);
     if (std::filesystem::is_directory(std::filesystem::is_symlink(old) ? std::filesystem::status(native, ignored)
                                                                        : old))
         throw VoInvalidPathFileException(target);
-    m_private->content.open(target, old);
+    m_private->content.open(target, native, old);
     m_private->device = std::make_unique<ContentDevice>(m_private->content);
 }
 
@@ -211,19 +212,18 @@ void VoAtomicFileWriter::commit(Durability durability)
         throw VoInvalidCallException("File already committed");
     data.committed = true;
     data.device->close();
-    const std::filesystem::path target = vo::detail::ToNative(data.target);
     const bool forced = durability == Durability::Forced;
     data.content.finish(forced);
     if (data.content.error())
         data.fail("Cannot write file: ");
-    data.content.rename(target);
+    data.content.rename(data.native);
     if (data.content.error())
         data.fail("rename: ");
     if (!forced)
         return;
     // The content has arrived; whether the name survives a loss of power this instant is beyond saying.
     std::error_code ignored;
-    vo::detail::SyncDirectory(target.parent_path(), ignored);
+    vo::detail::SyncDirectory(data.native.parent_path(), ignored);
 }
 
 VoFilePath VoAtomicFileWriter::temporary() const
