@@ -114,12 +114,14 @@ VoDownloadManager::Private::Private()
         return m_hosts;
     });
     QObject::connect(
+        m_impl, &VoDownloadManagerImpl::hasShutDown, &m_interface, [this] { m_available = false; },
+        Qt::DirectConnection);
+    QObject::connect(
         m_owner, &QThread::finished, &m_interface, [this] { ownerEnds(); }, Qt::DirectConnection);
 }
 
 void VoDownloadManager::Private::ownerEnds() noexcept
 {
-    m_available = false;
     delete m_impl;
 }
 

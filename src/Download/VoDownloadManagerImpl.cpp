@@ -171,6 +171,7 @@ void VoDownloadManagerImpl::ended(VoDownload& download, const VoDownloadExceptio
 void VoDownloadManagerImpl::shutDown() noexcept
 {
     m_shutDown = true;
+    Q_EMIT hasShutDown();
     for (VoDownload* const download : m_monitor.all())
         download->fail(VoDownloadException("Download service is not available"));
     // Not left to the destructor of the base: downloads and replies refer to members of this object.

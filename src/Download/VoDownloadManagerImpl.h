@@ -53,6 +53,9 @@ public:
     /// Fails all downloads and refuses new ones: "Download service is not available".
     void shutDown() noexcept;
 
+Q_SIGNALS:
+    void hasShutDown(); ///< No download will be started any more.
+
 public Q_SLOTS:
     void startDownload(const VoDownloadRequestPtr& request, const VoDownloadTicketPtr& ticket);
     void startGroupedDownload(const VoGroupedDownloadRequestPtr& request, const VoDownloadTicketPtr& ticket);
