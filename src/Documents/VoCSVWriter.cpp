@@ -74,11 +74,13 @@ void VoCSVWriter::Private::flush()
 {
     if (gathered.empty())
         return;
-    // Even when this fails: what was not taken is lost, and must not be written twice.
-    const std::string bytes = std::move(gathered);
-    gathered = std::string();
+    // Taken out even when this fails: what the device did not take is lost, and must not be written twice.
+    std::string bytes;
+    bytes.swap(gathered);
     if (device.writeFrom(bytes.data(), bytes.size()) != bytes.size())
         throw VoIOException(device.lastError());
+    bytes.clear();
+    bytes.swap(gathered); // keeps the memory
 }
 
 void VoCSVWriter::Private::beginField()
