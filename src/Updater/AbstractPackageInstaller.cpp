@@ -424,7 +424,9 @@ VoString AbstractPackageInstaller::withIdentity(const VoString& text) const
 
 void AbstractPackageInstaller::diagnostic(const VoString& text) const
 {
-    vo::logging::Logger::Get("updater").diagnostic(withIdentity(text));
+    vo::logging::Logger& log = vo::logging::Logger::Get("updater");
+    if (log.isEnabled(vo::logging::Level::Diagnostic))
+        log.diagnostic(withIdentity(text));
 }
 
 void AbstractPackageInstaller::warning(const VoString& text) const

@@ -431,15 +431,21 @@ std::vector<const PlannedFile*> PackageInstaller::buildOrder(std::uint64_t cache
     }
     if (bytes <= cacheLimit)
         return order;
-    const auto position = [&](const PlannedFile* planned) {
+    // The key of each file is looked up once, not in every comparison.
+    using Position = std::pair<std::size_t, std::uint64_t>;
+    std::vector<std::pair<Position, const PlannedFile*>> sorted;
+    for (const PlannedFile* planned : order) {
         const AdvertisedFileListing* file = builtFile(*planned);
-        if (!file || file->chunks().isEmpty())
-            return std::pair<std::size_t, std::uint64_t>(0, 0);
-        const ChunkReferenceListing& first = file->chunks().front();
-        return std::pair<std::size_t, std::uint64_t>(positions[first.chunkID()], first.offset());
-    };
-    std::stable_sort(order.begin(), order.end(),
-                     [&position](const PlannedFile* a, const PlannedFile* b) { return position(a) < position(b); });
+        Position position(0, 0);
+        if (file && !file->chunks().isEmpty()) {
+            const ChunkReferenceListing& first = file->chunks().front();
+            position = {positions[first.chunkID()], first.offset()};
+        }
+        sorted.emplace_back(position, planned);
+    }
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const auto& left, const auto& right) { return left.first < right.first; });
+    std::transform(sorted.begin(), sorted.end(), order.begin(), [](const auto& entry) { return entry.second; });
     return order;
 }
 
