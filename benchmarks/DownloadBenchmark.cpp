@@ -26,15 +26,13 @@
 #include <QtNetwork/QTcpSocket>
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
-
-#if defined(__unix__)
-#include <sys/resource.h>
-#endif
 
 // Downloads from a web server on this machine: ours, the bare network classes we stand on (the floor), and the command
 // line's downloaders. Ours and the floor run by turns in this process and are compared by processor time; the others
@@ -251,11 +249,12 @@ double PeakMegabytes(const Job& job)
 int Fetch(char** argv)
 {
     Ours({argv[2], QString::fromLocal8Bit(argv[3]), std::atoi(argv[4])});
-#if defined(__unix__)
-    rusage usage = {};
-    getrusage(RUSAGE_SELF, &usage);
-    std::printf("%.1f\n", static_cast<double>(usage.ru_maxrss) / 1024);
-#endif
+    // Not by the resources used: those begin with the size of the process that started this one.
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmHWM:", 0) == 0)
+            std::printf("%.1f\n", std::strtod(line.c_str() + 6, nullptr) / 1024);
+    }
     return 0;
 }
 
