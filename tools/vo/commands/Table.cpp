@@ -176,10 +176,10 @@ private:
         m_session.console.member("rounded", losses.rounded);
         m_session.console.member("keptAsText", losses.keptAsText);
         if (losses.rounded > 0)
-            m_session.console.note(VoString(losses.rounded) +
-                                   " numbers were rounded to six significant digits; --text keeps every digit");
+            m_session.console.note("numbers rounded to six significant digits: " + VoString(losses.rounded) +
+                                   "; --text keeps every digit");
         if (losses.keptAsText > 0)
-            m_session.console.note(VoString(losses.keptAsText) + " long whole numbers were kept as texts");
+            m_session.console.note("long whole numbers kept as texts: " + VoString(losses.keptAsText));
     }
 
     Session& m_session;
