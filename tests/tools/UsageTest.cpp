@@ -48,8 +48,10 @@ TEST_F(Usage, aWrongCommandLineGivesOneHelpfulLineAndTheExitCodeTwo)
         {"verify -q -v", "options --quiet and --verbose exclude each other"},
         {"verify --updates-dir x:y:z",
          "option --updates-dir: \"x:y:z\" cannot be used as a path: Invalid : in path name"},
-        {"show https://example.org/d.xml",
-         "argument: \"https://example.org/d.xml\" is a URL; only local files can be read yet"},
+        {"show ftp://example.org/d.xml", "argument: \"ftp://example.org/d.xml\" is not an http or https URL"},
+        {"verify-release https://example.org/p.xml --source s",
+         "argument: \"https://example.org/p.xml\" is a URL; only a local file can be read here"},
+        {"install https://example.org/d.xml --mirror here", "option --mirror: \"here\" is not an http or https URL"},
         {"verify-release @p.xml", "option --source is missing"},
     };
     for (const auto& row : rows) {
@@ -85,9 +87,8 @@ TEST_F(Usage, helpNamesEveryCommandAndExitCode)
         EXPECT_EQ(help.out.rfind("usage: vo " + std::string(command), 0), 0u) << help;
         EXPECT_EQ(vo("help " + std::string(command)).out, help.out);
     }
-    for (const char* code :
-         {"0  done", "1  failed", "2  wrong usage", "3  nothing", "4  verification", "5  cancelled", "6  refused",
-          "7  a linear problem"})
+    for (const char* code : {"0  done", "1  failed", "2  wrong usage", "3  nothing", "4  verification", "5  cancelled",
+                             "6  refused", "7  a linear problem"})
         EXPECT_NE(overview.out.find(std::string("\n  ") + code), std::string::npos) << code;
     std::size_t widest = 0;
     for (const QByteArray& line : QByteArray::fromStdString(overview.out).split('\n'))

@@ -18,7 +18,7 @@ auto typedPath(const VoString& source, const VoString& text, Make make)
         return UsageError(source + ": \"" + text + "\" cannot be used as a path: " + why);
     };
     if (text.contains("://"))
-        throw UsageError(source + ": \"" + text + "\" is a URL; only local files can be read yet");
+        throw UsageError(source + ": \"" + text + "\" is a URL; only a local file can be read here");
     try {
         const std::filesystem::path typed = std::filesystem::u8path(text.toStdString());
         return make(vo::detail::FromNative(std::filesystem::absolute(typed).lexically_normal()));
