@@ -20,7 +20,7 @@ TEST_F(Usage, aWrongCommandLineGivesOneHelpfulLineAndTheExitCodeTwo)
         {"install @x --frobnicate", "unknown option --frobnicate"},
         {"install @x -z", "unknown option -z"},
         {"--jsn verify", "unknown option --jsn; did you mean --json?"},
-        {"install", "an argument is missing; usage: vo install DECLARATIONS|PACKAGE.XML --to FOLDER [--package ID] "
+        {"install", "an argument is missing; usage: vo install DECLARATIONS|PACKAGE.XML|URL --to FOLDER [--package ID] "
                     "[--release V] [--dry-run] [--allow-downgrade]"},
         {"verify a b", "unexpected argument \"b\"; usage: vo verify [PACKAGE]"},
         {"publish @source --release 1.0", "option --to is missing"},
