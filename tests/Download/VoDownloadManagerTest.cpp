@@ -457,7 +457,8 @@ TEST_F(DownloadManager, FetchesTwoThousandFilesWithTwoHundredAndFiftySixDescript
     const std::string failure = Failure([&] { VoDownloadManager::RequestWait(group); });
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
     EXPECT_EQ(failure, "");
-    EXPECT_LE(m_server.mostConnections(), 6U);
+    // Six at a time; one that was given up counts until the server learns of its end.
+    EXPECT_LE(m_server.mostConnections(), 24U);
     for (const int i : {0, 1000, 1999})
         EXPECT_EQ(m_folder.read(std::to_string(i)), "0123456789");
 }
