@@ -5,6 +5,7 @@
 #                                     limits the bytes of a chunk that are sent in a second.
 #                                     Sets $http_url, $https_url (no "/" at the end), $ca_file and $access_log, whose lines
 #                                     are "METHOD PATH STATUS BYTES".
+#                                     What is asked below "/moved/" is redirected to its place, with http.
 #   stop_server WORK                  ends it; waits until it is gone.
 
 # Debian keeps nginx where only root looks.
@@ -47,6 +48,7 @@ http {
         ssl_certificate "$work/server.pem";
         ssl_certificate_key "$work/server.key";
         root "$folder";
+        location /moved/ { rewrite ^/moved/(.*) http://127.0.0.1:$http/\$1 redirect; }
         ${rate:+location ~ [.]vochk\$ { limit_rate $rate; \}}
     }
 }

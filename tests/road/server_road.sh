@@ -74,6 +74,14 @@ run 0 installed
 says "$package  Road  1.1.0  61 files  $app"
 [ ! -e "$VOAPPDATAPATH/updates/download/$package" ] || fail "staged chunks were left behind"
 
+# Redirects: only to hosts that are allowed, and never away from https.
+run 0 releases "$http_url/moved/declarations.xml" --redirect-host 127.0.0.1
+equal "releases behind a redirect" "$(grep -c "^$package" <<<"$output")" 2
+run 1 releases "$http_url/moved/declarations.xml"
+says "Unsafe domain redirect from ($http_url/moved/declarations.xml) to ($http_url/declarations.xml)"
+run 1 releases "$https_url/moved/declarations.xml" --ca-file "$ca_file" --redirect-host 127.0.0.1
+says "Unsafe scheme redirect from ($https_url/moved/declarations.xml) to ($http_url/declarations.xml)"
+
 # Repair goes back to the server that is recorded.
 run 0 install "$http_url/declarations.xml" --release 1.0.0 --allow-downgrade
 printf X >>"$app/deep/5.bin"
