@@ -173,7 +173,7 @@ printf 'not of the package\n' >"$foreign"
 expect 0 uninstall "$package"
 equal "what is left" "$(find "$app" -type f)" "$foreign"
 equal "folders that are left" "$(find "$app" -type d | wc -l)" "$(($(tr -cd / <<<"${foreign#"$app"}" | wc -c)))"
-rm "$foreign"
+rm -r "$app"
 expect 0 installed
 [ -z "$(find "$VOAPPDATAPATH" -type f ! -name packages.xml ! -name '*.lock')" ] || fail "records were left behind"
 
