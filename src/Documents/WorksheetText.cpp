@@ -103,8 +103,9 @@ bool IsPlain(unsigned char byte)
         std::array<bool, 256> table{};
         for (unsigned value = 0; value < table.size(); ++value)
             table[value] = !NeedsCode(static_cast<unsigned char>(value));
-        for (const unsigned char special : {'<', '>', '&', '"', '_', '\xEF'})
-            table[special] = false;
+        constexpr unsigned char special[] = {'<', '>', '&', '"', '_', 0xEF};
+        for (const unsigned char byteValue : special)
+            table[byteValue] = false;
         return table;
     }();
     return plain[byte];

@@ -158,7 +158,7 @@ void VoDownload::addFile(const VoUrl& url, const VoFilePath& path, const VoDownl
         url, [this, raw] { beginAttempt(*raw, Method::Head); }, [this, raw] { beginAttempt(*raw, Method::Get); });
     file->retryTimer.setSingleShot(true);
     connect(&file->retryTimer, &QTimer::timeout, this, [this, raw] {
-        guarded([this, raw] {
+        guarded([raw] {
             if (raw->method == Method::Head)
                 raw->monitor->requestHeader();
             else
