@@ -52,6 +52,8 @@ TEST_F(Usage, aWrongCommandLineGivesOneHelpfulLineAndTheExitCodeTwo)
         {"verify-release https://example.org/p.xml --source s",
          "argument: \"https://example.org/p.xml\" is a URL; only a local file can be read here"},
         {"install https://example.org/d.xml --mirror here", "option --mirror: \"here\" is not an http or https URL"},
+        {"install @d.xml --mirror https://example.org", "option --mirror: no document on a server is named"},
+        {"repair Example --mirror https://example.org", "option --mirror: no document on a server is named"},
         {"verify-release @p.xml", "option --source is missing"},
     };
     for (const auto& row : rows) {

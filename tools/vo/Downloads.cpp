@@ -33,28 +33,24 @@ void trust(const VoFilePath& authorities)
     QSslConfiguration::setDefaultConfiguration(configuration);
 }
 
-VoUrl serverOption(const Arguments& arguments, const char* option)
+const VoUrl& requireUrl(const Location& location, const VoString& problem)
 {
-    const auto location = arguments.location(option);
-    if (!location)
-        return VoUrl();
-    if (const VoUrl* url = std::get_if<VoUrl>(&*location))
+    if (const VoUrl* url = std::get_if<VoUrl>(&location))
         return *url;
-    throw UsageError(VoString("option --") + option + ": \"" + *arguments.text(option) +
-                     "\" is not an http or https URL");
+    throw UsageError("option --mirror: " + problem);
 }
 
-/// The mirror holds what stands beside the document that the command names.
+/// The mirror holds what stands beside the document that the command names: by --from where it has that, else first.
 void setMirror(VoDownloadPolicy& policy, const Arguments& arguments)
 {
-    const VoUrl mirror = serverOption(arguments, "mirror");
-    if (mirror.isNull() || arguments.count() == 0)
+    const auto mirror = arguments.location("mirror");
+    if (!mirror)
         return;
-    const Location document = arguments.locationArgument(0);
-    if (const VoUrl* url = std::get_if<VoUrl>(&document)) {
-        policy.mirrored = url->parent();
-        policy.mirrors.pushBack(mirror);
-    }
+    const VoString text = *arguments.text("mirror");
+    policy.mirrors.pushBack(requireUrl(*mirror, "\"" + text + "\" is not an http or https URL"));
+    const auto from = arguments.location("from");
+    policy.mirrored =
+        requireUrl(from ? *from : arguments.locationArgument(0), "no document on a server is named").parent();
 }
 
 } // namespace
