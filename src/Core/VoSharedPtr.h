@@ -48,6 +48,12 @@ public:
         : m_object(other.standard())
     {
     }
+    /// Takes over the share of a pointer to a derived class.
+    template <typename U, typename = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+    VoSharedPtr(VoSharedPtr<U>&& other) noexcept
+        : m_object(std::move(other.m_object))
+    {
+    }
 
     /// Makes an object and a pointer that owns it.
     template <typename... Args>
@@ -84,6 +90,9 @@ public:
     }
 
 private:
+    template <typename U>
+    friend class VoSharedPtr;
+
     T& checked() const
     {
         if (!m_object)

@@ -33,7 +33,7 @@ std::unique_ptr<ArchiveFile> ArchiveFile::Open(const std::filesystem::path& file
     }
 }
 
-std::size_t ArchiveFile::read(char* data, std::size_t size) noexcept
+std::size_t ArchiveFile::readAcross(char* data, std::size_t size) noexcept
 {
     std::size_t done = 0;
     try {

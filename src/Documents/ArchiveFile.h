@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -17,7 +18,18 @@ public:
     /// Null when the file cannot be opened. For writing it is created or emptied.
     static std::unique_ptr<ArchiveFile> Open(const std::filesystem::path& file, bool writes) noexcept;
 
-    std::size_t read(char* data, std::size_t size) noexcept;        ///< Fewer only at the end and after a failure.
+    /// Fewer only at the end and after a failure.
+    std::size_t read(char* data, std::size_t size) noexcept
+    {
+        // Nearly all are of one byte.
+        const Window& recent = m_windows[0];
+        if (!recent.holds(m_position) || size > recent.size - static_cast<std::size_t>(m_position - recent.start))
+            return readAcross(data, size);
+        std::memcpy(data, recent.bytes.get() + (m_position - recent.start), size);
+        m_position += size;
+        return size;
+    }
+
     std::size_t write(const char* data, std::size_t size) noexcept; ///< Fewer only after a failure.
     std::uint64_t tell() const noexcept { return m_position; }
     bool seek(std::uint64_t offset, std::ios_base::seekdir origin) noexcept;
@@ -37,6 +49,7 @@ private:
 
     ArchiveFile() = default;
 
+    std::size_t readAcross(char* data, std::size_t size) noexcept;
     Window* window(std::uint64_t position);
     std::size_t readAt(std::uint64_t position, char* data, std::size_t size);
     bool writeAt(std::uint64_t position, const char* data, std::size_t size);

@@ -88,7 +88,9 @@ UnzipPlan PlanUnzip(ZipInput& archive, const VoFilePath& targetDirectory)
         const VoFilePath target = VoFilePath::CreateUnchecked(targetDirectory.path() + path.path());
         if (!target.validLength() && text.find('\0') == std::string::npos)
             throw VoPathSizeFileException(target);
-        if (!SafeRelativePath(std::string_view(text)) || !SafeRelativePath(path) || !taken.take(path, isDirectory))
+        const bool isSafe = SafeRelativePath(std::string_view(text)) &&
+                            (path.path().toStdString() == text || SafeRelativePath(path));
+        if (!isSafe || !taken.take(path, isDirectory))
             Refuse(name);
         if (!archive.readable(i))
             throw VoInvalidParameterException("Cannot open zip archive file: Unzip bad zip file in " +

@@ -81,19 +81,21 @@ bool SafeName(const VoString& name) noexcept
 
 bool SafeRelativePath(std::string_view path) noexcept
 {
-    if (path.size() > VoFilePath::MaximumLength || path.find(':') != std::string_view::npos ||
-        std::any_of(path.begin(), path.end(), IsControl))
+    if (path.size() > VoFilePath::MaximumLength)
         return false;
     // An empty path, a root and a separator at either end all show as an empty piece.
     std::size_t start = 0;
-    for (;;) {
-        const std::size_t end = path.find_first_of("\\/", start);
-        if (!SafePiece(path.substr(start, end - start)))
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const char c = path[i];
+        if (c == ':' || IsControl(c))
             return false;
-        if (end == std::string_view::npos)
-            return true;
-        start = end + 1;
+        if (c != '\\' && c != '/')
+            continue;
+        if (!SafePiece(path.substr(start, i - start)))
+            return false;
+        start = i + 1;
     }
+    return SafePiece(path.substr(start));
 }
 
 bool SafeRelativePath(const VoString& path) noexcept

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
+#include <string>
 #include <system_error>
 
 namespace vo::detail {
@@ -21,10 +22,11 @@ inline VoString RandomNamePart()
 inline std::filesystem::path SiblingPath(const std::filesystem::path& file)
 {
     constexpr std::size_t longest = 200;
-    auto name = file.filename().native();
-    name.resize(std::min(name.size(), longest));
-    std::filesystem::path sibling = file.parent_path() / name;
-    sibling += ".tmp" + RandomNamePart().toStdString();
+    const std::size_t name = file.empty() ? 0 : (--file.end())->native().size();
+    auto sibling = file.native();
+    sibling.resize(sibling.size() - name + std::min(name, longest));
+    const std::string ending = ".tmp" + RandomNamePart().toStdString();
+    sibling.append(ending.begin(), ending.end());
     return sibling;
 }
 

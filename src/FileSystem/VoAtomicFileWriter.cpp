@@ -16,6 +16,7 @@
 namespace {
 
 constexpr std::size_t BufferSize = std::size_t{64} * 1024;
+constexpr std::size_t DirectSize = std::size_t{8} * 1024; // from here on a copy costs more than a call of the system
 
 /// The new content on its way to the file beside the target. The first error stays.
 class Content
@@ -34,7 +35,6 @@ public:
             m_path.clear(); // whatever bears the name is somebody else's
             throw VoCannotOpenFileException(target);
         }
-        m_buffer.reserve(BufferSize);
     }
 
     ~Content() { discard(); }
@@ -48,10 +48,11 @@ public:
             return false;
         if (m_buffer.size() + size > BufferSize)
             flush();
-        if (size >= BufferSize) {
+        if (m_buffer.empty() && size >= DirectSize) {
             if (!m_error)
                 m_file.write(data, size, m_error);
         } else {
+            m_buffer.reserve(BufferSize);
             m_buffer.insert(m_buffer.end(), data, data + size);
         }
         return !m_error;

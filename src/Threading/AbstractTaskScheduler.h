@@ -40,6 +40,14 @@ public:
         return future;
     }
 
+    /// Queues a function without arguments whose result nobody wants: much cheaper than add(). What it throws is logged
+    /// in the category "tasks"; what it returns is lost. Throws as the first form of add().
+    template <typename Function, std::enable_if_t<std::is_invocable_v<std::decay_t<Function>&>, int> = 0>
+    void start(Function&& function)
+    {
+        enqueue(std::make_shared<detail::DetachedJob<std::decay_t<Function>>>(std::forward<Function>(function)));
+    }
+
     /// Waits until all queued work has run, then ends the threads. Work added later starts them again. Throws
     /// VoInvalidCallException with "Scheduler cannot wait for itself" on one of its own threads.
     void finish();

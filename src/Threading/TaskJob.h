@@ -36,6 +36,33 @@ private:
 /// VoUserCancelledException, for the result of work that was never run.
 VOCORE_EXPORT std::exception_ptr CancelledException();
 
+VOCORE_EXPORT void LogFailedWork(); ///< Logs the exception that is being handled.
+
+/// A function whose end nobody waits for.
+template <typename Function>
+class DetachedJob final : public Job
+{
+public:
+    explicit DetachedJob(Function function)
+        : m_function(std::move(function))
+    {
+    }
+
+    void run() noexcept override
+    {
+        try {
+            m_function();
+        } catch (...) {
+            LogFailedWork();
+        }
+    }
+
+    void cancel() noexcept override {}
+
+private:
+    Function m_function;
+};
+
 /// A function whose result goes to a future.
 template <typename Function>
 class FunctionJob final : public Job

@@ -24,6 +24,11 @@ Job::~Job() = default;
 
 void Job::stop() noexcept {}
 
+void LogFailedWork()
+{
+    vo::logging::Logger::Get("tasks").error("Task failed: " + vo::CurrentExceptionText());
+}
+
 std::exception_ptr CancelledException()
 {
     return std::make_exception_ptr(VoUserCancelledException());
@@ -145,6 +150,8 @@ void TaskHandle::stop() const
     m_job->stop();
 }
 
+/// Work arrives in one queue and is taken from another; a thread that finds the second one empty exchanges them. So who
+/// adds work hardly ever meets who takes it.
 class AbstractTaskScheduler::Private
 {
 public:
@@ -162,16 +169,22 @@ public:
     const std::size_t limit;
 
 private:
-    void startWorker(); // under `mutex`
+    void startWorker(); // under `arrivalMutex`
+    bool findWork(std::unique_lock<std::mutex>& lock);
+    void waitForArrival(std::unique_lock<std::mutex>& arrival);
 
     std::mutex control; // serialises end()
 
-    std::mutex mutex; // for all below
+    std::mutex mutex;                   // for the next two; taken before the other one
+    std::deque<JobPtr> queue;           // older than all arrivals
+    std::vector<const JobPtr*> current; // what each thread runs; null while it looks for work
+
+    std::mutex arrivalMutex; // for all below
     std::condition_variable wake;
-    std::deque<JobPtr> queue;
-    std::vector<JobPtr> running;
+    std::deque<JobPtr> arrivals;
     std::vector<VoThread> threads;
-    std::size_t idle = 0;
+    std::size_t idle = 0;  // threads that wait
+    std::size_t woken = 0; // at most as many as of these are about to go on
     bool ending = false;
 };
 
@@ -183,10 +196,10 @@ void AbstractTaskScheduler::Private::startWorker()
 
 void AbstractTaskScheduler::Private::enqueue(JobPtr job)
 {
-    bool asleep = false;
+    bool wakesOne = false;
     {
-        const std::lock_guard<std::mutex> lock(mutex);
-        if (idle < queue.size() + 1 && threads.size() < limit && !ending) {
+        const std::lock_guard<std::mutex> lock(arrivalMutex);
+        if (idle < arrivals.size() + 1 && threads.size() < limit && !ending) {
             try {
                 startWorker();
             } catch (const VoException&) {
@@ -194,39 +207,68 @@ void AbstractTaskScheduler::Private::enqueue(JobPtr job)
                     throw; // with some threads the work is only done later
             }
         }
-        queue.push_back(std::move(job));
-        asleep = idle > 0;
+        arrivals.push_back(std::move(job));
+        // A call of the system for each of many small jobs would cost more than they do.
+        wakesOne = woken < idle;
+        woken += wakesOne ? 1 : 0;
     }
-    if (asleep)
+    if (wakesOne)
         wake.notify_one();
+}
+
+// Also returns without one.
+void AbstractTaskScheduler::Private::waitForArrival(std::unique_lock<std::mutex>& arrival)
+{
+    ++idle;
+    wake.wait(arrival);
+    --idle;
+    // Whoever comes counts as the one that was woken: it is never believed that more are coming than are.
+    woken -= std::min<std::size_t>(woken, 1);
+}
+
+// With the lock of `mutex`. False when the thread shall end.
+bool AbstractTaskScheduler::Private::findWork(std::unique_lock<std::mutex>& lock)
+{
+    while (queue.empty()) {
+        std::unique_lock<std::mutex> arrival(arrivalMutex);
+        queue.swap(arrivals);
+        if (!queue.empty())
+            return true;
+        if (ending)
+            return false;
+        lock.unlock();
+        waitForArrival(arrival);
+        arrival.unlock();
+        lock.lock();
+    }
+    return true;
 }
 
 void AbstractTaskScheduler::Private::work()
 {
     detail::CurrentScheduler = this;
+    JobPtr job;  // written under the lock: end() looks at it
+    JobPtr done; // what it holds is released without the lock
     std::unique_lock<std::mutex> lock(mutex);
+    current.push_back(&job);
     for (;;) {
-        if (queue.empty()) {
-            if (ending)
-                return;
-            ++idle;
-            wake.wait(lock, [this] { return ending || !queue.empty(); });
-            --idle;
-            continue;
+        if (done && queue.empty()) {
+            lock.unlock();
+            done.reset();
+            lock.lock();
         }
-        JobPtr job = std::move(queue.front());
+        if (!findWork(lock))
+            break;
+        job = std::move(queue.front());
         queue.pop_front();
-        if (!job->claim())
-            continue;
-        running.push_back(job);
         lock.unlock();
-        job->run();
+        done.reset();
+        if (job->claim())
+            job->run();
         lock.lock();
-        running.erase(std::find(running.begin(), running.end(), job));
-        lock.unlock();
-        job.reset(); // what the work holds is released without the lock
-        lock.lock();
+        done.swap(job);
     }
+    current.erase(std::find(current.begin(), current.end(), &job));
 }
 
 void AbstractTaskScheduler::Private::end(bool discard)
@@ -238,10 +280,14 @@ void AbstractTaskScheduler::Private::end(bool discard)
     std::vector<JobPtr> stopped;
     std::vector<VoThread> joining;
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const std::scoped_lock lock(mutex, arrivalMutex);
         if (discard) {
             discarded.swap(queue);
-            stopped = running;
+            discarded.insert(discarded.end(), arrivals.begin(), arrivals.end());
+            arrivals.clear();
+            for (const JobPtr* job : current)
+                if (*job)
+                    stopped.push_back(*job);
         }
         ending = true;
     }
@@ -251,16 +297,17 @@ void AbstractTaskScheduler::Private::end(bool discard)
     for (const JobPtr& job : discarded)
         if (job->claim())
             job->cancel();
+    discarded.clear(); // what runs may take long yet
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const std::lock_guard<std::mutex> lock(arrivalMutex);
         joining.swap(threads);
     }
     for (VoThread& thread : joining)
         thread.join();
-    const std::lock_guard<std::mutex> lock(mutex);
+    const std::lock_guard<std::mutex> lock(arrivalMutex);
     ending = false;
     // Work that was added while the last threads were leaving.
-    if (!queue.empty())
+    if (!arrivals.empty())
         startWorker();
 }
 
@@ -430,7 +477,7 @@ void VoParallelTaskScheduler::parallelFor(std::size_t begin, std::size_t end, st
     const auto shared = std::make_shared<Pieces>(begin, end, grain, function);
     const std::size_t helpers = std::min(pieces - 1, isWorker() ? workers() - 1 : workers());
     for (std::size_t i = 0; i < helpers; ++i)
-        add([shared] { shared->help(); });
+        start([shared] { shared->help(); });
     shared->help();
     shared->wait();
 }

@@ -6,6 +6,7 @@
 #include <Threading/VoThreadException.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <deque>
@@ -14,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+/// Events arrive in one queue and are taken from another; the thread that finds the second one empty exchanges them. So
+/// who adds events hardly ever meets who takes them.
 class VoEventLoop::Private
 {
 public:
@@ -31,7 +34,7 @@ private:
 
     void enqueue(VoSharedPtr<VoEvent> event);
     VoSharedPtr<VoEvent> take();
-    Queue takeAll();
+    std::array<Queue, 2> takeAll();
     void loop();
     void requestEnd(bool discard);
     void join();
@@ -44,11 +47,15 @@ private:
     std::atomic<bool> m_running{false};          // from run() until the thread has taken an ABORT event
     std::atomic<std::thread::id> m_loopThread{}; // while the loop's thread is in loop()
 
-    std::mutex m_queueMutex;
+    std::mutex m_queueMutex; // taken before the other one
+    Queue m_queue;           // older than all arrivals
+
+    std::mutex m_arrivalMutex; // for all below
     std::condition_variable m_wake;
-    Queue m_queue;
-    // By type, the newest queued event that absorbs others.
+    Queue m_arrivals;
+    // By type, the newest event of both queues that absorbs others.
     std::unordered_map<std::int32_t, VoSharedPtr<VoEvent>> m_absorbers;
+    std::atomic<bool> m_absorbs{false}; // whether there are any; read without the lock
 };
 
 namespace {
@@ -114,22 +121,34 @@ void VoEventLoop::Private::loop()
 VoSharedPtr<VoEvent> VoEventLoop::Private::take()
 {
     std::unique_lock<std::mutex> lock(m_queueMutex);
-    m_wake.wait(lock, [this] { return !m_queue.empty(); });
+    while (m_queue.empty()) {
+        std::unique_lock<std::mutex> arrivalLock(m_arrivalMutex);
+        m_queue.swap(m_arrivals);
+        if (!m_queue.empty())
+            break;
+        lock.unlock();
+        m_wake.wait(arrivalLock);
+        arrivalLock.unlock();
+        lock.lock();
+    }
     VoSharedPtr<VoEvent> event = std::move(m_queue.front());
     m_queue.pop_front();
-    if (!m_absorbers.empty()) {
-        const auto absorber = m_absorbers.find(event->type());
-        if (absorber != m_absorbers.end() && absorber->second == event)
-            m_absorbers.erase(absorber);
-    }
+    if (!m_absorbs)
+        return event;
+    const std::lock_guard<std::mutex> arrivalLock(m_arrivalMutex);
+    const auto absorber = m_absorbers.find(event->type());
+    if (absorber != m_absorbers.end() && absorber->second == event)
+        m_absorbers.erase(absorber);
+    m_absorbs = !m_absorbers.empty();
     return event;
 }
 
-VoEventLoop::Private::Queue VoEventLoop::Private::takeAll()
+std::array<VoEventLoop::Private::Queue, 2> VoEventLoop::Private::takeAll()
 {
-    const std::lock_guard<std::mutex> lock(m_queueMutex);
+    const std::scoped_lock lock(m_queueMutex, m_arrivalMutex);
     m_absorbers.clear();
-    return std::exchange(m_queue, Queue());
+    m_absorbs = false;
+    return {std::exchange(m_queue, Queue()), std::exchange(m_arrivals, Queue())};
 }
 
 VoWeakPtr<VoEvent> VoEventLoop::Private::add(VoSharedPtr<VoEvent> event)
@@ -144,15 +163,16 @@ VoWeakPtr<VoEvent> VoEventLoop::Private::add(VoSharedPtr<VoEvent> event)
 
     bool first = false;
     {
-        const std::lock_guard<std::mutex> lock(m_queueMutex);
+        const std::lock_guard<std::mutex> lock(m_arrivalMutex);
         VoSharedPtr<VoEvent>& absorber = m_absorbers[event->type()];
         if (absorber) {
             absorber->merge(*event);
             return absorber;
         }
-        first = m_queue.empty();
-        m_queue.push_back(event);
+        first = m_arrivals.empty();
+        m_arrivals.push_back(event);
         absorber = std::move(event);
+        m_absorbs = true;
     }
     if (first)
         m_wake.notify_one();
@@ -163,9 +183,9 @@ void VoEventLoop::Private::enqueue(VoSharedPtr<VoEvent> event)
 {
     bool first = false;
     {
-        const std::lock_guard<std::mutex> lock(m_queueMutex);
-        first = m_queue.empty(); // a loop that has something to do is not asleep
-        m_queue.push_back(std::move(event));
+        const std::lock_guard<std::mutex> lock(m_arrivalMutex);
+        first = m_arrivals.empty(); // a loop that has something to do is not asleep
+        m_arrivals.push_back(std::move(event));
     }
     if (first)
         m_wake.notify_one();
@@ -175,10 +195,11 @@ void VoEventLoop::Private::join()
 {
     m_thread.join();
     // The ABORT that ended the loop may have been another one: ours must not end the next run at once.
-    const std::lock_guard<std::mutex> lock(m_queueMutex);
-    m_queue.erase(std::remove_if(m_queue.begin(), m_queue.end(),
-                                 [](const VoSharedPtr<VoEvent>& event) { return event->type() == VoEvent::ABORT; }),
-                  m_queue.end());
+    const std::scoped_lock lock(m_queueMutex, m_arrivalMutex);
+    for (Queue* queue : {&m_queue, &m_arrivals})
+        queue->erase(std::remove_if(queue->begin(), queue->end(),
+                                    [](const VoSharedPtr<VoEvent>& event) { return event->type() == VoEvent::ABORT; }),
+                     queue->end());
 }
 
 void VoEventLoop::Private::stop(bool discard)

@@ -105,6 +105,31 @@ TEST(SerialScheduler, terminateCancelsTheQueueAndStopsTheRunningTask)
     EXPECT_THROW_MSG(future.get(), VoUserCancelledException, "User cancelled");
 }
 
+TEST(SerialScheduler, startedFunctionsRunInTurnAndTheirFailuresAreOnlyLogged)
+{
+    const vo::test::LogCapture log;
+    VoSerialTaskScheduler scheduler;
+    std::vector<int> order;
+    scheduler.start([&] { order.push_back(1); });
+    const std::future<void> between = scheduler.add([&] { order.push_back(2); });
+    scheduler.start([] { throw VoNotFoundException("x"); });
+    scheduler.start([&] { order.push_back(3); });
+    scheduler.finish();
+    EXPECT_EQ((std::vector<int>{1, 2, 3}), order);
+    EXPECT_EQ(std::vector<std::string>{"Task failed: Item not found: x"}, log.texts("tasks"));
+
+    Blocker blocker;
+    const auto held = std::make_shared<int>();
+    scheduler.start(std::ref(blocker));
+    scheduler.start([held] { ADD_FAILURE(); });
+    blocker.entered.get_future().wait();
+    std::thread ending([&] { scheduler.terminate(); });
+    while (held.use_count() > 1)
+        std::this_thread::yield(); // dropped while the running one goes on
+    blocker.release.set_value();
+    ending.join();
+}
+
 TEST(TaskHandle, stopsOneTaskAndTellsWhatBecameOfEach)
 {
     VoSerialTaskScheduler scheduler;
@@ -204,6 +229,26 @@ TEST(ParallelScheduler, parallelForThrowsTheFirstFailureAfterAllHaveReturned)
     EXPECT_EQ(0, active);
     EXPECT_LE(calls, 3) << "at most one piece a thread after the first failure";
     EXPECT_EQ(static_cast<std::size_t>(calls - 1), log.texts("tasks").size()) << "the other failures are logged";
+}
+
+TEST(ParallelScheduler, noWorkerSleepsWhileThereIsWorkForIt)
+{
+    constexpr int Workers = 3;
+    VoParallelTaskScheduler scheduler(Workers);
+    for (int round = 0; round < 300; ++round) {
+        // All must be at it at the same time, else none goes on.
+        std::atomic<int> present{0};
+        std::vector<std::future<void>> all;
+        for (int i = 0; i < Workers; ++i)
+            all.push_back(scheduler.add([&] {
+                ++present;
+                while (present < Workers)
+                    std::this_thread::yield();
+            }));
+        for (std::future<void>& each : all)
+            each.get();
+        scheduler.add([] {}).get(); // others fall asleep meanwhile
+    }
 }
 
 TEST(ParallelScheduler, survivesManyThreadsAddingWaitingAndStopping)
