@@ -2,46 +2,39 @@
 
 #include <Core/Sha3Hasher.h>
 #include <Core/VoChecksum.h>
-#include <Core/VoFileException.h>
+#include <FileSystem/NativeFile.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileByteStream.h>
-#include <IO/VoIOException.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/SourceTree.h>
 
 #include <algorithm>
+#include <memory>
+#include <system_error>
 #include <vector>
 
 namespace vo::updater::detail {
 
 bool HasChecksum(const VoFilePath& path, const VoChecksum& checksum)
 {
-    try {
-        return VoFileSystem::Checksum(path) == checksum;
-    } catch (const VoFileException&) {
-        return false;
-    }
+    return HasChecksum(path, checksum, VoStopFlag());
 }
 
 bool HasChecksum(const VoFilePath& path, const VoChecksum& checksum, const VoStopFlag& stop)
 {
-    if (!IsRegularFile(path))
+    constexpr std::size_t blockSize = 64 * 1024; // larger ones are fetched from the system for each file
+    std::error_code error;
+    vo::detail::NativeFile file = vo::detail::NativeFile::OpenForReading(vo::detail::ToNative(path), error);
+    if (error)
         return false;
-    constexpr std::size_t blockSize = 256 * 1024;
-    try {
-        VoFileInputByteStream stream(path);
-        std::vector<char> block(std::min(blockSize, static_cast<std::size_t>(VoFileSystem::FileSize(path)) + 1));
-        vo::detail::Sha3 digest;
-        while (const std::size_t count = stream.read(block.data(), block.size())) {
-            stop.throwIfStopped();
-            digest.add(block.data(), count);
-        }
-        return stream.isOpen() && digest.finish() == checksum;
-    } catch (const VoFileException&) {
-        return false;
-    } catch (const VoIOException&) {
-        return false;
+    const std::unique_ptr<char[]> block(new char[blockSize]);
+    vo::detail::Sha3 digest;
+    while (const std::size_t count = file.read(block.get(), blockSize, error)) {
+        stop.throwIfStopped();
+        digest.add(block.get(), count);
     }
+    return !error && digest.finish() == checksum;
 }
 
 bool HaveSameContent(const VoFilePath& a, const VoFilePath& b)

@@ -25,10 +25,12 @@ FileInstaller::FileInstaller(const VoFilePath& place, Durability durability)
     , m_durability(durability)
 {
     vo::detail::RequireValidLength(m_built);
-    EraseFile(m_built);
     AtStep(FileStep::OpenFile, m_built.path());
+    const std::filesystem::path built = ToNative(m_built);
     std::error_code error;
-    m_file = NativeFile::CreateNew(ToNative(m_built), vo::detail::NewFileAccess::Usual, error);
+    m_file = NativeFile::CreateNew(built, vo::detail::NewFileAccess::Usual, error);
+    if (error == std::errc::file_exists && EraseFile(m_built)) // left by a run that was killed
+        m_file = NativeFile::CreateNew(built, vo::detail::NewFileAccess::Usual, error);
     require(error);
 }
 

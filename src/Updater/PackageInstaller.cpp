@@ -127,8 +127,8 @@ struct Finding
     void examine(const AdvertisedFileListing& file, const VoStopFlag& stop)
     {
         try {
-            isThere = VoFileSystem::Exists(path);
-            isSound = isThere && HasChecksum(path, file.checksum(), stop);
+            isSound = HasChecksum(path, file.checksum(), stop);
+            isThere = isSound || VoFileSystem::Exists(path);
         } catch (const VoUserCancelledException&) {
             // The thread that waits for this one will notice.
         }
