@@ -2,14 +2,20 @@
 
 #include <ScriptedHttpServer.h>
 
+#include <Core/VoChecksum.h>
 #include <Core/VoExceptionText.h>
 #include <Core/VoSharedPtr.h>
 #include <Core/VoUUID.h>
+#include <Download/VoDownloadException.h>
 #include <Download/VoDownloadManager.h>
+#include <Download/VoDownloadNotification.h>
+#include <Download/VoDownloadSize.h>
 #include <Download/VoGroupedDownloadRequest.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoUrl.h>
 #include <Subsystem/VoLogging.h>
+#include <Threading/VoStopFlag.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QDir>
@@ -24,6 +30,7 @@
 #include <QtNetwork/QNetworkReply>
 #include <QtNetwork/QTcpServer>
 #include <QtNetwork/QTcpSocket>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -31,6 +38,7 @@
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -94,25 +102,44 @@ public:
 
     bool isRunning() const { return m_isRunning; }
 
-    /// Makes a folder of files named 0, 1, ...; gives its URL.
-    std::string provide(const char* name, int files, std::size_t size)
+    /// Where the files of a name stand.
+    QString folder(const char* name) const
     {
-        const QString folder = m_folder.path() + QStringLiteral("/www/") + QString::fromLatin1(name);
-        QDir().mkpath(folder);
-        const QByteArray block(1 << 20, 'x');
-        for (int i = 0; i < files; ++i) {
-            QFile file(folder + QLatin1Char('/') + QString::number(i));
-            file.open(QIODevice::WriteOnly);
-            for (std::size_t left = size; left > 0;) {
-                const auto count = std::min(left, static_cast<std::size_t>(block.size()));
-                file.write(block.constData(), static_cast<qint64>(count));
-                left -= count;
-            }
-        }
+        return m_folder.path() + QStringLiteral("/www/") + QString::fromLatin1(name);
+    }
+
+    /// Makes a folder of files named 0, 1, ..., and one more of another size where that is not 0; gives its URL.
+    std::string provide(const char* name, int files, std::size_t size, std::size_t last = 0)
+    {
+        QDir().mkpath(folder(name));
+        for (int i = 0; i < files; ++i)
+            write(folder(name), i, size);
+        if (last > 0)
+            write(folder(name), files, last);
         return "http://127.0.0.1:" + std::to_string(m_port) + "/" + name + "/";
     }
 
 private:
+    // No two blocks of all files are the same.
+    static void write(const QString& folder, int index, std::size_t size)
+    {
+        static QByteArray block = [] {
+            std::mt19937 random(1);
+            QByteArray bytes(1 << 20, '\0');
+            std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<char>(random()); });
+            return bytes;
+        }();
+        QFile file(folder + QLatin1Char('/') + QString::number(index));
+        file.open(QIODevice::WriteOnly);
+        for (std::size_t left = size; left > 0;) {
+            const QByteArray stamp = QByteArray::number(index) + ':' + QByteArray::number(qulonglong(left)) + ';';
+            std::copy(stamp.begin(), stamp.end(), block.begin());
+            const auto count = std::min(left, static_cast<std::size_t>(block.size()));
+            file.write(block.constData(), static_cast<qint64>(count));
+            left -= count;
+        }
+    }
+
     QTemporaryDir m_folder;
     QProcess m_process;
     quint16 m_port = 0;
@@ -124,12 +151,17 @@ VoFilePath PathIn(const Job& job, int index)
     return VoFilePath(VoString(job.target + QLatin1Char('/') + QString::number(index)));
 }
 
-void Ours(const Job& job)
+VoSharedPtr<VoGroupedDownloadRequest> GroupOf(const Job& job)
 {
-    const auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
+    auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
     for (int i = 0; i < job.files; ++i)
         group->add(VoUrl(VoString(job.url + std::to_string(i))), PathIn(job, i));
-    VoDownloadManager::RequestWait(group);
+    return group;
+}
+
+void Ours(const Job& job)
+{
+    VoDownloadManager::RequestWait(GroupOf(job));
 }
 
 /// GET only, files written as the bytes come.
@@ -235,26 +267,66 @@ std::vector<Times> Measure(const std::vector<std::function<void(const Job&)>>& w
     return times;
 }
 
-/// The peak of memory, in megabytes, of a process that fetches the job's files with this program.
-double PeakMegabytes(const Job& job)
+/// The peak of memory, in megabytes, of a process that fetches the job's files with this program. Throws when these do
+/// not have the bytes of those in the folder @p served, or when their progress was told wrongly.
+double PeakMegabytes(const Job& job, const QString& served)
 {
     const QTemporaryDir folder;
     QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--fetch"), QString::fromStdString(job.url),
-                                                            folder.path(), QString::number(job.files)});
-    process.waitForFinished(-1);
+                                                            folder.path(), QString::number(job.files), served});
+    if (!process.waitForFinished(-1) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        throw VoDownloadException("the files were not fetched as they are served");
     return process.readAllStandardOutput().trimmed().toDouble();
 }
 
+/// Throws unless what is told of a download only grows and ends with all its bytes.
+class ProgressCheck
+{
+public:
+    void take(const VoDownloadNotification& notification)
+    {
+        if (notification.type() != VoDownloadNotification::Progress)
+            return;
+        const VoDownloadProgressNotification& progress = notification.asProgressMessage();
+        m_onlyGrows = m_onlyGrows && progress.received().bytes() >= m_received;
+        m_received = progress.received().bytes();
+        m_total = progress.total().bytes();
+    }
+    void requireRight(std::int64_t bytes) const
+    {
+        if (!m_onlyGrows || m_received != bytes || m_total != bytes)
+            throw VoDownloadException("the progress is told wrongly");
+    }
+
+private:
+    bool m_onlyGrows = true;
+    std::int64_t m_received = 0;
+    std::int64_t m_total = 0;
+};
+
 int Fetch(char** argv)
 {
-    Ours({argv[2], QString::fromLocal8Bit(argv[3]), std::atoi(argv[4])});
+    const Job job{argv[2], QString::fromLocal8Bit(argv[3]), std::atoi(argv[4])};
+    ProgressCheck progress;
+    VoDownloadManager::RequestWait(
+        GroupOf(job), VoStopFlag(),
+        [&](const VoSharedPtr<VoDownloadNotification>& notification) { progress.take(*notification); });
     // Not by the resources used: those begin with the size of the process that started this one.
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {
         if (line.rfind("VmHWM:", 0) == 0)
             std::printf("%.1f\n", std::strtod(line.c_str() + 6, nullptr) / 1024);
     }
+    std::int64_t bytes = 0;
+    const Job served{job.url, QString::fromLocal8Bit(argv[5]), job.files};
+    for (int i = 0; i < job.files; ++i) {
+        bytes += static_cast<std::int64_t>(VoFileSystem::FileSize(PathIn(job, i)));
+        if (VoFileSystem::Checksum(PathIn(job, i)) != VoFileSystem::Checksum(PathIn(served, i)))
+            throw VoDownloadException("other bytes than those served: " + PathIn(job, i).path());
+    }
+    progress.requireRight(bytes);
     return 0;
 }
 
@@ -273,6 +345,20 @@ void PrintWall(const std::string& job, double ours, double peer, const char* nam
               atMost});
 }
 
+/// Small files and a very large one together: their digests and progress are right, and memory does not grow with them.
+void MeasureMixedGroups(WebServer& server)
+{
+    const int many = IsSmokeRun() ? 20 : 500;
+    const std::size_t megabyte = std::size_t{1} << 20;
+    const std::size_t large = (IsSmokeRun() ? 8 : 1024) * megabyte;
+    const Job whole{server.provide("mixed", many, megabyte, large), {}, many + 1};
+    const double peak = PeakMegabytes(whole, server.folder("mixed"));
+    const Job part{server.provide("quarter", many / 4, megabyte, large / 4), {}, many / 4 + 1};
+    const double peakOfPart = PeakMegabytes(part, server.folder("quarter"));
+    PrintRow({"500 files of 1 MB and one of 1 GB, peak of memory in MB", Megabytes(peak), "-", "-", peak, 0, 80});
+    PrintRow({"the same over a quarter of it", Megabytes(peak), Megabytes(peakOfPart), "-", peak / peakOfPart, 0, 1.5});
+}
+
 void MeasureFromWebServer(int repetitions)
 {
     WebServer server;
@@ -289,7 +375,8 @@ void MeasureFromWebServer(int repetitions)
     PrintRow({"one file of 500 MB", Milliseconds(times[0].cpu), Milliseconds(times[1].cpu), "-",
               times[1].cpu / times[0].cpu, 0.9, 0});
     PrintWall("the same, wall time beside curl", times[0].wall, times[2].wall, "curl", 1.2, 0);
-    PrintRow({"the same, peak of memory in MB", Megabytes(PeakMegabytes(one)), "-", "-", PeakMegabytes(one), 0, 40});
+    const double peakOfOne = PeakMegabytes(one, server.folder("one"));
+    PrintRow({"the same, peak of memory in MB", Megabytes(peakOfOne), "-", "-", peakOfOne, 0, 40});
 
     const Job files{server.provide("many", many, std::size_t{1} << 20), {}, many};
     times = Measure({Ours, Bare, Aria, Curl}, files, repetitions);
@@ -297,8 +384,9 @@ void MeasureFromWebServer(int repetitions)
               times[1].cpu / times[0].cpu, 0.8, 0});
     PrintWall("the same, wall time beside aria2 -j6", times[0].wall, times[2].wall, "aria2", 1.3, 0);
     PrintWall("the same, wall time beside curl", times[0].wall, times[3].wall, "curl", 0.7, 0);
-    PrintRow(
-        {"the same, peak of memory in MB", Megabytes(PeakMegabytes(files)), "-", "-", PeakMegabytes(files), 0, 80});
+    const double peakOfMany = PeakMegabytes(files, server.folder("many"));
+    PrintRow({"the same, peak of memory in MB", Megabytes(peakOfMany), "-", "-", peakOfMany, 0, 80});
+    MeasureMixedGroups(server);
 
     const Job small{server.provide("small", many, 4096), {}, many};
     times = Measure({Ours, Bare}, small, repetitions);
@@ -329,7 +417,7 @@ int main(int argc, char** argv)
     const QCoreApplication application(argc, argv);
     vo::logging::DisableStandardError();
     try {
-        if (argc == 5 && std::string(argv[1]) == "--fetch")
+        if (argc == 6 && std::string(argv[1]) == "--fetch")
             return Fetch(argv);
         const int repetitions = IsSmokeRun() ? 1 : 5;
         MeasureFromWebServer(repetitions);

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks of one table and prints its rows. Called by run.sh.
+"""Runs the benchmarks of some tables and prints all their rows as one. Called by run.sh.
 
-usage: harness.py [--smoke] --build DIRECTORY TABLE
+usage: harness.py [--smoke] --build DIRECTORY TABLE...
 
 A table NAME consists of
 
@@ -179,26 +179,35 @@ def measure(table, build, smoke):
     return rows
 
 
-def show(rows):
-    widths = [max(len(row[i]) for row in [HEAD] + rows) for i in range(len(HEAD))]
-    for row in [HEAD] + rows:
+def show(sections):
+    """One table with a line above the rows of each section."""
+    everything = [HEAD] + [row for _, rows in sections for row in rows]
+    widths = [max(len(row[i]) for row in everything) for i in range(len(HEAD))]
+
+    def line(row):
         print("    " + "  ".join(text.ljust(width) for text, width in zip(row, widths)).rstrip())
+
+    print()
+    line(HEAD)
+    for title, rows in sections:
+        print(f"\n    {title}")
+        for row in rows:
+            line(row)
+    missed = sum(row[-1] == "no" for row in everything)
+    print(f"\n    {len(everything) - 1} rows, {missed} goals missed\n")
 
 
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--smoke", action="store_true")
     parser.add_argument("--build", required=True)
-    parser.add_argument("table")
+    parser.add_argument("tables", nargs="+")
     arguments = parser.parse_args()
     try:
-        rows = measure(arguments.table, os.path.abspath(arguments.build), arguments.smoke)
+        show([(table, measure(table, os.path.abspath(arguments.build), arguments.smoke))
+              for table in arguments.tables])
     except Failure as failure:
         sys.exit(f"FAILED: {failure}")
-    print(f"\n{arguments.table}\n")
-    show(rows)
-    missed = sum(row[-1] == "no" for row in rows)
-    print(f"\n    {len(rows)} rows, {missed} goals missed\n")
 
 
 main()

@@ -7,6 +7,7 @@ Prints rows for harness.py. Processor time on one core (taskset), wall time wher
 import glob
 import json
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -217,8 +218,61 @@ def measure_update(scratch, tree):
         by_path / ours if ours else None)
 
 
+class Casync:
+    """What its users fetch: the chunks of the new index that the old one does not name."""
+
+    name = "casync"
+
+    def __init__(self, trees, scratch):
+        self.chunks = [{}]
+        for i, tree in enumerate(trees):
+            store = fresh(f"{scratch}/casync{i}.castr")
+            run(["casync", "make", "--compression=gzip", f"--store={store}", f"{scratch}/tree.caidx", tree])
+            self.chunks.append({name: os.path.getsize(os.path.join(at, name))
+                                for at, _, names in os.walk(store) for name in names})
+            fresh(store)
+
+    def bytes(self, old, new):
+        return sum(size for name, size in self.chunks[new].items() if name not in self.chunks[old])
+
+
+class Zsync:
+    """Of tar archives of the trees: the control file and the ranges of the compressed archive that it fetches."""
+
+    name = "zsync"
+
+    def __init__(self, trees, scratch):
+        self.folder = fresh(f"{scratch}/zsync")
+        os.makedirs(f"{self.folder}/www")
+        open(f"{self.folder}/www/0.tar", "wb").close()
+        for i, tree in enumerate(trees, 1):
+            run(["tar", "--sort=name", "--mtime=@0", "--owner=0", "--group=0", "-cf", f"{self.folder}/www/{i}.tar",
+                 "-C", tree, "."])
+            subprocess.run(["zsyncmake", "-z", "-u", f"{i}.tar.gz", f"{i}.tar"], check=True, cwd=f"{self.folder}/www",
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.url = self.server("start_server \"$1/www\" \"$1/server\" && printf %s \"$http_url\"")
+
+    def server(self, command):
+        here = os.path.dirname(os.path.abspath(__file__))
+        script = f'. "$2/../scripts/setup.sh"; . "$2/../scripts/server.sh"; {command}'
+        return subprocess.run(["bash", "-c", script, "-", self.folder, here], check=True, text=True,
+                              stdout=subprocess.PIPE).stdout
+
+    def close(self):
+        self.server("stop_server \"$1/server\"")
+
+    def bytes(self, old, new):
+        if old == 0:
+            return os.path.getsize(f"{self.folder}/www/{new}.tar.gz")
+        done = subprocess.run(["zsync", "-i", f"{self.folder}/www/{old}.tar", "-o", f"{self.folder}/out",
+                               f"{self.url}/{new}.tar.zsync"], check=True, cwd=self.folder, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT)
+        found = re.search(rb"fetched (\d+)", done.stdout)
+        return int(found.group(1)) + os.path.getsize(f"{self.folder}/www/{new}.tar.zsync")
+
+
 def print_matrix(title, trees, scratch, chunk):
-    """Publishes the trees by age and by path; megabytes of every update, by age and by path."""
+    """Publishes the trees by age and by path; kilobytes of every update both ways, and by other programs."""
     aged, in_order, data = fresh(f"{scratch}/site"), fresh(f"{scratch}/sorted"), f"{scratch}/data"
     before = None
     for i, tree in enumerate(trees):
@@ -227,17 +281,27 @@ def print_matrix(title, trees, scratch, chunk):
         publish_sorted(tree, in_order, version, before, chunk)
         before = version
     by_age, by_path = fetched(aged, data), fetched(in_order, data)
-    versions = sorted({to for _, to in by_age}, key=lambda v: [int(n) for n in v.split(".")])
-    print(f"\n{title}: kB of the update from the release of the row to that of the column, by age / by path")
-    print("    " + " " * 10 + "".join(f"{v[:-2]:>16}" for v in versions))
-    for start in [""] + versions[:-1]:
-        cells = [f"{by_age[start, v] // 1000} / {by_path[start, v] // 1000}" if (start, v) in by_age else ""
-                 for v in versions]
-        print("    " + f"{start[:-2] or 'nothing':10}" + "".join(f"{cell:>16}" for cell in cells))
+    others = [other(trees, scratch) for other in (Casync, Zsync)
+              if not SMOKE and shutil.which(other.name)]
+    versions = [""] + sorted({to for _, to in by_age}, key=lambda v: [int(n) for n in v.split(".")])
+    ways = ["by age", "by path"] + [other.name for other in others]
+    print(f"\n{title}: kB of the update from the release of the row to that of the column, {' / '.join(ways)}")
+    print("    " + " " * 10 + "".join(f"{v[:-2]:>28}" for v in versions[1:]))
+    for old, start in enumerate(versions[:-1]):
+        cells = []
+        for new, to in enumerate(versions[1:], 1):
+            sizes = [by_age[start, to], by_path[start, to]] if (start, to) in by_age else []
+            sizes += [other.bytes(old, new) for other in others] if sizes else []
+            cells.append(" / ".join(str(size // 1000) for size in sizes))
+        print("    " + f"{start[:-2] or 'nothing':10}" + "".join(f"{cell:>28}" for cell in cells))
+    for other in others:
+        if isinstance(other, Zsync):
+            other.close()
 
 
-def generated_history(scratch, tree):
-    trees = [tree]
+def generated_history(scratch):
+    trees = [f"{scratch}/release0"]
+    collect(trees[0], min(MEGABYTES, 64) << 20)
     for i in range(1, 2 if SMOKE else 5):
         trees.append(fresh(f"{scratch}/release{i}"))
         shutil.copytree(trees[i - 1], trees[i])
@@ -256,7 +320,9 @@ def real_history(scratch):
     for i, commit in enumerate(reversed(log[0:10 if SMOKE else 50:5 if SMOKE else 10])):
         trees.append(fresh(f"{scratch}/commit{i}"))
         os.makedirs(trees[-1])
-        subprocess.run(f'git -C "{root}" archive {commit} | tar -x -C "{trees[-1]}"', shell=True, check=True)
+        # casync keeps times: those of the commit would make every file a new one.
+        subprocess.run(f'git -C "{root}" archive {commit} | tar -x -C "{trees[-1]}" && '
+                       f'find "{trees[-1]}" -exec touch -d @0 {{}} +', shell=True, check=True)
     print_matrix("this project's sources, every tenth change, chunks of 64 KB", trees, scratch, 64 << 10)
 
 
@@ -278,7 +344,7 @@ def main():
         for job, peak in (("publish", published), ("install", installed)):
             row(f"memory of {job}, in MB", f"{peak >> 10} MB", "-", "-", peak / 1024, ("<=", limit))
         measure_update(scratch, tree)
-        generated_history(scratch, tree)
+        generated_history(scratch)
         real_history(scratch)
     finally:
         shutil.rmtree(scratch, ignore_errors=True)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Measures the library beside what it is built on (the floor) and beside what its users would pick instead (the peer),
-# and prints a table for each road through it: job, ours, floor, peer, ratio, goal, met.
-# usage: benchmarks/run.sh [--smoke] [road|downloads|documents|numbers]...        (the default: all tables there are)
+# and prints one table with a section for each road through it: job, ours, floor, peer, ratio, goal, met.
+# usage: benchmarks/run.sh [--smoke] [road|downloads|documents|numbers]...        (the default: all four)
 #
 # All sides of a row run in turns, at least five times; figures are medians of processor time. What is parallel is
 # measured in wall time, when two cores are found free. The data are the machine's own headers and libraries,
@@ -19,15 +19,9 @@ for argument in "$@"; do
         tables+=("$argument") ;;
     esac
 done
-if [ ${#tables[@]} -eq 0 ]; then
-    for table in road downloads documents numbers; do
-        [ ! -e "$vocore_root/benchmarks/$table.table" ] && [ ! -e "$vocore_root/benchmarks/$table.py" ] || tables+=("$table")
-    done
-fi
+[ ${#tables[@]} -gt 0 ] || tables=(road downloads documents numbers)
 
 [ ${#smoke[@]} -gt 0 ] || vocore_package_lists+=("$vocore_root/scripts/packages.benchmarks")
 install_missing_packages
 build benchmarks
-for table in "${tables[@]}"; do
-    python3 "$vocore_root/benchmarks/harness.py" "${smoke[@]}" --build "$vocore_root/build/benchmarks" "$table"
-done
+exec python3 "$vocore_root/benchmarks/harness.py" "${smoke[@]}" --build "$vocore_root/build/benchmarks" "${tables[@]}"

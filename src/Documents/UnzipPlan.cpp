@@ -39,6 +39,14 @@ std::string WithPlainSeparators(std::string_view name)
     return text;
 }
 
+// Some programs begin all names of a packed directory with "./", and name the directory itself so.
+std::string WithoutCurrentDirectory(std::string text)
+{
+    while (text.compare(0, 2, ".\\") == 0)
+        text.erase(0, 2);
+    return text;
+}
+
 /// The names of the archive so far. Case does not count: on some systems one file would replace the other.
 class TakenNames
 {
@@ -80,7 +88,9 @@ UnzipPlan PlanUnzip(ZipInput& archive, const VoFilePath& targetDirectory)
     TakenNames taken;
     for (std::size_t i = 0; i < archive.count(); ++i) {
         const std::string_view name = archive.name(i);
-        std::string text = WithPlainSeparators(name);
+        std::string text = WithoutCurrentDirectory(WithPlainSeparators(name));
+        if (text.empty() && !name.empty())
+            continue;
         const bool isDirectory = text.size() > 1 && text.back() == '\\';
         if (isDirectory)
             text.pop_back();

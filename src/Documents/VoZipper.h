@@ -18,8 +18,8 @@ public:
     static void Zip(const VoFilePath& archivePath, const VoFilePath& source);
 
     /// Unpacks an archive into a directory, which is made when it is missing. Entries whose names end with "/" become
-    /// directories. Each file appears whole or not at all and replaces what bears its name; when something fails, the
-    /// files before it stay.
+    /// directories; "./" at the beginning of a name means nothing. Each file appears whole or not at all and replaces
+    /// what bears its name; when something fails, the files before it stay.
     ///
     /// All names and sizes are checked before the first byte is written. Refused with VoValidationException "Invalid
     /// path in zip archive: " and the name: what does not stay below the directory or is no file name on some platform

@@ -108,6 +108,7 @@ struct AbstractPackageBuilder::Private
 
     void broadcast(const VoString& text, const AbstractPackageBuilder& builder);
     void moveChunk(const VoUUID& id, const VoDirectoryPath& directory);
+    void endAge(const std::vector<SourceFile>& next);
 };
 
 // Marks the builder as working, which refuses calls from its own messages.
@@ -163,6 +164,18 @@ void AbstractPackageBuilder::Private::moveChunk(const VoUUID& id, const VoDirect
     throw VoFileNotFoundException(fresh);
 }
 
+// A client that lacks the files of one age seldom lacks those of the next. But each chunk is a file and a request: ages
+// of hardly any bytes go on in the same one.
+void AbstractPackageBuilder::Private::endAge(const std::vector<SourceFile>& next)
+{
+    const std::uint64_t most = chunks->capacity() / 16;
+    std::uint64_t bytes = chunks->mark().size;
+    for (auto file = next.begin(); bytes > 0 && bytes <= most && file != next.end(); ++file)
+        bytes += IsRegularFile(file->source) ? VoFileSystem::FileSize(file->source) : 0;
+    if (bytes > most)
+        chunks->endChunk();
+}
+
 AbstractPackageBuilder::AbstractPackageBuilder(const VoUUID& packageID, const VoString& name, const VoVersion& version,
                                                std::uint64_t chunkSize, int compressionLevel)
     : m_private(new Private)
@@ -212,12 +225,19 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
     // A name that cannot be installed is reported before the first byte is packed.
     for (const SourceFile& file : sources)
         RequireSafeTarget(file.target);
+    std::vector<std::vector<SourceFile>> ages;
     if (byAge) {
         const auto reading = [this](const VoFilePath& file) { announce("Comparing file: " + file.path()); };
-        sources = SortedByAge(std::move(sources), packageID(), declarationsFile, reading, warn);
+        ages = SortedByAge(std::move(sources), packageID(), declarationsFile, reading, warn);
+    } else {
+        ages.push_back(std::move(sources));
     }
-    for (const SourceFile& file : sources)
-        addFile(file.source, file.target, false);
+    for (std::size_t age = 0; age < ages.size(); ++age) {
+        if (age > 0)
+            m_private->endAge(ages[age]);
+        for (const SourceFile& file : ages[age])
+            addFile(file.source, file.target, false);
+    }
     m_private->chunks->settle();
 }
 

@@ -69,7 +69,8 @@ public:
     void add(const VoDirectoryPath& directory, const VoFilePath& declarationsFile);
 
     /// As above, in the order of PackingOrder after the releases of this package that `declarationsFile` declares, so
-    /// that updates fetch little. Reads the files that may be unchanged once more, on all processors; messages
+    /// that updates fetch little. Chunks end where an age ends, but ages that have less than a sixteenth of a chunk
+    /// together share one. Reads the files that may be unchanged once more, on all processors; messages
     /// "Comparing file: " + target come before. A declared release that cannot be read is left out, with a warning.
     /// Throws also what opening the declarations throws.
     void addByAge(const VoDirectoryPath& directory, const VoFilePath& declarationsFile);

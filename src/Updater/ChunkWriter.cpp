@@ -183,14 +183,14 @@ PackedFile ChunkWriter::append(VoFileInputByteStream& source)
         result.size += count;
         if (!buffer.isFull())
             break; // the stream is at its end
-        handOn();
+        endChunk();
     }
     result.checksum = hasher.finish();
     return result;
 }
 
 // Strong: on failure the bytes are still in the buffer.
-void ChunkWriter::handOn()
+void ChunkWriter::endChunk()
 {
     Private& state = *m_private;
     if (state.buffer.isEmpty())
@@ -215,8 +215,13 @@ void ChunkWriter::settle()
 
 void ChunkWriter::writeChunk()
 {
-    handOn();
+    endChunk();
     settle();
+}
+
+std::uint64_t ChunkWriter::capacity() const
+{
+    return m_private->buffer.capactiy();
 }
 
 ChunkWriter::Mark ChunkWriter::mark() const

@@ -55,6 +55,8 @@ public:
     /// Appends all bytes of a stream. Throws what reading and writing throw, also what went wrong with a chunk handed
     /// on before; some bytes may have been appended then.
     PackedFile append(VoFileInputByteStream& source);
+    /// Lets the chunk being filled end here, unless it has no bytes.
+    void endChunk();
     /// Waits until all chunks handed on are on disk and told of. A chunk that could not be written stays with its bytes
     /// and is written again by the next call that needs it.
     void settle();
@@ -62,6 +64,7 @@ public:
     /// can be repeated.
     void writeChunk();
 
+    std::uint64_t capacity() const; ///< Bytes that a chunk holds at most.
     /// Where the next byte goes.
     Mark mark() const;
     /// Takes the bytes behind the mark out again, as far as they are still in the buffer.
@@ -72,8 +75,6 @@ public:
 
 private:
     struct Private;
-
-    void handOn();
 
     std::unique_ptr<Private> m_private;
 };

@@ -123,32 +123,36 @@ private:
     std::vector<Entry> m_files;
 };
 
-std::vector<SourceFile> Arranged(std::vector<SourceFile> files, const VoDeque<VoFilePath>& order)
+std::vector<std::vector<SourceFile>> Arranged(std::vector<SourceFile> files, const PackingOrder& order)
 {
     std::map<std::string, SourceFile*> byTarget;
     for (SourceFile& file : files)
         byTarget.emplace(file.target.path().toStdString(), &file);
-    std::vector<SourceFile> result;
-    for (const VoFilePath& target : order)
-        result.push_back(std::move(*byTarget.at(target.path().toStdString())));
+    std::vector<std::vector<SourceFile>> result;
+    for (const VoDeque<VoFilePath>& age : order.targetsByAge()) {
+        result.emplace_back();
+        for (const VoFilePath& target : age)
+            result.back().push_back(std::move(*byTarget.at(target.path().toStdString())));
+    }
     return result;
 }
 
 } // namespace
 
-std::vector<SourceFile> SortedByAge(std::vector<SourceFile> files, const VoUUID& packageID,
-                                    const VoFilePath& declarationsFile,
-                                    const std::function<void(const VoFilePath&)>& reading, const Warn& warn)
+std::vector<std::vector<SourceFile>> SortedByAge(std::vector<SourceFile> files, const VoUUID& packageID,
+                                                 const VoFilePath& declarationsFile,
+                                                 const std::function<void(const VoFilePath&)>& reading,
+                                                 const Warn& warn)
 {
     if (!VoFileSystem::Exists(declarationsFile))
-        return files;
+        return {std::move(files)};
     const VoUniquePtr<AdvertisedPackages> declared = AdvertisedPackages::Open(declarationsFile);
     const std::vector<VoFilePath> definitions = Definitions(*declared, packageID, declarationsFile);
     if (definitions.empty())
-        return files;
+        return {std::move(files)};
     const VoUniquePtr<AdvertisedPackageListing> newest = TryOpen(definitions.front(), warn);
     if (!newest)
-        return files;
+        return {std::move(files)};
 
     Contents contents(files);
     contents.compare(*newest, reading);
@@ -158,7 +162,7 @@ std::vector<SourceFile> SortedByAge(std::vector<SourceFile> files, const VoUUID&
         if (const VoUniquePtr<AdvertisedPackageListing> earlier = TryOpen(definitions[i], warn))
             order.addEarlier(*earlier);
     }
-    return Arranged(std::move(files), order.targets());
+    return Arranged(std::move(files), order);
 }
 
 } // namespace vo::updater::detail

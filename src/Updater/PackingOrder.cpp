@@ -94,17 +94,28 @@ bool PackingOrder::isDecided() const
 
 VoDeque<VoFilePath> PackingOrder::targets() const
 {
-    std::vector<const Private::Entry*> order;
-    for (const Private::Entry& entry : m_private->entries)
-        order.push_back(&entry);
-    std::sort(order.begin(), order.end(), [](const Private::Entry* a, const Private::Entry* b) {
-        if (a->unchanged != b->unchanged)
-            return a->unchanged < b->unchanged;
-        return a->file.target.path().toStdString() < b->file.target.path().toStdString();
-    });
     VoDeque<VoFilePath> result;
-    for (const Private::Entry* entry : order)
-        result.pushBack(entry->file.target);
+    for (const VoDeque<VoFilePath>& age : targetsByAge())
+        for (const VoFilePath& target : age)
+            result.pushBack(target);
+    return result;
+}
+
+VoDeque<VoDeque<VoFilePath>> PackingOrder::targetsByAge() const
+{
+    std::map<std::size_t, std::vector<const VoFilePath*>> ages;
+    for (const Private::Entry& entry : m_private->entries)
+        ages[entry.unchanged].push_back(&entry.file.target);
+    VoDeque<VoDeque<VoFilePath>> result;
+    for (auto& [unchanged, targets] : ages) {
+        std::sort(targets.begin(), targets.end(), [](const VoFilePath* a, const VoFilePath* b) {
+            return a->path().toStdString() < b->path().toStdString();
+        });
+        VoDeque<VoFilePath> age;
+        for (const VoFilePath* target : targets)
+            age.pushBack(*target);
+        result.pushBack(std::move(age));
+    }
     return result;
 }
 

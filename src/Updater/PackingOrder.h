@@ -25,7 +25,8 @@ class AdvertisedPackageListing;
 /// chunks. Here the files that changed last come first: those that are new or changed in this release, then those that
 /// changed in the release before, and so on; files of one age in the order of their paths. What a client with release k
 /// lacks are the files that changed after k, and these are the beginning of the sequence. So the chunks that it needs
-/// hold no more than the bytes of the files that it needs and one chunk's capacity, however old k is.
+/// hold no more than the bytes of the files that it needs and one chunk's capacity, however old k is; and hardly more
+/// than these bytes when a chunk ends where an age ends, as AbstractPackageBuilder::addByAge() has it.
 ///
 /// Its limits: when a file goes back to an earlier content, clients that still have that content do not need it, and
 /// their chunks hold its bytes all the same. And files are fetched whole: a small edit in a very large file costs the
@@ -58,6 +59,8 @@ public:
 
     /// The targets in packing order.
     VoDeque<VoFilePath> targets() const;
+    /// The same, those of each age apart.
+    VoDeque<VoDeque<VoFilePath>> targetsByAge() const;
 
 private:
     struct Private;

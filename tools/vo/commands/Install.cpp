@@ -37,7 +37,7 @@ bool install(Session& session, const InstallJob& job)
 ExitCode run(Session& session)
 {
     Console& console = session.console;
-    const InstallJob job = PrepareInstall(session);
+    InstallJob job = PrepareInstall(session);
     if (session.arguments.has("dry-run"))
         return ShowPlan(session, job);
     RequireNoDowngrade(session, job.plan);
@@ -48,6 +48,9 @@ ExitCode run(Session& session)
         return ExitCode::NothingToDo;
     }
 
+    // Of many thousands of files, and the installation makes its own.
+    job.release.package.reset();
+    job.plan.files.clear();
     const Stopwatch stopwatch;
     const bool intact = install(session, job);
     ShowInstalledFigures(console, job.plan, job.directory);
