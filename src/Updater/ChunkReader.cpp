@@ -15,7 +15,8 @@ namespace vo::updater::detail {
 
 namespace {
 
-// What is read ahead takes its compressed and its uncompressed bytes.
+// What is read ahead takes its compressed and its uncompressed bytes. Who takes the chunks has work of his own: one
+// processor is his.
 std::size_t MostAhead(std::uint64_t limit)
 {
     constexpr std::uint64_t besides = std::uint64_t{16} << 20;
@@ -31,7 +32,7 @@ struct ChunkReader::Private
         , limit(mostBytes)
         , order(std::move(chunks))
         , scheduler(workers > 0 ? workers : vo::detail::AvailableProcessors())
-        , mostAhead(scheduler.workers() > 1 ? std::min(scheduler.workers(), MostAhead(limit)) : 0)
+        , mostAhead(std::min(scheduler.workers() - 1, MostAhead(limit)))
     {
         for (std::size_t i = 0; i < order.size(); ++i)
             positions.emplace(order[i], i);

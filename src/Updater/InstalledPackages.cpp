@@ -260,18 +260,21 @@ VoUniquePtr<InstalledPackageListing> InstalledPackages::Package(const VoUUID& pa
 InstallationPlan InstalledPackages::Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
                                          const InstallationOptions& options)
 {
-    return PackageInstaller(AdvertisedPackageListing::Open(definitionFile), AbsoluteDirectory(installationDirectory),
-                            options)
-        .plan();
+    return Plan(AdvertisedPackageListing::Open(definitionFile), installationDirectory, options);
 }
 
 InstallationPlan InstalledPackages::Plan(const AdvertisedPackageListing& advert,
                                          const VoDirectoryPath& installationDirectory,
                                          const InstallationOptions& options)
 {
-    return PackageInstaller(VoUniquePtr<AdvertisedPackageListing>::Make(advert),
-                            AbsoluteDirectory(installationDirectory), options)
-        .plan();
+    return Plan(VoUniquePtr<AdvertisedPackageListing>::Make(advert), installationDirectory, options);
+}
+
+InstallationPlan InstalledPackages::Plan(VoUniquePtr<AdvertisedPackageListing> advert,
+                                         const VoDirectoryPath& installationDirectory,
+                                         const InstallationOptions& options)
+{
+    return PackageInstaller(std::move(advert), AbsoluteDirectory(installationDirectory), options).plan();
 }
 
 void InstalledPackages::Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,

@@ -69,10 +69,13 @@ public:
 
     /// @{
     /// What Install would do, without doing it; see PackageInstaller::plan. The first form throws what reading the
-    /// definition throws; the second one serves definitions that have been read from anywhere.
+    /// definition throws; the others serve definitions that have been read from anywhere, the last one without a copy.
     static InstallationPlan Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
                                  const InstallationOptions& options = InstallationOptions());
     static InstallationPlan Plan(const AdvertisedPackageListing& advert, const VoDirectoryPath& installationDirectory,
+                                 const InstallationOptions& options = InstallationOptions());
+    static InstallationPlan Plan(VoUniquePtr<AdvertisedPackageListing> advert,
+                                 const VoDirectoryPath& installationDirectory,
                                  const InstallationOptions& options = InstallationOptions());
     /// @}
 

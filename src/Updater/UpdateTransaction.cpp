@@ -9,10 +9,14 @@
 #include <FileSystem/VoFileSystem.h>
 #include <Subsystem/VoLogging.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/Containment.h>
 #include <Updater/FileActions.h>
 #include <Updater/FileInstaller.h>
 
 #include <algorithm>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace vo::updater::detail {
@@ -46,6 +50,43 @@ VoDirectoryPath AsDirectory(const VoFilePath& file)
     return VoDirectoryPath(file.path() + "\\");
 }
 
+/// The places of all files of a release, found under each of their names.
+class Places
+{
+public:
+    explicit Places(const VoDeque<TargetFile>& targets)
+    {
+        for (const TargetFile& target : targets) {
+            m_paths.insert(Key(target.place));
+            m_byName.emplace(target.place, target.place);
+            m_real.insert(realPath(target.place));
+        }
+    }
+
+    bool hold(const VoFilePath& path)
+    {
+        if (m_paths.count(Key(path)) > 0 || m_real.count(realPath(path)) > 0)
+            return true;
+        const auto sameName = m_byName.find(path);
+        return sameName != m_byName.end() && VoFileSystem::Same(path, sameName->second);
+    }
+
+private:
+    std::string realPath(const VoFilePath& path)
+    {
+        const VoDirectoryPath directory = path.parent();
+        const auto [real, isNew] = m_realDirectories.try_emplace(Key(directory));
+        if (isNew)
+            real->second = RealDirectory(directory);
+        return real->second + '\\' + std::string(Bytes(path).substr(Bytes(directory).size()));
+    }
+
+    std::unordered_set<std::string> m_paths;
+    std::unordered_map<VoFilePath, VoFilePath> m_byName; // in any letter case
+    std::unordered_set<std::string> m_real;              // with links followed
+    std::unordered_map<std::string, std::string> m_realDirectories;
+};
+
 } // namespace
 
 UpdateTransaction::UpdateTransaction(const AdvertisedPackageListing& advert, const InstalledPackageListing* installed,
@@ -64,7 +105,7 @@ UpdateTransaction::~UpdateTransaction() = default;
 void UpdateTransaction::begin()
 {
     m_interrupted = m_journal.read();
-    indexTargets();
+    indexDirectories();
     findRemovals();
     if (m_interrupted)
         eraseOrphans();
@@ -132,14 +173,10 @@ VoUniquePtr<InstalledPackageListing> UpdateTransaction::listing() const
     return result;
 }
 
-void UpdateTransaction::indexTargets()
+void UpdateTransaction::indexDirectories()
 {
-    for (const TargetFile& target : m_targets) {
-        m_places.insert(Key(target.place));
-        m_placesByName.emplace(target.place, target.place);
-        m_realPlaces.insert(realPath(target.place));
+    for (const TargetFile& target : m_targets)
         indexDirectoriesOf(target.place);
-    }
 }
 
 void UpdateTransaction::indexDirectoriesOf(const VoFilePath& place)
@@ -160,38 +197,17 @@ void UpdateTransaction::findRemovals()
 {
     if (!m_installed)
         return;
+    Places places(m_targets);
     Containment inside(m_installed->installationDirectory());
-    for (const InstalledFileListing& file : m_installed->files())
-        addRemoval(file.path(), inside);
-}
-
-void UpdateTransaction::addRemoval(const VoFilePath& path, Containment& inside)
-{
-    if (isPlace(path))
-        return;
-    if (!inside.holds(path)) {
-        Log().warning("File outside the installation directory kept: " + path.path());
-        return;
+    for (const InstalledFileListing& file : m_installed->files()) {
+        const VoFilePath& path = file.path();
+        if (places.hold(path))
+            continue;
+        if (!inside.holds(path))
+            Log().warning("File outside the installation directory kept: " + path.path());
+        else if (m_removed.insert(Key(path)).second)
+            m_removals.pushBack(path);
     }
-    if (m_removed.insert(Key(path)).second)
-        m_removals.pushBack(path);
-}
-
-bool UpdateTransaction::isPlace(const VoFilePath& path)
-{
-    if (m_places.count(Key(path)) > 0 || m_realPlaces.count(realPath(path)) > 0)
-        return true;
-    const auto sameName = m_placesByName.find(path);
-    return sameName != m_placesByName.end() && VoFileSystem::Same(path, sameName->second);
-}
-
-std::string UpdateTransaction::realPath(const VoFilePath& path)
-{
-    const VoDirectoryPath directory = path.parent();
-    const auto [real, isNew] = m_realDirectories.try_emplace(Key(directory));
-    if (isNew)
-        real->second = RealDirectory(directory);
-    return real->second + '\\' + std::string(Bytes(path).substr(Bytes(directory).size()));
 }
 
 void UpdateTransaction::eraseOrphans() const

@@ -6,13 +6,11 @@
 #include <Core/VoUniquePtr.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
-#include <Updater/Containment.h>
 #include <Updater/InstallationJournal.h>
 #include <Updater/InstalledPackageListing.h>
 
 #include <functional>
 #include <string>
-#include <unordered_map>
 #include <unordered_set>
 
 namespace vo::updater {
@@ -65,12 +63,9 @@ public:
 private:
     using PathSet = std::unordered_set<std::string>;
 
-    void indexTargets();
+    void indexDirectories();
     void indexDirectoriesOf(const VoFilePath& place);
     void findRemovals();
-    void addRemoval(const VoFilePath& path, Containment& inside);
-    bool isPlace(const VoFilePath& path);
-    std::string realPath(const VoFilePath& path);
     void eraseOrphans() const;
     void requireUsable();
     void requireClearable(const VoFilePath& place) const;
@@ -88,12 +83,8 @@ private:
 
     VoUniquePtr<InstalledPackageListing> m_interrupted; // what an earlier run noted, or null
 
-    PathSet m_places;                                          // of all targets
-    std::unordered_map<VoFilePath, VoFilePath> m_placesByName; // the same, found in any letter case
-    PathSet m_realPlaces;                                      // the same, with links followed
-    VoDeque<VoDirectoryPath> m_neededDirectories;              // of all targets, outermost first
+    VoDeque<VoDirectoryPath> m_neededDirectories; // of all targets, outermost first
     PathSet m_needed;
-    std::unordered_map<std::string, std::string> m_realDirectories;
 
     VoDeque<VoFilePath> m_removals; // old files that the release does not have
     PathSet m_removed;

@@ -52,9 +52,10 @@ updater::InstallationOptions OptionsOfInstalling(const Session& session)
 InstallJob PrepareInstall(const Session& session)
 {
     InstallJob job;
-    job.release = OpenChosenRelease(session);
-    job.directory = installationDirectory(session, job.release.package->packageID());
-    job.plan = InstalledPackages::Plan(*job.release.package, job.directory, OptionsOfInstalling(session));
+    ChosenRelease release = OpenChosenRelease(session);
+    job.definition = release.definition;
+    job.directory = installationDirectory(session, release.package->packageID());
+    job.plan = InstalledPackages::Plan(std::move(release.package), job.directory, OptionsOfInstalling(session));
     return job;
 }
 

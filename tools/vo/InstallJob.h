@@ -16,7 +16,7 @@ class Session;
 /// What "vo plan" and "vo install" have in common: the release, where it goes and what that takes.
 struct InstallJob
 {
-    ChosenRelease release;
+    Location definition; ///< Of the release.
     VoDirectoryPath directory;
     updater::InstallationPlan plan;
 };

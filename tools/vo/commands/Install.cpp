@@ -28,8 +28,8 @@ bool install(Session& session, const InstallJob& job)
         [&](const auto& definition) {
             InstalledPackages::Install(definition, job.directory, session.stop, OptionsOfInstalling(session));
         },
-        job.release.definition);
-    RecordSource(job.plan.packageID, job.release.definition);
+        job.definition);
+    RecordSource(job.plan.packageID, job.definition);
     session.console.endProgress();
     return intact;
 }
@@ -48,13 +48,11 @@ ExitCode run(Session& session)
         return ExitCode::NothingToDo;
     }
 
-    // Of many thousands of files, and the installation makes its own.
-    job.release.package.reset();
-    job.plan.files.clear();
+    job.plan.files.clear(); // may be many thousands, and the installation plans anew
     const Stopwatch stopwatch;
     const bool intact = install(session, job);
     ShowInstalledFigures(console, job.plan, job.directory);
-    if (std::holds_alternative<VoUrl>(job.release.definition))
+    if (std::holds_alternative<VoUrl>(job.definition))
         console.fact("retries", "tried again", session.retries.load());
     console.fact("seconds", "seconds", SecondsText(stopwatch.seconds()), stopwatch.seconds());
     if (intact)
