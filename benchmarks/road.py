@@ -286,14 +286,14 @@ def print_matrix(title, trees, scratch, chunk):
     versions = [""] + sorted({to for _, to in by_age}, key=lambda v: [int(n) for n in v.split(".")])
     ways = ["by age", "by path"] + [other.name for other in others]
     print(f"\n{title}: kB of the update from the release of the row to that of the column, {' / '.join(ways)}")
-    print("    " + " " * 10 + "".join(f"{v[:-2]:>28}" for v in versions[1:]))
+    print("    " + " " * 10 + "".join(f"{v[:-2]:>33}" for v in versions[1:]))
     for old, start in enumerate(versions[:-1]):
         cells = []
         for new, to in enumerate(versions[1:], 1):
             sizes = [by_age[start, to], by_path[start, to]] if (start, to) in by_age else []
             sizes += [other.bytes(old, new) for other in others] if sizes else []
             cells.append(" / ".join(str(size // 1000) for size in sizes))
-        print("    " + f"{start[:-2] or 'nothing':10}" + "".join(f"{cell:>28}" for cell in cells))
+        print("    " + f"{start[:-2] or 'nothing':10}" + "".join(f"{cell:>33}" for cell in cells))
     for other in others:
         if isinstance(other, Zsync):
             other.close()
