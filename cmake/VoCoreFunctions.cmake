@@ -14,6 +14,10 @@ function(vocore_target_defaults target)
             target_compile_options(${target} PRIVATE -Werror)
         endif()
     endif()
+    if(WIN32)
+        # The system's macros min and max would hide the standard's functions.
+        target_compile_definitions(${target} PRIVATE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00)
+    endif()
     target_compile_definitions(${target} PRIVATE
         QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH)
     if(VOCORE_SANITIZERS)

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#define NOMINMAX
-#define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
 namespace vo::detail {
