@@ -10,9 +10,16 @@ namespace vo::detail {
 
 void NameCurrentThread(const char* name) noexcept
 {
+    // Asked for by name: neither all headers nor all versions of the system have it.
+    using SetDescription = HRESULT(WINAPI*)(HANDLE, PCWSTR);
+    const HMODULE system = GetModuleHandleW(L"kernel32.dll");
+    const FARPROC found = system ? GetProcAddress(system, "SetThreadDescription") : nullptr;
+    if (!found)
+        return;
     try {
         const std::string text(name); // our names are ASCII
-        SetThreadDescription(GetCurrentThread(), std::wstring(text.begin(), text.end()).c_str());
+        const std::wstring wide(text.begin(), text.end());
+        reinterpret_cast<SetDescription>(reinterpret_cast<void*>(found))(GetCurrentThread(), wide.c_str());
     } catch (...) { // a thread without a name is as good
     }
 }
