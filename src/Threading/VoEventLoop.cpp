@@ -184,7 +184,7 @@ void VoEventLoop::Private::enqueue(VoSharedPtr<VoEvent> event)
     bool first = false;
     {
         const std::lock_guard<std::mutex> lock(m_arrivalMutex);
-        first = m_arrivals.empty(); // a loop that has something to do is not asleep
+        first = m_arrivals.empty(); // else the loop has been woken for those before it
         m_arrivals.push_back(std::move(event));
     }
     if (first)

@@ -442,39 +442,6 @@ TEST_F(DownloadManager, ADroppedReceiverIsNotCalledAndALimitOfOneFileHoldsInAGro
     EXPECT_EQ(told.story(), "");
 }
 
-TEST_F(DownloadManager, AGroupOfSmallAndLargeFilesArrivesWholeWithProgressThatNeverFallsAndEndsExact)
-{
-    constexpr std::int64_t Files = 80;
-    constexpr std::int64_t Small = 65536;
-    constexpr std::int64_t Large = std::int64_t{24} * 1024 * 1024;
-    const auto content = [](std::int64_t file) {
-        std::string bytes(static_cast<std::size_t>(file == 0 ? Large : Small), static_cast<char>('a' + file % 26));
-        bytes.replace(0, 3, std::to_string(100 + file));
-        return bytes;
-    };
-    auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
-    for (std::int64_t file = 0; file <= Files; ++file) {
-        const std::string name = std::to_string(file);
-        m_server.get("/" + name, ScriptedAnswer::Body(content(file)));
-        group->add(url("/" + name), m_folder.path(name));
-    }
-    Told told;
-    VoDownloadManager::RequestWait(group, VoStopFlag(), told.callback());
-    EXPECT_EQ(told.story(), "Started Progress Complete");
-    std::int64_t last = 0;
-    for (const Notification& notification : told.all()) {
-        if (notification->type() != VoDownloadNotification::Progress)
-            continue;
-        const auto& progress = notification->asProgressMessage();
-        EXPECT_GE(progress.received().bytes(), last);
-        EXPECT_EQ(progress.total().bytes(), Large + Files * Small);
-        last = progress.received().bytes();
-    }
-    EXPECT_EQ(last, Large + Files * Small);
-    for (std::int64_t file = 0; file <= Files; ++file)
-        EXPECT_TRUE(m_folder.read(std::to_string(file)) == content(file)) << file;
-}
-
 #if defined(__unix__)
 TEST_F(DownloadManager, FetchesTwoThousandFilesWithTwoHundredAndFiftySixDescriptors)
 {

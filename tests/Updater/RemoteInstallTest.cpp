@@ -8,7 +8,6 @@
 #include <QtCore/QCoreApplication>
 
 #include <functional>
-#include <set>
 
 using namespace vo::test;
 using vo::updater::AdvertisedPackages;
@@ -154,29 +153,6 @@ TEST_F(RemoteInstall, AFaultOfTheServerLeavesFilesAndRegistryAsTheyWereAndTheNex
         EXPECT_EQ(installed(), Second);
         EXPECT_FALSE(VoFileSystem::Exists(staging())) << "staged chunks are gone";
     }
-}
-
-TEST_F(RemoteInstall, OnlyTheChunksOfAddedAndChangedFilesAreFetchedEachOnce)
-{
-    const VoFilePath first = publish("1.0.0", First);
-    const VoFilePath second = publish("1.1.0", Second);
-    serve();
-    ASSERT_EQ(installFrom(first), "");
-    const auto advert = AdvertisedPackageListing::Open(second);
-    std::multiset<std::string> wanted;
-    for (const ChunkListing& chunk : InstalledPackages::Plan(*advert, place()).chunks)
-        wanted.insert(target(second.parent().appended(chunk.path())));
-    ASSERT_LT(wanted.size(), advert->chunks().size());
-
-    server.clear();
-    serve();
-    ASSERT_EQ(installFrom(second), "");
-    std::multiset<std::string> fetched;
-    for (const ScriptedRequest& request : server.requests()) {
-        if (request.method == "GET" && request.target != target(second))
-            fetched.insert(request.target);
-    }
-    EXPECT_EQ(fetched, wanted);
 }
 
 TEST_F(RemoteInstall, ADamagedChunkIsFetchedAgainAsOftenAsThePolicySays)

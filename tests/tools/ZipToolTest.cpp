@@ -52,6 +52,8 @@ TEST_F(ZipTool, wrongUsesAndFailuresHaveTheirCodes)
     };
     for (const auto& [arguments, code] : rows)
         EXPECT_EQ(vo(std::string(arguments)).code, code) << arguments;
+    write("no.zip", "PK\3\4junk");
+    EXPECT_EQ(vo("unzip @no.zip @out").err, "vo: Invalid path: " + path("no.zip").toStdString() + "\n");
     EXPECT_FALSE(exists("b.zip"));
     EXPECT_TRUE(tree("damaged").empty());
 }

@@ -4,11 +4,13 @@
 #include "Downloads.h"
 #include "Help.h"
 #include "Interrupt.h"
+#include "Paths.h"
 #include "Session.h"
 #include "Terminal.h"
 
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
+#include <Core/VoFileException.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoReceiver.h>
 #include <Updater/VoInstallationFailedException.h>
@@ -86,6 +88,16 @@ public:
         m_errors.clear();
     }
 
+    /// A failure as it was logged, where that begins with the document that it is about; what is thrown does not tell.
+    VoString withPlace(const VoString& failure)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const auto logged = std::find_if(m_errors.begin(), m_errors.end(), [&](const VoString& text) {
+            return text.endsWith(": " + failure, VoString::CaseSensitive);
+        });
+        return logged == m_errors.end() ? failure : *logged;
+    }
+
 private:
     void keep(const VoString& text)
     {
@@ -101,6 +113,22 @@ private:
     std::vector<VoString> m_errors;
 };
 
+/// The text of the exception that is being handled, with the file concerned where the text does not name it.
+VoString textOfCurrentException()
+{
+    const VoString text = CurrentExceptionText();
+    try {
+        throw;
+    } catch (const VoFileException& exception) {
+        const VoFilePath& file = exception.path1();
+        if (file.isNull() || text.contains(file.path()) || text.contains(PathText(file)))
+            return text;
+        return text.endsWith(": ") ? text + PathText(file) : text + ": " + PathText(file);
+    } catch (...) {
+        return text;
+    }
+}
+
 /// Runs the command and turns whatever it throws into a message and a code.
 ExitCode guarded(const Command& command, Session& session, LogView& log)
 {
@@ -114,13 +142,14 @@ ExitCode guarded(const Command& command, Session& session, LogView& log)
         console.error(failure.text);
         return failure.code;
     } catch (...) {
-        const VoString text = CurrentExceptionText();
+        const VoString text = textOfCurrentException();
         const ExitCode code = CodeOfCurrentException();
+        const VoString message = log.withPlace(text);
         log.showErrors(text);
         if (code == ExitCode::Cancelled)
             console.error("stopped as asked; nothing is left half-written, and the same command goes on from here");
         else
-            console.error(text);
+            console.error(message);
         return code;
     }
 }
