@@ -148,15 +148,6 @@ TEST(VoDirectoryPath, comparesHashesAndPrintsItsTextWithoutRegardToCase)
     EXPECT_EQ(VoDirectoryPath::Deserialize(VoDirectoryPath::Serialize("A\\")).path().toStdString(), "A\\");
 }
 
-TEST(VoDirectoryPath, aMovedFromPathIsNull)
-{
-    VoDirectoryPath from("C:\\a\\");
-    const VoDirectoryPath to(std::move(from));
-    EXPECT_TRUE(from.isNull());
-    from = to;
-    EXPECT_EQ(from, to);
-}
-
 TEST(VoDirectoryPathFragment, isRelativeAndEndsWithASeparator)
 {
     EXPECT_EQ(VoDirectoryPathFragment(VoString("a/b/")).path().toStdString(), "a\\b\\");

@@ -327,15 +327,3 @@ TEST_F(PackageDocuments, AnInstalledFileIsListedFromItsContent)
     EXPECT_NE(listing.id(), InstalledFileListing(file("a.bin")).id());
     EXPECT_THROW(InstalledFileListing(file("missing")), VoFileNotFoundException);
 }
-
-TEST(XMLObject, TypesAreFixedNumbers)
-{
-    EXPECT_EQ(AdvertisedFileListing().typeCode(), 0);
-    EXPECT_EQ(AdvertisedPackageListing().typeCode(), 1);
-    EXPECT_EQ(AdvertisedPackages::Declaration().typeCode(), 2);
-    EXPECT_EQ(AdvertisedPackages().typeCode(), 3);
-    EXPECT_EQ(ChunkListing().typeCode(), 4);
-    EXPECT_EQ(ChunkReferenceListing().typeCode(), 5);
-    EXPECT_EQ(InstalledFileListing().typeCode(), 6);
-    EXPECT_EQ(InstalledPackageListing().typeCode(), 7);
-}
