@@ -57,9 +57,13 @@ bool NamesDevice(std::string_view piece) noexcept
     return (EqualIgnoringCase(port, "COM") || EqualIgnoringCase(port, "LPT")) && IsPortNumber(stem.substr(port.size()));
 }
 
-bool SafePiece(std::string_view piece) noexcept
+const char* PieceProblem(std::string_view piece) noexcept
 {
-    return !piece.empty() && !IsBlankOrDot(piece.back()) && !NamesDevice(piece);
+    if (piece.empty())
+        return "a name in it is empty";
+    if (IsBlankOrDot(piece.back()))
+        return "a name in it ends with a dot or a blank";
+    return NamesDevice(piece) ? "a name in it is that of a device" : nullptr;
 }
 
 } // namespace
@@ -67,7 +71,7 @@ bool SafePiece(std::string_view piece) noexcept
 bool SafeName(std::string_view name) noexcept
 {
     static constexpr std::string_view Forbidden = "\\/:*?\"<>|";
-    if (name.size() > MaximumNameLength || !SafePiece(name) || IsBlankOrDot(name.front()))
+    if (name.size() > MaximumNameLength || PieceProblem(name) || IsBlankOrDot(name.front()))
         return false;
     if (std::any_of(name.begin(), name.end(), IsControl) || name.find_first_of(Forbidden) != std::string_view::npos)
         return false;
@@ -79,23 +83,30 @@ bool SafeName(const VoString& name) noexcept
     return SafeName(std::string_view(name.toStdString()));
 }
 
-bool SafeRelativePath(std::string_view path) noexcept
+const char* RelativePathProblem(std::string_view path) noexcept
 {
     if (path.size() > VoFilePath::MaximumLength)
-        return false;
+        return "it is longer than 260 bytes";
     // An empty path, a root and a separator at either end all show as an empty piece.
     std::size_t start = 0;
     for (std::size_t i = 0; i < path.size(); ++i) {
         const char c = path[i];
-        if (c == ':' || IsControl(c))
-            return false;
+        if (c == ':')
+            return "it holds a colon";
+        if (IsControl(c))
+            return "it holds a control character";
         if (c != '\\' && c != '/')
             continue;
-        if (!SafePiece(path.substr(start, i - start)))
-            return false;
+        if (const char* problem = PieceProblem(path.substr(start, i - start)))
+            return problem;
         start = i + 1;
     }
-    return SafePiece(path.substr(start));
+    return PieceProblem(path.substr(start));
+}
+
+bool SafeRelativePath(std::string_view path) noexcept
+{
+    return RelativePathProblem(path) == nullptr;
 }
 
 bool SafeRelativePath(const VoString& path) noexcept

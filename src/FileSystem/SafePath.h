@@ -23,6 +23,8 @@ VOCORE_PRIVATE_EXPORT bool SafeName(const VoString& name) noexcept;
 /// blank
 /// ("." and ".." among them), or names a device. "/" counts as a separator.
 /// @{
+/// The rule that a path breaks ("it holds a colon"); null for a safe one.
+VOCORE_PRIVATE_EXPORT const char* RelativePathProblem(std::string_view path) noexcept;
 VOCORE_PRIVATE_EXPORT bool SafeRelativePath(std::string_view path) noexcept;
 VOCORE_PRIVATE_EXPORT bool SafeRelativePath(const VoString& path) noexcept;
 VOCORE_PRIVATE_EXPORT bool SafeRelativePath(const VoFilePath& path) noexcept;

@@ -6,6 +6,7 @@
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
 #include <Download/VoDownloadSize.h>
+#include <FileSystem/NativeFile.h>
 #include <FileSystem/NativePath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoTemporaryDir.h>
@@ -15,13 +16,16 @@
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/ChunkWriter.h>
 #include <Updater/DeclaredHistory.h>
+#include <Updater/IgnoreRules.h>
 #include <Updater/PackageValidator.h>
+#include <Updater/Publication.h>
 #include <Updater/SourceTree.h>
 #include <Updater/UpdaterPaths.h>
 #include <Updater/VoUpdater.h>
 
 #include <string>
-#include <unordered_set>
+#include <system_error>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -57,13 +61,6 @@ struct ReleasePlaces
     VoFilePath definition;
 };
 
-VoUniquePtr<AdvertisedPackages> OpenDeclarations(const VoFilePath& path)
-{
-    if (!VoFileSystem::Exists(path))
-        return VoUniquePtr<AdvertisedPackages>::Make();
-    return AdvertisedPackages::Open(path);
-}
-
 // Two packages whose IDs differ in case only would share a directory on some systems.
 void RequireOwnDirectory(const AdvertisedPackages& declarations, const VoUUID& packageID)
 {
@@ -98,16 +95,19 @@ struct AbstractPackageBuilder::Private
     AdvertisedPackageListing package;
     VoTemporaryDir intermediateDirectory;
     std::unique_ptr<ChunkWriter> chunks;
-    std::unordered_set<std::string> targets;  // folded
-    std::vector<VoDirectoryPath> directories; // added whole, their output not left out
-    std::vector<VoDirectoryPath> published;   // where finalise has moved chunks so far, also when it failed
-    VoDirectoryPath madeRelease;              // the release directory that this builder made
+    std::unordered_map<std::string, VoFilePath> targets; // by their folded names
+    std::vector<VoDirectoryPath> directories;            // added whole, their output not left out
+    std::vector<VoDirectoryPath> published;              // where finalise has moved chunks, also when it failed
+    IgnoreRules ignored;
+    Approval approval;
+    std::size_t listed = 0;
+    unsigned waits = 0;
     bool busy = false;
     bool finalised = false;
     VoBroadcaster<VoSharedPtr<Message>> broadcaster;
 
     void broadcast(const VoString& text, const AbstractPackageBuilder& builder);
-    void moveChunk(const VoUUID& id, const VoDirectoryPath& directory);
+    void moveChunk(const VoUUID& id, const VoDirectoryPath& directory, Publication& publication);
     void endAge(const std::vector<SourceFile>& next);
 };
 
@@ -143,21 +143,22 @@ void AbstractPackageBuilder::Private::broadcast(const VoString& text, const Abst
     }
 }
 
-void AbstractPackageBuilder::Private::moveChunk(const VoUUID& id, const VoDirectoryPath& directory)
+void AbstractPackageBuilder::Private::moveChunk(const VoUUID& id, const VoDirectoryPath& directory,
+                                                Publication& publication)
 {
     const VoFilePath target = directory.file(ChunkFileName(id));
     const VoFilePath fresh = chunks->path(id);
     if (VoFileSystem::Exists(fresh)) {
-        VoFileSystem::MoveFile(fresh, target);
+        publication.moveFile(fresh, target);
         return;
     }
     if (VoFileSystem::Exists(target))
         return;
-    // A finalise that failed may have been given another place.
+    // A finalise that failed may have been given another place, and could not take the chunk back.
     for (const VoDirectoryPath& place : published) {
         const VoFilePath moved = place.file(ChunkFileName(id));
         if (VoFileSystem::Exists(moved)) {
-            VoFileSystem::MoveFile(moved, target);
+            publication.moveFile(moved, target);
             return;
         }
     }
@@ -181,6 +182,7 @@ AbstractPackageBuilder::AbstractPackageBuilder(const VoUUID& packageID, const Vo
     : m_private(new Private)
 {
     RequireSafeIdentifier(packageID);
+    RequireShowableName(name);
     m_private->package = AdvertisedPackageListing(packageID, VoUpdater::GenerateID(), name, version);
     m_private->chunks = std::make_unique<ChunkWriter>(
         m_private->intermediateDirectory.path(), chunkSize, compressionLevel,
@@ -221,10 +223,11 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
                                           bool byAge)
 {
     const auto warn = [this](const VoString& text) { warning(text); };
-    std::vector<SourceFile> sources = ListSources(directory, declarationsFile, warn);
-    // A name that cannot be installed is reported before the first byte is packed.
-    for (const SourceFile& file : sources)
-        RequireSafeTarget(file.target);
+    if (!declarationsFile.isNull())
+        requirePublishable(declarationsFile);
+    std::vector<SourceFile> sources = ListSources(directory, declarationsFile, m_private->ignored, warn);
+    requirePackable(sources);
+    m_private->listed += sources.size();
     std::vector<std::vector<SourceFile>> ages;
     if (byAge) {
         const auto reading = [this](const VoFilePath& file) { announce("Comparing file: " + file.path()); };
@@ -241,12 +244,57 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
     m_private->chunks->settle();
 }
 
+// What would be refused after hours of packing is refused now.
+void AbstractPackageBuilder::requirePackable(const std::vector<SourceFile>& sources) const
+{
+    std::vector<const VoFilePath*> targets;
+    for (const SourceFile& file : sources) {
+        RequirePublishableTarget(file.target);
+        requireNew(file.target);
+        targets.push_back(&file.target);
+    }
+    for (const auto& [folded, target] : m_private->targets)
+        targets.push_back(&target);
+    if (const auto clash = FindTargetClash(targets)) {
+        if (clash->isDirectory)
+            throw VoValidationException("Invalid target path: " + clash->first->path() +
+                                        ": it is also the directory of " + clash->second->path());
+        throw VoInvalidParameterException("File already added to package: " + clash->first->path() + " and " +
+                                          clash->second->path() + " differ only in letter case");
+    }
+    for (const SourceFile& file : sources) {
+        std::error_code error;
+        vo::detail::NativeFile::OpenForReading(vo::detail::ToNative(file.source), error);
+        if (error)
+            throw VoCannotOpenFileException(file.source);
+    }
+}
+
+void AbstractPackageBuilder::requireNew(const VoFilePath& target) const
+{
+    const auto known = m_private->targets.find(FoldedName(target.path()).toStdString());
+    if (known == m_private->targets.end())
+        return;
+    VoString text = "File already added to package: " + target.path();
+    if (!known->second.path().equal(target.path(), VoString::CaseSensitive))
+        text += " and " + known->second.path() + " differ only in letter case";
+    throw VoInvalidParameterException(text);
+}
+
+void AbstractPackageBuilder::exclude(const VoString& pattern)
+{
+    m_private->ignored.add(pattern);
+}
+
+void AbstractPackageBuilder::excludeListed(const VoFilePath& list)
+{
+    m_private->ignored.addListed(list);
+}
+
 void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath& target, bool isAlone)
 {
-    RequireSafeTarget(target);
-    const std::string folded = FoldedName(target.path()).toStdString();
-    if (m_private->targets.count(folded) != 0)
-        throw VoInvalidParameterException("File already added to package: " + target.path());
+    RequirePublishableTarget(target);
+    requireNew(target);
 
     announce("Adding file to package: " + target.path());
     if (target.path().size() > longTarget) {
@@ -263,7 +311,7 @@ void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath&
         m_private->chunks->rollBack(mark);
         throw;
     }
-    m_private->targets.insert(folded);
+    m_private->targets.emplace(FoldedName(target.path()).toStdString(), target);
 }
 
 AdvertisedFileListing AbstractPackageBuilder::packFile(const VoFilePath& source, const VoFilePath& target)
@@ -297,22 +345,23 @@ void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
     ValidatePackage(m_private->package);
     m_private->broadcast("Finalising build", *this);
 
-    const VoUniquePtr<AdvertisedPackages> declarations = OpenDeclarations(declarationsFile);
-    RequireOwnDirectory(*declarations, packageID());
-    declarations->remove(packageID(), places.relative);
-    declarations->add(m_private->package, places.relative);
-
-    makeReleaseDirectory(places.release, places.chunks);
+    Publication publication(declarationsFile, [&] { waitForOthers(declarationsFile); });
+    requireDeclarable(publication.declarations());
+    if (VoFileSystem::Exists(places.release))
+        warning("Release directory already exists: " + places.release.path());
+    publication.makeDirectory(places.chunks);
 
     m_private->broadcast("Moving chunks to output directory", *this);
-    moveChunks(places.chunks);
+    m_private->published.push_back(places.chunks);
+    for (const ChunkListing& chunk : m_private->package.chunks())
+        m_private->moveChunk(chunk.id(), places.chunks, publication);
+    VoFileSystem::SyncDirectory(places.chunks);
 
     m_private->broadcast("Writing definition file: " + places.definition.path(), *this);
-    m_private->package.write(places.definition);
-    VoFileSystem::SyncDirectory(places.release);
+    publication.writeDefinition(m_private->package, places.definition, places.relative);
 
     m_private->broadcast("Updating declarations file: " + declarationsFile.path(), *this);
-    declarations->write(declarationsFile);
+    publication.declare(m_private->package, places.relative);
     m_private->finalised = true;
 
     try {
@@ -322,28 +371,41 @@ void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
     }
 }
 
+void AbstractPackageBuilder::setApproval(Approval approval)
+{
+    m_private->approval = std::move(approval);
+}
+
+void AbstractPackageBuilder::requireDeclarable(const AdvertisedPackages& declarations) const
+{
+    RequireOwnDirectory(declarations, packageID());
+    if (m_private->approval)
+        m_private->approval(declarations);
+}
+
+// All that finalise would refuse, before a byte is packed. That the place can be written to shows in the lock's file.
+void AbstractPackageBuilder::requirePublishable(const VoFilePath& declarationsFile)
+{
+    const ReleasePlaces places(m_private->package, declarationsFile);
+    vo::detail::RequireValidLength(places.chunks.file(ChunkFileName(VoUpdater::GenerateID())));
+    const Publication trial(declarationsFile, [&] { waitForOthers(declarationsFile); });
+    requireDeclarable(trial.declarations());
+}
+
+// Tells now and then, so that a receiver can end the wait.
+void AbstractPackageBuilder::waitForOthers(const VoFilePath& declarationsFile)
+{
+    constexpr unsigned between = 50;
+    if (m_private->waits++ % between == 0)
+        m_private->broadcast("Waiting for another publication to: " + declarationsFile.path(), *this);
+}
+
 void AbstractPackageBuilder::warnOfOwnOutput(const VoFilePath& declarationsFile) const
 {
     for (const VoDirectoryPath& directory : m_private->directories) {
         if (vo::detail::IsInsideCanonical(directory, declarationsFile))
             warning("Declarations file lies inside an added directory: " + declarationsFile.path());
     }
-}
-
-void AbstractPackageBuilder::makeReleaseDirectory(const VoDirectoryPath& release, const VoDirectoryPath& chunks)
-{
-    if (VoFileSystem::Exists(release) && m_private->madeRelease != release)
-        warning("Release directory already exists: " + release.path());
-    VoFileSystem::CreateDirectory(chunks, true);
-    m_private->madeRelease = release;
-}
-
-void AbstractPackageBuilder::moveChunks(const VoDirectoryPath& directory)
-{
-    m_private->published.push_back(directory);
-    for (const ChunkListing& chunk : m_private->package.chunks())
-        m_private->moveChunk(chunk.id(), directory);
-    VoFileSystem::SyncDirectory(directory);
 }
 
 VoReceiver AbstractPackageBuilder::connect(std::function<void(const VoSharedPtr<Message>&)> callback)
@@ -369,6 +431,11 @@ const VoUUID& AbstractPackageBuilder::versionID() const
 const VoVersion& AbstractPackageBuilder::version() const
 {
     return m_private->package.version();
+}
+
+std::size_t AbstractPackageBuilder::filesListed() const
+{
+    return m_private->listed;
 }
 
 VoString AbstractPackageBuilder::labelled(const VoString& text) const

@@ -9,8 +9,14 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace vo::updater {
+
+class AdvertisedPackages;
+namespace detail {
+struct SourceFile;
+}
 
 /// Turns local files into a published release: packs their bytes one after another into chunks of a fixed size,
 /// compresses each chunk into a file of its own, and lays the release out beside a declarations file.
@@ -52,20 +58,25 @@ public:
     /// Adds the file `source`, to be installed at `target`, relative to the installation directory.
     ///
     /// A target longer than 160 bytes only warns. Throws, and leaves the package without the file:
-    /// VoValidationException ("Invalid target path: " + target) for a target that is not safely relative,
-    /// VoInvalidParameterException ("File already added to package: " + target) for a target that was added before in
-    /// any letter case, VoFileNotFoundException for a missing source, VoFileException ("File changed while being
-    /// added: ", source) when the bytes read are not as many as the file has, VoIOException when reading or writing
-    /// fails, VoInvalidCallException ("Package has already been finalised") after finalise. Bytes that went into
-    /// a finished chunk before the failure stay there, unused.
+    /// VoValidationException ("Invalid target path: " + target + ": " + the rule that it breaks) for a target that no
+    /// client installs, VoInvalidParameterException ("File already added to package: " + target; " and " + the other
+    /// one + " differ only in letter case" follows when they do) for a target that was added before,
+    /// VoFileNotFoundException for a missing source, VoFileException ("File changed while being added: ", source) when
+    /// the bytes read are not as many as the file has, VoIOException when reading or writing fails,
+    /// VoInvalidCallException ("Package has already been finalised") after finalise. Bytes that went into a finished
+    /// chunk before the failure stay there, unused.
     void add(const VoFilePath& source, const VoFilePath& target);
     /// Adds every regular file below `directory`, at its path relative to it, in the sorted order of the targets, so
     /// that two builds of one tree pack alike. Symbolic links to directories are not followed; links to files are
-    /// added as files; anything else is skipped. Chunks are compressed and written on all processors, and a failure to
+    /// added as files; anything else is skipped. Targets are checked and sources opened before the first byte is
+    /// packed; two targets that differ in letter case only, or of which one is the directory of the other, are refused
+    /// as above. Chunks are compressed and written on all processors, and a failure to
     /// write one is thrown by this call for a later file or at its end; finalise tries again.
     void add(const VoDirectoryPath& directory);
     /// As above, but leaves out what publishing to `declarationsFile` writes (that file and the "packages" directory
-    /// beside it) when it lies inside `directory`, with a warning: a release must not swallow its own output.
+    /// beside it) when it lies inside `directory`, with a warning: a release must not swallow its own output. Before
+    /// anything is packed all that finalise would refuse is refused: a place that cannot be written, a document that
+    /// is none, an ID or a release that is not approved (setApproval).
     void add(const VoDirectoryPath& directory, const VoFilePath& declarationsFile);
 
     /// As above, in the order of PackingOrder after the releases of this package that `declarationsFile` declares, so
@@ -75,17 +86,34 @@ public:
     /// Throws also what opening the declarations throws.
     void addByAge(const VoDirectoryPath& directory, const VoFilePath& declarationsFile);
 
+    /// Leaves files and folders out of the directories that are added from now on: `pattern` is a path with the signs
+    /// *, ? and **, as in the lists that version control knows ("*.pdb", "/build/", "!keep.pdb"). Letter case does not
+    /// count. Throws VoInvalidParameterException ("Invalid pattern: " + pattern).
+    void exclude(const VoString& pattern);
+    /// The same with each line of a text file; empty lines and those that begin with "#" say nothing. Throws as above,
+    /// and what reading the file throws.
+    void excludeListed(const VoFilePath& list);
+
+    /// Told what is declared, to refuse the release by throwing.
+    using Approval = std::function<void(const AdvertisedPackages&)>;
+    /// Sets who approves of the release: asked before files are packed, by the forms of add that name the declarations,
+    /// and again by finalise while nobody else can declare anything there, before it changes anything. Without one any
+    /// release is published.
+    void setApproval(Approval approval);
+
     /// Publishes the release: writes the last chunk, moves the chunks to the release directory, writes "package.xml"
     /// there and enters the release in `declarationsFile` (created when missing) as the last step, so that a crash at
-    /// any point leaves the old declarations valid.
+    /// any point leaves the old declarations valid. Others who publish in the same directory, also in other processes,
+    /// are waited for, with messages "Waiting for another publication to: " now and then.
     ///
     ///     <directory of declarationsFile>\packages\<packageID>\<version>\package.xml
     ///                                                                   \chunks\<chunkID>.vochk
     ///
     /// A release directory of the same version is reused with a warning, and declarations of this package that name it
-    /// are dropped. Throws VoNullPointerException when `declarationsFile` is no declarations document, before anything
-    /// is moved; file-system and stream exceptions; VoInvalidCallException ("Package has already been finalised") when
-    /// called again after success. After a failure it may be called again and goes on where it stopped.
+    /// are dropped, before the new definition is written. Throws VoNullPointerException when `declarationsFile` is no
+    /// declarations document, before anything is moved; file-system and stream exceptions; VoInvalidCallException
+    /// ("Package has already been finalised") when called again after success. After a failure everything is as it was,
+    /// and it may be called again.
     void finalise(const VoFilePath& declarationsFile);
 
     /// Receives the messages, on the thread that adds or finalises. A callback that throws VoUserCancelledException
@@ -96,12 +124,15 @@ public:
     const VoUUID& packageID() const;                 ///< package().packageID()
     const VoUUID& versionID() const;                 ///< package().versionID(), new for each builder
     const VoVersion& version() const;                ///< package().version()
+    /// How many files the directories have that were added so far, the one that is being added included.
+    std::size_t filesListed() const;
 
 protected:
     /// `chunkSize` is the capacity of one chunk in bytes; `compressionLevel` is -1 (default) or 0 to 9. Throws
     /// VoInvalidParameterException with "Chunk size must be greater than zero", VoOverflowException for a chunk size
     /// that cannot be compressed (2147483648 bytes or more), VoValidationException ("Invalid identifier: " + packageID)
-    /// for a package ID that cannot be a directory's name.
+    /// for a package ID that cannot be a directory's name, and ("Invalid package name: " + name) for a name that is not
+    /// UTF-8 or holds control characters.
     AbstractPackageBuilder(const VoUUID& packageID, const VoString& name, const VoVersion& version,
                            std::uint64_t chunkSize, int compressionLevel);
 
@@ -123,9 +154,12 @@ private:
     static VoFilePath chunkTargetPath(const VoUUID& chunkID);
     void writeChunk();
 
+    void requireDeclarable(const AdvertisedPackages& declarations) const;
+    void requirePublishable(const VoFilePath& declarationsFile);
+    void requirePackable(const std::vector<detail::SourceFile>& sources) const;
+    void requireNew(const VoFilePath& target) const;
+    void waitForOthers(const VoFilePath& declarationsFile);
     void warnOfOwnOutput(const VoFilePath& declarationsFile) const;
-    void makeReleaseDirectory(const VoDirectoryPath& release, const VoDirectoryPath& chunks);
-    void moveChunks(const VoDirectoryPath& directory);
 
     void announce(const VoString& text);
     VoString labelled(const VoString& text) const;

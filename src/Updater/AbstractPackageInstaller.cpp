@@ -49,17 +49,6 @@ std::uint64_t LargestExtent(const AdvertisedPackageListing& package)
     return largest;
 }
 
-void RequireNoBuiltNames(const AdvertisedPackageListing& package)
-{
-    const std::string_view suffix = BuiltSuffix;
-    for (const AdvertisedFileListing& file : package.files()) {
-        const VoString folded = FoldedName(file.target().path());
-        const std::string_view text(folded.c_str(), folded.size());
-        if (text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix)
-            throw VoValidationException("Invalid target path: " + file.target().path());
-    }
-}
-
 // The advert's URL and the policy for another attempt at what arrived damaged: the places in a circle, so that the next
 // one comes first.
 std::pair<VoUrl, VoDownloadPolicy> StartingElsewhere(const VoUrl& advertUrl, const VoDownloadPolicy& downloads,
@@ -165,7 +154,6 @@ void AbstractPackageInstaller::requireValid() const
     if (m_private->isValid)
         return;
     ValidatePackage(advertisedPackage());
-    RequireNoBuiltNames(advertisedPackage());
     m_private->isValid = true;
 }
 

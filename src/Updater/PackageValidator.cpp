@@ -8,6 +8,7 @@
 #include <FileSystem/SafePath.h>
 #include <FileSystem/VoFilePath.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/FileInstaller.h>
 
 #include <QtCore/QString>
 
@@ -59,15 +60,29 @@ bool IsNormalised(const VoFilePath& path)
     return VoFilePath(path.path()).path().toStdString() == text;
 }
 
-bool IsSafePath(const VoFilePath& path)
+// The rule that a path breaks; null for a good one.
+const char* PathProblem(const VoFilePath& path)
 {
-    return vo::detail::SafeRelativePath(path) && SurvivesXML(path.path().toStdString()) && IsNormalised(path);
+    const std::string& text = path.path().toStdString();
+    if (const char* problem = vo::detail::RelativePathProblem(text))
+        return problem;
+    if (!SurvivesXML(text))
+        return "it is not UTF-8, or holds a character that no document can hold";
+    return IsNormalised(path) ? nullptr : "it begins with a blank, or would be read as another path";
 }
 
 void RequireSafePath(const VoFilePath& path, const char* message)
 {
-    if (!IsSafePath(path))
+    if (PathProblem(path))
         throw VoValidationException(message + path.path());
+}
+
+// The installer builds each file beside its place under such a name.
+bool IsBuiltName(const VoFilePath& target)
+{
+    const std::string_view suffix = BuiltSuffix;
+    const std::string folded = FoldedName(target.path()).toStdString();
+    return folded.size() >= suffix.size() && std::string_view(folded).substr(folded.size() - suffix.size()) == suffix;
 }
 
 void RequireShowableIdentifier(const VoUUID& id)
@@ -134,14 +149,14 @@ struct FoldedTarget
 
 // Targets by their folded names, with the separator before all other characters: whatever lies in a directory then
 // follows directly behind a file that has the directory's name.
-std::vector<FoldedTarget> SortedTargets(const VoDeque<AdvertisedFileListing>& files)
+std::vector<FoldedTarget> SortedTargets(const std::vector<const VoFilePath*>& targets)
 {
     std::vector<FoldedTarget> result;
-    result.reserve(files.size());
-    for (const AdvertisedFileListing& file : files) {
-        std::string key = FoldedName(file.target().path()).toStdString();
+    result.reserve(targets.size());
+    for (const VoFilePath* target : targets) {
+        std::string key = FoldedName(target->path()).toStdString();
         std::replace(key.begin(), key.end(), '\\', '\x01');
-        result.push_back({std::move(key), &file.target()});
+        result.push_back({std::move(key), target});
     }
     // Stable: of two equal targets the later one is named.
     std::stable_sort(result.begin(), result.end(),
@@ -151,14 +166,13 @@ std::vector<FoldedTarget> SortedTargets(const VoDeque<AdvertisedFileListing>& fi
 
 void RequireDistinctTargets(const VoDeque<AdvertisedFileListing>& files)
 {
-    const std::vector<FoldedTarget> targets = SortedTargets(files);
-    for (std::size_t i = 1; i < targets.size(); ++i) {
-        const std::string& before = targets[i - 1].key;
-        const std::string& key = targets[i].key;
-        Require(key != before, "duplicate target ", targets[i].target->path());
-        const bool below =
-            key.size() > before.size() && key[before.size()] == '\x01' && key.compare(0, before.size(), before) == 0;
-        Require(!below, "target is also a directory: ", targets[i - 1].target->path());
+    std::vector<const VoFilePath*> targets;
+    targets.reserve(files.size());
+    for (const AdvertisedFileListing& file : files)
+        targets.push_back(&file.target());
+    if (const auto clash = FindTargetClash(targets)) {
+        Require(clash->isDirectory, "duplicate target ", clash->second->path());
+        Refuse("target is also a directory: " + clash->first->path());
     }
 }
 
@@ -173,6 +187,36 @@ void RequireSafeIdentifier(const VoUUID& id)
 void RequireSafeTarget(const VoFilePath& target)
 {
     RequireSafePath(target, "Invalid target path: ");
+}
+
+void RequirePublishableTarget(const VoFilePath& target)
+{
+    const char* problem = PathProblem(target);
+    if (!problem && IsBuiltName(target))
+        problem = "names that end like this are those of files that are being installed";
+    if (problem)
+        throw VoValidationException("Invalid target path: " + target.path() + ": " + problem);
+}
+
+void RequireShowableName(const VoString& name)
+{
+    const std::string& text = name.toStdString();
+    if (std::any_of(text.begin(), text.end(), IsControl) || !SurvivesXML(text))
+        throw VoValidationException("Invalid package name: " + name);
+}
+
+std::optional<TargetClash> FindTargetClash(const std::vector<const VoFilePath*>& unsorted)
+{
+    const std::vector<FoldedTarget> targets = SortedTargets(unsorted);
+    for (std::size_t i = 1; i < targets.size(); ++i) {
+        const std::string& before = targets[i - 1].key;
+        const std::string& key = targets[i].key;
+        if (key == before)
+            return TargetClash{targets[i - 1].target, targets[i].target, false};
+        if (key.size() > before.size() && key[before.size()] == '\x01' && key.compare(0, before.size(), before) == 0)
+            return TargetClash{targets[i - 1].target, targets[i].target, true};
+    }
+    return std::nullopt;
 }
 
 void RequireSafeChunkPath(const VoFilePath& path)
@@ -207,6 +251,8 @@ void ValidatePackage(const AdvertisedPackageListing& package)
     for (const AdvertisedFileListing& file : package.files()) {
         RequireShowableIdentifier(file.id());
         RequireSafeTarget(file.target());
+        if (IsBuiltName(file.target()))
+            throw VoValidationException("Invalid target path: " + file.target().path());
         Require(ids.insert(Key(file.id())).second, "duplicate file ", file.id());
         ValidatePieces(file, chunks);
     }

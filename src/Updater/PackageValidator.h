@@ -5,6 +5,9 @@
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
 
+#include <optional>
+#include <vector>
+
 namespace vo::updater {
 class AdvertisedPackageListing;
 }
@@ -20,7 +23,22 @@ VOCORE_PRIVATE_EXPORT void RequireSafeIdentifier(const VoUUID& id);           //
 VOCORE_PRIVATE_EXPORT void RequireSafeTarget(const VoFilePath& target);       ///< "Invalid target path: " + target
 VOCORE_PRIVATE_EXPORT void RequireSafeChunkPath(const VoFilePath& path);      ///< "Invalid chunk path: " + path
 VOCORE_PRIVATE_EXPORT void RequireSafeDefinitionPath(const VoFilePath& path); ///< "Invalid definition path: " + path
+/// A target that every client installs: safe, and no name that the installer itself uses. "Invalid target path: " +
+/// target + ": " + the rule that it breaks.
+VOCORE_PRIVATE_EXPORT void RequirePublishableTarget(const VoFilePath& target);
+/// Without control characters. "Invalid package name: " + name
+VOCORE_PRIVATE_EXPORT void RequireShowableName(const VoString& name);
 /// @}
+
+/// Two targets that cannot stand beside each other. The pointers are those that were given.
+struct TargetClash
+{
+    const VoFilePath* first;
+    const VoFilePath* second;
+    bool isDirectory; ///< The first is a directory on the way to the second; else they are one name to some system.
+};
+/// A clash among targets, if there is one.
+VOCORE_PRIVATE_EXPORT std::optional<TargetClash> FindTargetClash(const std::vector<const VoFilePath*>& targets);
 
 /// A form of a text that is equal for texts which some file system takes for one name: Unicode case folding, wider than
 /// the folding of paths.
@@ -29,7 +47,8 @@ VOCORE_PRIVATE_EXPORT VoString FoldedName(const VoString& text);
 /// Checks a whole advert: identifiers and paths as above, and that it is sound. Throws VoValidationException, with
 /// "Invalid package definition: " + what is wrong for a duplicate file ID, a target or chunk ID that occurs twice in
 /// any letter case, a target that is also a directory of another one, a reference to an unknown chunk, a negative size,
-/// pieces whose lengths do not add up to the file's size, or an offset and length that overflow.
+/// pieces whose lengths do not add up to the file's size, or an offset and length that overflow. A target that ends
+/// like the names of files being installed is an invalid target path.
 ///
 /// Package and chunk IDs become file names and must be fit for that. Version and file IDs only have to be texts of 1 to
 /// 128 bytes without control characters, because messages and logs show them.

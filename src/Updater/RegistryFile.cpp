@@ -2,7 +2,7 @@
 
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
-#include <FileSystem/NativePath.h>
+#include <FileSystem/FileLock.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <Subsystem/VoLogging.h>
@@ -12,9 +12,6 @@
 #include <Updater/InstalledPackages.h>
 #include <Updater/XMLDocument.h>
 #include <XML/VoXMLStreamLoader.h>
-
-#include <QtCore/QFile>
-#include <QtCore/QLockFile>
 
 #include <algorithm>
 #include <string_view>
@@ -71,40 +68,13 @@ void EraseTemporaryDocuments(const VoDirectoryPath& directory)
     });
 }
 
-struct ProcessLock::Private
-{
-    explicit Private(const QString& name)
-        : file(name)
-    {
-    }
-
-    QLockFile file;
-};
-
 ProcessLock::ProcessLock(const VoDirectoryPath& directory)
 {
     VoFileSystem::CreateDirectory(directory, true);
     const VoFilePath path = directory.file("updates.lock");
-    const auto native = vo::detail::ToNative(path).string();
-    m_private = std::make_unique<Private>(QFile::decodeName(QByteArray(native.c_str())));
-    QLockFile& file = m_private->file;
-    // An installation may take hours; its lock never goes stale while its process lives.
-    file.setStaleLockTime(0);
-    if (file.tryLock(0))
-        return;
-    // A process that was killed while it made the file left it empty, so nothing tells that its owner is gone. The
-    // system's own lock on the file, which only a living owner holds, still protects it from being taken over.
-    qint64 owner = 0;
-    QString host;
-    QString application;
-    if (file.error() == QLockFile::LockFailedError && !file.getLockInfo(&owner, &host, &application)) {
-        file.setStaleLockTime(500);
-        if (file.tryLock(1500))
-            return;
-    }
-    if (file.error() == QLockFile::LockFailedError)
+    m_lock = std::make_unique<vo::detail::FileLock>(path);
+    if (!m_lock->isHeld())
         throw VoFileLockedException(path.path());
-    throw VoCannotOpenFileException(path);
 }
 
 ProcessLock::~ProcessLock() = default;

@@ -8,6 +8,9 @@
 
 #include <memory>
 
+namespace vo::detail {
+class FileLock;
+}
 namespace vo::updater {
 class InstalledPackages;
 }
@@ -27,15 +30,14 @@ class VOCORE_PRIVATE_EXPORT ProcessLock
 {
 public:
     /// Makes the directory if needed and locks it. Throws VoFileLockedException when another process has locked it, and
-    /// VoCannotOpenFileException when the lock's file cannot be made. The lock of a process that is gone is taken over.
+    /// VoCannotOpenFileException when the lock's file cannot be made. No lock outlives its process.
     explicit ProcessLock(const VoDirectoryPath& directory);
     ~ProcessLock();
     ProcessLock(const ProcessLock&) = delete;
     ProcessLock& operator=(const ProcessLock&) = delete;
 
 private:
-    struct Private;
-    std::unique_ptr<Private> m_private;
+    std::unique_ptr<vo::detail::FileLock> m_lock;
 };
 
 } // namespace vo::updater::detail

@@ -2,6 +2,8 @@
 
 #include <FileSystem/NativePath.h>
 #include <FileSystem/VoFileSystem.h>
+#include <Updater/IgnoreRules.h>
+#include <Updater/Publication.h>
 #include <Updater/UpdaterPaths.h>
 
 #include <algorithm>
@@ -48,6 +50,7 @@ public:
         const std::filesystem::path base = below == "." ? std::filesystem::path() : below;
         m_declarations = vo::detail::FromNative(base / vo::detail::ToNative(declarationsFile).filename()).path();
         m_packages = vo::detail::FromNative(base / Layout::packagesDirectory).path() + "\\";
+        m_lock = vo::detail::FromNative(base / Publication::lockName).path();
     }
 
     bool contains(const VoFilePath& target) const
@@ -55,14 +58,37 @@ public:
         if (!m_declarations)
             return false;
         const std::string& text = target.path().toStdString();
-        const std::string& packages = m_packages.toStdString();
-        return text == m_declarations->toStdString() || text.compare(0, packages.size(), packages) == 0;
+        return text == m_declarations->toStdString() || text == m_lock.toStdString() || startsWith(text, m_packages) ||
+               startsWith(text, *m_declarations + ".tmp");
     }
 
 private:
+    static bool startsWith(const std::string& text, const VoString& beginning)
+    {
+        return text.compare(0, beginning.size(), beginning.toStdString()) == 0;
+    }
+
     std::optional<VoString> m_declarations; // empty when the output lies elsewhere
     VoString m_packages;
+    VoString m_lock;
 };
+
+// Hands on what the rules do not leave out, in any order, without entering what they do.
+void Walk(const VoDirectoryPath& directory, const VoDirectoryPath& top, const IgnoreRules& ignored,
+          const std::function<void(SourceFile)>& take)
+{
+    VoFileSystem::ForEachFile(directory, false, true, [&](const VoFilePath& file) {
+        SourceFile source{file, TargetOf(file, top)};
+        const std::string& text = file.path().toStdString();
+        const bool isDirectory = !text.empty() && text.back() == '\\';
+        if (ignored.leavesOut(source.target, isDirectory))
+            return;
+        if (isDirectory)
+            Walk(VoDirectoryPath(file.path()), top, ignored, take);
+        else
+            take(std::move(source));
+    });
+}
 
 } // namespace
 
@@ -73,19 +99,18 @@ bool IsRegularFile(const VoFilePath& path)
 }
 
 std::vector<SourceFile> ListSources(const VoDirectoryPath& directory, const VoFilePath& declarationsFile,
-                                    const std::function<void(const VoString&)>& warn)
+                                    const IgnoreRules& ignored, const std::function<void(const VoString&)>& warn)
 {
     const PublishedOutput output(directory, declarationsFile);
     std::vector<SourceFile> sources;
     bool skippedOutput = false;
-    VoFileSystem::ForEachFile(directory, true, false, [&](const VoFilePath& file) {
-        SourceFile source{file, TargetOf(file, directory)};
+    Walk(directory, directory, ignored, [&](SourceFile source) {
         if (output.contains(source.target))
             skippedOutput = true;
-        else if (IsRegularFile(file))
+        else if (IsRegularFile(source.source))
             sources.push_back(std::move(source));
-        else if (!VoFileSystem::IsDirectory(file))
-            warn("Not a regular file, left out: " + file.path());
+        else if (!VoFileSystem::IsDirectory(source.source))
+            warn("Not a regular file, left out: " + source.source.path());
     });
     if (skippedOutput)
         warn("Published output inside the added directory, left out: " + declarationsFile.path());

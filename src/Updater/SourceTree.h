@@ -9,6 +9,8 @@
 
 namespace vo::updater::detail {
 
+class IgnoreRules;
+
 /// A file to publish and its path relative to the installation directory.
 struct SourceFile
 {
@@ -19,11 +21,13 @@ struct SourceFile
 /// Whether a path leads to a regular file on disk, also through links.
 VOCORE_PRIVATE_EXPORT bool IsRegularFile(const VoFilePath& path);
 
-/// The regular files below a directory, sorted by the bytes of their targets. Links to directories are not entered;
-/// what is neither a directory nor a regular file is left out with a warning. So is, once, the output of publishing to
-/// `declarationsFile` (null: none) when it lies below the directory: that file and the packages directory beside it.
+/// The regular files below a directory that the rules do not leave out, sorted by the bytes of their targets. Links to
+/// directories are not entered, nor are directories that are left out; what is neither a directory nor a regular file
+/// is left out with a warning. So is, once, the output of publishing to `declarationsFile` (null: none) when it lies
+/// below the directory: that file, what killed publications left of it, and the packages directory beside it.
 VOCORE_PRIVATE_EXPORT std::vector<SourceFile> ListSources(const VoDirectoryPath& directory,
                                                           const VoFilePath& declarationsFile,
+                                                          const IgnoreRules& ignored,
                                                           const std::function<void(const VoString&)>& warn);
 
 } // namespace vo::updater::detail

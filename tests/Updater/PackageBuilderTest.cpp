@@ -14,6 +14,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #if !defined(_WIN32)
@@ -239,25 +240,55 @@ TEST_F(PackageBuilding, TargetsAreSortedByTheirBytes)
     EXPECT_EQ(targets(*packer), (std::vector<std::string>{"B2", "a.txt", "a\\z", "b", "\xC3\xA9"}));
 }
 
-TEST_F(PackageBuilding, OneTargetIsAddedOnce)
+TEST_F(PackageBuilding, WhatNoClientWouldInstallIsRefusedBeforeAnythingIsPackedAndTheRuleIsNamed)
 {
-    makeSource({{"a", "1"}});
-    const auto packer = builder();
-    packer->add(source().file("a"), VoFilePath("Dir/\xC3\x89.txt"));
-    for (const char* target : {"Dir\\\xC3\x89.txt", "dir\\\xC3\x89.TXT", "Dir\\\xC3\xA9.txt"})
-        EXPECT_THROW_MSG(packer->add(source().file("a"), VoFilePath(target)), VoInvalidParameterException,
-                         "File already added to package: " + VoFilePath(target).path());
-    EXPECT_EQ(packer->package().files().size(), 1u);
-}
-
-TEST_F(PackageBuilding, UnsafeTargetsAreRefusedBeforeAnythingIsPacked)
-{
-    makeSource({{"a", "1"}, {"nul", "2"}});
-    const auto packer = builder();
-    EXPECT_THROW_MSG(packer->add(source().file("a"), VoFilePath("../a")), VoValidationException,
-                     "Invalid target path: ..\\a");
-    EXPECT_THROW_MSG(packer->add(source()), VoValidationException, "Invalid target path: nul");
-    EXPECT_TRUE(packer->package().files().isEmpty());
+    const std::string added = "File already added to package: ";
+    const std::string invalid = "Invalid target path: ";
+    // Names that some systems cannot hold are refused as single targets.
+    for (const auto& [target, text] : std::vector<std::pair<std::string, std::string>>{
+             {"Dir\\\xC3\x89.txt", added + "Dir\\\xC3\x89.txt"},
+             {"dir\\\xC3\xA9.TXT", added + "dir\\\xC3\xA9.TXT and Dir\\\xC3\x89.txt differ only in letter case"},
+             {"..\\a", invalid + "..\\a: a name in it ends with a dot or a blank"},
+             {"x.VoNew", invalid + "x.VoNew: names that end like this are those of files that are being installed"},
+             {"nul", invalid + "nul: a name in it is that of a device"},
+         }) {
+        makeSource({{"a", "1"}});
+        const auto packer = builder();
+        packer->add(source().file("a"), VoFilePath("Dir/\xC3\x89.txt"));
+        try {
+            packer->add(source().file("a"), VoFilePath::CreateUnchecked(VoString(target)));
+            ADD_FAILURE() << target;
+        } catch (const VoException& refusal) {
+            EXPECT_EQ(refusal.message().toStdString(), text);
+        }
+        EXPECT_EQ(packer->package().files().size(), 1u);
+    }
+#if !defined(_WIN32)
+    const std::string large(1000, 'x');
+    for (const auto& [files, text] : std::vector<std::pair<Files, std::string>>{
+             {{{"0", large}, {"x.vonew", "1"}}, invalid + "x.vonew: names that end like this are those of files"},
+             {{{"0", large}, {"a.txt", "1"}, {"A.TXT", "2"}}, added + "A.TXT and a.txt differ only in letter case"},
+             {{{"0", large}, {"dir", "1"}, {"Dir/x", "2"}}, invalid + "dir: it is also the directory of Dir\\x"},
+             {{{"0", large}, {" a", "1"}}, invalid + " a: it begins with a blank"},
+         }) {
+        makeSource({});
+        for (const auto& [name, content] : files) {
+            const auto path = std::filesystem::path(vo::detail::ToNative(source())) / name;
+            std::filesystem::create_directories(path.parent_path());
+            std::ofstream(path) << content;
+        }
+        const auto packer = builder();
+        bool hasPacked = false;
+        const VoReceiver receiver = packer->connect([&](const VoSharedPtr<Message>&) { hasPacked = true; });
+        try {
+            packer->add(source(), declarations());
+            ADD_FAILURE() << text;
+        } catch (const VoException& refusal) {
+            EXPECT_EQ(refusal.message().toStdString().substr(0, text.size()), text);
+        }
+        EXPECT_FALSE(hasPacked);
+    }
+#endif
 }
 
 TEST_F(PackageBuilding, LongTargetsOnlyWarn)
@@ -330,15 +361,6 @@ TEST_F(PackageBuilding, LinksToDirectoriesAndSpecialFilesAreLeftOut)
                                   "Not a regular file, left out: " + source().file("fifo").path().toStdString()}));
     EXPECT_THROW(packer->add(source().file("fifo"), VoFilePath("f")), VoCannotOpenFileException);
 }
-
-TEST_F(PackageBuilding, NamesThatDifferOnlyInCaseOrBlanksAreRefused)
-{
-    makeSource({{"a.txt", "1"}, {"A.TXT", "2"}});
-    EXPECT_THROW_MSG(builder()->add(source()), VoInvalidParameterException, "File already added to package: a.txt");
-    makeSource({{"b", "1"}});
-    std::ofstream(vo::detail::ToNative(source()) / " a") << "x";
-    EXPECT_THROW_MSG(builder()->add(source()), VoValidationException, "Invalid target path:  a");
-}
 #endif
 
 TEST_F(PackageBuilding, AReleaseDoesNotSwallowItsOwnOutput)
@@ -381,7 +403,6 @@ TEST_F(PackageBuilding, WhatIsNoDeclarationsDocumentIsLeftAloneAndNothingIsMoved
 
 TEST_F(PackageBuilding, FinaliseGoesOnAfterStoppingAtAnyStep)
 {
-    makeSource({{"a", std::string(95, 'a')}, {"b", "b"}});
     AdvertisedPackages old;
     old.add(Package("other", "v"), VoFilePath("packages\\other\\package.xml"));
     for (const char* step :
@@ -390,8 +411,14 @@ TEST_F(PackageBuilding, FinaliseGoesOnAfterStoppingAtAnyStep)
         std::filesystem::remove_all(vo::detail::ToNative(directory("site")));
         std::filesystem::create_directory(vo::detail::ToNative(directory("site")));
         old.write(declarations());
-        const std::string before = ReadBytes(declarations());
+        // One build of the release is there already, and must come out whole.
+        makeSource({{"a", "old"}});
+        const auto earlier = builder(10);
+        earlier->add(source());
+        earlier->finalise(declarations());
+        const Files before = Tree(directory("site"));
 
+        makeSource({{"a", std::string(95, 'a')}, {"b", "b"}});
         const auto packer = builder(10);
         packer->add(source());
         {
@@ -401,10 +428,8 @@ TEST_F(PackageBuilding, FinaliseGoesOnAfterStoppingAtAnyStep)
             });
             EXPECT_THROW(packer->finalise(declarations()), VoUserCancelledException);
         }
-        EXPECT_EQ(ReadBytes(declarations()), before);
-        Warnings warnings;
+        EXPECT_EQ(Tree(directory("site")), before);
         packer->finalise(declarations());
-        EXPECT_TRUE(warnings.texts.empty());
         EXPECT_EQ(published(), (Files{{"a", std::string(95, 'a')}, {"b", "b"}}));
         EXPECT_EQ(AdvertisedPackages::Open(declarations())->declarations().size(), 2u);
     }
@@ -475,6 +500,66 @@ TEST_F(PackageBuilding, PackageIDsMustBeFitForADirectoryOfTheirOwn)
     builder()->finalise(declarations());
     EXPECT_THROW_MSG(builder(10, version100, "PACK")->finalise(declarations()), VoValidationException,
                      "Invalid identifier: PACK");
+}
+
+TEST_F(PackageBuilding, PublicationsAtTheSameTimeAreAllDeclaredAndWhatIsNotApprovedLeavesNothing)
+{
+    makeSource({{"a", "1"}});
+    const VoFilePath together = file("new\\place\\releases.xml");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+        threads.emplace_back([&, i] {
+            const auto packer = builder(64, version100, ("pack" + std::to_string(i)).c_str());
+            // Half of them give up, and take away what they made while others come.
+            packer->setApproval([i](const AdvertisedPackages&) {
+                if (i % 2 != 0)
+                    throw VoValidationException("not approved");
+            });
+            packer->add(source());
+            try {
+                packer->finalise(together);
+                EXPECT_EQ(i % 2, 0);
+            } catch (const VoValidationException&) {
+                EXPECT_EQ(i % 2, 1);
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(AdvertisedPackages::Open(together)->declarations().size(), 4u);
+    EXPECT_EQ(Tree(together.parent()).size(), 1u + 4 * 2);
+
+    const auto refused = builder();
+    refused->setApproval([](const AdvertisedPackages&) { throw VoValidationException("not approved"); });
+    EXPECT_THROW(refused->add(source(), file("other\\place\\releases.xml")), VoValidationException);
+    EXPECT_FALSE(VoFileSystem::Exists(directory("other")));
+}
+
+TEST_F(PackageBuilding, PatternsLeaveFilesAndFoldersOut)
+{
+    makeSource({{"a.pdb", ""},
+                {"keep.pdb", ""},
+                {"build/x", ""},
+                {"sub/build/keep.pdb", ""},
+                {"sub/build.txt", ""},
+                {"notes.txt", ""},
+                {"sub/notes.txt", ""},
+                {"docs/x/y/z.tmp", ""},
+                {"docs/z.tmp", ""},
+                {"docs/z.tmpl", ""},
+                {"f1", ""},
+                {"f2", ""},
+                {"fx", ""},
+                {"[x].TXT", ""}});
+    WriteBytes(file("list"), "\xEF\xBB\xBF# remark\r\n\r\n*.PDB\r\n!keep.pdb\r\nBuild/\r\n/notes.txt  \n");
+    const auto packer = builder();
+    packer->excludeListed(file("list"));
+    for (const char* pattern : {"docs\\**\\*.tmp", "f[!0-1]", "[[]x].t?t"})
+        packer->exclude(pattern);
+    EXPECT_THROW_MSG(packer->exclude("!/"), VoInvalidParameterException, "Invalid pattern: !/");
+    packer->add(source());
+    EXPECT_EQ(targets(*packer),
+              (std::vector<std::string>{"docs\\z.tmpl", "f1", "keep.pdb", "sub\\build.txt", "sub\\notes.txt"}));
 }
 
 TEST_F(PackageBuilding, AReceiverCannotDisturbTheBuild)

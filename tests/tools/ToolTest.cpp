@@ -412,6 +412,37 @@ TEST_F(Tool, aFolderWhoseFilesDifferOnlyInCaseIsNotPublished)
     EXPECT_FALSE(exists("pub")) << "nothing shows before all is done";
 }
 
+TEST_F(Tool, publishingTakesNothingAwayUnasked)
+{
+    publishTwo();
+    write("two/more.pdb", "left out");
+    write("two/.voignore", "*.pdb\n");
+    const Tree before = tree("pub");
+    const std::string command = "publish @two --to @pub/declarations.xml --name Examples -q --release ";
+    for (const auto& [release, message] : std::map<std::string, std::string>{
+             {"1.1.0", "vo: release 1.1.0 is declared already; --replace publishes it anew\n"},
+             {"1.0.5",
+              "vo: release 1.0.5 is older than release 1.1.0, the newest; --older publishes it all the same\n"},
+         }) {
+        const Outcome refused = vo(command + release);
+        EXPECT_EQ(refused.code, 6) << refused;
+        EXPECT_EQ(refused.err, message);
+        EXPECT_TRUE(tree("pub") == before);
+    }
+    EXPECT_EQ(vo(command + "1.0.5 --older --exclude /added --exclude file1").code, 0);
+    EXPECT_EQ(vo(command + "1.1.0 --replace").code, 0);
+    EXPECT_EQ(voJson("releases @pub/declarations.xml")[QStringLiteral("releases")].toArray().size(), 3);
+    Tree expected = tree("two");
+    expected.erase("more.pdb");
+    expected.erase(".voignore");
+    ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
+    EXPECT_TRUE(tree("app") == expected);
+    expected.erase("added");
+    expected.erase("board 1/file1");
+    ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0.5 --allow-downgrade").code, 0);
+    EXPECT_TRUE(tree("app") == expected);
+}
+
 TEST_F(Tool, anEmptyFolderIsNotPublished)
 {
     ASSERT_TRUE(QDir().mkpath(path("empty")));

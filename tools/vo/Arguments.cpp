@@ -114,11 +114,15 @@ void Arguments::parse(const QStringList& arguments)
         if (!parser.isSet(key))
             continue;
         const QStringList values = parser.values(key);
-        if (values.size() > 1)
+        if (values.size() > 1 && !option.repeatable)
             throw UsageError(nameOf(option.name) + " is given more than once");
-        m_given.push_back({option.name, values.isEmpty() ? VoString() : VoString(values.first())});
-        if (option.value != nullptr && m_given.back().value.isEmpty())
-            throw UsageError(nameOf(option.name) + " needs a value: " + option.value);
+        if (option.value == nullptr)
+            m_given.push_back({option.name, VoString()});
+        for (const QString& value : values) {
+            if (value.isEmpty())
+                throw UsageError(nameOf(option.name) + " needs a value: " + option.value);
+            m_given.push_back({option.name, VoString(value)});
+        }
     }
     for (const QString& argument : parser.positionalArguments().mid(1))
         m_positional.emplace_back(argument);
@@ -149,6 +153,16 @@ std::optional<VoString> Arguments::text(const char* option) const
     if (found == m_given.end())
         return std::nullopt;
     return found->value;
+}
+
+std::vector<VoString> Arguments::texts(const char* option) const
+{
+    std::vector<VoString> values;
+    for (const Given& given : m_given) {
+        if (given.name == option)
+            values.push_back(given.value);
+    }
+    return values;
 }
 
 VoString Arguments::requiredText(const char* option) const

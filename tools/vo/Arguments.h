@@ -23,7 +23,7 @@ class Arguments
 {
 public:
     /// Finds the command and its options. Throws UsageError for an unknown command or option (naming the nearest one),
-    /// a missing or superfluous value, an option given twice, and a wrong number of arguments.
+    /// a missing or superfluous value, an option given twice that is not repeatable, and a wrong number of arguments.
     explicit Arguments(const QStringList& arguments);
 
     /// Null when none was named.
@@ -32,7 +32,8 @@ public:
     bool has(const char* option) const; ///< Whether the option was given.
     /// The option's value; none when it was not given. An empty value is refused.
     std::optional<VoString> text(const char* option) const;
-    VoString requiredText(const char* option) const; ///< As text(); throws UsageError without it.
+    std::vector<VoString> texts(const char* option) const; ///< The values of a repeatable option, in their order.
+    VoString requiredText(const char* option) const;       ///< As text(); throws UsageError without it.
 
     /// @{ As text(), read as a value of a kind.
     std::optional<VoUUID> identifier(const char* option) const;

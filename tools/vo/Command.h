@@ -17,6 +17,7 @@ struct Option
     const char* value; ///< What the help calls its value; null for a switch.
     const char* help;
     char letter = '\0'; ///< The short form, or none.
+    bool repeatable = false;
 };
 
 /// One subcommand.

@@ -3,7 +3,9 @@
 #include "CommandError.h"
 
 #include <Core/VoException.h>
+#include <Core/VoFileException.h>
 #include <Core/VoUUID.h>
+#include <FileSystem/NativePath.h>
 #include <FileSystem/SafePath.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoDirectoryPath.h>
@@ -12,7 +14,9 @@
 #include <IO/VoFileByteStream.h>
 #include <Updater/VoUpdater.h>
 
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace vo::tool {
 namespace {
@@ -37,10 +41,18 @@ void RecordSource(const VoUUID& packageID, const Location& definition)
 {
     const VoFilePath* file = std::get_if<VoFilePath>(&definition);
     const VoString text = file != nullptr ? file->path() : LocationText(definition);
-    VoFileSystem::CreateDirectory(recordDirectory(), true);
-    VoAtomicFileWriter writer(recordPath(packageID));
-    writer.write(text.c_str(), text.size());
-    writer.commit();
+    const auto write = [&] {
+        VoFileSystem::CreateDirectory(recordDirectory(), true);
+        VoAtomicFileWriter writer(recordPath(packageID));
+        writer.write(text.c_str(), text.size());
+        writer.commit();
+    };
+    try {
+        write();
+    } catch (const VoCannotOpenFileException&) {
+        // Another process may have forgotten the last package, and the directory with it.
+        write();
+    }
 }
 
 std::optional<Location> RecordedSource(const VoUUID& packageID)
@@ -70,8 +82,9 @@ std::optional<Location> RecordedSource(const VoUUID& packageID)
 void ForgetSource(const VoUUID& packageID)
 {
     VoFileSystem::Remove(recordPath(packageID));
-    if (VoFileSystem::IsDirectory(recordDirectory()) && VoFileSystem::NumberFiles(recordDirectory(), false, true) == 0)
-        VoFileSystem::Remove(recordDirectory());
+    // Fails while it holds the records of others, and that is right.
+    std::error_code ignored;
+    std::filesystem::remove(vo::detail::ToNative(recordDirectory()), ignored);
 }
 
 } // namespace vo::tool

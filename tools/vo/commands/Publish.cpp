@@ -5,6 +5,7 @@
 #include "../Stopwatch.h"
 #include "../Totals.h"
 
+#include <Core/VoException.h>
 #include <FileSystem/VoFileSystem.h>
 #include <Threading/VoReceiver.h>
 #include <Updater/PackageBuilder.h>
@@ -29,6 +30,8 @@ struct Request
     VoVersion version;
     std::uint64_t chunkSize;
     int level;
+    bool replace;
+    bool older;
 };
 
 Request readRequest(const Arguments& arguments)
@@ -46,7 +49,9 @@ Request readRequest(const Arguments& arguments)
                    arguments.identifier("package"),
                    version,
                    arguments.bytes("chunk-size", 4u << 20, 1, 0x7fffffff),
-                   static_cast<int>(arguments.integer("level", 6, -1, 9))};
+                   static_cast<int>(arguments.integer("level", 6, -1, 9)),
+                   arguments.has("replace"),
+                   arguments.has("older")};
 }
 
 /// The declared package that the request continues, if there is one: the one with the ID, or else with the name.
@@ -67,46 +72,116 @@ std::optional<VoUUID> declaredPackage(const AdvertisedPackages& declared, const 
     return found;
 }
 
-std::unique_ptr<AbstractPackageBuilder> firstRelease(const Request& request)
+/// What the package's next release is based on; empty for its first one.
+struct Base
 {
-    if (!request.name)
-        throw UsageError("option --name is missing: it is needed for a package's first release");
-    return std::make_unique<PackageBuilder>(request.packageID.value_or(VoUpdater::GenerateID()), *request.name,
-                                            request.version, request.chunkSize, request.level);
+    std::optional<VoUUID> packageID;
+    std::optional<VoUUID> versionID;
+
+    bool operator==(const Base& other) const { return packageID == other.packageID && versionID == other.versionID; }
+};
+
+Base findBase(const AdvertisedPackages& declared, const Request& request)
+{
+    Base base;
+    base.packageID = declaredPackage(declared, request);
+    if (base.packageID)
+        base.versionID = declared.newestPackage(*base.packageID).versionID();
+    return base;
+}
+
+/// Refuses what takes something away from the declarations without having been asked for.
+void requireAllowed(const AdvertisedPackages& declared, const VoUUID& packageID, const Request& request)
+{
+    for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
+        if (declaration.packageID() == packageID && declaration.version() == request.version &&
+            declaration.version().build() == request.version.build() && !request.replace)
+            throw CommandError{ExitCode::Unsafe, "release " + ReleaseText(request.version) +
+                                                     " is declared already; --replace publishes it anew"};
+    }
+    const VoVersion& newest = declared.newestPackage(packageID).version();
+    if (newest > request.version && !request.older)
+        throw CommandError{ExitCode::Unsafe, "release " + ReleaseText(request.version) + " is older than release " +
+                                                 ReleaseText(newest) +
+                                                 ", the newest; --older publishes it all the same"};
+}
+
+/// Asked before anything is packed, and again when nobody else can publish any more.
+void approve(const AdvertisedPackages& declared, const Base& base, const Request& request)
+{
+    const Base now = findBase(declared, request);
+    if (now.packageID)
+        requireAllowed(declared, *now.packageID, request);
+    if (!(now == base))
+        throw Failure("a release of the package was published by another run meanwhile; give the command again");
 }
 
 /// The builder of the package's next release, or of its first one.
-std::unique_ptr<AbstractPackageBuilder> makeBuilder(const Session& session, const Request& request)
+std::unique_ptr<AbstractPackageBuilder> makeBuilder(const Session& session, const Request& request, Base& base)
 {
-    if (!VoFileSystem::Exists(request.declarations))
-        return firstRelease(request);
-    const auto declared = OpenDeclarations(session, request.declarations);
-    const auto packageID = declaredPackage(*declared, request);
-    if (!packageID)
-        return firstRelease(request);
-    const auto& newest = declared->newestPackage(*packageID);
-    const auto base = AdvertisedPackageListing::Open(newest.definitionPath(request.declarations));
-    if (request.name && !base->name().equal(*request.name, VoString::CaseSensitive))
-        session.console.note("warning: the package keeps its name \"" + base->name() + "\"");
+    VoUniquePtr<AdvertisedPackages> declared;
+    if (VoFileSystem::Exists(request.declarations)) {
+        declared = OpenDeclarations(session, request.declarations);
+        base = findBase(*declared, request);
+        approve(*declared, base, request);
+    }
+    if (!base.packageID) {
+        if (!request.name)
+            throw UsageError("option --name is missing: it is needed for a package's first release");
+        return std::make_unique<PackageBuilder>(request.packageID.value_or(VoUpdater::GenerateID()), *request.name,
+                                                request.version, request.chunkSize, request.level);
+    }
+    const auto& newest = declared->newestPackage(*base.packageID);
+    const auto package = AdvertisedPackageListing::Open(newest.definitionPath(request.declarations));
+    if (request.name && !package->name().equal(*request.name, VoString::CaseSensitive))
+        session.console.note("warning: the package keeps its name \"" + package->name() + "\"");
     session.console.fact("baseRelease", "after release", ReleaseText(newest.version()), newest.version().toString());
-    return std::make_unique<UpdatePackageBuilder>(*base, request.version, request.chunkSize, request.level);
+    return std::make_unique<UpdatePackageBuilder>(*package, request.version, request.chunkSize, request.level);
 }
 
-void build(Session& session, AbstractPackageBuilder& builder, const Request& request)
+void leaveOut(AbstractPackageBuilder& builder, const Session& session, const Request& request)
+{
+    const VoFilePath list = request.folder.file(".voignore");
+    if (VoFileSystem::Exists(list)) {
+        builder.exclude("/.voignore");
+        builder.excludeListed(list);
+    }
+    for (const VoString& pattern : session.arguments.texts("exclude"))
+        builder.exclude(pattern);
+}
+
+void pack(AbstractPackageBuilder& builder, Console& console, const Request& request)
+{
+    const auto hint = [&console] {
+        console.note("--exclude PATTERN, or a line in the folder's .voignore, leaves a file or a folder out");
+    };
+    try {
+        builder.addByAge(request.folder, request.declarations);
+    } catch (const VoValidationException&) {
+        hint();
+        throw;
+    } catch (const VoInvalidParameterException&) {
+        hint();
+        throw;
+    }
+    if (builder.package().files().isEmpty())
+        throw Failure("\"" + PathText(request.folder) + "\" holds no files to publish");
+}
+
+void build(Session& session, AbstractPackageBuilder& builder, const Request& request, const Base& base)
 {
     Console& console = session.console;
-    const std::uint64_t expected = VoFileSystem::NumberFiles(request.folder, true);
     std::uint64_t begun = 0;
     const VoReceiver receiver = builder.connect([&](const VoSharedPtr<AbstractPackageBuilder::Message>& message) {
         // The builder ends when a receiver wishes so; until the release is declared nothing is published.
         session.stop.throwIfStopped();
         console.detail(message->message());
         if (message->message().startsWith("Adding file to package: "))
-            console.progress("Packing", ProgressLine::Unit::Files, begun++, expected);
+            console.progress("Packing", ProgressLine::Unit::Files, begun++, builder.filesListed());
     });
-    builder.addByAge(request.folder, request.declarations);
-    if (builder.package().files().isEmpty())
-        throw Failure("\"" + PathText(request.folder) + "\" holds no files to publish");
+    builder.setApproval([&](const AdvertisedPackages& declared) { approve(declared, base, request); });
+    leaveOut(builder, session, request);
+    pack(builder, console, request);
     builder.finalise(request.declarations);
     console.endProgress();
 }
@@ -135,8 +210,9 @@ ExitCode run(Session& session)
     if (!VoFileSystem::IsDirectory(request.folder.toFilePath()))
         throw Failure("\"" + PathText(request.folder) + "\" is not a folder");
     const Stopwatch stopwatch;
-    const auto builder = makeBuilder(session, request);
-    build(session, *builder, request);
+    Base base;
+    const auto builder = makeBuilder(session, request, base);
+    build(session, *builder, request, base);
     showRelease(session.console, builder->package(), stopwatch.seconds());
     return ExitCode::Done;
 }
@@ -147,18 +223,27 @@ Command PublishCommand()
 {
     return {
         "publish",
-        "FOLDER --to DECLARATIONS --name NAME --release V [--build-type N] [--package ID] [--chunk-size N] [--level N]",
+        "FOLDER --to DECLARATIONS --name NAME --release V [--build-type N] [--package ID] [--exclude PATTERN]... "
+        "[--replace] [--older] [--chunk-size N] [--level N]",
         "publish a folder as the next release of a package",
         "Packs the files of a folder into compressed chunks beside a declarations file, which is created when it\n"
         "does not exist, and declares them there as a release. When the declarations already have a package with\n"
         "that ID (or, without --package, with that name) this is its next release: a file at an unchanged place\n"
         "keeps its ID, and the files that changed last are packed first, so that an update fetches little more than\n"
-        "what changed. Otherwise a new package begins, and its ID is printed. Nothing shows before the last step.\n",
+        "what changed. Otherwise a new package begins, and its ID is printed. Nothing shows before the last step;\n"
+        "what cannot be published is refused before anything is packed. Several runs may publish at the same time.\n"
+        "\n"
+        "Files that fit a pattern of --exclude or a line of a file .voignore in the folder are left out, as version\n"
+        "control does it: \"*.pdb\" anywhere, \"/notes.txt\" from the folder on, \"build/\" for folders,\n"
+        "\"!keep.pdb\" to keep one after all.\n",
         {{"to", "DECLARATIONS", "the declarations file"},
          {"name", "NAME", "what people call the package; needed for its first release"},
          {"release", "V", "the number of the release, such as 4.2.17"},
          {"build-type", "N", "0 release (the default), 1 beta, 2 alpha, 3 development"},
          {"package", "ID", "the package to continue, or the ID to give to a new one"},
+         {"exclude", "PATTERN", "leave out the files and folders that fit; may be given again", '\0', true},
+         {"replace", nullptr, "let the release take the place of one that is declared already"},
+         {"older", nullptr, "let the release be older than the newest that is declared"},
          {"chunk-size", "N", "bytes that a chunk holds before compression, such as 512K (the default is 4M)"},
          {"level", "N", "compression from 0 (none) to 9 (the default is 6)"}},
         1,

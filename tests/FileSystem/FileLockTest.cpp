@@ -1,0 +1,85 @@
+#include "FileSystemFixture.h"
+
+#include <FileSystem/FileLock.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+using vo::detail::FileLock;
+
+namespace {
+
+using FileLocks = vo::test::FileSystemFixture;
+
+} // namespace
+
+TEST_F(FileLocks, ALockExcludesWhateverItsFileHeldBeforeAndLetsGo)
+{
+    const VoFilePath path = at("l.lock");
+    for (const char* left : {"", "12345\nanother program\nanother machine\n"}) {
+        write("l.lock", left);
+        {
+            const FileLock lock(path);
+            EXPECT_TRUE(lock.isHeld());
+            EXPECT_FALSE(FileLock(path).isHeld());
+        }
+        EXPECT_EQ(VoFileSystem::Exists(path), *left != '\0') << "only what a lock made goes with it";
+        VoFileSystem::Remove(path);
+    }
+
+    // The file is made and removed all the time.
+    std::atomic<int> inside{0};
+    std::atomic<bool> haveMet{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 50; ++round) {
+                const FileLock lock(path, [] {});
+                if (++inside > 1)
+                    haveMet = true;
+                std::this_thread::yield();
+                --inside;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_FALSE(haveMet);
+    EXPECT_FALSE(VoFileSystem::Exists(path));
+}
+
+#if !defined(_WIN32)
+TEST_F(FileLocks, ALockEndsWithItsProcess)
+{
+    const VoFilePath path = at("l.lock");
+    int ready[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const FileLock lock(path);
+        const char held = lock.isHeld() ? 'y' : 'n';
+        if (::write(ready[1], &held, 1) == 1)
+            ::pause();
+        ::_exit(1);
+    }
+    char held = 0;
+    ASSERT_EQ(::read(ready[0], &held, 1), 1);
+    EXPECT_EQ(held, 'y');
+    int waits = 0;
+    const FileLock lock(path, [&] {
+        if (waits++ == 0)
+            ::kill(child, SIGKILL);
+    });
+    EXPECT_GT(waits, 0);
+    EXPECT_EQ(::waitpid(child, nullptr, 0), child);
+    ::close(ready[0]);
+    ::close(ready[1]);
+}
+#endif
