@@ -10,16 +10,8 @@
 
 namespace {
 
-constexpr double Tolerance = 1e-9;       // of the numbers that a residual is the difference of
-constexpr double NoiseTolerance = 1e-11; // of the largest number about: what is left where all of those are noise
-
-double LargestMagnitude(const VoVector<double>& values)
-{
-    double largest = 0;
-    for (double value : values)
-        largest = std::max(largest, std::fabs(value));
-    return largest;
-}
+constexpr double Tolerance = 1e-9; // of the terms that a figure is the sum of
+constexpr double GoodPart = 1e-3;  // of a bound
 
 bool AllFinite(const VoVector<double>& values)
 {
@@ -31,19 +23,31 @@ double Largest(const VoVector<double>& values)
     return values.isEmpty() ? 0.0 : *std::max_element(values.begin(), values.end());
 }
 
-// A sum of products, with what its rounding is to be measured against.
-struct Sum
+// A sum of products as if with twice the digits, so that what is left of terms that cancel each other is that of the
+// numbers and not of the adding, and the size of its terms.
+class Sum
 {
-    double value = 0;
-    double magnitude = 0; // of the terms, added up
-    double largestCoefficient = 0;
-
-    void add(double coefficient, double unknown)
+public:
+    void add(double a, double b)
     {
-        value += coefficient * unknown;
-        magnitude += std::fabs(coefficient * unknown);
-        largestCoefficient = std::max(largestCoefficient, std::fabs(coefficient));
+        if (a == 0 || b == 0)
+            return;
+        const double product = a * b;
+        const double sum = m_high + product;
+        const double added = sum - m_high;
+        m_low += ((m_high - (sum - added)) + (product - added)) + std::fma(a, b, -product);
+        m_high = sum;
+        m_magnitude += std::fabs(product);
     }
+
+    double value() const { return m_high + m_low; }
+    double magnitude() const { return m_magnitude; } // of the terms, added up
+    double tolerance() const { return Tolerance * m_magnitude; }
+
+private:
+    double m_high = 0;
+    double m_low = 0;
+    double m_magnitude = 0;
 };
 
 // Collects residuals and whether one of them counts.
@@ -59,17 +63,22 @@ struct Residuals
             significant = true;
     }
 
-    // How far the sum lies above its bound.
-    void addExcess(const Sum& sum, double bound, double sign, double largestUnknown)
+    // What is below zero only by rounding may be taken for 0 without changing any of the sums that it is in.
+    template <typename CoefficientIn>
+    void addSign(double unknown, const VoVector<Sum>& sums, CoefficientIn coefficientIn, double weight,
+                 const Sum& total)
     {
-        add(sign * (sum.value - bound),
-            Tolerance * (std::fabs(bound) + sum.magnitude) + NoiseTolerance * sum.largestCoefficient * largestUnknown);
-    }
-
-    void addSigns(const VoVector<double>& unknowns, double largestUnknown)
-    {
-        for (double unknown : unknowns)
-            add(-unknown, NoiseTolerance * largestUnknown);
+        bool matters = unknown != unknown;
+        bool occurs = weight != 0;
+        if (unknown < 0) {
+            matters = std::fabs(weight * unknown) > total.tolerance();
+            for (std::size_t i = 0; i < sums.size() && !matters; ++i) {
+                const double coefficient = coefficientIn(i);
+                occurs = occurs || coefficient != 0;
+                matters = std::fabs(coefficient * unknown) > sums.data()[i].tolerance();
+            }
+        }
+        add(-unknown, matters || !occurs ? 0.0 : std::numeric_limits<double>::infinity());
     }
 };
 
@@ -101,34 +110,54 @@ double BreakingDirection(const VoLinearProblem& problem)
     return problem.sense() == VoLinearProblem::Sense::Maximise ? 1.0 : -1.0;
 }
 
-Residuals PrimalResiduals(const VoLinearProblem& problem, const VoVector<double>& parameters)
+// How far each constraint's sum is above its bound.
+VoVector<Sum> PrimalBalances(const VoLinearProblem& problem, const VoVector<double>& parameters)
 {
-    Residuals residuals;
-    const double largest = LargestMagnitude(parameters);
-    for (std::size_t i = 0; i < problem.numberConstraints(); ++i)
-        residuals.addExcess(Product(problem.coefficients(i), parameters), problem.bound(i), BreakingDirection(problem),
-                            largest);
-    residuals.addSigns(parameters, largest);
-    return residuals;
+    VoVector<Sum> balances(problem.numberConstraints());
+    for (std::size_t i = 0; i < balances.size(); ++i) {
+        balances.data()[i] = Product(problem.coefficients(i), parameters);
+        balances.data()[i].add(problem.bound(i), -1);
+    }
+    return balances;
 }
 
-// For a problem to be made largest, multipliers prove a bound when for each parameter they add up to at least its
-// coefficient in the objective; for one to be made smallest, at most.
-Residuals DualResiduals(const VoLinearProblem& problem, const VoVector<double>& multipliers)
+// How much more the multipliers pay for each parameter than its coefficient in the objective. For a problem to be made
+// largest they prove a bound when that is nowhere below zero; for one to be made smallest, nowhere above.
+VoVector<Sum> DualBalances(const VoLinearProblem& problem, const VoVector<double>& multipliers)
 {
-    VoVector<Sum> sums(problem.numberParameters());
+    VoVector<Sum> balances(problem.numberParameters());
     for (std::size_t i = 0; i < problem.numberConstraints(); ++i) {
         const VoVector<double>& coefficients = problem.coefficients(i);
-        for (std::size_t j = 0; j < sums.size(); ++j)
-            sums.data()[j].add(coefficients.data()[j], multipliers.data()[i]);
+        for (std::size_t j = 0; j < balances.size(); ++j)
+            balances.data()[j].add(coefficients.data()[j], multipliers.data()[i]);
     }
+    for (std::size_t j = 0; j < balances.size(); ++j)
+        balances.data()[j].add(problem.objective().data()[j], -1);
+    return balances;
+}
 
-    Residuals residuals;
-    const double largest = LargestMagnitude(multipliers);
-    for (std::size_t j = 0; j < sums.size(); ++j)
-        residuals.addExcess(sums.data()[j], problem.objective().data()[j], -BreakingDirection(problem), largest);
-    residuals.addSigns(multipliers, largest);
-    return residuals;
+// What all that is left in the inequalities is worth in the objective.
+double Worth(const VoVector<Sum>& balances, const VoVector<double>& prices)
+{
+    double worth = 0;
+    for (std::size_t i = 0; i < balances.size(); ++i)
+        worth += std::fabs(balances.data()[i].value() * prices.data()[i]);
+    return worth;
+}
+
+// Whether a constraint is broken by a good part of its bound, or of the largest one where it has none, however large
+// the terms that cancel each other in it.
+bool BreaksABound(const VoLinearProblem& problem, const VoVector<Sum>& balances)
+{
+    double largest = 0;
+    for (std::size_t i = 0; i < balances.size(); ++i)
+        largest = std::max(largest, std::fabs(problem.bound(i)));
+    for (std::size_t i = 0; i < balances.size(); ++i) {
+        const double bound = problem.bound(i) == 0 ? largest : std::fabs(problem.bound(i));
+        if (bound > 0 && BreakingDirection(problem) * balances.data()[i].value() > GoodPart * bound)
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -137,31 +166,48 @@ VoLinearProblemCertificate::VoLinearProblemCertificate(const VoLinearProblem& pr
                                                        const VoLinearProblemSolution& solution)
 {
     const VoVector<double> unknown(problem.numberConstraints());
+    const VoVector<double>& parameters = solution.parameters;
     const VoVector<double>& multipliers = solution.multipliers.isEmpty() ? unknown : solution.multipliers;
-    if (solution.parameters.size() != problem.numberParameters() || multipliers.size() != problem.numberConstraints())
+    if (parameters.size() != problem.numberParameters() || multipliers.size() != problem.numberConstraints())
         throw VoInvalidNumberCoefficientsException();
 
     d = std::make_unique<Private>();
     d->zeroRatioPassedOver = solution.zeroRatioPassedOver;
-    d->primal = PrimalResiduals(problem, solution.parameters);
-    d->dual = DualResiduals(problem, multipliers);
-
-    const Sum objective = Product(problem.objective(), solution.parameters);
+    const double breaking = BreakingDirection(problem);
+    const VoVector<Sum> primal = PrimalBalances(problem, parameters);
+    const VoVector<Sum> dual = DualBalances(problem, multipliers);
+    const Sum objective = Product(problem.objective(), parameters);
     Sum limit;
-    for (std::size_t i = 0; i < problem.numberConstraints(); ++i)
+    for (std::size_t i = 0; i < primal.size(); ++i)
         limit.add(problem.bound(i), multipliers.data()[i]);
-    d->gap = BreakingDirection(problem) * (limit.value - objective.value);
-    d->valueError = solution.value - objective.value;
 
-    const double tolerance = Tolerance * (objective.magnitude + limit.magnitude);
-    const bool valueIsObjective = std::fabs(d->valueError) <= tolerance;
-    const bool gapIsClosed = std::fabs(d->gap) <= tolerance;
-    if (d->primal.significant || !AllFinite(solution.parameters) || !std::isfinite(solution.value))
-        d->verdict = Verdict::Infeasible;
-    else if (d->dual.significant || !AllFinite(multipliers) || !gapIsClosed || !valueIsObjective)
-        d->verdict = Verdict::Feasible;
-    else
+    for (const Sum& balance : primal)
+        d->primal.add(breaking * balance.value(), balance.tolerance());
+    for (std::size_t j = 0; j < parameters.size(); ++j)
+        d->primal.addSign(
+            parameters.data()[j], primal, [&](std::size_t i) { return problem.coefficients(i).data()[j]; },
+            problem.objective().data()[j], objective);
+    for (const Sum& balance : dual)
+        d->dual.add(-breaking * balance.value(), balance.tolerance());
+    for (std::size_t i = 0; i < multipliers.size(); ++i)
+        d->dual.addSign(
+            multipliers.data()[i], dual, [&](std::size_t j) { return problem.coefficients(i).data()[j]; },
+            problem.bound(i), limit);
+
+    d->gap = breaking * (limit.value() - objective.value());
+    d->valueError = solution.value - objective.value();
+    // An answer that runs away on a pivot that is nothing but rounding keeps each constraint within its own large
+    // terms. What is left of those terms, at the prices of the other side, is then worth as much as the objective. The
+    // smaller sum of the two is the measure: terms that ran away and cancel each other prove nothing of the other one.
+    const double tolerance = std::min(objective.tolerance(), limit.tolerance());
+    const double left = Worth(primal, multipliers) + Worth(dual, parameters);
+    const bool kept = !d->primal.significant && AllFinite(parameters) && std::isfinite(solution.value);
+    const bool proven = !d->dual.significant && AllFinite(multipliers) && left <= tolerance &&
+                        std::fabs(d->gap) <= tolerance && std::fabs(d->valueError) <= objective.tolerance();
+    if (kept && proven)
         d->verdict = Verdict::Optimal;
+    else
+        d->verdict = kept && !BreaksABound(problem, primal) ? Verdict::Feasible : Verdict::Infeasible;
 }
 
 VoLinearProblemCertificate::VoLinearProblemCertificate(const VoLinearProblemCertificate& other)

@@ -21,7 +21,9 @@ struct VoLinearProblemSolution;
 ///     if (certificate.verdict() != VoLinearProblemCertificate::Verdict::Optimal)
 ///         refuse();
 ///
-/// Rounding is allowed for: a residual counts from 1e-9 of the numbers that it is the difference of. A value.
+/// Rounding is allowed for: a residual counts from 1e-9 of the terms that it is the sum of, its bound and each product.
+/// For Verdict::Optimal what is left in all constraints must besides be worth no more than 1e-9 of the objective, so
+/// that no answer passes because it is large. A value.
 class VOCORE_EXPORT VoLinearProblemCertificate
 {
 public:

@@ -31,14 +31,27 @@ public:
 
     /// The number with that many decimal places, or with zeros in that many places before the point when @p digits is
     /// negative, that is nearest to the exact value; half way between two, the one of larger magnitude. 2.675 lies
-    /// below half way, so that Round(2.675, 2) is 2.67. Infinities and NaN stay.
+    /// below half way, so that Round(2.675, 2) is 2.67. The result is the nearest double to that number. Infinities and
+    /// NaN stay.
     /// @throw VoDomainException when @p digits is not in -22 .. 22
     static double Round(double value, int digits);
 
-    /// The height at @p x of the straight line through (@p x0, @p y0) and (@p x1, @p y1), exact at both.
+    /// The height at @p x of the straight line through (@p x0, @p y0) and (@p x1, @p y1), exact at both; also where the
+    /// distance of the two is more than a double holds.
     /// @throw VoDivideByZeroException when @p x0 equals @p x1
     static double Interpolate(double x, double x0, double y0, double x1, double y1);
 
-    /// An angle in radians.
-    static double DegreesToRadians(double degrees);
+    /// Interpolate() over an axis that is divided logarithmically, as frequencies mostly are; exact at both ends.
+    /// @throw VoDomainException when one of @p x, @p x0 and @p x1 is not a finite number above 0
+    /// @throw VoDivideByZeroException when @p x0 equals @p x1
+    static double InterpolateLogarithmic(double x, double x0, double y0, double x1, double y1);
+
+    /// The ratio of two amplitudes (voltages, currents) in decibels: 20 log10(ratio); -infinity for 0. That of two
+    /// powers is half of it.
+    /// @throw VoDomainException when @p ratio is negative or NaN
+    static double Decibels(double ratio);
+    static double RatioOfDecibels(double decibels); ///< The ratio of amplitudes that Decibels() gives so many for.
+
+    static double DegreesToRadians(double degrees); ///< An angle of degrees in radians.
+    static double RadiansToDegrees(double radians); ///< An angle of radians in degrees.
 };

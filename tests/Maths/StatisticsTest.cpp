@@ -7,6 +7,7 @@
 #include <Maths/VoRandom.h>
 #include <Maths/VoStatistics.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -47,12 +48,74 @@ TEST(Statistics, InterpolatesQuantiles)
         EXPECT_THROW(sample.quantile(q), VoDomainException) << q;
 }
 
-TEST(Statistics, KeepsItsDigitsFarFromZero)
+// Beside the same in twice the digits.
+TEST(Statistics, KeepsItsDigitsWhereverTheSampleLies)
 {
-    VoStatistics sample;
-    for (int i = 0; i < 100000; ++i)
-        sample.add(1e9 + i % 2);
-    EXPECT_NEAR(sample.variance(), 0.25 * 100000 / 99999, 1e-9);
+    VoRandom random(22);
+    for (const auto& [middle, width] :
+         {std::pair{1e9, 1.0}, {-1e15, 8.0}, {0.0, 1e-200}, {0.0, 1e300}, {1e300, 1e290}}) {
+        VoStatistics sample;
+        std::array<long double, 1000> distances{};
+        long double mean = 0;
+        for (long double& distance : distances) {
+            const double value = middle + width * random.uniform();
+            sample.add(value);
+            distance = (static_cast<long double>(value) - middle) / width;
+            mean += distance / 1000;
+        }
+        long double squares = 0;
+        for (long double distance : distances)
+            squares += (distance - mean) * (distance - mean);
+        EXPECT_DOUBLE_EQ(sample.mean(), static_cast<double>(middle + mean * width));
+        EXPECT_DOUBLE_EQ(sample.standardDeviation() / width, static_cast<double>(std::sqrt(squares / 999)));
+    }
+    EXPECT_DOUBLE_EQ(VoStatistics({1e308, -1e308, 1e308}).mean(), 1e308 / 3);
+    EXPECT_EQ(VoStatistics({1e308, 1e308, -1e308}).sum(), 1e308);
+    EXPECT_DOUBLE_EQ(VoStatistics({-1e308, 1e308}).standardDeviation() / 1e308, std::sqrt(2.0));
+    EXPECT_EQ(VoStatistics({0.1, 0.1, 0.1}).variance(), 0);
+    EXPECT_EQ(VoStatistics({1, Infinity}).mean(), Infinity);
+    EXPECT_TRUE(std::isnan(VoStatistics({1, Infinity}).variance()));
+    EXPECT_TRUE(std::isnan(VoStatistics({Infinity, Infinity}).variance()));
+}
+
+// Numbers of tables and of other programs.
+TEST(Statistics, DescribesShapeAndConfidence)
+{
+    const VoStatistics sample({2, 4, 4, 4, 5, 5, 7, 9});
+    EXPECT_NEAR(sample.skewness(), 0.8184875533567997, 1e-14);
+    EXPECT_NEAR(sample.kurtosis(), 0.940625, 1e-14);
+    EXPECT_TRUE(std::isnan(VoStatistics({3, 3, 3, 3}).skewness()));
+
+    // Two values one apart are half a standard error from their mean on either side.
+    for (const auto& [confidence, reach] : {std::pair{0.95, 12.706204736174698}, {0.99, 63.65674116287399}})
+        EXPECT_NEAR(VoStatistics({0, 1}).meanInterval(confidence).second, 0.5 + reach / 2, 1e-9);
+    for (const auto& [count, reach] : {std::pair{3, 4.302652729749462},
+                                       {11, 2.2281388519649385},
+                                       {30, 2.045229642132703},
+                                       {300, 1.9679296690653618},
+                                       {301, 1.9679030112607843},
+                                       {1001, 1.9623390808264078}}) {
+        VoStatistics alternating;
+        for (int i = 0; i < count; ++i)
+            alternating.add(i % 2);
+        const auto interval = alternating.meanInterval();
+        EXPECT_NEAR((interval.second - interval.first) / 2 / alternating.standardDeviation() * std::sqrt(count), reach,
+                    1e-9)
+            << count;
+    }
+    EXPECT_THROW(sample.meanInterval(1), VoDomainException);
+
+    const VoStatistics runs({1, 2, 3, 4, 5, 6, 7, 8, 9, NotANumber});
+    EXPECT_EQ(runs.yield(2, 9), 0.8);
+    const auto yield = runs.yieldInterval(2, 9);
+    EXPECT_NEAR(yield.first, 0.49016, 1e-5);
+    EXPECT_NEAR(yield.second, 0.94331, 1e-5);
+    EXPECT_EQ(runs.yieldInterval(20, 30).first, 0);
+
+    EXPECT_DOUBLE_EQ(VoStatistics::Correlation({1, 2, 3, NotANumber}, {1e308, 1.2e308, 1.4e308, 0}), 1);
+    EXPECT_NEAR(VoStatistics::Correlation({1, 2, 3, 4}, {1, 3, 2, 4}), 0.8, 1e-15);
+    EXPECT_TRUE(std::isnan(VoStatistics::Correlation({1, 1}, {1, 2})));
+    EXPECT_THROW(VoStatistics::Correlation({1}, {}), VoInvalidParameterException);
 }
 
 TEST(Statistics, MergedPartsEqualTheWhole)
