@@ -365,30 +365,59 @@ private:
         m_rows.push_back(std::move(row));
     }
 
-    // Variables are not negative without being told; nothing else may be said of them.
+    // Variables are not negative and have no limit without being told; nothing else may be said of them.
     void parseBounds()
     {
         m_scanner.take();
         while (peek().kind != Token::Section && peek().kind != Token::TextEnd) {
             const std::size_t line = peek().line;
-            bool fits = parseBoundSide();
-            const Token relation = m_scanner.take();
-            fits = fits && relation.kind == Token::Relation && relation.symbol == (m_sideIsVariable ? '>' : '<');
-            const bool startedWithVariable = m_sideIsVariable;
-            fits = fits && parseBoundSide() && m_sideIsVariable != startedWithVariable;
-            if (!fits || peek().kind == Token::Relation)
-                Refuse(line, "Only the bound \">= 0\" of a variable fits the solver");
+            bool fits = false;
+            Side left = parseBoundSide();
+            int relations = 0;
+            do {
+                const Token relation = m_scanner.take();
+                const Side right = parseBoundSide();
+                fits = relation.kind == Token::Relation && SaysNothing(left, relation.symbol, right) &&
+                       (++relations == 1 || left == Side::Variable);
+                left = right;
+            } while (fits && peek().kind == Token::Relation);
+            if (!fits)
+                Refuse(line, "Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver");
         }
     }
 
-    // A known variable or zero.
-    bool parseBoundSide()
+    enum class Side
     {
+        Variable,
+        Zero,
+        Infinity,
+        Other
+    };
+
+    static bool SaysNothing(Side left, char relation, Side right)
+    {
+        if (right == Side::Variable && left != Side::Variable)
+            return SaysNothing(right, relation == '<' ? '>' : relation == '>' ? '<' : relation, left);
+        return left == Side::Variable &&
+               ((relation == '>' && right == Side::Zero) || (relation == '<' && right == Side::Infinity));
+    }
+
+    // Infinity has a sign; without one it is the name of a variable.
+    Side parseBoundSide()
+    {
+        const bool isSigned = peek().kind == Token::Sign;
+        const double sign = parseSigns();
         const Token token = m_scanner.take();
-        m_sideIsVariable = token.kind == Token::Name;
-        if (m_sideIsVariable && m_variables.find(std::string(token.text)) == m_variables.end())
+        if (token.kind == Token::Number)
+            return token.number == 0 ? Side::Zero : Side::Other;
+        if (token.kind != Token::Name)
+            return Side::Other;
+        const std::string name = Lowered(token.text);
+        if (isSigned)
+            return sign > 0 && (name == "inf" || name == "infinity") ? Side::Infinity : Side::Other;
+        if (m_variables.find(std::string(token.text)) == m_variables.end())
             Refuse(token.line, "Unknown variable " + Quoted(token.text));
-        return m_sideIsVariable || (token.kind == Token::Number && token.number == 0);
+        return Side::Variable;
     }
 
     std::string parseLabel(std::string otherwise)
@@ -487,7 +516,6 @@ private:
 
     Scanner m_scanner;
     bool m_maximise = true;
-    bool m_sideIsVariable = false; // of the side of a bound read last
     Row m_objective;
     std::vector<Row> m_rows;
     std::vector<std::string> m_names;

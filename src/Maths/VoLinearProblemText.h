@@ -17,9 +17,10 @@
 ///
 /// Read is what VoSimplexAlgorithm can solve: one objective; with "maximize" constraints "<=" whose bounds are not
 /// negative; with "minimize" as many constraints ">=" as there are variables, and objective coefficients that are not
-/// negative. A section "bounds" may repeat that variables are not negative. All else is refused with the number of the
-/// line: equations, ranges, other bounds, integer and binary variables, constants in expressions, products of
-/// variables. Keywords are read in any case and in their usual short forms; names count with their case.
+/// negative. A section "bounds" may repeat that variables are not negative and have no limit ("<= +inf"). All else is
+/// refused with the number of the line: equations, ranges, other bounds, integer and binary variables, constants in
+/// expressions, products of variables. Keywords are read in any case and in their usual short forms; names count with
+/// their case.
 struct VOCORE_EXPORT VoLinearProblemText
 {
     VoLinearProblem problem;            ///< What the text states.

@@ -15,7 +15,7 @@ TEST(LinearProblemText, ReadsTheFormatInItsUsualSpellings)
                                                  "Subject  To\n"
                                                  "hours: x + y\n <= 4 \\ not the end\n"
                                                  " + x + .5 z =< + 6 - x + 0 Y < 7\n"
-                                                 "Bounds x >= 0 0 <= y\n"
+                                                 "Bounds x >= 0 0 <= y\n z <= +inf +Infinity >= Y 0 <= x <= +INF\n"
                                                  "END\n \\ the end\n");
     EXPECT_EQ(text.objectiveName, "profit");
     EXPECT_EQ(text.parameterNames, (VoVector<VoString>{"x", "y", "z", "Y"}));
@@ -77,11 +77,23 @@ TEST(LinearProblemText, RefusesWhatTheSolverCannotTakeAndSaysWhere)
         {"max [ x ^ 2 ] st x <= 1 end", "Line 1: Character not expected: \"[\""},
         {"max 1e999 x st x <= 1 end", "Line 1: Number out of range: \"1e999\""},
         {"max . x st x <= 1 end", "Line 1: Number expected"},
-        {"max x st x <= 1\nbounds\nx <= 4\nend", "Line 3: Only the bound \">= 0\" of a variable fits the solver"},
-        {"max x st x <= 1\nbounds\nx >= 1\nend", "Line 3: Only the bound \">= 0\" of a variable fits the solver"},
-        {"max x st x <= 1\nbounds\n0 <= x <= 1\nend", "Line 3: Only the bound \">= 0\" of a variable fits the solver"},
-        {"max x st x <= 1\nbounds x free end", "Line 2: Only the bound \">= 0\" of a variable fits the solver"},
+        {"max x st x <= 1\nbounds\nx <= 4\nend",
+         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
+        {"max x st x <= 1\nbounds\nx >= 1\nend",
+         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
+        {"max x st x <= 1\nbounds\n0 <= x <= 1\nend",
+         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
+        {"max x st x <= 1\nbounds\nx >= -inf\nend",
+         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
+        {"max x st x <= 1\nbounds\n+inf <= x\nend",
+         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
+        {"max x st x <= 1\nbounds\nx >= 0 <= x\nend",
+         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
+        {"max x st x <= 1\nbounds x free end",
+         "Line 2: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
         {"max x st x <= 1\nbounds\nw >= 0\nend", "Line 3: Unknown variable \"w\""},
+        {"max x st x <= 1\nbounds\nx <= inf\nend", "Line 3: Unknown variable \"inf\""},
+        {"max x st x <= +inf end", "Line 1: Number expected, not \"inf\""},
         {"max x st x <= 1\ninteger x end", "Line 2: Section \"integer\" does not fit the solver"},
         {"max x st x <= 1\nsemi-continuous x end", "Line 2: Section \"semi-continuous\" does not fit the solver"},
     };

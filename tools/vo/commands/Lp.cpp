@@ -107,8 +107,8 @@ Command LpCommand()
         "PROBLEM",
         "solve a linear problem and check the answer",
         "Solves a linear problem in the common text format: one objective, \"<=\" constraints with bounds that are\n"
-        "not negative when maximizing; as many \">=\" constraints as variables when minimizing. Anything else is\n"
-        "refused with the number of the line. The answer is checked apart from the solver, and the exit code is 7\n"
+        "not negative when maximizing; as many \">=\" constraints as variables when minimizing. Bounds may only say\n"
+        "what holds anyhow: \"x >= 0\", \"x <= +inf\". Anything else is refused with the number of the line. The answer is checked apart from the solver, and the exit code is 7\n"
         "unless it is proven optimal.\n",
         {{"iterations", "N", "make at most N iterations, instead of 1000000"}},
         1,
