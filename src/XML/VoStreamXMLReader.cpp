@@ -53,6 +53,11 @@ VoStreamXMLElementReader VoStreamXMLReader::currentElement() const
     return VoStreamXMLElementReader(d->engine.stack().back());
 }
 
+VoString VoStreamXMLReader::namespaceUri() const
+{
+    return VoString(d->engine.qt().namespaceUri().toString());
+}
+
 void VoStreamXMLReader::finish()
 {
     d->engine.finish();

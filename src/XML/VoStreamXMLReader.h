@@ -39,6 +39,8 @@ public:
     std::optional<VoStreamXMLElementReader> nextElement();
     /// The innermost open element. Throws VoNullXMLStreamElementException when there is none.
     VoStreamXMLElementReader currentElement() const;
+    /// The namespace of the element whose start or end tag was read last; empty for none.
+    VoString namespaceUri() const;
     /// Reads to the end of the document, closing everything, so that whatever is wrong behind the part read so far
     /// shows.
     void finish();

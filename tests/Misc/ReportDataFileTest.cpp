@@ -3,9 +3,11 @@
 #include <Core/VoFileException.h>
 #include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
+#include <IO/VoStringDevice.h>
 #include <Maths/VoRandom.h>
 #include <Misc/XMLReport/ReportDataFile.h>
 #include <Misc/XMLReport/ReportPages.h>
+#include <XML/VoXMLValidator.h>
 
 #include <cmath>
 #include <cstring>
@@ -53,8 +55,8 @@ Cases RandomCases(VoRandom& random, std::size_t results)
         return random.integer(0, 4) == 0 ? odd[random.integer(0, 4)] : random.normal(0, 1e3);
     };
     const auto text = [&] {
-        const char* texts[] = {"", "R1", "a <b> & \"c\" %s", "\xc2\xb5\xe2\x82\xac", "x  y"};
-        return YString(texts[random.integer(0, 4)]);
+        const char* texts[] = {"", "R1", "a <b> & \"c\" %s", "\xc2\xb5\xe2\x82\xac", "x  y", " \t\r\n"};
+        return YString(texts[random.integer(0, 5)]);
     };
     Cases cases;
     for (int i = 0; i < 12; ++i) {
@@ -78,15 +80,34 @@ Cases RandomCases(VoRandom& random, std::size_t results)
     return cases;
 }
 
+const std::string Root = "<results xmlns=\"https://schemas.example.org/schemas/application/msw/\">";
+
 class ReportDataFiles : public vo::test::ReportTest
 {
 protected:
     VoFilePath file() const { return VoFilePath(VoString(nativePath("results.xml"))); }
 
+    VoXMLValidator schema() const
+    {
+        write(nativePath("results.xsd"), ReportDataFile::Schema().toStdString());
+        return VoXMLValidator(VoFilePath(VoString(nativePath("results.xsd"))));
+    }
+
+    // What was written is valid; where it says that the schema is found is nowhere to be reached from here.
+    void expectValid() const
+    {
+        std::string text = content(nativePath("results.xml"));
+        const std::size_t place = text.find(" xsi:schemaLocation=");
+        ASSERT_NE(place, std::string::npos);
+        text.erase(place, text.find('>', place) - place);
+        VoStringDevice device{VoString(text)};
+        EXPECT_NO_THROW(schema().validate(device)) << text;
+    }
+
     // The document with its parts replaced; a sound one as it is.
     static std::string document(const std::string& cases = "", const std::string& header = R"(analysis="sensitivity")")
     {
-        return "<results><header " + header + " cores=\"2\"><meritfunction name=\"Gain\"/></header>" + cases +
+        return Root + "<header " + header + " cores=\"2\"><meritfunction name=\"Gain\"/></header>" + cases +
                "</results>";
     }
 };
@@ -107,6 +128,7 @@ TEST_F(ReportDataFiles, GiveBackWhatWasWritten)
         header.analysis = analysis;
         const Cases cases = RandomCases(random, header.resultNames.size());
         ReportDataFile::Write(file(), cases, header);
+        expectValid();
         Cases readCases;
         XMLReportHeader readHeader;
         ASSERT_TRUE(sp_CompileSensReportData(path("results.xml"), &readCases, &readHeader));
@@ -154,6 +176,8 @@ TEST_F(ReportDataFiles, ThatAreNotSoundAreRefusedAndNothingChanges)
     };
     write(nativePath("results.xml"), inCase(result));
     ASSERT_NO_THROW(ReportDataFile::Read(file())) << "the rows below differ from this one in their fault only";
+    const VoXMLValidator validator = schema();
+    EXPECT_TRUE(validator.isValid(file()));
 
     const std::pair<std::string, const char*> rows[] = {
         {"", nullptr},
@@ -161,14 +185,21 @@ TEST_F(ReportDataFiles, ThatAreNotSoundAreRefusedAndNothingChanges)
         {inCase(result) + "<results/>", nullptr},
         {"<!DOCTYPE results [<!ENTITY a \"b\">]>" + document(), nullptr},
         {"<result/>", "Root element \"results\" expected"},
-        {"<results/>", "Element \"results\": header missing"},
+        {Root + "</results>", "Element \"results\": header missing"},
+        {"<Results xmlns=\"https://schemas.example.org/schemas/application/msw/\"/>",
+         "Root element \"results\" expected"},
+        {"<results/>",
+         "Namespace \"https://schemas.example.org/schemas/application/msw/\" of the root element expected, "
+         "not \"\""},
+        {Root + "<header xmlns=\"urn:other\" analysis=\"worstcase\" cores=\"1\"/></results>",
+         "Element \"results\": header missing"},
         {document("", "analysis=\"noise\""), "Element \"header\": invalid analysis \"noise\""},
         {document("", "analysis=\"Sensitivity\""), "Element \"header\": invalid analysis \"Sensitivity\""},
         {document("", ""), nullptr},
-        {"<results><header analysis=\"montecarlo\" cores=\"2147483648\"/></results>",
+        {Root + "<header analysis=\"montecarlo\" cores=\"2147483648\"/></results>",
          "Element \"header\": invalid cores \"2147483648\""},
         {document("<header analysis=\"montecarlo\" cores=\"1\"/>"), "Element \"header\": given twice"},
-        {"<results><case id=\"1\"/></results>", "Element \"case\": given before the header"},
+        {Root + "<case id=\"1\"/></results>", "Element \"case\": given before the header"},
         {document("<case id=\"1\"/><case id=\"1\"/>"), "Element \"case\": id 1 given twice"},
         {document("<case/>"), nullptr},
         {document("<case id=\" 1\"/>"), "Element \"case\": invalid id \" 1\""},
@@ -190,6 +221,12 @@ TEST_F(ReportDataFiles, ThatAreNotSoundAreRefusedAndNothingChanges)
         EXPECT_FALSE(sp_CompileSensReportData(path("results.xml"), &cases, &header)) << text;
         EXPECT_TRUE(cases.size() == 1 && cases.find(9)) << text;
         EXPECT_EQ(header.title, YString("before")) << text;
+        // What a schema cannot say is left to the reader.
+        const std::string reason = message ? message : "";
+        if (reason.find("more results") == std::string::npos && reason.find("invalid index") == std::string::npos &&
+            text.find("DOCTYPE") == std::string::npos && text.find("\" 1\"") == std::string::npos) {
+            EXPECT_FALSE(validator.isValid(file())) << text;
+        }
         if (message) {
             EXPECT_THROW_MSG(ReportDataFile::Read(file()), VoValidationException, message) << text;
         }
@@ -224,10 +261,16 @@ TEST_F(ReportDataFiles, ThatAreMissingOrNoFilesAreRefused)
     EXPECT_THROW(ReportDataFile::Read(VoFilePath(VoString("/"))), VoException);
 }
 
-TEST_F(ReportDataFiles, KeepTheOldOneWhenATextCannotBeWritten)
+TEST_F(ReportDataFiles, KeepTheOldOneWhenTheyCannotBeWritten)
 {
     write(nativePath("results.xml"), "old");
     XMLReportHeader header;
+    const Cases cases = vo::test::Table({vo::test::Case(7, {vo::test::Result(1, 0)}, {})});
+    EXPECT_THROW_MSG(ReportDataFile::Write(file(), cases, header), VoValidationException,
+                     "Case 7: more results than the header names");
+    header.analysis = static_cast<XMLReportHeader::Analysis>(3);
+    EXPECT_THROW_MSG(ReportDataFile::Write(file(), {}, header), VoValidationException, "Invalid analysis");
+    header.analysis = XMLReportHeader::Analysis::WorstCase;
     header.title = "\x01";
     EXPECT_THROW_MSG(ReportDataFile::Write(file(), {}, header), VoInvalidXMLOperation, "Character not allowed in XML");
     EXPECT_EQ(content(nativePath("results.xml")), "old");
@@ -238,8 +281,9 @@ TEST_F(ReportDataFiles, ReadStepsInTheirOrder)
 {
     const std::string number = std::string("\"") + One + "\"";
     write(nativePath("results.xml"),
-          "<results><header analysis=\"worstcase\" cores=\"1\"><meritfunction name=\"a\"/><meritfunction name=\"b\"/>"
-          "</header><case id=\"4\"><step index=\"0\"><parameter refdes=\"R1\" nominal=" +
+          Root +
+              "<header analysis=\"worstcase\" cores=\"1\"><meritfunction name=\"a\"/><meritfunction name=\"b\"/>"
+              "</header><case id=\"4\"><step index=\"0\"><parameter refdes=\"R1\" nominal=" +
               number + " value=" + number + "/><meritfunction index=\"0\" reference=" + number + " delta=" + number +
               "/><note/></step><note><parameter/></note><step index=\"1\"><parameter variable=\"v\" nominal=" + number +
               " value=" + number + "/><meritfunction index=\"1\" reference=" + number + " delta=" + number +

@@ -22,6 +22,10 @@ foreach(private IN ITEMS FileSystem/NativePath.h Updater/UpdatePlan.h Core/CaseF
     endif()
 endforeach()
 
+if(NOT EXISTS "${prefix}/share/VoCore/schemas/results.xsd")
+    message(FATAL_ERROR "the schema of the results file is not installed")
+endif()
+
 run("${prefix}/bin/vo" --version)
 if(NOT output STREQUAL "vo ${VERSION}\n")
     message(FATAL_ERROR "the installed tool says \"${output}\"")

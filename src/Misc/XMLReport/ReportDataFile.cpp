@@ -9,6 +9,7 @@
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFilePath.h>
 #include <Misc/XMLReport/ReportPages.h>
+#include <Misc/XMLReport/ResultsSchema.h>
 #include <Subsystem/VoLogging.h>
 #include <XML/VoStreamXMLReader.h>
 #include <XML/VoXMLStreamElementWriter.h>
@@ -59,13 +60,28 @@ void WriteInteger(VoXMLElementWriter& element, const char* name, long long value
     element.writeAttribute(name, VoString(vo::detail::IntegerText(value)));
 }
 
+const char* NameOf(Analysis analysis)
+{
+    for (const auto& [known, name] : AnalysisNames)
+        if (known == analysis)
+            return name;
+    throw VoValidationException("Invalid analysis");
+}
+
+// Refuses what Read() would refuse.
+void RequireReadable(const YHashTable<XMLReportInfo>& cases, const XMLReportHeader& header)
+{
+    NameOf(header.analysis);
+    for (const auto& [number, info] : cases)
+        if (info.results.size() > header.resultNames.size())
+            throw VoValidationException("Case " + VoString(number) + ": more results than the header names");
+}
+
 void WriteHeader(VoXMLElementWriter& root, const XMLReportHeader& header)
 {
     const auto element = Child(root, "header");
     element->writeAttribute("date", header.date);
-    for (const auto& [analysis, name] : AnalysisNames)
-        if (analysis == header.analysis)
-            element->writeAttribute("analysis", name);
+    element->writeAttribute("analysis", NameOf(header.analysis));
     element->writeAttribute("card", header.card);
     element->writeAttribute("title", header.title);
     WriteInteger(*element, "cores", header.cores);
@@ -110,6 +126,19 @@ void WriteCase(VoXMLElementWriter& root, int number, const XMLReportInfo& info)
 }
 
 // Reading.
+
+using Reader = VoStreamXMLReader;
+
+bool IsNamed(const Element& element, const char* name)
+{
+    return element.name().equal(name, VoString::CaseSensitive);
+}
+
+// Whether the element whose start has just been read is the one of that name and not one that somebody else added.
+bool Is(const Reader& reader, const Element& element, const char* name)
+{
+    return IsNamed(element, name) && reader.namespaceUri().equal(Namespace(), VoString::CaseSensitive);
+}
 
 [[noreturn]] void Refuse(const Element& element, const VoString& reason)
 {
@@ -160,7 +189,7 @@ Analysis ReadAnalysis(const Element& element)
     Refuse(element, "invalid analysis \"" + text + "\"");
 }
 
-XMLReportHeader ReadHeader(Element& element)
+XMLReportHeader ReadHeader(const Reader& reader, Element& element)
 {
     XMLReportHeader header;
     header.analysis = ReadAnalysis(element);
@@ -168,8 +197,8 @@ XMLReportHeader ReadHeader(Element& element)
     header.card = ReadText(element, "card");
     header.title = ReadText(element, "title");
     header.cores = ReadInteger<std::int32_t>(element, "cores");
-    element.forEachChild([&header](Element& child) {
-        if (child.name() == "meritfunction")
+    element.forEachChild([&](Element& child) {
+        if (Is(reader, child, "meritfunction"))
             header.resultNames.pushBack(child.readAttribute("name").toYString());
     });
     return header;
@@ -201,7 +230,7 @@ XMLReportInfo::Result ReadResult(const Element& element, std::size_t index, std:
 }
 
 // The steps of a case continue one another.
-XMLReportInfo ReadCase(Element& element, const XMLReportHeader& header)
+XMLReportInfo ReadCase(const Reader& reader, Element& element, const XMLReportHeader& header)
 {
     XMLReportInfo info;
     info.caseID = ReadInteger<std::int32_t>(element, "id");
@@ -209,12 +238,12 @@ XMLReportInfo ReadCase(Element& element, const XMLReportHeader& header)
     if (element.hasAttribute("seed"))
         info.seed = ReadInteger<std::int64_t>(element, "seed");
     element.forEachChild([&](Element& step) {
-        if (!(step.name() == "step"))
+        if (!Is(reader, step, "step"))
             return;
         step.forEachChild([&](Element& child) {
-            if (child.name() == "parameter")
+            if (Is(reader, child, "parameter"))
                 info.lotItems.pushBack(ReadLotItem(child));
-            else if (child.name() == "meritfunction")
+            else if (Is(reader, child, "meritfunction"))
                 info.results.pushBack(ReadResult(child, info.results.size(), header.resultNames.size()));
         });
     });
@@ -222,19 +251,19 @@ XMLReportInfo ReadCase(Element& element, const XMLReportHeader& header)
     return info;
 }
 
-ReportDataFile ReadResults(Element& root)
+ReportDataFile ReadResults(const Reader& reader, Element& root)
 {
     ReportDataFile data;
     bool hasHeader = false;
     root.forEachChild([&](Element& child) {
-        if (child.name() == "header") {
+        if (Is(reader, child, "header")) {
             if (std::exchange(hasHeader, true))
                 Refuse(child, "given twice");
-            data.header = ReadHeader(child);
-        } else if (child.name() == "case") {
+            data.header = ReadHeader(reader, child);
+        } else if (Is(reader, child, "case")) {
             if (!hasHeader)
                 Refuse(child, "given before the header");
-            XMLReportInfo info = ReadCase(child, data.header);
+            XMLReportInfo info = ReadCase(reader, child, data.header);
             const int number = info.caseID;
             if (data.cases.find(number))
                 Refuse(child, "id " + VoString(number) + " given twice");
@@ -247,7 +276,7 @@ ReportDataFile ReadResults(Element& root)
 }
 
 // The XML layer's device would wait for a pipe.
-void RequireReadable(const VoFilePath& file)
+void RequireFile(const VoFilePath& file)
 {
     std::error_code error;
     const auto opened = vo::detail::NativeFile::OpenForReading(vo::detail::ToNative(file), error);
@@ -261,12 +290,15 @@ void RequireReadable(const VoFilePath& file)
 
 ReportDataFile ReportDataFile::Read(const VoFilePath& file)
 {
-    RequireReadable(file);
-    VoStreamXMLReader reader(file, VoStreamXMLReader::DocumentTypes::Refuse);
+    RequireFile(file);
+    Reader reader(file, Reader::DocumentTypes::Refuse);
     auto root = reader.nextElement();
-    if (!root || !(root->name() == "results"))
+    if (!root || !IsNamed(*root, "results"))
         throw VoValidationException("Root element \"results\" expected");
-    ReportDataFile data = ReadResults(*root);
+    if (!Is(reader, *root, "results"))
+        throw VoValidationException("Namespace \"" + Namespace() + "\" of the root element expected, not \"" +
+                                    reader.namespaceUri() + "\"");
+    ReportDataFile data = ReadResults(reader, *root);
     reader.finish();
     return data;
 }
@@ -274,6 +306,7 @@ ReportDataFile ReportDataFile::Read(const VoFilePath& file)
 void ReportDataFile::Write(const VoFilePath& file, const YHashTable<XMLReportInfo>& cases,
                            const XMLReportHeader& header)
 {
+    RequireReadable(cases, header);
     VoAtomicFileWriter target(file);
     VoXMLStreamWriter writer(target.device(), VoXMLStreamWriter::AutoFormattingSettings(true));
     writer.startDocument();
@@ -288,6 +321,11 @@ void ReportDataFile::Write(const VoFilePath& file, const YHashTable<XMLReportInf
     }
     writer.finishDocument();
     target.commit();
+}
+
+VoString ReportDataFile::Schema()
+{
+    return vo::detail::ResultsSchema;
 }
 
 bool sp_CompileSensReportData(const YString& file, YHashTable<XMLReportInfo>* cases, XMLReportHeader* header)

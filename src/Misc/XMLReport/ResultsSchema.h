@@ -1,0 +1,8 @@
+#pragma once
+
+namespace vo::detail {
+
+/// The text of results.xsd.
+extern const char* const ResultsSchema;
+
+} // namespace vo::detail
