@@ -3,6 +3,7 @@
 #include <Core/VoDeque.h>
 #include <Core/VoException.h>
 #include <Documents/CSVText.h>
+#include <Documents/TextInput.h>
 #include <IO/VoIODevice.h>
 #include <IO/VoIOException.h>
 
@@ -18,7 +19,7 @@ constexpr std::size_t blockSize = 256 * 1024;
 constexpr std::size_t longestField = 64 * 1024 * 1024;
 constexpr std::size_t longestRow = 256 * 1024 * 1024;
 constexpr std::size_t mostFields = 1 << 20;
-constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
+constexpr std::size_t leastRoom = 64; // for a reading from the input
 
 // A field by its place behind the beginning of its row, which moves when the block is filled up.
 struct Field
@@ -34,6 +35,7 @@ struct VoCSVReader::Private
 {
     Private(VoIODevice& source, const VoCSVFormat& format)
         : device(source)
+        , input(source, format.encoding)
         , separator(format.separator.toStdString())
         , quote(format.quote)
         , block(blockSize)
@@ -53,8 +55,10 @@ struct VoCSVReader::Private
     bool has() { return position < filled || fill(); } // whether there is a byte to be read
     bool follows(std::string_view text);
     [[noreturn]] void fail(const char* what);
+    [[noreturn]] void failWith(const VoString& message);
 
     VoIODevice& device;
+    vo::detail::TextInput input;
     const std::string separator;
     const char quote;
     bool ends[256] = {}; // bytes that may end a field without quotes
@@ -64,21 +68,25 @@ struct VoCSVReader::Private
     std::size_t rowBegin = 0; // of the row in the block
     std::size_t position = 0; // of the next byte to be read
     std::size_t filled = 0;   // bytes in the block
-    bool isAtEnd = false;     // the device has no more
+    bool isAtEnd = false;     // the input has no more
     std::vector<Field> fields;
     std::size_t rows = 0;
-    std::size_t taken = 0; // bytes from the device
     std::optional<VoInvalidParameterException> failure;
 };
 
 void VoCSVReader::Private::fail(const char* what)
 {
+    failWith(VoString(what) + " in CSV at row " + VoString(rows + 1));
+}
+
+void VoCSVReader::Private::failWith(const VoString& message)
+{
     fields.clear();
-    failure.emplace(VoString(what) + " in CSV at row " + VoString(rows + 1));
+    failure.emplace(message);
     throw *failure;
 }
 
-// Gets more bytes behind those of the row, which moves to the front; false at the end of the device.
+// Gets more bytes behind those of the row, which moves to the front; false at the end of the input.
 bool VoCSVReader::Private::fill()
 {
     if (isAtEnd)
@@ -89,14 +97,16 @@ bool VoCSVReader::Private::fill()
         filled -= rowBegin;
         rowBegin = 0;
     }
-    if (filled == block.size()) {
-        if (filled >= longestRow)
+    if (block.size() - filled < leastRoom) {
+        if (block.size() >= longestRow)
             fail("Row too long");
         block.resize(block.size() * 2);
     }
-    const std::size_t count = device.readInto(block.data() + filled, block.size() - filled);
+    const std::size_t count = input.readInto(block.data() + filled, block.size() - filled);
+    if (count == 0 && input.isBroken())
+        failWith("Invalid " + VoString(vo::detail::EncodingName(input.encoding())) + " in CSV at line " +
+                 VoString(input.place().line) + ", column " + VoString(input.place().column));
     filled += count;
-    taken += count;
     isAtEnd = count == 0;
     return !isAtEnd;
 }
@@ -216,8 +226,6 @@ bool VoCSVReader::Private::nextRow()
         throw *failure;
     fields.clear();
     rowBegin = position;
-    if (taken == 0 && follows(byteOrderMark))
-        rowBegin = position += byteOrderMark.size();
     if (!has())
         return false;
     for (;;) {
@@ -305,5 +313,5 @@ std::size_t VoCSVReader::rowNumber() const noexcept
 
 std::size_t VoCSVReader::bytesRead() const noexcept
 {
-    return m_private->taken;
+    return m_private->input.bytesTaken();
 }

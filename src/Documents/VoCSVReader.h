@@ -17,13 +17,16 @@
 ///
 /// Rows end with CRLF, LF or CR; the last one may lack its end. An empty line is a row of one empty field. A field that
 /// begins with the quote ends with the next quote that is not doubled, and may hold separators and line breaks; quotes
-/// elsewhere are taken as they are. Fields are bytes: nothing is decoded but a UTF-8 mark at the beginning, which is
-/// skipped.
+/// elsewhere are taken as they are. Fields are UTF-8 texts, whatever the file is encoded in: a byte-order mark of
+/// UTF-8, UTF-16 or UTF-32 at its beginning says so and is skipped, else the format does.
 ///
 /// Not well formed is, with n the number of the row, counted from 1,
 /// - VoInvalidParameterException "Unterminated quoted field in CSV at row n",
 /// - "Unexpected character after quoted field in CSV at row n",
-/// - "Field too long in CSV at row n" beyond 64 MiB, "Row too long in CSV at row n" beyond 256 MiB or 1,048,576 fields;
+/// - "Field too long in CSV at row n" beyond 64 MiB, "Row too long in CSV at row n" beyond 256 MiB or 1,048,576 fields,
+/// - "Invalid UTF-8 in CSV at line l, column c", or the name of another encoding: bytes that are no character there.
+/// Rows
+///   before them are read. Lines and characters are counted from 1, and line breaks in fields count;
 ///
 /// every further call throws the same again. Belongs to one thread.
 class VOCORE_EXPORT VoCSVReader
@@ -42,7 +45,7 @@ public:
     /// @name The row reached
     /// @{
     std::size_t numberFields() const noexcept; ///< One or more after nextRow() returned true; else 0.
-    /// The bytes of a field, without its quotes; valid until the next row is asked for. Throws
+    /// The text of a field, without its quotes; valid until the next row is asked for. Throws
     /// VoIndexOutOfBoundsException.
     std::string_view field(std::size_t index) const;
     bool isQuoted(std::size_t index) const; ///< Whether the field stood in quotes. Throws as field().

@@ -1,35 +1,44 @@
 #include <Documents/VoCSVWriter.h>
 
-#include <Core/NumberText.h>
 #include <Core/VoDeque.h>
 #include <Core/VoVariant.h>
 #include <Documents/CSVText.h>
+#include <Documents/TextEncoding.h>
 #include <IO/VoIODevice.h>
 #include <IO/VoIOException.h>
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <iterator>
 #include <string>
 
 using vo::detail::DetectedType;
+using vo::detail::TextEncoding;
 
 namespace {
 
 constexpr std::size_t blockSize = 256 * 1024;
 constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
 
+// Kinds of bytes; a byte may be of both.
+constexpr unsigned char special = 1; // stands in quotes only
+constexpr unsigned char beyondASCII = 2;
+
 bool IsBlank(char c)
 {
     return c == ' ' || c == '\t';
 }
 
-// With a point, so that it is read as a Double again.
-std::string DoubleText(double value)
+VoString CodePointText(char32_t code)
 {
-    std::string text = vo::detail::ShortestText(value);
-    if (text.find_first_not_of("-0123456789") == std::string::npos)
-        text += ".0";
-    return text;
+    char digits[8];
+    const auto written = std::to_chars(digits, std::end(digits), static_cast<std::uint32_t>(code), 16);
+    std::string text(digits, written.ptr);
+    text.insert(0, text.size() < 4 ? 4 - text.size() : 0, '0');
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'a' ? static_cast<char>(c - 32) : c; });
+    return VoString("U+" + text);
 }
 
 } // namespace
@@ -38,31 +47,35 @@ struct VoCSVWriter::Private
 {
     Private(VoIODevice& target, const VoCSVFormat& csvFormat)
         : device(target)
-        , separator(csvFormat.separator.toStdString())
-        , newline(csvFormat.newline.toStdString())
-        , quote(csvFormat.quote)
-        , guardFormulas(csvFormat.guardFormulas)
+        , format(csvFormat)
+        , separator(format.separator.toStdString())
+        , newline(format.newline.toStdString())
+        , quote(format.quote)
     {
+        std::fill(std::begin(kinds) + 0x80, std::end(kinds), beyondASCII);
         for (const char c : {separator.front(), quote, '\r', '\n'})
-            isSpecial[static_cast<unsigned char>(c)] = true;
+            kinds[static_cast<unsigned char>(c)] |= special;
         gathered.reserve(2 * blockSize);
-        if (csvFormat.byteOrderMark)
+        if (csvFormat.byteOrderMark && !vo::detail::FirstUnwritable(byteOrderMark, csvFormat.encoding))
             gathered = byteOrderMark;
     }
 
     void addRaw(std::string_view text);
     void addQuoted(std::string_view text);
-    bool needsQuotes(std::string_view text) const;
+    unsigned char kindsIn(std::string_view text) const;
+    bool needsQuotes(std::string_view text, unsigned char found) const;
+    bool looksLikeMark(std::string_view text) const;
+    void requireWritable(std::string_view text) const;
     bool isFormula(std::string_view text) const;
     void beginField();
     void flush();
 
     VoIODevice& device;
-    const std::string separator;
-    const std::string newline;
+    const VoCSVFormat format;
+    const std::string& separator;
+    const std::string& newline;
     const char quote;
-    const bool guardFormulas;
-    bool isSpecial[256] = {}; // bytes that stand in quotes only
+    unsigned char kinds[256] = {}; // of bytes
     bool isOwnOpening = false;
 
     std::string gathered;
@@ -77,6 +90,11 @@ void VoCSVWriter::Private::flush()
     // Taken out even when this fails: what the device did not take is lost, and must not be written twice.
     std::string bytes;
     bytes.swap(gathered);
+    if (format.encoding != TextEncoding::UTF8) {
+        std::string encoded;
+        vo::detail::AppendEncoded(encoded, bytes, format.encoding);
+        bytes.swap(encoded);
+    }
     if (device.writeFrom(bytes.data(), bytes.size()) != bytes.size())
         throw VoIOException(device.lastError());
     bytes.clear();
@@ -90,24 +108,49 @@ void VoCSVWriter::Private::beginField()
     isInRow = true;
 }
 
-bool VoCSVWriter::Private::needsQuotes(std::string_view text) const
+unsigned char VoCSVWriter::Private::kindsIn(std::string_view text) const
+{
+    unsigned char found = 0;
+    for (const char c : text)
+        found |= kinds[static_cast<unsigned char>(c)];
+    return found;
+}
+
+bool VoCSVWriter::Private::needsQuotes(std::string_view text, unsigned char found) const
 {
     if (text.empty())
         return false;
-    if (IsBlank(text.front()) || IsBlank(text.back()))
-        return true;
-    for (const char c : text) {
-        if (isSpecial[static_cast<unsigned char>(c)])
-            return true;
-    }
-    // At the very beginning it would be taken for a mark.
-    return rows == 0 && text.substr(0, byteOrderMark.size()) == byteOrderMark;
+    return IsBlank(text.front()) || IsBlank(text.back()) || (found & special) != 0 ||
+           (rows == 0 && !isInRow && looksLikeMark(text));
+}
+
+// Whether a reader would take the field, the first of the file, for a mark, or the mark for another one.
+bool VoCSVWriter::Private::looksLikeMark(std::string_view text) const
+{
+    const bool hasMark = !gathered.empty();
+    std::string bytes;
+    vo::detail::AppendEncoded(bytes, gathered + std::string(text.substr(0, 16)) + separator, format.encoding);
+    const auto mark = vo::detail::MarkOf(bytes);
+    return mark && !(hasMark && mark->encoding == format.encoding);
+}
+
+void VoCSVWriter::Private::requireWritable(std::string_view text) const
+{
+    const auto character = vo::detail::FirstUnwritable(text, format.encoding);
+    if (!character)
+        return;
+    const VoString where = " in CSV at row " + VoString(rows + 1);
+    if (*character == vo::detail::notUTF8)
+        throw VoInvalidParameterException("Text is not UTF-8" + where);
+    throw VoInvalidParameterException("Character " + CodePointText(*character) + " is not in " +
+                                      vo::detail::EncodingName(format.encoding) + where);
 }
 
 bool VoCSVWriter::Private::isFormula(std::string_view text) const
 {
-    return guardFormulas && !text.empty() && std::string_view("=+-@").find(text.front()) != std::string_view::npos &&
-           DetectedType(text) == VoVariant::String;
+    return format.guardFormulas && !text.empty() &&
+           std::string_view("=+-@").find(text.front()) != std::string_view::npos &&
+           DetectedType(text, format) == VoVariant::String;
 }
 
 void VoCSVWriter::Private::addRaw(std::string_view text)
@@ -150,9 +193,12 @@ VoCSVWriter::~VoCSVWriter()
 
 void VoCSVWriter::addText(std::string_view text, Quotes quotes)
 {
+    const unsigned char found = m_private->kindsIn(text);
+    if ((found & beyondASCII) != 0)
+        m_private->requireWritable(text);
     if (m_private->isFormula(text))
         return m_private->addQuoted("'" + std::string(text));
-    if (quotes == Quotes::Always || m_private->needsQuotes(text))
+    if (quotes == Quotes::Always || m_private->needsQuotes(text, found))
         return m_private->addQuoted(text);
     m_private->addRaw(text);
 }
@@ -162,16 +208,13 @@ void VoCSVWriter::addValue(const VoVariant& value)
     switch (value.type()) {
     case VoVariant::Null:
         return m_private->addRaw({});
-    case VoVariant::Double:
-        return m_private->addRaw(DoubleText(value.asDouble()));
+    case VoVariant::Double: // in quotes where the separator has a character of it
+        return addText(vo::detail::DoubleText(value.asDouble(), m_private->format));
     case VoVariant::String: {
         const std::string& text = value.asString().toStdString();
-        return addText(text, DetectedType(text) == VoVariant::String ? Quotes::WhenNeeded : Quotes::Always);
+        const bool isText = DetectedType(text, m_private->format) == VoVariant::String;
+        return addText(text, isText ? Quotes::WhenNeeded : Quotes::Always);
     }
-    case VoVariant::Boolean:
-    case VoVariant::Integer:
-    case VoVariant::Size:
-        return m_private->addRaw(value.toString().toStdString());
     default:
         return addText(value.toString().toStdString());
     }

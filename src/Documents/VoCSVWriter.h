@@ -40,11 +40,13 @@ public:
     /// Hands over what finish() has not, but is silent about failures.
     ~VoCSVWriter();
 
-    /// Adds a field to the row.
+    /// Adds a field to the row. Throws VoInvalidParameterException, and adds nothing, "Text is not UTF-8 in CSV at row
+    /// n" or, for example, "Character U+03A9 is not in Windows-1252 in CSV at row n".
     void addText(std::string_view text, Quotes quotes = Quotes::WhenNeeded);
     /// Adds a field that VoVariantTable reads back as this value, if it is Null (an empty field), a Boolean, an
-    /// Integer, a Double (the shortest text of the same number) or a String (in quotes where it would be taken for
-    /// another kind). Values of other kinds become the texts that VoVariant::toString() gives.
+    /// Integer, a Double (the shortest text of the same number; "inf", "-inf" or "nan") or a String (in quotes where it
+    /// would be taken for another kind). Values of other kinds become the texts that VoVariant::toString() gives.
+    /// Throws as addText().
     void addValue(const VoVariant& value);
     void endRow(); ///< Ends the row.
 

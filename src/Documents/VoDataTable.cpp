@@ -4,6 +4,9 @@
 #include <Core/VoException.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoUniquePtr.h>
+#include <Documents/CSVText.h>
+#include <Documents/ColumnSearch.h>
+#include <Documents/VoCSVReader.h>
 #include <Documents/VoCSVWriter.h>
 #include <Documents/VoDataTableItem.h>
 #include <Documents/VoDataTableRow.h>
@@ -131,6 +134,28 @@ VoDataTable::VoDataTable(const VoVariantTable& table)
     }
 }
 
+VoDataTable VoDataTable::LoadCSV(VoIODevice& device, bool detectTypes)
+{
+    return LoadCSV(device, detectTypes, VoCSVFormat());
+}
+
+VoDataTable VoDataTable::LoadCSV(VoIODevice& device, bool detectTypes, const VoCSVFormat& format,
+                                 std::size_t headerRows)
+{
+    VoDataTable table;
+    VoCSVReader reader(device, format);
+    while (reader.nextRow()) {
+        const ItemType type = reader.rowNumber() <= headerRows ? Header : Data;
+        Items items;
+        for (std::size_t i = 0; i < reader.numberFields(); ++i) {
+            const bool mayBeValue = detectTypes && (type == Data || reader.field(i).empty());
+            items.pushBack(VoSharedPtr<VoDataTableItem>::Make(vo::detail::FieldValue(reader, i, mayBeValue, format)));
+        }
+        table.addRow(std::move(items), type);
+    }
+    return table;
+}
+
 VoDataTable::VoDataTable(const VoDataTable& other)
 {
     if (!other.m_private)
@@ -233,6 +258,19 @@ const VoDeque<VoVariant>& VoDataTable::values(std::size_t row, std::size_t colum
     if (column >= numberColumns())
         throw VoIndexOutOfBoundsException(column, numberColumns());
     return ItemAt(found, column).values();
+}
+
+std::size_t VoDataTable::columnNumber(const VoString& header) const
+{
+    vo::detail::ColumnSearch search(header);
+    for (std::size_t row = 0; row < numberRows(); ++row) {
+        if (!isHeader(row))
+            continue;
+        forEachItem(row, [&](const VoDataTableItem& item, std::size_t column, std::size_t) {
+            item.forEachValue([&](const VoVariant& value) { search.offer(value, column); });
+        });
+    }
+    return search.found();
 }
 
 void VoDataTable::forEach(const ItemFunction& function) const

@@ -19,7 +19,7 @@ struct VoCSVFormat;
 struct VoDataTableRow;
 
 /// A table to be shown: rows of items, an item over one or more columns with any number of values stacked in it; rows
-/// may be headers. It is exported to workbooks and CSV files and kept in XML.
+/// may be headers. It is exported to workbooks, XML spreadsheets and CSV files, loaded from CSV files and kept in XML.
 ///
 ///     VoDataTable table;
 ///     table.addRow({VoDataTableItem("Gain", 2)}, VoDataTable::Header);
@@ -66,6 +66,14 @@ public:
     VoDataTable& operator=(VoDataTable&& other) noexcept; ///< `other` becomes empty.
     ~VoDataTable();
 
+    /// Reads a CSV file with values as VoVariantTable::LoadCSV() tells them: a row for each, with an item for each
+    /// field. Throws what VoCSVReader throws.
+    static VoDataTable LoadCSV(VoIODevice& device, bool detectTypes);
+    /// The same from another format. The first `headerRows` rows become headers, whose fields are texts; an empty one
+    /// is Null where types are detected.
+    static VoDataTable LoadCSV(VoIODevice& device, bool detectTypes, const VoCSVFormat& format,
+                               std::size_t headerRows = 0);
+
     /// @name Adding a row at the bottom
     /// Throw VoNullPointerException for a null item, VoOverflowException when the columns cannot be counted.
     /// @{
@@ -90,6 +98,11 @@ public:
     /// The values of the item that covers a column, one Null where a short row has none. Throws
     /// VoIndexOutOfBoundsException.
     const VoDeque<VoVariant>& values(std::size_t row, std::size_t column) const;
+
+    /// The first column of the header item with this value: of one that is spelt alike, else of one that differs in
+    /// case only; of the first of several, top to bottom. Values of other kinds count as the texts that
+    /// VoVariant::toString() gives. Throws VoNotFoundException, also when no row is a header.
+    std::size_t columnNumber(const VoString& header) const;
 
     /// @name Visits
     /// A short row is filled up with empty cells of one column. Throw VoInvalidCallException "Data table row given
@@ -140,6 +153,11 @@ public:
     /// Writes a workbook with the one worksheet "sheet1". The file is replaced when the workbook is whole: after a
     /// failure, which is thrown, its old content stands.
     void writeOOXML(const VoFilePath& file) const;
+    /// Writes the table in the XML Spreadsheet 2003 format, each value in its own column as above; Null is an empty
+    /// cell. Throws what VoXMLSpreadsheetWriter throws.
+    void writeXMLSpreadsheet(VoIODevice& device) const;
+    /// The same into a file, which is replaced when the document is whole: after a failure its old content stands.
+    void writeXMLSpreadsheet(const VoFilePath& file) const;
     /// Writes the table as CSV: a value stands in the first column of its item, the others are empty, and stacked
     /// values take rows of their own. Throws what VoCSVWriter throws.
     void writeCSV(VoIODevice& device) const;

@@ -7,6 +7,7 @@
 #include <Documents/VoDataTableRow.h>
 #include <Documents/VoOOXMLWriter.h>
 #include <Documents/VoOOXMLWriterSpreadsheet.h>
+#include <Documents/VoXMLSpreadsheetWriter.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFilePath.h>
 
@@ -48,18 +49,24 @@ std::vector<std::vector<Cell>> CellsOf(const VoDataTable& table, std::size_t row
     return cells;
 }
 
+template <typename Sheet, typename AddCell>
+void WriteRows(const VoDataTable& table, Sheet& sheet, const AddCell& addCell)
+{
+    for (std::size_t row = 0; row < table.numberRows(); ++row) {
+        for (const std::vector<Cell>& sheetRow : CellsOf(table, row)) {
+            sheet.startRow();
+            for (const Cell& cell : sheetRow)
+                addCell(cell);
+        }
+    }
+}
+
 } // namespace
 
 void VoDataTable::writeOOXML(VoOOXMLWriter& writer, const VoString& sheetName) const
 {
     const VoSharedPtr<VoOOXMLWriterSpreadsheet> sheet = writer.addSheet(sheetName);
-    for (std::size_t row = 0; row < numberRows(); ++row) {
-        for (const std::vector<Cell>& sheetRow : CellsOf(*this, row)) {
-            sheet->startRow();
-            for (const Cell& cell : sheetRow)
-                sheet->addCell(*cell.value, cell.columnSpan, cell.rowSpan);
-        }
-    }
+    WriteRows(*this, *sheet, [&](const Cell& cell) { sheet->addCell(*cell.value, cell.columnSpan, cell.rowSpan); });
 }
 
 void VoDataTable::writeOOXML(const VoFilePath& file) const
@@ -68,5 +75,22 @@ void VoDataTable::writeOOXML(const VoFilePath& file) const
     VoOOXMLWriter workbook(target.temporary(), VoOOXMLWriter::Spreadsheet);
     writeOOXML(workbook, "sheet1");
     workbook.close();
+    target.commit();
+}
+
+void VoDataTable::writeXMLSpreadsheet(VoIODevice& device) const
+{
+    static const auto* const empty = new VoVariant(""); // Null would be shown as a word
+    VoXMLSpreadsheetWriter writer(device);
+    WriteRows(*this, writer, [&](const Cell& cell) {
+        writer.addCell(cell.value->isNull() ? *empty : *cell.value, cell.columnSpan, cell.rowSpan);
+    });
+    writer.finish();
+}
+
+void VoDataTable::writeXMLSpreadsheet(const VoFilePath& file) const
+{
+    VoAtomicFileWriter target(file);
+    writeXMLSpreadsheet(target.device());
     target.commit();
 }

@@ -2,6 +2,7 @@
 
 #include <Core/VoDeque.h>
 #include <Documents/CSVText.h>
+#include <Documents/ColumnSearch.h>
 #include <Documents/VoCSVReader.h>
 #include <Documents/VoCSVWriter.h>
 #include <IO/VoStringDevice.h>
@@ -15,14 +16,6 @@ namespace {
 // Filling up rows may cost this many cells, or this many for each cell read.
 constexpr std::size_t alwaysAllowedCells = 1 << 24;
 constexpr std::size_t allowedCellsPerCell = 256;
-
-VoVariant ValueOf(const VoCSVReader& reader, std::size_t index, bool detectTypes)
-{
-    const std::string_view text = reader.field(index);
-    if (detectTypes && !reader.isQuoted(index))
-        return vo::detail::DetectedValue(text);
-    return VoString(text.data(), text.size());
-}
 
 void RequireProportion(std::size_t rows, std::size_t columns, std::size_t cells)
 {
@@ -75,9 +68,14 @@ VoVariantTable::VoVariantTable(std::size_t rows, std::size_t columns, const VoVa
 }
 
 VoVariantTable::VoVariantTable(const VoString& csv, bool detectTypes)
+    : VoVariantTable(csv, detectTypes, VoCSVFormat())
+{
+}
+
+VoVariantTable::VoVariantTable(const VoString& csv, bool detectTypes, const VoCSVFormat& format)
 {
     VoStringDevice device(csv);
-    *this = LoadCSV(device, detectTypes);
+    *this = LoadCSV(device, detectTypes, format);
 }
 
 VoVariantTable::VoVariantTable(const VoVariantTable& other)
@@ -117,7 +115,12 @@ VoMatrix<VoVariant>& VoVariantTable::cells()
 
 VoVariantTable VoVariantTable::LoadCSV(VoIODevice& device, bool detectTypes)
 {
-    VoCSVReader reader(device);
+    return LoadCSV(device, detectTypes, VoCSVFormat());
+}
+
+VoVariantTable VoVariantTable::LoadCSV(VoIODevice& device, bool detectTypes, const VoCSVFormat& format)
+{
+    VoCSVReader reader(device, format);
     VoDeque<VoVariant> values;
     std::vector<std::size_t> widths;
     std::size_t columns = 0;
@@ -126,7 +129,7 @@ VoVariantTable VoVariantTable::LoadCSV(VoIODevice& device, bool detectTypes)
         columns = std::max(columns, widths.back());
         RequireProportion(widths.size(), columns, values.size());
         for (std::size_t i = 0; i < widths.back(); ++i)
-            values.pushBack(ValueOf(reader, i, detectTypes));
+            values.pushBack(vo::detail::FieldValue(reader, i, detectTypes, format));
     }
 
     VoVariantTable table(widths.size(), columns);
@@ -202,17 +205,35 @@ std::size_t VoVariantTable::numberColumns() const noexcept
     return cells().columns();
 }
 
+std::size_t VoVariantTable::columnNumber(const VoString& header) const
+{
+    vo::detail::ColumnSearch search(header);
+    for (std::size_t column = 0; numberRows() > 0 && column < numberColumns(); ++column)
+        search.offer(at(0, column), column);
+    return search.found();
+}
+
 VoString VoVariantTable::toString() const
 {
     VoStringDevice device;
-    VoCSVWriter writer(device);
+    writeCSV(device);
+    return device.content();
+}
+
+void VoVariantTable::writeCSV(VoIODevice& device) const
+{
+    writeCSV(device, VoCSVFormat());
+}
+
+void VoVariantTable::writeCSV(VoIODevice& device, const VoCSVFormat& format) const
+{
+    VoCSVWriter writer(device, format);
     for (std::size_t row = 0; row < numberRows(); ++row) {
         for (std::size_t column = 0; column < numberColumns(); ++column)
             writer.addValue(cells()(row, column));
         writer.endRow();
     }
     writer.finish();
-    return device.content();
 }
 
 int VoVariantTable::compare(const VoVariantTable& other) const

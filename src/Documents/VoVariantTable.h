@@ -12,6 +12,8 @@
 #include <iosfwd>
 #include <memory>
 
+struct VoCSVFormat;
+
 /// A rectangular grid of values, row by row in one block.
 ///
 /// A value: copies copy every cell, a moved-from table has no rows and no columns. Not synchronised.
@@ -33,6 +35,8 @@ public:
     VoVariantTable(std::size_t rows, std::size_t columns, const VoVariant& fill);
     /// The table of a CSV text, as LoadCSV() reads it.
     VoVariantTable(const VoString& csv, bool detectTypes);
+    /// The same of another format.
+    VoVariantTable(const VoString& csv, bool detectTypes, const VoCSVFormat& format);
 
     VoVariantTable(const VoVariantTable& other);                ///< Copies every cell.
     VoVariantTable(VoVariantTable&& other) noexcept;            ///< `other` becomes empty.
@@ -43,12 +47,17 @@ public:
     /// Reads a CSV file as VoCSVReader does; rows shorter than the longest one are filled up with Null.
     ///
     /// When types are detected, a field in quotes is a String; one without is Null when empty, an Integer when it is
-    /// the plain decimal form of an `int`, a Double when it is any other number, "inf" or "nan", a Boolean when it is
-    /// "true" or "false" (without regard to case), else a String; blanks around a value do not count. Otherwise every
-    /// field is a String.
+    /// the plain decimal form of an `int`, a Double when it is another number, a Boolean when it is "true" or "false"
+    /// (without regard to case), else a String; blanks around a value do not count. A String stays what would lose
+    /// something: a number with a plus sign, or with a zero before other digits ("007"); one with more digits than a
+    /// Double keeps, such as 12345678901234567890, or too large or too small for one, such as 1e-400; and "NaN" and
+    /// "Infinity" in any spelling but VoCSVWriter's own, "nan", "inf" and "-inf", which are Doubles. What a program
+    /// printed from a double with any number of digits is one. Without detection every field is a String.
     /// @throw what VoCSVReader throws, and VoInvalidParameterException "Rows of CSV differ too much in length" when
     ///        filling them up would make a table out of all proportion to the text
     static VoVariantTable LoadCSV(VoIODevice& device, bool detectTypes);
+    /// The same from another format.
+    static VoVariantTable LoadCSV(VoIODevice& device, bool detectTypes, const VoCSVFormat& format);
 
     /// The cell. Throws VoIndexOutOfBoundsException with the offending index and its bound.
     VoVariant& at(std::size_t row, std::size_t column);
@@ -73,9 +82,19 @@ public:
     std::size_t numberRows() const noexcept;    ///< Number of rows.
     std::size_t numberColumns() const noexcept; ///< Number of columns.
 
+    /// The column that has this text in the first row: one that is spelt alike, else one that differs in case only; the
+    /// first of several. Cells of other kinds count as the texts that VoVariant::toString() gives. Throws
+    /// VoNotFoundException.
+    std::size_t columnNumber(const VoString& header) const;
+
     /// The table as a CSV text in the default format, as VoCSVWriter::addValue() writes it: a table of Null, Boolean,
-    /// Integer, Double and String cells with at least one column comes back from it with types detected.
+    /// Integer, Double and String cells with at least one column comes back from it with types detected. Throws what
+    /// VoCSVWriter throws.
     VoString toString() const;
+    /// Writes that to a device. Throws what VoCSVWriter throws.
+    void writeCSV(VoIODevice& device) const;
+    /// The same in another format.
+    void writeCSV(VoIODevice& device, const VoCSVFormat& format) const;
 
     /// Compares the numbers of cells, then of columns, then of rows: -1 when this table has fewer, 1 when it has more.
     /// Tables of one shape are equal, 0, or differ in some cell, 1: this is no order among them.

@@ -9,6 +9,7 @@
 #include <Documents/VoDataTableRow.h>
 #include <Documents/VoLoadedDataTable.h>
 #include <Documents/VoOOXMLWriter.h>
+#include <Documents/VoOOXMLWriterSpreadsheet.h>
 #include <Documents/VoVariantTable.h>
 #include <Documents/VoZipArchive.h>
 #include <Documents/VoZipFile.h>
@@ -29,6 +30,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -141,6 +143,39 @@ std::string SheetOf(const VoFilePath& workbook)
     for (int i = 0; i < merges.count(); ++i)
         shown += merges.at(i).toElement().attribute(QStringLiteral("ref")).toStdString() + " ";
     return shown;
+}
+
+// The same of an XML spreadsheet, whose cells stand in the next columns that no merged cell covers.
+std::string XmlSheetOf(const std::string& spreadsheet)
+{
+    QDomDocument document;
+    EXPECT_TRUE(document.setContent(QByteArray::fromStdString(spreadsheet)));
+    std::string shown;
+    std::string merges;
+    std::set<std::pair<int, int>> covered;
+    const QDomNodeList rows = document.elementsByTagName(QStringLiteral("Row"));
+    const auto place = [](int row, int column) {
+        return VoOOXMLWriterSpreadsheet::NumberToLetterString(static_cast<std::size_t>(column)).toStdString() +
+               std::to_string(row);
+    };
+    for (int row = 1; row <= rows.count(); ++row) {
+        int column = 1;
+        for (QDomElement cell = rows.at(row - 1).firstChildElement(); !cell.isNull();
+             cell = cell.nextSiblingElement()) {
+            while (covered.count({row, column}) != 0)
+                ++column;
+            const int across = cell.attribute(QStringLiteral("ss:MergeAcross")).toInt();
+            const int down = cell.attribute(QStringLiteral("ss:MergeDown")).toInt();
+            if (!cell.text().isEmpty())
+                shown += place(row, column) + "=" + cell.text().toStdString() + " ";
+            if (across + down > 0)
+                merges += place(row, column) + ":" + place(row + down, column + across) + " ";
+            for (int i = 0; i <= down; ++i)
+                for (int j = 0; j <= across; ++j)
+                    covered.emplace(row + i, column + j);
+        }
+    }
+    return shown + merges;
 }
 
 } // namespace
@@ -310,6 +345,8 @@ TEST(DataTableExport, everyValueStandsInItsOwnColumnOfTheWorksheet)
         table.addRow(Items{VoDataTableItem("end", 3)}, VoDataTable::Data);
         table.writeOOXML(folder.path("t.xlsx"));
         EXPECT_EQ(SheetOf(folder.path("t.xlsx")), row.sheet);
+        table.writeXMLSpreadsheet(folder.path("t.xml"));
+        EXPECT_EQ(XmlSheetOf(folder.read("t.xml")), row.sheet);
     }
     VoDataTable().writeOOXML(folder.path("empty.xlsx"));
     EXPECT_EQ(SheetOf(folder.path("empty.xlsx")), "");

@@ -114,16 +114,6 @@ protected:
         return xml.substr(start, xml.find("</worksheet>") - start);
     }
 
-    /// Runs a Python script in the scratch directory; gives what it prints.
-    std::string python(const std::string& script) const
-    {
-        m_scratch.write("script.py", script);
-        const std::string command =
-            "cd '" + m_scratch.native().string() + "' && /usr/bin/python3 script.py >out 2>&1 || echo failed >>out";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        return m_scratch.read("out");
-    }
-
     vo::test::ScratchFolder m_scratch;
 };
 
@@ -338,7 +328,7 @@ TEST_F(Workbook, anotherLibraryReadsTheSameValuesTypesAndRanges)
     workbook.addSheet("Second")->addCell("x");
     workbook.close();
     m_scratch.write("expected.json", QJsonDocument(expected).toJson().toStdString());
-    EXPECT_EQ(python(R"(
+    EXPECT_EQ(m_scratch.python(R"(
 import json, openpyxl, zipfile, xml.dom.minidom
 for name in zipfile.ZipFile("book.xlsx").namelist():
     xml.dom.minidom.parseString(zipfile.ZipFile("book.xlsx").read(name))
@@ -396,7 +386,7 @@ TEST_F(Workbook, namesOfSheetsAreThoseThatProgramsAccept)
                              "%41", "A", "it's", "$ & <>\""})
         EXPECT_NO_THROW(workbook.addSheet(VoString(name).substring(0, 31).toString())) << name;
     workbook.close();
-    EXPECT_EQ(python("import openpyxl\nprint(len(openpyxl.load_workbook('book.xlsx').sheetnames))"), "7\n");
+    EXPECT_EQ(m_scratch.python("import openpyxl\nprint(len(openpyxl.load_workbook('book.xlsx').sheetnames))"), "7\n");
 }
 
 TEST_F(Workbook, whatIsClosedOrCannotBeCompletedSaysSo)

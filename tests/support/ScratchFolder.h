@@ -3,6 +3,7 @@
 #include <FileSystem/NativePath.h>
 #include <FileSystem/VoFilePath.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -51,6 +52,14 @@ public:
     {
         std::ifstream file(native(name), std::ios_base::binary);
         return std::string(std::istreambuf_iterator<char>(file), {});
+    }
+
+    /// Runs a Python script in the directory; gives what it prints.
+    std::string python(const std::string& script) const
+    {
+        write("script.py", script);
+        const std::string run = "cd '" + native().string() + "' && /usr/bin/python3 script.py >out 2>&1";
+        return std::system(run.c_str()) == 0 ? read("out") : read("out") + "failed";
     }
 
 private:

@@ -35,6 +35,14 @@ TEST_F(TableTool, csvIsCleanedWithoutTouchingAField)
     EXPECT_EQ(voJson("table --separator ; @in.csv @out.csv")[QStringLiteral("rows")].toInt(), 6);
     EXPECT_EQ(read("out.csv").toStdString(),
               "Name,Value\r\na,1.50\r\n007,\"5\"\r\nx;y,\" z\"\r\n\r\n\"q\"\"q\",\",\"\"\"\r\n");
+    write("comma.csv", QByteArray("\xff\xfe"
+                                  "1\0,\0"
+                                  "5\0;\0\"\0"
+                                  "1\0,\0"
+                                  "5\0\"\0;\0\xac\x20",
+                                  24));
+    EXPECT_EQ(vo("table --decimal-comma --separator ; @comma.csv @out.csv").code, 0);
+    EXPECT_EQ(read("out.csv").toStdString(), "1.5,\"1,5\",\xe2\x82\xac\r\n");
     write("texts.csv", "1,,true\n");
     EXPECT_EQ(vo("table --text @texts.csv @out.csv").code, 0);
     EXPECT_EQ(read("out.csv").toStdString(), "\"1\",,\"true\"\r\n");
@@ -42,15 +50,17 @@ TEST_F(TableTool, csvIsCleanedWithoutTouchingAField)
 
 TEST_F(TableTool, severalFilesBecomeSheetsOfAWorkbook)
 {
-    write("one.csv", "Year,2024\nx,1.5\n\"7\",12345678901\n3.1415926535,\n");
+    write("one.csv", "Year,2024\nx,1.5\n\"7\",12345678901\n3.1415926535,\n0402,+49,NaN,12345678901234567890,\x80\n");
     write("sub/One.csv", "a\n");
-    const QJsonObject done = voJson("table --header 1 @one.csv @sub/One.csv @out.xlsx");
+    const QJsonObject done = voJson("table --header 1 --encoding cp1252 @one.csv @sub/One.csv @out.xlsx");
     EXPECT_EQ(done[QStringLiteral("rounded")].toInt(), 1);
-    EXPECT_EQ(done[QStringLiteral("keptAsText")].toInt(), 1);
+    EXPECT_EQ(done[QStringLiteral("keptAsText")].toInt(), 2);
     const std::string workbook = part("out.xlsx", "xl\\workbook.xml");
     EXPECT_TRUE(contains(workbook, "\"one\"") && contains(workbook, "\"One (2)\"")) << workbook;
     const std::string sheet = part("out.xlsx", "xl\\worksheets\\one.xml");
-    for (const char* piece : {"<t>2024</t>", "<v>1.5</v>", "<t>7</t>", "<t>12345678901</t>", "<v>3.14159</v>"})
+    for (const char* piece :
+         {"<t>2024</t>", "<v>1.5</v>", "<t>7</t>", "<t>12345678901</t>", "<v>3.14159</v>", "<t>0402</t>", "<t>+49</t>",
+          "<t>NaN</t>", "<t>12345678901234567890</t>", "<t>\xe2\x82\xac</t>"})
         EXPECT_TRUE(contains(sheet, piece)) << piece << " in " << sheet;
 }
 
@@ -82,6 +92,7 @@ TEST_F(TableTool, whatCannotBeDoneLeavesTheOldFile)
     write("bad.csv", "a\n\"b\n");
     write("wide.csv", QByteArray(16384, ','));
     write("a.csv", "1\n");
+    write("latin.csv", "a\n\xc3\xa9\xe9\n");
     struct
     {
         const char* arguments;
@@ -89,6 +100,9 @@ TEST_F(TableTool, whatCannotBeDoneLeavesTheOldFile)
         const char* message;
     } const rows[] = {
         {"table @bad.csv @out.xlsx", 1, "bad.csv: Unterminated quoted field in CSV at row 2"},
+        {"table @latin.csv @out.xlsx", 1, "latin.csv: Invalid UTF-8 in CSV at line 2, column 2; --encoding"},
+        {"table --encoding koi8-r @a.csv @out.xlsx", 2, "--encoding: \"koi8-r\""},
+        {"table --decimal-comma @a.csv @out.xlsx", 2, "--decimal-comma needs a --separator"},
         {"table @wide.csv @out.xlsx", 1, "wide.csv, row 1: Cell lies outside the limits of a worksheet"},
         {"table @missing.csv @out.xlsx", 1, "missing.csv"},
         {"table @a.csv --sheet x/y @out.xlsx", 1, "Invalid document name: x/y"},

@@ -13,6 +13,9 @@
 
 #include <QtCore/QString>
 
+#include <algorithm>
+#include <cmath>
+#include <string>
 #include <string_view>
 
 namespace vo::tool {
@@ -26,53 +29,66 @@ VoString text(const VoCSVReader& row, std::size_t index)
     return VoString(field.data(), field.size());
 }
 
-bool isWhole(std::string_view field)
+// "12345678901", and nothing that is no number.
+bool isWholeNumber(std::string_view field)
 {
-    return field.find_first_not_of("+-0123456789 \t") == std::string_view::npos;
+    field.remove_prefix(!field.empty() && field.front() == '-' ? 1 : 0);
+    return !field.empty() && field.front() != '0' && field.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+std::string withPoint(std::string_view number)
+{
+    std::string text(number);
+    std::replace(text.begin(), text.end(), ',', '.');
+    return text;
+}
+
+bool hasSixDigits(double value)
+{
+    return detail::ParseDouble(detail::GeneralText(value)).value == value;
 }
 
 // What a spreadsheet shows for a field. Cells of numbers get six significant digits: fractions are rounded, but long
 // whole numbers are names of something more often than amounts, and stay texts.
-VoVariant cellValue(const VoCSVReader& row, std::size_t index, bool asTexts, TableOutput::Losses& losses)
+VoVariant cellValue(const VoCSVReader& row, std::size_t index, const VoCSVFormat& format, bool asTexts,
+                    TableOutput::Losses& losses)
 {
-    if (row.field(index).empty() && !row.isQuoted(index))
+    const std::string_view field = row.field(index);
+    if (field.empty() && !row.isQuoted(index))
         return VoVariant();
     if (asTexts || row.isQuoted(index))
         return text(row, index);
-    VoVariant value = detail::DetectedValue(row.field(index));
-    if (value.type() != VoVariant::Double ||
-        detail::ParseDouble(detail::GeneralText(value.asDouble())).value == value.asDouble())
+    VoVariant value = detail::DetectedValue(field, format);
+    if (value.type() != VoVariant::Double && value.type() != VoVariant::String)
         return value;
-    if (isWhole(row.field(index))) {
-        ++losses.keptAsText;
-        return text(row, index);
-    }
-    if (value.asDouble() == value.asDouble()) // not for NaN
+    const bool isNumber = value.type() == VoVariant::Double && std::isfinite(value.asDouble());
+    if (isNumber && hasSixDigits(value.asDouble()))
+        return value;
+    if (isNumber && !isWholeNumber(field)) {
         ++losses.rounded;
-    return value;
+        return value;
+    }
+    losses.keptAsText += isWholeNumber(field) ? 1 : 0;
+    return text(row, index);
 }
 
 class CsvOutput : public TableOutput
 {
 public:
-    explicit CsvOutput(const VoFilePath& file)
+    CsvOutput(const VoFilePath& file, const VoCSVFormat& input)
         : m_target(file)
         , m_writer(m_target.device())
+        , m_input(input)
     {
     }
 
     bool hasSheets() const override { return false; }
     void beginSheet(const VoString&) override {}
 
-    // Fields keep their texts; the quotes of those that would else be taken for values stay too.
     void addRow(const VoCSVReader& row, bool asTexts) override
     {
-        for (std::size_t i = 0; i < row.numberFields(); ++i) {
-            const std::string_view field = row.field(i);
-            const bool isText = row.isQuoted(i) || (asTexts && !field.empty());
-            const bool needsQuotes = isText && detail::DetectedType(field) != VoVariant::String;
-            m_writer.addText(field, needsQuotes ? VoCSVWriter::Quotes::Always : VoCSVWriter::Quotes::WhenNeeded);
-        }
+        for (std::size_t i = 0; i < row.numberFields(); ++i)
+            addField(row.field(i), row.isQuoted(i) || (asTexts && !row.field(i).empty()));
         m_writer.endRow();
     }
 
@@ -83,15 +99,28 @@ public:
     }
 
 private:
+    // Fields keep their texts, but for a decimal comma; the quotes of those that would else be taken for values stay
+    // too.
+    void addField(std::string_view field, bool isText)
+    {
+        if (!isText && m_input.decimalComma && detail::DetectedType(field, m_input) == VoVariant::Double)
+            return m_writer.addText(withPoint(field));
+        const bool needsQuotes = isText && detail::DetectedType(field, m_output) != VoVariant::String;
+        m_writer.addText(field, needsQuotes ? VoCSVWriter::Quotes::Always : VoCSVWriter::Quotes::WhenNeeded);
+    }
+
     VoAtomicFileWriter m_target;
     VoCSVWriter m_writer;
+    const VoCSVFormat& m_input;
+    const VoCSVFormat m_output;
 };
 
 class WorkbookOutput : public TableOutput
 {
 public:
-    explicit WorkbookOutput(const VoFilePath& file)
-        : m_target(file)
+    WorkbookOutput(const VoFilePath& file, const VoCSVFormat& input)
+        : m_input(input)
+        , m_target(file)
         , m_workbook(m_target.temporary(), VoOOXMLWriter::Spreadsheet)
     {
     }
@@ -103,7 +132,7 @@ public:
     {
         m_sheet->startRow();
         for (std::size_t i = 0; i < row.numberFields(); ++i)
-            m_sheet->addCell(cellValue(row, i, asTexts, m_losses));
+            m_sheet->addCell(cellValue(row, i, m_input, asTexts, m_losses));
     }
 
     void finish() override
@@ -113,6 +142,7 @@ public:
     }
 
 private:
+    const VoCSVFormat& m_input;
     VoAtomicFileWriter m_target;
     VoOOXMLWriter m_workbook;
     VoSharedPtr<VoOOXMLWriterSpreadsheet> m_sheet;
@@ -121,8 +151,9 @@ private:
 class XmlOutput : public TableOutput
 {
 public:
-    explicit XmlOutput(const VoFilePath& file)
-        : m_target(file)
+    XmlOutput(const VoFilePath& file, const VoCSVFormat& input)
+        : m_input(input)
+        , m_target(file)
         , m_writer(m_target.device())
     {
     }
@@ -134,7 +165,7 @@ public:
     {
         m_writer.startRow();
         for (std::size_t i = 0; i < row.numberFields(); ++i) {
-            const VoVariant value = cellValue(row, i, asTexts, m_losses);
+            const VoVariant value = cellValue(row, i, m_input, asTexts, m_losses);
             m_writer.addCell(value.isNull() ? VoVariant("") : value); // Null would be shown as a word
         }
     }
@@ -146,6 +177,7 @@ public:
     }
 
 private:
+    const VoCSVFormat& m_input;
     VoAtomicFileWriter m_target;
     VoXMLSpreadsheetWriter m_writer;
 };
@@ -154,14 +186,14 @@ private:
 
 TableOutput::~TableOutput() = default;
 
-std::unique_ptr<TableOutput> TableOutput::Make(const VoFilePath& file)
+std::unique_ptr<TableOutput> TableOutput::Make(const VoFilePath& file, const VoCSVFormat& input)
 {
     if (file.extension() == "xlsx")
-        return std::make_unique<WorkbookOutput>(file);
+        return std::make_unique<WorkbookOutput>(file, input);
     if (file.extension() == "xml")
-        return std::make_unique<XmlOutput>(file);
+        return std::make_unique<XmlOutput>(file, input);
     if (file.extension() == "csv")
-        return std::make_unique<CsvOutput>(file);
+        return std::make_unique<CsvOutput>(file, input);
     return nullptr;
 }
 

@@ -8,6 +8,7 @@
 #include <memory>
 
 class VoCSVReader;
+struct VoCSVFormat;
 
 namespace vo::tool {
 
@@ -23,8 +24,9 @@ public:
         std::uint64_t keptAsText = 0; ///< Whole numbers too long for a number cell.
     };
 
-    /// The output for a file by its extension, .xlsx, .xml or .csv; null for any other.
-    static std::unique_ptr<TableOutput> Make(const VoFilePath& file);
+    /// The output for a file by its extension, .xlsx, .xml or .csv; null for any other. The rows come from files of the
+    /// format, which stays alive.
+    static std::unique_ptr<TableOutput> Make(const VoFilePath& file, const VoCSVFormat& input);
     virtual ~TableOutput();
 
     virtual bool hasSheets() const = 0;                ///< Whether there may be more than one sheet.

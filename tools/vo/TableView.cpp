@@ -47,17 +47,18 @@ Cell shown(std::string_view field, std::size_t widest)
     return {text + "\xe2\x80\xa6", widthOf(text) + 1};
 }
 
-bool isNumber(const VoCSVReader& row, std::size_t index)
-{
-    const VoVariant::Type type = detail::DetectedType(row.field(index));
-    return !row.isQuoted(index) && (type == VoVariant::Integer || type == VoVariant::Double);
-}
-
 } // namespace
 
-TableView::TableView(std::size_t widest)
-    : m_widest(widest)
+TableView::TableView(const VoCSVFormat& format, std::size_t widest)
+    : m_format(format)
+    , m_widest(widest)
 {
+}
+
+bool TableView::isNumber(const VoCSVReader& row, std::size_t index) const
+{
+    const VoVariant::Type type = detail::DetectedType(row.field(index), m_format);
+    return !row.isQuoted(index) && (type == VoVariant::Integer || type == VoVariant::Double);
 }
 
 void TableView::measure(const VoCSVReader& row, bool isHeader)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Core/VoString.h>
+#include <Documents/VoCSVFormat.h>
 
 #include <cstddef>
 #include <vector>
@@ -14,8 +15,8 @@ namespace vo::tool {
 class TableView
 {
 public:
-    /// A field wider than @p widest characters is cut, and ends with "…".
-    explicit TableView(std::size_t widest = 40);
+    /// Of a file of the format. A field wider than @p widest characters is cut, and ends with "…".
+    explicit TableView(const VoCSVFormat& format, std::size_t widest = 40);
 
     /// First pass: takes in the widths of the reader's row; @p isHeader says that it does not tell what the columns
     /// hold.
@@ -33,6 +34,9 @@ private:
         bool hasTexts = false;
     };
 
+    bool isNumber(const VoCSVReader& row, std::size_t index) const;
+
+    const VoCSVFormat m_format;
     const std::size_t m_widest;
     std::vector<Column> m_columns;
 };

@@ -5,6 +5,7 @@
 #include "../TableView.h"
 
 #include <Core/VoException.h>
+#include <Documents/TextEncoding.h>
 #include <Documents/VoCSVReader.h>
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileDevice.h>
@@ -28,18 +29,40 @@ struct Input
     bool asTexts;
 };
 
+VoString separatorOption(const Arguments& arguments)
+{
+    const auto separator = arguments.text("separator");
+    if (!separator)
+        return VoCSVFormat().separator;
+    if (separator->equal("tab", VoString::CaseInsensitive))
+        return "\t";
+    if (separator->isEmpty() || separator->contains("\"") || separator->contains("\n") || separator->contains("\r"))
+        throw UsageError("--separator: \"" + Printable(*separator) + "\" cannot separate fields");
+    return *separator;
+}
+
+VoCSVFormat::Encoding encodingOption(const Arguments& arguments)
+{
+    const auto name = arguments.text("encoding");
+    if (!name)
+        return VoCSVFormat::Encoding::UTF8;
+    if (const auto encoding = detail::EncodingNamed(name->toStdString()))
+        return *encoding;
+    throw UsageError("--encoding: \"" + Printable(*name) +
+                     "\" is none of utf-8, utf-16le, utf-16be, utf-32le, utf-32be, windows-1252 and iso-8859-1");
+}
+
 Input inputOptions(const Arguments& arguments)
 {
     Input input;
     input.headerRows =
         static_cast<std::size_t>(arguments.integer("header", 0, 0, std::numeric_limits<std::int32_t>::max()));
     input.asTexts = arguments.has("text");
-    const auto separator = arguments.text("separator");
-    if (!separator)
-        return input;
-    input.format.separator = separator->equal("tab", VoString::CaseInsensitive) ? VoString("\t") : *separator;
-    if (input.format.separator.contains("\"") || input.format.separator.contains("\n"))
-        throw UsageError("--separator: \"" + Printable(*separator) + "\" cannot separate fields");
+    input.format.separator = separatorOption(arguments);
+    input.format.encoding = encodingOption(arguments);
+    input.format.decimalComma = arguments.has("decimal-comma");
+    if (input.format.decimalComma && input.format.separator.contains(","))
+        throw UsageError("--decimal-comma needs a --separator without a comma, for example --separator \";\"");
     return input;
 }
 
@@ -66,11 +89,17 @@ public:
             }
             m_done += reader.bytesRead();
         } catch (const VoInvalidParameterException& exception) {
-            throw Failure(m_session.arguments.argument(argument) + ": " + exception.message());
+            throw Failure(m_session.arguments.argument(argument) + ": " + exception.message() +
+                          (isEncodingInDoubt(exception) ? "; --encoding says what else it is" : ""));
         }
     }
 
 private:
+    bool isEncodingInDoubt(const VoInvalidParameterException& exception) const
+    {
+        return !m_session.arguments.has("encoding") && exception.message().find("Invalid UTF-8 ") == 0;
+    }
+
     void step(std::uint64_t ofFile)
     {
         m_session.stop.throwIfStopped();
@@ -97,7 +126,7 @@ ExitCode show(Session& session)
     if (session.arguments.count() != 1)
         throw UsageError("--show takes one file");
     Rows rows(session, "Reading", bytesOf(session.arguments, 1) * 2);
-    TableView view;
+    TableView view(input.format);
     rows.read(0, input.format, [&](const VoCSVReader& row) { view.measure(row, row.rowNumber() <= input.headerRows); });
     session.console.list("rows");
     rows.read(0, input.format, [&](const VoCSVReader& row) {
@@ -128,7 +157,7 @@ public:
         const auto sheet = m_arguments.text("sheet");
         if (sheet && m_files > 1)
             throw UsageError("--sheet names one sheet; several files are named by their own names");
-        const auto output = TableOutput::Make(m_arguments.fileArgument(m_files));
+        const auto output = TableOutput::Make(m_arguments.fileArgument(m_files), m_input.format);
         if (!output)
             throw UsageError("the output must end with .xlsx, .xml or .csv: " + m_arguments.argument(m_files));
         if (m_files > 1 && !output->hasSheets())
@@ -209,12 +238,16 @@ Command TableCommand()
             "turn CSV files into a workbook, an XML spreadsheet or clean CSV",
             "Reads CSV files and writes them row by row into OUT, whose extension says what it is: .xlsx, a workbook\n"
             "with a sheet for each file; .xml, an XML spreadsheet; .csv, the same fields with commas, quotes only\n"
-            "where needed and CRLF. Fields without quotes become the numbers and truth values that they stand for;\n"
-            "numbers get six significant digits in a spreadsheet, and long whole numbers stay texts. OUT is replaced\n"
-            "when it is whole. With --show the one file is printed as an aligned table instead.\n",
+            "where needed and CRLF, in UTF-8. Fields without quotes become the numbers and truth values that they\n"
+            "stand for; numbers get six significant digits in a spreadsheet. Long whole numbers stay texts, and so do\n"
+            "numbers with a plus sign, a zero before other digits or more digits than a number can keep. A file that\n"
+            "does not begin with a byte-order mark is UTF-8 unless --encoding is given. OUT is replaced when it is\n"
+            "whole. With --show the one file is printed as an aligned table instead.\n",
             {{"header", "N", "the first N rows are headers: their fields are texts"},
              {"sheet", "NAME", "the name of the sheet, instead of the file's"},
              {"separator", "TEXT", "what separates the fields of the input, instead of a comma; \"tab\" for a tab"},
+             {"encoding", "NAME", "of the input: windows-1252, iso-8859-1, utf-16le, utf-16be, utf-32le or utf-32be"},
+             {"decimal-comma", nullptr, "numbers of the input are written 1,5; a CSV output gets 1.5"},
              {"text", nullptr, "make every cell a text, as it is in the file"},
              {"show", nullptr, "print the table"}},
             1,
