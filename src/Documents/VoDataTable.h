@@ -153,8 +153,9 @@ public:
     /// Writes a workbook with the one worksheet "sheet1". The file is replaced when the workbook is whole: after a
     /// failure, which is thrown, its old content stands.
     void writeOOXML(const VoFilePath& file) const;
-    /// Writes the table in the XML Spreadsheet 2003 format, each value in its own column as above; Null is an empty
-    /// cell. Throws what VoXMLSpreadsheetWriter throws.
+    /// Writes the table in the XML Spreadsheet 2003 format, each value in its own column; Null is an empty cell. Items
+    /// span columns but no rows: stacked values take rows of their own, with empty cells below those of other items.
+    /// Throws what VoXMLSpreadsheetWriter throws.
     void writeXMLSpreadsheet(VoIODevice& device) const;
     /// The same into a file, which is replaced when the document is whole: after a failure its old content stands.
     void writeXMLSpreadsheet(const VoFilePath& file) const;

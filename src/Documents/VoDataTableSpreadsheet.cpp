@@ -24,6 +24,14 @@ struct Cell
     std::size_t rowSpan;
 };
 
+std::size_t HeightOf(const VoDataTableRow& row)
+{
+    std::size_t height = 0;
+    for (const auto& item : row.items)
+        height = std::max(height, item->numberValues());
+    return height;
+}
+
 // The cells of one row of the table, in a list for each of its sheet rows.
 //
 // A worksheet places cells by itself: each in the next column that nothing covers. So that every value stands in its
@@ -32,9 +40,7 @@ struct Cell
 std::vector<std::vector<Cell>> CellsOf(const VoDataTable& table, std::size_t row)
 {
     static const auto* const nothing = new VoVariant;
-    std::size_t height = 0;
-    for (const auto& item : table.rows()[row]->items)
-        height = std::max(height, item->numberValues());
+    const std::size_t height = HeightOf(*table.rows()[row]);
     std::vector<std::vector<Cell>> cells(height);
     if (height == 0) // not even fillers then
         return cells;
@@ -49,24 +55,18 @@ std::vector<std::vector<Cell>> CellsOf(const VoDataTable& table, std::size_t row
     return cells;
 }
 
-template <typename Sheet, typename AddCell>
-void WriteRows(const VoDataTable& table, Sheet& sheet, const AddCell& addCell)
-{
-    for (std::size_t row = 0; row < table.numberRows(); ++row) {
-        for (const std::vector<Cell>& sheetRow : CellsOf(table, row)) {
-            sheet.startRow();
-            for (const Cell& cell : sheetRow)
-                addCell(cell);
-        }
-    }
-}
-
 } // namespace
 
 void VoDataTable::writeOOXML(VoOOXMLWriter& writer, const VoString& sheetName) const
 {
     const VoSharedPtr<VoOOXMLWriterSpreadsheet> sheet = writer.addSheet(sheetName);
-    WriteRows(*this, *sheet, [&](const Cell& cell) { sheet->addCell(*cell.value, cell.columnSpan, cell.rowSpan); });
+    for (std::size_t row = 0; row < numberRows(); ++row) {
+        for (const std::vector<Cell>& sheetRow : CellsOf(*this, row)) {
+            sheet->startRow();
+            for (const Cell& cell : sheetRow)
+                sheet->addCell(*cell.value, cell.columnSpan, cell.rowSpan);
+        }
+    }
 }
 
 void VoDataTable::writeOOXML(const VoFilePath& file) const
@@ -78,13 +78,21 @@ void VoDataTable::writeOOXML(const VoFilePath& file) const
     target.commit();
 }
 
+// Nothing spans sheet rows: programs do not agree on where cells without positions stand beside such a one.
 void VoDataTable::writeXMLSpreadsheet(VoIODevice& device) const
 {
     static const auto* const empty = new VoVariant(""); // Null would be shown as a word
     VoXMLSpreadsheetWriter writer(device);
-    WriteRows(*this, writer, [&](const Cell& cell) {
-        writer.addCell(cell.value->isNull() ? *empty : *cell.value, cell.columnSpan, cell.rowSpan);
-    });
+    for (std::size_t row = 0; row < numberRows(); ++row) {
+        const std::size_t height = HeightOf(*rows()[row]);
+        for (std::size_t offset = 0; offset < height; ++offset) {
+            writer.startRow();
+            forEachItem(row, [&](const VoDataTableItem& item, std::size_t, std::size_t columnSpan) {
+                const bool hasValue = offset < item.numberValues() && !item.values()[offset].isNull();
+                writer.addCell(hasValue ? item.values()[offset] : *empty, columnSpan);
+            });
+        }
+    }
     writer.finish();
 }
 

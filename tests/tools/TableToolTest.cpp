@@ -100,7 +100,7 @@ TEST_F(TableTool, whatCannotBeDoneLeavesTheOldFile)
         const char* message;
     } const rows[] = {
         {"table @bad.csv @out.xlsx", 1, "bad.csv: Unterminated quoted field in CSV at row 2"},
-        {"table @latin.csv @out.xlsx", 1, "latin.csv: Invalid UTF-8 in CSV at line 2, column 2; --encoding"},
+        {"table @latin.csv @out.xlsx", 1, "latin.csv: Invalid UTF-8 in CSV at line 2, column 2; --encoding names"},
         {"table --encoding koi8-r @a.csv @out.xlsx", 2, "--encoding: \"koi8-r\""},
         {"table --decimal-comma @a.csv @out.xlsx", 2, "--decimal-comma needs a --separator"},
         {"table @wide.csv @out.xlsx", 1, "wide.csv, row 1: Cell lies outside the limits of a worksheet"},

@@ -90,7 +90,7 @@ public:
             m_done += reader.bytesRead();
         } catch (const VoInvalidParameterException& exception) {
             throw Failure(m_session.arguments.argument(argument) + ": " + exception.message() +
-                          (isEncodingInDoubt(exception) ? "; --encoding says what else it is" : ""));
+                          (isEncodingInDoubt(exception) ? "; --encoding names another encoding" : ""));
         }
     }
 
