@@ -18,8 +18,8 @@
 #include <QtCore/QEventLoop>
 #include <QtCore/QThread>
 #include <algorithm>
-#include <atomic>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 // The hosts of a deployment may be built in.
@@ -75,6 +75,7 @@ public:
     VoReceiver connect(Callback callback) { return m_broadcaster->connect(std::move(callback)); }
     void cancel(const VoUUID& id) { m_interface.cancel(id); }
     void setRedirectHosts(const VoString& primary, const VoString& secondary);
+    bool isOwner() const;
 
     template <typename Request>
     VoUUID request(const VoSharedPtr<Request>& request);
@@ -88,60 +89,98 @@ public:
     void applicationEnds() noexcept;
 
 private:
-    void requireAvailable() const;
+    // A thread that runs the engine, for as long as it does.
+    struct Home
+    {
+        QThread* const owner = QThread::currentThread();
+        QPointer<VoDownloadManagerImpl> impl;                 // only touched in the owning thread
+        std::vector<std::weak_ptr<VoDownloadTicket>> tickets; // of requests that may not have ended yet
+    };
+    // Whether the caller runs the loop that the engine needs.
+    enum class Loop
+    {
+        Runs,
+        MayRun
+    };
+
+    static void RequireApplication();
+    void settle();
+    void requireHome(Loop loop);
+    void leave(const std::shared_ptr<Home>& home) noexcept;
+    static void EndTickets(Home& home) noexcept;
     template <typename Request>
-    void handOver(const VoSharedPtr<Request>& request, const VoDownloadTicketPtr& ticket);
-    void waitHere(const VoUUID& id, const VoDownloadTicketPtr& ticket);
-    void ownerEnds() noexcept;
+    std::shared_ptr<Home> handOver(const VoSharedPtr<Request>& request, const VoDownloadTicketPtr& ticket, Loop loop);
+    void waitHere(Home& home, const VoUUID& id, const VoDownloadTicketPtr& ticket);
 
     const std::shared_ptr<Broadcaster> m_broadcaster = std::make_shared<Broadcaster>();
     VoDownloadManagerInterface m_interface;
-    QThread* const m_owner = QThread::currentThread();
-    std::atomic<bool> m_available{true};
-    QPointer<VoDownloadManagerImpl> m_impl; // only touched in the owning thread
+
+    mutable std::mutex m_homeMutex; // guards the next two and the tickets of the home
+    std::shared_ptr<Home> m_home;   // empty when its thread or the application's loop has ended
+    bool m_isWatching = false;      // whether the end of the application object will be told
 
     std::mutex m_hostsMutex;
     vo::detail::RedirectHosts m_hosts{VOCORE_REDIRECT_PRIMARY_HOST, VOCORE_REDIRECT_SECONDARY_DOMAIN};
-
-    std::mutex m_ticketsMutex;
-    std::vector<std::weak_ptr<VoDownloadTicket>> m_tickets; // of requests that may not have ended yet
 };
 
 VoDownloadManager::Private::Private()
 {
-    m_impl = new VoDownloadManagerImpl(m_interface, m_broadcaster, [this] {
+    settle();
+}
+
+// Makes this thread the engine's.
+void VoDownloadManager::Private::settle()
+{
+    const auto home = std::make_shared<Home>();
+    auto* const impl = new VoDownloadManagerImpl(m_interface, m_broadcaster, [this] {
         const std::lock_guard<std::mutex> lock(m_hostsMutex);
         return m_hosts;
     });
+    home->impl = impl;
     QObject::connect(
-        m_impl, &VoDownloadManagerImpl::hasShutDown, &m_interface, [this] { m_available = false; },
+        impl, &VoDownloadManagerImpl::beginsToShutDown, &m_interface, [this, home] { leave(home); },
         Qt::DirectConnection);
     QObject::connect(
-        m_owner, &QThread::finished, &m_interface, [this] { ownerEnds(); }, Qt::DirectConnection);
+        impl, &VoDownloadManagerImpl::hasShutDown, &m_interface, [home] { EndTickets(*home); }, Qt::DirectConnection);
+    QObject::connect(
+        home->owner, &QThread::finished, &m_interface, [home] { delete home->impl; }, Qt::DirectConnection);
+    m_home = home;
 }
 
-void VoDownloadManager::Private::ownerEnds() noexcept
+// From now on requests go elsewhere.
+void VoDownloadManager::Private::leave(const std::shared_ptr<Home>& home) noexcept
 {
-    delete m_impl;
+    const std::lock_guard<std::mutex> lock(m_homeMutex);
+    if (m_home != home)
+        return;
+    m_interface.disconnect();
+    m_home.reset();
+}
+
+// What nobody will look at any more; whoever waits for it is told.
+void VoDownloadManager::Private::EndTickets(Home& home) noexcept
+{
+    for (const std::weak_ptr<VoDownloadTicket>& ticket : std::exchange(home.tickets, {})) {
+        if (const std::shared_ptr<VoDownloadTicket> live = ticket.lock())
+            live->end(VoDownloadException(NotAvailable));
+    }
 }
 
 void VoDownloadManager::Private::applicationEnds() noexcept
 {
-    m_available = false;
-    if (QThread::currentThread() == m_owner) {
-        delete m_impl;
-        return;
-    }
-    // The owning thread gets no events any more, so nobody else would tell those who wait.
-    std::vector<std::weak_ptr<VoDownloadTicket>> tickets;
+    std::shared_ptr<Home> home;
     {
-        const std::lock_guard<std::mutex> lock(m_ticketsMutex);
-        tickets.swap(m_tickets);
+        const std::lock_guard<std::mutex> lock(m_homeMutex);
+        m_isWatching = false;
+        m_interface.disconnect();
+        home = std::exchange(m_home, {});
     }
-    for (const std::weak_ptr<VoDownloadTicket>& ticket : tickets) {
-        if (const std::shared_ptr<VoDownloadTicket> live = ticket.lock())
-            live->end(VoDownloadException(NotAvailable));
-    }
+    if (!home)
+        return;
+    if (QThread::currentThread() == home->owner)
+        delete home->impl;
+    // Another owning thread gets no events any more, so nobody else would tell those who wait.
+    EndTickets(*home);
 }
 
 void VoDownloadManager::Private::setRedirectHosts(const VoString& primary, const VoString& secondary)
@@ -150,56 +189,78 @@ void VoDownloadManager::Private::setRedirectHosts(const VoString& primary, const
     m_hosts = {primary, secondary};
 }
 
-void VoDownloadManager::Private::requireAvailable() const
+bool VoDownloadManager::Private::isOwner() const
 {
-    if (!m_available || QCoreApplication::closingDown())
+    const std::lock_guard<std::mutex> lock(m_homeMutex);
+    return m_home && m_home->owner == QThread::currentThread();
+}
+
+void VoDownloadManager::Private::RequireApplication()
+{
+    if (QCoreApplication::closingDown())
         throw VoDownloadException(NotAvailable);
     if (!QCoreApplication::instance())
         throw VoDownloadException("Download service requires an application object");
 }
 
-template <typename Request>
-void VoDownloadManager::Private::handOver(const VoSharedPtr<Request>& request, const VoDownloadTicketPtr& ticket)
+// With the mutex held. The thread that owned the engine may have ended, or the application's loop, which may run again:
+// then this thread takes its place, unless nobody would ever run its loop.
+void VoDownloadManager::Private::requireHome(Loop loop)
 {
-    {
-        const std::lock_guard<std::mutex> lock(m_ticketsMutex);
-        if (m_tickets.size() == m_tickets.capacity())
-            m_tickets.erase(std::remove_if(m_tickets.begin(), m_tickets.end(),
-                                           [](const std::weak_ptr<VoDownloadTicket>& t) { return t.expired(); }),
-                            m_tickets.end());
-        m_tickets.push_back(ticket.standard());
-    }
+    if (m_home)
+        return;
+    const QThread* const here = QThread::currentThread();
+    if (loop == Loop::MayRun && here->loopLevel() == 0 && here != QCoreApplication::instance()->thread())
+        throw VoDownloadException(NotAvailable);
+    settle();
+}
+
+template <typename Request>
+std::shared_ptr<VoDownloadManager::Private::Home>
+VoDownloadManager::Private::handOver(const VoSharedPtr<Request>& request, const VoDownloadTicketPtr& ticket, Loop loop)
+{
+    const std::lock_guard<std::mutex> lock(m_homeMutex);
+    requireHome(loop);
+    if (!std::exchange(m_isWatching, true))
+        qAddPostRoutine([] { Get().m_private->applicationEnds(); });
+    auto& tickets = m_home->tickets;
+    if (tickets.size() == tickets.capacity())
+        tickets.erase(std::remove_if(tickets.begin(), tickets.end(),
+                                     [](const std::weak_ptr<VoDownloadTicket>& t) { return t.expired(); }),
+                      tickets.end());
+    tickets.push_back(ticket.standard());
     m_interface.request(request, ticket);
+    return m_home;
 }
 
 template <typename Request>
 VoUUID VoDownloadManager::Private::request(const VoSharedPtr<Request>& request)
 {
-    requireAvailable();
+    RequireApplication();
     const VoUUID id = request->id();
-    handOver(request, VoDownloadTicketPtr::Make());
+    handOver(request, VoDownloadTicketPtr::Make(), Loop::MayRun);
     return id;
 }
 
 template <typename Request>
 VoPair<VoUUID, VoReceiver> VoDownloadManager::Private::request(const VoSharedPtr<Request>& request, Callback callback)
 {
-    requireAvailable();
+    RequireApplication();
     const VoUUID id = request->id();
     VoReceiver receiver = connect(OnlyOf(id, std::move(callback)));
-    handOver(request, VoDownloadTicketPtr::Make());
+    handOver(request, VoDownloadTicketPtr::Make(), Loop::MayRun);
     return VoPair<VoUUID, VoReceiver>(id, std::move(receiver));
 }
 
 template <typename Request>
 std::future<void> VoDownloadManager::Private::future(const VoSharedPtr<Request>& request, Callback callback)
 {
-    requireAvailable();
+    RequireApplication();
     const auto ticket = VoDownloadTicketPtr::Make();
     std::future<void> future = ticket->future();
     if (callback)
         ticket->keep(connect(OnlyOf(request->id(), std::move(callback))));
-    handOver(request, ticket);
+    handOver(request, ticket, Loop::MayRun);
     return future;
 }
 
@@ -208,7 +269,7 @@ void VoDownloadManager::Private::wait(const VoSharedPtr<Request>& request, const
 {
     if (VoDownloadManagerImpl::IsInCallback())
         throw VoInvalidCallException("Cannot wait for a download inside a notification callback");
-    requireAvailable();
+    RequireApplication();
     if (stop && stop->isStopped())
         throw Cancelled();
     const VoUUID id = request->id();
@@ -216,23 +277,25 @@ void VoDownloadManager::Private::wait(const VoSharedPtr<Request>& request, const
     std::future<void> future = ticket->future();
     if (callback)
         ticket->keep(connect(OnlyOf(id, std::move(callback))));
-    handOver(request, ticket);
+    std::shared_ptr<Home> home = handOver(request, ticket, Loop::Runs);
 
     VoReceiver stopped;
     if (stop)
         stopped = stop->onStop([this, id] { cancel(id); });
-    if (QThread::currentThread() == m_owner)
-        waitHere(id, ticket);
+    if (QThread::currentThread() == home->owner)
+        waitHere(*home, id, ticket);
+    home.reset();
     // Once nobody else holds the ticket, the service has gone and the future tells so.
     ticket.reset();
     future.get();
 }
 
 // Runs the loop that the download needs.
-void VoDownloadManager::Private::waitHere(const VoUUID& id, const VoDownloadTicketPtr& ticket)
+void VoDownloadManager::Private::waitHere(Home& home, const VoUUID& id, const VoDownloadTicketPtr& ticket)
 {
     QEventLoop loop;
-    ticket->onEnd([&loop] { loop.quit(); });
+    // Queued: the end may come from another thread before the loop runs, and must not be lost.
+    ticket->onEnd([&loop] { QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection); });
     if (!ticket->hasEnded())
         loop.exec();
     ticket->onEnd(nullptr);
@@ -241,8 +304,8 @@ void VoDownloadManager::Private::waitHere(const VoUUID& id, const VoDownloadTick
     // The application is quitting, and no loop of this thread runs any more.
     cancel(id);
     ticket->end(VoDownloadException(NotAvailable));
-    if (m_impl)
-        m_impl->cancelDownload(id);
+    if (home.impl)
+        home.impl->cancelDownload(id);
 }
 
 VoDownloadManager::VoDownloadManager()
@@ -255,11 +318,7 @@ VoDownloadManager::~VoDownloadManager() = default;
 VoDownloadManager& VoDownloadManager::Get()
 {
     // Never destroyed: requests may come while static objects are. The engine goes with the application object.
-    static VoDownloadManager& manager = *[] {
-        auto* const made = new VoDownloadManager;
-        qAddPostRoutine([] { Get().m_private->applicationEnds(); });
-        return made;
-    }();
+    static VoDownloadManager& manager = *new VoDownloadManager;
     return manager;
 }
 
@@ -363,6 +422,11 @@ void VoDownloadManager::RequestWait(VoSharedPtr<VoDownloadRequest> request, VoSt
 void VoDownloadManager::RequestWait(VoSharedPtr<VoGroupedDownloadRequest> request, VoStopFlag stop, Callback callback)
 {
     Get().m_private->wait(request, &stop, std::move(callback));
+}
+
+bool VoDownloadManager::IsOwner()
+{
+    return Get().m_private->isOwner();
 }
 
 void VoDownloadManager::CancelDownload(const VoUUID& id)

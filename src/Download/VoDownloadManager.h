@@ -15,7 +15,9 @@ class VoGroupedDownloadRequest;
 ///
 /// The thread that calls Get() first, directly or through any other member, owns the service: all network work is done
 /// there, in its Qt event loop, and notification callbacks run on it. RequestWait() called on that thread runs the loop
-/// itself. Any thread may call any member. An application object is REQUIRED for requests, not for Get(), Connect() and
+/// itself. When that thread has ended, or the application's loop (which may run again), a later request makes its own
+/// thread the owner: that of any RequestWait(), and of the others when it runs an event loop or is the application's.
+/// Any thread may call any member. An application object is REQUIRED for requests, not for Get(), Connect() and
 /// SetRedirectHosts().
 ///
 /// A download first asks for the header of each file (HEAD) to learn its size, then for the body (GET). A body is
@@ -28,8 +30,9 @@ class VoGroupedDownloadRequest;
 ///
 /// A download that fails, or cannot be made, gives VoDownloadException with the text of its Failed notification:
 /// "Download cancelled" when it was cancelled or its stop flag was raised; "Download service requires an application
-/// object" without one; "Download service is not available" once the application quits or the owning thread has ended.
-/// These last two are thrown by the request functions themselves.
+/// object" without one; "Download service is not available" when the application quits or the owning thread ends
+/// meanwhile, once there is no application object any more, and for a request that nobody would ever carry out. The
+/// request functions throw these last two themselves where they can tell.
 class VOCORE_EXPORT VoDownloadManager
 {
 public:
@@ -88,6 +91,10 @@ public:
     static void RequestWait(VoSharedPtr<VoDownloadRequest> request, VoStopFlag stop, Callback callback);
     static void RequestWait(VoSharedPtr<VoGroupedDownloadRequest> request, VoStopFlag stop, Callback callback);
     /// @}
+
+    /// Whether the calling thread owns the service: while it waits for something else without running its event loop,
+    /// no download goes on.
+    static bool IsOwner();
 
     /// Cancels a download, which then fails with "Download cancelled". Does nothing when it has ended already.
     static void CancelDownload(const VoUUID& id);

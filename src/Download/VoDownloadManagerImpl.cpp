@@ -39,6 +39,7 @@ VoDownloadManagerImpl::VoDownloadManagerImpl(VoDownloadManagerInterface& request
             &VoDownloadManagerImpl::startGroupedDownload, Qt::QueuedConnection);
     connect(&requests, &VoDownloadManagerInterface::cancelRequested, this, &VoDownloadManagerImpl::cancelDownload,
             Qt::QueuedConnection);
+    followApplication();
 }
 
 VoDownloadManagerImpl::~VoDownloadManagerImpl()
@@ -75,7 +76,21 @@ void VoDownloadManagerImpl::openNetwork()
         return;
     m_network = new QNetworkAccessManager(this);
     followNetworkStatus();
-    connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, [this] { shutDown(); });
+    followApplication();
+}
+
+// The engine may be older than the application object.
+void VoDownloadManagerImpl::followApplication()
+{
+    if (QCoreApplication::instance())
+        connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
+                &VoDownloadManagerImpl::applicationQuits, Qt::UniqueConnection);
+}
+
+void VoDownloadManagerImpl::applicationQuits()
+{
+    shutDown();
+    deleteLater();
 }
 
 QT_WARNING_PUSH
@@ -171,12 +186,13 @@ void VoDownloadManagerImpl::ended(VoDownload& download, const VoDownloadExceptio
 void VoDownloadManagerImpl::shutDown() noexcept
 {
     m_shutDown = true;
-    Q_EMIT hasShutDown();
+    Q_EMIT beginsToShutDown();
     for (VoDownload* const download : m_monitor.all())
         download->fail(VoDownloadException("Download service is not available"));
     // Not left to the destructor of the base: downloads and replies refer to members of this object.
     qDeleteAll(findChildren<VoDownload*>(QString(), Qt::FindDirectChildrenOnly));
     delete m_network;
+    Q_EMIT hasShutDown();
 }
 
 void VoDownloadManagerImpl::broadcast(const VoSharedPtr<VoDownloadNotification>& notification)

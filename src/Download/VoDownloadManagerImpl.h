@@ -54,17 +54,22 @@ public:
     void shutDown() noexcept;
 
 Q_SIGNALS:
-    void hasShutDown(); ///< No download will be started any more.
+    void beginsToShutDown(); ///< No download will be started any more.
+    void hasShutDown();      ///< All that were running have ended.
 
 public Q_SLOTS:
     void startDownload(const VoDownloadRequestPtr& request, const VoDownloadTicketPtr& ticket);
     void startGroupedDownload(const VoGroupedDownloadRequestPtr& request, const VoDownloadTicketPtr& ticket);
     void cancelDownload(const VoUUID& id);
 
+private Q_SLOTS:
+    void applicationQuits();
+
 private:
     template <typename Download, typename Request>
     void start(const Request& request, const VoDownloadTicketPtr& ticket) noexcept;
     void openNetwork();
+    void followApplication();
     void followNetworkStatus();
     void log(const VoDownloadNotification& notification) const;
 

@@ -534,21 +534,19 @@ TEST_F(DownloadManager, TheEngineTellsNetworkChangesAndRefusesToWorkWithoutItsPa
     EXPECT_EQ(Outcome(std::move(queuedEnd)), "Download service is not available");
 }
 
-TEST_F(DownloadManager, EndsClearlyWithoutAnApplicationWhileItQuitsAndWithoutItsThread)
+TEST_F(DownloadManager, EndsClearlyWithoutAnApplicationWhileItQuitsAndWithoutItsThreadAndFindsAnotherHome)
 {
+    m_server.get("/file", ScriptedAnswer::Body("content"));
     m_server.get("/silent", ScriptedAnswer::Body("x").failing(Fault::Stall, ScriptedAnswer::BeforeHeaders));
     m_server.head("/silent", {ScriptedAnswer::Body("x").failing(Fault::Stall, ScriptedAnswer::BeforeHeaders)});
     const std::string silent = m_server.url("/silent");
     const std::string target = m_folder.native("x").string();
+    const std::string ended = "Download service is not available\n";
     EXPECT_EQ(OutcomeOf({"no-application", silent, target}), "Download service requires an application object\n");
-    EXPECT_EQ(OutcomeOf({"quit-under-owner", silent, target}),
-              "Download service is not available\nDownload service is not available\n");
-    EXPECT_EQ(OutcomeOf({"quit-under-worker", silent, target}),
-              "Download service is not available\nDownload service is not available\n");
-    EXPECT_EQ(OutcomeOf({"application-ends", silent, target}),
-              "Download service is not available\nDownload service is not available\n");
-    EXPECT_EQ(OutcomeOf({"owner-ends", silent, target}),
-              "Download service is not available\nDownload service is not available\n");
+    EXPECT_EQ(OutcomeOf({"quit-under-owner", silent, target, m_server.url("/file")}), ended + "\n\n");
+    EXPECT_EQ(OutcomeOf({"quit-under-worker", silent, target, m_server.url("/file")}), ended + "\n\n");
+    EXPECT_EQ(OutcomeOf({"application-ends", silent, target, m_server.url("/file")}), ended + ended + "\n");
+    EXPECT_EQ(OutcomeOf({"owner-ends", silent, target, m_server.url("/file")}), ended + "\n");
 }
 
 namespace vo::test {
@@ -577,6 +575,8 @@ int RunScenario(int argc, char** argv)
         Print(WaitFor(url, target));
         return 0;
     }
+    // What can be fetched, once there is a service again; an empty line when it is.
+    const char* const file = argv[5];
     auto application = std::make_unique<QCoreApplication>(argc, argv);
     if (name == "quit-under-owner") {
         // The waiting is inside the application's loop, which is told to end meanwhile.
@@ -585,15 +585,26 @@ int RunScenario(int argc, char** argv)
             Print(WaitFor(url, target));
         });
         application->exec();
-        Print(WaitFor(url, target));
+        Print(WaitFor(file, target));
+        // The application's loop may run again, and carries out what was asked for between.
+        std::future<void> end =
+            VoDownloadManager::RequestFuture(VoSharedPtr<VoDownloadRequest>::Make(VoUrl(file), VoFilePath(target)));
+        std::thread worker([&] {
+            Print(Failure([&] { end.get(); }));
+            QMetaObject::invokeMethod(
+                application.get(), [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
+        });
+        application->exec();
+        worker.join();
     } else if (name == "quit-under-worker") {
         VoDownloadManager::Get();
         std::thread worker([&] { Print(WaitFor(url, target)); });
         QTimer::singleShot(100, application.get(), [] { QCoreApplication::quit(); });
         application->exec();
         worker.join();
-        // Nobody runs the service any more, so this must not wait for it.
-        std::thread([&] { Print(WaitFor(url, target)); }).join();
+        // Nobody runs the owner's loop any more, so this thread does.
+        std::thread([&] { Print(WaitFor(file, target)); }).join();
+        std::thread([&] { Print(WaitFor(file, target)); }).join();
     } else if (name == "application-ends") {
         VoDownloadManager::Get();
         std::promise<void> asked;
@@ -607,6 +618,8 @@ int RunScenario(int argc, char** argv)
         application.reset();
         worker.join();
         Print(WaitFor(url, target));
+        application = std::make_unique<QCoreApplication>(argc, argv);
+        Print(WaitFor(file, target));
     } else if (name == "owner-ends") {
         std::future<void> end;
         std::thread owner([&] {
@@ -616,7 +629,7 @@ int RunScenario(int argc, char** argv)
         });
         owner.join();
         Print(Failure([&] { end.get(); }));
-        Print(WaitFor(url, target));
+        Print(WaitFor(file, target));
     }
     return 0;
 }
