@@ -18,6 +18,7 @@
 #include <QtCore/QEventLoop>
 #include <QtCore/QThread>
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -35,6 +36,8 @@ namespace {
 using Callback = VoDownloadManager::Callback;
 
 const char* const NotAvailable = "Download service is not available";
+
+std::atomic<const VoDownloadManager*> Made{nullptr}; // what Get() gives, without making it
 
 VoDownloadException Cancelled()
 {
@@ -318,7 +321,11 @@ VoDownloadManager::~VoDownloadManager() = default;
 VoDownloadManager& VoDownloadManager::Get()
 {
     // Never destroyed: requests may come while static objects are. The engine goes with the application object.
-    static VoDownloadManager& manager = *new VoDownloadManager;
+    static VoDownloadManager& manager = *[] {
+        auto* const made = new VoDownloadManager;
+        Made = made;
+        return made;
+    }();
     return manager;
 }
 
@@ -426,7 +433,8 @@ void VoDownloadManager::RequestWait(VoSharedPtr<VoGroupedDownloadRequest> reques
 
 bool VoDownloadManager::IsOwner()
 {
-    return Get().m_private->isOwner();
+    const VoDownloadManager* const made = Made;
+    return made && made->m_private->isOwner();
 }
 
 void VoDownloadManager::CancelDownload(const VoUUID& id)

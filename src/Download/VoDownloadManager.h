@@ -93,7 +93,7 @@ public:
     /// @}
 
     /// Whether the calling thread owns the service: while it waits for something else without running its event loop,
-    /// no download goes on.
+    /// no download goes on. Does not make the service: nobody owns it before it is used.
     static bool IsOwner();
 
     /// Cancels a download, which then fails with "Download cancelled". Does nothing when it has ended already.

@@ -16,6 +16,7 @@
 #include <Updater/InstallationJournal.h>
 #include <Updater/InstallerPrivate.h>
 #include <Updater/InstallerSettings.h>
+#include <Updater/OperationGate.h>
 #include <Updater/PackageCheck.h>
 #include <Updater/PackageInstaller.h>
 #include <Updater/PackageValidator.h>
@@ -28,12 +29,10 @@
 #include <Updater/XMLDocument.h>
 
 #include <algorithm>
-#include <atomic>
 #include <exception>
 #include <mutex>
 #include <optional>
 #include <string_view>
-#include <thread>
 #include <utility>
 
 namespace vo::updater {
@@ -45,14 +44,13 @@ struct InstalledPackages::Private
     VoDeque<VoPair<VoUUID, VoVersion>> entries; // in the order of first installation
 };
 
-// What the process shares. The operation mutex is held for the whole of an installation; whatever its receivers may
+// What the process shares. A thread is inside the gate for the whole of an installation; whatever its receivers may
 // call takes the data mutex alone, for moments.
 struct InstalledPackages::Shared
 {
     MessageBroadcaster broadcaster;
 
-    std::mutex operation;
-    std::atomic<std::thread::id> operationThread{}; // who holds the operation mutex
+    OperationGate gate;
 
     std::mutex data; // guards what follows
     VoUniquePtr<InstalledPackages> registry;
@@ -71,13 +69,17 @@ struct InstalledPackages::Operation
 {
     Operation()
     {
-        if (isBroadcasting || State().operationThread == std::this_thread::get_id())
+        if (isBroadcasting)
             throw VoInvalidCallException("An installation is already running");
-        lock = std::unique_lock<std::mutex>(State().operation);
-        State().operationThread = std::this_thread::get_id();
+        State().gate.enter();
     }
 
-    ~Operation() { State().operationThread = std::thread::id(); }
+    ~Operation()
+    {
+        // Others would find the lock of this process in their way.
+        processes.reset();
+        State().gate.leave();
+    }
 
     Operation(const Operation&) = delete;
     Operation& operator=(const Operation&) = delete;
@@ -92,7 +94,6 @@ struct InstalledPackages::Operation
         Get();
     }
 
-    std::unique_lock<std::mutex> lock;
     std::optional<ProcessLock> processes;
 };
 
@@ -295,6 +296,30 @@ void InstalledPackages::Install(const VoUrl& advertUrl, const VoDirectoryPath& i
     Attempt([&] {
         operation.begin();
         Install(AdvertisedPackageListing::Open(advertUrl, stop, options.downloads), installationDirectory, options,
+                [&](PackageInstaller& installer) { return installer.run(advertUrl, stop, options.downloads); });
+    });
+}
+
+void InstalledPackages::Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoFilePath& definitionFile,
+                                const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                                const InstallationOptions& options)
+{
+    Operation operation;
+    Attempt([&] {
+        operation.begin();
+        Install(std::move(advert), installationDirectory, options,
+                [&](PackageInstaller& installer) { return installer.run(definitionFile, stop); });
+    });
+}
+
+void InstalledPackages::Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoUrl& advertUrl,
+                                const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                                const InstallationOptions& options)
+{
+    Operation operation;
+    Attempt([&] {
+        operation.begin();
+        Install(std::move(advert), installationDirectory, options,
                 [&](PackageInstaller& installer) { return installer.run(advertUrl, stop, options.downloads); });
     });
 }

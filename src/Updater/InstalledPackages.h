@@ -40,10 +40,14 @@ class PackageInstaller;
 /// A process may be killed at any moment: the same call made again ends in the same files, registry and listing as if
 /// it had run through at once. Listings and registry are replaced atomically, the listing first.
 ///
+/// A thread that owns the download service (VoDownloadManager::IsOwner) waits for another one's operation with its
+/// event loop running, because that one may be waiting for a download. So events arrive in the meantime.
+///
 /// Failures that Install, Repair and Uninstall share: VoInvalidCallException ("An installation is already running")
-/// when this thread is in one of them already, as a receiver is. A registry file that is there but cannot be read is
-/// never replaced: everything that needs it throws VoNullPointerException ("VoUniquePtr dereferencing nullptr") after
-/// logging an error with its path.
+/// when this thread is in one of them already, as a receiver is, or would have to wait and cannot run the event loop
+/// that others need: in a callback of the download service, or when the application is quitting. A registry file that
+/// is there but cannot be read is never replaced: everything that needs it throws VoNullPointerException ("VoUniquePtr
+/// dereferencing nullptr") after logging an error with its path.
 class VOCORE_EXPORT InstalledPackages : public XMLObject
 {
 public:
@@ -64,6 +68,17 @@ public:
     static void Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
                         const InstallationOptions& options = InstallationOptions());
     static void Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                        const InstallationOptions& options = InstallationOptions());
+    /// @}
+
+    /// @{
+    /// As above, for a definition that was read from there already. It is not read again: what is installed is what the
+    /// caller has looked at, whatever the file or the server holds by now.
+    static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoFilePath& definitionFile,
+                        const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                        const InstallationOptions& options = InstallationOptions());
+    static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoUrl& advertUrl,
+                        const VoDirectoryPath& installationDirectory, VoStopFlag stop,
                         const InstallationOptions& options = InstallationOptions());
     /// @}
 

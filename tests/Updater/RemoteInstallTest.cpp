@@ -1,13 +1,18 @@
+#include "../Download/RunService.h"
 #include "InstallFixture.h"
 
 #include <ScriptedHttpServer.h>
 
 #include <Download/VoDownloadException.h>
+#include <Download/VoDownloadManager.h>
+#include <Download/VoDownloadNotification.h>
 #include <Updater/AdvertisedPackages.h>
 
 #include <QtCore/QCoreApplication>
 
+#include <atomic>
 #include <functional>
+#include <thread>
 
 using namespace vo::test;
 using vo::updater::AdvertisedPackages;
@@ -247,6 +252,46 @@ TEST_F(RemoteInstall, StoppingWhileChunksArriveKeepsWhatHasComeForTheNextRun)
     ASSERT_EQ(installFrom(definition), "");
     EXPECT_LT(server.requests().size(), 2 * (chunks + 1));
     EXPECT_EQ(installed(), First);
+}
+
+TEST_F(RemoteInstall, WhatIsInstalledIsWhatWasReadWhateverTheServerSaysByNow)
+{
+    const VoFilePath first = publish("1.0.0", First);
+    const VoFilePath second = publish("1.1.0", Second);
+    serve();
+    server.get(target(second), {ScriptedAnswer::Body(ReadBytes(second)), ScriptedAnswer::Body(ReadBytes(first))});
+    auto advert = AdvertisedPackageListing::Open(url(second));
+    ASSERT_EQ(InstalledPackages::Plan(*advert, place()).version.toString(), "1.1.0.0");
+    InstalledPackages::Install(std::move(advert), url(second), place(), VoStopFlag(), options);
+    EXPECT_EQ(installed(), Second);
+    EXPECT_EQ(server.count("GET", target(second)), 1u);
+}
+
+TEST_F(RemoteInstall, TheOwnerOfTheServiceWaitsForAnotherThreadWithItsLoopRunningOrNotAtAll)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    serve();
+    VoDownloadManager::Get();
+    std::atomic<bool> isInside{false};
+    const VoReceiver progress = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
+        isInside = isInside || message->type() == AbstractMessage::DownloadStarted;
+    });
+    std::string refusal;
+    const VoReceiver downloads = VoDownloadManager::Connect([&](const VoSharedPtr<VoDownloadNotification>&) {
+        try {
+            InstalledPackages::Uninstall(packageID);
+        } catch (const VoInvalidCallException& failure) {
+            refusal = failure.message().toStdString();
+        }
+    });
+    std::string end = "did not end";
+    std::thread worker([&] { end = installFrom(definition); });
+    RunServiceUntil([&] { return isInside.load(); });
+    InstalledPackages::Uninstall(packageID);
+    worker.join();
+    EXPECT_EQ(end, "");
+    EXPECT_TRUE(InstalledPackages::Packages().isEmpty()) << "installed, and then uninstalled";
+    EXPECT_EQ(refusal, "An installation is already running");
 }
 
 int main(int argc, char** argv)

@@ -55,7 +55,8 @@ InstallJob PrepareInstall(const Session& session)
     ChosenRelease release = OpenChosenRelease(session);
     job.definition = release.definition;
     job.directory = installationDirectory(session, release.package->packageID());
-    job.plan = InstalledPackages::Plan(std::move(release.package), job.directory, OptionsOfInstalling(session));
+    job.package = std::move(release.package);
+    job.plan = InstalledPackages::Plan(*job.package, job.directory, OptionsOfInstalling(session));
     return job;
 }
 

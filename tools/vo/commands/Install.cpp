@@ -16,7 +16,7 @@ using namespace updater;
 namespace {
 
 /// Installs, and returns whether the check of the installed files at the end found them right.
-bool install(Session& session, const InstallJob& job)
+bool install(Session& session, InstallJob& job)
 {
     std::atomic<bool> intact{true};
     const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
@@ -26,7 +26,8 @@ bool install(Session& session, const InstallJob& job)
     });
     std::visit(
         [&](const auto& definition) {
-            InstalledPackages::Install(definition, job.directory, session.stop, OptionsOfInstalling(session));
+            InstalledPackages::Install(std::move(job.package), definition, job.directory, session.stop,
+                                       OptionsOfInstalling(session));
         },
         job.definition);
     RecordSource(job.plan.packageID, job.definition);
