@@ -45,6 +45,19 @@ bool IsDate(const CalendarDate& date)
     return counted.month == date.month && counted.day == date.day;
 }
 
+int WeekdayOf(std::int64_t day)
+{
+    // 1970-01-01 was a Thursday.
+    const std::int64_t sinceMonday = day + 3;
+    return static_cast<int>(sinceMonday - FloorDivide(sinceMonday, 7) * 7) + 1;
+}
+
+int DaysInMonth(std::int64_t year, std::int64_t month)
+{
+    const std::int64_t next = month == 12 ? DayOf({year + 1, 1, 1}) : DayOf({year, month + 1, 1});
+    return static_cast<int>(next - DayOf({year, month, 1}));
+}
+
 std::string Padded(std::int64_t number, std::size_t width)
 {
     std::string digits = std::to_string(number);

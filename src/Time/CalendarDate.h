@@ -29,6 +29,12 @@ std::int64_t DayOf(const CalendarDate& date);
 /// Whether the calendar has that day.
 bool IsDate(const CalendarDate& date);
 
+/// 1 for Monday to 7 for Sunday, of a day counted from 1970-01-01.
+int WeekdayOf(std::int64_t day);
+
+/// 28 to 31; the month is 1 to 12.
+int DaysInMonth(std::int64_t year, std::int64_t month);
+
 /// Decimal digits, with leading zeros up to a width.
 std::string Padded(std::int64_t number, std::size_t width);
 

@@ -3,6 +3,7 @@
 #include <Core/VoException.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoString.h>
+#include <Time/DurationText.h>
 
 #include <charconv>
 #include <cmath>
@@ -68,6 +69,66 @@ VoString VoTimeDuration::toString() const
     return VoString((m_count < 0 ? "-" : "") + std::to_string(whole) + Fraction(thousandths) + ' ' + unit->name);
 }
 
+VoTimeDuration::Parts VoTimeDuration::parts() const noexcept
+{
+    const std::uint64_t magnitude = Magnitude(m_count);
+    const std::uint64_t seconds = magnitude / 1000000000;
+    return {m_count < 0, static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
+            static_cast<int>(seconds % 60), static_cast<int>(magnitude % 1000000000)};
+}
+
+VoString VoTimeDuration::toComponentsString() const
+{
+    return VoString(vo::detail::ComponentsText(parts()));
+}
+
+VoString VoTimeDuration::toIsoString() const
+{
+    return VoString(vo::detail::IsoText(parts()));
+}
+
+VoTimeDuration VoTimeDuration::Parse(const VoString& text)
+{
+    const std::string bytes(text.toStdString());
+    if (const auto duration = vo::detail::ReadDuration(bytes))
+        return *duration;
+    throw VoInvalidConversionException(text, "VoTimeDuration");
+}
+
+VoTimeDuration& VoTimeDuration::multiply(std::int64_t factor)
+{
+    // Their product as magnitudes: that of the smallest number has no positive counterpart.
+    const std::uint64_t a = Magnitude(m_count);
+    const std::uint64_t b = Magnitude(factor);
+    const bool isNegative = (m_count < 0) != (factor < 0);
+    const std::uint64_t limit = Magnitude(isNegative ? Min().m_count : Max().m_count);
+    if (b != 0 && a > limit / b)
+        failOverflow();
+    const std::uint64_t product = a * b;
+    m_count = static_cast<std::int64_t>(isNegative ? 0 - product : product);
+    return *this;
+}
+
+VoTimeDuration& VoTimeDuration::divide(std::int64_t divisor)
+{
+    if (divisor == 0)
+        failDivision();
+    if (divisor == -1)
+        return *this = -*this;
+    m_count /= divisor;
+    return *this;
+}
+
+VoTimeDuration& VoTimeDuration::scale(double factor)
+{
+    constexpr double limit = 9223372036854775808.0; // 2^63, the first that no longer fits
+    const double scaled = std::round(static_cast<double>(m_count) * factor);
+    if (!(scaled >= -limit && scaled < limit))
+        failOverflow();
+    m_count = static_cast<std::int64_t>(scaled);
+    return *this;
+}
+
 VoString VoTimeDuration::Serialize(VoTimeDuration duration)
 {
     return VoString(static_cast<long long>(duration.m_count));
@@ -91,6 +152,11 @@ void VoTimeDuration::failComponent(const char* unit)
 void VoTimeDuration::failOverflow()
 {
     throw VoOverflowException();
+}
+
+void VoTimeDuration::failDivision()
+{
+    throw VoDivideByZeroException();
 }
 
 std::ostream& operator<<(std::ostream& stream, VoTimeDuration duration)

@@ -9,6 +9,7 @@
 #include <functional>
 #include <iosfwd>
 #include <limits>
+#include <type_traits>
 
 /// @name Time components
 /// Counts of one unit, from which durations are made: `VoTimeDuration wait = VoSeconds(5);`
@@ -169,6 +170,70 @@ public:
     friend constexpr VoTimeDuration operator-(VoTimeDuration a, VoTimeDuration b) { return a -= b; }
     /// @}
 
+    /// So many times as long, or as short, rounded towards zero for a whole number and to the nearest nanosecond for
+    /// any other. Throws VoOverflowException when the result does not fit or is no number, VoDivideByZeroException for
+    /// a division by zero; the duration is unchanged then. @{
+    template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
+    VoTimeDuration& operator*=(Number factor)
+    {
+        if constexpr (std::is_integral_v<Number>)
+            return multiply(static_cast<std::int64_t>(factor));
+        else
+            return scale(static_cast<double>(factor));
+    }
+
+    template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
+    VoTimeDuration& operator/=(Number divisor)
+    {
+        if constexpr (std::is_integral_v<Number>)
+            return divide(static_cast<std::int64_t>(divisor));
+        else if (divisor == 0)
+            failDivision();
+        else
+            return scale(1 / static_cast<double>(divisor));
+    }
+
+    template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
+    friend VoTimeDuration operator*(VoTimeDuration duration, Number factor)
+    {
+        return duration *= factor;
+    }
+
+    template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
+    friend VoTimeDuration operator*(Number factor, VoTimeDuration duration)
+    {
+        return duration *= factor;
+    }
+
+    template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
+    friend VoTimeDuration operator/(VoTimeDuration duration, Number divisor)
+    {
+        return duration /= divisor;
+    }
+    /// @}
+
+    /// How many times @p b goes into @p a. Throws VoDivideByZeroException.
+    friend double operator/(VoTimeDuration a, VoTimeDuration b)
+    {
+        if (b.m_count == 0)
+            failDivision();
+        return static_cast<double>(a.m_count) / static_cast<double>(b.m_count);
+    }
+
+    /// The duration without its sign. Throws VoOverflowException for Min().
+    constexpr VoTimeDuration magnitude() const { return m_count < 0 ? -*this : *this; }
+
+    /// A duration taken apart.
+    struct Parts
+    {
+        bool isNegative; ///< The sign of the whole.
+        int hours;       ///< 0 to 2,562,047.
+        int minutes;     ///< 0 to 59.
+        int seconds;     ///< 0 to 59.
+        int nanoseconds; ///< 0 to 999,999,999.
+    };
+    Parts parts() const noexcept; ///< The duration taken apart.
+
     /// Comparison of the nanoseconds.
     /// @{
     friend constexpr bool operator==(VoTimeDuration a, VoTimeDuration b) noexcept { return a.m_count == b.m_count; }
@@ -181,6 +246,21 @@ public:
 
     /// For people: the span in the largest unit of which it holds one, with up to three decimals: "1.5 s", "2 h".
     VoString toString() const;
+
+    /// The whole duration: "1h 03m 12.5s", "3m 00s", "-12.5s", "0s".
+    VoString toComponentsString() const;
+
+    /// As ISO 8601 has it: "PT1H3M12.5S", "-PT12.5S", "PT0S".
+    VoString toIsoString() const;
+
+    /// Reads what toString(), toComponentsString() and toIsoString() write and their like: a sign, then numbers with
+    /// the units d, h, m or min, s, ms, us and ns in falling order, with or without blanks, the last with a fraction if
+    /// need be ("1h 30m", "2.5 h", "90s"); or an ISO 8601 duration of weeks, days, hours, minutes and seconds. Rounded
+    /// to nanoseconds. The case of ISO letters counts, that of units does not.
+    /// @throws VoInvalidConversionException "Invalid conversion from " + text + " to VoTimeDuration", also for years
+    /// and
+    ///     months, which have no fixed length, and for what does not fit
+    static VoTimeDuration Parse(const VoString& text);
 
     /// The nanoseconds in decimal.
     static VoString Serialize(VoTimeDuration duration);
@@ -198,9 +278,42 @@ private:
 
     [[noreturn]] static void failComponent(const char* unit);
     [[noreturn]] static void failOverflow();
+    [[noreturn]] static void failDivision();
+
+    VoTimeDuration& multiply(std::int64_t factor);
+    VoTimeDuration& divide(std::int64_t divisor);
+    VoTimeDuration& scale(double factor);
 
     std::int64_t m_count = 0;
 };
+
+/// @cond INTERNAL
+namespace vo::detail {
+
+template <typename T>
+constexpr bool isTimeComponent =
+    std::is_same_v<T, VoNanoseconds> || std::is_same_v<T, VoMicroseconds> || std::is_same_v<T, VoMilliseconds> ||
+    std::is_same_v<T, VoSeconds> || std::is_same_v<T, VoMinutes> || std::is_same_v<T, VoHours>;
+
+} // namespace vo::detail
+/// @endcond
+
+/// @name Sums of time components
+/// `VoTimeDuration lap = VoMinutes(1) + VoSeconds(12);` Throws VoOverflowException as durations do.
+/// @{
+template <typename A, typename B,
+          typename = std::enable_if_t<vo::detail::isTimeComponent<A> && vo::detail::isTimeComponent<B>>>
+constexpr VoTimeDuration operator+(A a, B b)
+{
+    return VoTimeDuration(a) + VoTimeDuration(b);
+}
+template <typename A, typename B,
+          typename = std::enable_if_t<vo::detail::isTimeComponent<A> && vo::detail::isTimeComponent<B>>>
+constexpr VoTimeDuration operator-(A a, B b)
+{
+    return VoTimeDuration(a) - VoTimeDuration(b);
+}
+/// @}
 
 /// @relates VoTimeDuration
 /// Writes toString().

@@ -16,6 +16,18 @@ public:
     {
     }
 
+    /// An instant of the standard library's kind.
+    constexpr explicit VoTimePoint(
+        std::chrono::time_point<std::chrono::system_clock, std::chrono::nanoseconds> instant) noexcept
+        : m_sinceEpoch(instant.time_since_epoch())
+    {
+    }
+    /// As the standard library's kind.
+    constexpr std::chrono::time_point<std::chrono::system_clock, std::chrono::nanoseconds> toChrono() const noexcept
+    {
+        return std::chrono::time_point<std::chrono::system_clock, std::chrono::nanoseconds>(m_sinceEpoch.toChrono());
+    }
+
     static VoTimePoint Now() noexcept; ///< The system clock's time.
 
     /// The time since the beginning of 1970.

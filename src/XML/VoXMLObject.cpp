@@ -251,7 +251,9 @@ VoDateTime VoXMLObject<VoDateTime>::Read(VoXMLElementReader& element)
     if (!isUtc && representation != "local")
         throw VoInvalidConversionException(representation, "VoDateTime");
     const VoDateTime instant = VoDateTime::Deserialize(element.readText());
-    return isUtc ? instant.toUtc() : instant.toLocal();
+    if (isUtc)
+        return instant.toUtc();
+    return instant.isUtc() ? instant.toLocal() : instant; // a named zone stays
 }
 
 // A member of the date, defined here because time knows nothing of XML.
