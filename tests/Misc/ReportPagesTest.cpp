@@ -108,10 +108,14 @@ TEST_F(ReportPages, AreAsApproved)
     ASSERT_TRUE(sp_BuildWorstCaseHTMLReport(path("w.html"), "", cases, header));
     expectApproved(content(nativePath("w.html")), "worstcase.html");
 
-    Cases runs = Table({Seeded(Case(1, {Result(10, 0), Result(1, 0)}, {}), -5)});
-    for (int i = 2; i <= 10; ++i)
-        runs.insert(i, Seeded(Case(i, {Result(6 + i * i % 7, 0), Result(i == 4 ? NotANumber : 2, 0)},
-                                   {LotItem("R1 < 10k", 10, 9 + i / 10.0)}),
+    // Integers, values near each other, one far from all others; more changed than a cell has room for.
+    Cases runs = Table({Seeded(Case(1, {Result(10, 0), Result(1e9, 0), Result(0.5, 0)}, {}), -5)});
+    for (int i = 2; i <= 12; ++i)
+        runs.insert(i, Seeded(Case(i,
+                                   {Result(6 + i * i % 7, 0), Result(i == 4 ? NotANumber : 1e9 + i / 8.0, 0),
+                                    Result(i == 5 ? 1e6 : i / 16.0, 0)},
+                                   {LotItem("R1 < 10k", 10, 9 + i / 10.0), LotItem("R2", 1, 2), LotItem("R3", 1, 2),
+                                    LotItem("R4", 1, 2), LotItem("R5", 1, 2)}),
                               i == 2 ? std::numeric_limits<std::int64_t>::max() : i));
     ASSERT_TRUE(sp_BuildMonteCarloHTMLReport(path("m.html"), "", runs, header));
     expectApproved(content(nativePath("m.html")), "montecarlo.html");

@@ -36,14 +36,16 @@ constexpr std::string_view BuiltInStyle =
     "\t\t</style>\n";
 
 // The heading stays in sight, numbers stand right-aligned with digits of one width, a case's rows are set off from the
-// next one's. Row heights are fixed because the second heading row sticks below the first.
+// next one's. Row heights are fixed because the second heading row sticks below the first, the width of the numbers'
+// column because what names a case sticks beside it.
 constexpr std::string_view CommonRefinements =
     "h1,h2,p{margin-left:0}"
     "h1{font-size:26px}h2{font-size:19px;margin:28px 0 8px}"
     ".datatable{margin:0 0 24px;border-collapse:separate;border-spacing:0;font-size:14px;line-height:20px}"
-    ".datatable th{position:sticky;top:0;padding:4px 10px;background-color:#2e7d32;text-align:right;white-space:nowrap}"
+    ".datatable th{position:sticky;top:0;z-index:2;padding:4px 10px;background-color:#2e7d32;text-align:right;"
+    "white-space:nowrap}"
     ".datatable td{width:auto;padding:3px 10px;text-align:right;vertical-align:top;white-space:nowrap;"
-    "font-variant-numeric:tabular-nums;border-bottom:1px solid #ddd}"
+    "font-variant-numeric:tabular-nums;border-bottom:1px solid #ddd;background:#fff}"
     ".datatable tr:hover td{background:#f1f8f1}"
     "@media(max-width:700px){.datatable{font-size:12px}.datatable th,.datatable td{padding-left:6px;padding-right:6px}}"
     ".headertable{width:auto;margin:0 0 16px;font-size:14px}"
@@ -189,6 +191,11 @@ ReportPage& ReportPage::integer(long long value)
 ReportPage& ReportPage::number(double value)
 {
     return *this << GeneralText(value);
+}
+
+ReportPage& ReportPage::number(double value, int digits)
+{
+    return *this << GeneralText(value, digits);
 }
 
 ReportPage& ReportPage::refinements(std::string_view rules)

@@ -25,6 +25,7 @@ public:
     ReportPage& text(const YString& text);          ///< A text, escaped.
     ReportPage& integer(long long value);           ///< Like "%d".
     ReportPage& number(double value);               ///< Like "%g".
+    ReportPage& number(double value, int digits);   ///< Like "%.*g": so many significant digits.
 
     /// Rules that only make sense beside the built-in style, as one style element; nothing beside the user's own style.
     /// To all pages' rules are added @p rules.

@@ -17,8 +17,8 @@ struct XMLReportHeader;
 /// with a few rules more that align numbers, keep the heading in sight and fit narrow windows.
 ///
 /// Texts are shown as they are, whatever characters they hold, and numbers with six significant digits in the same form
-/// everywhere. Lines end with a line feed on every platform. A page is written while it is made: memory does not grow
-/// with it, but for a few numbers a case.
+/// everywhere, results in the logs with as many more as it takes to tell them apart. Lines end with a line feed on
+/// every platform. A page is written while it is made: memory does not grow with it, but for a few numbers a case.
 
 /// Writes the page "Sensitivity Analysis Report": a table of all cases with their results and perturbed parameters.
 ///
@@ -32,11 +32,13 @@ VOCORE_EXPORT bool sp_BuildHTMLSensitivityReport(const YString& file, const YStr
                                                  int sortColumn);
 
 /// Writes the page "Monte Carlo Log": how each result is distributed over the runs (the nominal one left out), the
-/// results of all runs, their seeds and their parameters.
+/// results of all runs, their seeds and their parameters. A value that lies farther from the middle half of the others
+/// than three times their width is counted beside the distribution, so that it does not flatten it.
 VOCORE_EXPORT bool sp_BuildMonteCarloHTMLReport(const YString& file, const YString& styleFile,
                                                 const YHashTable<XMLReportInfo>& cases, const XMLReportHeader& header);
 
-/// Writes the page "Worst Case Log": the results of all runs and their parameters.
+/// Writes the page "Worst Case Log": the extremes of each result, the results of all runs with the extremes marked, and
+/// the runs' parameters.
 VOCORE_EXPORT bool sp_BuildWorstCaseHTMLReport(const YString& file, const YString& styleFile,
                                                const YHashTable<XMLReportInfo>& cases, const XMLReportHeader& header);
 

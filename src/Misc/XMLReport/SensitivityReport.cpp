@@ -1,3 +1,4 @@
+#include <Misc/XMLReport/LogPage.h>
 #include <Misc/XMLReport/ReportPage.h>
 #include <Misc/XMLReport/ReportPages.h>
 #include <Misc/XMLReport/XMLReportHeader.h>
@@ -16,11 +17,21 @@ using Cases = YHashTable<XMLReportInfo>;
 using CaseOrder = std::vector<const XMLReportInfo*>;
 using vo::detail::ReportPage;
 
-// The legend gives the two marks that stand for values a meaning. What is more than the built-in style's stands behind
-// it, the one place of this page that is not fixed.
+// The one place of this page that is not fixed is a line behind the table. The legend, which gives the two marks that
+// stand for values a meaning, stands there, what is said of the analysis, which the built-in style shows above the
+// table, and what is more than the built-in style's.
 constexpr std::string_view Legend = "<p>* inconsistent between lot items, !DIV0 division by zero</p>";
 constexpr std::string_view Refinements =
+    "body{display:flex;flex-direction:column;align-items:flex-start}.analysis{order:-1;max-width:100%}"
     ".datatable tr:first-child th{text-align:left;border-left:1px solid #fff}"
+    ".datatable td[rowspan]:first-child,.datatable tr:nth-child(-n+2) th:first-child{left:0;z-index:3}"
+    ".datatable td[rowspan]:first-child,.datatable tr:nth-child(2) th:first-child{width:72px;"
+    "min-width:72px;max-width:72px;box-sizing:border-box}"
+    ".datatable td[rowspan]:nth-child(2),.datatable tr:nth-child(2) th:nth-child(2){left:72px;"
+    "z-index:3;min-width:160px;max-width:300px;white-space:normal;overflow-wrap:anywhere}"
+    ".datatable td[rowspan]:nth-child(-n+2){position:sticky;z-index:1}"
+    "@media(max-width:900px){.datatable td[rowspan]:nth-child(2),"
+    ".datatable tr:nth-child(2) th:nth-child(2){min-width:140px;max-width:200px}}"
     ".datatable tr:nth-child(2) th{top:28px}"
     ".datatable td:nth-child(2):not(:nth-last-child(2)),.datatable tr:nth-child(2) th:nth-child(2),"
     ".datatable td:nth-last-child(3),.datatable tr:nth-child(2) th:nth-last-child(3){text-align:left}"
@@ -183,7 +194,10 @@ bool sp_BuildHTMLSensitivityReport(const YString& file, const YString& styleFile
         WriteHeading(page, header, results);
         for (const XMLReportInfo* info : Sorted(cases, sortColumn))
             WriteCase(page, *info, results);
-        page << "</table>\t" << Legend;
+        page << "</table>\t" << Legend
+             << "<div class=\"analysis\"><h1>Sensitivity Analysis Report</h1><table class=\"headertable\">";
+        vo::detail::WriteHeaderTable(page, header, "", "");
+        page << "</table></div>";
         page.refinements(Refinements) << "\n";
     });
 }
