@@ -1,5 +1,6 @@
 #include <Subsystem/VoLogging.h>
 
+#include <Core/Printable.h>
 #include <Core/VoException.h>
 #include <FileSystem/VoFilePath.h>
 #include <Subsystem/LogFiles.h>
@@ -124,28 +125,6 @@ void Send(const Record& record)
         std::fwrite(line.c_str(), 1, line.size(), stderr); // one call, so that lines do not mix
     }
     Sinks().send(record);
-}
-
-// Appends the text with its control characters escaped, also those that UTF-8 writes in two bytes (U+0080 to U+009F).
-void AppendEscaped(std::string& line, const std::string& text)
-{
-    constexpr char digits[] = "0123456789abcdef";
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        const auto following = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
-        if (byte == '\n')
-            line += "\\n";
-        else if (byte == '\r')
-            line += "\\r";
-        else if (byte == '\t')
-            line += "\\t";
-        else if (byte < 0x20 || byte == 0x7f)
-            line += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
-        else if (byte == 0xc2 && following >= 0x80 && following < 0xa0)
-            line += {'\\', 'x', digits[following >> 4], digits[text[++i] & 15]};
-        else
-            line += text[i];
-    }
 }
 
 Level LevelOfQt(QtMsgType type)
@@ -320,9 +299,9 @@ VoString FormatRecord(const Record& record)
     thread.imbue(std::locale::classic());
     thread << record.thread;
     std::string line = record.time.toString().toStdString() + ' ' + LevelName(record.level) + " [";
-    AppendEscaped(line, record.category.toStdString());
+    line += vo::detail::Printable(record.category).toStdString();
     line += "] (" + thread.str() + ") ";
-    AppendEscaped(line, record.text.toStdString());
+    line += vo::detail::Printable(record.text).toStdString();
     return VoString(std::move(line));
 }
 

@@ -105,7 +105,8 @@ VOCORE_EXPORT void DisableStandardError();                              ///< Not
 [[nodiscard]] VOCORE_EXPORT VoReceiver SetUp(const VoFilePath& directory);
 
 /// The line of a record, without its end: "2024-02-29T12:30:00.250Z warning [updater] (140211) text". Control
-/// characters in the text and category are escaped as "\n", "\t", "\x1b" and so on, so that one record stays one line.
+/// characters and others that steer a terminal, and bytes that are not UTF-8, are escaped in the text and category as
+/// "\n", "\t", "\x1b", "\u2028" and so on, so that one record stays one line.
 VOCORE_EXPORT VoString FormatRecord(const Record& record);
 
 /// Routes Qt's messages (qWarning() and so on) into the category "qt" until the process ends. Calling it again does

@@ -128,13 +128,15 @@ TEST(VoLogging, WritesOneLineARecordToStandardError)
     EXPECT_EQ(shown.substr(shown.size() - 11), "two\\nlines\n");
 }
 
-TEST(VoLogging, ControlCharactersAreEscapedInLines)
+TEST(VoLogging, WhatSteersTerminalsIsEscapedInLines)
 {
-    const std::pair<std::string, std::string> rows[] = {{"plain C:\\x \xc3\xa4", "plain C:\\x \xc3\xa4"},
-                                                        {"a\r\n\tb", "a\\r\\n\\tb"},
-                                                        {std::string("\0\x1b[31m\x7f", 7), "\\x00\\x1b[31m\\x7f"},
-                                                        {"\xc2\x9b", "\\x9b"},
-                                                        {"\xc2", "\xc2"}};
+    const std::pair<std::string, std::string> rows[] = {
+        {"plain C:\\x \xc3\xa4", "plain C:\\x \xc3\xa4"},
+        {"a\r\n\tb", "a\\r\\n\\tb"},
+        {std::string("\0\x1b[31m\x7f", 7), "\\x00\\x1b[31m\\x7f"},
+        {"\xc2\x9b\xc2\xa0", "\\x9b\xc2\xa0"},
+        {"\x9b\xff\xc2", "\\x9b\\xff\\xc2"},
+        {"\xe2\x80\xa8\xe2\x81\xa6\xe2\x80\xaf", "\\u2028\\u2066\xe2\x80\xaf"}};
     const std::string prefix = "2024-02-29T12:30:00.250Z information [updater] (";
     for (const auto& [text, escaped] : rows) {
         const std::string line = vo::logging::FormatRecord(RecordOf(VoString(text))).toStdString();

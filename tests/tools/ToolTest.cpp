@@ -289,11 +289,11 @@ TEST_F(Tool, aDocumentCannotSteerTheTerminal)
 {
     fillSource("one", 1);
     publish("one", "1.0.0");
-    write("pub/declarations.xml", read("pub/declarations.xml").replace("Examples", "a&#x9b;2Jb&#10;vo: forged"));
-    EXPECT_NE(vo("releases @pub/declarations.xml")
-                  .out.find("a\\xc2\x9b"
-                            "2Jb\\x0avo: forged"),
-              std::string::npos);
+    write("pub/declarations.xml",
+          read("pub/declarations.xml").replace("Examples", "a&#x9b;2Jb&#10;vo: forged\xe2\x80\xae"));
+    EXPECT_NE(vo("releases @pub/declarations.xml").out.find("a\\x9b2Jb\\nvo: forged\\u202e"), std::string::npos);
+    const Outcome json = vo("releases --json @pub/declarations.xml");
+    EXPECT_NE(json.out.find("a\\u009b2Jb\\nvo: forged\\u202e"), std::string::npos) << json;
 }
 
 TEST_F(Tool, aProgressLineIsDrawnOnlyWhenWanted)

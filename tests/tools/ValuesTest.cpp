@@ -63,19 +63,6 @@ TEST(ParseRelease, refusesWhatIsNoNumber)
         EXPECT_FALSE(ParseRelease(text)) << text;
 }
 
-TEST(Printable, showsControlCharactersInsteadOfSendingThem)
-{
-    EXPECT_EQ(Printable("plain \xc3\xa4\xe2\x82\xac").toStdString(), "plain \xc3\xa4\xe2\x82\xac");
-    EXPECT_EQ(Printable("a\x1b[2Jb\nc\x7f").toStdString(), "a\\x1b[2Jb\\x0ac\\x7f");
-    EXPECT_EQ(Printable("\xc2\x9b"
-                        "2J")
-                  .toStdString(),
-              "\\xc2\x9b"
-              "2J")
-        << "the one-byte form of ESC [";
-    EXPECT_EQ(Printable("\xc2\xa0").toStdString(), "\xc2\xa0") << "a blank that does not break is no control character";
-}
-
 TEST(IsRefusal, knowsTheTextsOfRefusedDocuments)
 {
     for (const char* text :

@@ -2,9 +2,14 @@
 
 #include "Terminal.h"
 
+#include <Core/UTF8.h>
+
 #include <QtCore/QJsonDocument>
 
+#include <algorithm>
 #include <cstdio>
+#include <string>
+#include <string_view>
 
 namespace vo::tool {
 namespace {
@@ -17,6 +22,22 @@ constexpr std::size_t LabelWidth = 18;
 void write(std::FILE* file, const VoString& text)
 {
     std::fwrite(text.c_str(), 1, text.size(), file);
+}
+
+// JSON with the escapes for what Printable() shows by its own: it is read on terminals too.
+std::string printable(std::string_view json)
+{
+    std::string text;
+    while (!json.empty()) {
+        const detail::DecodedCharacter character = detail::DecodeUTF8(json);
+        const std::size_t size = std::max<std::size_t>(character.size, 1);
+        if (character.code >= 0x7f && detail::IsUnprintable(character.code))
+            text += QStringLiteral("\\u%1").arg(character.code, 4, 16, QLatin1Char('0')).toStdString();
+        else
+            text += json.substr(0, size);
+        json.remove_prefix(size);
+    }
+    return text;
 }
 
 const char* statusName(ExitCode code)
@@ -160,8 +181,7 @@ ExitCode Console::finish(const VoString& command, ExitCode code)
         m_document("command", command)("status", statusName(code))("exitCode", static_cast<int>(code));
         if (!m_error.isEmpty())
             m_document("error", m_error);
-        const QByteArray text = QJsonDocument(m_document.object()).toJson();
-        std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
+        write(stdout, VoString(printable(QJsonDocument(m_document.object()).toJson().toStdString())));
     }
     const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
     if (written)

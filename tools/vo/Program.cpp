@@ -161,6 +161,7 @@ ExitCode runCommand(const Arguments& arguments, Console& console)
     const Interrupt interrupt(stop);
     LogView log(console);
     logging::DisableStandardError();
+    logging::InstallQtHandler(); // what Qt warns of may be a server's text
     const VoReceiver sink =
         logging::AddSink([&log](const logging::Record& record) { log.show(record); },
                          arguments.has("verbose") ? logging::Level::Diagnostic : logging::Level::Warning);

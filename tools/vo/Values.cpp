@@ -102,21 +102,4 @@ VoString SecondsText(double seconds)
     return error == std::errc() ? VoString(text, static_cast<std::size_t>(end - text)) : VoString();
 }
 
-VoString Printable(const VoString& text)
-{
-    static constexpr char hexadecimal[] = "0123456789abcdef";
-    const std::string& bytes = text.toStdString();
-    std::string shown;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[i]);
-        // Behind C2 stand the control characters of the upper half, which some terminals obey too.
-        const bool upperControl = byte == 0xc2 && i + 1 < bytes.size() && (bytes[i + 1] & 0xe0) == 0x80;
-        if (byte >= 0x20 && byte != 0x7f && !upperControl)
-            shown += bytes[i];
-        else
-            shown.append({'\\', 'x', hexadecimal[byte >> 4], hexadecimal[byte & 15]});
-    }
-    return VoString(std::move(shown));
-}
-
 } // namespace vo::tool

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Core/Printable.h>
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
 
@@ -38,7 +39,6 @@ VoString BytesText(std::uint64_t bytes);
 /// "12.34"
 VoString SecondsText(double seconds);
 
-/// The text with control characters as "\x1b", so that a document cannot steer the terminal or forge lines.
-VoString Printable(const VoString& text);
+using detail::Printable;
 
 } // namespace vo::tool
