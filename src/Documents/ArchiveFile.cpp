@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t ReadWindow = std::size_t{64} * 1024;
 constexpr std::size_t WriteWindow = std::size_t{256} * 1024;
+constexpr std::size_t MoveBlock = std::size_t{1} << 20;
 
 } // namespace
 
@@ -19,7 +20,7 @@ std::unique_ptr<ArchiveFile> ArchiveFile::Open(const std::filesystem::path& file
         std::unique_ptr<ArchiveFile> opened(new ArchiveFile);
         opened->m_writes = writes;
         opened->m_file.pubsetbuf(nullptr, 0); // the windows are the buffers
-        const auto mode = writes ? std::ios_base::out | std::ios_base::trunc : std::ios_base::in;
+        const auto mode = std::ios_base::in | (writes ? std::ios_base::out | std::ios_base::trunc : std::ios_base::in);
         if (!opened->m_file.open(file, mode | std::ios_base::binary))
             return nullptr;
         if (writes)
@@ -101,6 +102,32 @@ bool ArchiveFile::seek(std::uint64_t offset, std::ios_base::seekdir origin) noex
         m_failed = true;
         return false;
     }
+}
+
+std::uint64_t ArchiveFile::size() noexcept
+{
+    try {
+        return end();
+    } catch (...) {
+        m_failed = true;
+        return 0;
+    }
+}
+
+bool ArchiveFile::insert(std::uint64_t position, std::size_t count) noexcept
+{
+    try {
+        const std::unique_ptr<char[]> block(new char[MoveBlock]);
+        // From the end, so that nothing is overwritten that was not moved.
+        for (std::uint64_t left = end(); left > position && !m_failed;) {
+            const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(left - position, MoveBlock));
+            left -= size;
+            m_failed = readAt(left, block.get(), size) != size || !writeAt(left + count, block.get(), size);
+        }
+    } catch (...) {
+        m_failed = true;
+    }
+    return !m_failed;
 }
 
 bool ArchiveFile::close() noexcept

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <Core/VoExport.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -12,7 +14,7 @@ namespace vo::detail {
 
 /// The file of an archive, in the form that the zip library asks for: many tiny reads and writes with jumps between
 /// them, which must not each become a call of the system. Nothing here throws; failures are kept.
-class ArchiveFile
+class VOCORE_PRIVATE_EXPORT ArchiveFile
 {
 public:
     /// Null when the file cannot be opened. For writing it is created or emptied.
@@ -33,6 +35,9 @@ public:
     std::size_t write(const char* data, std::size_t size) noexcept; ///< Fewer only after a failure.
     std::uint64_t tell() const noexcept { return m_position; }
     bool seek(std::uint64_t offset, std::ios_base::seekdir origin) noexcept;
+    std::uint64_t size() noexcept; ///< Of the file, in bytes.
+    /// Makes room in a file that is written: what stands from a position on moves up by some bytes.
+    bool insert(std::uint64_t position, std::size_t count) noexcept;
     bool close() noexcept; ///< False when anything failed since the opening.
     bool hasFailed() const noexcept { return m_failed; }
 

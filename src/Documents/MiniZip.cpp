@@ -1,14 +1,15 @@
 #include <Documents/MiniZip.h>
 
 #include <Documents/ArchiveFile.h>
+#include <Documents/ZipBytes.h>
+#include <Documents/ZipDirectory.h>
 
 #include <unzip.h>
 #include <zip.h>
 
 #include <algorithm>
 #include <climits>
-#include <cstring>
-#include <fstream>
+#include <utility>
 
 namespace vo::detail {
 
@@ -21,20 +22,22 @@ static_assert(ZipBadFile == UNZ_BADZIPFILE && ZipBadFile == ZIP_BADZIPFILE);
 static_assert(ZipWrongChecksum == UNZ_CRCERROR);
 
 constexpr std::size_t LongestName = 65535; // the format counts names in two bytes
-constexpr uLong FlagEncrypted = 1U << 0;
 constexpr uLong FlagUtf8Name = 1U << 11;
-constexpr uLong MethodStored = 0;
+constexpr std::uint64_t LargeFieldSize = 20; // in a local header: the field's head and both sizes
 
-// The functions through which the zip library uses files. It never sees an exception.
+// The format counts days and months from 1. Without them other programs warn of the headers.
+constexpr uLong FirstDate = 0x0021; // 1980-01-01, as the upper half of date and time
+constexpr uLong FirstDateAndTime = FirstDate << 16;
+
+// The functions through which the zip library uses a file that is open already. It never sees an exception.
 ArchiveFile* File(voidpf stream)
 {
     return static_cast<ArchiveFile*>(stream);
 }
 
-voidpf OpenFile(voidpf, const void* name, int mode)
+voidpf UseFile(voidpf file, const void*, int)
 {
-    const bool writes = (mode & ZLIB_FILEFUNC_MODE_READWRITEFILTER) != ZLIB_FILEFUNC_MODE_READ;
-    return ArchiveFile::Open(*static_cast<const std::filesystem::path*>(name), writes).release();
+    return file;
 }
 
 uLong ReadFile(voidpf, voidpf stream, void* data, uLong size)
@@ -60,10 +63,9 @@ long SeekFile(voidpf, voidpf stream, ZPOS64_T offset, int origin)
     return File(stream)->seek(offset, from) ? 0 : -1;
 }
 
-int CloseFile(voidpf, voidpf stream)
+int LeaveFile(voidpf, voidpf)
 {
-    const std::unique_ptr<ArchiveFile> file(File(stream));
-    return file->close() ? 0 : EOF;
+    return 0;
 }
 
 int FileError(voidpf, voidpf stream)
@@ -71,22 +73,22 @@ int FileError(voidpf, voidpf stream)
     return File(stream)->hasFailed() ? 1 : 0;
 }
 
-zlib_filefunc64_def FileFunctions()
+zlib_filefunc64_def FileFunctions(ArchiveFile& file)
 {
-    return {OpenFile, ReadFile, WriteFile, TellFile, SeekFile, CloseFile, FileError, nullptr};
+    return {UseFile, ReadFile, WriteFile, TellFile, SeekFile, LeaveFile, FileError, &file};
+}
+
+bool NeedsLargeField(std::uint64_t value)
+{
+    return value >= ZipSeeLarge;
 }
 
 } // namespace
 
-UnzipHandle::UnzipHandle() noexcept = default;
-UnzipHandle::UnzipHandle(UnzipHandle&& other) noexcept = default;
-UnzipHandle& UnzipHandle::operator=(UnzipHandle&& other) noexcept = default;
-UnzipHandle::~UnzipHandle() = default;
-
-UnzipHandle::UnzipHandle(const std::filesystem::path& file)
+UnzipHandle::UnzipHandle(ArchiveFile& file)
 {
-    zlib_filefunc64_def functions = FileFunctions();
-    m_archive.reset(unzOpen2_64(&file, &functions));
+    zlib_filefunc64_def functions = FileFunctions(file);
+    m_archive.reset(unzOpen2_64("", &functions));
 }
 
 void UnzipHandle::Closer::operator()(void* archive) const noexcept
@@ -94,54 +96,19 @@ void UnzipHandle::Closer::operator()(void* archive) const noexcept
     unzClose(archive);
 }
 
-int UnzipHandle::first()
+bool UnzipHandle::goTo(const ZipEntry& entry, std::uint64_t index)
 {
-    return unzGoToFirstFile(m_archive.get());
-}
-
-int UnzipHandle::next()
-{
-    return unzGoToNextFile(m_archive.get());
-}
-
-int UnzipHandle::record(ZipEntryRecord& record) const
-{
+    const unz64_file_pos place{entry.record, index};
     unz_file_info64 info{};
-    // The usual name fits at once; a longer one is asked for again with all its room.
-    char usual[512];
-    int code = unzGetCurrentFileInfo64(m_archive.get(), &info, usual, sizeof(usual), nullptr, 0, nullptr, 0);
-    if (code != UNZ_OK)
-        return code;
-    if (info.size_filename <= sizeof(usual)) {
-        record.name.assign(usual, info.size_filename);
-    } else {
-        record.name.resize(info.size_filename);
-        code = unzGetCurrentFileInfo64(m_archive.get(), &info, record.name.data(), info.size_filename, nullptr, 0,
-                                       nullptr, 0);
-        if (code != UNZ_OK)
-            return code;
-    }
-    unz64_file_pos position{};
-    code = unzGetFilePos64(m_archive.get(), &position);
-    record.position = position.pos_in_zip_directory;
-    record.number = position.num_of_file;
-    record.size = info.uncompressed_size;
-    record.readable = (info.flag & FlagEncrypted) == 0 &&
-                      (info.compression_method == MethodStored || info.compression_method == Z_DEFLATED);
-    return code;
+    return unzGoToFilePos64(m_archive.get(), &place) == UNZ_OK &&
+           unzGetCurrentFileInfo64(m_archive.get(), &info, nullptr, 0, nullptr, 0, nullptr, 0) == UNZ_OK &&
+           info.crc == entry.checksum && info.compression_method == entry.method &&
+           info.uncompressed_size == entry.size && info.compressed_size == entry.compressedSize;
 }
 
-std::uint64_t UnzipHandle::claimedCount() const
+int UnzipHandle::open()
 {
-    unz_global_info64 info{};
-    return unzGetGlobalInfo64(m_archive.get(), &info) == UNZ_OK ? info.number_entry : 0;
-}
-
-int UnzipHandle::open(std::uint64_t position, std::uint64_t number)
-{
-    const unz64_file_pos place{position, number};
-    const int code = unzGoToFilePos64(m_archive.get(), &place);
-    return code == UNZ_OK ? unzOpenCurrentFile(m_archive.get()) : code;
+    return unzOpenCurrentFile(m_archive.get());
 }
 
 int UnzipHandle::read(char* data, std::size_t size)
@@ -154,37 +121,17 @@ int UnzipHandle::finishEntry()
     return unzCloseCurrentFile(m_archive.get());
 }
 
-int UnzipHandle::close()
-{
-    return m_archive ? unzClose(m_archive.release()) : UNZ_OK;
-}
-
-bool IsEmptyArchive(const std::filesystem::path& file)
-{
-    // Signature, eight bytes of disks and counts and eight of sizes and places that are all zero, the comment's length.
-    constexpr std::size_t recordSize = 22;
-    constexpr std::size_t commentLength = 20;
-    std::ifstream stream(file, std::ios::binary);
-    char record[recordSize];
-    if (!stream.read(record, recordSize) || std::memcmp(record, "PK\5\6", 4) != 0)
-        return false;
-    if (!std::all_of(record + 4, record + commentLength, [](char byte) { return byte == 0; }))
-        return false;
-    const auto byteAt = [&](std::size_t index) { return static_cast<unsigned char>(record[index]); };
-    const std::uint64_t comment = byteAt(commentLength) + 256U * byteAt(commentLength + 1);
-    std::error_code error;
-    return std::filesystem::file_size(file, error) == recordSize + comment && !error;
-}
-
 ZipHandle::ZipHandle() noexcept = default;
 ZipHandle::ZipHandle(ZipHandle&& other) noexcept = default;
-ZipHandle& ZipHandle::operator=(ZipHandle&& other) noexcept = default;
 ZipHandle::~ZipHandle() = default;
 
 ZipHandle::ZipHandle(const std::filesystem::path& file)
+    : m_file(ArchiveFile::Open(file, true))
 {
-    zlib_filefunc64_def functions = FileFunctions();
-    m_archive.reset(zipOpen2_64(&file, APPEND_STATUS_CREATE, nullptr, &functions));
+    if (!m_file)
+        return;
+    zlib_filefunc64_def functions = FileFunctions(*m_file);
+    m_archive.reset(zipOpen2_64("", APPEND_STATUS_CREATE, nullptr, &functions));
 }
 
 void ZipHandle::Closer::operator()(void* archive) const noexcept
@@ -192,18 +139,34 @@ void ZipHandle::Closer::operator()(void* archive) const noexcept
     zipClose(archive, nullptr);
 }
 
-int ZipHandle::open(const std::string& name, int level)
+int ZipHandle::open(const std::string& name, int level, std::uint64_t expectedSize)
 {
-    if (name.size() > LongestName || name.find('\0') != std::string::npos)
+    if (!m_archive || name.size() > LongestName || name.find('\0') != std::string::npos)
         return ZIP_PARAMERROR;
-    const zip_fileinfo noDate{};
+    if (const int failed = finishEntry())
+        return failed;
+    m_entry = Entry();
+    m_entry.header = m_file->tell();
+    m_entry.nameSize = name.size();
+    m_entry.hasLargeField = NeedsLargeField(expectedSize);
+    const int code = openInLibrary(name, level);
+    m_isOpen = code == ZIP_OK;
+    return code;
+}
+
+int ZipHandle::openInLibrary(const std::string& name, int level)
+{
+    zip_fileinfo info{};
+    info.dosDate = FirstDateAndTime;
     const bool isAscii = std::all_of(name.begin(), name.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
-    if (isAscii)
-        return zipOpenNewFileInZip(m_archive.get(), name.c_str(), &noDate, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
+    if (isAscii && !m_entry.hasLargeField)
+        return zipOpenNewFileInZip(m_archive.get(), name.c_str(), &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
                                    level);
-    // The same with a flag, without which other programs take the name for another encoding.
-    return zipOpenNewFileInZip4(m_archive.get(), name.c_str(), &noDate, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
-                                level, 0, -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY, nullptr, 0, 0, FlagUtf8Name);
+    // The same with room for the field, and with a flag without which other programs take the name for another
+    // encoding.
+    return zipOpenNewFileInZip4_64(m_archive.get(), name.c_str(), &info, nullptr, 0, nullptr, 0, nullptr, Z_DEFLATED,
+                                   level, 0, -MAX_WBITS, DEF_MEM_LEVEL, Z_DEFAULT_STRATEGY, nullptr, 0, 0,
+                                   isAscii ? 0 : FlagUtf8Name, m_entry.hasLargeField ? 1 : 0);
 }
 
 int ZipHandle::write(const char* data, std::size_t size)
@@ -213,15 +176,94 @@ int ZipHandle::write(const char* data, std::size_t size)
         const std::size_t count = std::min(size, portion);
         if (const int code = zipWriteInFileInZip(m_archive.get(), data, static_cast<unsigned>(count)))
             return code;
+        m_entry.size += count;
         data += count;
         size -= count;
     }
     return ZIP_OK;
 }
 
+int ZipHandle::finishEntry()
+{
+    if (!std::exchange(m_isOpen, false))
+        return ZIP_OK;
+    int code = zipCloseFileInZip(m_archive.get());
+    const std::uint64_t fieldSize = m_entry.hasLargeField ? LargeFieldSize : 0;
+    const std::uint64_t content = m_entry.header + ZipLocalHeaderSize + m_entry.nameSize + fieldSize;
+    const std::uint64_t compressedSize = m_file->tell() - content;
+    const int largeValues = int{NeedsLargeField(m_entry.size)} + int{NeedsLargeField(compressedSize)};
+    // Some versions of the library leave out sizes for which there is no room, others call the file bad.
+    if (code == ZIP_BADZIPFILE && largeValues != 0 && !m_entry.hasLargeField)
+        code = ZIP_OK;
+    if (code == ZIP_OK && (largeValues != 0 || m_entry.hasLargeField))
+        code = completeHeader(compressedSize);
+    const int directoryValues = largeValues + int{NeedsLargeField(m_entry.header)};
+    m_directorySize += ZipDirectoryRecordSize + m_entry.nameSize;
+    m_directorySize += directoryValues == 0 ? 0U : 4U + 8U * static_cast<unsigned>(directoryValues);
+    ++m_count;
+    return code;
+}
+
+// What the library writes of sizes beyond four bytes is not right in all cases.
+int ZipHandle::completeHeader(std::uint64_t compressedSize)
+{
+    const std::uint64_t field = m_entry.header + ZipLocalHeaderSize + m_entry.nameSize;
+    if (!m_entry.hasLargeField && !m_file->insert(field, LargeFieldSize))
+        return ZIP_ERRNO;
+    const std::uint64_t end = m_file->size();
+    constexpr std::uint64_t version = 45; // the first one of the format that has the field
+    int code = writeAt(m_entry.header + 4, ZipRecord().u16(version).bytes());
+    if (code == ZIP_OK)
+        code = writeAt(m_entry.header + 18,
+                       ZipRecord().u32(ZipSeeLarge).u32(ZipSeeLarge).u16(m_entry.nameSize).u16(LargeFieldSize).bytes());
+    if (code == ZIP_OK)
+        code = writeAt(field, ZipRecord().u16(ZipLargeField).u16(16).u64(m_entry.size).u64(compressedSize).bytes());
+    m_file->seek(end, std::ios_base::beg);
+    return code;
+}
+
 int ZipHandle::close()
 {
-    return m_archive ? zipClose(m_archive.release(), nullptr) : ZIP_OK;
+    if (!m_archive)
+        return ZIP_OK;
+    int code = finishEntry();
+    const std::uint64_t directory = m_file->tell();
+    const int closed = zipClose(m_archive.release(), nullptr);
+    if (code == ZIP_OK)
+        code = closed;
+    if (code == ZIP_OK &&
+        (m_count >= ZipSeeLargeCount || NeedsLargeField(directory) || NeedsLargeField(m_directorySize)))
+        code = completeEnd(directory);
+    const bool isWhole = m_file->close();
+    return code == ZIP_OK && !isWhole ? ZIP_ERRNO : code;
+}
+
+// The library counts positions only, and so writes 64-bit end records too seldom. Its own are overwritten: they are as
+// long as these or shorter.
+int ZipHandle::completeEnd(std::uint64_t directory)
+{
+    const std::uint64_t end = directory + m_directorySize;
+    const std::uint64_t written = m_file->size() - end;
+    if (written != ZipEndSize && written != ZipLargeEndSize + ZipLargeEndLocatorSize + ZipEndSize)
+        return ZIP_INTERNALERROR;
+    ZipRecord large(ZipLargeEndMark);
+    large.u64(ZipLargeEndSize - 12).u16(45).u16(45).u32(0).u32(0); // versions and disks
+    large.u64(m_count).u64(m_count).u64(m_directorySize).u64(directory);
+    ZipRecord locator(ZipLargeEndLocatorMark);
+    locator.u32(0).u64(end).u32(1);
+    ZipRecord classic(ZipEndMark);
+    const std::uint64_t count = std::min<std::uint64_t>(m_count, ZipSeeLargeCount);
+    classic.u16(0).u16(0).u16(count).u16(count);
+    classic.u32(std::min<std::uint64_t>(m_directorySize, ZipSeeLarge));
+    classic.u32(std::min<std::uint64_t>(directory, ZipSeeLarge)).u16(0);
+    return writeAt(end, large.bytes() + locator.bytes() + classic.bytes());
+}
+
+int ZipHandle::writeAt(std::uint64_t position, const std::string& bytes)
+{
+    const bool done =
+        m_file->seek(position, std::ios_base::beg) && m_file->write(bytes.data(), bytes.size()) == bytes.size();
+    return done ? ZIP_OK : ZIP_ERRNO;
 }
 
 } // namespace vo::detail

@@ -9,10 +9,13 @@
 #include <string>
 
 /// @file
-/// The zip library behind two handles that own what it opens. No other file knows it. Results are its codes, 0 for
-/// success; every call on a handle without an archive gives a code too.
+/// The zip library behind two handles. No other file knows it. Results are its codes, 0 for success; every call on a
+/// handle without an archive gives a code too.
 
 namespace vo::detail {
+
+class ArchiveFile;
+struct ZipEntry;
 
 /// Result codes that are decided by us as well.
 enum ZipCode : int
@@ -25,41 +28,17 @@ enum ZipCode : int
     ZipWrongChecksum = -105
 };
 
-/// What the directory of an archive says of an entry. All of it may be lies.
-struct ZipEntryRecord
-{
-    std::string name; ///< All bytes, zero bytes included.
-    std::uint64_t position = 0;
-    std::uint64_t number = 0; ///< With the position what the zip library needs to come back.
-    std::uint64_t size = 0;
-    bool readable = false; ///< Not encrypted, and stored or deflated.
-};
-
-/// An archive being read.
-class VOCORE_PRIVATE_EXPORT UnzipHandle
+/// Reads entries of an archive without 64-bit fields.
+class UnzipHandle
 {
 public:
-    UnzipHandle() noexcept; ///< No archive.
-    /// Empty when the file cannot be opened or is no archive; also for an archive without entries, see IsEmptyArchive.
-    explicit UnzipHandle(const std::filesystem::path& file);
-    UnzipHandle(UnzipHandle&& other) noexcept;
-    UnzipHandle& operator=(UnzipHandle&& other) noexcept;
-    ~UnzipHandle();
+    explicit UnzipHandle(ArchiveFile& file); ///< The file must outlive the handle.
 
-    explicit operator bool() const noexcept { return m_archive != nullptr; }
-
-    /// Steps through the directory. @{
-    int first();
-    int next();
-    int record(ZipEntryRecord& record) const;
-    /// @}
-
-    std::uint64_t claimedCount() const; ///< Of entries; 0 without an archive.
-
-    int open(std::uint64_t position, std::uint64_t number); ///< Opens the entry of a record.
-    int read(char* data, std::size_t size);                 ///< Bytes read, 0 at the end, or a code below zero.
+    /// Makes an entry the current one. False when the library finds another one in its place, or no archive at all.
+    bool goTo(const ZipEntry& entry, std::uint64_t index);
+    int open();                             ///< Opens the current entry.
+    int read(char* data, std::size_t size); ///< Bytes read, 0 at the end, or a code below zero.
     int finishEntry(); ///< Ends the open entry; ZipWrongChecksum when it was read whole and is damaged.
-    int close();
 
 private:
     struct Closer
@@ -69,10 +48,8 @@ private:
     std::unique_ptr<void, Closer> m_archive;
 };
 
-/// Whether a file is the end record of an archive and nothing else.
-bool IsEmptyArchive(const std::filesystem::path& file);
-
-/// An archive being written.
+/// An archive being written. Where the library falls short, its headers and end records are completed: of entries from
+/// 4 GiB on, and of archives beyond 4 GiB or with more than 65,534 entries.
 class VOCORE_PRIVATE_EXPORT ZipHandle
 {
 public:
@@ -80,13 +57,16 @@ public:
     /// Makes the file; empty when that cannot be done.
     explicit ZipHandle(const std::filesystem::path& file);
     ZipHandle(ZipHandle&& other) noexcept;
-    ZipHandle& operator=(ZipHandle&& other) noexcept;
+    ZipHandle& operator=(ZipHandle&& other) = delete;
     ~ZipHandle();
 
     explicit operator bool() const noexcept { return m_archive != nullptr; }
 
-    int open(const std::string& name, int level); ///< Ends the entry before.
+    /// Ends the entry before and begins a new one. An entry that is at least as large as expected costs no second pass
+    /// over its bytes when it needs a 64-bit field.
+    int open(const std::string& name, int level, std::uint64_t expectedSize);
     int write(const char* data, std::size_t size);
+    int finishEntry(); ///< Does nothing without an open entry.
     int close();
 
 private:
@@ -94,7 +74,26 @@ private:
     {
         void operator()(void* archive) const noexcept;
     };
+
+    struct Entry
+    {
+        std::uint64_t header = 0; // where its local header stands
+        std::uint64_t size = 0;   // uncompressed, so far
+        std::size_t nameSize = 0;
+        bool hasLargeField = false;
+    };
+
+    int openInLibrary(const std::string& name, int level);
+    int completeHeader(std::uint64_t compressedSize);
+    int completeEnd(std::uint64_t directory);
+    int writeAt(std::uint64_t position, const std::string& bytes);
+
+    std::unique_ptr<ArchiveFile> m_file; // outlives the archive
     std::unique_ptr<void, Closer> m_archive;
+    bool m_isOpen = false;
+    Entry m_entry; // when open
+    std::uint64_t m_count = 0;
+    std::uint64_t m_directorySize = 0; // in bytes, of the entries that are finished
 };
 
 } // namespace vo::detail

@@ -21,6 +21,17 @@ namespace {
     throw VoValidationException("Invalid path in zip archive: " + VoString(std::string(name)));
 }
 
+void RequireReadable(const ZipEntry& entry, std::string_view name)
+{
+    if (entry.problem == ZipEntry::Problem::None)
+        return;
+    const VoString text{std::string(name)};
+    if (entry.problem == ZipEntry::Problem::Overlapping)
+        throw VoValidationException("Overlapping entries in zip archive: " + text);
+    throw VoInvalidParameterException("Cannot open zip archive file: " + VoString(ZipProblemText(entry)) + " in " +
+                                      text);
+}
+
 bool IsSeparator(char c)
 {
     return c == '/' || c == '\\';
@@ -91,20 +102,19 @@ UnzipPlan PlanUnzip(ZipInput& archive, const VoFilePath& targetDirectory)
         std::string text = WithoutCurrentDirectory(WithPlainSeparators(name));
         if (text.empty() && !name.empty())
             continue;
-        const bool isDirectory = text.size() > 1 && text.back() == '\\';
-        if (isDirectory)
+        const bool isNamedAsDirectory = text.size() > 1 && text.back() == '\\';
+        if (isNamedAsDirectory)
             text.pop_back();
+        const bool isDirectory = isNamedAsDirectory || archive.entry(i).isFolder;
         const VoFilePath path{VoString(text)}; // without blanks at the ends
         const VoFilePath target = VoFilePath::CreateUnchecked(targetDirectory.path() + path.path());
         if (!target.validLength() && text.find('\0') == std::string::npos)
             throw VoPathSizeFileException(target);
-        const bool isSafe = SafeRelativePath(std::string_view(text)) &&
-                            (path.path().toStdString() == text || SafeRelativePath(path));
+        const bool isSafe =
+            SafeRelativePath(std::string_view(text)) && (path.path().toStdString() == text || SafeRelativePath(path));
         if (!isSafe || !taken.take(path, isDirectory))
             Refuse(name);
-        if (!archive.readable(i))
-            throw VoInvalidParameterException("Cannot open zip archive file: Unzip bad zip file in " +
-                                              VoString(std::string(name)));
+        RequireReadable(archive.entry(i), name);
         const std::uint64_t room = std::numeric_limits<std::uint64_t>::max() - plan.bytes;
         plan.bytes += std::min(archive.size(i), room);
         plan.items.push_back({i, target, isDirectory});

@@ -14,7 +14,7 @@
 #include <algorithm>
 #include <system_error>
 
-using vo::detail::UnzipHandle;
+using vo::detail::ArchiveFile;
 using vo::detail::ZipHandle;
 
 namespace {
@@ -74,18 +74,18 @@ const char* WriteMessage(int code)
     }
 }
 
-UnzipHandle OpenForReading(const VoFilePath& path)
+std::unique_ptr<ArchiveFile> OpenForReading(const VoFilePath& path)
 {
     if (!VoFileSystem::Exists(path))
         throw VoFileNotFoundException(path);
     const std::filesystem::path file = vo::detail::ToNative(path);
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored)) // a pipe would keep us waiting
-        throw VoInvalidPathFileException(path);
-    UnzipHandle archive(file);
-    if (!archive && !vo::detail::IsEmptyArchive(file))
-        throw VoInvalidPathFileException(path);
-    return archive;
+        throw VoInvalidPathFileException("Not a zip archive", path);
+    std::unique_ptr<ArchiveFile> opened = ArchiveFile::Open(file, false);
+    if (!opened)
+        throw VoInvalidPathFileException("Zip archive cannot be read", path);
+    return opened;
 }
 
 ZipHandle OpenForWriting(const VoFilePath& path)
@@ -94,6 +94,11 @@ ZipHandle OpenForWriting(const VoFilePath& path)
     if (!archive)
         throw VoInvalidPathFileException(path);
     return archive;
+}
+
+VoInvalidParameterException CannotOpen(const VoString& reason, const VoString& name)
+{
+    return VoInvalidParameterException("Cannot open zip archive file: " + reason + " in " + name);
 }
 
 } // namespace
@@ -109,7 +114,7 @@ VoZipArchive::VoZipArchive(const VoFilePath& path, Mode mode)
     if (mode == Write)
         m_internal->output.emplace(OpenForWriting(path));
     else
-        m_internal->input.emplace(OpenForReading(path));
+        m_internal->input.emplace(OpenForReading(path), path);
     m_internal->closed = false;
 }
 
@@ -136,30 +141,46 @@ void VoZipArchive::close()
 
 VoWeakPtr<VoZipFile> VoZipArchive::open(const VoFilePath& entryPath, Compression compression)
 {
+    if (m_internal->output)
+        return openForWriting(entryPath, compression, 0);
     detach();
-    m_internal->activeFile = VoSharedPtr<VoZipFile>(new VoZipFile(*this));
-    int code;
-    if (m_internal->output) {
-        m_internal->activeFile->open(VoIODevice::Write);
-        finishEntry();
-        code = m_internal->output->open(StoredName(entryPath), Level(compression));
-    } else {
-        m_internal->activeFile->open(VoIODevice::Read);
-        code = m_internal->closed ? static_cast<int>(vo::detail::ZipWrongParameter)
-                                  : m_internal->input->open(entryPath.path().toStdString());
-    }
-    requireOpened(code, entryPath.path());
-    return m_internal->activeFile;
+    if (m_internal->closed)
+        requireOpened(vo::detail::ZipWrongParameter, entryPath.path());
+    vo::detail::ZipInput& input = *m_internal->input;
+    const std::size_t index = input.find(entryPath.path().toStdString());
+    return openEntry(index, entryPath.path());
+}
+
+VoWeakPtr<VoZipFile> VoZipArchive::openForWriting(const VoFilePath& entryPath, Compression compression,
+                                                  std::uint64_t expectedSize)
+{
+    detach();
+    finishEntry();
+    requireOpened(m_internal->output->open(StoredName(entryPath), Level(compression), expectedSize), entryPath.path());
+    return activate();
 }
 
 VoWeakPtr<VoZipFile> VoZipArchive::openEntry(std::size_t index)
 {
+    return openEntry(index, VoString(std::string(m_internal->input->name(index))));
+}
+
+// The name is what a message shows.
+VoWeakPtr<VoZipFile> VoZipArchive::openEntry(std::size_t index, const VoString& name)
+{
     detach();
+    vo::detail::ZipInput& input = *m_internal->input;
+    const int code = input.open(index);
+    if (code == vo::detail::ZipBadFile && input.entry(index).problem != vo::detail::ZipEntry::Problem::None)
+        throw CannotOpen(vo::detail::ZipProblemText(input.entry(index)), name);
+    requireOpened(code, name);
+    return activate();
+}
+
+VoWeakPtr<VoZipFile> VoZipArchive::activate()
+{
     m_internal->activeFile = VoSharedPtr<VoZipFile>(new VoZipFile(*this));
-    m_internal->activeFile->open(VoIODevice::Read);
-    const int code = m_internal->input->open(index);
-    requireOpened(code,
-                  code == vo::detail::ZipDone ? VoString() : VoString(std::string(m_internal->input->name(index))));
+    m_internal->activeFile->open(m_internal->output ? VoIODevice::Write : VoIODevice::Read);
     return m_internal->activeFile;
 }
 
@@ -213,17 +234,12 @@ void VoZipArchive::detach() noexcept
 // The entry before is compressed in full; what went wrong with it is not blamed on the next one.
 void VoZipArchive::finishEntry()
 {
-    if (const int code = m_internal->output->finishEntry()) {
-        detach();
+    if (const int code = m_internal->output->finishEntry())
         throw VoInvalidCallException("VoZipFile write failed: " + errorMessage(code));
-    }
 }
 
-// A file that could not be opened is not the active one.
-void VoZipArchive::requireOpened(int code, const VoString& name)
+void VoZipArchive::requireOpened(int code, const VoString& name) const
 {
-    if (code == vo::detail::ZipDone)
-        return;
-    detach();
-    throw VoInvalidParameterException("Cannot open zip archive file: " + errorMessage(code) + " in " + name);
+    if (code != vo::detail::ZipDone)
+        throw CannotOpen(errorMessage(code), name);
 }

@@ -17,12 +17,15 @@ class VoZipArchive_Internal;
 ///     archive.close();
 ///
 /// Entries are read in any order and written one after another; opening an entry ends the one before. Names in the
-/// archive are separated by "/", paths here by "\". Entries carry no date, owner or permission, so the same content
-/// always gives the same bytes.
+/// archive are separated by "/", paths here by "\". Entries carry the first date of the format, 1980-01-01, and no
+/// owner or permission, so the same content always gives the same bytes.
+///
+/// Archives and entries may have any size and number: from 4 GiB or 65,535 entries on the format's 64-bit records are
+/// written, and only then. An entry that turns out so large while it is written is moved by 20 bytes when it ends.
 ///
 /// Archives are hostile until checked: names come back as they are stored (see VoZipper for the checks before they are
-/// used on disk), encrypted entries and unknown methods are refused, sizes and checksums are verified while reading,
-/// and no claim of the archive makes the library take memory in advance.
+/// used on disk), encrypted entries, unknown methods and entries that share bytes with others are refused, sizes and
+/// checksums are verified while reading, and no claim of the archive makes the library take memory in advance.
 ///
 /// A resource of one thread; it neither copies nor moves. Where the machine has more than one core, the bytes of large
 /// entries are compressed by a thread of the archive's own while the caller makes the next ones.
@@ -48,7 +51,9 @@ public:
 
     /// Opens or makes the archive file.
     /// @throw VoFileNotFoundException when there is no file to read
-    /// @throw VoInvalidPathFileException when the file is no archive, or cannot be made
+    /// @throw VoInvalidPathFileException "Invalid path: " when the file cannot be made; when reading, one of "Not a zip
+    ///        archive: ", "Zip archive is not complete: ", "Data behind the end of zip archive: ", "Zip archive of
+    ///        several volumes: ", "Zip archive is damaged: " and "Zip archive cannot be read: ", and the path
     /// @throw VoPathSizeFileException for an over-long path
     /// @throw VoInvalidParameterException "Unknown mode for zip/unzip"
     VoZipArchive(const VoFilePath& path, Mode mode);
@@ -68,8 +73,9 @@ public:
     /// Reading finds an entry by the exact bytes of its path, in the form that paths() gives; among entries of one name
     /// the first. Writing does not check for a name that is there already.
     /// @throw VoInvalidParameterException "Cannot open zip archive file: " and the reason, " in " and the name:
-    ///        "Unzip end of list of file" when there is no such entry, "Unzip bad zip file" for an encrypted entry or
-    ///        an unknown method; "Unzip param error" and "Zip param error" after close()
+    ///        "Unzip end of list of file" when there is no such entry, "Unzip encryption not supported", "Unzip method
+    ///        12 (bzip2) not supported" or the like, "Unzip overlapping entries" for one that shares bytes with an
+    ///        earlier one, "Unzip bad zip file"; "Unzip param error" and "Zip param error" after close()
     /// @throw VoInvalidCallException as VoZipFile writes, for bytes of the entry before that could not be written
     VoWeakPtr<VoZipFile> open(const VoFilePath& entryPath, Compression compression = Default);
 
@@ -92,10 +98,14 @@ public:
 private:
     friend class VoZipper;
 
+    VoWeakPtr<VoZipFile> openForWriting(const VoFilePath& entryPath, Compression compression,
+                                        std::uint64_t expectedSize);
     VoWeakPtr<VoZipFile> openEntry(std::size_t index);
+    VoWeakPtr<VoZipFile> openEntry(std::size_t index, const VoString& name);
+    VoWeakPtr<VoZipFile> activate();
     void detach() noexcept;
     void finishEntry();
-    void requireOpened(int code, const VoString& name);
+    void requireOpened(int code, const VoString& name) const;
 
     std::unique_ptr<VoZipArchive_Internal> m_internal;
 };

@@ -62,18 +62,37 @@ std::vector<Source> FilesToZip(const VoFilePath& source, const VoFilePath& archi
     return {{source, VoFilePath(source.filename().toString())}};
 }
 
-void Add(VoZipArchive& archive, const Source& source, char* block)
+/// A file that is being packed.
+class OpenSource
 {
-    std::error_code error;
-    NativeFile file = NativeFile::OpenForReading(vo::detail::ToNative(source.file), error);
-    if (error)
-        throw VoCannotOpenFileException(source.file);
-    const VoSharedPtr<VoZipFile> entry = archive.open(source.name, VoZipArchive::Default).lock();
-    while (const std::size_t count = file.read(block, BlockSize, error))
-        entry->writeFrom(block, count);
-    if (error)
-        throw VoIOException("Error occurred on reading from file");
-}
+public:
+    explicit OpenSource(const VoFilePath& path)
+    {
+        const std::filesystem::path native = vo::detail::ToNative(path);
+        std::error_code error;
+        m_file = NativeFile::OpenForReading(native, error);
+        if (error)
+            throw VoCannotOpenFileException(path);
+        m_size = std::filesystem::file_size(native, error);
+        if (error)
+            m_size = 0;
+    }
+
+    std::uint64_t size() const { return m_size; } // when it was opened; 0 when that cannot be told
+
+    void copyTo(VoZipFile& entry, char* block)
+    {
+        std::error_code error;
+        while (const std::size_t count = m_file.read(block, BlockSize, error))
+            entry.writeFrom(block, count);
+        if (error)
+            throw VoIOException("Error occurred on reading from file");
+    }
+
+private:
+    NativeFile m_file;
+    std::uint64_t m_size = 0;
+};
 
 // The directory that must exist for an item.
 VoDirectoryPath DirectoryOf(const UnzipPlan::Item& item)
@@ -172,8 +191,10 @@ void VoZipper::Zip(const VoFilePath& archivePath, const VoFilePath& source)
     VoZipArchive archive(replacement.temporary(), VoZipArchive::Write);
     archive.internal().path = archivePath;
     const std::unique_ptr<char[]> block(new char[BlockSize]);
-    for (const Source& file : files)
-        Add(archive, file, block.get());
+    for (const auto& [path, name] : files) {
+        OpenSource file(path);
+        file.copyTo(*archive.openForWriting(name, VoZipArchive::Default, file.size()).lock(), block.get());
+    }
     archive.close();
     replacement.commit();
 }

@@ -8,46 +8,32 @@
 
 namespace vo::detail {
 
-ZipInput::ZipInput(UnzipHandle archive)
-    : m_archive(std::move(archive))
+ZipInput::ZipInput(std::unique_ptr<ArchiveFile> file, const VoFilePath& path)
+    : m_file(std::move(file))
+    , m_end(FindZipEnd(*m_file, path))
 {
 }
 
 std::size_t ZipInput::count()
 {
-    return entries().size();
-}
-
-std::string_view ZipInput::name(std::size_t index) const
-{
-    const std::uint64_t start = index == 0 ? 0 : m_entries[index - 1].nameEnd;
-    return std::string_view(m_names).substr(static_cast<std::size_t>(start),
-                                            static_cast<std::size_t>(m_entries[index].nameEnd - start));
+    return directory().entries.size();
 }
 
 bool ZipInput::complete()
 {
-    entries();
-    return m_complete;
+    return directory().complete;
 }
 
-const std::vector<ZipInput::Entry>& ZipInput::entries()
+std::string_view ZipInput::name(std::size_t index) const
 {
-    if (std::exchange(m_listed, true) || !m_archive)
-        return m_entries;
-    ZipEntryRecord record;
-    int code = m_archive.first();
-    for (; code == ZipDone; code = m_archive.next()) {
-        code = m_archive.record(record);
-        if (code != ZipDone)
-            break;
-        m_names += record.name;
-        m_entries.push_back({record.position, record.number, record.size, m_names.size(), record.readable});
-    }
-    // At the limit of the format's old counter the directory simply ends where no more record follows.
-    const bool countIsKnown = m_archive.claimedCount() != 0xFFFF;
-    m_complete = code == ZipEndOfList || (!countIsKnown && m_entries.size() >= 0xFFFF && code == ZipBadFile);
-    return m_entries;
+    return m_directory->name(index);
+}
+
+const ZipDirectory& ZipInput::directory()
+{
+    if (!m_directory)
+        m_directory = ReadZipDirectory(*m_file, m_end);
+    return *m_directory;
 }
 
 const std::unordered_map<std::string, std::size_t>& ZipInput::places()
@@ -60,10 +46,10 @@ const std::unordered_map<std::string, std::size_t>& ZipInput::places()
     return m_places;
 }
 
-int ZipInput::open(const std::string& path)
+std::size_t ZipInput::find(const std::string& path)
 {
     const auto found = places().find(path);
-    return open(found == places().end() ? None : found->second);
+    return found == places().end() ? count() : found->second;
 }
 
 int ZipInput::open(std::size_t index)
@@ -73,15 +59,25 @@ int ZipInput::open(std::size_t index)
     m_failure = ZipDone;
     if (index >= count())
         return ZipEndOfList;
-    const Entry& entry = m_entries[index];
-    if (!entry.readable)
+    if (entry(index).problem != ZipEntry::Problem::None)
         return ZipBadFile;
-    const int code = m_archive.open(entry.position, entry.number);
+    m_usesLibrary = libraryReads(index);
+    const int code = m_usesLibrary ? m_library->open() : m_reader.open(*m_file, entry(index));
     if (code == ZipDone) {
         m_open = index;
-        m_remaining = entry.size;
+        m_remaining = entry(index).size;
     }
     return code;
+}
+
+// The library looks for the directory on its own, and a comment can lead it astray.
+bool ZipInput::libraryReads(std::size_t index)
+{
+    if (entry(index).isLarge)
+        return false;
+    if (!m_library)
+        m_library.emplace(*m_file);
+    return m_library->goTo(entry(index), index);
 }
 
 std::size_t ZipInput::read(char* data, std::size_t size, int& code)
@@ -89,7 +85,8 @@ std::size_t ZipInput::read(char* data, std::size_t size, int& code)
     code = m_failure;
     if (atEnd() || size == 0)
         return 0;
-    const int taken = m_archive.read(data, static_cast<std::size_t>(std::min<std::uint64_t>(size, m_remaining)));
+    size = static_cast<std::size_t>(std::min<std::uint64_t>(size, m_remaining));
+    const int taken = m_usesLibrary ? m_library->read(data, size) : m_reader.read(data, size);
     if (taken <= 0) {
         // An entry that ends before its claimed size would never end for who waits for that size.
         code = m_failure = taken == 0 ? static_cast<int>(ZipBadFile) : taken;
@@ -97,7 +94,7 @@ std::size_t ZipInput::read(char* data, std::size_t size, int& code)
     }
     m_remaining -= static_cast<std::uint64_t>(taken);
     if (m_remaining == 0)
-        code = m_failure = m_archive.finishEntry(); // compares the checksums
+        code = m_failure = m_usesLibrary ? m_library->finishEntry() : m_reader.finish(); // compares the checksums
     return code == ZipDone ? static_cast<std::size_t>(taken) : 0;
 }
 
@@ -110,7 +107,8 @@ int ZipInput::close()
 {
     m_open = None;
     m_remaining = 0;
-    return m_archive.close();
+    m_library.reset();
+    return m_file->close() ? static_cast<int>(ZipDone) : static_cast<int>(ZipSystemError);
 }
 
 } // namespace vo::detail

@@ -1,13 +1,17 @@
 #pragma once
 
+#include <Documents/ArchiveFile.h>
 #include <Documents/MiniZip.h>
+#include <Documents/ZipDirectory.h>
+#include <Documents/ZipEntryReader.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <vector>
 
 namespace vo::detail {
 
@@ -18,21 +22,24 @@ namespace vo::detail {
 class VOCORE_PRIVATE_EXPORT ZipInput
 {
 public:
-    explicit ZipInput(UnzipHandle archive);
+    /// @param path What messages show.
+    /// @throw VoInvalidPathFileException as FindZipEnd
+    ZipInput(std::unique_ptr<ArchiveFile> file, const VoFilePath& path);
 
     std::size_t count(); ///< Number of entries. Reads the directory when it is first asked.
-    bool complete();     ///< Whether the directory could be read to its end.
+    bool complete();     ///< Whether the directory could be read to its end and holds as many entries as it claims.
 
     /// @name What the directory says of an entry, by an index below count()
     /// @{
     std::string_view name(std::size_t index) const; ///< As stored, all bytes.
-    std::uint64_t size(std::size_t index) const { return m_entries[index].size; }
-    bool readable(std::size_t index) const { return m_entries[index].readable; } ///< Whether open() is possible at all.
+    const ZipEntry& entry(std::size_t index) const { return m_directory->entries[index]; }
+    std::uint64_t size(std::size_t index) const { return entry(index).size; }
     /// @}
 
-    /// Opens an entry by the text of its VoFilePath; the first one of that name.
-    int open(const std::string& path);
-    /// Opens an entry. Refuses with ZipBadFile what is not readable.
+    /// The index of the first entry whose name has the text of a VoFilePath; count() when there is none.
+    std::size_t find(const std::string& path);
+
+    /// Opens an entry. Refuses with ZipBadFile one with a problem, with ZipEndOfList what is beyond the last.
     int open(std::size_t index);
 
     /// Reads from the open entry; fewer bytes only at its end. A code other than 0 says what failed, now or before.
@@ -44,26 +51,20 @@ public:
     int close();
 
 private:
-    struct Entry
-    {
-        std::uint64_t position;
-        std::uint64_t number;
-        std::uint64_t size;
-        std::uint64_t nameEnd; // in m_names; the name begins where the one before ends
-        bool readable;
-    };
-
     static constexpr std::size_t None = static_cast<std::size_t>(-1);
 
-    const std::vector<Entry>& entries();
+    const ZipDirectory& directory();
     const std::unordered_map<std::string, std::size_t>& places();
+    bool libraryReads(std::size_t index);
 
-    UnzipHandle m_archive;
-    bool m_listed = false;
-    bool m_complete = true;
-    std::vector<Entry> m_entries;
-    std::string m_names;                                   // one after another: most are short, and there may be many
+    std::unique_ptr<ArchiveFile> m_file;
+    ZipEnd m_end;
+    std::optional<ZipDirectory> m_directory;
     std::unordered_map<std::string, std::size_t> m_places; // by path; made when an entry is first opened by its name
+
+    std::optional<UnzipHandle> m_library; // opened for the first entry that it reads
+    ZipEntryReader m_reader;
+    bool m_usesLibrary = false; // for the open entry
     std::size_t m_open = None;
     std::uint64_t m_remaining = 0;
     int m_failure = ZipDone;

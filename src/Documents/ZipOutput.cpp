@@ -38,12 +38,12 @@ ZipOutput::~ZipOutput()
     stopThread();
 }
 
-int ZipOutput::open(const std::string& name, int level)
+int ZipOutput::open(const std::string& name, int level, std::uint64_t expectedSize)
 {
     if (const int failed = finishEntry())
         return failed;
     m_passed = 0;
-    return m_archive.open(name, level); // not kept: the archive is as it was, and another name may do
+    return m_archive.open(name, level, expectedSize); // not kept: the archive is as it was, and another name may do
 }
 
 int ZipOutput::write(const char* data, std::size_t size)
@@ -73,6 +73,8 @@ int ZipOutput::finishEntry()
             m_failure = m_threadFailure;
     }
     m_gathered.size = 0;
+    if (m_failure == ZipDone)
+        m_failure = m_archive.finishEntry();
     return m_failure;
 }
 

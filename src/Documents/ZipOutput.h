@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -32,10 +33,11 @@ public:
     ZipOutput& operator=(const ZipOutput&) = delete;
     ~ZipOutput();
 
-    /// Ends the entry before and begins a new one. Call finishEntry() first to tell the two failures apart.
-    int open(const std::string& name, int level);
+    /// Ends the entry before and begins a new one. Call finishEntry() first to tell the two failures apart. What is
+    /// expected is a hint, see ZipHandle.
+    int open(const std::string& name, int level, std::uint64_t expectedSize = 0);
     int write(const char* data, std::size_t size);
-    int finishEntry(); ///< Hands over what is gathered and waits until it is compressed.
+    int finishEntry(); ///< Hands over what is gathered, waits until it is compressed, and completes the entry.
     int close();
 
 private:

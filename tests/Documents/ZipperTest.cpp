@@ -95,6 +95,11 @@ TEST_F(Zipper, archivesOfOtherProgramsAreUnpacked)
         "cd in && LC_ALL=C.UTF-8 bsdtar -c --format zip -f ../a.zip .",
         "cd in && LC_ALL=C.UTF-8 7z a -tzip -bd ../a.zip .",
         "python3 -m zipfile -c a.zip in/*",
+        "cd in && LC_ALL=C.UTF-8 zip -qr -fz ../a.zip .",
+        "cd in && LC_ALL=C.UTF-8 zip -qr -0 -fz ../c.zip . && cat large.bin ../c.zip >../a.zip",
+        "cd in && LC_ALL=C.UTF-8 bsdtar -c --format zip --options zip:zip64 -f ../a.zip *",
+        "python3 -m zipfile -c a.zip in/* && python3 -c \"import zipfile; "
+        "zipfile.ZipFile('a.zip', 'a').comment = b'PK\\5\\6' * 10000 + b'c' * 25535\"",
         "cat /dev/urandom | head -c 70000 >b; cd in && LC_ALL=C.UTF-8 zip -qr ../c.zip . && cat ../b ../c.zip "
         ">../a.zip",
     };
@@ -215,8 +220,10 @@ TEST_F(Zipper, hostileArchivesAreRefusedBeforeAnythingIsWritten)
         {{{"a", "1"}, {"a/", ""}}, invalid("a/")},
         {{{"link/evil", "x"}}, invalid("link/evil")},
         {{{"link/", ""}}, invalid("link/")},
-        {{{"a", "x", 1}}, "Cannot open zip archive file: Unzip bad zip file in a"},
-        {{{"a", "x", 0, 12}}, "Cannot open zip archive file: Unzip bad zip file in a"},
+        {{{"a", "x", 1}}, "Cannot open zip archive file: Unzip encryption not supported in a"},
+        {{{"a", "x", 0, 9}}, "Cannot open zip archive file: Unzip method 9 (deflate64) not supported in a"},
+        {{{"a", "1"}, {"b", "1", 0, 0, -1, 0, 0, false, 39}}, "Overlapping entries in zip archive: b"},
+        {{{"b", "1", 0, 0, -1, 0, 0, true, 20}}, "Overlapping entries in zip archive: b"},
     };
     fs::create_directory(m_scratch.native("outside"));
     for (const auto& row : rows) {
@@ -240,12 +247,15 @@ TEST_F(Zipper, hostileArchivesAreRefusedBeforeAnythingIsWritten)
     EXPECT_THROW_MSG(VoZipper::Unzip(path("a.zip"), directory("out")), VoValidationException, VoString(invalid(zero)));
     m_scratch.write("a.zip", RawArchive({{"good", "fine"}, {std::string(251, 'n'), "x"}}));
     EXPECT_THROW(VoZipper::Unzip(path("a.zip"), directory("out")), VoPathSizeFileException);
-    const std::string cut = RawArchive({{"good", "fine"}, {"b", "x"}});
-    std::string damaged = cut;
-    damaged[cut.find("PK\1\2", cut.find("PK\1\2") + 1)] = 'x';
-    m_scratch.write("a.zip", damaged);
-    EXPECT_THROW(VoZipper::Unzip(path("a.zip"), directory("out")), VoInvalidParameterException);
-    EXPECT_FALSE(fs::exists(m_scratch.native("out/good")));
+    const std::vector<RawEntry> two = {{"good", "fine"}, {"b", "x"}};
+    std::string damaged = RawArchive(two);
+    damaged[damaged.rfind("PK\1\2")] = 'x';
+    for (const std::string& bytes : {damaged, RawArchive(two, "", -1), RawArchive(two, "", 1)}) {
+        m_scratch.write("a.zip", bytes);
+        EXPECT_THROW_MSG(VoZipper::Unzip(path("a.zip"), directory("out")), VoInvalidParameterException,
+                         "Cannot open zip archive file: Unzip bad zip file in " + path("a.zip").path());
+        EXPECT_FALSE(fs::exists(m_scratch.native("out/good")));
+    }
 }
 
 TEST_F(Zipper, aClaimThatNoDiskCanHoldIsRefusedBeforeAnythingIsWritten)
@@ -273,7 +283,11 @@ TEST_F(Zipper, unpackingReplacesFilesAndLinksButNoDirectories)
     plant("outside", "mine");
     plant("out/old", "old");
     fs::create_symlink("../outside", m_scratch.native("out/link"));
-    m_scratch.write("a.zip", RawArchive({{"link", "new"}, {"old", "new"}, {"hollow/", ""}, {"a/b/c/", ""}}));
+    const std::uint32_t folder = 0x10; // as DOS has it
+    m_scratch.write("a.zip", RawArchive({{"link", "new"},
+                                         {"old", "new", 0, 0, -1, 0, folder}, // with content
+                                         {"hollow", "", 0, 0, -1, 0, folder},
+                                         {"a/b/c/", ""}}));
     VoZipper::Unzip(path("a.zip"), directory("out"));
     EXPECT_EQ(m_scratch.read("outside"), "mine");
     EXPECT_FALSE(fs::is_symlink(m_scratch.native("out/link")));

@@ -53,7 +53,7 @@ TEST_F(ZipTool, wrongUsesAndFailuresHaveTheirCodes)
     for (const auto& [arguments, code] : rows)
         EXPECT_EQ(vo(std::string(arguments)).code, code) << arguments;
     write("no.zip", "PK\3\4junk");
-    EXPECT_EQ(vo("unzip @no.zip @out").err, "vo: Invalid path: " + path("no.zip").toStdString() + "\n");
+    EXPECT_EQ(vo("unzip @no.zip @out").err.rfind("vo: Zip archive is not complete: ", 0), 0U);
     EXPECT_FALSE(exists("b.zip"));
     EXPECT_TRUE(tree("damaged").empty());
 }

@@ -22,7 +22,7 @@ ExitCode list(Session& session)
         session.console.row("entries", name, JsonRecord()("path", name)("bytes", size));
     }
     if (!entries.complete())
-        throw Failure("the archive's directory is damaged: what follows is not listed");
+        throw Failure("the archive's directory is damaged: there may be entries that are not listed");
     return ExitCode::Done;
 }
 
@@ -51,8 +51,8 @@ Command UnzipCommand()
         "unpack or list a zip archive",
         "Unpacks an archive into a folder, which is made when it is missing. All names are checked first: an\n"
         "archive with a name that leads out of the folder, or that some system cannot have, is refused as a whole\n"
-        "with exit code 6. Files are replaced one by one, each when it is whole and its checksum is right. Entries\n"
-        "that are encrypted are refused.\n",
+        "with exit code 6, and so is one whose entries share bytes. Files are replaced one by one, each when it is\n"
+        "whole and its checksum is right. Entries that are encrypted, or neither stored nor deflated, are refused.\n",
         {{"list", nullptr, "print the names in the archive, as they are stored, instead of unpacking"}},
         1,
         2,
