@@ -64,6 +64,9 @@ private:
 /// Makes a directory that only this user may enter. A name that is taken gives std::errc::file_exists.
 VOCORE_PRIVATE_EXPORT void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& error) noexcept;
 
+/// Removes a file or a link, also one that is marked as not to be written; such a mark is kept when that fails.
+VOCORE_PRIVATE_EXPORT void RemoveFile(const std::filesystem::path& path, std::error_code& error) noexcept;
+
 /// Makes the names in a directory survive a loss of power. Does nothing where the system has no such operation.
 VOCORE_PRIVATE_EXPORT void SyncDirectory(const std::filesystem::path& directory, std::error_code& error) noexcept;
 

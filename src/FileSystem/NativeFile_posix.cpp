@@ -138,6 +138,13 @@ void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& 
         error = LastError();
 }
 
+void RemoveFile(const std::filesystem::path& path, std::error_code& error) noexcept
+{
+    error.clear();
+    if (::unlink(path.c_str()) == -1)
+        error = LastError();
+}
+
 void SyncDirectory(const std::filesystem::path& directory, std::error_code& error) noexcept
 {
     error.clear();

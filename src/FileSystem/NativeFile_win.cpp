@@ -121,6 +121,26 @@ void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& 
         error = LastError();
 }
 
+// The system removes no file that is marked as read-only, and no link to a directory as if it were a file.
+void RemoveFile(const std::filesystem::path& path, std::error_code& error) noexcept
+{
+    error.clear();
+    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        error = LastError();
+        return;
+    }
+    const bool isMarked = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    if (isMarked)
+        ::SetFileAttributesW(path.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+    const bool isDirectory = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    if (isDirectory ? ::RemoveDirectoryW(path.c_str()) : ::DeleteFileW(path.c_str()))
+        return;
+    error = LastError();
+    if (isMarked)
+        ::SetFileAttributesW(path.c_str(), attributes);
+}
+
 void SyncDirectory(const std::filesystem::path&, std::error_code& error) noexcept
 {
     error.clear();

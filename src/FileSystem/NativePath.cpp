@@ -88,16 +88,22 @@ void RequireValidLength(const VoAbstractPath& path)
         throw VoPathSizeFileException(VoFilePath(path));
 }
 
+bool MeansMissing(const std::error_code& error)
+{
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory ||
+           error == std::errc::too_many_symbolic_link_levels || error == std::errc::filename_too_long;
+}
+
 bool IsInsideCanonical(const VoDirectoryPath& directory, const VoFilePath& path)
 {
     std::error_code error;
     const std::filesystem::path outer = std::filesystem::canonical(ToNative(directory), error);
-    if (error)
-        return false;
-    const std::filesystem::path inner = std::filesystem::weakly_canonical(ToNative(path), error);
-    if (error)
-        return false;
-    return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
+    std::filesystem::path inner;
+    if (!error)
+        inner = std::filesystem::weakly_canonical(ToNative(path), error);
+    if (error && !MeansMissing(error))
+        throw VoFileException("canonical: " + VoString(error.message()), path.path());
+    return !error && std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
 }
 
 } // namespace vo::detail

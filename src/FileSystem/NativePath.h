@@ -4,6 +4,7 @@
 #include <FileSystem/VoFilePath.h>
 
 #include <filesystem>
+#include <system_error>
 
 class VoAbstractPath;
 class VoDirectoryPath;
@@ -36,8 +37,13 @@ VOCORE_PRIVATE_EXPORT void RequireValidLength(const VoFilePath& path);
 VOCORE_PRIVATE_EXPORT void RequireValidLength(const VoAbstractPath& path);
 /// @}
 
+/// Whether an error says that nothing bears a name. Every other one says that the system could not or would not look:
+/// then something may be there.
+VOCORE_PRIVATE_EXPORT bool MeansMissing(const std::error_code& error);
+
 /// True when a path, with every link on the way followed, lies in a directory (or is that directory). Pieces that do
 /// not exist yet count as they are written; the directory must exist, else the answer is false.
+/// @throw VoFileException "canonical: " and the reason, when the system does not let one look
 VOCORE_PRIVATE_EXPORT bool IsInsideCanonical(const VoDirectoryPath& directory, const VoFilePath& path);
 
 } // namespace vo::detail

@@ -24,6 +24,7 @@
 #include <vector>
 
 namespace fs = std::filesystem;
+using vo::detail::MeansMissing;
 
 namespace {
 
@@ -48,12 +49,6 @@ auto Guarded(Operation operation)
     } catch (const std::exception& e) {
         throw VoInvalidCallException(VoString(e.what()));
     }
-}
-
-bool MeansMissing(const std::error_code& error)
-{
-    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory ||
-           error == std::errc::too_many_symbolic_link_levels || error == std::errc::filename_too_long;
 }
 
 fs::file_status Status(const fs::path& path, const char* operation, const VoString& text)

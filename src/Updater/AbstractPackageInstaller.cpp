@@ -132,6 +132,8 @@ VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::runSteps(const st
 {
     try {
         requireValid();
+        if (m_private->prepare)
+            m_private->prepare();
         obtain();
         diagnostic("Starting installation");
         broadcast(Message<BasicUpdateMessage<3>>("Starting installation", packageID(), versionID()));

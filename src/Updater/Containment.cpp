@@ -1,5 +1,6 @@
 #include <Updater/Containment.h>
 
+#include <Core/VoFileException.h>
 #include <FileSystem/NativePath.h>
 #include <FileSystem/VoFileSystem.h>
 
@@ -51,6 +52,8 @@ std::string RealDirectory(const VoDirectoryPath& directory)
     const fs::path native = vo::detail::ToNative(directory);
     const fs::path absolute = native.empty() ? fs::current_path(error) : native;
     const fs::path real = fs::weakly_canonical(absolute, error);
+    if (error && !vo::detail::MeansMissing(error))
+        throw VoFileException("canonical: " + VoString(error.message()), directory.path());
     return (error ? native : real).string();
 }
 
@@ -77,10 +80,13 @@ bool Containment::mayRemove(const VoDirectoryPath& directory)
 // A root that does not exist has nothing in it that could lead elsewhere.
 bool Containment::leadsInside(const VoDirectoryPath& directory)
 {
-    const auto [known, isNew] = m_known.try_emplace(std::string(Bytes(directory)), true);
-    if (isNew && VoFileSystem::IsDirectory(m_root))
-        known->second = vo::detail::IsInsideCanonical(m_root, directory.toFilePath());
-    return known->second;
+    const std::string key(Bytes(directory));
+    if (const auto known = m_known.find(key); known != m_known.end())
+        return known->second;
+    const bool isInside =
+        !VoFileSystem::IsDirectory(m_root) || vo::detail::IsInsideCanonical(m_root, directory.toFilePath());
+    m_known.emplace(key, isInside);
+    return isInside;
 }
 
 } // namespace vo::updater::detail

@@ -19,10 +19,12 @@ std::string_view Bytes(const VoAbstractPath& path);
 /// @}
 
 /// The system's name of a directory with every link on the way followed; pieces that do not exist count as written.
+/// Throws VoFileException ("canonical: " + reason) when the system does not let one look.
 std::string RealDirectory(const VoDirectoryPath& directory);
 
 /// Tells which paths lie inside a directory: by their texts, and with every link on the way followed. What a listing
-/// or an advert names outside of its installation directory is never written or removed.
+/// or an advert names outside of its installation directory is never written or removed. The questions throw
+/// VoFileException when the system does not let one look: what cannot be seen is not outside.
 class VOCORE_PRIVATE_EXPORT Containment
 {
 public:

@@ -2,6 +2,7 @@
 
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
+#include <FileSystem/NativeFile.h>
 #include <FileSystem/NativePath.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
@@ -25,6 +26,15 @@ StepObserver& Observer()
 
 std::atomic<bool> observed{false};
 
+// Both names are in one directory, so nothing is ever copied.
+void Rename(const VoFilePath& from, const VoFilePath& to, const char* failure, const VoFilePath& place)
+{
+    std::error_code error;
+    fs::rename(ToNative(from), ToNative(to), error);
+    if (error)
+        throw VoFileException(failure + VoString(error.message()) + ": " + place.path(), place.path());
+}
+
 } // namespace
 
 void SetStepObserver(StepObserver observer)
@@ -40,11 +50,25 @@ void AtStep(FileStep step, const VoString& path)
         Observer()(step, path);
 }
 
+VoFilePath AsFile(const VoDirectoryPath& directory)
+{
+    const VoString& text = directory.path();
+    return VoFilePath::CreateUnchecked(text.substring(0, text.size() - 1).toString());
+}
+
+VoDirectoryPath AsDirectory(const VoFilePath& file)
+{
+    return VoDirectoryPath(file.path() + "\\");
+}
+
 FileKind KindOf(const VoFilePath& path)
 {
     std::error_code error;
     switch (fs::symlink_status(ToNative(path), error).type()) {
     case fs::file_type::none:
+        if (!vo::detail::MeansMissing(error))
+            throw VoFileException("status: " + VoString(error.message()), path.path());
+        return FileKind::None;
     case fs::file_type::not_found:
         return FileKind::None;
     case fs::file_type::regular:
@@ -59,7 +83,12 @@ FileKind KindOf(const VoFilePath& path)
 void MakeDirectory(const VoDirectoryPath& directory)
 {
     AtStep(FileStep::MakeDirectory, directory.path());
-    VoFileSystem::CreateDirectory(directory);
+    std::error_code error;
+    vo::detail::RequireValidLength(directory);
+    fs::create_directory(ToNative(AsFile(directory)), error);
+    if (error)
+        throw VoFileException("Cannot create directory: " + VoString(error.message()) + ": " + directory.path(),
+                              directory.path());
 }
 
 bool EraseFile(const VoFilePath& path)
@@ -70,7 +99,10 @@ bool EraseFile(const VoFilePath& path)
     if (kind == FileKind::Directory)
         return false;
     AtStep(FileStep::EraseFile, path.path());
-    VoFileSystem::Remove(path);
+    std::error_code error;
+    vo::detail::RemoveFile(ToNative(path), error);
+    if (error && !vo::detail::MeansMissing(error))
+        throw VoFileException("Cannot remove file: " + VoString(error.message()) + ": " + path.path(), path.path());
     return true;
 }
 
@@ -86,13 +118,26 @@ bool EraseDirectoryIfEmpty(const VoDirectoryPath& directory)
     if (error == std::errc::directory_not_empty || error == std::errc::file_exists ||
         error == std::errc::not_a_directory)
         return false;
-    throw VoFileException("remove: " + VoString(error.message()), directory.path());
+    throw VoFileException("Cannot remove directory: " + VoString(error.message()) + ": " + directory.path(),
+                          directory.path());
 }
 
 void PutInPlace(const VoFilePath& built, const VoFilePath& place)
 {
     AtStep(FileStep::PutInPlace, place.path());
-    VoFileSystem::MoveFile(built, place);
+    Rename(built, place, "Cannot replace file: ", place);
+}
+
+void MoveAside(const VoFilePath& place, const VoFilePath& aside)
+{
+    AtStep(FileStep::MoveAside, place.path());
+    Rename(place, aside, "Cannot replace file: ", place);
+}
+
+void MoveBack(const VoFilePath& aside, const VoFilePath& place)
+{
+    AtStep(FileStep::MoveBack, place.path());
+    Rename(aside, place, "Cannot restore file: ", place);
 }
 
 void CopyPermissions(const VoFilePath& model, const VoFilePath& file)

@@ -22,9 +22,12 @@ enum class FileStep
     WriteFile,
     FinishFile,
     PutInPlace,
+    MoveAside,
+    MoveBack,
     EraseFile,
     EraseDirectory,
     WriteDocument,
+    ChangePhase, ///< Of the journal.
 };
 
 /// Called before a step with the path it is about. What it throws fails the step.
@@ -36,6 +39,11 @@ VOCORE_PRIVATE_EXPORT void SetStepObserver(StepObserver observer);
 /// Announces a step that is done elsewhere.
 void AtStep(FileStep step, const VoString& path);
 
+/// @{ A directory under the name that a file in its place has, and the other way round.
+VOCORE_PRIVATE_EXPORT VoFilePath AsFile(const VoDirectoryPath& directory);
+VOCORE_PRIVATE_EXPORT VoDirectoryPath AsDirectory(const VoFilePath& file);
+/// @}
+
 /// What bears a path; links count as what they are, not as what they lead to.
 enum class FileKind
 {
@@ -44,19 +52,33 @@ enum class FileKind
     Directory,
     Other, ///< A link, a pipe, a device.
 };
-FileKind KindOf(const VoFilePath& path);
+/// Throws VoFileException ("status: " + reason) when the system does not let one look: a file that cannot be seen is
+/// not one that is gone.
+VOCORE_PRIVATE_EXPORT FileKind KindOf(const VoFilePath& path);
 
-/// Makes one directory; nothing when it is there.
+/// Makes one directory; nothing when it is there. Throws VoFileException ("Cannot create directory: " + reason + ": " +
+/// path).
 void MakeDirectory(const VoDirectoryPath& directory);
 
-/// Removes a file or a link. A missing one counts as removed; a directory stays, and the result is false.
+/// Removes a file or a link. A missing one counts as removed; a directory stays, and the result is false. Throws
+/// VoFileException ("Cannot remove file: " + reason + ": " + path).
 bool EraseFile(const VoFilePath& path);
 
-/// Removes a directory if it is empty. The result is true when there is none afterwards.
+/// Removes a directory if it is empty. The result is true when there is none afterwards. Throws VoFileException ("Cannot
+/// remove directory: " + reason + ": " + path).
 bool EraseDirectoryIfEmpty(const VoDirectoryPath& directory);
 
-/// Renames a built file over its place.
+/// Renames a built file to its place. Throws VoFileException ("Cannot replace file: " + reason + ": " + place).
 void PutInPlace(const VoFilePath& built, const VoFilePath& place);
+
+/// Renames what stands at a place, a file, a link or a whole directory, to a name beside it. That is possible for a
+/// program that is running, which can be neither overwritten nor removed on every system. Throws VoFileException
+/// ("Cannot replace file: " + reason + ": " + place).
+void MoveAside(const VoFilePath& place, const VoFilePath& aside);
+
+/// Takes MoveAside back; a file that stands at the place meanwhile is replaced. Throws VoFileException ("Cannot restore
+/// file: " + reason + ": " + place).
+void MoveBack(const VoFilePath& aside, const VoFilePath& place);
 
 /// Gives `file` the permissions of `model`, if that is a regular file; without the bits that lend another's rights.
 void CopyPermissions(const VoFilePath& model, const VoFilePath& file);

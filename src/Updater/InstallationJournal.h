@@ -1,63 +1,113 @@
 #pragma once
 
+#include <Core/VoDeque.h>
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
 #include <Core/VoUniquePtr.h>
+#include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
+#include <Updater/InstalledPackageListing.h>
 
 #include <functional>
-#include <string>
-#include <unordered_set>
-
-namespace vo::updater {
-class InstalledFileListing;
-class InstalledPackageListing;
-} // namespace vo::updater
 
 namespace vo::updater::detail {
 
-/// Notes on disk what an installation is about to create, before it creates the first of it, and forgets it when the
-/// listing that records the installation is written. Whatever a killed process left behind is found through it.
+/// What a run does to one place. The name aside is beside the place and was free when the run began.
+struct PlaceChange
+{
+    enum class Kind
+    {
+        Added,    ///< Nothing was there; a new file comes.
+        Replaced, ///< What was there goes aside, a file or a whole directory; a new file comes.
+        Removed,  ///< What was there goes aside, and no file comes. A directory may come.
+        Inside,   ///< Goes aside with the directory that it lies in; noted so that it is erased in the end.
+    };
+
+    Kind kind;
+    VoFilePath place;
+    VoFilePath aside; ///< Null for Added.
+};
+
+/// What a run is going to do, noted before it does the first of it.
+class RunNotes final : public XMLObject
+{
+public:
+    RunNotes() = default;
+    explicit RunNotes(VoXMLStreamElementLoader& element);
+
+    Type objectType() const override;
+    void writeAttributes(VoXMLElementWriter& element) const override;
+    void writeElements(VoXMLElementWriter& element) const override;
+
+    /// The record of the installation as it will be; has every file that is Added or Replaced.
+    InstalledPackageListing result;
+    /// Where the release before it is installed; null for none. Nothing outside of this directory and of that of
+    /// `result` is changed, whatever the notes say.
+    VoDirectoryPath before;
+    /// Each place once. Of two places none lies below the other, but for a Removed one that becomes a directory, and
+    /// for those that are Inside a Replaced one.
+    VoDeque<PlaceChange> changes;
+    VoDeque<VoDirectoryPath> made; ///< Directories that this run or an interrupted one makes, outermost first.
+    /// Recorded directories that hold nothing any more in the end, innermost first; `result` does not have them.
+    VoDeque<VoDirectoryPath> emptied;
+    /// What earlier runs moved aside and could not erase yet, as the file of a program that was running.
+    VoDeque<VoFilePath> leftovers;
+};
+
+/// Notes on disk what an installation does, so that one that was killed at any point ends as if it had not begun or as
+/// if it had gone through, whichever operation comes next:
 ///
-///     <update directory>\installed\<packageID>.pending
+///     <update directory>\installed\<packageID>.pending    to be undone: old files are moved back, new ones removed
+///     <update directory>\installed\<packageID>.placed     all new files are in place and checked: to be recorded
+///     <update directory>\installed\<packageID>.replaced   recorded as well: old files are to be erased
 ///
-/// The document is an installed package listing, read as follows: its directories are those that the run creates; a
-/// file that stands with its own path does not exist yet and is the run's when it has the noted size and checksum; for
-/// a file that exists already only the path of the built file beside it is noted.
+/// One document bears these names one after the other. Renaming it is what decides: up to the name "placed" no old file
+/// is lost, and from then on no new one is needed.
 class VOCORE_PRIVATE_EXPORT InstallationJournal
 {
 public:
+    enum class Phase
+    {
+        Pending,
+        Placed,
+        Replaced,
+    };
+
     /// The journal of the package whose listing has that path.
     static InstallationJournal OfListing(const VoFilePath& listing);
     /// A journal that keeps nothing.
     InstallationJournal();
 
-    bool exists() const; ///< Whether there are notes.
-    /// What an interrupted run noted; empty when there was none. A journal that cannot be read is logged and counts as
-    /// none.
-    VoUniquePtr<InstalledPackageListing> read() const;
-    /// Notes what a run is going to create, in place of older notes.
-    void write(const InstalledPackageListing& notes) const;
-    /// Forgets; nothing when there are no notes.
-    void remove() const;
+    bool exists() const; ///< Whether there are notes of any phase.
+    /// The notes of a phase; empty when there are none. Notes that are no such document are logged and count as none;
+    /// those that cannot be read for another reason throw what reading throws.
+    VoUniquePtr<RunNotes> read(Phase phase) const;
+    /// Notes what a run is going to do; older notes of any phase are gone then, so the new ones take over what is left
+    /// to do of them.
+    void begin(const RunNotes& notes) const;
+    void change(Phase from, Phase to) const; ///< Throws VoFileException.
+    void remove(Phase phase) const;          ///< Forgets; nothing when there are no such notes.
 
 private:
-    explicit InstallationJournal(const VoFilePath& path);
+    explicit InstallationJournal(const VoFilePath& listing);
+    VoFilePath path(Phase phase) const;
 
-    VoFilePath m_path; // null: keeps nothing
+    VoFilePath m_listing; // null: keeps nothing
 };
 
-/// Removes the files that an interrupted run left: what it was building, and what it had put in place, save where
-/// `isKept` says that the file belongs to a release. Only what lies inside the installation directory of the notes.
-VOCORE_PRIVATE_EXPORT void EraseLeftFiles(const InstalledPackageListing& notes,
-                                          const std::function<bool(const InstalledFileListing&)>& isKept);
+/// Takes back what a run did, in whichever state it ended; may be repeated. The result is false while a directory that
+/// the run made holds something else: then the notes had better be kept, so that a later operation still knows where it
+/// comes from. Does all it can, then throws the first VoFileException that it met.
+VOCORE_PRIVATE_EXPORT bool Undo(const RunNotes& notes);
 
-/// Takes back what an interrupted run created, files and directories. The result is false while a directory that it
-/// created holds something else: then the notes had better be kept, so that a later operation still knows where it
-/// comes from. What belongs to `installed` (null: nothing is installed) stays.
-VOCORE_PRIVATE_EXPORT bool RollBack(const InstalledPackageListing& notes, const InstalledPackageListing* installed);
+/// Erases the old files of a run that is recorded, and the directories that are empty without them; may be repeated.
+/// The result is false when some could not be erased, which is logged.
+VOCORE_PRIVATE_EXPORT bool EraseOld(const RunNotes& notes);
 
-/// The places of all files that the noted run was going to write, as bytes: their contents are not to be trusted.
-std::unordered_set<std::string> NotedPlaces(const InstalledPackageListing& notes);
+/// Ends a run that was interrupted: undoes it, or records and ends it. `record` keeps a listing and tells whether all of
+/// that succeeded. Throws VoFileException when an old file cannot be moved back, and what `record` throws; the notes are
+/// kept then.
+VOCORE_PRIVATE_EXPORT void Recover(const InstallationJournal& journal,
+                                   const std::function<bool(const InstalledPackageListing&)>& record);
 
 } // namespace vo::updater::detail

@@ -9,7 +9,7 @@ bool InstallationPlan::isEmpty() const
 
 bool InstallationPlan::isUpToDate() const
 {
-    return isInstalled && isEmpty() && installedVersionID == versionID;
+    return isInstalled && isEmpty() && !isUnfinished && !isMove && installedVersionID == versionID;
 }
 
 bool InstallationPlan::isDowngrade() const

@@ -5,6 +5,7 @@
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
+#include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <Updater/ChunkListing.h>
 #include <Updater/PackageDifferences.h>
@@ -31,12 +32,31 @@ struct VOCORE_EXPORT InstallationPlan
     VoString name;                 ///< The release's display name.
     VoVersion version;             ///< The release's version.
     bool isInstalled = false;      ///< Whether some release of the package is installed.
+    /// Whether an operation on the package was interrupted or could not be recorded: there is something to be completed.
+    bool isUnfinished = false;
     VoUUID installedVersionID{""}; ///< That release; empty when none is installed.
     VoVersion installedVersion;    ///< Its version.
+    VoDirectoryPath installedDirectory; ///< Where it is installed; null when none is.
+    bool isMove = false;           ///< Whether it is installed in another directory than the one planned for.
 
     VoDeque<File> files;                ///< What changes on disk, in the order in which the installer goes through it.
     VoDeque<ChunkListing> chunks;       ///< The chunks to fetch, in the order of the advert.
     VoDeque<ChunkListing> stagedChunks; ///< Needed chunks that an interrupted run has left whole; not fetched again.
+
+    /// Files on disk that no package owns and that the installation replaces.
+    VoDeque<VoFilePath> foreignFiles;
+    /// Files on disk that no package owns and that have the content of the release's files already: they are taken over.
+    VoDeque<VoFilePath> adoptedFiles;
+
+    /// A file that another package owns.
+    struct VOCORE_EXPORT OwnedFile
+    {
+        VoFilePath path;  ///< The file.
+        VoUUID packageID; ///< Its package.
+        VoString name;    ///< The display name of that.
+    };
+    VoDeque<OwnedFile> conflicts; ///< Files of the release in the places of such ones: installing is refused.
+    VoDeque<OwnedFile> keptFiles; ///< Files that the release does not have any more, and that stay for their other owners.
 
     std::uint64_t addedFiles = 0;     ///< Number of files to add.
     std::uint64_t copiedFiles = 0;    ///< How many of these are copied from installed files.
@@ -49,7 +69,7 @@ struct VOCORE_EXPORT InstallationPlan
     std::uint64_t bytesToRemove = 0;  ///< Total length of the removed files.
 
     bool isEmpty() const; ///< Whether every file is in place already.
-    /// Whether the release is already the one recorded and there is nothing to do.
+    /// Whether the release is already the one recorded, in this directory, and there is nothing to do or to complete.
     bool isUpToDate() const;
     /// Whether an older version would replace a newer one. The build type plays no part.
     bool isDowngrade() const;

@@ -13,6 +13,7 @@
 #include <Updater/Attributes.h>
 #include <Updater/Containment.h>
 #include <Updater/FileActions.h>
+#include <Updater/FileOwners.h>
 #include <Updater/InstallationJournal.h>
 #include <Updater/InstallerPrivate.h>
 #include <Updater/InstallerSettings.h>
@@ -89,9 +90,12 @@ struct InstalledPackages::Operation
     {
         processes.emplace(VoUpdater::UpdateSystemDirectory());
         EraseTemporaryDocuments(VoUpdater::InstalledListingDirectory());
-        const std::lock_guard<std::mutex> guard(State().data);
-        State().registry.reset();
-        Get();
+        {
+            const std::lock_guard<std::mutex> guard(State().data);
+            State().registry.reset();
+            Get();
+        }
+        RecoverAll();
     }
 
     std::optional<ProcessLock> processes;
@@ -116,11 +120,66 @@ StagingDirectory StagingOf(const VoUUID& packageID)
     return StagingDirectory(VoUpdater::DownloadDirectory().directory(packageID.toString()));
 }
 
-// Whether an interrupted run has left something that the end of a run removes.
-bool IsUnfinished(const VoUUID& packageID)
+InstallationJournal JournalOf(const VoUUID& packageID)
 {
-    const VoFilePath listing = InstalledPackages::InstalledPackageListingPath(packageID);
-    return InstallationJournal::OfListing(listing).exists() || VoFileSystem::Exists(StagingOf(packageID).path());
+    return InstallationJournal::OfListing(InstalledPackages::InstalledPackageListingPath(packageID));
+}
+
+// What the listing of a package is called from when its files are gone until the registry has forgotten it.
+constexpr std::string_view RemovedSuffix = ".removed";
+
+VoFilePath RemovedPath(const VoUUID& packageID)
+{
+    return VoUpdater::InstalledListingDirectory().file(packageID.toString() + VoString(std::string(RemovedSuffix)));
+}
+
+bool EndsWith(std::string_view text, std::string_view suffix)
+{
+    return text.size() > suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
+}
+
+// The packages that have a document with one of the suffixes in the directory of the listings.
+VoDeque<VoUUID> PackagesWith(std::initializer_list<std::string_view> suffixes)
+{
+    VoDeque<VoUUID> result;
+    const VoDirectoryPath directory = VoUpdater::InstalledListingDirectory();
+    if (!VoFileSystem::IsDirectory(directory))
+        return result;
+    VoFileSystem::ForEachFile(directory, false, false, [&](const VoFilePath& path) {
+        const std::string_view name = Bytes(path).substr(Bytes(directory).size());
+        for (const std::string_view suffix : suffixes) {
+            if (!EndsWith(name, suffix))
+                continue;
+            const VoUUID id{VoString(std::string(name.substr(0, name.size() - suffix.size())))};
+            const bool isKnown = std::any_of(result.begin(), result.end(), [&id](const VoUUID& known) {
+                return known == id;
+            });
+            if (!isKnown && vo::detail::SafeName(id.toString()) && id != VoUUID("packages"))
+                result.pushBack(id);
+        }
+    });
+    return result;
+}
+
+// The name that a document of a package gives it; empty when none tells.
+VoString NameOf(const VoUUID& packageID)
+{
+    for (const VoFilePath& path : {InstalledPackages::InstalledPackageListingPath(packageID), RemovedPath(packageID)}) {
+        try {
+            if (VoFileSystem::Exists(path))
+                return InstalledPackageListing::Open(path)->name();
+        } catch (const VoException&) {
+            // Reading it has logged why; such a package is still known by its ID.
+        }
+    }
+    for (const auto phase : {InstallationJournal::Phase::Pending, InstallationJournal::Phase::Placed}) {
+        try {
+            if (const auto notes = JournalOf(packageID).read(phase))
+                return notes->result.name();
+        } catch (const VoException&) {
+        }
+    }
+    return VoString();
 }
 
 VoDirectoryPath AbsoluteDirectory(const VoDirectoryPath& directory)
@@ -258,6 +317,76 @@ VoUniquePtr<InstalledPackageListing> InstalledPackages::Package(const VoUUID& pa
     return InstalledPackageListing::Open(InstalledPackageListingPath(packageID));
 }
 
+VoDeque<VoPair<VoUUID, VoString>> InstalledPackages::Names()
+{
+    VoDeque<VoUUID> ids;
+    for (const VoPair<VoUUID, VoVersion>& entry : Packages())
+        ids.pushBack(entry.first);
+    for (const VoUUID& id : PackagesWith({".xml", RemovedSuffix, ".pending", ".placed"})) {
+        if (std::find(ids.begin(), ids.end(), id) == ids.end())
+            ids.pushBack(id);
+    }
+    VoDeque<VoPair<VoUUID, VoString>> result;
+    for (const VoUUID& id : ids)
+        result.pushBack({id, NameOf(id)});
+    return result;
+}
+
+bool InstalledPackages::IsUnfinished(const VoUUID& packageID)
+{
+    try {
+        if (VoFileSystem::Exists(InstalledPackageListingPath(packageID)))
+            return IsUnfinished(packageID, Package(packageID).get());
+    } catch (const VoFileException&) {
+        throw;
+    } catch (const VoException&) {
+        return true; // a listing that is none
+    }
+    return IsUnfinished(packageID, nullptr);
+}
+
+bool InstalledPackages::IsUnfinished(const VoUUID& packageID, const InstalledPackageListing* installed)
+{
+    if (JournalOf(packageID).exists() || KindOf(RemovedPath(packageID)) != FileKind::None ||
+        VoFileSystem::Exists(StagingOf(packageID).path()))
+        return true;
+    // As it stands on disk: another process may have ended what this one knows of.
+    const VoUniquePtr<InstalledPackages> registry = ReadRegistry(VoUpdater::InstalledPackagesPath());
+    if (!registry)
+        return true;
+    for (const VoPair<VoUUID, VoVersion>& entry : registry->m_private->entries) {
+        if (entry.first == packageID)
+            return !installed || installed->version().toString() != entry.second.toString();
+    }
+    return installed != nullptr;
+}
+
+// Trouble with one package does not keep the others from being worked on.
+void InstalledPackages::RecoverAll()
+{
+    for (const VoUUID& id : PackagesWith({".pending", ".placed", ".replaced", RemovedSuffix})) {
+        try {
+            Recover(id);
+        } catch (...) {
+            Log().error("Interrupted operation on package " + id.toString() +
+                        " cannot be completed: " + FailureText());
+        }
+    }
+}
+
+void InstalledPackages::Recover(const VoUUID& packageID)
+{
+    const VoFilePath removed = RemovedPath(packageID);
+    if (KindOf(removed) != FileKind::None && Forget(packageID))
+        EraseFile(removed);
+    detail::Recover(JournalOf(packageID), [](const InstalledPackageListing& listing) {
+        if (!Record(listing))
+            return false;
+        Broadcast(Message<PackagesUpdatedMessage>());
+        return true;
+    });
+}
+
 InstallationPlan InstalledPackages::Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
                                          const InstallationOptions& options)
 {
@@ -330,11 +459,10 @@ void InstalledPackages::Install(VoUniquePtr<AdvertisedPackageListing> advert,
 {
     RequireSafeIdentifier(advert->packageID());
     RequireNoOtherSpelling(advert->packageID());
-    InstallerSettings settings;
-    settings.journal = InstallerSettings::Journal::UntilRecorded;
-    settings.reuseInstalledFiles = options.reuseInstalledFiles;
-    PackageInstaller installer(std::move(advert), AbsoluteDirectory(installationDirectory), settings);
-    RunAndRecord(installer, run);
+    Recover(advert->packageID());
+    VoUniquePtr<InstalledPackageListing> installed = PackageInstaller::FindInstalled(advert->packageID());
+    RunAndRecord(std::move(advert), AbsoluteDirectory(installationDirectory), std::move(installed),
+                 PackageInstaller::SettingsOf(options), run);
 }
 
 // Two IDs that differ in letter case alone would share one listing where file names ignore case.
@@ -346,54 +474,57 @@ void InstalledPackages::RequireNoOtherSpelling(const VoUUID& packageID)
     }
 }
 
-void InstalledPackages::RunAndRecord(PackageInstaller& installer, const Run& run)
+void InstalledPackages::RunAndRecord(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& directory,
+                                     VoUniquePtr<InstalledPackageListing> installed, InstallerSettings settings,
+                                     const Run& run)
 {
     bool isSound = true;
+    bool isRecorded = false;
+    settings.record = [&](const InstalledPackageListing& listing) {
+        if (!isSound)
+            Log().warning("Package recorded although its verification failed: " + listing.packageID().toString());
+        return isRecorded = Record(listing);
+    };
+    PackageInstaller installer(std::move(advert), directory, std::move(installed), settings);
     const VoReceiver receiver = installer.connect([&isSound](const VoSharedPtr<AbstractMessage>& message) {
         isSound = isSound && message->type() != AbstractMessage::VerificationFailed;
         Broadcast(message);
     });
-    const VoUniquePtr<InstalledPackageListing> listing = run(installer);
-    if (!isSound)
-        Log().warning("Package recorded although its verification failed: " + listing->packageID().toString());
-    Record(*listing);
+    run(installer);
+    if (isRecorded)
+        Broadcast(Message<PackagesUpdatedMessage>());
 }
 
-// The listing first: should the process end before the registry is written, the next operation finds the newer listing.
-void InstalledPackages::Record(const InstalledPackageListing& listing)
+// The listing first: should the process end before the registry is written, the next operation does both again.
+bool InstalledPackages::Record(const InstalledPackageListing& listing)
 {
     const VoFilePath path = InstalledPackageListingPath(listing.packageID());
     VoFileSystem::CreateDirectory(path.parent(), true);
     AtStep(FileStep::WriteDocument, path.path());
     listing.write(path);
-    Update(listing);
-    try {
-        InstallationJournal::OfListing(path).remove();
-    } catch (...) {
-        Log().warning("Journal of the installation cannot be removed: " + FailureText());
-    }
+    return Update(listing);
 }
 
-void InstalledPackages::Update(const InstalledPackageListing& listing)
+bool InstalledPackages::Update(const InstalledPackageListing& listing)
 {
     std::unique_lock<std::mutex> guard(State().data);
     Get().set(listing.packageID(), listing.version());
     const InstalledPackages registry = Get();
     guard.unlock();
-    Write(registry);
+    return Write(registry);
 }
 
-void InstalledPackages::Write(const InstalledPackages& registry)
+bool InstalledPackages::Write(const InstalledPackages& registry)
 {
     const VoFilePath path = VoUpdater::InstalledPackagesPath();
     try {
         AtStep(FileStep::WriteDocument, path.path());
         WriteDocument(path, tag::packages, registry);
+        return true;
     } catch (...) {
         Log().error("Installed packages file cannot be updated " + path.path() + ": " + FailureText());
-        return;
+        return false;
     }
-    Broadcast(Message<PackagesUpdatedMessage>());
 }
 
 void InstalledPackages::Attempt(const std::function<void()>& work)
@@ -412,7 +543,9 @@ void InstalledPackages::Attempt(const std::function<void()>& work)
 
 VerificationReport InstalledPackages::Verify(const VoUUID& packageID, VoStopFlag stop)
 {
-    return CheckPackage(*Package(packageID), stop, Broadcast).report;
+    const VoUniquePtr<InstalledPackageListing> listing = Package(packageID);
+    FileOwners owners = FileOwners::Others(packageID, {listing->installationDirectory()});
+    return CheckPackage(*listing, owners, stop, Broadcast).report;
 }
 
 VerificationReport InstalledPackages::Repair(const VoFilePath& definitionFile, VoStopFlag stop)
@@ -447,20 +580,20 @@ VerificationReport InstalledPackages::Repair(const VoUrl& advertUrl, VoStopFlag 
 VerificationReport InstalledPackages::Repair(VoUniquePtr<AdvertisedPackageListing> advert, const VoString& place,
                                              const VoStopFlag& stop, const Run& run)
 {
+    Recover(advert->packageID());
     if (!VoFileSystem::Exists(InstalledPackageListingPath(advert->packageID())))
         throw VoNotFoundException(advert->packageID().toString());
     VoUniquePtr<InstalledPackageListing> installed = Package(advert->packageID());
     if (installed->versionID() != advert->versionID())
         throw VoInvalidParameterException("Definition is not that of the installed release: " + place);
-    PackageCheck check = CheckPackage(*installed, stop, Broadcast);
-    if (check.report.isIntact() && !IsUnfinished(advert->packageID()))
+    FileOwners owners = FileOwners::Others(advert->packageID(), {installed->installationDirectory()});
+    PackageCheck check = CheckPackage(*installed, owners, stop, Broadcast);
+    if (check.report.isIntact() && !IsUnfinished(advert->packageID(), installed.get()))
         return check.report;
     InstallerSettings settings;
-    settings.journal = InstallerSettings::Journal::UntilRecorded;
     settings.damaged = check.damaged;
     const VoDirectoryPath directory = installed->installationDirectory();
-    PackageInstaller installer(std::move(advert), directory, std::move(installed), settings);
-    RunAndRecord(installer, run);
+    RunAndRecord(std::move(advert), directory, std::move(installed), settings, run);
     return check.report;
 }
 
@@ -478,37 +611,46 @@ void InstalledPackages::Uninstall(const VoUUID& packageID, VoStopFlag stop)
     if (VoFileSystem::IsDirectory(VoUpdater::UpdateSystemDirectory()))
         operation.begin();
     RemovePackage(packageID, path, stop);
-    if (operation.processes)
-        Forget(packageID);
+    if (operation.processes && Forget(packageID))
+        EraseFile(RemovedPath(packageID));
     Broadcast(Message<BasicUninstallMessage<8>>(packageID));
 }
 
 void InstalledPackages::RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStopFlag& stop)
 {
+    Recover(packageID);
     const InstallationJournal journal = InstallationJournal::OfListing(path);
-    const VoUniquePtr<InstalledPackageListing> notes = journal.read();
-    if (!VoFileSystem::Exists(path)) {
+    VoUniquePtr<InstalledPackageListing> listing;
+    if (VoFileSystem::Exists(path)) {
+        listing = InstalledPackageListing::Open(path);
+    } else {
         Log().warning("Package definition file not found for " + packageID.toString());
         Broadcast(Message<BasicUninstallMessage<9>>(packageID));
-        if (notes)
-            RollBack(*notes, nullptr);
-    } else {
-        Uninstaller(packageID, path, *InstalledPackageListing::Open(path), notes.get(), Broadcast).run(stop);
-        Log().diagnostic("Package definition removed for " + packageID.toString());
-        Broadcast(Message<BasicUninstallMessage<10>>(packageID));
     }
-    journal.remove();
+    Uninstaller(packageID, path, listing.get(), journal, Broadcast).run(stop);
+    for (const auto phase : {InstallationJournal::Phase::Pending, InstallationJournal::Phase::Replaced})
+        journal.remove(phase);
     StagingOf(packageID).remove();
+    if (!listing)
+        return;
+    // Still there under another name until the registry has forgotten the package: so its name finds it.
+    MoveAside(path, RemovedPath(packageID));
+    Log().diagnostic("Package definition removed for " + packageID.toString());
+    Broadcast(Message<BasicUninstallMessage<10>>(packageID));
 }
 
-void InstalledPackages::Forget(const VoUUID& packageID)
+// True when the registry has no entry of the package any more.
+bool InstalledPackages::Forget(const VoUUID& packageID)
 {
     std::unique_lock<std::mutex> guard(State().data);
     if (!Get().erase(packageID))
-        return;
+        return true;
     const InstalledPackages registry = Get();
     guard.unlock();
-    Write(registry);
+    if (!Write(registry))
+        return false;
+    Broadcast(Message<PackagesUpdatedMessage>());
+    return true;
 }
 
 } // namespace vo::updater

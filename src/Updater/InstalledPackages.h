@@ -21,6 +21,10 @@ struct VoDownloadPolicy;
 
 namespace vo::updater {
 
+namespace detail {
+struct InstallerSettings;
+}
+
 class AdvertisedPackageListing;
 class PackageInstaller;
 
@@ -37,8 +41,10 @@ class PackageInstaller;
 /// reads the registry anew before it changes it. They may be called on any thread; receivers are called on the thread
 /// that does the work and may use Package, Packages and Connect.
 ///
-/// A process may be killed at any moment: the same call made again ends in the same files, registry and listing as if
-/// it had run through at once. Listings and registry are replaced atomically, the listing first.
+/// A process may be killed at any moment. The next operation, whichever it is and of whichever package, first ends what
+/// was interrupted: an installation is undone or completed as a whole, an uninstallation of files that were all gone is
+/// recorded. Listings and registry are replaced atomically, the listing first. Files of one package are never replaced
+/// or removed by an operation on another.
 ///
 /// A thread that owns the download service (VoDownloadManager::IsOwner) waits for another one's operation with its
 /// event loop running, because that one may be waiting for a download. So events arrive in the meantime.
@@ -60,9 +66,12 @@ public:
     ///
     /// Installing an older version than the installed one is done, with a warning. Every failure, that of reading the
     /// definition included, throws VoInstallationFailedException with "Installation failed: " and the cause's text;
-    /// another process that is installing is the failure "File already locked: " + path. The registry is unchanged
-    /// then. A registry that cannot be written after the listing was written is only logged: the next installation of
-    /// the package mends it.
+    /// another process that is installing is the failure "File already locked: " + path. Files, listing and registry are
+    /// as they were then. A registry that cannot be written after the listing was written is only logged: the package
+    /// is unfinished, and the next operation mends it.
+    ///
+    /// A place that another package owns is the failure "File belongs to another package: " + path. The options tell
+    /// what else is refused.
     ///
     /// The form for a URL needs the download service (VoDownloadManager).
     static void Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
@@ -99,9 +108,9 @@ public:
     /// record. Files that the package did not bring stay, and so do the directories they lie in.
     ///
     /// For a package without listing only its entry in the registry is dropped, with a warning; one that is not
-    /// installed at all only warns. What an interrupted installation left is removed as well. A file that cannot be
-    /// deleted does not stop the rest: it stays recorded, and the call ends with UninstallFailedMessage and the
-    /// VoFileException. A listing that cannot be read throws what reading it throws, and nothing is removed. Throws
+    /// installed at all only warns. A file that another package owns as well stays. A file or directory that cannot be
+    /// deleted, or not even be looked at, does not stop the rest: it stays recorded, and the call ends with
+    /// UninstallFailedMessage and the VoFileException. A listing that cannot be read throws what reading it throws, and nothing is removed. Throws
     /// VoFileLockedException when another process is installing, VoValidationException ("Invalid identifier: " +
     /// packageID), VoUserCancelledException when the flag is raised: the same call goes on where it stopped.
     static void Uninstall(const VoUUID& packageID);
@@ -114,12 +123,17 @@ public:
     /// Package ID and version of everything installed, in the order of first installation. As this process knows it:
     /// changes by other processes are seen after the next operation.
     static VoDeque<VoPair<VoUUID, VoVersion>> Packages();
+    /// ID and display name of everything that an operation can be asked for: what is recorded, and what an operation
+    /// that was interrupted has not recorded yet or not forgotten quite. The name is empty where nothing tells it.
+    static VoDeque<VoPair<VoUUID, VoString>> Names();
+    /// Whether an operation on the package was interrupted or could not be recorded wholly. The next one mends that.
+    static bool IsUnfinished(const VoUUID& packageID);
     /// Where the listing of a package is kept. Throws VoValidationException ("Invalid identifier: " + packageID) for an
     /// ID that cannot be a file's name.
     static VoFilePath InstalledPackageListingPath(const VoUUID& packageID);
 
     /// Checks every installed file of a package against its listing, and looks for files that do not belong to it
-    /// below the directories that were created for it. Changes nothing and takes no lock; reports on files that an
+    /// or to another package below the directories that were created for it. Changes nothing and takes no lock; reports on files that an
     /// operation running at the same time is replacing are of no value. Progress and findings are also broadcast.
     /// Throws as Package, and VoUserCancelledException.
     static VerificationReport Verify(const VoUUID& packageID, VoStopFlag stop);
@@ -146,6 +160,8 @@ public:
     void writeElements(VoXMLElementWriter& element) const override;
 
 private:
+    friend class PackageInstaller;
+
     using Run = std::function<VoUniquePtr<InstalledPackageListing>(PackageInstaller&)>;
     struct Operation;
     struct Shared;
@@ -159,12 +175,17 @@ private:
     static VerificationReport Repair(VoUniquePtr<AdvertisedPackageListing> advert, const VoString& place,
                                      const VoStopFlag& stop, const Run& run);
     static void RequireNoOtherSpelling(const VoUUID& packageID);
-    static void RunAndRecord(PackageInstaller& installer, const Run& run);
-    static void Record(const InstalledPackageListing& listing);
-    static void Update(const InstalledPackageListing& listing);
-    static void Write(const InstalledPackages& registry);
+    static void RecoverAll();
+    static void Recover(const VoUUID& packageID);
+    static bool IsUnfinished(const VoUUID& packageID, const InstalledPackageListing* installed);
+    static void RunAndRecord(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& directory,
+                             VoUniquePtr<InstalledPackageListing> installed, detail::InstallerSettings settings,
+                             const Run& run);
+    static bool Record(const InstalledPackageListing& listing);
+    static bool Update(const InstalledPackageListing& listing);
+    static bool Write(const InstalledPackages& registry);
     static void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStopFlag& stop);
-    static void Forget(const VoUUID& packageID);
+    static bool Forget(const VoUUID& packageID);
 
     void set(const VoUUID& packageID, const VoVersion& version);
     bool erase(const VoUUID& packageID);

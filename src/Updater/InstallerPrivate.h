@@ -11,6 +11,7 @@
 #include <Updater/InstallerSettings.h>
 #include <Updater/StagingDirectory.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -52,6 +53,7 @@ struct AbstractPackageInstaller::Private
     const VoUniquePtr<AdvertisedPackageListing> package;
     const VoDirectoryPath directory;
     const detail::InstallerSettings settings;
+    std::function<void()> prepare;               // what a subclass does before anything is obtained
     bool isValid = false;                        // whether the advert has passed the checks
     std::uint64_t chunkLimit = 0;                // what a chunk may uncompress to; 0: not known yet
     std::optional<VoDeque<ChunkListing>> needed; // the chunks to obtain, when they are less than those required

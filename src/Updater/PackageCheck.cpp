@@ -8,6 +8,7 @@
 #include <Threading/VoStopFlag.h>
 #include <Updater/Containment.h>
 #include <Updater/FileContent.h>
+#include <Updater/FileOwners.h>
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/InstallerPrivate.h>
 
@@ -48,8 +49,10 @@ class Check
 public:
     using Broadcast = std::function<void(const VoSharedPtr<AbstractMessage>&)>;
 
-    Check(const InstalledPackageListing& listing, const VoStopFlag& stop, const Broadcast& broadcast)
+    Check(const InstalledPackageListing& listing, FileOwners& owners, const VoStopFlag& stop,
+          const Broadcast& broadcast)
         : m_listing(listing)
+        , m_owners(owners)
         , m_stop(stop)
         , m_broadcast(broadcast)
     {
@@ -108,7 +111,7 @@ private:
         try {
             VoFileSystem::ForEachFile(directory, true, false, [this](const VoFilePath& path) {
                 m_stop.throwIfStopped();
-                if (m_listed.count(std::string(Bytes(path))) == 0)
+                if (m_listed.count(std::string(Bytes(path))) == 0 && !m_owners.find(path))
                     m_result.report.extra.pushBack(path);
             });
         } catch (const VoFileException& failure) {
@@ -118,6 +121,7 @@ private:
     }
 
     const InstalledPackageListing& m_listing;
+    FileOwners& m_owners;
     const VoStopFlag& m_stop;
     const Broadcast& m_broadcast;
     PackageCheck m_result;
@@ -126,10 +130,10 @@ private:
 
 } // namespace
 
-PackageCheck CheckPackage(const InstalledPackageListing& listing, const VoStopFlag& stop,
+PackageCheck CheckPackage(const InstalledPackageListing& listing, FileOwners& owners, const VoStopFlag& stop,
                           const std::function<void(const VoSharedPtr<AbstractMessage>&)>& broadcast)
 {
-    return Check(listing, stop, broadcast).run();
+    return Check(listing, owners, stop, broadcast).run();
 }
 
 } // namespace vo::updater::detail

@@ -14,6 +14,8 @@ class InstalledPackageListing;
 
 namespace vo::updater::detail {
 
+class FileOwners;
+
 /// What a check found, and the IDs of the files that a repair has to write.
 struct PackageCheck
 {
@@ -21,9 +23,9 @@ struct PackageCheck
     VoDeque<VoUUID> damaged;
 };
 
-/// Looks at every installed file of a package, and at what else lies in the directories made for it. Changes nothing.
-/// Progress and findings go to `broadcast`. Throws VoUserCancelledException when the flag is raised.
-PackageCheck CheckPackage(const InstalledPackageListing& listing, const VoStopFlag& stop,
+/// Looks at every installed file of a package, and at what else lies in the directories made for it that no other
+/// package owns. Changes nothing. Progress and findings go to `broadcast`. Throws VoUserCancelledException when the flag is raised.
+PackageCheck CheckPackage(const InstalledPackageListing& listing, FileOwners& owners, const VoStopFlag& stop,
                           const std::function<void(const VoSharedPtr<AbstractMessage>&)>& broadcast);
 
 } // namespace vo::updater::detail

@@ -13,8 +13,10 @@
 #include <Threading/VoStopFlag.h>
 #include <Updater/Containment.h>
 #include <Updater/FileActions.h>
+#include <Updater/FileClaims.h>
 #include <Updater/FileContent.h>
 #include <Updater/FileInstaller.h>
+#include <Updater/FileOwners.h>
 #include <Updater/FileReuse.h>
 #include <Updater/InstallationJournal.h>
 #include <Updater/InstalledPackages.h>
@@ -38,9 +40,13 @@ struct PackageInstaller::Private
 {
     VoUniquePtr<InstalledPackageListing> installed; // null: nothing is installed
     PackageDifferences differences;
-    UpdatePlan plan;
+    FileOwners owners;
+    FileClaims claims;
+    VoDeque<ChunkListing> required; // by the differences alone
+    UpdatePlan plan;                // without the files that are taken over as they are
     ReusedFiles reused;             // files that are copied from installed ones
     VoDeque<PlannedChunk> chunks{}; // what the others need
+    bool isPrepared = false;
 };
 
 namespace {
@@ -56,42 +62,12 @@ bool IsListingOf(const InstalledPackageListing& listing, const VoUUID& packageID
     return listing.packageID().toString() == packageID.toString();
 }
 
-// The listing of the installed release. One that cannot be used must not keep the package from being installed anew.
-VoUniquePtr<InstalledPackageListing> FindInstalled(const VoUUID& packageID)
-{
-    try {
-        RequireSafeIdentifier(packageID);
-    } catch (const VoValidationException&) {
-        return {}; // the run refuses the advert
-    }
-    const VoFilePath path = InstalledPackages::InstalledPackageListingPath(packageID);
-    if (!VoFileSystem::Exists(path))
-        return {};
-    VoString reason = "it is that of another package";
-    try {
-        VoUniquePtr<InstalledPackageListing> listing = InstalledPackageListing::Open(path);
-        if (IsListingOf(*listing, packageID))
-            return listing;
-    } catch (...) {
-        reason = CurrentExceptionText();
-    }
-    vo::logging::Logger::Get("updater").warning("Installed listing " + path.path() +
-                                                " cannot be used, so nothing counts as installed: " + reason);
-    return {};
-}
-
-InstallerSettings SettingsOf(const InstallationOptions& options)
-{
-    InstallerSettings settings;
-    settings.reuseInstalledFiles = options.reuseInstalledFiles;
-    return settings;
-}
-
-PackageDifferences Without(const PackageDifferences& differences, const ReusedFiles& reused)
+template <typename Files>
+PackageDifferences Without(const PackageDifferences& differences, const Files& files)
 {
     PackageDifferences result(differences.packageID(), differences.sourceVersionID(), differences.targetVersionID());
     for (const FileDifference& difference : differences.fileDifferences()) {
-        if (reused.count(difference.fileID()) > 0)
+        if (files.count(difference.fileID()) > 0)
             continue;
         switch (difference.type()) {
         case FileDifference::Added:
@@ -153,6 +129,7 @@ PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package
                                    const VoDirectoryPath& installationDirectory, const InstallerSettings& settings)
     : AbstractPackageInstaller(std::move(package), installationDirectory, settings)
 {
+    AbstractPackageInstaller::m_private->prepare = [this] { prepare(); };
     compare(FindInstalled(packageID()));
 }
 
@@ -161,6 +138,7 @@ PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package
                                    VoUniquePtr<InstalledPackageListing> installed, const InstallerSettings& settings)
     : AbstractPackageInstaller(std::move(package), installationDirectory, settings)
 {
+    AbstractPackageInstaller::m_private->prepare = [this] { prepare(); };
     compare(std::move(installed));
 }
 
@@ -170,6 +148,43 @@ PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package
 {
 }
 
+// The listing of the installed release. One that cannot be used must not keep the package from being installed anew.
+VoUniquePtr<InstalledPackageListing> PackageInstaller::FindInstalled(const VoUUID& packageID)
+{
+    try {
+        RequireSafeIdentifier(packageID);
+    } catch (const VoValidationException&) {
+        return {}; // the run refuses the advert
+    }
+    const VoFilePath path = InstalledPackages::InstalledPackageListingPath(packageID);
+    // Installed, though the record is still that of the release before.
+    if (const auto placed = InstallationJournal::OfListing(path).read(InstallationJournal::Phase::Placed))
+        return VoUniquePtr<InstalledPackageListing>::Make(std::move(placed->result));
+    if (!VoFileSystem::Exists(path))
+        return {};
+    VoString reason = "it is that of another package";
+    try {
+        VoUniquePtr<InstalledPackageListing> listing = InstalledPackageListing::Open(path);
+        if (IsListingOf(*listing, packageID))
+            return listing;
+    } catch (...) {
+        reason = CurrentExceptionText();
+    }
+    vo::logging::Logger::Get("updater").warning("Installed listing " + path.path() +
+                                                " cannot be used, so nothing counts as installed: " + reason);
+    return {};
+}
+
+InstallerSettings PackageInstaller::SettingsOf(const InstallationOptions& options)
+{
+    InstallerSettings settings;
+    settings.reuseInstalledFiles = options.reuseInstalledFiles;
+    settings.refuseForeignFiles = options.refuseForeignFiles;
+    settings.refuseOtherDirectory = options.refuseOtherDirectory;
+    settings.refuseOlder = options.refuseOlder;
+    return settings;
+}
+
 PackageInstaller::~PackageInstaller() = default;
 
 void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
@@ -177,20 +192,48 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
     PackageDifferences differences = Differences(installed.get(), advertisedPackage());
     if (installed)
         addFilesNotInPlace(*installed, differences);
-    UpdatePlan updatePlan = PlanUpdate(differences, installed.get(), advertisedPackage());
+    FileOwners owners;
+    if (!AbstractPackageInstaller::m_private->settings.isTemporary)
+        owners = FileOwners::Others(packageID(), {installationDirectory(),
+                                                  installed ? installed->installationDirectory() : VoDirectoryPath()});
+    FileClaims claims = findClaims(differences, installed.get(), owners);
+    UpdatePlan plan = PlanUpdate(differences, installed.get(), advertisedPackage());
+    VoDeque<ChunkListing> required = Listings(plan.chunks);
+    const bool isAll = claims.adoptedIDs.empty();
+    if (!isAll)
+        plan = PlanUpdate(Without(differences, claims.adoptedIDs), installed.get(), advertisedPackage());
     ReusedFiles reused;
     if (installed && AbstractPackageInstaller::m_private->settings.reuseInstalledFiles)
-        reused = findReusable(differences, *installed);
-    m_private.reset(
-        new Private{std::move(installed), std::move(differences), std::move(updatePlan), std::move(reused)});
-    if (m_private->reused.empty()) {
-        m_private->chunks = m_private->plan.chunks;
+        reused = findReusable(Without(differences, claims.adoptedIDs), *installed);
+    m_private.reset(new Private{std::move(installed), std::move(differences), std::move(owners), std::move(claims),
+                                std::move(required), std::move(plan), std::move(reused)});
+    m_private->chunks = m_private->plan.chunks;
+    if (m_private->reused.empty() && isAll) {
+        AbstractPackageInstaller::m_private->needed.reset();
         return;
     }
-    m_private->chunks =
-        PlanUpdate(Without(m_private->differences, m_private->reused), m_private->installed.get(), advertisedPackage())
-            .chunks;
+    if (!m_private->reused.empty())
+        m_private->chunks =
+            PlanUpdate(Without(Without(m_private->differences, m_private->claims.adoptedIDs), m_private->reused),
+                       m_private->installed.get(), advertisedPackage())
+                .chunks;
     AbstractPackageInstaller::m_private->needed = Listings(m_private->chunks);
+}
+
+// None for an advert that the run will refuse: its paths cannot be told.
+FileClaims PackageInstaller::findClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                                        FileOwners& owners) const
+{
+    if (AbstractPackageInstaller::m_private->settings.isTemporary)
+        return {};
+    try {
+        requireValid();
+    } catch (const VoException&) {
+        return {};
+    }
+    return FindClaims(
+        differences, installed, advertisedPackage(),
+        [this](const AdvertisedFileListing& file) { return resolvedPath(file); }, owners);
 }
 
 // None for an advert that the run will refuse: its paths cannot be told.
@@ -206,8 +249,7 @@ ReusedFiles PackageInstaller::findReusable(const PackageDifferences& differences
                              [this](const AdvertisedFileListing& file) { return resolvedPath(file); });
 }
 
-// The listings know nothing of files that were deleted, cut short or installed into another directory, nor of those
-// that an interrupted update has replaced.
+// The listings know nothing of files that were deleted, cut short or installed into another directory.
 void PackageInstaller::addFilesNotInPlace(const InstalledPackageListing& installed,
                                           PackageDifferences& differences) const
 {
@@ -216,14 +258,11 @@ void PackageInstaller::addFilesNotInPlace(const InstalledPackageListing& install
         known.insert(difference.fileID());
     const VoDeque<VoUUID>& damagedIDs = AbstractPackageInstaller::m_private->settings.damaged;
     const std::unordered_set<VoUUID> damaged(damagedIDs.begin(), damagedIDs.end());
-    const VoUniquePtr<InstalledPackageListing> notes = journal().read();
-    const std::unordered_set<std::string> doubtful = notes ? NotedPlaces(*notes) : std::unordered_set<std::string>();
     for (const AdvertisedFileListing& file : advertisedPackage().files()) {
         if (known.count(file.id()) > 0)
             continue;
         const auto* record = static_cast<const InstalledFileListing*>(installed.file(file.id()));
-        if (damaged.count(file.id()) > 0 || !isInPlace(*record, file) ||
-            (doubtful.count(std::string(Bytes(record->path()))) > 0 && !HasChecksum(record->path(), file.checksum())))
+        if (damaged.count(file.id()) > 0 || !isInPlace(*record, file))
             differences.fileModified(file.id());
     }
 }
@@ -257,7 +296,14 @@ InstallationPlan PackageInstaller::plan() const
         result.isInstalled = true;
         result.installedVersionID = m_private->installed->versionID();
         result.installedVersion = m_private->installed->version();
+        result.installedDirectory = m_private->installed->installationDirectory();
+        result.isMove = isMove();
     }
+    result.isUnfinished = InstalledPackages::IsUnfinished(advert.packageID(), m_private->installed.get());
+    result.foreignFiles = m_private->claims.foreign;
+    result.adoptedFiles = m_private->claims.adopted;
+    result.conflicts = m_private->claims.conflicts;
+    result.keptFiles = m_private->claims.kept;
     for (const PlannedFile& file : update.files) {
         const AdvertisedFileListing* target = advert.file(file.id);
         const bool isRemoved = file.type == FileDifference::Removed;
@@ -288,37 +334,81 @@ InstallationPlan PackageInstaller::plan() const
 
 VoDeque<ChunkListing> PackageInstaller::requiredChunks() const
 {
-    return Listings(m_private->plan.chunks);
+    return m_private->required;
+}
+
+bool PackageInstaller::isMove() const
+{
+    return m_private->installed &&
+           RealDirectory(m_private->installed->installationDirectory()) != RealDirectory(installationDirectory());
+}
+
+// What is installed may have changed since the caller looked, so this is asked again when nobody else can change it.
+void PackageInstaller::requirePermitted() const
+{
+    const InstallerSettings& settings = AbstractPackageInstaller::m_private->settings;
+    const FileClaims& claims = m_private->claims;
+    if (!claims.conflicts.isEmpty()) {
+        const InstallationPlan::OwnedFile& first = claims.conflicts.front();
+        throw VoValidationException("File belongs to another package: " + first.path.path() + " (" + first.name + " " +
+                                    first.packageID.toString() + ")");
+    }
+    if (settings.refuseOtherDirectory && isMove())
+        throw VoValidationException("Package is installed in another directory: " +
+                                    m_private->installed->installationDirectory().path());
+    const bool isOlder = m_private->installed && advertisedPackage().version() < m_private->installed->version();
+    if (isOlder && settings.refuseOlder)
+        throw VoValidationException("Release is older than the installed one: " +
+                                    advertisedPackage().version().toString());
+    if (settings.refuseForeignFiles && !claims.foreign.isEmpty())
+        throw VoValidationException("File belongs to no package: " + claims.foreign.front().path());
+    if (isOlder)
+        warning("Installing an older version " + advertisedPackage().version().toString() + " over " +
+                m_private->installed->version().toString());
+    for (const VoFilePath& path : claims.foreign)
+        warning("File that belongs to no package is replaced: " + path.path());
+}
+
+// The registry's operations have recovered everything before; an installer that is used on its own looks after its
+// package.
+void PackageInstaller::prepare()
+{
+    if (m_private->isPrepared)
+        return;
+    const InstallationJournal journal = this->journal();
+    if (!AbstractPackageInstaller::m_private->settings.record && journal.exists()) {
+        Recover(journal, InstalledPackages::Record);
+        compare(FindInstalled(packageID()));
+    }
+    requirePermitted();
+    m_private->isPrepared = true;
 }
 
 VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
 {
     requireValid();
-    if (m_private->installed && advertisedPackage().version() < m_private->installed->version())
-        warning("Installing an older version " + advertisedPackage().version().toString() + " over " +
-                m_private->installed->version().toString());
+    prepare();
     const InstallationJournal journal = this->journal();
     UpdateTransaction transaction(advertisedPackage(), m_private->installed.get(), installationDirectory(), targets(),
-                                  journal);
+                                  m_private->owners, journal);
     try {
         RequireFreeSpace(installationDirectory(), m_private->plan.bytesToWrite);
         transaction.begin();
         buildFiles(stop);
         stop.throwIfStopped();
-        transaction.commit([this](const TargetFile& target) { logInstalled(*target.file, target.place); });
+        transaction.place([this](const TargetFile& target) { logInstalled(*target.file, target.place); });
+        verify(stop);
+        transaction.commit(AbstractPackageInstaller::m_private->settings.record);
     } catch (...) {
         transaction.rollBack();
         throw;
     }
-    verify(stop);
-    if (AbstractPackageInstaller::m_private->settings.journal == InstallerSettings::Journal::UntilInstalled)
-        journal.remove();
-    return transaction.listing();
+    return VoUniquePtr<InstalledPackageListing>::Make(transaction.listing());
 }
 
 InstallationJournal PackageInstaller::journal() const
 {
-    if (AbstractPackageInstaller::m_private->settings.journal == InstallerSettings::Journal::None)
+    if (AbstractPackageInstaller::m_private->settings.isTemporary)
         return InstallationJournal();
     return InstallationJournal::OfListing(InstalledPackages::InstalledPackageListingPath(packageID()));
 }

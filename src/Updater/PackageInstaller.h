@@ -11,7 +11,9 @@
 namespace vo::updater {
 
 namespace detail {
+class FileOwners;
 class InstallationJournal;
+struct FileClaims;
 struct PlannedFile;
 struct TargetFile;
 using ReusedFiles = std::unordered_map<VoUUID, VoFilePath>;
@@ -22,10 +24,13 @@ using ReusedFiles = std::unordered_map<VoUUID, VoFilePath>;
 /// Files that differ are those that the two listings tell apart, and the unchanged ones that are missing on disk, have
 /// another size, or were installed elsewhere; contents are read only of files that an interrupted run was replacing.
 ///
-/// All new files are first built beside their places (path + ".vonew") and checked, then all are renamed into place,
-/// then files that the release no longer has are deleted, and recorded directories left empty by this with them. What
-/// the run is about to create is noted on disk first, so that a process killed at any moment leaves nothing that the
-/// next installation or uninstallation of the package does not find.
+/// All new files are first built beside their places (path + ".vonew") and checked. Then each old file is renamed (path
+/// + ".voold") and the new one renamed into its place; a failure takes all of that back. When the result is checked and
+/// recorded, the old files are deleted, and with them files that the release no longer has and recorded directories left
+/// empty. What the run does is noted on disk first: after a process was killed at any moment, the next operation on any
+/// package makes of it the old release or the new one.
+///
+/// Files of other packages in the same folders are neither replaced nor removed.
 class VOCORE_EXPORT PackageInstaller : public AbstractPackageInstaller
 {
 public:
@@ -60,10 +65,17 @@ private:
     friend class InstalledPackages;
     friend class PackageVerifier;
 
+    static VoUniquePtr<InstalledPackageListing> FindInstalled(const VoUUID& packageID);
+    static detail::InstallerSettings SettingsOf(const InstallationOptions& options);
     void compare(VoUniquePtr<InstalledPackageListing> installed);
     detail::ReusedFiles findReusable(const PackageDifferences& differences,
                                      const InstalledPackageListing& installed) const;
     void addFilesNotInPlace(const InstalledPackageListing& installed, PackageDifferences& differences) const;
+    detail::FileClaims findClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                                  detail::FileOwners& owners) const;
+    void prepare();
+    void requirePermitted() const;
+    bool isMove() const;
     bool isInPlace(const InstalledFileListing& record, const AdvertisedFileListing& file) const;
     detail::InstallationJournal journal() const;
     VoDeque<detail::TargetFile> targets() const;

@@ -77,12 +77,11 @@ void RequireSafePath(const VoFilePath& path, const char* message)
         throw VoValidationException(message + path.path());
 }
 
-// The installer builds each file beside its place under such a name.
+// The installer builds each file beside its place under such a name, and keeps the old one there.
 bool IsBuiltName(const VoFilePath& target)
 {
-    const std::string_view suffix = BuiltSuffix;
-    const std::string folded = FoldedName(target.path()).toStdString();
-    return folded.size() >= suffix.size() && std::string_view(folded).substr(folded.size() - suffix.size()) == suffix;
+    const VoString folded = FoldedName(target.path());
+    return folded.endsWith(BuiltSuffix) || folded.endsWith(AsideSuffix);
 }
 
 void RequireShowableIdentifier(const VoUUID& id)

@@ -103,7 +103,7 @@ bool PackageVerifier::Verify(VoUniquePtr<AdvertisedPackageListing> package, cons
     const VoDirectoryPath installed = temporary.path().directory("installed");
     InstallerSettings settings;
     settings.staging = temporary.path().directory("staging");
-    settings.journal = InstallerSettings::Journal::None;
+    settings.isTemporary = true;
     PackageInstaller installer(std::move(package), installed, {}, settings);
     const VoReceiver receiver = callback ? installer.connect(callback) : VoReceiver();
     installer.run(definitionFile, stop);

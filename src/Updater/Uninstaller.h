@@ -5,6 +5,7 @@
 #include <Core/VoUUID.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
+#include <Updater/InstallationJournal.h>
 #include <Updater/InstalledPackageListing.h>
 
 #include <exception>
@@ -16,31 +17,34 @@ class AbstractMessage;
 
 namespace vo::updater::detail {
 
-/// Removes the files and directories of one installed package, and at last its listing. May be repeated after it was
-/// interrupted at any point.
+/// Removes the files and directories of one installed package, and what interrupted installations of it left. May be
+/// repeated after it was interrupted at any point.
 class Uninstaller
 {
 public:
     using Broadcast = std::function<void(const VoSharedPtr<AbstractMessage>&)>;
 
-    /// `notes` is what an interrupted installation of the package noted, or null. The arguments must outlive the
-    /// uninstaller.
-    Uninstaller(const VoUUID& packageID, const VoFilePath& listingPath, const InstalledPackageListing& listing,
-                const InstalledPackageListing* notes, const Broadcast& broadcast);
+    /// `listing` is null for a package that is not installed. What was interrupted has been recovered before, so that
+    /// the journal holds no more than recovering could not end. The arguments must outlive the uninstaller.
+    Uninstaller(const VoUUID& packageID, const VoFilePath& listingPath, const InstalledPackageListing* listing,
+                const InstallationJournal& journal, const Broadcast& broadcast);
 
-    /// Files that cannot be removed stay in the listing, which then is kept; the first such failure is thrown when the
+    /// Goes on after a failure. What cannot be removed stays in the listing, and the first failure is thrown when the
     /// rest is done.
     void run(const VoStopFlag& stop);
 
 private:
     void removeFiles(const VoStopFlag& stop);
+    void removeLeft();
     void removeDirectories();
+    template <typename Work>
+    bool attempt(const char* failure, const VoString& path, Work work);
     void keepRemaining() const;
 
     const VoUUID& m_packageID;
     const VoFilePath& m_path;
-    const InstalledPackageListing& m_listing;
-    const InstalledPackageListing* const m_notes;
+    const InstalledPackageListing* const m_listing;
+    const InstallationJournal& m_journal;
     const Broadcast& m_broadcast;
     VoDeque<InstalledFileListing> m_remaining;
     std::exception_ptr m_failure;

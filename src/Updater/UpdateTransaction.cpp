@@ -12,16 +12,19 @@
 #include <Updater/Containment.h>
 #include <Updater/FileActions.h>
 #include <Updater/FileInstaller.h>
+#include <Updater/FileOwners.h>
+#include <Updater/PathIndex.h>
 
 #include <algorithm>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace vo::updater::detail {
 
 namespace {
+
+using Kind = PlaceChange::Kind;
+using Phase = InstallationJournal::Phase;
 
 vo::logging::Logger& Log()
 {
@@ -38,64 +41,23 @@ std::string Key(const VoAbstractPath& path)
     return std::string(Bytes(path));
 }
 
-// The name of a directory as that of a file that stands in its place.
-VoFilePath AsFile(const VoDirectoryPath& directory)
+bool IsBelow(const VoFilePath& path, const VoDirectoryPath& directory)
 {
-    const std::string text(Bytes(directory).substr(0, Bytes(directory).size() - 1));
-    return VoFilePath::CreateUnchecked(VoString(text.c_str()));
+    const std::string_view text = Bytes(path);
+    const std::string_view root = Bytes(directory);
+    return text.size() > root.size() && text.compare(0, root.size(), root) == 0;
 }
-
-VoDirectoryPath AsDirectory(const VoFilePath& file)
-{
-    return VoDirectoryPath(file.path() + "\\");
-}
-
-/// The places of all files of a release, found under each of their names.
-class Places
-{
-public:
-    explicit Places(const VoDeque<TargetFile>& targets)
-    {
-        for (const TargetFile& target : targets) {
-            m_paths.insert(Key(target.place));
-            m_byName.emplace(target.place, target.place);
-            m_real.insert(realPath(target.place));
-        }
-    }
-
-    bool hold(const VoFilePath& path)
-    {
-        if (m_paths.count(Key(path)) > 0 || m_real.count(realPath(path)) > 0)
-            return true;
-        const auto sameName = m_byName.find(path);
-        return sameName != m_byName.end() && VoFileSystem::Same(path, sameName->second);
-    }
-
-private:
-    std::string realPath(const VoFilePath& path)
-    {
-        const VoDirectoryPath directory = path.parent();
-        const auto [real, isNew] = m_realDirectories.try_emplace(Key(directory));
-        if (isNew)
-            real->second = RealDirectory(directory);
-        return real->second + '\\' + std::string(Bytes(path).substr(Bytes(directory).size()));
-    }
-
-    std::unordered_set<std::string> m_paths;
-    std::unordered_map<VoFilePath, VoFilePath> m_byName; // in any letter case
-    std::unordered_set<std::string> m_real;              // with links followed
-    std::unordered_map<std::string, std::string> m_realDirectories;
-};
 
 } // namespace
 
 UpdateTransaction::UpdateTransaction(const AdvertisedPackageListing& advert, const InstalledPackageListing* installed,
-                                     const VoDirectoryPath& directory, VoDeque<TargetFile> targets,
+                                     const VoDirectoryPath& directory, VoDeque<TargetFile> targets, FileOwners& owners,
                                      const InstallationJournal& journal)
     : m_advert(advert)
     , m_installed(installed)
     , m_directory(directory)
     , m_targets(std::move(targets))
+    , m_owners(owners)
     , m_journal(journal)
 {
 }
@@ -104,73 +66,114 @@ UpdateTransaction::~UpdateTransaction() = default;
 
 void UpdateTransaction::begin()
 {
-    m_interrupted = m_journal.read();
+    readLeft();
     indexDirectories();
     findRemovals();
-    if (m_interrupted)
-        eraseOrphans();
-    requireUsable();
+    findReplacements();
     findDirectories();
-    const bool isWriting =
-        std::any_of(m_targets.begin(), m_targets.end(), [](const TargetFile& target) { return target.isWritten; });
-    if (!isWriting && m_removals.isEmpty() && m_missing.isEmpty() && !m_interrupted)
+    findEmptied();
+    completeNotes();
+    if (m_notes.changes.isEmpty() && m_notes.made.isEmpty() && m_notes.emptied.isEmpty() &&
+        m_notes.leftovers.isEmpty())
         return;
     m_hasNoted = true;
-    writeJournal();
-    clearTheWay();
-    for (const VoDirectoryPath& directory : m_missing)
+    m_journal.begin(m_notes);
+    for (const VoDirectoryPath& directory : m_missing) {
+        const auto obstacle = m_changeOf.find(Key(AsFile(directory)));
+        if (obstacle != m_changeOf.end())
+            MoveAside(m_notes.changes[obstacle->second].place, m_notes.changes[obstacle->second].aside);
         MakeDirectory(directory);
+    }
 }
 
-void UpdateTransaction::commit(const std::function<void(const TargetFile&)>& onPlaced)
+void UpdateTransaction::place(const std::function<void(const TargetFile&)>& onPlaced)
 {
     for (const TargetFile& target : m_targets) {
         if (!target.isWritten)
             continue;
+        const PlaceChange& change = m_notes.changes[m_changeOf.at(Key(target.place))];
+        if (change.kind == Kind::Replaced)
+            MoveAside(change.place, change.aside);
+        else if (KindOf(change.place) != FileKind::None) // since the run began
+            throw VoFileException("File in the way: " + change.place.path(), change.place.path());
         PutInPlace(BuiltPath(target.place), target.place);
-        m_hasPlaced = true;
         onPlaced(target);
     }
-    for (const VoFilePath& path : m_removals) {
-        if (!EraseFile(path))
-            Log().warning("Directory kept in place of removed file: " + path.path());
+    for (const PlaceChange& change : m_notes.changes) {
+        // Where a directory had to be made, the file has gone already.
+        if (change.kind == Kind::Removed && m_neededKeys.count(Key(AsDirectory(change.place))) == 0)
+            MoveAside(change.place, change.aside);
     }
-    pruneDirectories();
     syncDirectories();
 }
 
-// The notes are kept when an old file may have a new content, by this run or by an interrupted one before it: they tell
-// which ones must not be trusted.
+void UpdateTransaction::commit(const Recorder& record)
+{
+    if (!m_hasNoted) {
+        if (record)
+            record(m_notes.result);
+        return;
+    }
+    m_journal.change(Phase::Pending, record ? Phase::Placed : Phase::Replaced);
+    m_isDecided = true;
+    bool isRecorded = true;
+    if (record) {
+        try {
+            isRecorded = record(m_notes.result);
+        } catch (...) {
+            m_journal.change(Phase::Placed, Phase::Pending);
+            m_isDecided = false;
+            throw;
+        }
+    }
+    try {
+        if (record && isRecorded)
+            m_journal.change(Phase::Placed, Phase::Replaced);
+        if (EraseOld(m_notes) && isRecorded)
+            m_journal.remove(Phase::Replaced);
+    } catch (...) {
+        Log().warning("Old files are left to the next operation: " + CurrentExceptionText());
+    }
+}
+
 void UpdateTransaction::rollBack() noexcept
 {
-    if (!m_hasNoted)
+    if (!m_hasNoted || m_isDecided)
         return;
     try {
-        const VoUniquePtr<InstalledPackageListing> notes = m_journal.read();
-        const bool isUndone = !notes || RollBack(*notes, m_installed);
-        if (isUndone && !m_hasPlaced && !m_interrupted)
-            m_journal.remove();
+        if (Undo(m_notes))
+            m_journal.remove(Phase::Pending);
     } catch (...) {
         Log().error("Cannot undo the installation: " + CurrentExceptionText());
     }
 }
 
-VoUniquePtr<InstalledPackageListing> UpdateTransaction::listing() const
+const InstalledPackageListing& UpdateTransaction::listing() const
 {
-    auto result = VoUniquePtr<InstalledPackageListing>::Make(m_advert, m_directory);
-    for (const TargetFile& target : m_targets)
-        result->add(target.place, target.file->id(), target.file->checksum(), target.file->size());
-    if (m_installed) {
-        for (const VoDirectoryPath& directory : m_installed->directories()) {
-            if (m_pruned.count(Key(directory)) == 0)
-                result->add(directory);
+    return m_notes.result;
+}
+
+// Notes that recovering could not end: of a run that was undone, directories in which somebody else has put something;
+// of a run that is recorded, old files that could not be erased.
+void UpdateTransaction::readLeft()
+{
+    if (const auto undone = m_journal.read(Phase::Pending)) {
+        for (const VoDirectoryPath& directory : undone->made) {
+            if (VoFileSystem::IsDirectory(directory) && m_madeBefore.insert(Key(directory)).second)
+                m_notes.made.pushBack(directory);
         }
     }
-    for (const VoDirectoryPath& directory : m_created) {
-        if (m_pruned.count(Key(directory)) == 0)
-            result->add(directory);
-    }
-    return result;
+    const auto recorded = m_journal.read(Phase::Replaced);
+    if (!recorded)
+        return;
+    const auto keep = [this](const VoFilePath& path) {
+        if (!path.isNull() && KindOf(path) != FileKind::None)
+            m_notes.leftovers.pushBack(path);
+    };
+    for (const PlaceChange& change : recorded->changes)
+        keep(change.aside);
+    for (const VoFilePath& path : recorded->leftovers)
+        keep(path);
 }
 
 void UpdateTransaction::indexDirectories()
@@ -183,12 +186,12 @@ void UpdateTransaction::indexDirectoriesOf(const VoFilePath& place)
 {
     std::vector<VoDirectoryPath> unknown;
     for (VoDirectoryPath directory = place.parent(); !directory.isNull(); directory = directory.parent()) {
-        if (!m_needed.insert(Key(directory)).second)
+        if (!m_neededKeys.insert(Key(directory)).second)
             break;
         unknown.push_back(directory);
     }
     for (auto directory = unknown.rbegin(); directory != unknown.rend(); ++directory)
-        m_neededDirectories.pushBack(std::move(*directory));
+        m_needed.pushBack(std::move(*directory));
 }
 
 // What the old listing has and the new release has not, by path: a file whose ID went may still be at the place of one
@@ -197,36 +200,31 @@ void UpdateTransaction::findRemovals()
 {
     if (!m_installed)
         return;
-    Places places(m_targets);
+    PathIndex places;
+    for (const TargetFile& target : m_targets)
+        places.add(target.place, 0);
     Containment inside(m_installed->installationDirectory());
     for (const InstalledFileListing& file : m_installed->files()) {
         const VoFilePath& path = file.path();
-        if (places.hold(path))
+        if (places.find(path))
             continue;
-        if (!inside.holds(path))
+        if (!inside.holds(path)) {
             Log().warning("File outside the installation directory kept: " + path.path());
+            continue;
+        }
+        const FileKind kind = KindOf(path);
+        if (kind == FileKind::None)
+            continue;
+        if (kind == FileKind::Directory)
+            Log().warning("Directory kept in place of removed file: " + path.path());
+        else if (const FileOwners::Owned* owned = m_owners.find(path))
+            Log().diagnostic("File kept, it belongs to package " + owned->packageID.toString() + ": " + path.path());
         else if (m_removed.insert(Key(path)).second)
             m_removals.pushBack(path);
     }
 }
 
-void UpdateTransaction::eraseOrphans() const
-{
-    std::unordered_map<std::string, const VoChecksum*> kept;
-    for (const TargetFile& target : m_targets)
-        kept[Key(target.place)] = &target.file->checksum();
-    PathSet recorded;
-    if (m_installed) {
-        for (const InstalledFileListing& file : m_installed->files())
-            recorded.insert(Key(file.path()));
-    }
-    EraseLeftFiles(*m_interrupted, [&](const InstalledFileListing& left) {
-        const auto target = kept.find(Key(left.path()));
-        return recorded.count(Key(left.path())) > 0 || (target != kept.end() && *target->second == left.checksum());
-    });
-}
-
-void UpdateTransaction::requireUsable()
+void UpdateTransaction::findReplacements()
 {
     Containment inside(m_directory);
     for (const TargetFile& target : m_targets) {
@@ -235,148 +233,138 @@ void UpdateTransaction::requireUsable()
         vo::detail::RequireValidLength(BuiltPath(target.place));
         if (!inside.holds(target.place))
             throw VoValidationException("Invalid target path: " + target.file->target().path());
-        switch (KindOf(target.place)) {
-        case FileKind::None:
-            m_absent.insert(Key(target.place));
-            break;
-        case FileKind::Directory:
-            requireClearable(target.place);
-            m_directoryPlaces.pushBack(target.place);
-            break;
-        default:
-            break;
-        }
+        replace(target.place);
+    }
+    for (const VoFilePath& path : m_removals) {
+        if (m_moved.count(Key(path)) > 0)
+            continue;
+        m_changeOf.emplace(Key(path), m_notes.changes.size());
+        m_notes.changes.pushBack({Kind::Removed, path, asidePath(path)});
     }
 }
 
-void UpdateTransaction::requireClearable(const VoFilePath& place) const
+void UpdateTransaction::replace(const VoFilePath& place)
 {
-    VoFileSystem::ForEachFile(AsDirectory(place), true, false, [&](const VoFilePath& path) {
+    const FileKind kind = KindOf(place);
+    if (kind == FileKind::Directory) {
+        moveDirectoryAside(place);
+        return;
+    }
+    m_changeOf.emplace(Key(place), m_notes.changes.size());
+    if (kind == FileKind::None)
+        m_notes.changes.pushBack({Kind::Added, place, VoFilePath()});
+    else
+        m_notes.changes.pushBack({Kind::Replaced, place, asidePath(place)});
+}
+
+// A directory makes room for a file when all that it holds goes as well.
+void UpdateTransaction::moveDirectoryAside(const VoFilePath& place)
+{
+    const VoDirectoryPath directory = AsDirectory(place);
+    VoFileSystem::ForEachFile(directory, true, false, [&](const VoFilePath& path) {
         if (m_removed.count(Key(path)) == 0)
             throw VoFileException("Directory in the way: " + place.path(), place.path());
     });
+    const VoFilePath aside = asidePath(place);
+    for (const VoFilePath& path : m_removals) {
+        if (!IsBelow(path, directory) || !m_moved.insert(Key(path)).second)
+            continue;
+        const std::string inner(Bytes(path).substr(Bytes(place).size()));
+        m_notes.changes.pushBack({Kind::Inside, path, VoFilePath::CreateUnchecked(aside.path() + VoString(inner))});
+    }
+    m_changeOf.emplace(Key(place), m_notes.changes.size());
+    m_notes.changes.pushBack({Kind::Replaced, place, aside});
+}
+
+VoFilePath UpdateTransaction::asidePath(const VoFilePath& place)
+{
+    VoFilePath path = VoFilePath::CreateUnchecked(place.path() + AsideSuffix);
+    for (unsigned n = 1; m_asides.count(Key(path)) > 0 || KindOf(path) != FileKind::None; ++n)
+        path = VoFilePath::CreateUnchecked(place.path() + "." + VoString(n) + AsideSuffix);
+    m_asides.insert(Key(path));
+    return path;
 }
 
 void UpdateTransaction::findDirectories()
 {
-    PathSet recorded;
-    PathSet noted;
-    if (m_installed) {
-        for (const VoDirectoryPath& directory : m_installed->directories())
-            recorded.insert(Key(directory));
-    }
-    if (m_interrupted) {
-        for (const VoDirectoryPath& directory : m_interrupted->directories())
-            noted.insert(Key(directory));
-    }
-    for (const VoDirectoryPath& directory : m_neededDirectories) {
-        const bool isMissing = !VoFileSystem::IsDirectory(directory);
-        if (isMissing) {
-            const VoFilePath obstacle = AsFile(directory);
-            if (KindOf(obstacle) != FileKind::None && m_removed.count(Key(obstacle)) == 0)
-                throw VoFileException("File in the way: " + obstacle.path(), obstacle.path());
-            m_missing.pushBack(directory);
-        }
-        if ((isMissing || noted.count(Key(directory)) > 0) && recorded.count(Key(directory)) == 0)
-            m_created.pushBack(directory);
-    }
-    if (!m_interrupted)
-        return;
-    for (const VoDirectoryPath& directory : m_interrupted->directories()) {
-        if (m_needed.count(Key(directory)) == 0 && recorded.count(Key(directory)) == 0 &&
-            VoFileSystem::IsDirectory(directory))
-            m_created.pushBack(directory);
-    }
-}
-
-void UpdateTransaction::writeJournal() const
-{
-    PathSet ownBefore;
-    if (m_interrupted) {
-        for (const InstalledFileListing& file : m_interrupted->files())
-            ownBefore.insert(Key(file.path()));
-    }
-    InstalledPackageListing notes(m_advert, m_directory);
-    PathSet written;
-    for (const TargetFile& target : m_targets) {
-        if (!target.isWritten)
+    for (const VoDirectoryPath& directory : m_needed) {
+        if (VoFileSystem::IsDirectory(directory))
             continue;
-        const std::string key = Key(target.place);
-        written.insert(key);
-        const bool isOwn = m_absent.count(key) > 0 || ownBefore.count(key) > 0;
-        notes.add(isOwn ? target.place : BuiltPath(target.place), target.file->id(), target.file->checksum(),
-                  target.file->size());
-    }
-    if (m_interrupted) {
-        for (const std::string& place : NotedPlaces(*m_interrupted)) {
-            if (written.count(place) == 0)
-                notes.add(BuiltPath(VoFilePath::CreateUnchecked(VoString(place.c_str()))), VoUUID(""), VoChecksum(), 0);
-        }
-    }
-    for (const VoDirectoryPath& directory : m_created)
-        notes.add(directory);
-    m_journal.write(notes);
-}
-
-// An old file where a directory is needed, or below a directory where a file is needed, goes before the new files are
-// built; these cannot be built otherwise.
-void UpdateTransaction::clearTheWay() const
-{
-    for (const VoDirectoryPath& directory : m_missing) {
-        if (m_removed.count(Key(AsFile(directory))) > 0)
-            EraseFile(AsFile(directory));
-    }
-    for (const VoFilePath& place : m_directoryPlaces) {
-        VoDeque<VoDirectoryPath> directories{AsDirectory(place)};
-        VoFileSystem::ForEachFile(directories.front(), true, false, [](const VoFilePath& path) { EraseFile(path); });
-        VoFileSystem::ForEachDirectory(directories.front(), true,
-                                       [&](const VoDirectoryPath& directory) { directories.pushBack(directory); });
-        for (; !directories.isEmpty(); directories.popBack())
-            EraseDirectoryIfEmpty(directories.back());
+        const VoFilePath obstacle = AsFile(directory);
+        if (KindOf(obstacle) != FileKind::None && m_removed.count(Key(obstacle)) == 0)
+            throw VoFileException("File in the way: " + obstacle.path(), obstacle.path());
+        m_missing.pushBack(directory);
+        m_notes.made.pushBack(directory);
     }
 }
 
-void UpdateTransaction::pruneDirectories()
+// Found before anything changes, because the listing, which does not have them, is noted before.
+void UpdateTransaction::findEmptied()
 {
-    struct Candidate
-    {
-        VoDirectoryPath directory;
-        Containment* inside;
+    Containment before(m_installed ? m_installed->installationDirectory() : VoDirectoryPath());
+    Containment after(m_directory);
+    std::vector<VoDirectoryPath> candidates;
+    const auto consider = [&](const VoDirectoryPath& directory, Containment& inside) {
+        if (m_neededKeys.count(Key(directory)) == 0 && inside.mayRemove(directory))
+            candidates.push_back(directory);
     };
-    Containment old(m_installed ? m_installed->installationDirectory() : VoDirectoryPath());
-    Containment interrupted(m_interrupted ? m_interrupted->installationDirectory() : VoDirectoryPath());
-    std::vector<Candidate> candidates;
     if (m_installed) {
         for (const VoDirectoryPath& directory : m_installed->directories())
-            candidates.push_back({directory, &old});
+            consider(directory, before);
     }
-    for (const VoDirectoryPath& directory : m_created)
-        candidates.push_back({directory, &interrupted});
+    for (const VoDirectoryPath& directory : m_notes.made)
+        consider(directory, after);
     // Longer paths first: a directory comes before the one that holds it.
-    std::stable_sort(candidates.begin(), candidates.end(), [](const Candidate& a, const Candidate& b) {
-        return Bytes(a.directory).size() > Bytes(b.directory).size();
-    });
-    for (const Candidate& candidate : candidates) {
-        if (m_needed.count(Key(candidate.directory)) == 0 && candidate.inside->mayRemove(candidate.directory) &&
-            EraseDirectoryIfEmpty(candidate.directory))
-            m_pruned.insert(Key(candidate.directory));
+    std::stable_sort(
+        candidates.begin(), candidates.end(),
+        [](const VoDirectoryPath& a, const VoDirectoryPath& b) { return Bytes(a).size() > Bytes(b).size(); });
+    PathSet emptied;
+    for (const VoDirectoryPath& directory : candidates) {
+        if (willBeEmpty(directory, emptied) && emptied.insert(Key(directory)).second)
+            m_notes.emptied.pushBack(directory);
     }
+}
+
+bool UpdateTransaction::willBeEmpty(const VoDirectoryPath& directory, const PathSet& emptied) const
+{
+    if (!VoFileSystem::IsDirectory(directory))
+        return true;
+    bool isEmpty = true;
+    VoFileSystem::ForEachFile(directory, false, true, [&](const VoFilePath& path) {
+        isEmpty = isEmpty && (m_removed.count(Key(path)) > 0 || emptied.count(Key(path)) > 0);
+    });
+    return isEmpty;
+}
+
+void UpdateTransaction::completeNotes()
+{
+    m_notes.before = m_installed ? m_installed->installationDirectory() : VoDirectoryPath();
+    m_notes.result = InstalledPackageListing(m_advert, m_directory);
+    for (const TargetFile& target : m_targets)
+        m_notes.result.add(target.place, target.file->id(), target.file->checksum(), target.file->size());
+    PathSet known;
+    for (const VoDirectoryPath& directory : m_notes.emptied)
+        known.insert(Key(directory));
+    const auto add = [&](const VoDirectoryPath& directory) {
+        if (known.insert(Key(directory)).second)
+            m_notes.result.add(directory);
+    };
+    if (m_installed) {
+        for (const VoDirectoryPath& directory : m_installed->directories())
+            add(directory);
+    }
+    for (const VoDirectoryPath& directory : m_notes.made)
+        add(directory);
 }
 
 void UpdateTransaction::syncDirectories() const
 {
     PathSet done;
-    const auto sync = [&done](const VoFilePath& path) {
-        const VoDirectoryPath directory = path.parent();
+    for (const PlaceChange& change : m_notes.changes) {
+        const VoDirectoryPath directory = change.place.parent();
         if (done.insert(Key(directory)).second && VoFileSystem::IsDirectory(directory))
             VoFileSystem::SyncDirectory(directory);
-    };
-    for (const TargetFile& target : m_targets) {
-        if (target.isWritten)
-            sync(target.place);
     }
-    for (const VoFilePath& path : m_removals)
-        sync(path);
 }
 
 } // namespace vo::updater::detail

@@ -3,7 +3,6 @@
 #include <Core/VoDeque.h>
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
-#include <Core/VoUniquePtr.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <Updater/InstallationJournal.h>
@@ -11,6 +10,7 @@
 
 #include <functional>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace vo::updater {
@@ -20,6 +20,8 @@ class AdvertisedPackageListing;
 
 namespace vo::updater::detail {
 
+class FileOwners;
+
 /// A file of the release and its place on disk.
 struct TargetFile
 {
@@ -28,74 +30,89 @@ struct TargetFile
     bool isWritten; ///< Whether this run builds it; else it is in place already.
 };
 
-/// Changes a tree of installed files from one release to the next, as one step as far as a file system allows:
+/// Changes a tree of installed files from one release to the next, as one step:
 ///
-///     begin()     refuses what cannot be done, notes what will be created, makes the directories
+///     begin()     refuses what cannot be done, notes what will be done, moves aside the files that stand where
+///                 directories must be, makes the directories
 ///                 (then the caller builds every written file beside its place)
-///     commit()    renames the built files into place, removes the old ones and the directories left empty
-///     listing()   the record of the result
+///     place()     moves the old files aside and the built ones into place
+///                 (then the caller looks at the result)
+///     commit()    records the result, then erases the old files and the directories left empty
 ///
-/// After a failure up to commit(), rollBack() leaves the tree as it was, but for old files that stood in the way of a
-/// new directory. A failure inside commit() can leave some files new and some old; rollBack() then takes away those
-/// that the old release does not have, and running again completes the change. What a killed process left is found by
-/// the next run through the journal.
+/// After a failure of any of them, or between them, rollBack() leaves the tree and the records as they were. What a
+/// killed process left, the next operation ends by the journal (Recover): it is all old or all new.
+///
+/// At every moment each old file is at its place or aside, until the journal says that the new ones are in place; from
+/// then on each new file is at its place. No name is ever overwritten by another content than the one it had before.
 class VOCORE_PRIVATE_EXPORT UpdateTransaction
 {
 public:
+    /// Keeps a listing, and tells whether all of the keeping succeeded.
+    using Recorder = std::function<bool(const InstalledPackageListing&)>;
+
     /// `targets` are all files of the release, in the advert's order. `installed` is null when nothing is installed.
-    /// The arguments that are taken by reference must outlive the transaction.
+    /// What other packages own is neither moved nor erased. What was interrupted has been recovered before. The
+    /// arguments that are taken by reference must outlive the transaction.
     UpdateTransaction(const AdvertisedPackageListing& advert, const InstalledPackageListing* installed,
-                      const VoDirectoryPath& directory, VoDeque<TargetFile> targets,
+                      const VoDirectoryPath& directory, VoDeque<TargetFile> targets, FileOwners& owners,
                       const InstallationJournal& journal);
     ~UpdateTransaction();
 
     /// Throws VoValidationException ("Invalid target path: " + target) for a place that a link leads out of the
     /// installation directory, VoPathSizeFileException, and VoFileException for something else in the way.
     void begin();
-    /// Calls `onPlaced` for each file that was put in place.
-    void commit(const std::function<void(const TargetFile&)>& onPlaced);
-    /// Undoes what can be undone; its own failures are logged.
+    /// Calls `onPlaced` for each file that was put in place. Throws VoFileException naming the file that cannot be
+    /// replaced.
+    void place(const std::function<void(const TargetFile&)>& onPlaced);
+    /// An empty recorder keeps nothing. Throws what the recorder throws. Trouble with old files is logged: a later
+    /// operation erases them.
+    void commit(const Recorder& record);
+    /// Undoes everything; its own failures are logged, and the next operation goes on with it.
     void rollBack() noexcept;
 
-    /// The files in the advert's order; the directories of the old release first, then those created now.
-    VoUniquePtr<InstalledPackageListing> listing() const;
+    /// The files in the advert's order; the directories of the old release first, then those created now. After
+    /// begin().
+    const InstalledPackageListing& listing() const;
 
 private:
     using PathSet = std::unordered_set<std::string>;
 
+    void readLeft();
     void indexDirectories();
     void indexDirectoriesOf(const VoFilePath& place);
     void findRemovals();
-    void eraseOrphans() const;
-    void requireUsable();
-    void requireClearable(const VoFilePath& place) const;
+    void findReplacements();
+    void replace(const VoFilePath& place);
+    void moveDirectoryAside(const VoFilePath& place);
     void findDirectories();
-    void writeJournal() const;
-    void clearTheWay() const;
-    void pruneDirectories();
+    void findEmptied();
+    bool willBeEmpty(const VoDirectoryPath& directory, const PathSet& emptied) const;
+    void completeNotes();
+    VoFilePath asidePath(const VoFilePath& place);
     void syncDirectories() const;
 
     const AdvertisedPackageListing& m_advert;
     const InstalledPackageListing* const m_installed;
     const VoDirectoryPath m_directory;
     const VoDeque<TargetFile> m_targets;
+    FileOwners& m_owners;
     const InstallationJournal& m_journal;
 
-    VoUniquePtr<InstalledPackageListing> m_interrupted; // what an earlier run noted, or null
+    VoDeque<VoDirectoryPath> m_needed; // of all targets, outermost first
+    PathSet m_neededKeys;
 
-    VoDeque<VoDirectoryPath> m_neededDirectories; // of all targets, outermost first
-    PathSet m_needed;
+    VoDeque<VoFilePath> m_removals; // old files on disk that the release does not have
+    PathSet m_removed;              // those, by their bytes
+    PathSet m_moved;                // those of them that go with a directory
 
-    VoDeque<VoFilePath> m_removals; // old files that the release does not have
-    PathSet m_removed;
+    PathSet m_asides;                                         // names that are given to old files
+    std::unordered_map<std::string, std::size_t> m_changeOf;  // by place: its index in the notes
+    VoDeque<VoDirectoryPath> m_missing;                       // directories to make, outermost first
+    PathSet m_madeBefore;                                     // by an interrupted run, and not empty
 
-    PathSet m_absent;                      // places of written files that nothing bears
-    VoDeque<VoFilePath> m_directoryPlaces; // places of written files where a directory stands
-    VoDeque<VoDirectoryPath> m_missing;    // directories to make, outermost first
-    VoDeque<VoDirectoryPath> m_created;    // directories to record as made by this run or an interrupted one
-    PathSet m_pruned;                      // recorded directories that are gone
-    bool m_hasNoted = false;               // the journal has what this run creates
-    bool m_hasPlaced = false;              // old files have new contents; the notes tell which may
+    RunNotes m_notes;
+    bool m_hasNoted = false;  // the journal may have the notes
+    bool m_isDecided = false; // the journal says that the new files stay
 };
 
 } // namespace vo::updater::detail

@@ -25,6 +25,7 @@ public:
         InstalledFile = 6,      ///< InstalledFileListing
         InstalledPackage = 7,   ///< InstalledPackageListing
         InstalledPackages = 8,  ///< InstalledPackages
+        RunNotes = 9,           ///< What an installation notes about itself; of no use to others.
     };
 
     ~XMLObject() override;

@@ -159,7 +159,7 @@ TEST_F(InstalledPackagesTest, ADamagedListingCountsAsNoneWhenInstallingAndStopsU
     EXPECT_THROW(InstalledPackages::Uninstall(packageID), VoException);
     EXPECT_EQ(Tree(place()), Content);
     EXPECT_EQ(InstalledPackages::Packages().size(), 1u);
-    EXPECT_EQ(InstalledPackages::Plan(definition, place()).addedFiles, Content.size());
+    EXPECT_EQ(InstalledPackages::Plan(definition, place()).adoptedFiles.size(), Content.size());
     install(definition);
     EXPECT_TRUE(isIntact());
 }

@@ -1,0 +1,254 @@
+// Installing, updating, repairing, uninstalling and publishing in processes that die at a call of the system, or in
+// which one call or all from one on fail. Some of the calls are tried; with VOCORE_FULL_MATRIX set, all of them.
+
+#include "InstallFixture.h"
+#include "SystemCalls_linux.h"
+
+#include <Updater/AdvertisedPackages.h>
+#include <Updater/RegistryFile.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <iostream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vo::test {
+
+namespace {
+
+using Kind = CallFault::Kind;
+
+// Files and directories change places, and files change, move, come and go.
+const Files First = {{"readme.txt", "first"},           {"lib/a.dat", Noise(60, 1)},    {"lib/deep/b.dat", Noise(50, 2)},
+                     {"old/gone.txt", "to be removed"}, {"turns", "into a directory"},  {"back/to/file", "one"},
+                     {"back/file", "two"},              {"moved.dat", Noise(55, 5)}};
+const Files Second = {{"readme.txt", "second, longer than before"},
+                      {"lib/a.dat", Noise(60, 1)},
+                      {"lib/deep/b.dat", Noise(50, 3)},
+                      {"new/place/c.dat", Noise(45, 4)},
+                      {"moved/to/d.dat", Noise(55, 5)},
+                      {"turns/into/this", "indeed"},
+                      {"back", "a file now"}};
+
+struct Scenario
+{
+    const char* name;
+    bool copies;    // moved files
+    bool isSecond;  // what the work installs
+    bool hasSecond; // what is there before, else the first release
+    enum class Work
+    {
+        Install,
+        Replace,
+        Repair,
+        Uninstall,
+    } work;
+};
+
+class FaultMatrixTest : public InstallTest
+{
+protected:
+    enum class End
+    {
+        Killed,
+        Succeeded,
+        Failed,
+    };
+
+    // What becomes of the work in a process of its own.
+    static End RunFaulty(const CallFault& fault, const std::function<void()>& work)
+    {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            Arm(fault);
+            int code = 0;
+            try {
+                work();
+            } catch (const VoException&) {
+                code = 1;
+            } catch (...) {
+                code = 2;
+            }
+            ::_exit(code);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL)
+            return End::Killed;
+        EXPECT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
+        EXPECT_LE(WEXITSTATUS(status), 1) << "an exception that is not the library's";
+        return WEXITSTATUS(status) == 0 ? End::Succeeded : End::Failed;
+    }
+
+    // The calls that a fault of that kind may strike.
+    static std::size_t CallsOf(CallFault fault, const std::function<void()>& work)
+    {
+        fault.number = static_cast<std::size_t>(-1);
+        Arm(fault);
+        work();
+        return Disarm();
+    }
+
+    static std::vector<std::size_t> Points(std::size_t calls, std::size_t few)
+    {
+        std::vector<std::size_t> points;
+        const bool isFull = std::getenv("VOCORE_FULL_MATRIX") != nullptr;
+        const std::size_t number = isFull ? calls : std::min(calls, few);
+        for (std::size_t i = 0; i < number; ++i)
+            points.push_back(1 + i * calls / number);
+        return points;
+    }
+
+    // Each kind of fault at some calls of the work.
+    template <typename Prepare, typename Check>
+    void forEachFault(const Prepare& prepare, const std::function<void()>& work, const Check& check)
+    {
+        std::size_t runs = 0;
+        std::vector<std::pair<CallFault, std::string>> faults = {{{Kind::Kill}, "killed before"},
+                                                                 {{Kind::KillHalfway}, "killed halfway in"}};
+        for (const auto& [code, name] : {std::pair(ENOSPC, "ENOSPC"), std::pair(EIO, "EIO"),
+                                         std::pair(EACCES, "EACCES"), std::pair(EMFILE, "EMFILE")}) {
+            faults.push_back({{Kind::FailOne, 0, code}, std::string(name) + " once at"});
+            faults.push_back({{Kind::FailAll, 0, code}, std::string(name) + " from"});
+        }
+        for (auto& [fault, name] : faults) {
+            prepare();
+            const bool isDeath = fault.kind == Kind::Kill || fault.kind == Kind::KillHalfway;
+            const std::size_t calls = CallsOf(fault, work);
+            for (const std::size_t number : Points(calls, isDeath ? 16 : 8)) {
+                SCOPED_TRACE(name + " call " + std::to_string(number) + " of " + std::to_string(calls));
+                prepare();
+                fault.number = number;
+                try {
+                    check(fault, RunFaulty(fault, work), runs++);
+                } catch (const VoException& exception) {
+                    FAIL() << exception.message().c_str();
+                }
+                if (HasFatalFailure())
+                    return;
+            }
+        }
+        if (std::getenv("VOCORE_FULL_MATRIX"))
+            std::cout << runs << " runs\n";
+    }
+};
+
+class InstallFaultTest : public FaultMatrixTest, public testing::WithParamInterface<Scenario>
+{
+protected:
+    void prepare()
+    {
+        restore(prepared);
+    }
+
+    void make()
+    {
+        wipe();
+        switch (GetParam().work) {
+        case Scenario::Work::Install:
+            return;
+        case Scenario::Work::Repair:
+            install(first);
+            VoFileSystem::RemoveAll(place().directory("lib"));
+            WriteBytes(placed("readme.txt"), Second.at("readme.txt"));
+            return;
+        default:
+            install(GetParam().hasSecond ? second : first);
+        }
+    }
+
+    void work()
+    {
+        switch (GetParam().work) {
+        case Scenario::Work::Repair:
+            InstalledPackages::Repair(first, VoStopFlag());
+            return;
+        case Scenario::Work::Uninstall:
+            InstalledPackages::Uninstall(packageID);
+            return;
+        default:
+            install(GetParam().isSecond ? second : first);
+        }
+    }
+
+    // Brings back a state of the disk without installing anew.
+    void restore(const Files& state) const
+    {
+        VoFileSystem::RemoveAll(directory("place"));
+        VoFileSystem::RemoveAll(updates());
+        const auto root = vo::detail::ToNative(directory("place")).parent_path().parent_path();
+        for (const auto& [name, content] : state) {
+            if (name.back() == '/')
+                std::filesystem::create_directories(root / name);
+            else
+                std::ofstream(root / name, std::ios::binary) << content;
+        }
+    }
+
+    const VoFilePath first = publish("1.0.0", First);
+    const VoFilePath second = publish("1.1.0", Second);
+    Files prepared;
+};
+
+} // namespace
+
+// Whatever happens to a process, the next operation, even one on another package, finds the old release or the new one
+// as a whole; and the same call, or another one, then does what it would have done. What says that it succeeded, has.
+TEST_P(InstallFaultTest, EndsAllOldOrAllNew)
+{
+    const bool isUninstall = GetParam().work == Scenario::Work::Uninstall;
+    options.reuseInstalledFiles = GetParam().copies;
+    make();
+    prepared = snapshot();
+    const Files before = Tree(place());
+    work();
+    const Files expected = snapshot();
+    const Files after = Tree(place());
+    const auto check = [&](const CallFault& fault, End end, std::size_t run) {
+        const bool isUndone = end == End::Failed && fault.kind == Kind::FailOne && !isUninstall;
+        if (isUndone) {
+            ASSERT_EQ(Tree(place()), before);
+        }
+        InstalledPackages::Uninstall(VoUUID("another"));
+        const Files now = Tree(place());
+        if (isUninstall) {
+            for (const auto& [name, content] : now)
+                ASSERT_EQ(content, before.count(name) > 0 ? before.at(name) : "not of the release") << name;
+        } else {
+            ASSERT_TRUE(now == before || now == after);
+        }
+        if (end == End::Succeeded) {
+            ASSERT_EQ(now, after);
+        }
+        switch (run % 3) {
+        case 0:
+            work();
+            ASSERT_EQ(snapshot(), expected);
+            break;
+        case 1:
+            InstalledPackages::Uninstall(packageID);
+            ASSERT_FALSE(VoFileSystem::Exists(directory("place")));
+            ASSERT_FALSE(InstalledPackages::IsUnfinished(packageID));
+            break;
+        default:
+            install(first);
+            ASSERT_EQ(Tree(place()), First);
+            ASSERT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).extra.isEmpty());
+            ASSERT_FALSE(InstalledPackages::IsUnfinished(packageID));
+        }
+    };
+    forEachFault([this] { prepare(); }, [this] { work(); }, check);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Operations, InstallFaultTest,
+    testing::Values(Scenario{"FirstInstallation", false, true, false, Scenario::Work::Install},
+                    Scenario{"Update", false, true, false, Scenario::Work::Replace},
+                    Scenario{"UpdateThatCopies", true, true, false, Scenario::Work::Replace},
+                    Scenario{"WayBack", false, false, true, Scenario::Work::Replace},
+                    Scenario{"Repair", false, false, false, Scenario::Work::Repair},
+                    Scenario{"Uninstallation", false, false, true, Scenario::Work::Uninstall}),
+    [](const testing::TestParamInfo<Scenario>& scenario) { return std::string(scenario.param.name); });
+
+} // namespace vo::test
