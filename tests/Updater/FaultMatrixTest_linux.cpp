@@ -4,9 +4,6 @@
 #include "InstallFixture.h"
 #include "SystemCalls_linux.h"
 
-#include <Updater/AdvertisedPackages.h>
-#include <Updater/RegistryFile.h>
-
 #include <cerrno>
 #include <cstdlib>
 #include <iostream>
@@ -172,6 +169,14 @@ protected:
         }
     }
 
+    // Files and directories below "place".
+    Files placeState() const
+    {
+        Files state = snapshot();
+        state.erase(state.lower_bound("updates/"), state.end());
+        return state;
+    }
+
     // Brings back a state of the disk without installing anew.
     void restore(const Files& state) const
     {
@@ -201,20 +206,20 @@ TEST_P(InstallFaultTest, EndsAllOldOrAllNew)
     options.reuseInstalledFiles = GetParam().copies;
     make();
     prepared = snapshot();
-    const Files before = Tree(place());
+    const Files before = placeState();
     work();
     const Files expected = snapshot();
-    const Files after = Tree(place());
+    const Files after = placeState();
     const auto check = [&](const CallFault& fault, End end, std::size_t run) {
         const bool isUndone = end == End::Failed && fault.kind == Kind::FailOne && !isUninstall;
         if (isUndone) {
-            ASSERT_EQ(Tree(place()), before);
+            ASSERT_EQ(placeState(), before);
         }
         InstalledPackages::Uninstall(VoUUID("another"));
-        const Files now = Tree(place());
+        const Files now = placeState();
         if (isUninstall) {
             for (const auto& [name, content] : now)
-                ASSERT_EQ(content, before.count(name) > 0 ? before.at(name) : "not of the release") << name;
+                EXPECT_EQ(content, before.count(name) > 0 ? before.at(name) : "not of the release") << name;
         } else {
             ASSERT_TRUE(now == before || now == after);
         }

@@ -152,17 +152,6 @@ protected:
         return std::count(steps.begin(), steps.end(), step);
     }
 
-    /// Lets the installation go wrong at its n-th step, as a full disk would.
-    static vo::updater::detail::StepObserver FailAt(std::size_t n, bool& hasFailed)
-    {
-        return [n, &hasFailed, count = std::size_t{0}](FileStep, const VoString& path) mutable {
-            if (++count != n)
-                return;
-            hasFailed = true;
-            throw VoFileException("No space left on device", path);
-        };
-    }
-
     vo::updater::InstallationOptions options; // of install()
     const VoUUID packageID{VoString("a1b2-") + VoUpdater::GenerateID().toString()};
 
