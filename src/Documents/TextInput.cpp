@@ -16,9 +16,12 @@ std::size_t LineEndsIn(std::string_view text, char before)
     while (!text.empty()) {
         const std::string_view piece = text.substr(0, 255); // so many, at most, as a byte counts
         unsigned char ends = piece.front() == '\r' || (piece.front() == '\n' && before != '\r') ? 1 : 0;
-        for (std::size_t i = 1; i < piece.size(); ++i)
-            ends =
-                static_cast<unsigned char>(ends + ((piece[i] == '\r') | ((piece[i] == '\n') & (piece[i - 1] != '\r'))));
+        for (std::size_t i = 1; i < piece.size(); ++i) {
+            const unsigned isReturn = piece[i] == '\r';
+            const unsigned isFeed = piece[i] == '\n';
+            const unsigned follows = piece[i - 1] == '\r';
+            ends = static_cast<unsigned char>(ends + isReturn + (isFeed & (1 - follows)));
+        }
         count += ends;
         before = piece.back();
         text.remove_prefix(piece.size());
