@@ -6,6 +6,7 @@
 #include <functional>
 #include <mutex>
 #include <new>
+#include <type_traits>
 #include <vector>
 
 namespace vo::detail {
@@ -192,7 +193,13 @@ bool IsClassicRecordsLocale(const std::locale& locale)
            std::less<>()(address, classicStorage + sizeof(LocaleRecord));
 }
 
-// The records in use in the process, so that threads share them.
+LocalePtr Uncounted(const LocaleRecord& record)
+{
+    return LocalePtr(LocalePtr(), &record);
+}
+
+// The records of the process. The first locales stay for good, so that threads can remember them by bare pointers and
+// nothing of this has to be destroyed; a process that makes locales without end gets counted records for the others.
 class LocaleRegistry
 {
 public:
@@ -205,6 +212,25 @@ public:
     LocalePtr recordOf(const std::locale& locale)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
+        for (const LocaleRecord* record : m_lasting)
+            if (record->locale == locale)
+                return Uncounted(*record);
+        if (m_lasting.size() < MostLasting) {
+            m_lasting.push_back(new LocaleRecord(locale));
+            return Uncounted(*m_lasting.back());
+        }
+        return countedRecordOf(locale);
+    }
+
+    static bool IsLasting(const LocalePtr& record) { return record.use_count() == 0; }
+
+private:
+    static constexpr std::size_t MostLasting = 64;
+
+    LocaleRegistry() { m_lasting.reserve(MostLasting); }
+
+    LocalePtr countedRecordOf(const std::locale& locale)
+    {
         LocalePtr record;
         const auto isGoneOrFound = [&](const std::weak_ptr<const LocaleRecord>& entry) {
             const LocalePtr candidate = entry.lock();
@@ -212,46 +238,46 @@ public:
                 record = candidate;
             return !candidate;
         };
-        m_records.erase(std::remove_if(m_records.begin(), m_records.end(), isGoneOrFound), m_records.end());
+        m_counted.erase(std::remove_if(m_counted.begin(), m_counted.end(), isGoneOrFound), m_counted.end());
         if (record)
             return record;
         record = std::make_shared<const LocaleRecord>(locale);
-        m_records.push_back(record);
+        m_counted.push_back(record);
         return record;
     }
 
-private:
     std::mutex m_mutex;
-    std::vector<std::weak_ptr<const LocaleRecord>> m_records;
+    std::vector<const LocaleRecord*> m_lasting;
+    std::vector<std::weak_ptr<const LocaleRecord>> m_counted;
 };
 
-// The locales that a thread met lately. Strings are also made while a thread's variables are being destroyed: the flag,
-// which needs no destruction, tells that the cache is gone.
-thread_local bool recentLocalesGone = false;
-
+// The locales that a thread met lately. Without a destructor: strings are also made while a thread's variables are
+// being destroyed, and after that.
 class RecentLocales
 {
 public:
-    ~RecentLocales() { recentLocalesGone = true; }
-
-    LocalePtr recordOf(const std::locale& locale)
+    const LocaleRecord* find(const std::locale& locale) const
     {
-        for (const LocalePtr& record : m_records)
+        for (const LocaleRecord* record : m_records)
             if (record && &record->locale == &locale)
                 return record;
-        for (const LocalePtr& record : m_records)
+        for (const LocaleRecord* record : m_records)
             if (record && record->locale == locale)
                 return record;
-        LocalePtr record = LocaleRegistry::Get().recordOf(locale);
-        m_records[m_next] = record;
+        return nullptr;
+    }
+
+    void remember(const LocaleRecord& record)
+    {
+        m_records[m_next] = &record;
         m_next = (m_next + 1) % m_records.size();
-        return record;
     }
 
 private:
-    std::array<LocalePtr, 4> m_records;
+    std::array<const LocaleRecord*, 4> m_records{};
     std::size_t m_next = 0;
 };
+static_assert(std::is_trivially_destructible_v<RecentLocales>);
 
 std::uint64_t Mix(std::uint64_t hash, std::uint64_t word)
 {
@@ -287,7 +313,7 @@ LocaleRecord::LocaleRecord(const std::locale& source)
 
 LocalePtr ClassicLocale()
 {
-    return LocalePtr(LocalePtr(), &ClassicRecord());
+    return Uncounted(ClassicRecord());
 }
 
 LocalePtr GlobalLocale()
@@ -298,14 +324,17 @@ LocalePtr GlobalLocale()
 LocalePtr RecordOf(const std::locale& locale)
 {
     if (IsClassicRecordsLocale(locale))
-        return LocalePtr(LocalePtr(), std::launder(reinterpret_cast<const LocaleRecord*>(classicStorage)));
+        return Uncounted(*std::launder(reinterpret_cast<const LocaleRecord*>(classicStorage)));
     const LocaleRecord& classic = ClassicRecord();
     if (locale == classic.locale)
-        return LocalePtr(LocalePtr(), &classic);
-    if (recentLocalesGone)
-        return LocaleRegistry::Get().recordOf(locale);
+        return Uncounted(classic);
     thread_local RecentLocales recent;
-    return recent.recordOf(locale);
+    if (const LocaleRecord* record = recent.find(locale))
+        return Uncounted(*record);
+    LocalePtr record = LocaleRegistry::Get().recordOf(locale);
+    if (LocaleRegistry::IsLasting(record))
+        recent.remember(*record);
+    return record;
 }
 
 std::size_t MismatchExact(const char* a, const char* b, std::size_t length)

@@ -69,6 +69,14 @@ bool HasHexPrefix(std::string_view text)
     return IsHexDigit(text[2]) || (text.size() > 3 && text[2] == '.' && IsHexDigit(text[3]));
 }
 
+// Some standard libraries read "1p+-3" as 2^-3; in C the number ends before the "p".
+std::string_view WithoutBadExponent(std::string_view hexNumber)
+{
+    const std::size_t mark = hexNumber.find_first_of("pP");
+    const bool isBad = mark != std::string_view::npos && hexNumber.substr(mark + 1, 2) == "+-";
+    return isBad ? hexNumber.substr(0, mark) : hexNumber;
+}
+
 // The sign of the exponent tells a number that is too large from one that is too small, once the exponent of the first
 // digit that is not zero is added to it.
 bool IsTooLarge(std::string_view number, std::chars_format format)
@@ -128,7 +136,7 @@ ParsedDouble ParseDouble(std::string_view text)
         return {};
     const bool isHex = HasHexPrefix(number);
     if (isHex)
-        number.remove_prefix(2);
+        number = WithoutBadExponent(number.substr(2));
     const std::chars_format format = isHex ? std::chars_format::hex : std::chars_format::general;
 
     double value = 0;

@@ -300,3 +300,9 @@ std::ostream& operator<<(std::ostream& stream, const VoByteArray& array)
     }
     return stream << text << (array.size() > shown ? " ..." : "");
 }
+
+std::size_t std::hash<VoByteArray>::operator()(const VoByteArray& array) const noexcept
+{
+    return std::hash<std::string_view>()(array.isEmpty() ? std::string_view()
+                                                         : std::string_view(array.data(), array.size()));
+}

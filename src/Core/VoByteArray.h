@@ -3,6 +3,7 @@
 #include <Core/VoExport.h>
 
 #include <cstddef>
+#include <functional>
 #include <iosfwd>
 #include <memory>
 
@@ -34,6 +35,11 @@ public:
     std::size_t size() const noexcept;          ///< The number of bytes.
     bool isEmpty() const noexcept;              ///< Whether size() is 0.
     std::size_t allocatedSize() const noexcept; ///< How many bytes the allocated memory can hold.
+
+    char* begin() noexcept { return data(); }                    ///< The first byte, to be changed.
+    char* end() noexcept { return data() + size(); }             ///< Past the last byte.
+    const char* begin() const noexcept { return data(); }        ///< The first byte.
+    const char* end() const noexcept { return data() + size(); } ///< Past the last byte.
 
     char& operator[](std::size_t index) noexcept;             ///< Unchecked.
     const char& operator[](std::size_t index) const noexcept; ///< Unchecked.
@@ -87,3 +93,11 @@ private:
 /// @relates VoByteArray
 /// Writes the size and the first bytes in hexadecimal, for messages and tests.
 VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, const VoByteArray& array);
+
+/// Hash of the bytes.
+template <>
+struct VOCORE_EXPORT std::hash<VoByteArray>
+{
+    /// Agrees with ==.
+    std::size_t operator()(const VoByteArray& array) const noexcept;
+};

@@ -2,6 +2,7 @@
 
 #include <Core/NumberText.h>
 #include <Core/StringPrivate.h>
+#include <Core/VoCaseSensitiveString.h>
 
 #include <cstring>
 #include <ostream>
@@ -91,6 +92,56 @@ bool VoComparableString::operator>(const VoComparableString& other) const
 bool VoComparableString::operator>=(const VoComparableString& other) const
 {
     return compare(other, CaseInsensitive) >= 0;
+}
+
+bool VoComparableString::operator==(const VoString& other) const
+{
+    return *this == static_cast<const VoComparableString&>(other);
+}
+
+bool VoComparableString::operator==(const VoStringView& other) const
+{
+    return *this == static_cast<const VoComparableString&>(other);
+}
+
+bool VoComparableString::operator==(const VoCaseSensitiveString& other) const
+{
+    return *this == static_cast<const VoComparableString&>(other);
+}
+
+bool VoComparableString::operator!=(const VoString& other) const
+{
+    return *this != static_cast<const VoComparableString&>(other);
+}
+
+bool VoComparableString::operator!=(const VoStringView& other) const
+{
+    return *this != static_cast<const VoComparableString&>(other);
+}
+
+bool VoComparableString::operator!=(const VoCaseSensitiveString& other) const
+{
+    return *this != static_cast<const VoComparableString&>(other);
+}
+
+bool VoComparableString::isBefore(const char* text) const
+{
+    return *this < VoStringView(text);
+}
+
+bool VoComparableString::isNotAfter(const char* text) const
+{
+    return *this <= VoStringView(text);
+}
+
+bool VoComparableString::isAfter(const char* text) const
+{
+    return *this > VoStringView(text);
+}
+
+bool VoComparableString::isNotBefore(const char* text) const
+{
+    return *this >= VoStringView(text);
 }
 
 bool VoComparableString::isDouble() const

@@ -7,6 +7,28 @@
 #include <cstdint>
 #include <iosfwd>
 #include <locale>
+#include <type_traits>
+
+/// @cond INTERNAL
+class VoComparableString;
+
+namespace vo::detail {
+
+// Strings, views and what clients derive from them.
+template <typename T>
+inline constexpr bool IsComparableString = std::is_base_of_v<VoComparableString, T>;
+
+// Comparison operators are found for strings only and deduce both operands exactly. Otherwise the conversion of strings
+// to a pointer lets the built-in comparison of addresses win, and compilers that turn a comparison round, as C++20 lets
+// them, find two equally good ones.
+template <typename A, typename B = A>
+using IfComparableStrings = std::enable_if_t<IsComparableString<A> && IsComparableString<B>, bool>;
+
+template <typename A, typename T>
+using IfStringAndNumber = std::enable_if_t<IsComparableString<A> && std::is_arithmetic_v<T>, bool>;
+
+} // namespace vo::detail
+/// @endcond
 
 /// Comparison, searching and splitting shared by VoString and VoStringView.
 ///
@@ -50,7 +72,157 @@ public:
     virtual bool operator<=(const VoComparableString& other) const; ///< Ordered before, or equal.
     virtual bool operator>(const VoComparableString& other) const;  ///< Ordered after.
     virtual bool operator>=(const VoComparableString& other) const; ///< Ordered after, or equal.
+
+    // For left operands that are known as this class only: the right operand's own operators would compete in C++20.
+    bool operator==(const VoString& other) const;              ///< Equal.
+    bool operator==(const VoStringView& other) const;          ///< Equal.
+    bool operator==(const VoCaseSensitiveString& other) const; ///< Equal.
+    bool operator!=(const VoString& other) const;              ///< Not equal.
+    bool operator!=(const VoStringView& other) const;          ///< Not equal.
+    bool operator!=(const VoCaseSensitiveString& other) const; ///< Not equal.
+
+    /// Equal.
+    template <typename A, typename B>
+    friend auto operator==(const A& a, const B& b) -> vo::detail::IfComparableStrings<A, B>
+    {
+        return a.operator==(static_cast<const VoComparableString&>(b));
+    }
+    /// Not equal.
+    template <typename A, typename B>
+    friend auto operator!=(const A& a, const B& b) -> vo::detail::IfComparableStrings<A, B>
+    {
+        return a.operator!=(static_cast<const VoComparableString&>(b));
+    }
+    /// Ordered before.
+    template <typename A, typename B>
+    friend auto operator<(const A& a, const B& b) -> vo::detail::IfComparableStrings<A, B>
+    {
+        return a.operator<(static_cast<const VoComparableString&>(b));
+    }
+    /// Ordered before, or equal.
+    template <typename A, typename B>
+    friend auto operator<=(const A& a, const B& b) -> vo::detail::IfComparableStrings<A, B>
+    {
+        return a.operator<=(static_cast<const VoComparableString&>(b));
+    }
+    /// Ordered after.
+    template <typename A, typename B>
+    friend auto operator>(const A& a, const B& b) -> vo::detail::IfComparableStrings<A, B>
+    {
+        return a.operator>(static_cast<const VoComparableString&>(b));
+    }
+    /// Ordered after, or equal.
+    template <typename A, typename B>
+    friend auto operator>=(const A& a, const B& b) -> vo::detail::IfComparableStrings<A, B>
+    {
+        return a.operator>=(static_cast<const VoComparableString&>(b));
+    }
     /// @}
+
+    /// @name Comparison with terminated texts
+    /// On either side; the string operand decides how case counts: `text < string` is `string > text`.
+    /// @{
+    /// Equal.
+    template <typename A>
+    friend auto operator==(const A& a, const char* text) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).operator==(text);
+    }
+    /// Equal.
+    template <typename A>
+    friend auto operator==(const char* text, const A& a) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).operator==(text);
+    }
+    /// Not equal.
+    template <typename A>
+    friend auto operator!=(const A& a, const char* text) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).operator!=(text);
+    }
+    /// Not equal.
+    template <typename A>
+    friend auto operator!=(const char* text, const A& a) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).operator!=(text);
+    }
+    /// Ordered before.
+    template <typename A>
+    friend auto operator<(const A& a, const char* text) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).isBefore(text);
+    }
+    /// Ordered before.
+    template <typename A>
+    friend auto operator<(const char* text, const A& a) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).isAfter(text);
+    }
+    /// Ordered before, or equal.
+    template <typename A>
+    friend auto operator<=(const A& a, const char* text) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).isNotAfter(text);
+    }
+    /// Ordered before, or equal.
+    template <typename A>
+    friend auto operator<=(const char* text, const A& a) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).isNotBefore(text);
+    }
+    /// Ordered after.
+    template <typename A>
+    friend auto operator>(const A& a, const char* text) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).isAfter(text);
+    }
+    /// Ordered after.
+    template <typename A>
+    friend auto operator>(const char* text, const A& a) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).isBefore(text);
+    }
+    /// Ordered after, or equal.
+    template <typename A>
+    friend auto operator>=(const A& a, const char* text) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).isNotBefore(text);
+    }
+    /// Ordered after, or equal.
+    template <typename A>
+    friend auto operator>=(const char* text, const A& a) -> vo::detail::IfComparableStrings<A>
+    {
+        return static_cast<const VoComparableString&>(a).isNotAfter(text);
+    }
+    /// @}
+
+    /// @cond INTERNAL
+    // A literal 0 would be taken for a null text.
+    template <typename A, typename T>
+    friend auto operator==(const A&, T) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator==(T, const A&) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator!=(const A&, T) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator!=(T, const A&) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator<(const A&, T) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator<(T, const A&) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator<=(const A&, T) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator<=(T, const A&) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator>(const A&, T) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator>(T, const A&) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator>=(const A&, T) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    template <typename A, typename T>
+    friend auto operator>=(T, const A&) -> vo::detail::IfStringAndNumber<A, T> = delete;
+    /// @endcond
 
     /// Whether the text without surrounding white space is wholly a number as C `strtod` reads it in the "C" locale:
     /// "1e3", "nan", "inf" and "0x1p3" are, "1e3x" and the empty text are not.
@@ -75,7 +247,7 @@ public:
 
     /// A view of the min(length, size() - pos) bytes from `pos`.
     /// @throws VoIndexOutOfBoundsException with pos and the size, when pos > size()
-    virtual VoStringView substring(std::size_t pos, std::size_t length) const = 0;
+    virtual VoStringView substring(std::size_t pos, std::size_t length) const& = 0;
 
     /// compare() with a terminated text.
     int compare(const char* text, Comparison mode = CaseInsensitive) const;
@@ -113,7 +285,8 @@ public:
     bool endsWith(const char* suffix, Comparison mode) const;                 ///< Under the mode.
     /// @}
 
-    /// A view without the leading and trailing bytes that the own locale classes as space or blank.
+    /// A view without the leading and trailing bytes that the own locale classes as space or blank. (A temporary
+    /// VoString gives a VoString, here and for the pieces below.)
     VoStringView trimmed() const;
 
     /// @name Splitting
@@ -124,11 +297,6 @@ public:
     VoDeque<VoStringView> tokenize(const VoString& separator) const;                  ///< Case-insensitive.
     VoDeque<VoStringView> tokenize(const VoString& separator, Comparison mode) const; ///< Under the mode.
     /// @}
-
-    /// A terminated text on the left; the string operand still decides how case counts.
-    friend bool operator==(const char* text, const VoComparableString& string) { return string == text; }
-    /// A terminated text on the left; the string operand still decides how case counts.
-    friend bool operator!=(const char* text, const VoComparableString& string) { return string != text; }
 
     /// Writes all size() bytes, zero bytes included; honours the stream's width.
     friend VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, const VoComparableString& string);
@@ -144,5 +312,9 @@ protected:
     virtual std::size_t find_case_sensitive(const char* needle, std::size_t length, std::size_t from) const = 0;
 
 private:
+    bool isBefore(const char* text) const;
+    bool isNotAfter(const char* text) const;
+    bool isAfter(const char* text) const;
+    bool isNotBefore(const char* text) const;
     std::size_t findBytes(const char* needle, std::size_t length, std::size_t from, Comparison mode) const;
 };

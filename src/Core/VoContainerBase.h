@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <initializer_list>
+#include <new>
+#include <stdexcept>
 #include <utility>
 
 namespace vo::detail {
@@ -100,29 +102,33 @@ public:
     /// The checked accessors throw VoIndexOutOfBoundsException(index, size).
     /// @{
     /// The first element.
-    reference front()
+    reference front() &
     {
         requireNotEmpty();
         return m_items.front();
     }
     /// The first element.
-    const_reference front() const
+    const_reference front() const&
     {
         requireNotEmpty();
         return m_items.front();
     }
+    /// The first element, moved out of a temporary.
+    value_type front() && { return std::move(front()); }
     /// The last element.
-    reference back()
+    reference back() &
     {
         requireNotEmpty();
         return m_items.back();
     }
     /// The last element.
-    const_reference back() const
+    const_reference back() const&
     {
         requireNotEmpty();
         return m_items.back();
     }
+    /// The last element, moved out of a temporary.
+    value_type back() && { return std::move(back()); }
     /// @}
 
     /// @name Questions
@@ -139,10 +145,16 @@ public:
     }
     /// @}
 
-    /// Grows with value-initialised elements or truncates.
-    void resize(std::size_t size) { m_items.resize(size); }
-    /// Grows with copies of @p value or truncates.
-    void resize(std::size_t size, const value_type& value) { m_items.resize(size, value); }
+    /// Grows with value-initialised elements or truncates. Throws VoBadAllocException when they cannot be held.
+    void resize(std::size_t size)
+    {
+        Allocated([&] { m_items.resize(size); });
+    }
+    /// Grows with copies of @p value or truncates. Throws VoBadAllocException when they cannot be held.
+    void resize(std::size_t size, const value_type& value)
+    {
+        Allocated([&] { m_items.resize(size, value); });
+    }
 
     /// @name Iteration
     /// @{
@@ -180,6 +192,19 @@ protected:
     ContainerBase(ContainerBase&&) = default;
     ContainerBase& operator=(const ContainerBase&) = default;
     ContainerBase& operator=(ContainerBase&&) = default;
+
+    // Does what takes memory for a number of elements that the caller named.
+    template <typename Function>
+    static auto Allocated(Function&& function) -> decltype(function())
+    {
+        try {
+            return function();
+        } catch (const std::bad_alloc&) {
+            ThrowBadAlloc("elements of a container");
+        } catch (const std::length_error&) {
+            ThrowBadAlloc("number of elements of a container");
+        }
+    }
 
     void requireNotEmpty() const
     {

@@ -90,6 +90,16 @@ public:
         : VoIndexOutOfBoundsException(static_cast<std::size_t>(index), static_cast<std::size_t>(size))
     {
     }
+    /// @copydoc VoIndexOutOfBoundsException(I, S)
+    template <typename I, typename S,
+              std::enable_if_t<std::is_integral_v<I> && std::is_integral_v<S> &&
+                                   !(std::is_same_v<I, int> && std::is_same_v<S, int>)&&!(
+                                       std::is_same_v<I, std::size_t> && std::is_same_v<S, std::size_t>),
+                               int> = 0>
+    VoIndexOutOfBoundsException(const VoString& message, I index, S size)
+        : VoIndexOutOfBoundsException(message, static_cast<std::size_t>(index), static_cast<std::size_t>(size))
+    {
+    }
 };
 
 /// A call that is not possible in the object's state.

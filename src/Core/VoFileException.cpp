@@ -25,6 +25,21 @@ VoFileException::VoFileException(const VoString& message, const VoString& path)
 {
 }
 
+VoFileException::VoFileException(const VoString& message, const char* path)
+    : VoFileException(message, VoFilePath(path), VoFilePath())
+{
+}
+
+VoFileException::VoFileException(const VoString& message, const VoFilePath& path)
+    : VoFileException(message, path, VoFilePath())
+{
+}
+
+VoFileException::VoFileException(const VoString& message, const VoAbstractPath& path)
+    : VoFileException(message, VoFilePath(path), VoFilePath())
+{
+}
+
 VoFileException::VoFileException(const VoString& message, const VoFilePath& path1, const VoFilePath& path2)
     : VoException(message)
     , m_paths(std::make_unique<Paths>(Paths{path1, path2}))
@@ -83,11 +98,11 @@ VoCannotOpenFileException::VoCannotOpenFileException(const VoString& path)
 {
 }
 VoCannotOpenFileException::VoCannotOpenFileException(const VoFilePath& path)
-    : VoFileException(CannotOpen + path.path(), path, VoFilePath())
+    : VoFileException(CannotOpen + path.path(), path)
 {
 }
 VoCannotOpenFileException::VoCannotOpenFileException(const VoAbstractPath& path)
-    : VoCannotOpenFileException(path.path())
+    : VoCannotOpenFileException(VoFilePath(path))
 {
 }
 VoCannotOpenFileException::VoCannotOpenFileException(const char* path)
@@ -95,8 +110,7 @@ VoCannotOpenFileException::VoCannotOpenFileException(const char* path)
 {
 }
 VoCannotOpenFileException::VoCannotOpenFileException(const VoFileDevice& device)
-    : VoFileException("Cannot open file (" + device.lastError() + "): " + device.path().path(), device.path(),
-                      VoFilePath())
+    : VoFileException("Cannot open file (" + device.lastError() + "): " + device.path().path(), device.path())
 {
 }
 
@@ -112,11 +126,11 @@ VoFileNotFoundException::VoFileNotFoundException(const VoString& path)
 {
 }
 VoFileNotFoundException::VoFileNotFoundException(const VoFilePath& path)
-    : VoFileException(NotFound + path.path(), path, VoFilePath())
+    : VoFileException(NotFound + path.path(), path)
 {
 }
 VoFileNotFoundException::VoFileNotFoundException(const VoAbstractPath& path)
-    : VoFileNotFoundException(path.path())
+    : VoFileNotFoundException(VoFilePath(path))
 {
 }
 VoFileNotFoundException::VoFileNotFoundException(const char* path)
@@ -132,15 +146,15 @@ VoFileSaveException::VoFileSaveException(const VoString& what, const VoString& p
 
 VOCORE_DEFINE_EXCEPTION(VoInvalidPathFileException, "VoInvalidPathFileException")
 VoInvalidPathFileException::VoInvalidPathFileException(const VoFilePath& path)
-    : VoFileException(VoString("Invalid path: "), path, VoFilePath())
+    : VoFileException(VoString("Invalid path: "), path)
 {
 }
 VoInvalidPathFileException::VoInvalidPathFileException(const VoString& message, const VoAbstractPath& path)
-    : VoFileException(message + ": " + path.path(), path.path())
+    : VoFileException(message + ": " + path.path(), path)
 {
 }
 VoInvalidPathFileException::VoInvalidPathFileException(const VoString& message, const VoFilePath& path)
-    : VoFileException(message + ": " + path.path(), path, VoFilePath())
+    : VoFileException(message + ": " + path.path(), path)
 {
 }
 

@@ -5,12 +5,16 @@
 /// @file
 /// Errors of files and paths.
 
-/// A failure that concerns files. Carries up to two paths, which the message need not contain.
+/// A failure that concerns files. Carries up to two paths, which the message need not contain. A path is carried as it
+/// is; a text is made a path, which trims blanks: pass the path object where there is one.
 class VOCORE_EXPORT VoFileException : public VoException
 {
 public:
-    VoFileException(const VoString& message);                       ///< The message, no paths.
-    VoFileException(const VoString& message, const VoString& path); ///< The message and path1.
+    VoFileException(const VoString& message);                             ///< The message, no paths.
+    VoFileException(const VoString& message, const VoString& path);       ///< The message and path1.
+    VoFileException(const VoString& message, const char* path);           ///< The message and path1.
+    VoFileException(const VoString& message, const VoFilePath& path);     ///< The message and path1.
+    VoFileException(const VoString& message, const VoAbstractPath& path); ///< The message and path1.
     VoFileException(const VoString& message, const VoFilePath& path1,
                     const VoFilePath& path2);                 ///< The message and both paths.
     VoFileException(const VoFileException& other);            ///< Copies message and paths.

@@ -17,12 +17,40 @@ public:
     /// No rows and no columns.
     VoMatrix() = default;
 
-    /// @p rows by @p columns copies of @p fill. Throws VoOverflowException when their product cannot be counted.
+    /// @p rows by @p columns copies of @p fill. Throws VoOverflowException when their product cannot be counted,
+    /// VoBadAllocException when there is no memory for them.
     VoMatrix(std::size_t rows, std::size_t columns, const T& fill = T())
         : m_rows(rows)
         , m_columns(columns)
         , m_cells(cellCount(rows, columns), fill)
     {
+    }
+
+    VoMatrix(const VoMatrix& other) = default; ///< The same cells.
+    /// Takes the cells; @p other has no rows and no columns afterwards.
+    VoMatrix(VoMatrix&& other) noexcept { swap(other); }
+    /// The same cells; unchanged when copying them fails.
+    VoMatrix& operator=(const VoMatrix& other)
+    {
+        if (this != &other)
+            *this = VoMatrix(other);
+        return *this;
+    }
+    /// Takes the cells; @p other has no rows and no columns afterwards.
+    VoMatrix& operator=(VoMatrix&& other) noexcept
+    {
+        VoMatrix taken(std::move(other));
+        swap(taken);
+        return *this;
+    }
+    ~VoMatrix() = default;
+
+    /// Exchanges shapes and cells.
+    void swap(VoMatrix& other) noexcept
+    {
+        std::swap(m_rows, other.m_rows);
+        std::swap(m_columns, other.m_columns);
+        m_cells.swap(other.m_cells);
     }
 
     std::size_t rows() const noexcept { return m_rows; }        ///< Number of rows.
@@ -63,27 +91,20 @@ public:
     T* data() noexcept { return m_cells.data(); }             ///< All cells, row by row.
     const T* data() const noexcept { return m_cells.data(); } ///< All cells, row by row.
 
+    T* begin() noexcept { return data(); }                            ///< First cell of all, row by row.
+    T* end() noexcept { return data() + m_cells.size(); }             ///< Past the last cell.
+    const T* begin() const noexcept { return data(); }                ///< First cell of all, row by row.
+    const T* end() const noexcept { return data() + m_cells.size(); } ///< Past the last cell.
+
     /// References to the cells of one row. Throws VoIndexOutOfBoundsException.
-    VoVector<VoRef<T>> row(std::size_t row)
-    {
-        requireRow(row);
-        VoVector<VoRef<T>> cells;
-        cells.reserve(m_columns);
-        for (std::size_t column = 0; column < m_columns; ++column)
-            cells.pushBack((*this)(row, column));
-        return cells;
-    }
+    VoVector<VoRef<T>> row(std::size_t row) { return rowOf<VoRef<T>>(*this, row); }
+    /// @copydoc row(std::size_t)
+    VoVector<VoCRef<T>> row(std::size_t row) const { return rowOf<VoCRef<T>>(*this, row); }
 
     /// References to the cells of one column. Throws VoIndexOutOfBoundsException.
-    VoVector<VoRef<T>> column(std::size_t column)
-    {
-        requireColumn(column);
-        VoVector<VoRef<T>> cells;
-        cells.reserve(m_rows);
-        for (std::size_t row = 0; row < m_rows; ++row)
-            cells.pushBack((*this)(row, column));
-        return cells;
-    }
+    VoVector<VoRef<T>> column(std::size_t column) { return columnOf<VoRef<T>>(*this, column); }
+    /// @copydoc column(std::size_t)
+    VoVector<VoCRef<T>> column(std::size_t column) const { return columnOf<VoCRef<T>>(*this, column); }
 
     /// Same shape and equal cells.
     friend bool operator==(const VoMatrix& a, const VoMatrix& b)
@@ -111,12 +132,42 @@ protected:
 private:
     static std::size_t cellCount(std::size_t rows, std::size_t columns)
     {
-        if (columns != 0 && rows > std::numeric_limits<std::size_t>::max() / sizeof(T) / columns)
+        constexpr std::size_t most = std::numeric_limits<std::ptrdiff_t>::max() / sizeof(T);
+        if (columns != 0 && rows > most / columns)
             vo::detail::ThrowOverflow();
         return rows * columns;
+    }
+
+    template <typename Ref, typename Matrix>
+    static VoVector<Ref> rowOf(Matrix& matrix, std::size_t row)
+    {
+        matrix.requireRow(row);
+        VoVector<Ref> cells;
+        cells.reserve(matrix.m_columns);
+        for (std::size_t column = 0; column < matrix.m_columns; ++column)
+            cells.pushBack(matrix(row, column));
+        return cells;
+    }
+
+    template <typename Ref, typename Matrix>
+    static VoVector<Ref> columnOf(Matrix& matrix, std::size_t column)
+    {
+        matrix.requireColumn(column);
+        VoVector<Ref> cells;
+        cells.reserve(matrix.m_rows);
+        for (std::size_t row = 0; row < matrix.m_rows; ++row)
+            cells.pushBack(matrix(row, column));
+        return cells;
     }
 
     std::size_t m_rows = 0;
     std::size_t m_columns = 0;
     VoVector<T> m_cells;
 };
+
+/// Exchanges shapes and cells.
+template <typename T>
+void swap(VoMatrix<T>& a, VoMatrix<T>& b) noexcept
+{
+    a.swap(b);
+}

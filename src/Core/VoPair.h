@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <type_traits>
 #include <utility>
 
@@ -73,3 +74,11 @@ bool operator<(const VoPair<A, B>& a, const VoPair<A, B>& b)
     return a.second < b.second;
 }
 /// @}
+
+/// Writes "[first,second]", as VoVariant::toString() does. Only for elements that a stream can write.
+template <typename Char, typename Traits, typename A, typename B>
+auto operator<<(std::basic_ostream<Char, Traits>& stream, const VoPair<A, B>& pair)
+    -> decltype(stream << pair.first, stream << pair.second, stream)
+{
+    return stream << '[' << pair.first << ',' << pair.second << ']';
+}

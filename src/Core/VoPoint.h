@@ -2,6 +2,8 @@
 
 #include <Core/VoExport.h>
 
+#include <cstddef>
+#include <functional>
 #include <iosfwd>
 
 /// A point of whole coordinates.
@@ -26,4 +28,15 @@ struct VOCORE_EXPORT VoPoint
 
     /// Writes "(x, y)".
     friend VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, const VoPoint& point);
+};
+
+/// Hash of both coordinates.
+template <>
+struct std::hash<VoPoint>
+{
+    /// Agrees with ==.
+    std::size_t operator()(const VoPoint& point) const noexcept
+    {
+        return std::hash<int>()(point.x) * 31 + std::hash<int>()(point.y);
+    }
 };

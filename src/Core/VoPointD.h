@@ -2,6 +2,8 @@
 
 #include <Core/VoExport.h>
 
+#include <cstddef>
+#include <functional>
 #include <iosfwd>
 
 /// A point of real coordinates.
@@ -26,4 +28,15 @@ struct VOCORE_EXPORT VoPointD
 
     /// Writes "(x, y)", each with six significant digits.
     friend VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, const VoPointD& point);
+};
+
+/// Hash of both coordinates.
+template <>
+struct std::hash<VoPointD>
+{
+    /// Agrees with ==.
+    std::size_t operator()(const VoPointD& point) const noexcept
+    {
+        return std::hash<double>()(point.x) * 31 + std::hash<double>()(point.y);
+    }
 };

@@ -1,5 +1,7 @@
 #include <Core/VoProperties.h>
 
+#include <ostream>
+
 #include <algorithm>
 #include <unordered_map>
 #include <utility>
@@ -186,4 +188,14 @@ bool VoProperties::operator==(const VoProperties& other) const
 bool VoProperties::operator!=(const VoProperties& other) const
 {
     return !(*this == other);
+}
+
+std::ostream& operator<<(std::ostream& stream, const VoProperties& properties)
+{
+    const char* separator = "{";
+    for (const VoProperty& property : properties) {
+        stream << separator << property;
+        separator = ", ";
+    }
+    return stream << (properties.isEmpty() ? "{}" : "}");
 }

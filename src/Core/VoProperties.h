@@ -80,6 +80,9 @@ public:
     bool operator==(const VoProperties& other) const; ///< Equal properties, position by position.
     bool operator!=(const VoProperties& other) const; ///< Another size, or some property differs.
 
+    /// Writes "{", the properties as VoProperty writes them with ", " between, and "}".
+    friend VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, const VoProperties& properties);
+
 private:
     struct Private;
 

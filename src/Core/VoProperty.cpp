@@ -59,3 +59,8 @@ std::ostream& operator<<(std::ostream& stream, const VoProperty& property)
 {
     return stream << property.m_name << " = " << property.m_value;
 }
+
+std::size_t std::hash<VoProperty>::operator()(const VoProperty& property) const noexcept
+{
+    return std::hash<VoString>()(property.name()) * 31 + std::hash<VoVariant>()(property.value());
+}

@@ -18,10 +18,12 @@ public:
     VoProperty& operator=(VoProperty&& other) noexcept; ///< Takes both.
     virtual ~VoProperty();
 
-    const VoString& name() const noexcept { return m_name; }    ///< The name.
-    const VoVariant& value() const noexcept { return m_value; } ///< The value.
-    void setName(VoString name);                                ///< Replaces the name.
-    void setValue(VoVariant value);                             ///< Replaces the value.
+    const VoString& name() const& noexcept { return m_name; }    ///< The name.
+    VoString name() && noexcept { return std::move(m_name); }    ///< The name, out of a temporary.
+    const VoVariant& value() const& noexcept { return m_value; } ///< The value.
+    VoVariant value() && noexcept { return std::move(m_value); } ///< The value, out of a temporary.
+    void setName(VoString name);                                 ///< Replaces the name.
+    void setValue(VoVariant value);                              ///< Replaces the value.
 
     bool equalName(const VoProperty& other) const;  ///< Equal names.
     bool equalValue(const VoProperty& other) const; ///< Equal values, by VoVariant's ==.
@@ -34,4 +36,12 @@ public:
 private:
     VoString m_name;
     VoVariant m_value;
+};
+
+/// Agrees with ==: names and texts hash without regard to case.
+template <>
+struct VOCORE_EXPORT std::hash<VoProperty>
+{
+    /// Of name and value.
+    std::size_t operator()(const VoProperty& property) const noexcept;
 };

@@ -14,7 +14,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <optional>
+#include <stdexcept>
 
 namespace {
 
@@ -37,21 +39,27 @@ EmptyState& SharedEmptyState()
     return state;
 }
 
-std::size_t RequireLength(std::size_t length)
+// Does what takes memory for a number of bytes that the caller named.
+template <typename Function>
+auto Allocated(Function&& function)
 {
-    if (length > std::string().max_size())
+    try {
+        return function();
+    } catch (const std::bad_alloc&) {
+        vo::detail::ThrowBadAlloc("bytes of a string");
+    } catch (const std::length_error&) {
         vo::detail::ThrowBadAlloc("string length");
-    return length;
+    }
 }
 
 std::string Repeated(char c, std::size_t count)
 {
-    return std::string(RequireLength(count), c);
+    return Allocated([&] { return std::string(count, c); });
 }
 
 std::string Copied(const char* bytes, std::size_t length)
 {
-    return length ? std::string(bytes, RequireLength(length)) : std::string();
+    return bytes && length ? Allocated([&] { return std::string(bytes, length); }) : std::string();
 }
 
 std::string ToUtf8(const QChar* text, int length)
@@ -323,14 +331,62 @@ bool VoString::operator!=(const VoComparableString& other) const
     return !vo::detail::EqualFolded(*m_text, BytesOf(other), record());
 }
 
-VoStringView VoString::substring(std::size_t pos) const
+VoStringView VoString::substring(std::size_t pos) const&
 {
     return substring(pos, VoStringView::npos);
 }
 
-VoStringView VoString::substring(std::size_t pos, std::size_t length) const
+VoStringView VoString::substring(std::size_t pos, std::size_t length) const&
 {
     return VoStringView(*this, pos, length);
+}
+
+VoString VoString::substring(std::size_t pos) const&&
+{
+    return owning(substring(pos));
+}
+
+VoString VoString::substring(std::size_t pos, std::size_t length) const&&
+{
+    return owning(substring(pos, length));
+}
+
+VoStringView VoString::trimmed() const&
+{
+    return VoComparableString::trimmed();
+}
+
+VoString VoString::trimmed() const&&
+{
+    return owning(trimmed());
+}
+
+VoDeque<VoStringView> VoString::tokenize(const VoString& separator) const&
+{
+    return VoComparableString::tokenize(separator);
+}
+
+VoDeque<VoStringView> VoString::tokenize(const VoString& separator, Comparison mode) const&
+{
+    return VoComparableString::tokenize(separator, mode);
+}
+
+VoDeque<VoString> VoString::tokenize(const VoString& separator) const&&
+{
+    return std::move(*this).tokenize(separator, CaseInsensitive);
+}
+
+VoDeque<VoString> VoString::tokenize(const VoString& separator, Comparison mode) const&&
+{
+    VoDeque<VoString> pieces;
+    for (const VoStringView& piece : tokenize(separator, mode))
+        pieces.pushBack(owning(piece));
+    return pieces;
+}
+
+VoString VoString::owning(const VoStringView& view) const
+{
+    return withLocaleOf(*this, std::string(view.state().text()));
 }
 
 std::size_t VoString::copy(char* dest, std::size_t length, std::size_t pos) const
@@ -407,7 +463,7 @@ VoString& VoString::operator+=(const char* text)
 void VoString::resize(std::size_t size, char fill)
 {
     if (size != this->size())
-        own().bytes.resize(RequireLength(size), fill);
+        Allocated([&] { own().bytes.resize(size, fill); });
 }
 
 void VoString::replace(const VoString& from, const VoString& to, Comparison mode)
@@ -551,7 +607,12 @@ bool VoString::contains(const char* needle, Comparison mode) const
 
 std::size_t VoString::findLastOf(char c) const
 {
-    const std::size_t found = m_text->rfind(c);
+    return findLastOf(c, std::string::npos);
+}
+
+std::size_t VoString::findLastOf(char c, std::size_t from) const
+{
+    const std::size_t found = m_text->rfind(c, from);
     if (found == std::string::npos)
         vo::detail::ThrowNotFound(&c, 1);
     return found;

@@ -14,8 +14,11 @@ namespace vo::detail {
 struct LocaleRecord;
 
 template <typename T>
-inline constexpr bool IsWideCharacter =
-    std::is_same_v<T, wchar_t> || std::is_same_v<T, char16_t> || std::is_same_v<T, char32_t>;
+inline constexpr bool IsWideCharacter = std::is_same_v<T, wchar_t> || std::is_same_v<T, char16_t> ||
+#if defined(__cpp_char8_t)
+                                        std::is_same_v<T, char8_t> ||
+#endif
+                                        std::is_same_v<T, char32_t>;
 
 // Integer types that are read as numbers, not as characters or truth values.
 template <typename T>
@@ -41,7 +44,8 @@ inline constexpr bool IsForeignString = std::is_same_v<T, QString> || std::is_sa
 /// spacedCapitals()), keep the locale of the string they come from.
 ///
 /// A value: it copies its bytes, is empty after being moved from, and may be read from several threads at once. Views
-/// (VoStringView) of a string stay valid when it is moved, and end with its next change or its destruction.
+/// (VoStringView) of a string stay valid when it is moved, and end with its next change or its destruction; of a
+/// temporary string the members that give views give strings instead.
 class VOCORE_EXPORT VoString : public VoComparableString
 {
 public:
@@ -57,20 +61,26 @@ public:
 
     VoString();
     VoString(const char* text);                      ///< The bytes up to the terminator; null is empty.
-    VoString(const char* bytes, std::size_t length); ///< `length` bytes, zero bytes included.
-    VoString(const std::string& bytes);              ///< The same bytes.
-    VoString(std::string&& bytes);                   ///< The same bytes.
-    VoString(char c, std::size_t count);             ///< `count` times c. Mind the order of the arguments.
-    VoString(const QString& text);                   ///< The UTF-8 form of the text.
-    VoString(const QStringRef& text);                ///< The UTF-8 form of the text.
-    VoString(const YString& text);                   ///< The same bytes.
-    VoString(const TempString& text);                ///< The same bytes.
-    VoString(const VoStringView& view);              ///< A copy of the viewed bytes, with the global locale.
-    explicit VoString(const VoUUID& uuid);           ///< The identifier's text.
-    explicit VoString(int value);                    ///< Decimal text.
-    explicit VoString(long long value);              ///< Decimal text.
-    explicit VoString(unsigned long long value);     ///< Decimal text.
-    explicit VoString(double value); ///< Like C "%f": always six decimals, "1.500000", whatever the locale.
+    VoString(const char* bytes, std::size_t length); ///< `length` bytes, zero bytes included; null is empty.
+#if defined(__cpp_char8_t)
+    VoString(const char8_t* text) ///< The bytes of a UTF-8 literal, as earlier language versions give them.
+        : VoString(reinterpret_cast<const char*>(text))
+    {
+    }
+#endif
+    VoString(const std::string& bytes);          ///< The same bytes.
+    VoString(std::string&& bytes);               ///< The same bytes.
+    VoString(char c, std::size_t count);         ///< `count` times c. Mind the order of the arguments.
+    VoString(const QString& text);               ///< The UTF-8 form of the text.
+    VoString(const QStringRef& text);            ///< The UTF-8 form of the text.
+    VoString(const YString& text);               ///< The same bytes.
+    VoString(const TempString& text);            ///< The same bytes.
+    VoString(const VoStringView& view);          ///< A copy of the viewed bytes, with the global locale.
+    explicit VoString(const VoUUID& uuid);       ///< The identifier's text.
+    explicit VoString(int value);                ///< Decimal text.
+    explicit VoString(long long value);          ///< Decimal text.
+    explicit VoString(unsigned long long value); ///< Decimal text.
+    explicit VoString(double value);             ///< Like C "%f": always six decimals, "1.500000", whatever the locale.
     explicit VoString(bool) = delete;
 
     /// One byte. Deduces char exactly, so that no number becomes a character by accident.
@@ -104,14 +114,26 @@ public:
 
     /// @name Bytes
     /// @{
-    std::size_t size() const final { return m_text->size(); }
-    bool isEmpty() const { return m_text->empty(); } ///< Whether there is no byte.
+    std::size_t size() const final
+    {
+        return m_text->size();
+    }
+    bool isEmpty() const
+    {
+        return m_text->empty();
+    } ///< Whether there is no byte.
     const char& at(std::size_t index) const final;
     /// The byte at an index, to be changed.
     /// @throws VoIndexOutOfBoundsException with the index and the size, when index >= size()
     char& at(std::size_t index);
-    const char& operator[](std::size_t index) const final { return *(m_text->data() + index); }
-    char& operator[](std::size_t index) { return *(m_text->data() + index); } ///< The byte at an index, unchecked.
+    const char& operator[](std::size_t index) const final
+    {
+        return *(m_text->data() + index);
+    }
+    char& operator[](std::size_t index)
+    {
+        return *(m_text->data() + index);
+    } ///< The byte at an index, unchecked.
 
     /// Any integer type as index, unchecked; without these the conversion to a pointer would compete.
     template <typename I, std::enable_if_t<std::is_integral_v<I>, int> = 0>
@@ -126,6 +148,23 @@ public:
         return (*this)[static_cast<std::size_t>(index)];
     }
 
+    const char* begin() const noexcept
+    {
+        return m_text->data();
+    } ///< The first byte.
+    const char* end() const noexcept
+    {
+        return m_text->data() + m_text->size();
+    } ///< Past the last byte.
+    char* begin() noexcept
+    {
+        return m_text->data();
+    } ///< The first byte, to be changed.
+    char* end() noexcept
+    {
+        return m_text->data() + m_text->size();
+    } ///< Past the last byte.
+
     const std::locale& locale() const final;
 
     // Overridden for speed only: the own bytes and the locale's record need no virtual call.
@@ -136,8 +175,19 @@ public:
     bool operator!=(const char* text) const override;
     bool operator!=(const VoComparableString& other) const override;
 
-    VoStringView substring(std::size_t pos) const; ///< The view from `pos` to the end; see the other form.
-    VoStringView substring(std::size_t pos, std::size_t length) const final;
+    VoStringView substring(std::size_t pos) const&; ///< The view from `pos` to the end; see the other form.
+    VoStringView substring(std::size_t pos, std::size_t length) const& final;
+    /// A temporary string's views would outlive it: it gives copies that own their bytes and keep its locale.
+    /// @{
+    VoString substring(std::size_t pos) const&&;
+    VoString substring(std::size_t pos, std::size_t length) const&&;
+    VoStringView trimmed() const&;
+    VoString trimmed() const&&;
+    VoDeque<VoStringView> tokenize(const VoString& separator) const&;
+    VoDeque<VoStringView> tokenize(const VoString& separator, Comparison mode) const&;
+    VoDeque<VoString> tokenize(const VoString& separator) const&&;
+    VoDeque<VoString> tokenize(const VoString& separator, Comparison mode) const&&;
+    /// @}
 
     /// Copies min(length, size() - pos) bytes from `pos` to `dest`, without a terminator, and returns how many.
     /// @throws VoIndexOutOfBoundsException with pos and the size, when pos > size()
@@ -209,6 +259,7 @@ public:
     /// The index of the last byte equal to c (exactly).
     /// @throws VoNotFoundException "Item not found: " + c, when there is none
     std::size_t findLastOf(char c) const;
+    std::size_t findLastOf(char c, std::size_t from) const; ///< As findLastOf(), at or before the index `from`.
 
     bool containsWhiteSpace() const; ///< Whether the own locale classes any byte as space or blank.
     /// @}
@@ -216,13 +267,45 @@ public:
     /// @name Conversions out
     /// The pointers are terminated, and valid until the string changes.
     /// @{
-    const std::string& toStdString() const { return *m_text; } ///< The held bytes.
-    std::string& toStdString();                                ///< The held bytes, to be changed.
-    const char* c_str() const { return m_text->c_str(); }      ///< The bytes, terminated.
-    const char* toCString() const { return m_text->c_str(); }  ///< The bytes, terminated.
-    const char* tocs() const { return m_text->c_str(); }       ///< The bytes, terminated.
-    operator const char*() const { return m_text->c_str(); }   ///< The bytes, terminated.
+    const VoString& toString() const&
+    {
+        return *this;
+    } ///< The string itself, as views and paths give theirs.
+    VoString toString() &&
+    {
+        return std::move(*this);
+    } ///< The string itself, out of a temporary.
+    const std::string& toStdString() const
+    {
+        return *m_text;
+    }                           ///< The held bytes.
+    std::string& toStdString(); ///< The held bytes, to be changed.
+    const char* c_str() const
+    {
+        return m_text->c_str();
+    } ///< The bytes, terminated.
+    const char* toCString() const
+    {
+        return m_text->c_str();
+    } ///< The bytes, terminated.
+    const char* tocs() const
+    {
+        return m_text->c_str();
+    } ///< The bytes, terminated.
+    operator const char*() const
+    {
+        return m_text->c_str();
+    } ///< The bytes, terminated.
     explicit operator bool() const = delete;
+    /// @cond INTERNAL
+    // What the conversion to a pointer would let in by accident: a truth value, an address, dereferencing, `delete`,
+    // and differences of addresses.
+    operator void*() const = delete;
+    void operator*() const = delete;
+    template <typename T>
+    void operator-(const T&) const = delete;
+    friend void operator-(const char*, const VoString&) = delete;
+    /// @endcond
 
     /// The text read as UTF-8 up to the first zero byte; invalid bytes become U+FFFD and a leading byte order mark is
     /// dropped.
@@ -280,6 +363,8 @@ private:
     static VoString withLocaleOf(const VoString& source, std::string&& bytes);
     static VoString joined(const VoString& source, const char* a, std::size_t aLength, const char* b,
                            std::size_t bLength);
+    // A copy of a view of this string.
+    VoString owning(const VoStringView& view) const;
     VoString& appendByte(char c);
     VoString& appendBytes(const char* bytes, std::size_t length);
     Private& own();
@@ -298,35 +383,101 @@ inline void swap(VoString& a, VoString& b) noexcept
 // Free operators deduce the foreign type exactly: with a converting parameter they would compete with each other and
 // with the foreign type's own operators.
 
+/// @cond INTERNAL
+namespace vo::detail {
+
+template <typename A, typename S>
+using IfStringAndForeign =
+    std::enable_if_t<std::conjunction_v<std::bool_constant<IsForeignString<S>>, std::is_base_of<VoComparableString, A>>,
+                     bool>;
+
+inline VoStringView TextOf(const std::string& text)
+{
+    return VoStringView(text.data(), text.size());
+}
+template <typename Q, std::enable_if_t<std::is_same_v<Q, QString>, int> = 0>
+VoString TextOf(const Q& text)
+{
+    return VoString(text);
+}
+
+} // namespace vo::detail
+/// @endcond
+
 /// @name Comparison with QString and std::string
 /// The library's string decides how case counts, on either side.
 /// @{
 /// Equal texts.
-template <typename S, std::enable_if_t<vo::detail::IsForeignString<S>, int> = 0>
-bool operator==(const VoComparableString& a, const S& b)
+template <typename A, typename S>
+auto operator==(const A& a, const S& b) -> vo::detail::IfStringAndForeign<A, S>
 {
-    if constexpr (std::is_same_v<S, std::string>)
-        return a == VoStringView(b.data(), b.size());
-    else
-        return a == VoString(b);
+    return a == vo::detail::TextOf(b);
 }
 /// Equal texts.
-template <typename S, std::enable_if_t<vo::detail::IsForeignString<S>, int> = 0>
-bool operator==(const S& a, const VoComparableString& b)
+template <typename S, typename A>
+auto operator==(const S& a, const A& b) -> vo::detail::IfStringAndForeign<A, S>
 {
-    return b == a;
+    return b == vo::detail::TextOf(a);
 }
 /// Different texts.
-template <typename S, std::enable_if_t<vo::detail::IsForeignString<S>, int> = 0>
-bool operator!=(const VoComparableString& a, const S& b)
+template <typename A, typename S>
+auto operator!=(const A& a, const S& b) -> vo::detail::IfStringAndForeign<A, S>
 {
-    return !(a == b);
+    return a != vo::detail::TextOf(b);
 }
 /// Different texts.
-template <typename S, std::enable_if_t<vo::detail::IsForeignString<S>, int> = 0>
-bool operator!=(const S& a, const VoComparableString& b)
+template <typename S, typename A>
+auto operator!=(const S& a, const A& b) -> vo::detail::IfStringAndForeign<A, S>
 {
-    return !(b == a);
+    return b != vo::detail::TextOf(a);
+}
+/// Ordered before.
+template <typename A, typename S>
+auto operator<(const A& a, const S& b) -> vo::detail::IfStringAndForeign<A, S>
+{
+    return a < vo::detail::TextOf(b);
+}
+/// Ordered before.
+template <typename S, typename A>
+auto operator<(const S& a, const A& b) -> vo::detail::IfStringAndForeign<A, S>
+{
+    return b > vo::detail::TextOf(a);
+}
+/// Ordered before, or equal.
+template <typename A, typename S>
+auto operator<=(const A& a, const S& b) -> vo::detail::IfStringAndForeign<A, S>
+{
+    return a <= vo::detail::TextOf(b);
+}
+/// Ordered before, or equal.
+template <typename S, typename A>
+auto operator<=(const S& a, const A& b) -> vo::detail::IfStringAndForeign<A, S>
+{
+    return b >= vo::detail::TextOf(a);
+}
+/// Ordered after.
+template <typename A, typename S>
+auto operator>(const A& a, const S& b) -> vo::detail::IfStringAndForeign<A, S>
+{
+    return a > vo::detail::TextOf(b);
+}
+/// Ordered after.
+template <typename S, typename A>
+auto operator>(const S& a, const A& b) -> vo::detail::IfStringAndForeign<A, S>
+{
+    return b < vo::detail::TextOf(a);
+}
+/// Ordered after, or equal.
+template <typename A, typename S>
+auto operator>=(const A& a, const S& b) -> vo::detail::IfStringAndForeign<A, S>
+{
+    return a >= vo::detail::TextOf(b);
+}
+/// Ordered after, or equal.
+template <typename S, typename A>
+auto operator>=(const S& a, const A& b) -> vo::detail::IfStringAndForeign<A, S>
+{
+    return b <= vo::detail::TextOf(a);
 }
 /// @}
 

@@ -88,6 +88,16 @@ std::size_t VoStringView::size() const
     return state().length;
 }
 
+const char* VoStringView::begin() const noexcept
+{
+    return state().bytes;
+}
+
+const char* VoStringView::end() const noexcept
+{
+    return state().bytes + state().length;
+}
+
 const char& VoStringView::at(std::size_t index) const
 {
     if (index >= state().length)
@@ -135,7 +145,7 @@ VoStringView VoStringView::substring(std::size_t pos) const
     return substring(pos, npos);
 }
 
-VoStringView VoStringView::substring(std::size_t pos, std::size_t length) const
+VoStringView VoStringView::substring(std::size_t pos, std::size_t length) const&
 {
     const Private& viewed = state();
     if (pos > viewed.length)

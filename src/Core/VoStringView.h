@@ -42,6 +42,8 @@ public:
 
     std::size_t size() const final;
     bool isEmpty() const { return size() == 0; } ///< Whether there is no byte.
+    const char* begin() const noexcept;          ///< The first byte.
+    const char* end() const noexcept;            ///< Past the last byte.
     const char& at(std::size_t index) const final;
     const char& operator[](std::size_t index) const final;
     const std::locale& locale() const final;
@@ -55,7 +57,7 @@ public:
     bool operator!=(const VoComparableString& other) const override;
 
     VoStringView substring(std::size_t pos) const; ///< The view from `pos` to the end; see the other form.
-    VoStringView substring(std::size_t pos, std::size_t length) const final;
+    VoStringView substring(std::size_t pos, std::size_t length) const& final;
 
     /// The index of the last byte equal to c (exactly) at or before the index `from`.
     /// @throws VoNotFoundException "Item not found: " + c, when there is none

@@ -42,54 +42,14 @@ bool VoUUID::operator==(const VoUUID& other) const
     return m_text == other.m_text;
 }
 
-bool VoUUID::operator==(const VoString& text) const
-{
-    return m_text == text;
-}
-
-bool VoUUID::operator==(const char* text) const
-{
-    return m_text == text;
-}
-
 bool VoUUID::operator!=(const VoUUID& other) const
 {
     return m_text != other.m_text;
 }
 
-bool VoUUID::operator!=(const VoString& text) const
-{
-    return m_text != text;
-}
-
-bool VoUUID::operator!=(const char* text) const
-{
-    return m_text != text;
-}
-
 bool VoUUID::operator<(const VoUUID& other) const
 {
     return m_text < other.m_text;
-}
-
-bool operator==(const VoString& left, const VoUUID& right)
-{
-    return right == left;
-}
-
-bool operator!=(const VoString& left, const VoUUID& right)
-{
-    return right != left;
-}
-
-bool operator==(const char* left, const VoUUID& right)
-{
-    return right == left;
-}
-
-bool operator!=(const char* left, const VoUUID& right)
-{
-    return right != left;
 }
 
 VoString VoUUID::Serialize(const VoUUID& uuid)

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <iosfwd>
+#include <utility>
 
 /// An identifier, held as text. Two identifiers are the same when their texts are equal byte for byte: case counts.
 /// Any text is accepted, also the empty one; checking it is the caller's affair.
@@ -41,7 +42,8 @@ public:
 
     /// The text.
     /// @{
-    const VoString& toString() const noexcept { return m_text; }
+    const VoString& toString() const& noexcept { return m_text; }
+    VoString toString() && noexcept { return std::move(m_text); }
     operator const VoString&() const noexcept { return m_text; }
     operator YString() const;
     /// @}
@@ -49,16 +51,33 @@ public:
     /// Comparison of the texts, byte for byte.
     /// @{
     bool operator==(const VoUUID& other) const;
-    bool operator==(const VoString& text) const;
-    bool operator==(const char* text) const;
     bool operator!=(const VoUUID& other) const;
-    bool operator!=(const VoString& text) const;
-    bool operator!=(const char* text) const;
     bool operator<(const VoUUID& other) const;
-    friend VOCORE_EXPORT bool operator==(const VoString& left, const VoUUID& right);
-    friend VOCORE_EXPORT bool operator!=(const VoString& left, const VoUUID& right);
-    friend VOCORE_EXPORT bool operator==(const char* left, const VoUUID& right);
-    friend VOCORE_EXPORT bool operator!=(const char* left, const VoUUID& right);
+    friend bool operator==(const VoUUID& left, const char* right) { return left.m_text == right; }
+    friend bool operator!=(const VoUUID& left, const char* right) { return left.m_text != right; }
+    friend bool operator==(const char* left, const VoUUID& right) { return right.m_text == left; }
+    friend bool operator!=(const char* left, const VoUUID& right) { return right.m_text != left; }
+    // Strings and views are deduced exactly: an identifier converts to a string, whose own operators would compete.
+    template <typename S>
+    friend auto operator==(const VoUUID& left, const S& right) -> vo::detail::IfComparableStrings<S>
+    {
+        return left.m_text == right;
+    }
+    template <typename S>
+    friend auto operator==(const S& left, const VoUUID& right) -> vo::detail::IfComparableStrings<S>
+    {
+        return right.m_text == left;
+    }
+    template <typename S>
+    friend auto operator!=(const VoUUID& left, const S& right) -> vo::detail::IfComparableStrings<S>
+    {
+        return left.m_text != right;
+    }
+    template <typename S>
+    friend auto operator!=(const S& left, const VoUUID& right) -> vo::detail::IfComparableStrings<S>
+    {
+        return right.m_text != left;
+    }
     /// @}
 
     /// The text, and the identifier of a text.

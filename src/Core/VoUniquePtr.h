@@ -83,8 +83,27 @@ VoUniquePtr<U> DynamicCast(VoUniquePtr<T>&& pointer)
     return VoUniquePtr<U>(object);
 }
 
-/// @name Comparisons with null
+/// Exchanges the objects.
+template <typename T>
+void swap(VoUniquePtr<T>& a, VoUniquePtr<T>& b) noexcept
+{
+    a.swap(b);
+}
+
+/// @name Comparisons of the addresses held, and with null
 /// @{
+/// Same object; two owners agree only when both are empty.
+template <typename T, typename U>
+bool operator==(const VoUniquePtr<T>& a, const VoUniquePtr<U>& b) noexcept
+{
+    return a.get() == b.get();
+}
+/// Other objects.
+template <typename T, typename U>
+bool operator!=(const VoUniquePtr<T>& a, const VoUniquePtr<U>& b) noexcept
+{
+    return a.get() != b.get();
+}
 /// True without an object.
 template <typename T>
 bool operator==(const VoUniquePtr<T>& pointer, std::nullptr_t) noexcept
@@ -94,6 +113,18 @@ bool operator==(const VoUniquePtr<T>& pointer, std::nullptr_t) noexcept
 /// True with an object.
 template <typename T>
 bool operator!=(const VoUniquePtr<T>& pointer, std::nullptr_t) noexcept
+{
+    return !pointer.isNull();
+}
+/// True without an object.
+template <typename T>
+bool operator==(std::nullptr_t, const VoUniquePtr<T>& pointer) noexcept
+{
+    return pointer.isNull();
+}
+/// True with an object.
+template <typename T>
+bool operator!=(std::nullptr_t, const VoUniquePtr<T>& pointer) noexcept
 {
     return !pointer.isNull();
 }

@@ -223,6 +223,13 @@ const auto& VoVariant::held() const
     return *value;
 }
 
+template <VoVariant::Type type>
+auto VoVariant::taken()
+{
+    held<type>();
+    return std::move(std::get<static_cast<std::size_t>(type)>(m_private->value));
+}
+
 bool VoVariant::asBoolean() const
 {
     return held<Boolean>();
@@ -233,9 +240,14 @@ int VoVariant::asInteger() const
     return held<Integer>();
 }
 
-const double& VoVariant::asDouble() const
+const double& VoVariant::asDouble() const&
 {
     return held<Double>();
+}
+
+double VoVariant::asDouble() &&
+{
+    return taken<Double>();
 }
 
 std::size_t VoVariant::asSize() const
@@ -243,24 +255,44 @@ std::size_t VoVariant::asSize() const
     return held<Size>();
 }
 
-const VoString& VoVariant::asString() const
+const VoString& VoVariant::asString() const&
 {
     return held<String>();
 }
 
-const VoFilePath& VoVariant::asFilePath() const
+VoString VoVariant::asString() &&
+{
+    return taken<String>();
+}
+
+const VoFilePath& VoVariant::asFilePath() const&
 {
     return held<FilePath>();
 }
 
-const VoPair<VoString, VoString>& VoVariant::asStringPair() const
+VoFilePath VoVariant::asFilePath() &&
+{
+    return taken<FilePath>();
+}
+
+const VoPair<VoString, VoString>& VoVariant::asStringPair() const&
 {
     return held<StringPair>();
 }
 
-const VoPair<VoFilePath, VoFilePath>& VoVariant::asFilePathPair() const
+VoPair<VoString, VoString> VoVariant::asStringPair() &&
+{
+    return taken<StringPair>();
+}
+
+const VoPair<VoFilePath, VoFilePath>& VoVariant::asFilePathPair() const&
 {
     return held<FilePathPair>();
+}
+
+VoPair<VoFilePath, VoFilePath> VoVariant::asFilePathPair() &&
+{
+    return taken<FilePathPair>();
 }
 
 int VoVariant::compare(const VoVariant& other) const

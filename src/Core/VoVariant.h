@@ -95,7 +95,8 @@ public:
         : VoVariant(VoString(value))
     {
     }
-    VoVariant(char) = delete;
+    template <typename T, std::enable_if_t<std::is_same_v<T, char> || vo::detail::IsWideCharacter<T>, int> = 0>
+    VoVariant(T) = delete;
     VoVariant(long) = delete;
     VoVariant(long long) = delete;
     VoVariant(std::nullptr_t) = delete;
@@ -121,18 +122,24 @@ public:
     bool isNull() const noexcept { return m_type == Type::Null; } ///< Whether the variant holds nothing.
 
     /// @name The value
-    /// References stay valid until the variant is changed, moved from or destroyed.
+    /// References stay valid until the variant is changed, moved from or destroyed. A temporary gives its value
+    /// instead.
     /// @throws VoBadVariantAccessException when the variant is of another kind
     /// @throws std::bad_variant_access "bad variant access", when the value was lost in a failed assignment
     /// @{
-    bool asBoolean() const;                                       ///< Of a Boolean.
-    int asInteger() const;                                        ///< Of an Integer.
-    const double& asDouble() const;                               ///< Of a Double.
-    std::size_t asSize() const;                                   ///< Of a Size.
-    const VoString& asString() const;                             ///< Of a String.
-    const VoFilePath& asFilePath() const;                         ///< Of a FilePath.
-    const VoPair<VoString, VoString>& asStringPair() const;       ///< Of a StringPair.
-    const VoPair<VoFilePath, VoFilePath>& asFilePathPair() const; ///< Of a FilePathPair.
+    bool asBoolean() const;                                        ///< Of a Boolean.
+    int asInteger() const;                                         ///< Of an Integer.
+    const double& asDouble() const&;                               ///< Of a Double.
+    double asDouble() &&;                                          ///< Of a Double.
+    std::size_t asSize() const;                                    ///< Of a Size.
+    const VoString& asString() const&;                             ///< Of a String.
+    VoString asString() &&;                                        ///< Of a String.
+    const VoFilePath& asFilePath() const&;                         ///< Of a FilePath.
+    VoFilePath asFilePath() &&;                                    ///< Of a FilePath.
+    const VoPair<VoString, VoString>& asStringPair() const&;       ///< Of a StringPair.
+    VoPair<VoString, VoString> asStringPair() &&;                  ///< Of a StringPair.
+    const VoPair<VoFilePath, VoFilePath>& asFilePathPair() const&; ///< Of a FilePathPair.
+    VoPair<VoFilePath, VoFilePath> asFilePathPair() &&;            ///< Of a FilePathPair.
     /// @}
 
     /// The order of two values: of different kinds, this kind's number minus the other's (so 3 comes before 2.0, and
@@ -171,6 +178,8 @@ private:
     VoVariant(Type type, std::unique_ptr<Private> state) noexcept;
     template <Type type>
     const auto& held() const;
+    template <Type type>
+    auto taken();
     template <Type type, typename T>
     static std::unique_ptr<Private> Holding(T&& value);
 

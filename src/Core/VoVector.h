@@ -26,9 +26,9 @@ public:
         : Base(std::vector<T>(values))
     {
     }
-    /// Holds @p count copies of @p value.
+    /// Holds @p count copies of @p value. Throws VoBadAllocException when they cannot be held.
     explicit VoVector(std::size_t count, const T& value = T())
-        : Base(std::vector<T>(count, value))
+        : Base(Base::Allocated([&] { return std::vector<T>(count, value); }))
     {
     }
     /// Holds copies of the elements of a range.
@@ -38,22 +38,30 @@ public:
     {
     }
 
-    void reserve(std::size_t capacity) { this->m_items.reserve(capacity); } ///< Makes room without adding.
+    /// Makes room without adding. Throws VoBadAllocException when it cannot be had.
+    void reserve(std::size_t capacity)
+    {
+        Base::Allocated([&] { this->m_items.reserve(capacity); });
+    }
 
-    /// The element at @p index. Throws VoIndexOutOfBoundsException(index, size) beyond the end.
-    reference at(std::size_t index)
+    /// The element at @p index; of a temporary container it is moved out. Throws VoIndexOutOfBoundsException(index,
+    /// size) beyond the end.
+    reference at(std::size_t index) &
     {
         this->requireIndex(index);
         return this->m_items[index];
     }
-    /// @copydoc at(std::size_t)
-    const_reference at(std::size_t index) const
+    /// @copydoc at(std::size_t)&
+    const_reference at(std::size_t index) const&
     {
         this->requireIndex(index);
         return this->m_items[index];
     }
-    reference operator[](std::size_t index) { return at(index); }             ///< As at.
-    const_reference operator[](std::size_t index) const { return at(index); } ///< As at.
+    /// @copydoc at(std::size_t)&
+    T at(std::size_t index) && { return std::move(at(index)); }
+    reference operator[](std::size_t index) & { return at(index); }            ///< As at.
+    const_reference operator[](std::size_t index) const& { return at(index); } ///< As at.
+    T operator[](std::size_t index) && { return std::move(at(index)); }        ///< As at.
 
     T* data() noexcept { return this->m_items.data(); }             ///< The contiguous elements.
     const T* data() const noexcept { return this->m_items.data(); } ///< The contiguous elements.

@@ -105,6 +105,12 @@ VoDeque<VoStringView> VoAbstractPath::chunks() const&
     return views;
 }
 
+VoDeque<VoString> VoAbstractPath::chunks() const&&
+{
+    const VoDeque<VoStringView> views = chunks();
+    return VoDeque<VoString>(views.begin(), views.end());
+}
+
 std::size_t VoAbstractPath::numberChunks() const noexcept
 {
     std::size_t number = 0;

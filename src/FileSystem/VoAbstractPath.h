@@ -19,14 +19,16 @@
 /// The text of a native path of a POSIX system begins with a single "\" and has no root name, so by the rules of root
 /// names it counts as relative. Whoever decides where a path leads asks isRooted(), not isAbsolute().
 ///
-/// A path is a value. Its views point into it: they end with the path, and cannot be taken from a temporary.
+/// A path is a value. Its views point into it and end with the path; a temporary path gives texts of their own instead.
 class VOCORE_EXPORT VoAbstractPath
 {
 public:
     virtual ~VoAbstractPath();
 
     /// The normalised text; empty for a null path.
-    const VoString& path() const noexcept { return m_path; }
+    const VoString& path() const& noexcept { return m_path; }
+    /// @copydoc path()
+    VoString path() && noexcept { return std::move(m_path); }
     /// The text as a wide string.
     std::wstring toWString() const;
 
@@ -50,18 +52,18 @@ public:
 
     /// The root: "\\server" of a network path, else the text up to and including the first ":", else empty.
     VoStringView rootName() const&;
-    VoStringView rootName() const&& = delete;
+    VoString rootName() const&& { return VoString(rootName()); }
     /// The first chunk behind the root; empty when there is none.
     VoStringView top() const&;
-    VoStringView top() const&& = delete;
+    VoString top() const&& { return VoString(top()); }
     /// The piece at an index, as chunks() gives it.
     /// @throw VoIndexOutOfBoundsException with the index and numberChunks()
     VoStringView chunk(std::size_t index) const&;
-    VoStringView chunk(std::size_t index) const&& = delete;
+    VoString chunk(std::size_t index) const&& { return VoString(chunk(index)); }
     /// The pieces between separators, without the empty ones that leading and trailing separators make.
     /// The first one is the drive, or the server's name, where the path has such a root.
     VoDeque<VoStringView> chunks() const&;
-    VoDeque<VoStringView> chunks() const&& = delete;
+    VoDeque<VoString> chunks() const&&;
     /// The number of pieces that chunks() gives.
     std::size_t numberChunks() const noexcept;
 

@@ -89,9 +89,15 @@ VoFilePath VoFilePath::Resolve(VoString text, const VoFilePath& base)
     return VoFilePath(std::move(text)).absolute(base);
 }
 
-const VoString& VoFilePath::path() const noexcept
+const VoString& VoFilePath::path() const& noexcept
 {
     return m_private ? m_private->text : NullText();
+}
+
+VoString VoFilePath::path() && noexcept
+{
+    const std::unique_ptr<Private> state = std::move(m_private); // a path without a text is null
+    return state ? std::move(state->text) : VoString(NullText());
 }
 
 std::wstring VoFilePath::toWString() const

@@ -10,14 +10,15 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <utility>
 
 /// The path of a file: a normalised text (see VoAbstractPath), compared without regard to case.
 ///
 /// No text is refused, and none is too long to be a path object: validLength() tells, and what opens, makes, moves or
 /// copies files throws VoPathSizeFileException before it touches the disk.
 ///
-/// A path is a value; a moved-from path is null. Its views point into it: they end with the path, and cannot be taken
-/// from a temporary.
+/// A path is a value; a moved-from path is null. Its views point into it and end with the path; a temporary path gives
+/// texts of their own instead.
 class VOCORE_EXPORT VoFilePath
 {
 public:
@@ -50,8 +51,10 @@ public:
 
     /// The normalised text; empty for a null path.
     /// @{
-    const VoString& path() const noexcept;
-    const VoString& toString() const noexcept { return path(); }
+    const VoString& path() const& noexcept;
+    VoString path() && noexcept;
+    const VoString& toString() const& noexcept { return path(); }
+    VoString toString() && noexcept { return std::move(*this).path(); }
     operator const VoString&() const noexcept { return path(); }
     /// @}
     /// The text as a wide string.
@@ -77,24 +80,24 @@ public:
 
     /// The root: "\\server" of a network path, else the text up to and including the first ":", else empty.
     VoStringView rootName() const&;
-    VoStringView rootName() const&& = delete;
+    VoString rootName() const&& { return VoString(rootName()); }
     /// The containing directory: of `C:\a` it is `C:\`, of `C:\a\b\` it is `C:\a\`. Null for a root and for a single
     /// relative name.
     /// @throw VoInvalidPathException "Invalid : in path name" when that is no valid directory path
     VoDirectoryPath parent() const;
     /// The text of the containing directory, with its final separator; empty where parent() is null.
     VoStringView parentPath() const&;
-    VoStringView parentPath() const&& = delete;
+    VoString parentPath() const&& { return VoString(parentPath()); }
     /// The text behind the last separator; empty for a directory.
     VoStringView filename() const&;
-    VoStringView filename() const&& = delete;
+    VoString filename() const&& { return VoString(filename()); }
     /// The file name before its last ".". A name without "." and one whose only "." leads it (".profile") are their
     /// own stem, and so are "." and "..".
     VoStringView stem() const&;
-    VoStringView stem() const&& = delete;
+    VoString stem() const&& { return VoString(stem()); }
     /// The file name behind its last ".", without the dot; empty where stem() is the whole name, and for "a.".
     VoStringView extension() const&;
-    VoStringView extension() const&& = delete;
+    VoString extension() const&& { return VoString(extension()); }
 
     /// This path if it is rooted, else the base directory with this path appended and resolved. The directory of a
     /// base that is a file by its text is its parent.
@@ -123,10 +126,27 @@ public:
     friend bool operator<=(const VoFilePath& left, const VoFilePath& right) { return left.path() <= right.path(); }
     friend bool operator>(const VoFilePath& left, const VoFilePath& right) { return left.path() > right.path(); }
     friend bool operator>=(const VoFilePath& left, const VoFilePath& right) { return left.path() >= right.path(); }
-    friend bool operator==(const VoFilePath& left, const VoString& right) { return left.path() == right; }
-    friend bool operator!=(const VoFilePath& left, const VoString& right) { return left.path() != right; }
-    friend bool operator==(const VoString& left, const VoFilePath& right) { return left == right.path(); }
-    friend bool operator!=(const VoString& left, const VoFilePath& right) { return left != right.path(); }
+    // Strings and views are deduced exactly: a path converts to a string, whose own operators would compete.
+    template <typename S>
+    friend auto operator==(const VoFilePath& left, const S& right) -> vo::detail::IfComparableStrings<S>
+    {
+        return left.path() == right;
+    }
+    template <typename S>
+    friend auto operator!=(const VoFilePath& left, const S& right) -> vo::detail::IfComparableStrings<S>
+    {
+        return left.path() != right;
+    }
+    template <typename S>
+    friend auto operator==(const S& left, const VoFilePath& right) -> vo::detail::IfComparableStrings<S>
+    {
+        return left == right.path();
+    }
+    template <typename S>
+    friend auto operator!=(const S& left, const VoFilePath& right) -> vo::detail::IfComparableStrings<S>
+    {
+        return left != right.path();
+    }
     friend bool operator==(const VoFilePath& left, const char* right) { return left.path() == right; }
     friend bool operator!=(const VoFilePath& left, const char* right) { return left.path() != right; }
     friend bool operator==(const char* left, const VoFilePath& right) { return right.path() == left; }

@@ -29,7 +29,8 @@ using vo::detail::MeansMissing;
 namespace {
 
 // The one translation of the system's and the standard library's failures.
-[[noreturn]] void Fail(const char* operation, const std::error_code& error, const VoString& path)
+template <typename Path>
+[[noreturn]] void Fail(const char* operation, const std::error_code& error, const Path& path)
 {
     throw VoFileException(operation + VoString(": ") + VoString(error.message()), path);
 }
@@ -51,27 +52,26 @@ auto Guarded(Operation operation)
     }
 }
 
-fs::file_status Status(const fs::path& path, const char* operation, const VoString& text)
+template <typename Path>
+fs::file_status Status(const Path& path, const char* operation)
 {
     std::error_code error;
-    const fs::file_status status = fs::status(path, error);
+    const fs::file_status status = fs::status(vo::detail::ToNative(path), error);
     if (error && !MeansMissing(error))
-        Fail(operation, error, text);
+        Fail(operation, error, path);
     return error ? fs::file_status(fs::file_type::not_found) : status;
 }
 
 template <typename Path>
 bool ExistsImpl(const Path& path)
 {
-    return !path.isNull() &&
-           Guarded([&] { return fs::exists(Status(vo::detail::ToNative(path), "exists", path.path())); });
+    return !path.isNull() && Guarded([&] { return fs::exists(Status(path, "exists")); });
 }
 
 template <typename Path>
 bool IsDirectoryImpl(const Path& path)
 {
-    return !path.isNull() &&
-           Guarded([&] { return fs::is_directory(Status(vo::detail::ToNative(path), "status", path.path())); });
+    return !path.isNull() && Guarded([&] { return fs::is_directory(Status(path, "status")); });
 }
 
 // Without the separator at its end, which would make the system follow a link and miss names that are new.
@@ -89,7 +89,7 @@ bool RemoveImpl(const Path& path)
         std::error_code error;
         const bool removed = fs::remove(NativeName(path), error);
         if (error && !MeansMissing(error))
-            Fail("remove", error, path.path());
+            Fail("remove", error, path);
         return removed && !error;
     });
 }
@@ -211,6 +211,34 @@ std::error_code MoveByCopy(const fs::path& from, const fs::path& to)
     return error;
 }
 
+// Whether a directory holds a name in just this spelling.
+bool IsListed(const fs::path& name, std::error_code& error)
+{
+    const fs::path directory = name.has_parent_path() ? name.parent_path() : fs::path(".");
+    fs::directory_iterator iterator(directory, error);
+    for (; !error && iterator != fs::directory_iterator(); iterator.increment(error))
+        if (iterator->path().filename() == name.filename())
+            return true;
+    return false;
+}
+
+// Renaming one name of a file to another name of the same file succeeds and does nothing. The source's name goes all
+// the same, unless the two are one: by way of links to directories, or on a volume that ignores case.
+std::error_code RemoveOtherName(const fs::path& from, const fs::path& to)
+{
+    std::error_code error;
+    if (!fs::exists(fs::symlink_status(from, error)))
+        return {};
+    const fs::path here(".");
+    const bool areInOneDirectory = fs::equivalent(from.has_parent_path() ? from.parent_path() : here,
+                                                  to.has_parent_path() ? to.parent_path() : here, error);
+    if (error || (areInOneDirectory && from.filename() == to.filename()) || !IsListed(from, error))
+        return error;
+    if (fs::equivalent(from, to, error) && !error)
+        fs::remove(from, error);
+    return error;
+}
+
 bool IsOlder(const fs::path& file, const fs::path& than)
 {
     std::error_code error;
@@ -221,9 +249,23 @@ bool IsOlder(const fs::path& file, const fs::path& than)
     return !error && a < b;
 }
 
+// What keeps a file from being copied, whatever is at the target; the words are those of opening it.
+std::error_code Uncopyable(const fs::path& from)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(from, error);
+    if (error || fs::is_regular_file(status))
+        return error;
+    return std::make_error_code(fs::is_directory(status) ? std::errc::is_a_directory
+                                                         : std::errc::operation_not_supported);
+}
+
 // False when the target is to be left as it is; an error when the copy is refused.
 bool DecideCopy(const fs::path& from, const fs::path& to, VoFileSystem::CopyOptions options, std::error_code& error)
 {
+    error = Uncopyable(from);
+    if (error)
+        return true;
     std::error_code ignored;
     if (!fs::exists(fs::symlink_status(to, ignored)))
         return true;
@@ -259,7 +301,7 @@ std::vector<Entry> ReadDirectory(const VoFilePath& directory, bool mayHaveVanish
             iterator.increment(error);
         }
         if (error && !(mayHaveVanished && MeansMissing(error)))
-            Fail("directory_iterator", error, directory.path());
+            Fail("directory_iterator", error, directory);
         std::sort(entries.begin(), entries.end(),
                   [](const Entry& a, const Entry& b) { return a.name.native() < b.name.native(); });
         return entries;
@@ -272,6 +314,13 @@ bool IsStillThere(const VoFilePath& path)
         std::error_code error;
         return fs::symlink_status(vo::detail::ToNative(path), error).type() != fs::file_type::not_found;
     });
+}
+
+template <typename Callback>
+void RequireCallback(const Callback& callback)
+{
+    if (!callback)
+        throw VoInvalidParameterException("Invalid callback");
 }
 
 template <typename Deliver>
@@ -372,7 +421,7 @@ std::uint64_t VoFileSystem::FileSize(const VoFilePath& path)
         if (error && MeansMissing(error))
             throw VoFileNotFoundException(path);
         if (error)
-            Fail("file_size", error, path.path());
+            Fail("file_size", error, path);
         return static_cast<std::uint64_t>(size);
     });
 }
@@ -409,7 +458,7 @@ std::uint64_t VoFileSystem::FreeSpace(const VoDirectoryPath& directory)
             if (!error)
                 return static_cast<std::uint64_t>(space.available);
         }
-        Fail("space", error, directory.path());
+        Fail("space", error, directory);
     });
 }
 
@@ -432,7 +481,7 @@ std::uint64_t VoFileSystem::RemoveAll(const VoDirectoryPath& directory)
         std::error_code error;
         const std::uintmax_t removed = fs::remove_all(native, error);
         if (error && !MeansMissing(error))
-            Fail("remove_all", error, directory.path());
+            Fail("remove_all", error, directory);
         return error ? 0 : static_cast<std::uint64_t>(removed);
     });
 }
@@ -446,7 +495,7 @@ bool VoFileSystem::CreateDirectory(const VoDirectoryPath& path, bool createParen
         const bool created =
             createParents ? fs::create_directories(native, error) : fs::create_directory(native, error);
         if (error)
-            Fail(createParents ? "create_directories" : "create_directory", error, path.path());
+            Fail(createParents ? "create_directories" : "create_directory", error, path);
         return created;
     });
 }
@@ -480,6 +529,8 @@ void VoFileSystem::MoveFile(const VoFilePath& from, const VoFilePath& to)
         fs::rename(source, target, error);
         if (error == std::errc::cross_device_link)
             error = MoveByCopy(source, target);
+        else if (!error)
+            error = RemoveOtherName(source, target);
         if (error)
             Fail("rename: " + VoString(error.message()), from, to);
     });
@@ -491,13 +542,14 @@ void VoFileSystem::SyncDirectory(const VoDirectoryPath& directory)
         std::error_code error;
         vo::detail::SyncDirectory(vo::detail::ToNative(directory), error);
         if (error)
-            Fail("sync", error, directory.path());
+            Fail("sync", error, directory);
     });
 }
 
 void VoFileSystem::ForEachFile(const VoDirectoryPath& directory, bool recursive, bool includeDirectories,
                                const std::function<void(const VoFilePath&)>& callback)
 {
+    RequireCallback(callback);
     Walk(VoFilePath(directory), recursive, false, [&](const VoFilePath& path, bool isDirectory) {
         if (!isDirectory || includeDirectories)
             callback(path);
@@ -507,6 +559,7 @@ void VoFileSystem::ForEachFile(const VoDirectoryPath& directory, bool recursive,
 void VoFileSystem::ForEachDirectory(const VoDirectoryPath& directory, bool recursive,
                                     const std::function<void(const VoDirectoryPath&)>& callback)
 {
+    RequireCallback(callback);
     Walk(VoFilePath(directory), recursive, false, [&](const VoFilePath& path, bool isDirectory) {
         if (isDirectory)
             callback(VoDirectoryPath(path.path()));
@@ -526,7 +579,7 @@ VoDirectoryPath VoFileSystem::TempDirectory()
         std::error_code error;
         const fs::path path = fs::temp_directory_path(error);
         if (error)
-            Fail("temp_directory_path", error, VoString());
+            Fail("temp_directory_path", error, VoFilePath());
         return AsDirectory(vo::detail::FromNative(path).path());
     });
 }

@@ -52,7 +52,7 @@ VoTemporaryDir::VoTemporaryDir(const VoDirectoryPath& parent)
         return made;
     });
     if (error)
-        throw VoFileException("create_directory: " + VoString(error.message()), path.path());
+        throw VoFileException("create_directory: " + VoString(error.message()), path);
     m_private->path = std::move(path);
 }
 
@@ -78,7 +78,7 @@ const VoDirectoryPath& VoTemporaryDir::path() const noexcept
 
 VoFilePath VoTemporaryDir::path(const VoString& name) const
 {
-    return path().file(name.c_str());
+    return path().file(name);
 }
 
 VoDirectoryPath VoTemporaryDir::release()

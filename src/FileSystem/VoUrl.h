@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <iosfwd>
+#include <utility>
 
 /// A URL, kept as the text it was given. Comparisons ignore case, as those of paths do.
 ///
@@ -35,7 +36,10 @@ public:
     ~VoUrl();
 
     /// The text.
-    const VoString& toString() const noexcept { return m_text; }
+    /// @{
+    const VoString& toString() const& noexcept { return m_text; }
+    VoString toString() && noexcept { return std::move(m_text); }
+    /// @}
     /// The Qt form; characters that must be encoded and are not, such as blanks, are encoded on the way.
     QUrl toQUrl() const;
 

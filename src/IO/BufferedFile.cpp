@@ -52,6 +52,8 @@ bool BufferedFile::open(const std::filesystem::path& path, std::ios_base::openmo
     if (!m_file.open(path, mode))
         return false;
     m_path = path;
+    m_readPosition = 0; // places that were sought while the file was closed count for nothing
+    m_writePosition = 0;
     m_appending = (mode & std::ios_base::app) != 0;
     m_reads = (mode & std::ios_base::in) != 0;
     m_direction = m_reads ? Direction::Read : Direction::Write;

@@ -99,7 +99,7 @@ VoFileDevice::~VoFileDevice() = default;
 
 const VoFilePath& VoFileDevice::path() const
 {
-    static const VoFilePath none;
+    static const auto& none = *new VoFilePath; // outlives all static objects
     return m_private ? m_private->path : none;
 }
 
@@ -173,7 +173,9 @@ bool VoFileDevice::onOpen(Mode mode)
     const bool reading = Has(mode, Read) && !Has(mode, Write);
     if (reading && status.type() == std::filesystem::file_type::not_found)
         throw VoFileNotFoundException(path());
-    const OpenMode standard = StandardMode(mode, std::filesystem::exists(status));
+    // What cannot be looked at may be there, and is not to be emptied.
+    const bool exists = status.type() != std::filesystem::file_type::not_found;
+    const OpenMode standard = StandardMode(mode, exists);
     const OpenMode binary = Has(mode, Text) ? OpenMode() : std::ios_base::binary;
     if (standard != OpenMode() && m_private->file.open(native, standard | binary))
         return true;

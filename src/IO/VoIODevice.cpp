@@ -18,7 +18,7 @@ bool Permits(VoIODevice::Mode mode, VoIODevice::Mode wanted)
 
 const VoString& NoError()
 {
-    static const VoString none;
+    static const auto& none = *new VoString; // outlives all static objects
     return none;
 }
 

@@ -150,4 +150,14 @@ constexpr VoIODevice::Mode operator&(VoIODevice::Mode a, VoIODevice::Mode b) noe
 {
     return static_cast<VoIODevice::Mode>(static_cast<std::uint32_t>(a) & static_cast<std::uint32_t>(b));
 }
+
+constexpr VoIODevice::Mode& operator|=(VoIODevice::Mode& a, VoIODevice::Mode b) noexcept
+{
+    return a = a | b;
+}
+
+constexpr VoIODevice::Mode& operator&=(VoIODevice::Mode& a, VoIODevice::Mode b) noexcept
+{
+    return a = a & b;
+}
 /// @}

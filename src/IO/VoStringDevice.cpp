@@ -120,10 +120,13 @@ std::size_t VoStringDevice::onWriteFrom(const char* data, std::size_t count)
     std::size_t& position = m_private->writePosition;
     if (count > bytes.max_size() || position > bytes.max_size() - count)
         throw VoOverflowException();
-    if (position > bytes.size())
-        bytes.resize(position, '\0');
-    // Overwrites what is there and appends the rest, which grows the memory by leaps.
-    bytes.replace(position, count, data, count);
+    if (position > bytes.size()) {
+        m_private->content.resize(position + count, '\0'); // throws before anything has changed
+        std::memcpy(&bytes[position], data, count);
+    } else {
+        // Overwrites what is there and appends the rest, which grows the memory by leaps.
+        bytes.replace(position, count, data, count);
+    }
     position += count;
     return count;
 }

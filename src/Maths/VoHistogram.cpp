@@ -111,7 +111,7 @@ VoHistogram::~VoHistogram() = default;
 
 const VoHistogram::Private& VoHistogram::state() const
 {
-    static const Private empty;
+    static const auto& empty = *new Private; // outlives all static objects
     return d ? *d : empty;
 }
 

@@ -56,7 +56,7 @@ VoLinearProblem::~VoLinearProblem() = default;
 
 const VoLinearProblem::Private& VoLinearProblem::state() const
 {
-    static const Private movedFrom;
+    static const auto& movedFrom = *new Private; // outlives all static objects
     return d ? *d : movedFrom;
 }
 

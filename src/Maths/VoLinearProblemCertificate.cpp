@@ -230,7 +230,7 @@ VoLinearProblemCertificate::~VoLinearProblemCertificate() = default;
 
 const VoLinearProblemCertificate::Private& VoLinearProblemCertificate::state() const
 {
-    static const Private movedFrom;
+    static const auto& movedFrom = *new Private; // outlives all static objects
     return d ? *d : movedFrom;
 }
 

@@ -1,8 +1,7 @@
 #include <Maths/VoMaths.h>
 
 #include <Core/VoMathsException.h>
-#include <Core/VoThrow.h>
-#include <Maths/VoRandom.h>
+#include <Maths/RandomEngine.h>
 
 #include <algorithm>
 #include <cmath>
@@ -49,8 +48,9 @@ double Fraction(double x, double from, double to)
 
 long long VoMaths::RandomInteger(long long low, long long high)
 {
-    thread_local VoRandom generator = VoRandom::FromSystem();
-    return generator.integer(low, high);
+    // Without a destructor: files are still written, under random names, by static objects that end after the thread's.
+    thread_local vo::detail::RandomEngine engine = vo::detail::EngineFromSystem();
+    return vo::detail::DrawInteger(low, high, engine);
 }
 
 bool VoMaths::NearlyEqual(double a, double b)

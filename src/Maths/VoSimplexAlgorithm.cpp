@@ -214,7 +214,7 @@ VoSimplexAlgorithm<T, Maximise>::~VoSimplexAlgorithm() = default;
 template <typename T, bool Maximise>
 const typename VoSimplexAlgorithm<T, Maximise>::Private& VoSimplexAlgorithm<T, Maximise>::state() const
 {
-    static const Private movedFrom;
+    static const auto& movedFrom = *new Private; // outlives all static objects
     return d ? *d : movedFrom;
 }
 

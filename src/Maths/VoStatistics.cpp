@@ -192,7 +192,7 @@ VoStatistics::~VoStatistics() = default;
 
 const VoStatistics::Private& VoStatistics::state() const
 {
-    static const Private empty;
+    static const auto& empty = *new Private; // outlives all static objects
     return d ? *d : empty;
 }
 

@@ -22,6 +22,8 @@ class VOCORE_EXPORT AbstractTaskScheduler
 public:
     AbstractTaskScheduler(const AbstractTaskScheduler&) = delete;
     AbstractTaskScheduler& operator=(const AbstractTaskScheduler&) = delete;
+    /// As terminate(). A task of its own may destroy the scheduler: that waits for nothing, and each thread ends by
+    /// itself after what it runs.
     virtual ~AbstractTaskScheduler();
 
     /// Queues a task. Throws VoNullPointerException with "Null task" and VoThreadException when the first thread cannot
@@ -66,7 +68,7 @@ protected:
 
 private:
     class Private;
-    std::unique_ptr<Private> m_private;
+    std::shared_ptr<Private> m_private; // shared with the threads
 };
 
 } // namespace vo::background_task

@@ -12,8 +12,10 @@
 #include <atomic>
 #include <condition_variable>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace vo::background_task {
@@ -152,7 +154,7 @@ void TaskHandle::stop() const
 
 /// Work arrives in one queue and is taken from another; a thread that finds the second one empty exchanges them. So who
 /// adds work hardly ever meets who takes it.
-class AbstractTaskScheduler::Private
+class AbstractTaskScheduler::Private : public std::enable_shared_from_this<AbstractTaskScheduler::Private>
 {
 public:
     using JobPtr = std::shared_ptr<detail::Job>;
@@ -164,12 +166,16 @@ public:
 
     void enqueue(JobPtr job);
     void end(bool discard);
+    void abandon();
+    bool isOwnThread() const { return detail::CurrentScheduler == this; }
     void work();
 
     const std::size_t limit;
 
 private:
     void startWorker(); // under `arrivalMutex`
+    void beginToEnd(bool discard);
+    std::vector<VoThread> takeThreads();
     bool findWork(std::unique_lock<std::mutex>& lock);
     void waitForArrival(std::unique_lock<std::mutex>& arrival);
 
@@ -191,7 +197,7 @@ private:
 void AbstractTaskScheduler::Private::startWorker()
 {
     threads.reserve(threads.size() + 1);
-    threads.push_back(vo::detail::CreateThread([this] { work(); }, "vo worker"));
+    threads.push_back(vo::detail::CreateThread([self = shared_from_this()] { self->work(); }, "vo worker"));
 }
 
 void AbstractTaskScheduler::Private::enqueue(JobPtr job)
@@ -271,14 +277,11 @@ void AbstractTaskScheduler::Private::work()
     current.erase(std::find(current.begin(), current.end(), &job));
 }
 
-void AbstractTaskScheduler::Private::end(bool discard)
+// Lets the threads end once there is no more work, and stops and discards what there is if that is wanted.
+void AbstractTaskScheduler::Private::beginToEnd(bool discard)
 {
-    if (detail::CurrentScheduler == this)
-        throw VoInvalidCallException("Scheduler cannot wait for itself");
-    const std::lock_guard<std::mutex> controlLock(control);
     std::deque<JobPtr> discarded;
     std::vector<JobPtr> stopped;
-    std::vector<VoThread> joining;
     {
         const std::scoped_lock lock(mutex, arrivalMutex);
         if (discard) {
@@ -297,12 +300,29 @@ void AbstractTaskScheduler::Private::end(bool discard)
     for (const JobPtr& job : discarded)
         if (job->claim())
             job->cancel();
-    discarded.clear(); // what runs may take long yet
-    {
-        const std::lock_guard<std::mutex> lock(arrivalMutex);
-        joining.swap(threads);
-    }
-    for (VoThread& thread : joining)
+}
+
+std::vector<VoThread> AbstractTaskScheduler::Private::takeThreads()
+{
+    const std::lock_guard<std::mutex> lock(arrivalMutex);
+    return std::exchange(threads, std::vector<VoThread>());
+}
+
+// The scheduler ends while one of its threads runs the task that ends it: they go on without it.
+void AbstractTaskScheduler::Private::abandon()
+{
+    beginToEnd(true);
+    for (VoThread& thread : takeThreads())
+        thread.detach();
+}
+
+void AbstractTaskScheduler::Private::end(bool discard)
+{
+    if (isOwnThread())
+        throw VoInvalidCallException("Scheduler cannot wait for itself");
+    const std::lock_guard<std::mutex> controlLock(control);
+    beginToEnd(discard);
+    for (VoThread& thread : takeThreads())
         thread.join();
     const std::lock_guard<std::mutex> lock(arrivalMutex);
     ending = false;
@@ -312,13 +332,16 @@ void AbstractTaskScheduler::Private::end(bool discard)
 }
 
 AbstractTaskScheduler::AbstractTaskScheduler(std::size_t workers)
-    : m_private(std::make_unique<Private>(std::max<std::size_t>(1, workers)))
+    : m_private(std::make_shared<Private>(std::max<std::size_t>(1, workers)))
 {
 }
 
 AbstractTaskScheduler::~AbstractTaskScheduler()
 {
-    m_private->end(true);
+    if (m_private->isOwnThread())
+        m_private->abandon();
+    else
+        m_private->end(true);
 }
 
 TaskHandle AbstractTaskScheduler::add(VoSharedPtr<AbstractTask> task)
@@ -352,7 +375,7 @@ void AbstractTaskScheduler::enqueue(std::shared_ptr<detail::Job> job)
 
 bool AbstractTaskScheduler::isWorker() const noexcept
 {
-    return detail::CurrentScheduler == m_private.get();
+    return m_private->isOwnThread();
 }
 
 VoSerialTaskScheduler::VoSerialTaskScheduler()

@@ -24,10 +24,14 @@ public:
         : m_loop(loop)
     {
     }
+    // A loop that one of its own events destroyed ends here, when its thread or who started it lets go of it.
+    ~Private();
 
-    void run();
+    void run(const std::shared_ptr<Private>& self);
+    void abandon();
     VoWeakPtr<VoEvent> add(VoSharedPtr<VoEvent> event);
     void stop(bool discard);
+    bool isOwnThread() const { return m_loopThread.load() == std::this_thread::get_id(); }
 
 private:
     using Queue = std::deque<VoSharedPtr<VoEvent>>;
@@ -39,7 +43,8 @@ private:
     void requestEnd(bool discard);
     void join();
 
-    VoEventLoop& m_loop;
+    VoEventLoop& m_loop;      // gone once the loop is abandoned
+    bool m_abandoned = false; // written and read by the loop's thread alone
 
     std::mutex m_control; // serialises run, finish and terminate, which hold it while joining
     VoThread m_thread;
@@ -76,9 +81,19 @@ Registry& Loops()
 
 } // namespace
 
-void VoEventLoop::Private::run()
+VoEventLoop::Private::~Private()
 {
-    if (m_loopThread.load() == std::this_thread::get_id())
+    if (!m_thread.joinable())
+        return;
+    if (m_thread.id() == std::this_thread::get_id())
+        m_thread.detach();
+    else
+        m_thread.join();
+}
+
+void VoEventLoop::Private::run(const std::shared_ptr<Private>& self)
+{
+    if (isOwnThread())
         throw VoInvalidCallException("Thread already running");
     const std::lock_guard<std::mutex> control(m_control);
     {
@@ -94,7 +109,7 @@ void VoEventLoop::Private::run()
     }
     m_running = true;
     try {
-        m_thread = vo::detail::CreateThread([this] { loop(); }, "vo event loop");
+        m_thread = vo::detail::CreateThread([self] { self->loop(); }, "vo event loop");
     } catch (...) {
         m_running = false;
         throw;
@@ -113,6 +128,8 @@ void VoEventLoop::Private::loop()
         } catch (...) {
             vo::logging::Logger::Get("eventloop").error("Event failed (" + vo::CurrentExceptionText() + ")");
         }
+        if (m_abandoned)
+            break;
     }
     m_loopThread = std::thread::id();
     m_running = false;
@@ -204,7 +221,7 @@ void VoEventLoop::Private::join()
 
 void VoEventLoop::Private::stop(bool discard)
 {
-    if (m_loopThread.load() == std::this_thread::get_id()) {
+    if (isOwnThread()) {
         requestEnd(discard);
         return;
     }
@@ -213,6 +230,13 @@ void VoEventLoop::Private::stop(bool discard)
         return;
     requestEnd(discard);
     join();
+}
+
+// The loop's object ends while its thread runs the event that ends it: the thread goes on without it.
+void VoEventLoop::Private::abandon()
+{
+    m_abandoned = true;
+    takeAll();
 }
 
 void VoEventLoop::Private::requestEnd(bool discard)
@@ -235,12 +259,16 @@ VoEventLoop::VoEventLoop()
 
 VoEventLoop::~VoEventLoop()
 {
-    m_private->stop(true);
+    if (m_private->isOwnThread())
+        m_private->abandon();
+    else
+        m_private->stop(true);
 }
 
 void VoEventLoop::run()
 {
-    m_private->run();
+    const std::shared_ptr<Private> self = m_private; // an event may destroy this object before the start is complete
+    self->run(self);
 }
 
 VoWeakPtr<VoEvent> VoEventLoop::add(VoSharedPtr<VoEvent> event)

@@ -18,8 +18,9 @@
 class VOCORE_EXPORT VoEventLoop
 {
 public:
-    VoEventLoop();          ///< Stopped, with an empty queue.
-    virtual ~VoEventLoop(); ///< As terminate().
+    VoEventLoop(); ///< Stopped, with an empty queue.
+    /// As terminate(). One of its own events may destroy the loop: the thread then ends by itself after that event.
+    virtual ~VoEventLoop();
     VoEventLoop(const VoEventLoop&) = delete;
     VoEventLoop& operator=(const VoEventLoop&) = delete;
 

@@ -20,7 +20,7 @@ namespace {
 
 StepObserver& Observer()
 {
-    static StepObserver observer;
+    static auto& observer = *new StepObserver; // outlives all static objects
     return observer;
 }
 

@@ -55,9 +55,14 @@ bool VoXMLPath::isEmpty() const
     return m_text.isEmpty();
 }
 
-const VoString& VoXMLPath::toString() const
+const VoString& VoXMLPath::toString() const&
 {
     return m_text;
+}
+
+VoString VoXMLPath::toString() &&
+{
+    return std::move(m_text);
 }
 
 bool VoXMLPath::operator==(const VoXMLPath& other) const

@@ -34,8 +34,9 @@ public:
     void push(const VoString& name);              ///< Goes one level down, to the child of that name.
     VoXMLPath pushed(const VoString& name) const; ///< A copy with the name pushed.
 
-    bool isEmpty() const;             ///< True for the path without any name.
-    const VoString& toString() const; ///< The names joined by "/".
+    bool isEmpty() const;              ///< True for the path without any name.
+    const VoString& toString() const&; ///< The names joined by "/".
+    VoString toString() &&;            ///< The names joined by "/", out of a temporary.
 
     bool operator==(const VoXMLPath& other) const; ///< Same text, case included.
     bool operator!=(const VoXMLPath& other) const; ///< Another text, case included.

@@ -1,16 +1,22 @@
 #include <VoTestSupport.h>
 
+#include <Core/VoByteArray.h>
 #include <Core/VoDeque.h>
 #include <Core/VoHostTypes.h>
 #include <Core/VoList.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoNumericMatrix.h>
 #include <Core/VoPair.h>
+#include <Core/VoPoint.h>
+#include <Core/VoPointD.h>
+#include <Core/VoProperties.h>
 #include <Core/VoSharedPtr.h>
 #include <Core/VoUniquePtr.h>
 #include <Core/VoVector.h>
 #include <Core/VoWeakPtr.h>
+#include <IO/VoIODevice.h>
 #include <Maths/VoMaths.h>
+#include <Time/VoDateTime.h>
 
 #include <array>
 #include <cmath>
@@ -20,6 +26,7 @@
 #include <random>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -124,8 +131,64 @@ TEST(VoDeque, canBeAppendedToItselfAndIsEmptyAfterAMove)
     EXPECT_EQ((VoDeque<int>{1, 2, 1, 2}), deque);
     VoDeque<int> moved(std::move(deque));
     EXPECT_EQ(4u, moved.size());
-    deque = VoDeque<int>{5};
+    EXPECT_TRUE(deque.isEmpty() && deque == VoDeque<int>() && deque.begin() == deque.end());
+    deque.insert(deque.end(), 5);
     EXPECT_EQ(5, deque.front());
+    static_assert(std::is_nothrow_move_constructible_v<VoDeque<int>> &&
+                  std::is_nothrow_move_assignable_v<VoDeque<int>>);
+    static_assert(sizeof(VoDeque<VoString>) == sizeof(void*), "rows of tables hold many empty ones");
+}
+
+TEST(Containers, refuseWhatCannotBeHeldByTheLibrarysErrors)
+{
+    VoDeque<int> deque{1};
+    VoVector<int> vector{1};
+    const auto most = static_cast<std::size_t>(-1);
+    EXPECT_THROW(VoVector<double>(most).size(), VoBadAllocException);
+    EXPECT_THROW(VoDeque<double>(most).size(), VoBadAllocException);
+    EXPECT_THROW(deque.resize(most), VoBadAllocException);
+    EXPECT_THROW(vector.resize(most, 3), VoBadAllocException);
+    EXPECT_THROW(vector.reserve(most), VoBadAllocException);
+    EXPECT_THROW(VoMatrix<double>(std::size_t{1} << 30, std::size_t{1} << 30), VoOverflowException);
+    EXPECT_THROW(VoString('c', most / 4), VoBadAllocException);
+    EXPECT_EQ(1u, deque.size() * vector.size());
+    EXPECT_EQ(VoString(nullptr, 5).size(), 0u);
+}
+
+TEST(Values, areWalkedHashedAndWritten)
+{
+    VoString text("ab");
+    for (char& c : text)
+        ++c;
+    const VoByteArray bytes(text.c_str(), text.size());
+    VoNumericMatrix<int> matrix(2, 2, 3);
+    std::string walked;
+    for (const char c : VoStringView(text))
+        walked += c;
+    for (const char c : bytes)
+        walked += c;
+    for (const int cell : std::as_const(matrix))
+        walked += std::to_string(cell);
+    EXPECT_EQ(walked, "bcbc3333");
+    EXPECT_EQ(std::as_const(matrix).row(1)[0].get(), 3);
+    EXPECT_EQ(std::as_const(matrix).column(1).size(), 2u);
+
+    const auto hash = [](const auto& value) { return std::hash<std::decay_t<decltype(value)>>()(value); };
+    EXPECT_EQ(hash(bytes), hash(VoByteArray("bc", 2)));
+    EXPECT_EQ(hash(VoProperty("Width", "A")), hash(VoProperty("WIDTH", "a")));
+    EXPECT_EQ(hash(VoPointD(0.0, 1)), hash(VoPointD(-0.0, 1)));
+    EXPECT_NE(hash(VoPoint(0, 1)), hash(VoPoint(1, 0)));
+    EXPECT_EQ(hash(VoDateTime()), hash(VoDateTime().toLocal()));
+
+    std::ostringstream stream;
+    stream << VoProperties{{"Width", 1}, {"Title", "Gain"}} << VoProperties() << MakeVoPair(VoString("a"), 2);
+    EXPECT_EQ(stream.str(), "{Width = 1, Title = Gain}{}[a,2]");
+    EXPECT_EQ(VoIndexOutOfBoundsException("m", 3, text.size()).message(), "m [3,2]");
+    VoIODevice::Mode mode = VoIODevice::Read;
+    mode |= VoIODevice::Text;
+    mode &= VoIODevice::Text;
+    EXPECT_EQ(mode, VoIODevice::Text);
+    static_assert(!std::is_constructible_v<VoVariant, wchar_t> && !std::is_constructible_v<VoVariant, char16_t>);
 }
 
 TEST(VoUniquePtr, ownsConvertsAndRefusesToDereferenceNothing)
@@ -142,6 +205,10 @@ TEST(VoUniquePtr, ownsConvertsAndRefusesToDereferenceNothing)
         EXPECT_EQ(0, deaths);
     }
     EXPECT_EQ(1, deaths);
+    VoUniquePtr<Base> some = VoUniquePtr<Derived>::Make(&deaths);
+    VoUniquePtr<Base> none;
+    swap(some, none);
+    EXPECT_TRUE(some == nullptr && some != none && none == none);
 }
 
 TEST(VoSharedPtr, sharesAcrossCastsAndWeakPointersNoticeTheEnd)
@@ -181,6 +248,40 @@ TEST(VoMatrix, checkedAccessNamesTheOffendingIndexAndItsBound)
     EXPECT_THROW_MSG(matrix.row(2), VoIndexOutOfBoundsException, "Index out of bounds [2,2]");
     const std::size_t half = std::numeric_limits<std::size_t>::max() / 2;
     EXPECT_THROW_MSG((VoMatrix<int>(half, half)), VoOverflowException, "Overflow - result too large");
+}
+
+namespace {
+
+struct ThrowsWhenCopied
+{
+    ThrowsWhenCopied() = default;
+    ThrowsWhenCopied(const ThrowsWhenCopied& other)
+        : armed(other.armed)
+    {
+        if (armed)
+            throw VoInvalidCallException("copied");
+    }
+    ThrowsWhenCopied& operator=(const ThrowsWhenCopied&) = default;
+    bool armed = false;
+};
+
+} // namespace
+
+TEST(VoMatrix, hasCellsForItsShapeAfterMovesAndFailedCopies)
+{
+    VoNumericMatrix<double> from(2, 3, 1);
+    VoNumericMatrix<double> to(std::move(from));
+    EXPECT_EQ(to(1, 2), 1);
+    EXPECT_THROW_MSG(from.at(0, 0), VoIndexOutOfBoundsException, "Index out of bounds [0,0]");
+    EXPECT_TRUE((from *= 2).transposed() == VoNumericMatrix<double>());
+    to = VoNumericMatrix<double>(1, 1, 7);
+    EXPECT_TRUE(to.rows() == 1 && to.at(0, 0) == 7);
+
+    VoMatrix<ThrowsWhenCopied> armed(2, 2);
+    armed.at(1, 1).armed = true;
+    VoMatrix<ThrowsWhenCopied> target(1, 1);
+    EXPECT_THROW(target = armed, VoInvalidCallException);
+    EXPECT_TRUE(target.rows() == 1 && target.begin() + 1 == target.end());
 }
 
 TEST(VoNumericMatrix, rowOperationsSolveALinearSystem)

@@ -78,6 +78,8 @@ TEST(NumberText, readsDoublesLikeC)
         "-.",
         "1e",
         "1e+",
+        "0X88P+-52",
+        "0x1p-+3",
         "1e+5",
         "1E-5x",
         "1.5.5",

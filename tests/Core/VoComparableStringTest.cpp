@@ -23,11 +23,12 @@ std::string Text(const VoComparableString& string)
     return stream.str();
 }
 
-std::vector<std::string> Texts(const VoDeque<VoStringView>& views)
+template <typename Pieces>
+std::vector<std::string> Texts(const Pieces& pieces)
 {
     std::vector<std::string> texts;
-    for (const VoStringView& view : views)
-        texts.push_back(Text(view));
+    for (const VoComparableString& piece : pieces)
+        texts.push_back(Text(piece));
     return texts;
 }
 

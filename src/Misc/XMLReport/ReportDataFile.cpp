@@ -30,7 +30,8 @@ using Element = VoAbstractXMLElementReader;
 
 const VoString& Namespace()
 {
-    static const VoString uri = VoString(vo::detail::XMLNamespaceBase) + "/schemas/application/msw/";
+    // Outlives all static objects.
+    static const auto& uri = *new VoString(VoString(vo::detail::XMLNamespaceBase) + "/schemas/application/msw/");
     return uri;
 }
 

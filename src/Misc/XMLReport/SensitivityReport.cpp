@@ -46,7 +46,7 @@ std::size_t NumberOfResults(const Cases& cases)
 // What a column beyond a case's results holds.
 const XMLReportInfo::Result& ResultOf(const XMLReportInfo& info, std::size_t index)
 {
-    static const XMLReportInfo::Result none;
+    static const auto& none = *new XMLReportInfo::Result; // outlives all static objects
     return index < info.results.size() ? info.results.data()[index] : none;
 }
 
