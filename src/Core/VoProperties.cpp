@@ -1,8 +1,9 @@
 #include <Core/VoProperties.h>
 
-#include <ostream>
+#include <Core/Callback.h>
 
 #include <algorithm>
+#include <ostream>
 #include <unordered_map>
 #include <utility>
 
@@ -170,12 +171,14 @@ VoProperties::const_iterator VoProperties::end() const noexcept
 
 void VoProperties::forEach(const std::function<void(VoProperty&)>& function)
 {
+    vo::detail::RequireCallback(function);
     for (VoProperty& property : *this)
         function(property);
 }
 
 void VoProperties::forEach(const std::function<void(const VoProperty&)>& function) const
 {
+    vo::detail::RequireCallback(function);
     for (const VoProperty& property : *this)
         function(property);
 }

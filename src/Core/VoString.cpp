@@ -1,12 +1,12 @@
 #include <Core/VoString.h>
 
 #include <Core/NumberText.h>
+#include <Core/RandomEngine.h>
 #include <Core/StringPrivate.h>
 #include <Core/VoBase64.h>
 #include <Core/VoHostTypes.h>
 #include <Core/VoThrow.h>
 #include <Core/VoUUID.h>
-#include <Maths/VoMaths.h>
 
 #include <QtCore/QString>
 
@@ -707,7 +707,7 @@ VoString VoString::Random(std::size_t length, RandomType type)
     const auto last = static_cast<long long>(alphabet.size()) - 1;
     std::string text = Repeated('\0', length);
     for (char& c : text)
-        c = alphabet[static_cast<std::size_t>(VoMaths::RandomInteger(0, last))];
+        c = alphabet[static_cast<std::size_t>(vo::detail::RandomInteger(0, last))];
     return VoString(std::move(text));
 }
 

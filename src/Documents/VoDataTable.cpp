@@ -1,5 +1,6 @@
 #include <Documents/VoDataTable.h>
 
+#include <Core/Callback.h>
 #include <Core/VoDeque.h>
 #include <Core/VoException.h>
 #include <Core/VoMathsException.h>
@@ -275,6 +276,7 @@ std::size_t VoDataTable::columnNumber(const VoString& header) const
 
 void VoDataTable::forEach(const ItemFunction& function) const
 {
+    vo::detail::RequireCallback(function);
     for (std::size_t row = 0; row < numberRows(); ++row)
         forEachItem(row,
                     [&](const VoDataTableItem& item, std::size_t column, std::size_t) { function(item, row, column); });
@@ -282,11 +284,13 @@ void VoDataTable::forEach(const ItemFunction& function) const
 
 void VoDataTable::forEachItem(std::size_t row, const RowItemFunction& function) const
 {
+    vo::detail::RequireCallback(function);
     VisitRow(*rows()[row], numberColumns(), function);
 }
 
 void VoDataTable::forEachItemSpreadsheet(const SpreadsheetFunction& function) const
 {
+    vo::detail::RequireCallback(function);
     std::size_t sheetRow = 0;
     for (const auto& row : rows()) {
         const std::size_t height = HeightOf(*row);

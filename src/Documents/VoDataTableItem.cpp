@@ -1,5 +1,7 @@
 #include <Documents/VoDataTableItem.h>
 
+#include <Core/Callback.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -106,6 +108,7 @@ void VoDataTableItem::set(VoDeque<VoVariant>&& values)
 
 void VoDataTableItem::forEachValue(const std::function<void(const VoVariant&)>& function) const
 {
+    vo::detail::RequireCallback(function);
     for (const VoVariant& value : values())
         function(value);
 }

@@ -1,5 +1,6 @@
 #include <Documents/VoVariantTable.h>
 
+#include <Core/Callback.h>
 #include <Core/VoDeque.h>
 #include <Documents/CSVText.h>
 #include <Documents/ColumnSearch.h>
@@ -183,6 +184,7 @@ VoVector<VoCRef<VoVariant>> VoVariantTable::column(std::size_t column) const
 
 void VoVariantTable::forEach(const std::function<void(std::size_t, std::size_t, VoVariant&)>& function)
 {
+    vo::detail::RequireCallback(function);
     for (std::size_t row = 0; row < numberRows(); ++row)
         for (std::size_t column = 0; column < numberColumns(); ++column)
             function(row, column, cells()(row, column));
@@ -190,6 +192,7 @@ void VoVariantTable::forEach(const std::function<void(std::size_t, std::size_t, 
 
 void VoVariantTable::forEach(const std::function<void(std::size_t, std::size_t, const VoVariant&)>& function) const
 {
+    vo::detail::RequireCallback(function);
     for (std::size_t row = 0; row < numberRows(); ++row)
         for (std::size_t column = 0; column < numberColumns(); ++column)
             function(row, column, cells()(row, column));

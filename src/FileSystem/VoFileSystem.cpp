@@ -1,5 +1,6 @@
 #include <FileSystem/VoFileSystem.h>
 
+#include <Core/Callback.h>
 #include <Core/VoChecksum.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
@@ -316,13 +317,6 @@ bool IsStillThere(const VoFilePath& path)
     });
 }
 
-template <typename Callback>
-void RequireCallback(const Callback& callback)
-{
-    if (!callback)
-        throw VoInvalidParameterException("Invalid callback");
-}
-
 template <typename Deliver>
 void Walk(const VoFilePath& directory, bool recursive, bool inside, const Deliver& deliver)
 {
@@ -549,7 +543,7 @@ void VoFileSystem::SyncDirectory(const VoDirectoryPath& directory)
 void VoFileSystem::ForEachFile(const VoDirectoryPath& directory, bool recursive, bool includeDirectories,
                                const std::function<void(const VoFilePath&)>& callback)
 {
-    RequireCallback(callback);
+    vo::detail::RequireCallback(callback);
     Walk(VoFilePath(directory), recursive, false, [&](const VoFilePath& path, bool isDirectory) {
         if (!isDirectory || includeDirectories)
             callback(path);
@@ -559,7 +553,7 @@ void VoFileSystem::ForEachFile(const VoDirectoryPath& directory, bool recursive,
 void VoFileSystem::ForEachDirectory(const VoDirectoryPath& directory, bool recursive,
                                     const std::function<void(const VoDirectoryPath&)>& callback)
 {
-    RequireCallback(callback);
+    vo::detail::RequireCallback(callback);
     Walk(VoFilePath(directory), recursive, false, [&](const VoFilePath& path, bool isDirectory) {
         if (isDirectory)
             callback(VoDirectoryPath(path.path()));

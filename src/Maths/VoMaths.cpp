@@ -1,7 +1,7 @@
 #include <Maths/VoMaths.h>
 
+#include <Core/RandomEngine.h>
 #include <Core/VoMathsException.h>
-#include <Maths/RandomEngine.h>
 
 #include <algorithm>
 #include <cmath>
@@ -48,9 +48,7 @@ double Fraction(double x, double from, double to)
 
 long long VoMaths::RandomInteger(long long low, long long high)
 {
-    // Without a destructor: files are still written, under random names, by static objects that end after the thread's.
-    thread_local vo::detail::RandomEngine engine = vo::detail::EngineFromSystem();
-    return vo::detail::DrawInteger(low, high, engine);
+    return vo::detail::RandomInteger(low, high);
 }
 
 bool VoMaths::NearlyEqual(double a, double b)

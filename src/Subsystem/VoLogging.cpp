@@ -1,5 +1,6 @@
 #include <Subsystem/VoLogging.h>
 
+#include <Core/Callback.h>
 #include <Core/Printable.h>
 #include <Core/VoException.h>
 #include <FileSystem/VoFilePath.h>
@@ -68,6 +69,7 @@ private:
 
 VoReceiver SinkList::addSink(Sink sink, Level minimum)
 {
+    vo::detail::RequireCallback(sink);
     auto entry = std::make_shared<SinkEntry>();
     entry->sink = std::move(sink);
     entry->minimum = minimum;

@@ -2,6 +2,7 @@
 #include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoSerialTaskScheduler.h>
 
+#include <Core/Callback.h>
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
 #include <Subsystem/VoLogging.h>
@@ -493,6 +494,7 @@ private:
 void VoParallelTaskScheduler::parallelFor(std::size_t begin, std::size_t end, std::size_t grain,
                                           const RangeFunction& function)
 {
+    vo::detail::RequireCallback(function);
     if (begin >= end)
         return;
     grain = std::max<std::size_t>(1, grain);

@@ -1,5 +1,6 @@
 #include <XML/VoStreamXMLElementReader.h>
 
+#include <Core/Callback.h>
 #include <Core/VoString.h>
 #include <XML/VoXMLAttributeSet.h>
 #include <XML/VoXMLPath.h>
@@ -97,6 +98,7 @@ VoString VoStreamXMLElementReader::readAttribute(const VoString& name, const VoS
 
 void VoStreamXMLElementReader::forEachAttribute(const AttributeFunction& function) const
 {
+    vo::detail::RequireCallback(function);
     const std::shared_ptr<XMLElementState> visited = element(); // the function may let this handle go
     for (const VoXMLAttribute& attribute : visited->attributes)
         function(attribute.name(), attribute.value());
@@ -118,6 +120,7 @@ VoUniquePtr<VoAbstractXMLElementReader> VoStreamXMLElementReader::nextChild()
 
 void VoStreamXMLElementReader::forEachChild(const ChildFunction& function)
 {
+    vo::detail::RequireCallback(function);
     const std::shared_ptr<XMLElementState> parent = element();
     // Asking an element without text for its text reads it to its end; it then has no children, which is no mistake.
     while (!parent->isReadToEnd && XMLReadEngine::NextChild(parent)) {

@@ -2,9 +2,12 @@
 
 #include <Core/VoFileException.h>
 #include <FileSystem/VoAtomicFileWriter.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/VoTemporaryDir.h>
 #include <IO/VoIODevice.h>
 #include <IO/VoIOException.h>
 
+#include <cstdlib>
 #include <utility>
 
 #if defined(__unix__)
@@ -25,6 +28,24 @@ protected:
     }
     using FileSystemFixture::write;
 };
+
+// Saves when the process ends, after the main thread's variables have gone, which drew random names before.
+struct SavesAtExit
+{
+    ~SavesAtExit()
+    {
+        try {
+            VoTemporaryDir directory;
+            VoAtomicFileWriter writer(directory.path("saved"));
+            writer.write("late", 4);
+            writer.commit();
+            if (VoFileSystem::FileSize(directory.path("saved")) == 4)
+                return;
+        } catch (const VoException&) {
+        }
+        std::_Exit(EXIT_FAILURE);
+    }
+} const savesAtExit;
 
 } // namespace
 

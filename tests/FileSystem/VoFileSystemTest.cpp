@@ -304,10 +304,18 @@ TEST_F(FileSystem, aRefusedCopyNamesBothFilesAndTheSystemsReason)
     }
     write("directory\\x");
     write("file");
-    EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("directory"), at("to")), VoFileException, "Is a directory");
-    EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("file"), at("directory"), VoFileSystem::OverwriteExisting),
-                     VoFileException, "Is a directory");
     EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("file"), at("no\\place")), VoFileException, "No such file or directory");
+    for (const auto option : {VoFileSystem::NoOption, VoFileSystem::SkipExisting, VoFileSystem::OverwriteExisting,
+                              VoFileSystem::UpdateExisting}) {
+        for (const char* target : {"to", "file"}) { // whether the target exists or not
+            EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("directory"), at(target), option), VoFileException,
+                             "Is a directory");
+            EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("missing"), at(target), option), VoFileException,
+                             "No such file or directory");
+        }
+        EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("file"), at("directory"), option), VoFileException,
+                         "Is a directory");
+    }
     EXPECT_EQ(names(), (Texts{"directory", "file"}));
 }
 
@@ -349,6 +357,21 @@ TEST_F(FileSystem, movesFilesAndDirectories)
                      "rename: No such file or directory");
     EXPECT_THROW_MSG(VoFileSystem::MoveFile(at("to"), at("moved")), VoFileException, "rename: Is a directory");
     EXPECT_EQ(names(), (Texts{"moved", "to"}));
+}
+
+TEST_F(FileSystem, movingOneNameOfAFileToAnotherLeavesTheOther)
+{
+    write("from");
+    fs::create_hard_link(native("from"), native("to"));
+    fs::create_hard_link(native("from"), native("FROM"));
+    link(".", "here");
+    VoFileSystem::MoveFile(at("from"), at("from"));
+    VoFileSystem::MoveFile(at("from"), at("here\\from")); // its own name
+    EXPECT_EQ(names(), (Texts{"FROM", "from", "here", "to"}));
+    VoFileSystem::MoveFile(at("from"), at("to"));
+    VoFileSystem::MoveFile(at("FROM"), at("here\\to"));
+    EXPECT_EQ(names(), (Texts{"here", "to"}));
+    EXPECT_EQ(read("to"), "content");
 }
 
 #if defined(__unix__)
@@ -474,6 +497,23 @@ TEST_F(FileSystem, namesWithBlanksAtTheirEndsAreDeliveredAsTheyAre)
     ASSERT_EQ(found, Texts{" x "});
     VoFileSystem::ForEachFile(root(), false, false,
                               [](const VoFilePath& path) { EXPECT_EQ(VoFileSystem::FileSize(path), 1U); });
+
+    write("x", "another file"); // which the errors about " x " must not name
+    const VoFilePath blank = VoFilePath::CreateUnchecked(root().path() + " x ");
+    const VoFilePath below = VoFilePath::CreateUnchecked(blank.path() + "\\y");
+    const auto pathOf = [](const auto& failing) {
+        try {
+            failing();
+        } catch (const VoFileException& e) {
+            return e.path1().path();
+        }
+        return VoString("nothing was thrown");
+    };
+    EXPECT_EQ(pathOf([&] { VoFileSystem::FileSize(below); }), below.path());
+    EXPECT_EQ(pathOf([&] { VoFileSystem::CopyFile(below, at("to")); }), below.path());
+    EXPECT_EQ(pathOf([&] { throw VoFileException("text", blank); }), blank.path());
+    EXPECT_EQ(pathOf([&] { throw VoCannotOpenFileException(blank); }), blank.path());
+    EXPECT_EQ(pathOf([&] { throw VoFileException("text", "/a/b "); }), "\\a\\b") << "a text is made a path";
 }
 
 TEST_F(FileSystem, callbacksMayRemoveWhatIsStillToCome)
@@ -519,6 +559,10 @@ TEST_F(FileSystem, exceptionsOfACallbackEndTheWalkAndPassThrough)
 
 TEST_F(FileSystem, whatCannotBeWalkedIsReported)
 {
+    EXPECT_THROW_MSG(VoFileSystem::ForEachFile(root(), true, true, nullptr), VoInvalidParameterException,
+                     "Invalid callback");
+    EXPECT_THROW_MSG(VoFileSystem::ForEachDirectory(root(), true, nullptr), VoInvalidParameterException,
+                     "Invalid callback");
     const auto ignore = [](const VoFilePath&) {};
     EXPECT_THROW_MSG(VoFileSystem::ForEachFile(root().directory("missing"), true, true, ignore), VoFileException,
                      "directory_iterator: No such file or directory");

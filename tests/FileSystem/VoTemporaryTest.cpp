@@ -29,6 +29,7 @@ TEST_F(VoTemporary, aDirectoryLivesAsLongAsItsObjectWithAllItHolds)
         EXPECT_TRUE(VoFileSystem::IsDirectory(path));
         VoFileSystem::CreateDirectory(path.directory("a\\b"), true);
         std::ofstream(vo::detail::ToNative(directory.path("file"))) << "x";
+        EXPECT_THROW(VoFileSystem::Exists(directory.path(VoString("file\0.txt", 9))), VoInvalidPathFileException);
     }
     EXPECT_FALSE(VoFileSystem::Exists(path));
     EXPECT_TRUE(names().empty());

@@ -134,6 +134,20 @@ TEST_F(VoFileDeviceTest, AnOpenDeviceMovesWithItsFileAndPlaces)
     EXPECT_EQ(from.readRemaining(), "ef");
 }
 
+TEST_F(VoFileDeviceTest, PlacesSoughtWhileClosedCountForNothing)
+{
+    m_folder.write("file", "abcdef");
+    VoFileDevice device = this->device("file");
+    for (int opening = 0; opening < 2; ++opening) {
+        device.seek_read(4);
+        device.seek_write(4);
+        ASSERT_TRUE(device.open(VoIODevice::Read));
+        EXPECT_EQ(device.tell_read(), 0u);
+        EXPECT_EQ(device.readRemaining(), "abcdef");
+        device.close();
+    }
+}
+
 // Every byte is read in every way as a string has it.
 TEST_F(VoFileDeviceTest, ReadsAsAStringDoes)
 {

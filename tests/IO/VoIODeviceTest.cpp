@@ -256,6 +256,15 @@ TEST(VoStringDevice, WritingBeyondTheEndFillsTheGapWithZeroBytes)
     EXPECT_EQ(device.content().size(), 6u);
 }
 
+TEST(VoStringDevice, APlaceThatNoMemoryReachesIsRefused)
+{
+    VoStringDevice device("ab");
+    ASSERT_TRUE(device.open(VoIODevice::ReadWrite));
+    device.seek_write(std::numeric_limits<std::size_t>::max() / 4);
+    EXPECT_THROW(device.write("x"), VoBadAllocException);
+    EXPECT_EQ(device.content(), "ab");
+}
+
 TEST(VoStringDevice, PositionsStartAnewWithEachOpening)
 {
     VoStringDevice device("abcd");

@@ -183,6 +183,28 @@ TEST(Schedulers, refuseToEndThemselvesAndNothing)
     EXPECT_THROW_MSG(scheduler.add(VoSharedPtr<AbstractTask>()), VoNullPointerException, "Null task");
 }
 
+TEST(Schedulers, aTaskMayDestroyItsOwnScheduler)
+{
+    for (int round = 0; round < 100; ++round) {
+        auto scheduler = std::make_unique<VoParallelTaskScheduler>(2);
+        const auto gone = std::make_shared<std::promise<void>>();
+        VoParallelTaskScheduler* const running = scheduler.get();
+        std::promise<void> added;
+        running->start([&, gone] {
+            added.get_future().wait();
+            scheduler.reset();
+            gone->set_value();
+        });
+        const TaskHandle other = running->add(Task([&](FunctionTask&, const VoStopFlag& stop) {
+            while (!stop.isStopped())
+                std::this_thread::yield();
+        }));
+        added.set_value();
+        gone->get_future().wait();
+        other.wait();
+    }
+}
+
 TEST(ParallelScheduler, parallelForCoversEveryIndexOnceWhateverTheGrain)
 {
     VoParallelTaskScheduler scheduler(3);

@@ -151,6 +151,24 @@ TEST(VoEventLoop, anEventMayEndItsOwnLoop)
     EXPECT_TRUE(after);
 }
 
+TEST(VoEventLoop, anEventMayDestroyItsOwnLoop)
+{
+    for (int round = 0; round < 100; ++round) { // also while run() has not returned yet
+        auto loop = std::make_unique<VoEventLoop>();
+        const auto gone = std::make_shared<Gate>(); // kept by the event too, which is still running when it opens
+        VoWeakPtr<VoEvent> later;
+        VoEventLoop* const running = loop.get();
+        loop->add(MakeCall([&, gone] {
+            later = loop->add(MakeCall([] { ADD_FAILURE() << "ran in a destroyed loop"; }));
+            loop.reset();
+            gone->open();
+        }));
+        running->run();
+        gone->wait();
+        EXPECT_TRUE(later.expired());
+    }
+}
+
 TEST(VoEventLoop, anAbortAddedByAnybodyEndsTheLoopWhichMayThenRunAgain)
 {
     VoEventLoop loop;

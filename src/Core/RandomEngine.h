@@ -39,4 +39,8 @@ std::int64_t DrawInteger(std::int64_t low, std::int64_t high, Bits&& bits)
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(low) + drawn % range);
 }
 
+/// Drawn as DrawInteger() draws, from an engine of this thread that nobody can repeat. May be called while threads and
+/// static objects end.
+std::int64_t RandomInteger(std::int64_t low, std::int64_t high);
+
 } // namespace vo::detail
