@@ -258,9 +258,12 @@ TEST(VoStringDevice, WritingBeyondTheEndFillsTheGapWithZeroBytes)
 
 TEST(VoStringDevice, APlaceThatNoMemoryReachesIsRefused)
 {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizer ends the program when memory is refused";
+#endif
     VoStringDevice device("ab");
     ASSERT_TRUE(device.open(VoIODevice::ReadWrite));
-    device.seek_write(std::numeric_limits<std::size_t>::max() / 4);
+    device.seek_write(std::numeric_limits<std::size_t>::max() / 8);
     EXPECT_THROW(device.write("x"), VoBadAllocException);
     EXPECT_EQ(device.content(), "ab");
 }
