@@ -1,6 +1,7 @@
 #include <Maths/VoRandom.h>
 
 #include <Core/NumberText.h>
+#include <Core/RandomEngine.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoString.h>
 #include <Core/VoThrow.h>
@@ -209,17 +210,7 @@ std::uint64_t VoRandom::bits()
 
 std::int64_t VoRandom::integer(std::int64_t low, std::int64_t high)
 {
-    if (low > high)
-        vo::detail::ThrowInvalidParameter("Empty range");
-    const std::uint64_t range = static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low) + 1;
-    if (range == 0) // all 2^64 integers
-        return static_cast<std::int64_t>(bits());
-    // Numbers beyond the last whole multiple of the range would make the lower results likelier.
-    const std::uint64_t rejected = (std::numeric_limits<std::uint64_t>::max() - range + 1) % range;
-    std::uint64_t drawn = bits();
-    while (drawn > std::numeric_limits<std::uint64_t>::max() - rejected)
-        drawn = bits();
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(low) + drawn % range);
+    return vo::detail::DrawInteger(low, high, [this] { return bits(); });
 }
 
 double VoRandom::uniform()
