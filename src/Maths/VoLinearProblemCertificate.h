@@ -13,8 +13,9 @@ struct VoLinearProblemSolution;
 ///
 /// Ask for one after VoSimplexAlgorithm whenever the problem may be degenerate, which includes every problem with a
 /// bound of 0, with coefficients that are zero or negative, or with more constraints meeting in a point than it takes:
-/// there the solver can give a wrong answer with every sign of success. Asking costs as much as reading the problem
-/// twice, which is nothing beside solving it. An answer that is Verdict::Optimal is right whatever gave it.
+/// there the solver can give a wrong answer with every sign of success. Asking costs a few passes over the problem's
+/// numbers, whatever the number of steps that solving it took. An answer that is Verdict::Optimal is right whatever
+/// gave it.
 ///
 ///     const auto solution = VoLinearProblemSolution::Solve(problem, 10000);
 ///     const VoLinearProblemCertificate certificate(problem, solution);

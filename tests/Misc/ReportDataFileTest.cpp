@@ -1,5 +1,7 @@
 #include "ReportFixture.h"
 
+#include <SchemaLeaks.h>
+
 #include <Core/VoFileException.h>
 #include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>

@@ -1,5 +1,7 @@
 #include "XMLTestSupport.h"
 
+#include <SchemaLeaks.h>
+
 #include <Core/VoFileException.h>
 #include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
@@ -11,14 +13,6 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTemporaryDir>
 #include <QtNetwork/QTcpServer>
-
-// The schema component that validation stands on never frees parts of a schema.
-extern "C" const char* __lsan_default_suppressions();
-
-extern "C" const char* __lsan_default_suppressions()
-{
-    return "leak:libQt5XmlPatterns";
-}
 
 namespace {
 
