@@ -16,12 +16,14 @@
 using vo::detail::DisplayText;
 using vo::detail::DownloadFailure;
 using Kind = VoDownloadException::Kind;
+using Coding = VoDownloadStreamer::Coding;
 
 namespace {
 
 constexpr int MaximumRedirects = 20;
 constexpr qint64 ReadBufferSize = qint64{1024} * 1024; // the network waits when a file is written more slowly
 constexpr std::int64_t Tolerance = std::int64_t{1024} * 1024;
+constexpr const char* LargerThanAllowed = "Download larger than allowed: ";
 
 vo::logging::Logger& Logger()
 {
@@ -44,6 +46,17 @@ std::int64_t ContentLength(const QNetworkReply& reply)
 bool IsRedirect(int status)
 {
     return status == 301 || status == 302 || status == 303 || status == 305 || status == 307 || status == 308;
+}
+
+// What a server calls a version of a file; nothing that could not be sent back as it came.
+VoString TagOf(const QNetworkReply& reply)
+{
+    constexpr int Longest = 256;
+    const QByteArray tag = reply.rawHeader("ETag").trimmed();
+    const auto isPlain = [](char c) { return c > 0x20 && c < 0x7F; };
+    if (tag.size() > Longest || !std::all_of(tag.begin(), tag.end(), isPlain))
+        return VoString();
+    return VoString(tag.toStdString());
 }
 
 // The schemes are also the guard against local files, which the network engine would read too.
@@ -87,10 +100,14 @@ struct VoDownload::File
     int redirects = 0;
     Method method = Method::Head;
     QPointer<QNetworkReply> reply;
-    QString connection;          // what the running request holds; empty without one
-    bool accepted = false;       // the reply's status and headers are good
-    qint64 lastActivity = 0;     // when it was sent, or something came last
-    std::int64_t announced = -1; // by the headers of the body's reply; -1 when they do not say
+    QString connection;               // what the running request holds; empty without one
+    bool accepted = false;            // the reply's status and headers are good
+    qint64 lastActivity = 0;          // when it was sent, or something came last
+    std::int64_t announced = -1;      // by the headers of the body's reply; -1 when they do not say
+    Coding headCoding = Coding::None; // in which the size was told
+    Coding coding = Coding::None;     // of the body's reply
+    bool unchanged = false;           // the caller has it already
+    VoString tag;                     // of this version; only where the caller may ask for changes of it
     std::unique_ptr<VoDownloadStreamer> streamer;
     QTimer retryTimer;
 };
@@ -222,7 +239,13 @@ void VoDownload::beginAttempt(File& file, Method method)
     send(file, method);
 }
 
-QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method)
+// The answer to such a request may be that nothing has changed.
+bool VoDownload::isAskedForChanges(const File& file) const
+{
+    return file.method == Method::Get && file.place == 0 && !isGrouped() && !m_policy.knownTag.isEmpty();
+}
+
+QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method, const VoString& knownTag)
 {
     VoDownloadManagerImpl* const impl = manager();
     if (!impl)
@@ -233,8 +256,10 @@ QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method)
 
     QNetworkRequest request(url);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::UserVerifiedRedirectPolicy);
-    // Otherwise the framework asks for compressed bodies: then the size is unknown and the bytes are not the file's.
-    request.setRawHeader("Accept-Encoding", "identity");
+    // Said in any case: otherwise the framework asks for compressed bodies and uncompresses them to any size.
+    request.setRawHeader("Accept-Encoding", m_policy.acceptCompressed ? "gzip" : "identity");
+    if (!knownTag.isEmpty())
+        request.setRawHeader("If-None-Match", QByteArray::fromStdString(knownTag.toStdString()));
     if (m_policy.bypassCaches) {
         request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
         request.setRawHeader("Cache-Control", "no-cache");
@@ -261,10 +286,12 @@ void VoDownload::send(File& file, Method method)
 
 void VoDownload::sendNow(File& file)
 {
-    QNetworkReply* const reply = issueRequest(file.current, file.method);
+    QNetworkReply* const reply =
+        issueRequest(file.current, file.method, isAskedForChanges(file) ? m_policy.knownTag : VoString());
     file.reply = reply;
     file.accepted = false;
     file.announced = -1;
+    file.unchanged = false;
     touch(file);
     m_replies[reply] = &file;
 
@@ -377,20 +404,43 @@ bool VoDownload::accept(File& file, QNetworkReply& reply)
     const int status = StatusOf(reply);
     if (status == 0 || (IsRedirect(status) && !reply.isFinished()))
         return false;
+    if (status == 304 && isAskedForChanges(file)) {
+        file.unchanged = true;
+        file.accepted = true;
+        return true;
+    }
     if (status != 200) {
         fileFailed(file, vo::detail::StatusFailure(reply, file.current));
         return false;
     }
-    const QByteArray coding = reply.rawHeader("Content-Encoding").trimmed().toLower();
-    if (!coding.isEmpty() && coding != "identity") {
-        fileFailed(file, {VoDownloadException("Unsupported content coding: " + VoString(QString::fromLatin1(coding))),
-                          true, std::nullopt});
+    if (!acceptCoding(file, reply))
         return false;
-    }
     file.announced = ContentLength(reply);
     if (!withinLimits(file, file.announced))
         return false;
+    file.tag = file.place == 0 ? TagOf(reply) : VoString();
     file.accepted = true;
+    return true;
+}
+
+bool VoDownload::acceptCoding(File& file, QNetworkReply& reply)
+{
+    const QByteArray name = reply.rawHeader("Content-Encoding").trimmed().toLower();
+    const bool isPlain = name.isEmpty() || name == "identity";
+    if (!isPlain && !(m_policy.acceptCompressed && (name == "gzip" || name == "x-gzip"))) {
+        fileFailed(file, {VoDownloadException("Unsupported content coding: " + VoString(QString::fromLatin1(name))),
+                          true, std::nullopt});
+        return false;
+    }
+    const Coding coding = isPlain ? Coding::None : Coding::Gzip;
+    if (file.method == Method::Head) {
+        file.headCoding = coding;
+        return true;
+    }
+    file.coding = coding;
+    // Then the size that was told is not that of what comes.
+    if (coding != file.headCoding)
+        file.monitor->setTotal(VoDownloadSize::Unknown());
     return true;
 }
 
@@ -402,15 +452,20 @@ bool VoDownload::withinLimits(File& file, std::int64_t bytes)
         return size < bytes - Tolerance && size < (bytes - Tolerance) / 2;
     };
     if (!file.limit.isUnknown() && bytes > file.limit.bytes())
-        refusal = "Download larger than allowed: ";
+        refusal = LargerThanAllowed;
     else if (file.method == Method::Get && !expected.isUnknown() && beyond(expected.bytes()))
         refusal = "Download larger than announced";
     if (!refusal)
         return true;
+    refuseSize(file, refusal);
+    return false;
+}
+
+void VoDownload::refuseSize(File& file, const char* refusal)
+{
     const bool withUrl = refusal[std::char_traits<char>::length(refusal) - 1] == ' ';
     fileFailed(file, {VoDownloadException(withUrl ? refusal + DisplayText(file.current) : VoString(refusal)), true,
                       std::nullopt});
-    return false;
 }
 
 void VoDownload::onReadyRead(QNetworkReply& reply)
@@ -426,14 +481,26 @@ void VoDownload::onReadyRead(QNetworkReply& reply)
 // Takes all that has come of the body. False when the file has failed.
 bool VoDownload::takeBody(File& file, QNetworkReply& reply)
 {
+    if (file.unchanged)
+        return true;
     try {
         if (!file.streamer)
-            file.streamer = std::make_unique<VoDownloadStreamer>(file.path);
+            file.streamer = std::make_unique<VoDownloadStreamer>(file.path, file.coding, file.limit.bytes());
         std::vector<char>& buffer = manager()->buffer();
         while (const std::int64_t count = file.streamer->take(reply, buffer)) {
             file.monitor->bytesReceived(count);
             if (!withinLimits(file, file.monitor->received()))
                 return false;
+            if (!file.limit.isUnknown() && file.streamer->written() > file.limit.bytes()) {
+                refuseSize(file, LargerThanAllowed);
+                return false;
+            }
+            if (file.streamer->isDamaged()) {
+                fileFailed(file,
+                           {VoDownloadException("Download damaged: " + DisplayText(file.current), Kind::Transient),
+                            true, std::nullopt});
+                return false;
+            }
         }
         return true;
     } catch (const VoDownloadException& e) {
@@ -479,11 +546,15 @@ void VoDownload::bodyReceived(File& file, QNetworkReply& reply)
 {
     if (!takeBody(file, reply))
         return;
+    if (file.unchanged) {
+        fileComplete(file);
+        return;
+    }
     // The framework notices a body that is shorter than its reply announces. One without an announcement may be cut off
     // unnoticed; then the header's size is all there is to hold it against.
     const std::int64_t received = file.monitor->received();
     const std::int64_t expected = file.announced >= 0 ? file.announced : file.monitor->total().bytes();
-    if (received < expected) {
+    if (received < expected || !file.streamer->isWhole()) {
         fileFailed(file, {VoDownloadException("Download incomplete: " + DisplayText(file.current), Kind::Transient),
                           true, std::nullopt});
         return;
@@ -494,8 +565,19 @@ void VoDownload::bodyReceived(File& file, QNetworkReply& reply)
         fileFailed(file, vo::detail::LocalFailure(e.message()));
         return;
     }
+    fileComplete(file);
+}
+
+void VoDownload::fileComplete(File& file)
+{
     release(file);
     file.monitor->fileComplete();
+    manager()->callBack([&] {
+        if (m_policy.onReceived)
+            m_policy.onReceived({VoUrl(DisplayText(file.current)), file.tag, file.monitor->received(), file.unchanged});
+    });
+    if (m_ended)
+        return;
     if (--m_outstanding != 0) {
         bytesReceived();
         return;

@@ -55,7 +55,8 @@ public:
 
     /// Sends a request whose redirects wait for approval. Throws VoNullPointerException("Download has no manager") and
     /// VoDownloadException("Parent network access manager unavailable").
-    QNetworkReply* issueRequest(const QUrl& url, Method method);
+    /// A version that is known already asks for changes only.
+    QNetworkReply* issueRequest(const QUrl& url, Method method, const VoString& knownTag = VoString());
 
 protected:
     /// Throws VoDownloadException("Download must have a parent manager") unless the parent is a VoDownloadManagerImpl.
@@ -99,7 +100,11 @@ private:
 
     bool accept(File& file, QNetworkReply& reply);
     bool withinLimits(File& file, std::int64_t bytes);
+    bool acceptCoding(File& file, QNetworkReply& reply);
+    bool isAskedForChanges(const File& file) const;
+    void refuseSize(File& file, const char* refusal);
     bool takeBody(File& file, QNetworkReply& reply);
+    void fileComplete(File& file);
     void headerReceived(File& file, QNetworkReply& reply);
     void bodyReceived(File& file, QNetworkReply& reply);
     void touch(File& file);

@@ -8,6 +8,7 @@
 #include <FileSystem/VoUrl.h>
 #include <Time/VoTimeDuration.h>
 
+#include <cstdint>
 #include <functional>
 
 /// A file that is going to be asked for again after a failure.
@@ -17,6 +18,16 @@ struct VOCORE_EXPORT VoDownloadRetry
     unsigned attempt = 0; ///< The number of the attempt to come; the first attempt of a file is 1.
     VoTimeDuration delay; ///< How long is waited before it.
     VoString reason;      ///< The text of the failure.
+};
+
+/// A file that has been received.
+struct VOCORE_EXPORT VoDownloadReceipt
+{
+    VoUrl url;                    ///< Where it came from, without user name and password.
+    VoString tag;                 ///< What the server calls this version of it ("ETag"); empty when it does not say.
+    std::int64_t transferred = 0; ///< The bytes of the body as they came, maybe compressed.
+    bool isUnchanged =
+        false; ///< It is the version of VoDownloadPolicy::knownTag: nothing came and nothing was written.
 };
 
 /// What a download does about failures, and how much it accepts. The defaults are the plain behaviour: no retries, no
@@ -50,12 +61,22 @@ struct VOCORE_EXPORT VoDownloadPolicy
     /// Files that wait for a free connection do not count. No limit when it is not positive.
     VoTimeDuration stallTimeout = VoSeconds(60);
 
-    /// The most bytes that a file may have, checked against what the server announces and against what comes; unknown
-    /// is no limit. More fails with "Download larger than allowed: " and the URL.
+    /// The most bytes that a file may have, checked against what the server announces, what comes, and what that
+    /// becomes when it comes compressed; unknown is no limit. More fails with "Download larger than allowed: " and the
+    /// URL.
     VoDownloadSize sizeLimit = VoDownloadSize::Unknown();
 
     /// Asks caches on the way to fetch the file anew; for documents that change under one name.
     bool bypassCaches = false;
+
+    /// Lets the server compress the body on its way ("gzip"), which the file does not show. For texts; what is
+    /// compressed already would only cost time. Sizes in progress reports are then those of what is transferred.
+    bool acceptCompressed = false;
+
+    /// The version of the file that the caller has, as the receipt of an earlier download named it. When the server
+    /// still has that one the download ends well without touching the target, and the receipt tells so. Only the first
+    /// place is asked like this, and no grouped download: the words of one server mean nothing to another.
+    VoString knownTag;
 
     /// @name Mirrors
     /// A file whose URL begins with @ref mirrored is also to be had at each of the mirrors, with that beginning
@@ -68,6 +89,9 @@ struct VOCORE_EXPORT VoDownloadPolicy
     /// Called before each retry and each change to a mirror, on the thread of the download service and under the rules
     /// of notification callbacks; what it throws is logged. May be empty.
     std::function<void(const VoDownloadRetry&)> onRetry;
+
+    /// Called for each file when it is there, before the download ends, in the same way as @ref onRetry. May be empty.
+    std::function<void(const VoDownloadReceipt&)> onReceived;
 
     /// The wait before retry number @p retry, counted from 1. @p jitter, from 0 to 1, is how much of the random half
     /// is taken off.

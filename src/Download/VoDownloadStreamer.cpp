@@ -20,9 +20,12 @@ void Attempt(Operation operation, const char* failure, const VoFilePath& path)
 
 } // namespace
 
-VoDownloadStreamer::VoDownloadStreamer(const VoFilePath& path)
+VoDownloadStreamer::VoDownloadStreamer(const VoFilePath& path, Coding coding, std::int64_t most)
     : m_path(path)
+    , m_most(most)
 {
+    if (coding == Coding::Gzip)
+        m_decoder.emplace();
     Attempt([&] { m_writer.emplace(path); }, "Cannot open file for writing: ", path);
 }
 
@@ -31,8 +34,28 @@ std::int64_t VoDownloadStreamer::take(QIODevice& body, std::vector<char>& buffer
     const qint64 count = body.read(buffer.data(), static_cast<qint64>(buffer.size()));
     if (count <= 0)
         return 0; // a failed reply tells that by its own error
-    Attempt([&] { m_writer->write(buffer.data(), static_cast<std::size_t>(count)); }, "Cannot write to file: ", m_path);
+    const auto size = static_cast<std::size_t>(count);
+    if (!m_decoder) {
+        write(buffer.data(), size);
+        return count;
+    }
+    const auto take = [this](const char* data, std::size_t decoded) {
+        write(data, decoded);
+        return m_most < 0 || m_written <= m_most;
+    };
+    m_isDamaged = m_isDamaged || !m_decoder->decode(buffer.data(), size, take);
     return count;
+}
+
+bool VoDownloadStreamer::isWhole() const noexcept
+{
+    return !m_decoder || m_decoder->isWhole();
+}
+
+void VoDownloadStreamer::write(const char* data, std::size_t size)
+{
+    Attempt([&] { m_writer->write(data, size); }, "Cannot write to file: ", m_path);
+    m_written += static_cast<std::int64_t>(size);
 }
 
 void VoDownloadStreamer::finish()

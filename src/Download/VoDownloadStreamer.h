@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Core/VoExport.h>
+#include <Download/BodyDecoder.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFilePath.h>
 
@@ -15,17 +16,35 @@ class QIODevice;
 class VOCORE_PRIVATE_EXPORT VoDownloadStreamer
 {
 public:
-    /// Opens a file beside the target. Throws VoDownloadException("Cannot open file for writing: " + path).
-    explicit VoDownloadStreamer(const VoFilePath& path);
+    /// How the bytes come.
+    enum class Coding
+    {
+        None,
+        Gzip
+    };
 
-    /// Takes what @p body has, at most as much as @p buffer holds, and gives the number of bytes: 0 when nothing is
-    /// there. Throws VoDownloadException("Cannot write to file: " + path).
+    /// Opens a file beside the target, which is written to until it has more than @p most bytes (-1: no limit). Throws
+    /// VoDownloadException("Cannot open file for writing: " + path).
+    VoDownloadStreamer(const VoFilePath& path, Coding coding, std::int64_t most);
+
+    /// Takes what @p body has, at most as much as @p buffer holds, and gives the number of bytes as they came: 0 when
+    /// nothing is there. Throws VoDownloadException("Cannot write to file: " + path).
     std::int64_t take(QIODevice& body, std::vector<char>& buffer);
+
+    std::int64_t written() const noexcept { return m_written; } ///< The bytes of the file so far.
+    bool isDamaged() const noexcept { return m_isDamaged; }     ///< What came is not in the coding.
+    bool isWhole() const noexcept;                              ///< Whether the coding lets the body end here.
 
     /// Puts the body in the target's place. Throws VoDownloadException("Cannot write to file: " + path).
     void finish();
 
 private:
+    void write(const char* data, std::size_t size);
+
     const VoFilePath m_path;
+    const std::int64_t m_most;
+    std::int64_t m_written = 0;
+    bool m_isDamaged = false;
+    std::optional<vo::detail::BodyDecoder> m_decoder;
     std::optional<VoAtomicFileWriter> m_writer;
 };

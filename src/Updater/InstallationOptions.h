@@ -24,7 +24,8 @@ struct VOCORE_EXPORT InstallationOptions
     /// instead of being installed with a warning.
     bool refuseOlder = false;
 
-    /// How documents and chunks are fetched from a server; by default every transfer is tried once.
+    /// How documents and chunks are fetched from a server; by default every transfer is tried once. Its onReceived
+    /// hears of documents.
     VoDownloadPolicy downloads;
 };
 

@@ -9,7 +9,10 @@
 #include <Download/VoDownloadRequest.h>
 #include <Download/VoGroupedDownloadRequest.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/DocumentCache.h>
 #include <Updater/UpdateMessages.h>
+
+#include <memory>
 
 namespace vo::updater::detail {
 
@@ -35,12 +38,26 @@ void Fetch(const VoSharedPtr<Request>& request, const VoStopFlag& stop, Callback
 VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const VoDownloadPolicy& policy)
 {
     VoTemporaryFile file;
+    const DocumentCache cache(url);
+    // Shared: where the application ends, the service may outlive the wait.
+    const auto receipt = std::make_shared<VoDownloadReceipt>();
     const auto request = VoSharedPtr<VoDownloadRequest>::Make(url, file.path());
     VoDownloadPolicy forDocuments = policy;
     forDocuments.sizeLimit = LargestDocument;
     forDocuments.bypassCaches = true;
+    forDocuments.acceptCompressed = true;
+    forDocuments.knownTag = cache.tag();
+    forDocuments.onReceived = [receipt, tell = policy.onReceived](const VoDownloadReceipt& received) {
+        *receipt = received;
+        if (tell)
+            tell(received);
+    };
     request->setPolicy(forDocuments);
     Fetch(request, stop);
+    if (receipt->isUnchanged)
+        cache.copyTo(file.path());
+    else
+        cache.keep(receipt->tag, file.path());
     return file;
 }
 
@@ -48,7 +65,10 @@ void FetchFiles(const VoDeque<RemoteFile>& files, const VoStopFlag& stop, const 
                 const std::function<void(const VoDownloadProgress&)>& onProgress)
 {
     const auto request = VoSharedPtr<VoGroupedDownloadRequest>::Make();
-    request->setPolicy(policy);
+    VoDownloadPolicy forFiles = policy;
+    // Of files the progress tells.
+    forFiles.onReceived = nullptr;
+    request->setPolicy(forFiles);
     for (const RemoteFile& file : files)
         request->add(file.url, file.path, file.size);
     Fetch(request, stop, [&onProgress](const VoSharedPtr<VoDownloadNotification>& notification) {

@@ -7,6 +7,7 @@
 ///
 ///     <application data>\updates\            UpdateSystemDirectory()
 ///         download\<packageID>\              staged chunks of a running installation
+///         documents\                     documents fetched from servers, to be asked for changes only
 ///         installed\packages.xml             the registry of installed packages
 ///         installed\<packageID>.xml          the listing of one installed release
 ///

@@ -33,6 +33,8 @@
 #include <iostream>
 #include <thread>
 
+#include <zlib.h>
+
 #if defined(__unix__)
 #include <sys/resource.h>
 #endif
@@ -98,6 +100,21 @@ std::string Outcome(std::future<void> future)
 {
     vo::test::RunServiceUntil([&] { return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
     return Failure([&] { future.get(); });
+}
+
+std::string Gzip(const std::string& text)
+{
+    z_stream stream = {};
+    deflateInit2(&stream, 9, Z_DEFLATED, 15 + 16, 9, Z_DEFAULT_STRATEGY);
+    std::string result(text.size() + 100, '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+    stream.avail_in = static_cast<uInt>(text.size());
+    stream.next_out = reinterpret_cast<Bytef*>(&result[0]);
+    stream.avail_out = static_cast<uInt>(result.size());
+    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
+    result.resize(stream.total_out);
+    deflateEnd(&stream);
+    return result;
 }
 
 class DownloadManager : public testing::Test
@@ -386,6 +403,65 @@ TEST_F(DownloadManager, RefusesToWaitInsideACallbackButRequestsAndSurvivesWhatCa
     });
     EXPECT_EQ(refusal, "Cannot wait for a download inside a notification callback");
     EXPECT_EQ(Outcome(std::move(second)), "");
+}
+
+TEST_F(DownloadManager, CompressedBodiesBecomeTheFileOrFailWithinTheLimit)
+{
+    const std::string text(300000, 'a');
+    const std::string other = "the rest";
+    const std::string bytes = Gzip(text);
+    const auto coded = [](const std::string& body) {
+        return ScriptedAnswer::Body(body).with("Content-Encoding", "gzip");
+    };
+    ScriptedAnswer chunked = coded(bytes);
+    chunked.chunked = true;
+    ScriptedAnswer cut = coded(bytes.substr(0, bytes.size() - 9));
+    cut.chunked = true;
+    std::string wrong = bytes;
+    wrong[bytes.size() - 6] ^= 0x55;
+    struct Row
+    {
+        const char* name;
+        ScriptedAnswer answer;
+        ScriptedAnswer head;
+        std::string result; // or how the failure begins
+        std::int64_t limit;
+    };
+    const std::string larger = "Download larger than allowed: " + m_server.url("/file");
+    for (const Row& row : {
+             Row{"compressed", coded(bytes), coded(bytes), text, 300000},
+             Row{"the size is that of the other form", chunked, ScriptedAnswer::Body(text), text, 300000},
+             Row{"plain after all", ScriptedAnswer::Body(text), coded(bytes), text, 300000},
+             Row{"two members", coded(bytes + Gzip(other)), coded(bytes), text + other, -1},
+             Row{"cut", cut, chunked, "Download incomplete: ", -1},
+             Row{"wrong", coded(wrong), coded(wrong), "Download damaged: ", -1},
+             Row{"a bomb", coded(bytes), coded(bytes), larger, 299999},
+         }) {
+        SCOPED_TRACE(row.name);
+        m_server.get("/file", row.answer);
+        m_server.head("/file", {row.head});
+        m_folder.write("file", "old");
+        VoDownloadPolicy policy;
+        policy.acceptCompressed = true;
+        policy.sizeLimit = VoDownloadSize(row.limit);
+        VoDownloadReceipt receipt;
+        policy.onReceived = [&](const VoDownloadReceipt& received) { receipt = received; };
+        const auto wanted = request("/file", "file");
+        wanted->setPolicy(policy);
+        const std::string failure = Failure([&] { VoDownloadManager::RequestWait(wanted); });
+        if (row.result[0] == 'D') {
+            EXPECT_EQ(failure.substr(0, row.result.size()), row.result);
+            EXPECT_TRUE(m_folder.read("file") == "old");
+        } else {
+            EXPECT_EQ(failure, "");
+            EXPECT_TRUE(m_folder.read("file") == row.result);
+            EXPECT_EQ(receipt.transferred, static_cast<std::int64_t>(row.answer.body.size()));
+        }
+    }
+    m_server.get("/file", coded(bytes));
+    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(request("/file", "file")); }),
+              "Header request failed: Unsupported content coding: gzip")
+        << "it was not asked for";
 }
 
 TEST_F(DownloadManager, AnIdThatIsTakenFailsTheNewRequestOnly)

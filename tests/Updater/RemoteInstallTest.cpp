@@ -267,6 +267,42 @@ TEST_F(RemoteInstall, WhatIsInstalledIsWhatWasReadWhateverTheServerSaysByNow)
     EXPECT_EQ(server.count("GET", target(second)), 1u);
 }
 
+TEST_F(RemoteInstall, ADocumentComesAgainOnlyWhenItHasChanged)
+{
+    const std::string one = ReadBytes(publish("1.0.0", First));
+    const std::string two = ReadBytes(publish("1.1.0", Second));
+    const VoUrl document(server.url("/p.xml").c_str());
+    const ScriptedAnswer unchanged = ScriptedAnswer::Status(304, "Not Modified");
+    const auto version = [](const std::string& body, const char* tag) {
+        return ScriptedAnswer::Body(body).with("ETag", tag);
+    };
+    server.get("/p.xml", {version(one, "\"1\""), unchanged, version(two, "\"2\""), unchanged, version(two, "\"2\"")});
+    server.head("/p.xml", {ScriptedAnswer::Body(one)});
+    VoDownloadReceipt receipt;
+    options.downloads.onReceived = [&](const VoDownloadReceipt& received) { receipt = received; };
+    std::string asked;
+    for (const auto& [release, bytes] : std::vector<std::pair<const char*, std::size_t>>{{"1.0.0.0", one.size()},
+                                                                                         {"1.0.0.0", 0},
+                                                                                         {"1.1.0.0", two.size()},
+                                                                                         {"1.1.0.0", 0},
+                                                                                         {"1.1.0.0", two.size()}}) {
+        if (asked == "-\"1\"\"1\"\"2\"") {
+            // What was damaged is not asked for changes, and not used.
+            for (const auto& entry :
+                 std::filesystem::directory_iterator(vo::detail::ToNative(updates().directory("documents"))))
+                std::ofstream(entry.path(), std::ios::app) << "x";
+        }
+        EXPECT_EQ(AdvertisedPackageListing::Open(document, VoStopFlag(), options.downloads)->version().toString(),
+                  release);
+        EXPECT_EQ(receipt.transferred, static_cast<std::int64_t>(bytes));
+        EXPECT_EQ(receipt.isUnchanged, bytes == 0);
+        const auto headers = server.requests().back().headers;
+        const auto tag = headers.find("if-none-match");
+        asked += tag == headers.end() ? "-" : tag->second;
+    }
+    EXPECT_EQ(asked, "-\"1\"\"1\"\"2\"-");
+}
+
 TEST_F(RemoteInstall, TheOwnerOfTheServiceWaitsForAnotherThreadWithItsLoopRunningOrNotAtAll)
 {
     const VoFilePath definition = publish("1.0.0", First);

@@ -4,6 +4,7 @@
 #include "CommandError.h"
 #include "Console.h"
 #include "Paths.h"
+#include "Session.h"
 
 #include <Download/VoDownloadManager.h>
 #include <FileSystem/NativePath.h>
@@ -66,12 +67,15 @@ std::vector<Option> DownloadOptions()
     };
 }
 
-VoDownloadPolicy PrepareDownloads(const Arguments& arguments, Console& console, std::atomic<unsigned>& retries)
+VoDownloadPolicy PrepareDownloads(const Arguments& arguments, Console& console, DownloadCounts& counts)
 {
     VoDownloadPolicy policy;
     policy.retries = static_cast<unsigned>(arguments.integer("retries", UsualRetries, 0, 100));
-    policy.onRetry = [&console, &retries](const VoDownloadRetry& retry) {
-        ++retries;
+    policy.onReceived = [&counts](const VoDownloadReceipt& receipt) {
+        counts.documentBytes += static_cast<std::uint64_t>(receipt.transferred);
+    };
+    policy.onRetry = [&console, &counts](const VoDownloadRetry& retry) {
+        ++counts.retries;
         console.note("trying again: " + retry.url.toString() + ": " + retry.reason);
     };
     setMirror(policy, arguments);
@@ -82,6 +86,15 @@ VoDownloadPolicy PrepareDownloads(const Arguments& arguments, Console& console, 
     if (const auto authorities = arguments.file("ca-file"))
         trust(*authorities);
     return policy;
+}
+
+void ShowDownloadCounts(Session& session, const Location& document)
+{
+    if (!std::holds_alternative<VoUrl>(document))
+        return;
+    const std::uint64_t bytes = session.counts.documentBytes;
+    session.console.fact("documentBytes", "documents", BytesText(bytes), bytes);
+    session.console.fact("retries", "tried again", session.counts.retries.load());
 }
 
 } // namespace vo::tool

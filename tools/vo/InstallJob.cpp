@@ -72,6 +72,7 @@ ExitCode ShowPlan(Session& session, const InstallJob& job)
 {
     ShowPlanSteps(session.console, job.plan, job.directory);
     ShowPlanFigures(session.console, job.plan, job.directory);
+    ShowDownloadCounts(session, job.definition);
     RequireNoDowngrade(session, job.plan);
     if (!job.plan.isUpToDate())
         return ExitCode::Done;

@@ -167,8 +167,8 @@ ExitCode runCommand(const Arguments& arguments, Console& console)
                          arguments.has("verbose") ? logging::Level::Diagnostic : logging::Level::Warning);
     if (const auto directory = arguments.directory("updates-dir"))
         VoUpdater::OverrideUpdateSystemDirectory(*directory);
-    std::atomic<unsigned> retries{0};
-    Session session{arguments, console, stop, PrepareDownloads(arguments, console, retries), retries};
+    DownloadCounts counts;
+    Session session{arguments, console, stop, PrepareDownloads(arguments, console, counts), counts};
     return console.finish(command.name, guarded(command, session, log));
 }
 

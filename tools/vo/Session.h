@@ -2,11 +2,10 @@
 
 #include "Arguments.h"
 #include "Console.h"
+#include "Downloads.h"
 
 #include <Download/VoDownloadPolicy.h>
 #include <Threading/VoStopFlag.h>
-
-#include <atomic>
 
 namespace vo::tool {
 
@@ -18,8 +17,7 @@ public:
     Console& console;
     VoStopFlag stop;
     VoDownloadPolicy downloads; ///< How documents and chunks are fetched from a server.
-    /// How often a file was tried again. Counted on the thread of the download service.
-    const std::atomic<unsigned>& retries;
+    const DownloadCounts& counts;
 };
 
 } // namespace vo::tool

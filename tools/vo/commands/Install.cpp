@@ -45,6 +45,7 @@ ExitCode run(Session& session)
     if (job.plan.isUpToDate()) {
         console.fact("package", "package", job.plan.packageID.toString(), job.plan.packageID);
         console.fact("release", "release", ReleaseText(job.plan.version), job.plan.version.toString());
+        ShowDownloadCounts(session, job.definition);
         console.note("already up to date");
         return ExitCode::NothingToDo;
     }
@@ -53,8 +54,7 @@ ExitCode run(Session& session)
     const Stopwatch stopwatch;
     const bool intact = install(session, job);
     ShowInstalledFigures(console, job.plan, job.directory);
-    if (std::holds_alternative<VoUrl>(job.definition))
-        console.fact("retries", "tried again", session.retries.load());
+    ShowDownloadCounts(session, job.definition);
     console.fact("seconds", "seconds", SecondsText(stopwatch.seconds()), stopwatch.seconds());
     if (intact)
         return ExitCode::Done;

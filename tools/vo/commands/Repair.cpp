@@ -55,6 +55,7 @@ ExitCode run(Session& session)
     console.fact("definition", "repaired from", LocationText(definition));
     console.fact("files", "files checked", found.filesChecked);
     console.fact("restored", "files restored", found.missing.size() + found.changed.size());
+    ShowDownloadCounts(session, definition);
     if (!found.isIntact())
         return ExitCode::Done;
     console.note("nothing to repair");
