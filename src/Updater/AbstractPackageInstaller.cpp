@@ -155,6 +155,7 @@ void AbstractPackageInstaller::requireValid() const
 {
     if (m_private->isValid)
         return;
+    RequireRecordableDirectory(installationDirectory());
     ValidatePackage(advertisedPackage());
     m_private->isValid = true;
 }

@@ -17,11 +17,11 @@ struct VOCORE_EXPORT InstallationOptions
     /// installation before anything changes ("File belongs to no package: " + path) instead of being replaced with a
     /// warning. One with the same content is taken over either way.
     bool refuseForeignFiles = false;
-    /// Whether a package that is installed in another directory stays there ("Package is installed in another directory:
-    /// " + path) instead of moving.
+    /// Whether a package that is installed in another directory stays there ("Package is installed in another
+    /// directory: " + path) instead of moving.
     bool refuseOtherDirectory = false;
-    /// Whether a release older than the installed one is refused ("Release is older than the installed one: " + version)
-    /// instead of being installed with a warning.
+    /// Whether a release older than the installed one is refused ("Release is older than the installed one: " +
+    /// version) instead of being installed with a warning.
     bool refuseOlder = false;
 
     /// How documents and chunks are fetched from a server; by default every transfer is tried once. Its onReceived

@@ -12,6 +12,7 @@
 #include <Threading/VoStopFlag.h>
 #include <Updater/Attributes.h>
 #include <Updater/Containment.h>
+#include <Updater/DamageRecord.h>
 #include <Updater/FileActions.h>
 #include <Updater/FileOwners.h>
 #include <Updater/InstallationJournal.h>
@@ -151,9 +152,8 @@ VoDeque<VoUUID> PackagesWith(std::initializer_list<std::string_view> suffixes)
             if (!EndsWith(name, suffix))
                 continue;
             const VoUUID id{VoString(std::string(name.substr(0, name.size() - suffix.size())))};
-            const bool isKnown = std::any_of(result.begin(), result.end(), [&id](const VoUUID& known) {
-                return known == id;
-            });
+            const bool isKnown =
+                std::any_of(result.begin(), result.end(), [&id](const VoUUID& known) { return known == id; });
             if (!isKnown && vo::detail::SafeName(id.toString()) && id != VoUUID("packages"))
                 result.pushBack(id);
         }
@@ -347,8 +347,8 @@ bool InstalledPackages::IsUnfinished(const VoUUID& packageID)
 
 bool InstalledPackages::IsUnfinished(const VoUUID& packageID, const InstalledPackageListing* installed)
 {
-    if (JournalOf(packageID).exists() || KindOf(RemovedPath(packageID)) != FileKind::None ||
-        VoFileSystem::Exists(StagingOf(packageID).path()))
+    if (JournalOf(packageID).exists() || HasDamageRecord(packageID) ||
+        KindOf(RemovedPath(packageID)) != FileKind::None || VoFileSystem::Exists(StagingOf(packageID).path()))
         return true;
     // As it stands on disk: another process may have ended what this one knows of.
     const VoUniquePtr<InstalledPackages> registry = ReadRegistry(VoUpdater::InstalledPackagesPath());
@@ -368,8 +368,7 @@ void InstalledPackages::RecoverAll()
         try {
             Recover(id);
         } catch (...) {
-            Log().error("Interrupted operation on package " + id.toString() +
-                        " cannot be completed: " + FailureText());
+            Log().error("Interrupted operation on package " + id.toString() + " cannot be completed: " + FailureText());
         }
     }
 }
@@ -483,7 +482,10 @@ void InstalledPackages::RunAndRecord(VoUniquePtr<AdvertisedPackageListing> adver
     settings.record = [&](const InstalledPackageListing& listing) {
         if (!isSound)
             Log().warning("Package recorded although its verification failed: " + listing.packageID().toString());
-        return isRecorded = Record(listing);
+        isRecorded = Record(listing);
+        if (isSound)
+            ForgetDamage(listing.packageID());
+        return isRecorded;
     };
     PackageInstaller installer(std::move(advert), directory, std::move(installed), settings);
     const VoReceiver receiver = installer.connect([&isSound](const VoSharedPtr<AbstractMessage>& message) {
@@ -608,11 +610,16 @@ void InstalledPackages::Uninstall(const VoUUID& packageID, VoStopFlag stop)
     Operation operation;
     Log().diagnostic("Uninstall requested for " + packageID.toString());
     Broadcast(Message<BasicUninstallMessage<7>>(packageID));
-    if (VoFileSystem::IsDirectory(VoUpdater::UpdateSystemDirectory()))
-        operation.begin();
-    RemovePackage(packageID, path, stop);
-    if (operation.processes && Forget(packageID))
-        EraseFile(RemovedPath(packageID));
+    try {
+        if (VoFileSystem::IsDirectory(VoUpdater::UpdateSystemDirectory()))
+            operation.begin();
+        RemovePackage(packageID, path, stop);
+        if (operation.processes && Forget(packageID))
+            EraseFile(RemovedPath(packageID));
+    } catch (...) {
+        Broadcast(Message<UninstallFailedMessage>(FailureText(), packageID));
+        throw;
+    }
     Broadcast(Message<BasicUninstallMessage<8>>(packageID));
 }
 
@@ -631,6 +638,7 @@ void InstalledPackages::RemovePackage(const VoUUID& packageID, const VoFilePath&
     for (const auto phase : {InstallationJournal::Phase::Pending, InstallationJournal::Phase::Replaced})
         journal.remove(phase);
     StagingOf(packageID).remove();
+    ForgetDamage(packageID);
     if (!listing)
         return;
     // Still there under another name until the registry has forgotten the package: so its name finds it.

@@ -12,6 +12,7 @@
 #include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/Containment.h>
+#include <Updater/DamageRecord.h>
 #include <Updater/FileActions.h>
 #include <Updater/FileClaims.h>
 #include <Updater/FileContent.h>
@@ -194,8 +195,8 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
         addFilesNotInPlace(*installed, differences);
     FileOwners owners;
     if (!AbstractPackageInstaller::m_private->settings.isTemporary)
-        owners = FileOwners::Others(packageID(), {installationDirectory(),
-                                                  installed ? installed->installationDirectory() : VoDirectoryPath()});
+        owners = FileOwners::Others(
+            packageID(), {installationDirectory(), installed ? installed->installationDirectory() : VoDirectoryPath()});
     FileClaims claims = findClaims(differences, installed.get(), owners);
     UpdatePlan plan = PlanUpdate(differences, installed.get(), advertisedPackage());
     VoDeque<ChunkListing> required = Listings(plan.chunks);
@@ -256,8 +257,12 @@ void PackageInstaller::addFilesNotInPlace(const InstalledPackageListing& install
     std::unordered_set<VoUUID> known;
     for (const FileDifference& difference : differences.fileDifferences())
         known.insert(difference.fileID());
-    const VoDeque<VoUUID>& damagedIDs = AbstractPackageInstaller::m_private->settings.damaged;
-    const std::unordered_set<VoUUID> damaged(damagedIDs.begin(), damagedIDs.end());
+    const InstallerSettings& settings = AbstractPackageInstaller::m_private->settings;
+    std::unordered_set<VoUUID> damaged(settings.damaged.begin(), settings.damaged.end());
+    if (!settings.isTemporary) {
+        for (const VoUUID& file : DamagedFiles(packageID()))
+            damaged.insert(file);
+    }
     for (const AdvertisedFileListing& file : advertisedPackage().files()) {
         if (known.count(file.id()) > 0)
             continue;
@@ -547,7 +552,7 @@ void PackageInstaller::verify(const VoStopFlag& stop)
     background_task::VoParallelTaskScheduler scheduler;
     const std::size_t batch = 32 * scheduler.workers();
     std::vector<Finding> findings;
-    bool isSound = true;
+    VoDeque<VoUUID> damaged;
     for (std::size_t first = 0; first < files.size(); first += batch) {
         const std::size_t last = std::min(first + batch, files.size());
         findings.clear();
@@ -560,14 +565,18 @@ void PackageInstaller::verify(const VoStopFlag& stop)
         for (std::size_t i = first; i < last; ++i) {
             stop.throwIfStopped();
             const Finding& finding = findings[i - first];
-            isSound = reportFile(finding.path, finding.isThere, finding.isSound) && isSound;
+            if (!reportFile(finding.path, finding.isThere, finding.isSound))
+                damaged.pushBack(files[i].id());
             broadcast(Message<VerificationProgressMessage>(i + 1, files.size(), packageID(), versionID()));
         }
     }
-    if (isSound) {
+    if (damaged.isEmpty()) {
         diagnostic("Installation verification success");
         broadcast(Message<BasicUpdateMessage<16>>("Installation verification success", packageID(), versionID()));
     } else {
+        // Before the installation is recorded: a record that comes to nothing only lets files be written once more.
+        if (!AbstractPackageInstaller::m_private->settings.isTemporary)
+            RecordDamage(packageID(), damaged);
         error("Installation verification failed");
         broadcast(Message<BasicUpdateMessage<17>>("Installation verification failed", packageID(), versionID()));
     }

@@ -6,6 +6,7 @@
 #include <Core/VoVersion.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/SafePath.h>
+#include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/FileInstaller.h>
@@ -195,6 +196,12 @@ void RequirePublishableTarget(const VoFilePath& target)
         problem = "names that end like this are those of files that are being installed";
     if (problem)
         throw VoValidationException("Invalid target path: " + target.path() + ": " + problem);
+}
+
+void RequireRecordableDirectory(const VoDirectoryPath& directory)
+{
+    if (!SurvivesXML(directory.path().toStdString()))
+        throw VoInvalidParameterException("Installation directory is not UTF-8: " + directory.path());
 }
 
 void RequireShowableName(const VoString& name)

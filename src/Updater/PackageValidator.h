@@ -26,6 +26,9 @@ VOCORE_PRIVATE_EXPORT void RequireSafeDefinitionPath(const VoFilePath& path); //
 /// A target that every client installs: safe, and no name that the installer itself uses. "Invalid target path: " +
 /// target + ": " + the rule that it breaks.
 VOCORE_PRIVATE_EXPORT void RequirePublishableTarget(const VoFilePath& target);
+/// A directory whose path documents can record; else throws VoInvalidParameterException ("Installation directory is not
+/// UTF-8: " + directory).
+VOCORE_PRIVATE_EXPORT void RequireRecordableDirectory(const VoDirectoryPath& directory);
 /// Without control characters. "Invalid package name: " + name
 VOCORE_PRIVATE_EXPORT void RequireShowableName(const VoString& name);
 /// @}

@@ -38,7 +38,7 @@ bool IsTemporaryDocument(std::string_view name)
     const auto endsWith = [document](std::string_view suffix) {
         return document.size() > suffix.size() && document.substr(document.size() - suffix.size()) == suffix;
     };
-    return name.size() > start + mark.size() && (endsWith(".xml") || endsWith(".pending"));
+    return name.size() > start + mark.size() && (endsWith(".xml") || endsWith(".pending") || endsWith(".damaged"));
 }
 
 } // namespace

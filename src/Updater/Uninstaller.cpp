@@ -43,12 +43,7 @@ void Uninstaller::run(const VoStopFlag& stop)
         return;
     if (m_listing)
         keepRemaining();
-    try {
-        std::rethrow_exception(m_failure);
-    } catch (const VoFileException& failure) {
-        m_broadcast(Message<UninstallFailedMessage>(failure.message(), m_packageID));
-        throw;
-    }
+    std::rethrow_exception(m_failure);
 }
 
 // False when the work failed; the first failure is kept.
@@ -107,8 +102,7 @@ void Uninstaller::removeLeft()
 void Uninstaller::removeDirectories()
 {
     std::vector<VoDirectoryPath> directories;
-    const auto add = [&directories](const InstalledPackageListing& listing,
-                                    const VoDeque<VoDirectoryPath>& recorded) {
+    const auto add = [&directories](const InstalledPackageListing& listing, const VoDeque<VoDirectoryPath>& recorded) {
         Containment inside(listing.installationDirectory());
         for (const VoDirectoryPath& directory : recorded) {
             if (inside.mayRemove(directory))

@@ -7,7 +7,7 @@
 ///
 ///     <application data>\updates\            UpdateSystemDirectory()
 ///         download\<packageID>\              staged chunks of a running installation
-///         documents\                     documents fetched from servers, to be asked for changes only
+///         documents\                         documents fetched from servers, to be asked for changes only
 ///         installed\packages.xml             the registry of installed packages
 ///         installed\<packageID>.xml          the listing of one installed release
 ///
@@ -16,6 +16,13 @@ class VOCORE_EXPORT VoUpdater
 {
 public:
     VoUpdater() = delete;
+
+    /// @{ The release channels, and the directories of their packages, on the publishing side.
+    static constexpr const char* ReleaseChannel = "release";
+    static constexpr const char* BetaChannel = "beta";
+    static constexpr const char* ReleasePackagesDirectory = "release-packages";
+    static constexpr const char* BetaPackagesDirectory = "beta-packages";
+    /// @}
 
     /// The override directory if one was set, else "updates" in the application data directory.
     static VoDirectoryPath UpdateSystemDirectory();

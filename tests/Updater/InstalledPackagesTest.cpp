@@ -183,6 +183,52 @@ TEST_F(InstalledPackagesTest, ARegistryThatCannotBeWrittenIsLoggedAndMendedByThe
     EXPECT_EQ(InstalledPackages::Packages().size(), 1u);
 }
 
+TEST_F(InstalledPackagesTest, WhatFailedItsVerificationIsMendedByTheSameInstallation)
+{
+    Files next = Content;
+    next["readme.txt"] = "second";
+    install(publish("1.0.0", Content));
+    WriteBytes(placed("lib/a.dat"), std::string(100, 'x')); // of the same size
+    const VoFilePath second = publish("1.1.0", next);
+    for (const bool isSound : {false, true}) {
+        EXPECT_FALSE(InstalledPackages::Plan(second, place(), options).isUpToDate());
+        const ReceivedMessages messages;
+        install(second);
+        const std::vector<int> codes = messages.codes();
+        EXPECT_EQ(std::count(codes.begin(), codes.end(), AbstractMessage::VerificationFailed), isSound ? 0 : 1);
+    }
+    EXPECT_TRUE(isIntact());
+    EXPECT_EQ(Tree(place()), next);
+    EXPECT_TRUE(InstalledPackages::Plan(second, place(), options).isUpToDate());
+}
+
+TEST_F(InstalledPackagesTest, AnUninstallationEndsWithItsFinalMessageHoweverItEnds)
+{
+    install(publish("1.0.0", Content));
+    const VoStopFlag raised;
+    raised.stop();
+    {
+        const ReceivedMessages messages;
+        EXPECT_THROW(InstalledPackages::Uninstall(packageID, raised), VoUserCancelledException);
+        EXPECT_EQ(messages.codes().back(), 19);
+    }
+    WriteBytes(listingPath(), "no listing");
+    const ReceivedMessages messages;
+    EXPECT_THROW(InstalledPackages::Uninstall(packageID), VoException);
+    EXPECT_EQ(messages.codes().back(), 19);
+}
+
+#if !defined(_WIN32)
+TEST_F(InstalledPackagesTest, ADirectoryThatNoListingCanRecordIsRefused)
+{
+    const VoFilePath definition = publish("1.0.0", Content);
+    const VoDirectoryPath bad = VoDirectoryPath::FromText(directory("place").path() + "\xFF");
+    EXPECT_THROW_MSG(InstalledPackages::Install(definition, bad, VoStopFlag()), VoInstallationFailedException,
+                     "Installation failed: Installation directory is not UTF-8: " + bad.path());
+    EXPECT_FALSE(VoFileSystem::Exists(bad));
+}
+#endif
+
 TEST_F(InstalledPackagesTest, AFileThatCannotBeRemovedStaysRecordedUntilItCan)
 {
     install(publish("1.0.0", Content));
