@@ -18,17 +18,21 @@ public:
     static void Zip(const VoFilePath& archivePath, const VoFilePath& source);
 
     /// Unpacks an archive into a directory, which is made when it is missing. Entries whose names end with "/" become
-    /// directories; "./" at the beginning of a name means nothing. Each file appears whole or not at all and replaces
-    /// what bears its name; when something fails, the files before it stay.
+    /// directories, and empty ones whose attributes say so; "./" at the beginning of a name means nothing. Each file
+    /// appears whole or not at all and replaces what bears its name; when something fails, the files before it stay.
     ///
     /// All names and sizes are checked before the first byte is written. Refused with VoValidationException "Invalid
     /// path in zip archive: " and the name: what does not stay below the directory or is no file name on some platform
     /// (a colon, a control character, a device's name, a piece that ends with a dot or a blank), names that are equal
-    /// but for case, a name that is a file and a directory, and a place that links lead out of the directory.
+    /// but for case, a name that is a file and a directory, and a place that links lead out of the directory. Refused
+    /// with "Overlapping entries in zip archive: " and a name: entries that share bytes, by which a small archive can
+    /// grow to any size.
     /// @throw VoFileException "Cannot unzip as target path is not a directory" when the target's text does not end with
     ///        the separator; then the archive is not even looked at
     /// @throw VoPathSizeFileException when a file's path would be too long
-    /// @throw VoInvalidParameterException as VoZipArchive::open, for an encrypted entry or an unknown method
+    /// @throw VoInvalidPathFileException as VoZipArchive, for a file that is no archive
+    /// @throw VoInvalidParameterException as VoZipArchive::open, for an encrypted entry or an unknown method; with
+    ///        "Unzip bad zip file" and the archive's path, when its directory is damaged or counts other than it holds
     /// @throw VoFileException "Not enough disk space to unzip archive"
     /// @throw VoCannotOpenFileException with the file that cannot be made
     /// @throw VoInvalidCallException as VoZipFile reads, for damaged content

@@ -186,9 +186,10 @@ ExitCode refuseUsage(const VoString& text, bool json)
 bool IsRefusal(const VoString& text)
 {
     static const char* const beginnings[] = {
-        "Invalid target path: ",         "Invalid chunk path: ", "Invalid definition path: ",
-        "Invalid package definition: ",  "Invalid identifier: ", "Document type declarations are not allowed",
-        "Invalid path in zip archive: ",
+        "Invalid target path: ",         "Invalid chunk path: ",
+        "Invalid definition path: ",     "Invalid package definition: ",
+        "Invalid identifier: ",          "Document type declarations are not allowed",
+        "Invalid path in zip archive: ", "Overlapping entries in zip archive: ",
     };
     const VoString cause = causeOf(text);
     return std::any_of(std::begin(beginnings), std::end(beginnings),
