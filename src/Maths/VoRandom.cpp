@@ -12,7 +12,6 @@
 #include <cmath>
 #include <functional>
 #include <limits>
-#include <random>
 #include <string>
 #include <system_error>
 
@@ -139,15 +138,9 @@ VoRandom::VoRandom(std::unique_ptr<Private> state) noexcept
 
 VoRandom VoRandom::FromSystem()
 {
-    std::random_device device;
-    std::array<unsigned, 8> numbers;
-    std::generate(numbers.begin(), numbers.end(), std::ref(device));
-    std::seed_seq seed(numbers.begin(), numbers.end());
-    std::array<std::uint32_t, 2 * Engine::Size> halves;
-    seed.generate(halves.begin(), halves.end());
+    vo::detail::RandomEngine source = vo::detail::EngineFromSystem();
     Engine::Words words;
-    for (std::size_t i = 0; i < words.size(); ++i)
-        words[i] = halves[2 * i] | static_cast<std::uint64_t>(halves[2 * i + 1]) << 32;
+    std::generate(words.begin(), words.end(), std::ref(source));
     return VoRandom(std::make_unique<Private>(Private{Engine(words, Engine::Size)}));
 }
 
