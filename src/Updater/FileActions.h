@@ -64,8 +64,8 @@ void MakeDirectory(const VoDirectoryPath& directory);
 /// VoFileException ("Cannot remove file: " + reason + ": " + path).
 bool EraseFile(const VoFilePath& path);
 
-/// Removes a directory if it is empty. The result is true when there is none afterwards. Throws VoFileException ("Cannot
-/// remove directory: " + reason + ": " + path).
+/// Removes a directory if it is empty. The result is true when there is none afterwards. Throws VoFileException
+/// ("Cannot remove directory: " + reason + ": " + path).
 bool EraseDirectoryIfEmpty(const VoDirectoryPath& directory);
 
 /// Renames a built file to its place. Throws VoFileException ("Cannot replace file: " + reason + ": " + place).

@@ -23,11 +23,11 @@ class FileOwners;
 /// Whose the files on disk are that stand where a release is going to write or to remove some.
 struct FileClaims
 {
-    VoDeque<VoFilePath> foreign; ///< Nobody's, with another content than the release's.
-    VoDeque<VoFilePath> adopted; ///< Nobody's, with the release's content.
-    std::unordered_set<VoUUID> adoptedIDs;              ///< The IDs of the release's files for those.
-    VoDeque<InstallationPlan::OwnedFile> conflicts;     ///< Another package's.
-    VoDeque<InstallationPlan::OwnedFile> kept;          ///< Another package's as well, and no longer the release's.
+    VoDeque<VoFilePath> foreign;                    ///< Nobody's, with another content than the release's.
+    VoDeque<VoFilePath> adopted;                    ///< Nobody's, with the release's content.
+    std::unordered_set<VoUUID> adoptedIDs;          ///< The IDs of the release's files for those.
+    VoDeque<InstallationPlan::OwnedFile> conflicts; ///< Another package's.
+    VoDeque<InstallationPlan::OwnedFile> kept;      ///< Another package's as well, and no longer the release's.
 };
 
 /// Looks at the places of all added, modified and removed files; reads those that nobody owns and that may be equal.

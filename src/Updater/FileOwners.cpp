@@ -91,9 +91,8 @@ public:
     bool overlap(const VoDirectoryPath& other) const
     {
         const std::string name = Name(other);
-        return std::any_of(m_names.begin(), m_names.end(), [&name](const std::string& known) {
-            return Holds(known, name) || Holds(name, known);
-        });
+        return std::any_of(m_names.begin(), m_names.end(),
+                           [&name](const std::string& known) { return Holds(known, name) || Holds(name, known); });
     }
 
 private:
@@ -116,9 +115,9 @@ VoUniquePtr<InstalledPackageListing> ReadListing(const VoFilePath& path)
     } catch (const VoFileException&) {
         throw;
     } catch (const VoException& exception) {
-        vo::logging::Logger::Get("updater").warning("Installed listing " + path.path() +
-                                                    " cannot be used, so its files belong to nobody: " +
-                                                    exception.message());
+        vo::logging::Logger::Get("updater").warning(
+            "Installed listing " + path.path() +
+            " cannot be used, so its files belong to nobody: " + exception.message());
         return {};
     }
 }

@@ -54,9 +54,8 @@ void WritePaths(VoXMLElementWriter& element, const char* name, const VoDeque<Pat
 template <typename Path>
 void ReadPaths(VoXMLStreamElementLoader& container, VoDeque<Path>& paths)
 {
-    container.processChildren([&paths](VoXMLStreamElementLoader& child) {
-        paths.pushBack(ReadAttribute<Path>(child, attribute::path));
-    });
+    container.processChildren(
+        [&paths](VoXMLStreamElementLoader& child) { paths.pushBack(ReadAttribute<Path>(child, attribute::path)); });
 }
 
 void ReadChanges(VoXMLStreamElementLoader& container, VoDeque<PlaceChange>& changes)
@@ -268,9 +267,8 @@ VoFilePath InstallationJournal::path(Phase phase) const
 
 bool InstallationJournal::exists() const
 {
-    return !m_listing.isNull() && std::any_of(std::begin(Phases), std::end(Phases), [this](Phase phase) {
-        return KindOf(path(phase)) != FileKind::None;
-    });
+    return !m_listing.isNull() && std::any_of(std::begin(Phases), std::end(Phases),
+                                              [this](Phase phase) { return KindOf(path(phase)) != FileKind::None; });
 }
 
 VoUniquePtr<RunNotes> InstallationJournal::read(Phase phase) const
@@ -341,8 +339,7 @@ bool EraseOld(const RunNotes& notes)
     return !cleaner.failure();
 }
 
-void Recover(const InstallationJournal& journal,
-             const std::function<bool(const InstalledPackageListing&)>& record)
+void Recover(const InstallationJournal& journal, const std::function<bool(const InstalledPackageListing&)>& record)
 {
     if (const auto notes = journal.read(Phase::Replaced); notes && EraseOld(*notes))
         journal.remove(Phase::Replaced);

@@ -104,9 +104,9 @@ VOCORE_PRIVATE_EXPORT bool Undo(const RunNotes& notes);
 /// The result is false when some could not be erased, which is logged.
 VOCORE_PRIVATE_EXPORT bool EraseOld(const RunNotes& notes);
 
-/// Ends a run that was interrupted: undoes it, or records and ends it. `record` keeps a listing and tells whether all of
-/// that succeeded. Throws VoFileException when an old file cannot be moved back, and what `record` throws; the notes are
-/// kept then.
+/// Ends a run that was interrupted: undoes it, or records and ends it. `record` keeps a listing and tells whether all
+/// of that succeeded. Throws VoFileException when an old file cannot be moved back, and what `record` throws; the notes
+/// are kept then.
 VOCORE_PRIVATE_EXPORT void Recover(const InstallationJournal& journal,
                                    const std::function<bool(const InstalledPackageListing&)>& record);
 

@@ -27,17 +27,18 @@ struct VOCORE_EXPORT InstallationPlan
         VoFilePath copiedFrom{};   ///< The installed file that it is copied from; null when it is built from chunks.
     };
 
-    VoUUID packageID{""};          ///< The package.
-    VoUUID versionID{""};          ///< The release to install.
-    VoString name;                 ///< The release's display name.
-    VoVersion version;             ///< The release's version.
-    bool isInstalled = false;      ///< Whether some release of the package is installed.
-    /// Whether an operation on the package was interrupted or could not be recorded: there is something to be completed.
+    VoUUID packageID{""};     ///< The package.
+    VoUUID versionID{""};     ///< The release to install.
+    VoString name;            ///< The release's display name.
+    VoVersion version;        ///< The release's version.
+    bool isInstalled = false; ///< Whether some release of the package is installed.
+    /// Whether an operation on the package was interrupted or could not be recorded: there is something to be
+    /// completed.
     bool isUnfinished = false;
-    VoUUID installedVersionID{""}; ///< That release; empty when none is installed.
-    VoVersion installedVersion;    ///< Its version.
+    VoUUID installedVersionID{""};      ///< That release; empty when none is installed.
+    VoVersion installedVersion;         ///< Its version.
     VoDirectoryPath installedDirectory; ///< Where it is installed; null when none is.
-    bool isMove = false;           ///< Whether it is installed in another directory than the one planned for.
+    bool isMove = false;                ///< Whether it is installed in another directory than the one planned for.
 
     VoDeque<File> files;                ///< What changes on disk, in the order in which the installer goes through it.
     VoDeque<ChunkListing> chunks;       ///< The chunks to fetch, in the order of the advert.
@@ -45,7 +46,8 @@ struct VOCORE_EXPORT InstallationPlan
 
     /// Files on disk that no package owns and that the installation replaces.
     VoDeque<VoFilePath> foreignFiles;
-    /// Files on disk that no package owns and that have the content of the release's files already: they are taken over.
+    /// Files on disk that no package owns and that have the content of the release's files already: they are taken
+    /// over.
     VoDeque<VoFilePath> adoptedFiles;
 
     /// A file that another package owns.
@@ -56,7 +58,8 @@ struct VOCORE_EXPORT InstallationPlan
         VoString name;    ///< The display name of that.
     };
     VoDeque<OwnedFile> conflicts; ///< Files of the release in the places of such ones: installing is refused.
-    VoDeque<OwnedFile> keptFiles; ///< Files that the release does not have any more, and that stay for their other owners.
+    VoDeque<OwnedFile>
+        keptFiles; ///< Files that the release does not have any more, and that stay for their other owners.
 
     std::uint64_t addedFiles = 0;     ///< Number of files to add.
     std::uint64_t copiedFiles = 0;    ///< How many of these are copied from installed files.

@@ -66,9 +66,9 @@ public:
     ///
     /// Installing an older version than the installed one is done, with a warning. Every failure, that of reading the
     /// definition included, throws VoInstallationFailedException with "Installation failed: " and the cause's text;
-    /// another process that is installing is the failure "File already locked: " + path. Files, listing and registry are
-    /// as they were then. A registry that cannot be written after the listing was written is only logged: the package
-    /// is unfinished, and the next operation mends it.
+    /// another process that is installing is the failure "File already locked: " + path. Files, listing and registry
+    /// are as they were then. A registry that cannot be written after the listing was written is only logged: the
+    /// package is unfinished, and the next operation mends it.
     ///
     /// A place that another package owns is the failure "File belongs to another package: " + path. The options tell
     /// what else is refused.
@@ -110,9 +110,10 @@ public:
     /// For a package without listing only its entry in the registry is dropped, with a warning; one that is not
     /// installed at all only warns. A file that another package owns as well stays. A file or directory that cannot be
     /// deleted, or not even be looked at, does not stop the rest: it stays recorded, and the call ends with
-    /// UninstallFailedMessage and the VoFileException. A listing that cannot be read throws what reading it throws, and nothing is removed. Throws
-    /// VoFileLockedException when another process is installing, VoValidationException ("Invalid identifier: " +
-    /// packageID), VoUserCancelledException when the flag is raised: the same call goes on where it stopped.
+    /// UninstallFailedMessage and the VoFileException. A listing that cannot be read throws what reading it throws, and
+    /// nothing is removed. Throws VoFileLockedException when another process is installing, VoValidationException
+    /// ("Invalid identifier: " + packageID), VoUserCancelledException when the flag is raised: the same call goes on
+    /// where it stopped.
     static void Uninstall(const VoUUID& packageID);
     static void Uninstall(const VoUUID& packageID, VoStopFlag stop);
     /// @}
@@ -133,9 +134,9 @@ public:
     static VoFilePath InstalledPackageListingPath(const VoUUID& packageID);
 
     /// Checks every installed file of a package against its listing, and looks for files that do not belong to it
-    /// or to another package below the directories that were created for it. Changes nothing and takes no lock; reports on files that an
-    /// operation running at the same time is replacing are of no value. Progress and findings are also broadcast.
-    /// Throws as Package, and VoUserCancelledException.
+    /// or to another package below the directories that were created for it. Changes nothing and takes no lock; reports
+    /// on files that an operation running at the same time is replacing are of no value. Progress and findings are also
+    /// broadcast. Throws as Package, and VoUserCancelledException.
     static VerificationReport Verify(const VoUUID& packageID, VoStopFlag stop);
 
     /// @{

@@ -26,9 +26,9 @@ using ReusedFiles = std::unordered_map<VoUUID, VoFilePath>;
 ///
 /// All new files are first built beside their places (path + ".vonew") and checked. Then each old file is renamed (path
 /// + ".voold") and the new one renamed into its place; a failure takes all of that back. When the result is checked and
-/// recorded, the old files are deleted, and with them files that the release no longer has and recorded directories left
-/// empty. What the run does is noted on disk first: after a process was killed at any moment, the next operation on any
-/// package makes of it the old release or the new one.
+/// recorded, the old files are deleted, and with them files that the release no longer has and recorded directories
+/// left empty. What the run does is noted on disk first: after a process was killed at any moment, the next operation
+/// on any package makes of it the old release or the new one.
 ///
 /// Files of other packages in the same folders are neither replaced nor removed.
 class VOCORE_EXPORT PackageInstaller : public AbstractPackageInstaller

@@ -73,8 +73,7 @@ void UpdateTransaction::begin()
     findDirectories();
     findEmptied();
     completeNotes();
-    if (m_notes.changes.isEmpty() && m_notes.made.isEmpty() && m_notes.emptied.isEmpty() &&
-        m_notes.leftovers.isEmpty())
+    if (m_notes.changes.isEmpty() && m_notes.made.isEmpty() && m_notes.emptied.isEmpty() && m_notes.leftovers.isEmpty())
         return;
     m_hasNoted = true;
     m_journal.begin(m_notes);
@@ -315,9 +314,9 @@ void UpdateTransaction::findEmptied()
     for (const VoDirectoryPath& directory : m_notes.made)
         consider(directory, after);
     // Longer paths first: a directory comes before the one that holds it.
-    std::stable_sort(
-        candidates.begin(), candidates.end(),
-        [](const VoDirectoryPath& a, const VoDirectoryPath& b) { return Bytes(a).size() > Bytes(b).size(); });
+    std::stable_sort(candidates.begin(), candidates.end(), [](const VoDirectoryPath& a, const VoDirectoryPath& b) {
+        return Bytes(a).size() > Bytes(b).size();
+    });
     PathSet emptied;
     for (const VoDirectoryPath& directory : candidates) {
         if (willBeEmpty(directory, emptied) && emptied.insert(Key(directory)).second)

@@ -105,10 +105,10 @@ private:
     PathSet m_removed;              // those, by their bytes
     PathSet m_moved;                // those of them that go with a directory
 
-    PathSet m_asides;                                         // names that are given to old files
-    std::unordered_map<std::string, std::size_t> m_changeOf;  // by place: its index in the notes
-    VoDeque<VoDirectoryPath> m_missing;                       // directories to make, outermost first
-    PathSet m_madeBefore;                                     // by an interrupted run, and not empty
+    PathSet m_asides;                                        // names that are given to old files
+    std::unordered_map<std::string, std::size_t> m_changeOf; // by place: its index in the notes
+    VoDeque<VoDirectoryPath> m_missing;                      // directories to make, outermost first
+    PathSet m_madeBefore;                                    // by an interrupted run, and not empty
 
     RunNotes m_notes;
     bool m_hasNoted = false;  // the journal may have the notes

@@ -4,6 +4,9 @@
 #include "InstallFixture.h"
 #include "SystemCalls_linux.h"
 
+#include <Updater/AdvertisedPackages.h>
+#include <Updater/PackageVerifier.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <iostream>
@@ -15,11 +18,18 @@ namespace vo::test {
 namespace {
 
 using Kind = CallFault::Kind;
+using vo::updater::AdvertisedPackages;
+using vo::updater::PackageVerifier;
 
 // Files and directories change places, and files change, move, come and go.
-const Files First = {{"readme.txt", "first"},           {"lib/a.dat", Noise(60, 1)},    {"lib/deep/b.dat", Noise(50, 2)},
-                     {"old/gone.txt", "to be removed"}, {"turns", "into a directory"},  {"back/to/file", "one"},
-                     {"back/file", "two"},              {"moved.dat", Noise(55, 5)}};
+const Files First = {{"readme.txt", "first"},
+                     {"lib/a.dat", Noise(60, 1)},
+                     {"lib/deep/b.dat", Noise(50, 2)},
+                     {"old/gone.txt", "to be removed"},
+                     {"turns", "into a directory"},
+                     {"back/to/file", "one"},
+                     {"back/file", "two"},
+                     {"moved.dat", Noise(55, 5)}};
 const Files Second = {{"readme.txt", "second, longer than before"},
                       {"lib/a.dat", Noise(60, 1)},
                       {"lib/deep/b.dat", Noise(50, 3)},
@@ -134,10 +144,7 @@ protected:
 class InstallFaultTest : public FaultMatrixTest, public testing::WithParamInterface<Scenario>
 {
 protected:
-    void prepare()
-    {
-        restore(prepared);
-    }
+    void prepare() { restore(prepared); }
 
     void make()
     {
@@ -196,7 +203,75 @@ protected:
     Files prepared;
 };
 
+// The builders' temporary directories are below that of the test, so that killed processes leave nothing elsewhere.
+class PublishFaultTest : public FaultMatrixTest
+{
+protected:
+    PublishFaultTest()
+    {
+        VoFileSystem::CreateDirectory(directory("tmp"));
+        ::setenv("TMPDIR", vo::detail::ToNative(directory("tmp")).c_str(), 1);
+    }
+    ~PublishFaultTest() override
+    {
+        if (m_usual.empty())
+            ::unsetenv("TMPDIR");
+        else
+            ::setenv("TMPDIR", m_usual.c_str(), 1);
+    }
+
+    bool isDeclaredAndWhole(const char* version) const
+    {
+        const auto declared = AdvertisedPackages::Open(declarations());
+        for (const auto& release : declared->declarations()) {
+            if (release.version() != VoVersion::Deserialize(version))
+                continue;
+            const VoFilePath definition = declarations().parent().appended(release.path());
+            return PackageVerifier::Verify(AdvertisedPackageListing::Open(definition), definition,
+                                           sourceOf(release.version().toString()), {});
+        }
+        return false;
+    }
+
+private:
+    const std::string m_usual = std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "";
+};
+
 } // namespace
+
+// A release is declared when it is there as a whole; those declared before are never touched.
+TEST_F(PublishFaultTest, AReleaseIsDeclaredWholeOrNotAtAll)
+{
+    const VoFilePath first = publish("1.0.0", First);
+    for (const auto& [name, content] : Second)
+        WriteBytes(sourceOf("1.1.0.0").appended(VoFilePath(name.c_str())), content);
+    const Files before = Tree(directory("server"));
+    const auto prepare = [&] {
+        VoFileSystem::RemoveAll(directory("server"));
+        for (const auto& [name, content] : before)
+            WriteBytes(directory("server").appended(VoFilePath(name.c_str())), content);
+    };
+    const auto work = [&] {
+        vo::updater::UpdatePackageBuilder builder(*AdvertisedPackageListing::Open(first),
+                                                  VoVersion::Deserialize("1.1.0"), 40, 6);
+        builder.add(sourceOf("1.1.0.0"), declarations());
+        builder.finalise(declarations());
+    };
+    forEachFault(prepare, work, [&](const CallFault& fault, End end, std::size_t) {
+        ASSERT_TRUE(isDeclaredAndWhole("1.0.0"));
+        const bool isDeclared = ReadBytes(declarations()) != before.at("releases.xml");
+        ASSERT_EQ(isDeclaredAndWhole("1.1.0"), isDeclared);
+        if (end == End::Succeeded) {
+            ASSERT_TRUE(isDeclared);
+        }
+        if (end == End::Failed && fault.kind == Kind::FailOne) {
+            ASSERT_EQ(Tree(directory("server")), before);
+        }
+        work();
+        ASSERT_TRUE(isDeclaredAndWhole("1.0.0"));
+        ASSERT_TRUE(isDeclaredAndWhole("1.1.0"));
+    });
+}
 
 // Whatever happens to a process, the next operation, even one on another package, finds the old release or the new one
 // as a whole; and the same call, or another one, then does what it would have done. What says that it succeeded, has.
@@ -246,14 +321,15 @@ TEST_P(InstallFaultTest, EndsAllOldOrAllNew)
     forEachFault([this] { prepare(); }, [this] { work(); }, check);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Operations, InstallFaultTest,
-    testing::Values(Scenario{"FirstInstallation", false, true, false, Scenario::Work::Install},
-                    Scenario{"Update", false, true, false, Scenario::Work::Replace},
-                    Scenario{"UpdateThatCopies", true, true, false, Scenario::Work::Replace},
-                    Scenario{"WayBack", false, false, true, Scenario::Work::Replace},
-                    Scenario{"Repair", false, false, false, Scenario::Work::Repair},
-                    Scenario{"Uninstallation", false, false, true, Scenario::Work::Uninstall}),
-    [](const testing::TestParamInfo<Scenario>& scenario) { return std::string(scenario.param.name); });
+INSTANTIATE_TEST_SUITE_P(Operations, InstallFaultTest,
+                         testing::Values(Scenario{"FirstInstallation", false, true, false, Scenario::Work::Install},
+                                         Scenario{"Update", false, true, false, Scenario::Work::Replace},
+                                         Scenario{"UpdateThatCopies", true, true, false, Scenario::Work::Replace},
+                                         Scenario{"WayBack", false, false, true, Scenario::Work::Replace},
+                                         Scenario{"Repair", false, false, false, Scenario::Work::Repair},
+                                         Scenario{"Uninstallation", false, false, true, Scenario::Work::Uninstall}),
+                         [](const testing::TestParamInfo<Scenario>& scenario) {
+                             return std::string(scenario.param.name);
+                         });
 
 } // namespace vo::test

@@ -229,6 +229,72 @@ TEST_F(InstalledPackagesTest, ADirectoryThatNoListingCanRecordIsRefused)
 }
 #endif
 
+// Whose the file is that stands in the way decides about it: another package's is never touched, nobody's is taken
+// over, replaced or refused.
+TEST_F(InstalledPackagesTest, FilesThatAreNotThePackagesOwnAreRespected)
+{
+    install(publish("1.0.0", {{"a.txt", "a"}, {"both.txt", "of a"}}));
+    const VoUUID other("b-" + packageID.toString());
+    const auto publishOther = [&](const char* version, const Files& files) {
+        PackageBuilder builder(other, "Other", VoVersion::Deserialize(version), 40, 6);
+        return publish(builder, files);
+    };
+    const VoFilePath clashing = publishOther("5.0.0", {{"b.txt", "b"}, {"both.txt", "of b"}});
+    const Files before = snapshot();
+    const InstallationPlan refused = InstalledPackages::Plan(clashing, place());
+    ASSERT_EQ(refused.conflicts.size(), 1u);
+    EXPECT_EQ(refused.conflicts.front().packageID, packageID);
+    EXPECT_THROW_MSG(install(clashing), VoInstallationFailedException,
+                     "Installation failed: File belongs to another package: " + placed("both.txt").path() +
+                         " (Examples " + packageID.toString() + ")");
+    EXPECT_EQ(snapshot(), before);
+
+    // A record of before such clashes were refused.
+    const VoFilePath apart = publishOther("6.0.0", {{"b.txt", "b"}, {"sub/c.txt", "c"}});
+    install(apart);
+    const auto claimBoth = [&] {
+        const auto listing = InstalledPackages::Package(other);
+        listing->add(placed("both.txt"), VoUUID("both"), ChecksumOf("of b"), 4);
+        listing->write(InstalledPackages::InstalledPackageListingPath(other));
+    };
+    EXPECT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).extra.isEmpty());
+    claimBoth();
+    const VoFilePath next = publishOther("7.0.0", {{"b.txt", "next"}});
+    EXPECT_EQ(InstalledPackages::Plan(next, place()).keptFiles.size(), 1u);
+    install(next);
+    EXPECT_EQ(ReadBytes(placed("both.txt")), "of a");
+    claimBoth();
+    InstalledPackages::Uninstall(other);
+    EXPECT_EQ(Tree(place()), (Files{{"a.txt", "a"}, {"both.txt", "of a"}}));
+
+    WriteBytes(placed("mine.txt"), "mine");
+    WriteBytes(placed("same.txt"), "same");
+    const VoFilePath covering = publishOther("8.0.0", {{"mine.txt", "theirs"}, {"same.txt", "same"}});
+    const InstallationPlan plan = InstalledPackages::Plan(covering, place());
+    EXPECT_EQ(Texts(plan.foreignFiles), Texts({placed("mine.txt")}));
+    EXPECT_EQ(Texts(plan.adoptedFiles), Texts({placed("same.txt")}));
+    options.refuseForeignFiles = true;
+    EXPECT_THROW_MSG(install(covering), VoInstallationFailedException,
+                     "Installation failed: File belongs to no package: " + placed("mine.txt").path());
+    EXPECT_EQ(ReadBytes(placed("mine.txt")), "mine");
+    options = {};
+    const LoggedTexts log("updater");
+    const auto steps = StepsOf([&] { install(covering); });
+    EXPECT_EQ(Count(steps, FileStep::PutInPlace), 1);
+    EXPECT_TRUE(log.contain("File that belongs to no package is replaced: " + placed("mine.txt").path().toStdString()));
+    InstalledPackages::Uninstall(other);
+    EXPECT_EQ(Tree(place()), (Files{{"a.txt", "a"}, {"both.txt", "of a"}}));
+
+    options.refuseOtherDirectory = true;
+    EXPECT_THROW(
+        InstalledPackages::Install(publish("0.9.0", {{"a.txt", "older"}}), directory("place"), VoStopFlag(), options),
+        VoInstallationFailedException);
+    options = {};
+    options.refuseOlder = true;
+    EXPECT_THROW_MSG(install(publish("0.9.0", {{"a.txt", "older"}})), VoInstallationFailedException,
+                     "Installation failed: Release is older than the installed one: 0.9.0.0");
+}
+
 TEST_F(InstalledPackagesTest, AFileThatCannotBeRemovedStaysRecordedUntilItCan)
 {
     install(publish("1.0.0", Content));

@@ -473,9 +473,8 @@ TEST_F(PackageInstallerTest, EachChunkIsUncompressedOnceWhetherTheCacheHoldsAllO
 TEST_F(PackageInstallerTest, WhatMustBeDownloadedFailsClearlyWithoutAnApplicationObject)
 {
     const VoUrl url("https://releases.example.org/package.xml");
-    EXPECT_THROW_MSG(
-        InstalledPackages::Install(url, place(), VoStopFlag()), VoInstallationFailedException,
-        "Installation failed: Download service requires an application object");
+    EXPECT_THROW_MSG(InstalledPackages::Install(url, place(), VoStopFlag()), VoInstallationFailedException,
+                     "Installation failed: Download service requires an application object");
     PackageInstaller installer(AdvertisedPackageListing::Open(publish("1.0.0", First)), place());
     EXPECT_THROW(installer.run(url, VoStopFlag()), VoInstallationFailedException);
     EXPECT_FALSE(VoFileSystem::Exists(directory("place")));

@@ -83,6 +83,45 @@ TEST_F(Tool, aReleaseGoesTheWholeRoadFromPublicationToUninstallation)
     EXPECT_EQ(vo("uninstall Examples").code, 3);
 }
 
+TEST_F(Tool, nothingOfOthersIsReplacedUnasked)
+{
+    publishTwo();
+    write("app/file0.txt", "mine");
+    EXPECT_EQ(column(voJson("plan @pub/declarations.xml --to @app", 6), "claims", "path"), (Texts{"file0.txt"}));
+    const Outcome refused = vo("install @pub/declarations.xml --to @app");
+    EXPECT_EQ(refused.code, 6);
+    EXPECT_NE(refused.out.find("replace file0.txt"), std::string::npos);
+    EXPECT_EQ(read("app/file0.txt"), "mine");
+    EXPECT_EQ(vo("install @pub/declarations.xml --to @app --overwrite").code, 0);
+    EXPECT_TRUE(tree("app") == tree("two"));
+
+    EXPECT_EQ(vo("install @pub/declarations.xml --to @elsewhere").code, 6);
+    ASSERT_TRUE(QDir().rename(path("pub"), path("published")));
+    EXPECT_EQ(vo("install @published/declarations.xml").code, 6);
+    EXPECT_EQ(vo("install @published/declarations.xml --move").code, 3);
+    EXPECT_EQ(vo("install @published/declarations.xml").code, 3) << "the new place is recorded";
+}
+
+// As it is when a process was killed between the files, the listing, the registry and the record of the source.
+TEST_F(Tool, whatIsNotRecordedWhollyIsNotUpToDate)
+{
+    publishTwo();
+    const std::string package = textOf(second, "package");
+    ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
+    remove("data/updates/installed/packages.xml");
+    EXPECT_EQ(vo("install @pub/declarations.xml").code, 0);
+    EXPECT_EQ(vo("install @pub/declarations.xml").code, 3);
+    remove("data/updates/sources/" + package + ".txt");
+    EXPECT_EQ(vo("install @pub/declarations.xml").code, 3);
+    EXPECT_TRUE(exists("data/updates/sources/" + package + ".txt"));
+
+    ASSERT_TRUE(QDir(path("data/updates/installed"))
+                    .rename(QString::fromStdString(package + ".xml"), QString::fromStdString(package + ".removed")));
+    EXPECT_EQ(vo("uninstall Examples").code, 0) << "known by its name";
+    EXPECT_EQ(vo("installed").out, "");
+    EXPECT_EQ(vo("uninstall Examples").code, 3);
+}
+
 TEST_F(Tool, uninstallingKeepsForeignFilesAndTheirFolders)
 {
     publishTwo();
@@ -313,7 +352,7 @@ TEST_F(Tool, hostileDefinitionsAreRefusedAndNothingIsWritten)
     const QJsonObject published = publish("one", "1.0.0");
     ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
     const QByteArray sound = read(definition(published));
-    const auto firstChunk = column(voJson("plan @" + definition(published) + " --to @other"), "chunks", "id");
+    const auto firstChunk = column(voJson("plan @" + definition(published) + " --to @other --move"), "chunks", "id");
     ASSERT_EQ(firstChunk.size(), 1u);
     const QByteArray chunkPath = "chunks\\" + QByteArray::fromStdString(*firstChunk.begin()) + ".vochk";
     ASSERT_TRUE(sound.contains(chunkPath) && sound.contains("\"file5\""));

@@ -21,7 +21,7 @@ TEST_F(Usage, aWrongCommandLineGivesOneHelpfulLineAndTheExitCodeTwo)
         {"install @x -z", "unknown option -z"},
         {"--jsn verify", "unknown option --jsn; did you mean --json?"},
         {"install", "an argument is missing; usage: vo install DECLARATIONS|PACKAGE.XML|URL --to FOLDER [--package ID] "
-                    "[--release V] [--dry-run] [--allow-downgrade]"},
+                    "[--release V] [--dry-run] [--allow-downgrade] [--move] [--overwrite]"},
         {"verify a b", "unexpected argument \"b\"; usage: vo verify [PACKAGE]"},
         {"publish @source --release 1.0", "option --to is missing"},
         {"publish @source --to @d.xml", "option --release is missing"},

@@ -2,8 +2,10 @@
 
 #include "CommandError.h"
 #include "Downloads.h"
+#include "Paths.h"
 #include "PlanView.h"
 #include "Session.h"
+#include "SourceRecord.h"
 
 #include <Core/VoFileException.h>
 #include <Updater/InstalledPackages.h>
@@ -35,6 +37,8 @@ std::vector<Option> InstallOptions()
         {"package", "ID", "the package; needed when several are declared"},
         {"release", "V", "the release, such as 4.2.17, instead of the newest"},
         {"allow-downgrade", nullptr, "let an older release replace the installed one"},
+        {"move", nullptr, "let a package be replaced that is in another folder or came from another place"},
+        {"overwrite", nullptr, "let files be replaced that belong to no package"},
     };
     const std::vector<Option> downloads = DownloadOptions();
     options.insert(options.end(), downloads.begin(), downloads.end());
@@ -45,6 +49,9 @@ updater::InstallationOptions OptionsOfInstalling(const Session& session)
 {
     updater::InstallationOptions options;
     options.reuseInstalledFiles = true;
+    options.refuseForeignFiles = !session.arguments.has("overwrite");
+    options.refuseOtherDirectory = !session.arguments.has("move");
+    options.refuseOlder = !session.arguments.has("allow-downgrade");
     options.downloads = session.downloads;
     return options;
 }
@@ -60,12 +67,44 @@ InstallJob PrepareInstall(const Session& session)
     return job;
 }
 
-void RequireNoDowngrade(const Session& session, const InstallationPlan& plan)
+namespace {
+
+void requireAllowedPlace(const Session& session, const InstallJob& job)
 {
+    if (session.arguments.has("move") || !job.plan.isInstalled)
+        return;
+    if (job.plan.isMove)
+        throw CommandError{ExitCode::Unsafe, "the package is installed in " + PathText(job.plan.installedDirectory) +
+                                                 "; --move installs it here instead"};
+    const auto recorded = RecordedSource(job.plan.packageID);
+    if (recorded && !IsSamePlace(*recorded, job.definition))
+        throw CommandError{ExitCode::Unsafe, "the package was installed from " + LocationText(*recorded) +
+                                                 "; --move lets a release from another place replace it"};
+}
+
+void requireAllowedFiles(const Session& session, const InstallationPlan& plan)
+{
+    if (!plan.conflicts.isEmpty())
+        throw CommandError{ExitCode::Unsafe,
+                           VoString(plan.conflicts.size()) + " files of other packages are in the places of its files"};
+    if (!plan.foreignFiles.isEmpty() && !session.arguments.has("overwrite"))
+        throw CommandError{ExitCode::Unsafe,
+                           VoString(plan.foreignFiles.size()) +
+                               " files that belong to no package are in the places of its files; --overwrite replaces "
+                               "them"};
+}
+
+} // namespace
+
+void RequireAllowed(const Session& session, const InstallJob& job)
+{
+    const InstallationPlan& plan = job.plan;
+    requireAllowedPlace(session, job);
     if (plan.isDowngrade() && !session.arguments.has("allow-downgrade"))
         throw CommandError{ExitCode::Unsafe, "release " + ReleaseText(plan.version) + " is older than release " +
                                                  ReleaseText(plan.installedVersion) +
                                                  ", which is installed; --allow-downgrade installs it all the same"};
+    requireAllowedFiles(session, plan);
 }
 
 ExitCode ShowPlan(Session& session, const InstallJob& job)
@@ -73,7 +112,7 @@ ExitCode ShowPlan(Session& session, const InstallJob& job)
     ShowPlanSteps(session.console, job.plan, job.directory);
     ShowPlanFigures(session.console, job.plan, job.directory);
     ShowDownloadCounts(session, job.definition);
-    RequireNoDowngrade(session, job.plan);
+    RequireAllowed(session, job);
     if (!job.plan.isUpToDate())
         return ExitCode::Done;
     session.console.note("already up to date");

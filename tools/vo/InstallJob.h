@@ -25,15 +25,18 @@ struct InstallJob
 /// The options that name the release and the folder, for both commands.
 std::vector<Option> InstallOptions();
 
-/// How the tool installs: files that have only moved are copied.
+/// How the tool installs: files that have only moved are copied, and what the command line does not allow is refused
+/// under the lock as well.
 updater::InstallationOptions OptionsOfInstalling(const Session& session);
 
 /// Reads the command line and plans. The folder of an installed package need not be named again. Throws what planning
 /// throws for a release that is refused.
 InstallJob PrepareInstall(const Session& session);
 
-/// Throws CommandError with ExitCode::Unsafe when an older release would replace a newer one and that is not allowed.
-void RequireNoDowngrade(const Session& session, const updater::InstallationPlan& plan);
+/// Throws CommandError with ExitCode::Unsafe when the release would take the place of something that the command line
+/// does not allow it to replace: a newer release, a package in another folder or from another place, a file that belongs
+/// to no package. The files are listed before. A file of another package is never allowed.
+void RequireAllowed(const Session& session, const InstallJob& job);
 
 /// Shows the plan; ExitCode::NothingToDo when there is nothing to do.
 ExitCode ShowPlan(Session& session, const InstallJob& job);

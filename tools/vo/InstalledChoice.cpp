@@ -11,20 +11,6 @@ namespace vo::tool {
 
 using updater::InstalledPackages;
 
-namespace {
-
-/// Empty for a listing that cannot be read: such a package is still reached by its ID.
-VoString nameOf(const VoUUID& packageID)
-{
-    try {
-        return InstalledPackages::Package(packageID)->name();
-    } catch (const VoException&) {
-        return VoString();
-    }
-}
-
-} // namespace
-
 bool IsInstalled(const VoUUID& packageID)
 {
     for (const auto& package : InstalledPackages::Packages()) {
@@ -39,9 +25,9 @@ VoUUID ChooseInstalled(const VoString& text)
     if (IsInstalled(VoUUID(text)))
         return VoUUID(text);
     std::vector<VoUUID> named;
-    for (const auto& package : InstalledPackages::Packages()) {
-        if (nameOf(package.first) == text)
-            named.push_back(package.first);
+    for (const auto& [id, name] : InstalledPackages::Names()) {
+        if (name == text)
+            named.push_back(id);
     }
     if (named.empty())
         return VoUUID(text);

@@ -5,7 +5,8 @@
 
 namespace vo::tool {
 
-/// The installed package that a text means: its ID, or else its name in any letter case. A text that names nothing
+/// The installed package that a text means: its ID, or else its name in any letter case; also one whose installation or
+/// uninstallation was interrupted. A text that names nothing
 /// installed is taken for an ID. Throws UsageError when several packages have the name.
 VoUUID ChooseInstalled(const VoString& text);
 

@@ -42,6 +42,20 @@ void showChunk(Console& console, const ChunkListing& chunk, bool staged)
                                                                                                               staged));
 }
 
+void showClaim(Console& console, const char* action, const VoDirectoryPath& directory, const VoFilePath& file,
+               const char* remark, const updater::InstallationPlan::OwnedFile* owned = nullptr)
+{
+    const VoString path = PathTextBelow(directory, file);
+    JsonRecord record;
+    record("action", action)("path", path);
+    VoString line = column(action) + path + "  " + remark;
+    if (owned) {
+        record("package", owned->packageID)("name", owned->name);
+        line = line + owned->name + " " + owned->packageID.toString();
+    }
+    console.row("claims", line, record);
+}
+
 void showIdentity(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
 {
     console.fact("package", "package", plan.packageID.toString(), plan.packageID);
@@ -54,6 +68,19 @@ void showIdentity(Console& console, const InstallationPlan& plan, const VoDirect
 }
 
 } // namespace
+
+void ShowClaims(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    console.list("claims");
+    for (const auto& owned : plan.conflicts)
+        showClaim(console, "refuse", directory, owned.path, "belongs to ", &owned);
+    for (const VoFilePath& file : plan.foreignFiles)
+        showClaim(console, "replace", directory, file, "belongs to no package");
+    for (const VoFilePath& file : plan.adoptedFiles)
+        showClaim(console, "adopt", directory, file, "has the content of the release's file");
+    for (const auto& owned : plan.keptFiles)
+        showClaim(console, "keep", directory, owned.path, "belongs to ", &owned);
+}
 
 void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
 {
@@ -70,6 +97,7 @@ void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirec
         }
         console.row("files", line, record);
     }
+    ShowClaims(console, plan, directory);
     console.list("chunks");
     for (const ChunkListing& chunk : plan.stagedChunks)
         showChunk(console, chunk, true);

@@ -190,6 +190,13 @@ bool IsRefusal(const VoString& text)
         "Invalid definition path: ",     "Invalid package definition: ",
         "Invalid identifier: ",          "Document type declarations are not allowed",
         "Invalid path in zip archive: ", "Overlapping entries in zip archive: ",
+        "Invalid target path: ",         "Invalid chunk path: ", "Invalid definition path: ",
+        "Invalid package definition: ",  "Invalid identifier: ", "Document type declarations are not allowed",
+        "Invalid path in zip archive: ",
+        "File belongs to another package: ",
+        "File belongs to no package: ",
+        "Package is installed in another directory: ",
+        "Release is older than the installed one: ",
     };
     const VoString cause = causeOf(text);
     return std::any_of(std::begin(beginnings), std::end(beginnings),

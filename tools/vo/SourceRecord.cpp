@@ -14,8 +14,10 @@
 #include <IO/VoFileByteStream.h>
 #include <Updater/VoUpdater.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace vo::tool {
@@ -33,6 +35,22 @@ VoFilePath recordPath(const VoUUID& packageID)
     if (!vo::detail::SafeName(packageID.toString()))
         throw VoValidationException("Invalid identifier: " + packageID.toString());
     return recordDirectory().file(packageID.toString() + ".txt");
+}
+
+/// The folder of the declarations beside which a definition was published
+/// (FOLDER/packages/PACKAGE/RELEASE/package.xml), or else that of the definition.
+std::string publishedPlace(const Location& definition)
+{
+    const VoFilePath* file = std::get_if<VoFilePath>(&definition);
+    std::string text = (file != nullptr ? file->path() : LocationText(definition)).toStdString();
+    std::replace(text.begin(), text.end(), '\\', '/');
+    const auto parent = [](const std::string& path) { return path.substr(0, path.find_last_of('/')); };
+    const std::string folder = parent(text);
+    const std::string packages = parent(parent(folder));
+    constexpr std::string_view name = "/packages";
+    if (packages.size() <= name.size() || packages.compare(packages.size() - name.size(), name.size(), name) != 0)
+        return folder;
+    return parent(packages);
 }
 
 } // namespace
@@ -77,6 +95,17 @@ std::optional<Location> RecordedSource(const VoUUID& packageID)
     if (definition.isNull() || !definition.validLength())
         return std::nullopt;
     return definition;
+}
+
+bool IsSamePlace(const Location& a, const Location& b)
+{
+    if (a.index() != b.index())
+        return false;
+    const std::string placeA = publishedPlace(a);
+    const std::string placeB = publishedPlace(b);
+    // Two names of one folder, such as a link, are one place.
+    return placeA == placeB || (std::holds_alternative<VoFilePath>(a) &&
+                                VoFileSystem::Same(VoFilePath(VoString(placeA)), VoFilePath(VoString(placeB))));
 }
 
 void ForgetSource(const VoUUID& packageID)

@@ -19,6 +19,8 @@ namespace vo::tool {
 void RecordSource(const VoUUID& packageID, const Location& definition);
 /// The place recorded for a package, if any can be read.
 std::optional<Location> RecordedSource(const VoUUID& packageID);
+/// Whether two definitions are of one published folder: of releases beside the same declarations, or in one folder.
+bool IsSamePlace(const Location& a, const Location& b);
 /// Forgets a package, and leaves no empty directory.
 void ForgetSource(const VoUUID& packageID);
 

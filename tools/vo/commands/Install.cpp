@@ -1,3 +1,4 @@
+#include "../CommandError.h"
 #include "../InstallJob.h"
 #include "../PlanView.h"
 #include "../Session.h"
@@ -15,14 +16,29 @@ using namespace updater;
 
 namespace {
 
+/// Remembers where the release came from, also of one that was installed before from elsewhere, or by a run that was
+/// killed before it could.
+void recordSource(const InstallJob& job)
+{
+    const auto recorded = RecordedSource(job.plan.packageID);
+    if (!recorded || LocationText(*recorded) != LocationText(job.definition))
+        RecordSource(job.plan.packageID, job.definition);
+}
+
 /// Installs, and returns whether the check of the installed files at the end found them right.
 bool install(Session& session, InstallJob& job)
 {
     std::atomic<bool> intact{true};
+    std::atomic<bool> recorded{false};
     const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
         ShowUpdateMessage(session.console, message);
         if (message->type() == AbstractMessage::VerificationFailed)
             intact = false;
+        // Before it starts, what was interrupted may be recorded.
+        if (message->type() == AbstractMessage::InstallationStarted)
+            recorded = false;
+        if (message->type() == AbstractMessage::PackagesUpdated)
+            recorded = true;
     });
     std::visit(
         [&](const auto& definition) {
@@ -30,8 +46,10 @@ bool install(Session& session, InstallJob& job)
                                        OptionsOfInstalling(session));
         },
         job.definition);
-    RecordSource(job.plan.packageID, job.definition);
+    recordSource(job);
     session.console.endProgress();
+    if (!recorded)
+        throw Failure("the files are installed, but the registry cannot be written; the same command completes it");
     return intact;
 }
 
@@ -41,8 +59,10 @@ ExitCode run(Session& session)
     InstallJob job = PrepareInstall(session);
     if (session.arguments.has("dry-run"))
         return ShowPlan(session, job);
-    RequireNoDowngrade(session, job.plan);
+    ShowClaims(console, job.plan, job.directory);
+    RequireAllowed(session, job);
     if (job.plan.isUpToDate()) {
+        recordSource(job);
         console.fact("package", "package", job.plan.packageID.toString(), job.plan.packageID);
         console.fact("release", "release", ReleaseText(job.plan.version), job.plan.version.toString());
         ShowDownloadCounts(session, job.definition);
@@ -75,13 +95,15 @@ Command InstallCommand()
 {
     return {
         "install",
-        "DECLARATIONS|PACKAGE.XML|URL --to FOLDER [--package ID] [--release V] [--dry-run] [--allow-downgrade]",
+        "DECLARATIONS|PACKAGE.XML|URL --to FOLDER [--package ID] [--release V] [--dry-run] [--allow-downgrade] [--move] [--overwrite]",
         "install a release, or update to it",
         "Installs a release of a local release directory or of a server (the http or https URL of one of the two\n"
         "documents): the newest one, or the one that --release names. Over an installed release only the chunks of "
         "added and changed files are fetched. Each file is built beside its\n"
         "place, checked and then renamed, so no file is ever seen half-written; a run that was interrupted goes on\n"
-        "when the same command is given again. An older release than the installed one is refused.\n",
+        "when the same command is given again. An older release than the installed one is refused, and so is one from\n"
+        "another place or for another folder, and one in whose places there are files that belong to no package; files\n"
+        "of another package are never replaced.\n",
         options(),
         1,
         1,

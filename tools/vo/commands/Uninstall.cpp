@@ -1,3 +1,4 @@
+#include "../CommandError.h"
 #include "../InstalledChoice.h"
 #include "../Session.h"
 #include "../SourceRecord.h"
@@ -15,7 +16,8 @@ namespace {
 
 bool isKnown(const VoUUID& packageID)
 {
-    return IsInstalled(packageID) || VoFileSystem::Exists(InstalledPackages::InstalledPackageListingPath(packageID));
+    return IsInstalled(packageID) || VoFileSystem::Exists(InstalledPackages::InstalledPackageListingPath(packageID)) ||
+           InstalledPackages::IsUnfinished(packageID);
 }
 
 ExitCode run(Session& session)
@@ -31,8 +33,10 @@ ExitCode run(Session& session)
     });
     // Also when it is not known: an installation that was interrupted may have left files.
     InstalledPackages::Uninstall(packageID, session.stop);
-    ForgetSource(packageID);
     console.endProgress();
+    if (InstalledPackages::IsUnfinished(packageID))
+        throw Failure("the files are removed, but the registry cannot be written; the same command completes it");
+    ForgetSource(packageID);
 
     console.fact("package", "package", packageID.toString(), packageID);
     console.fact("files", "files removed", removed);
