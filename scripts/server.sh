@@ -1,9 +1,9 @@
 # Sourced after setup.sh: a web server of this machine for published releases, on free loopback ports, with http and with
 # https under a certificate authority that is made for the occasion.
 #
-#   start_server FOLDER WORK [RATE [FREE]]   serves FOLDER; WORK holds what the server needs and writes. RATE, such as
-#                                     500k, limits the bytes of a chunk that are sent in a second, but of those whose
-#                                     names match the regular expression FREE.
+#   start_server FOLDER WORK [RATE [SLOW]]   serves FOLDER; WORK holds what the server needs and writes. RATE, such as
+#                                     500k, limits the bytes of a chunk that are sent in a second; of those only whose
+#                                     names match the regular expression SLOW, where it is given.
 #                                     Sets $http_url, $https_url (no "/" at the end), $ca_file and $access_log, whose lines
 #                                     are "METHOD PATH STATUS BYTES".
 #                                     What is asked below "/moved/" is redirected to its place, with http.
@@ -24,12 +24,12 @@ make_certificates() {
 }
 
 write_server_configuration() {
-    local folder=$1 work=$2 rate=$3 http=$4 https=$5 free=$6 user= rates= limit=
+    local folder=$1 work=$2 rate=$3 http=$4 https=$5 slow=$6 user= rates= limit=
     # A server that root starts would serve as a user who may not read the scratch directory.
     [ "$(id -u)" -ne 0 ] || user="user root;"
     if [ -n "$rate" ]; then
-        rates="map \$uri \$chunk_rate { default 0; ${free:+\"~/($free)\$\" 0;} \"~[.]vochk\$\" $rate; }"
-        limit="limit_rate \$chunk_rate;"
+        rates="map \$uri \$chunk_rate { default 0; \"~/(${slow:-.*[.]vochk})\$\" $rate; }"
+        limit="limit_rate \$chunk_rate; limit_rate_after 600;" # the headers of an answer count as well
     fi
     cat >"$work/nginx.conf" <<END
 $user
@@ -62,13 +62,13 @@ END
 }
 
 start_server() {
-    local folder=$1 work=$2 rate=${3:-} free=${4:-} program attempt http https
+    local folder=$1 work=$2 rate=${3:-} slow=${4:-} program attempt http https
     program=$(nginx_program)
     mkdir -p "$work"
     [ -f "$work/server.pem" ] || make_certificates "$work"
     for attempt in $(seq 20); do
         http=$((20000 + RANDOM)) https=$((53000 + RANDOM % 8000))
-        write_server_configuration "$folder" "$work" "$rate" "$http" "$https" "$free"
+        write_server_configuration "$folder" "$work" "$rate" "$http" "$https" "$slow"
         # It ends at once when a port is taken.
         if "$program" -p "$work" -e "$work/error.log" -c "$work/nginx.conf" 2>"$work/start.log"; then
             http_url=http://127.0.0.1:$http https_url=https://127.0.0.1:$https
