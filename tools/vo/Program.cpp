@@ -186,13 +186,14 @@ ExitCode refuseUsage(const VoString& text, bool json)
 bool IsRefusal(const VoString& text)
 {
     static const char* const beginnings[] = {
-        "Invalid target path: ",         "Invalid chunk path: ",
-        "Invalid definition path: ",     "Invalid package definition: ",
-        "Invalid identifier: ",          "Document type declarations are not allowed",
-        "Invalid path in zip archive: ", "Overlapping entries in zip archive: ",
-        "Invalid target path: ",         "Invalid chunk path: ", "Invalid definition path: ",
-        "Invalid package definition: ",  "Invalid identifier: ", "Document type declarations are not allowed",
+        "Invalid target path: ",
+        "Invalid chunk path: ",
+        "Invalid definition path: ",
+        "Invalid package definition: ",
+        "Invalid identifier: ",
+        "Document type declarations are not allowed",
         "Invalid path in zip archive: ",
+        "Overlapping entries in zip archive: ",
         "File belongs to another package: ",
         "File belongs to no package: ",
         "Package is installed in another directory: ",
