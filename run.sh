@@ -188,13 +188,13 @@ verbose_steps=yes
 expect 0 install "$http_url/declarations.xml" --release 1.0.0 --to "$app"
 same_tree "$old" "$app"
 verbose_steps=no
-expect 0 plan "$https_url/declarations.xml" --ca-file "$ca_file"
+expect 0 plan "$https_url/declarations.xml" --ca-file "$ca_file" --move
 equal "chunks to fetch" "$(figure 'chunks to fetch')" "$planned"
 mapfile -t planned_chunks < <(awk '$1 == "fetch" { print $2 }' <<<"$output" | xargs -n 1 basename | LC_ALL=C sort)
 
 : >"$access_log"
 verbose_steps=yes
-expect 0 install "$https_url/declarations.xml" --ca-file "$ca_file"
+expect 0 install "$https_url/declarations.xml" --ca-file "$ca_file" --move
 verbose_steps=no
 same_tree "$new" "$app"
 fetched=$(awk '$1 == "GET" && $2 ~ /[.]vochk$/ { sub(".*/", "", $2); print $2 }' "$access_log" | LC_ALL=C sort)
@@ -204,7 +204,7 @@ sent=$(awk '$1 == "GET" && $2 ~ /[.]vochk$/ { sum += $4 } END { print sum + 0 }'
 equal "bytes of chunks that the server sent" "$sent" "$(find "$release/chunks" -type f -printf '%f %s\n' \
     | awk 'NR == FNR { wanted[$1]; next } $1 in wanted { sum += $2 } END { print sum + 0 }' \
         <(printf '%s\n' "${planned_chunks[@]}") -)"
-expect 3 install "$http_url/declarations.xml"
+expect 3 install "$http_url/declarations.xml" --move
 expect 0 verify "$package"
 expect 0 installed
 grep -q "^$package  Example package  1.1.0  $((count - removed + added)) files  $app\$" <<<"$output" || fail "the record is wrong"
