@@ -112,6 +112,8 @@ void VoOOXMLWriterSpreadsheet::onClose()
 
 VoOOXMLWriterSpreadsheet::Private& VoOOXMLWriterSpreadsheet::requireAlive()
 {
+    if (!m_private) // moved from
+        throw VoInvalidCallException("Cannot write row as no document");
     if (!isAlive())
         throw VoInvalidCallException("Spreadsheet cannot be written to as has been closed");
     return *m_private;

@@ -33,8 +33,8 @@ public:
 
     /// Ends the row and begins the next one. Positions that merged cells of rows above cover at its beginning become
     /// empty cells at once.
-    /// @throw VoInvalidCallException "Spreadsheet cannot be written to as has been closed", or "Cell lies outside the
-    ///        limits of a worksheet" behind row 1048576
+    /// @throw VoInvalidCallException "Spreadsheet cannot be written to as has been closed", "Cannot write row as no
+    ///        document" when moved from, or "Cell lies outside the limits of a worksheet" behind row 1048576
     void startRow();
     /// Ends the row, if one is open.
     void endRow();

@@ -417,6 +417,7 @@ TEST_F(Workbook, whatIsClosedOrCannotBeCompletedSaysSo)
         VoOOXMLWriterSpreadsheet copy = *second;
         copy.addCell(2);
         const VoOOXMLWriterSpreadsheet moved = std::move(copy);
+        EXPECT_THROW_MSG(copy.startRow(), VoInvalidCallException, "Cannot write row as no document");
         EXPECT_FALSE(copy.isAlive());
         EXPECT_EQ(moved.nextColumn(), 3U) << "copies share the worksheet";
     }
