@@ -1,5 +1,7 @@
 #include <XML/VoXMLValidator.h>
 
+#include <Core/VoDeque.h>
+#include <Core/VoMathsException.h>
 #include <Core/VoString.h>
 #include <Core/VoXMLException.h>
 #include <FileSystem/NativePath.h>
@@ -7,11 +9,13 @@
 #include <IO/VoIODevice.h>
 #include <Subsystem/VoLogging.h>
 #include <XML/XMLDevice.h>
+#include <XML/XMLOutline.h>
 #include <XML/XMLText.h>
 
 #include <QtCore/QUrl>
 #include <QtCore/QXmlStreamReader>
 #include <QtNetwork/QNetworkAccessManager>
+#include <QtNetwork/QNetworkReply>
 #include <QtNetwork/QNetworkRequest>
 #include <QtXmlPatterns/QAbstractMessageHandler>
 #include <QtXmlPatterns/QXmlSchema>
@@ -19,25 +23,35 @@
 
 #include <QtCore/QString>
 
+#include <limits>
+#include <optional>
+
 using vo::detail::FromQtText;
 using vo::detail::XMLDevice;
+using vo::detail::XMLOutline;
 
 namespace {
+
+using Error = VoXMLValidator::Error;
+
+constexpr std::size_t MostErrors = 100;
 
 // Keeps the first error; the parser's default prints to standard error.
 class FirstMessage : public QAbstractMessageHandler
 {
 public:
-    VoString text() const { return m_text; }
+    const std::optional<Error>& error() const { return m_error; }
 
 protected:
     void handleMessage(QtMsgType type, const QString& description, const QUrl&, const QSourceLocation& place) override
     {
-        if (type == QtDebugMsg || type == QtInfoMsg || !m_text.isEmpty())
+        if (type == QtDebugMsg || type == QtInfoMsg || m_error)
             return;
-        m_text = FromQtText(PlainText(description));
-        if (!place.isNull())
-            m_text += " (line " + VoString(place.line()) + ", column " + VoString(place.column()) + ")";
+        m_error = Error{FromQtText(PlainText(description)), 0, 0};
+        if (!place.isNull()) {
+            m_error->line = place.line();
+            m_error->column = place.column();
+        }
     }
 
 private:
@@ -50,20 +64,58 @@ private:
             if (reader.readNext() == QXmlStreamReader::Characters)
                 text += reader.text();
         }
+        if (text.endsWith(QLatin1String(".."))) // two sentences meet
+            text.chop(1);
         return reader.hasError() ? description : text;
     }
 
-    VoString m_text;
+    std::optional<Error> m_error;
 };
 
-// Through which includes and schema locations are fetched: from local files, nowhere else.
-class LocalFilesOnly : public QNetworkAccessManager
+// The answer for what is not fetched: a failure, which makes the schema component go on without. Told through the event
+// loop, since the component listens only once it has the reply.
+class RefusedReply : public QNetworkReply
+{
+public:
+    RefusedReply(const QNetworkRequest& request, QObject* parent)
+        : QNetworkReply(parent)
+    {
+        setRequest(request);
+        setUrl(request.url());
+        open(QIODevice::ReadOnly);
+        setError(ContentAccessDenied, QStringLiteral("Not followed"));
+        setFinished(true);
+        for (const char* signal : {"errorOccurred", "error"})
+            QMetaObject::invokeMethod(this, signal, Qt::QueuedConnection,
+                                      Q_ARG(QNetworkReply::NetworkError, ContentAccessDenied));
+        QMetaObject::invokeMethod(this, "finished", Qt::QueuedConnection);
+    }
+
+    void abort() override {}
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+};
+
+// Fetches nothing: a document does not say what it is validated against.
+class NoFiles : public QNetworkAccessManager
+{
+protected:
+    QNetworkReply* createRequest(Operation, const QNetworkRequest& request, QIODevice*) override
+    {
+        return new RefusedReply(request, this);
+    }
+};
+
+// Through which a schema's includes are fetched: from local files, nowhere else.
+class LocalFilesOnly : public NoFiles
 {
 protected:
     QNetworkReply* createRequest(Operation operation, const QNetworkRequest& request, QIODevice* data) override
     {
-        const bool isLocal = request.url().isLocalFile();
-        return QNetworkAccessManager::createRequest(operation, isLocal ? request : QNetworkRequest(), data);
+        const bool isLocal = request.url().isLocalFile() && request.url().host().isEmpty(); // no share of a server
+        return isLocal ? QNetworkAccessManager::createRequest(operation, request, data)
+                       : NoFiles::createRequest(operation, request, data);
     }
 };
 
@@ -72,28 +124,79 @@ QUrl LocalUrl(const VoFilePath& file)
     return QUrl::fromLocalFile(QString::fromStdU16String(vo::detail::ToNative(file).u16string()));
 }
 
+VoString Content(const XMLDevice& source)
+{
+    VoString content = source.device().readRemaining();
+    if (content.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        throw VoOverflowException();
+    return content;
+}
+
 } // namespace
 
 struct VoXMLValidator::Private
 {
     VoFilePath path;
     FirstMessage schemaMessage; // goes after the schema, which refers to it
-    mutable LocalFilesOnly files;
+    LocalFilesOnly schemaFiles;
+    mutable NoFiles documentFiles;
     QXmlSchema schema;
 
-    VoString firstError(QIODevice& device, const QUrl& url) const;
+    std::optional<Error> firstError(const QByteArray& document) const;
+    VoDeque<Error> errors(const VoString& document, std::size_t most) const;
+    std::optional<Error> firstError(const XMLDevice& source) const;
 };
 
-// Empty for a valid document.
-VoString VoXMLValidator::Private::firstError(QIODevice& device, const QUrl& url) const
+std::optional<Error> VoXMLValidator::Private::firstError(const QByteArray& document) const
 {
     FirstMessage message;
     QXmlSchemaValidator validator(schema);
     validator.setMessageHandler(&message);
-    validator.setNetworkAccessManager(&files);
-    if (validator.validate(&device, url))
-        return {};
-    return message.text().isEmpty() ? VoString("Invalid XML") : message.text();
+    validator.setNetworkAccessManager(&documentFiles);
+    if (validator.validate(document, QUrl(QStringLiteral("file:///"))))
+        return std::nullopt;
+    return message.error() ? message.error() : Error{"Invalid XML", 0, 0};
+}
+
+VoDeque<Error> VoXMLValidator::Private::errors(const VoString& document, std::size_t most) const
+{
+    const XMLOutline outline(document);
+    if (outline.error())
+        return {*outline.error()};
+    VoDeque<Error> errors;
+    QByteArray bytes = QByteArray::fromRawData(document.c_str(), static_cast<int>(document.size()));
+    QString text;
+    std::optional<XMLOutline::Index> leftOut;
+    for (std::size_t tries = 0; errors.size() < most && tries < 4 * MostErrors; ++tries) {
+        const std::optional<Error> error = firstError(bytes);
+        if (!error)
+            break;
+        std::optional<XMLOutline::Index> element = outline.elementAt(error->line, error->column);
+        // Errors come in document order: one before what was left out last is about its absence.
+        if (leftOut && element && *element < *leftOut)
+            element = outline.parent(*leftOut);
+        else
+            errors.pushBack(*error);
+        if (!element || !outline.parent(*element) || !outline.isUtf8())
+            break;
+        if (text.isEmpty())
+            text = QString::fromUtf8(bytes);
+        outline.leaveOut(*element, text);
+        leftOut = element;
+        bytes = text.toUtf8();
+    }
+    return errors;
+}
+
+std::optional<Error> VoXMLValidator::Private::firstError(const XMLDevice& source) const
+{
+    const VoDeque<Error> found = errors(Content(source), 1);
+    return found.isEmpty() ? std::nullopt : std::optional(found[0]);
+}
+
+VoString VoXMLValidator::Error::toString() const
+{
+    return line == 0 ? reason : reason + " (line " + VoString(line) + ", column " + VoString(column) + ")";
 }
 
 VoXMLValidator::VoXMLValidator(const VoFilePath& schema)
@@ -101,12 +204,13 @@ VoXMLValidator::VoXMLValidator(const VoFilePath& schema)
 {
     d->path = schema;
     d->schema.setMessageHandler(&d->schemaMessage);
-    d->schema.setNetworkAccessManager(&d->files);
+    d->schema.setNetworkAccessManager(&d->schemaFiles);
     const XMLDevice device(schema, XMLDevice::Reading);
     d->schema.load(&device.adapter(), LocalUrl(schema));
     device.adapter().rethrow();
     if (!d->schema.isValid())
-        throw VoInvalidXMLSchemaException(schema.toString(), d->schemaMessage.text());
+        throw VoInvalidXMLSchemaException(schema.toString(),
+                                          d->schemaMessage.error() ? d->schemaMessage.error()->toString() : VoString());
 }
 
 VoXMLValidator::VoXMLValidator(VoXMLValidator&& other) noexcept = default;
@@ -115,25 +219,30 @@ VoXMLValidator::~VoXMLValidator() = default;
 
 void VoXMLValidator::validate(const VoFilePath& file) const
 {
-    if (!isValid(file))
-        throw VoInvalidXMLException(file, d->path);
+    if (const std::optional<Error> error = d->firstError(XMLDevice(file, XMLDevice::Reading)))
+        throw VoInvalidXMLException(VoInvalidXMLException(file, d->path).message() + ": " + error->toString());
 }
 
 void VoXMLValidator::validate(VoIODevice& device) const
 {
-    const XMLDevice source(device, XMLDevice::Reading);
-    const VoString error = d->firstError(source.adapter(), QUrl(QStringLiteral("file:///")));
-    source.adapter().rethrow();
-    if (!error.isEmpty())
-        throw VoInvalidXMLException(error);
+    if (const std::optional<Error> error = d->firstError(XMLDevice(device, XMLDevice::Reading)))
+        throw VoInvalidXMLException(error->toString());
 }
 
 bool VoXMLValidator::isValid(const VoFilePath& file) const
 {
-    const XMLDevice source(file, XMLDevice::Reading);
-    const VoString error = d->firstError(source.adapter(), LocalUrl(file));
-    source.adapter().rethrow();
-    if (!error.isEmpty())
-        vo::logging::Logger::Get("xml").information("Invalid XML: " + file.toString() + ": " + error);
-    return error.isEmpty();
+    const std::optional<Error> error = d->firstError(XMLDevice(file, XMLDevice::Reading));
+    if (error)
+        vo::logging::Logger::Get("xml").information("Invalid XML: " + file.toString() + ": " + error->toString());
+    return !error;
+}
+
+VoDeque<Error> VoXMLValidator::errors(const VoFilePath& file) const
+{
+    return d->errors(Content(XMLDevice(file, XMLDevice::Reading)), MostErrors);
+}
+
+VoDeque<Error> VoXMLValidator::errors(VoIODevice& device) const
+{
+    return d->errors(Content(XMLDevice(device, XMLDevice::Reading)), MostErrors);
 }
