@@ -51,14 +51,14 @@ const VoString& VoStreamXMLElementReader::name() const
     return *element()->name;
 }
 
-std::string_view VoStreamXMLElementReader::pathText() const
+std::string_view VoStreamXMLElementReader::openPath() const
 {
-    return element()->isOpen() ? element()->engine->path(*element()) : std::string_view(element()->closedPath);
+    return element()->engine->path(*element());
 }
 
 VoXMLPath VoStreamXMLElementReader::path() const
 {
-    return VoXMLPath(VoString(std::string(pathText())));
+    return VoXMLPath(VoString(element()->path()));
 }
 
 bool VoStreamXMLElementReader::isOpen() const

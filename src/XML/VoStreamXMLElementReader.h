@@ -57,7 +57,7 @@ private:
     explicit VoStreamXMLElementReader(std::shared_ptr<vo::detail::XMLElementState> element);
 
     const std::shared_ptr<vo::detail::XMLElementState>& element() const;
-    std::string_view pathText() const;
+    std::string_view openPath() const; // of an open element
     std::size_t depth() const;
 
     std::shared_ptr<vo::detail::XMLElementState> m_element;

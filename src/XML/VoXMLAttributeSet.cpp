@@ -7,40 +7,59 @@
 #include <QtCore/QXmlStreamAttributes>
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace vo::detail {
 
 namespace {
 
-bool IsLocalNameTaken(const QXmlStreamAttributes& attributes, int index)
+bool HasPrefix(const QXmlStreamAttribute& attribute)
 {
-    const QStringRef name = attributes[index].name();
-    for (int i = 0; i < attributes.size(); ++i) {
-        if (i != index && (i < index || attributes[i].prefix().isEmpty()) && attributes[i].name() == name)
-            return true;
-    }
-    return false;
+    return !attribute.prefix().isEmpty();
 }
 
-QStringRef UniqueName(const QXmlStreamAttributes& attributes, int index)
+// Gives out the names under which attributes are known. Local names that are taken are looked up only from the first
+// attribute with a prefix on, so documents without any pay nothing.
+class AttributeNames
 {
-    const QXmlStreamAttribute& attribute = attributes[index];
-    if (attribute.prefix().isEmpty() || !IsLocalNameTaken(attributes, index))
-        return attribute.name();
-    return attribute.qualifiedName();
-}
+public:
+    explicit AttributeNames(const QXmlStreamAttributes& attributes)
+    {
+        if (std::none_of(attributes.begin(), attributes.end(), HasPrefix))
+            return;
+        for (const QXmlStreamAttribute& attribute : attributes) {
+            if (!HasPrefix(attribute))
+                m_taken.insert(attribute.name());
+        }
+    }
+
+    QStringRef next(const QXmlStreamAttribute& attribute)
+    {
+        return HasPrefix(attribute) && !m_taken.insert(attribute.name()).second ? attribute.qualifiedName()
+                                                                                : attribute.name();
+    }
+
+private:
+    std::set<QStringRef> m_taken;
+};
 
 } // namespace
 
 void XMLAttributeCollector::Collect(const QXmlStreamAttributes& attributes, XMLReadNames& names, VoXMLAttributeSet& set)
 {
     set.m_attributes.reserve(static_cast<std::size_t>(attributes.size()));
-    for (int i = 0; i < attributes.size(); ++i) {
+    AttributeNames uniqueNames(attributes);
+    for (const QXmlStreamAttribute& source : attributes) {
         VoXMLAttribute& attribute = set.m_attributes.emplace_back();
-        attribute.m_name = names.shared(UniqueName(attributes, i));
-        attribute.m_value = FromQtText(attributes[i].value());
+        attribute.m_name = names.shared(uniqueNames.next(source));
+        attribute.m_value = FromQtText(source.value());
     }
+}
+
+void XMLAttributeCollector::Append(VoXMLAttributeSet& set, VoString name, VoString value)
+{
+    set.m_attributes.emplace_back(std::move(name), std::move(value));
 }
 
 } // namespace vo::detail

@@ -1,16 +1,20 @@
 #include <XML/VoXMLDomElementReader.h>
 
 #include <Core/VoBase64.h>
+#include <Core/VoException.h>
 #include <Core/VoXMLException.h>
+#include <XML/XMLAttributeCollector.h>
+#include <XML/XMLDomNamespaces.h>
 #include <XML/XMLText.h>
 
 #include <QtXml/QDomElement>
 
 #include <algorithm>
+#include <set>
 #include <utility>
 #include <vector>
 
-using vo::detail::FromQtText;
+using namespace vo::detail;
 
 namespace {
 
@@ -20,46 +24,24 @@ QString LocalName(const QDomNode& node)
     return node.localName().isEmpty() ? node.nodeName().section(QLatin1Char(':'), -1) : node.localName();
 }
 
-bool IsNamespaceDeclaration(const QString& name)
-{
-    return name == QLatin1String("xmlns") || name.startsWith(QLatin1String("xmlns:"));
-}
-
-// The map's own look-up also finds attributes with a prefix.
-bool HasPlainAttribute(const QDomNamedNodeMap& attributes, const QString& name)
-{
-    for (int i = 0; i < attributes.count(); ++i) {
-        if (attributes.item(i).nodeName() == name)
-            return true;
-    }
-    return false;
-}
-
-// The map's own order is that of a hash with a random seed: another one in each process.
-std::vector<QDomNode> InOrderOfNames(const QDomNamedNodeMap& attributes)
-{
-    std::vector<QDomNode> nodes;
-    nodes.reserve(static_cast<std::size_t>(attributes.count()));
-    for (int i = 0; i < attributes.count(); ++i)
-        nodes.push_back(attributes.item(i));
-    std::sort(nodes.begin(), nodes.end(),
-              [](const QDomNode& a, const QDomNode& b) { return a.nodeName() < b.nodeName(); });
-    return nodes;
-}
-
 // By local name; an attribute whose local name is taken by one without a prefix keeps its own.
 VoXMLAttributeSet Attributes(const QDomElement& element)
 {
+    std::vector<QDomNode> attributes = AttributesByName(element);
+    attributes.erase(std::remove_if(attributes.begin(), attributes.end(),
+                                    [](const QDomNode& node) { return IsNamespaceDeclaration(node.nodeName()); }),
+                     attributes.end());
+    std::set<QString> taken;
+    for (const QDomNode& attribute : attributes) {
+        if (LocalName(attribute) == attribute.nodeName())
+            taken.insert(attribute.nodeName());
+    }
     VoXMLAttributeSet set;
-    const QDomNamedNodeMap attributes = element.attributes();
-    for (const QDomNode& attribute : InOrderOfNames(attributes)) {
+    for (const QDomNode& attribute : attributes) {
         const QString name = attribute.nodeName();
-        if (IsNamespaceDeclaration(name))
-            continue;
         const QString local = LocalName(attribute);
-        const bool isTaken =
-            local != name && (HasPlainAttribute(attributes, local) || set.hasAttribute(FromQtText(local)));
-        set.addAttribute(FromQtText(isTaken ? name : local), FromQtText(attribute.nodeValue()));
+        const bool isTaken = local != name && !taken.insert(local).second;
+        XMLAttributeCollector::Append(set, FromQtText(isTaken ? name : local), FromQtText(attribute.nodeValue()));
     }
     return set;
 }
@@ -101,6 +83,8 @@ public:
 
     std::shared_ptr<VoXMLElementReader> nextChild() override
     {
+        if (!m_child)
+            throw VoInvalidXMLOperation("NextChild on closed element called");
         moveTo(m_element.nextSiblingElement());
         return m_child;
     }
@@ -124,11 +108,18 @@ public:
     {
     }
 
-    Iterator begin() override { return Iterator(std::make_shared<DomImplementation>(m_parent.firstChildElement())); }
+    Iterator begin() override
+    {
+        if (std::exchange(m_isUsed, true))
+            throw VoInvalidUseException("Begin called multiple times on a single use iterator");
+        return Iterator(std::make_shared<DomImplementation>(m_parent.firstChildElement()));
+    }
+
     Iterator end() override { return Iterator(nullptr); }
 
 private:
     QDomElement m_parent;
+    bool m_isUsed = false;
 };
 
 VoXMLDomElementReader::VoXMLDomElementReader(const QDomElement& element)

@@ -4,8 +4,12 @@
 
 class QDomElement;
 
-/// Reads one element of a DOM tree in the interface of the stream's element readers. Text and children can be read at
-/// any time and any number of times.
+/// Reads one element of a DOM tree in the interface of the stream's element readers. Text can be read at any time and
+/// any number of times; children are walked once, as those of a stream are, so that what reads a tree reads a stream
+/// too. Another reader of the same element walks them again.
+///
+/// A tree from VoXMLDomDocument shows what the stream shows of the same document, but for the order of attributes,
+/// which is that of their names. A tree that Qt's own loading made has lost texts of white space only.
 class VOCORE_EXPORT VoXMLDomElementReader : public VoXMLElementReader
 {
 public:
@@ -17,7 +21,7 @@ public:
     ~VoXMLDomElementReader() override; ///< Leaves the tree as it is.
 
     const VoXMLAttributeSet& attributes() const override;
-    Children& children() override; ///< May be walked any number of times.
+    Children& children() override;
     bool hasAttribute(const VoString& name) const override;
     const VoString& name() const override;
     VoString readAttribute(const VoString& name) override;

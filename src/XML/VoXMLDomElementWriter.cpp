@@ -1,56 +1,173 @@
 #include <XML/VoXMLDomElementWriter.h>
 
+#include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Core/VoXMLException.h>
+#include <XML/XMLDomNamespaces.h>
+#include <XML/XMLLimits.h>
+#include <XML/XMLNames.h>
 #include <XML/XMLText.h>
 
 #include <QtXml/QDomDocument>
 #include <QtXml/QDomElement>
 
-#include <vector>
+#include <unordered_set>
+#include <utility>
 
-using vo::detail::RequireXMLText;
-using vo::detail::ToQtText;
+using namespace vo::detail;
 
 struct VoXMLDomElementWriter::Private
 {
-    explicit Private(const QDomElement& target)
+    Private(const QDomElement& target, std::size_t targetLevel)
         : element(target)
         , document(target.ownerDocument())
+        , level(targetLevel)
     {
     }
 
-    std::unique_ptr<VoXMLElementWriter> append(QDomElement child);
+    void requireRoomBelow() const;
+    std::unique_ptr<VoXMLElementWriter> append(const QDomElement& child, bool isNamed);
+    void examineAttributes();
+    QString writableAttribute(const VoString& name, const VoString& value, bool hasNamespace);
+    QString attributePrefix(const QString& namespaceUri);
+    void giveUpPrefix(const QString& prefix);
+    void becomePlain();
+    void noteAttribute(const VoString& name);
 
     QDomElement element;
     QDomDocument document;
+    std::size_t level; // 1 for a root
+    bool isNamedAsItStands = false;
+
+    // Of the attributes examined: their names as they were given, and the prefixes that they declare by themselves.
+    int examined = 0;
+    std::unordered_set<VoString> names;
+    AttributePrefixes prefixes;
 };
 
-std::unique_ptr<VoXMLElementWriter> VoXMLDomElementWriter::Private::append(QDomElement child)
+void VoXMLDomElementWriter::Private::requireRoomBelow() const
 {
+    if (level >= MaximumXMLLevels)
+        throw VoStackLimitException();
+}
+
+std::unique_ptr<VoXMLElementWriter> VoXMLDomElementWriter::Private::append(const QDomElement& child, bool isNamed)
+{
+    std::unique_ptr<VoXMLDomElementWriter> writer(new VoXMLDomElementWriter(child, level + 1));
+    writer->d->isNamedAsItStands = isNamed;
     element.appendChild(child);
-    return std::make_unique<VoXMLDomElementWriter>(child);
+    return writer;
+}
+
+// Anew only after somebody else changed the element: one look at all attributes for each one written would take time
+// with the square of their number.
+void VoXMLDomElementWriter::Private::examineAttributes()
+{
+    if (element.attributes().count() == examined)
+        return;
+    names.clear();
+    prefixes.clear();
+    for (const QDomNode& attribute : AttributesByName(element)) {
+        const bool hasNamespace = !attribute.namespaceURI().isEmpty();
+        names.insert(FromQtText(hasNamespace ? attribute.localName() : attribute.nodeName()));
+        if (hasNamespace)
+            prefixes[attribute.prefix()] = attribute.namespaceURI();
+    }
+    examined = element.attributes().count();
+}
+
+// The stream writer's checks in the stream writer's order.
+QString VoXMLDomElementWriter::Private::writableAttribute(const VoString& name, const VoString& value,
+                                                          bool hasNamespace)
+{
+    examineAttributes();
+    if (names.count(name) > 0)
+        throw VoInvalidXMLAttributeName(name);
+    QString qtName = RequireAttributeName(name, ToXMLName(name), hasNamespace);
+    if (element.hasChildNodes())
+        throw VoInvalidXMLOperation("Illegal attribute write");
+    if (names.size() >= MaximumXMLAttributes)
+        throw VoInvalidXMLOperation("Too many attributes");
+    RequireXMLText(value);
+    return qtName;
+}
+
+QString VoXMLDomElementWriter::Private::attributePrefix(const QString& namespaceUri)
+{
+    for (const auto& [prefix, declared] : prefixes) {
+        if (declared == namespaceUri)
+            return prefix;
+    }
+    const std::optional<QString> known = PrefixOf(element, namespaceUri, false);
+    if (known && prefixes.count(*known) == 0)
+        return *known;
+    return NewPrefix(element, prefixes);
+}
+
+// Before a prefix is declared to be something by an attribute: what declares it by itself takes another one.
+void VoXMLDomElementWriter::Private::giveUpPrefix(const QString& prefix)
+{
+    const bool isElements = !element.namespaceURI().isEmpty() && element.prefix() == prefix;
+    const auto ofAttributes = prefixes.find(prefix);
+    if (!isElements && ofAttributes == prefixes.end())
+        return;
+    const QString other = NewPrefix(element, prefixes);
+    if (isElements && isNamedAsItStands)
+        becomePlain();
+    else if (isElements)
+        element.setPrefix(other);
+    if (ofAttributes == prefixes.end())
+        return;
+    for (QDomNode& attribute : AttributesByName(element)) {
+        if (!attribute.namespaceURI().isNull() && attribute.prefix() == prefix)
+            attribute.setPrefix(other);
+    }
+    prefixes[other] = ofAttributes->second;
+    prefixes.erase(ofAttributes);
+}
+
+// The declaration is about the element itself, whose name was understood by what stands around it.
+void VoXMLDomElementWriter::Private::becomePlain()
+{
+    QDomElement plain = document.createElement(element.nodeName());
+    for (const QDomNode& attribute : AttributesByName(element)) {
+        if (attribute.namespaceURI().isNull())
+            plain.setAttribute(attribute.nodeName(), attribute.nodeValue());
+        else
+            plain.setAttributeNS(attribute.namespaceURI(), attribute.nodeName(), attribute.nodeValue());
+    }
+    element.parentNode().replaceChild(plain, element);
+    element = plain;
+}
+
+void VoXMLDomElementWriter::Private::noteAttribute(const VoString& name)
+{
+    names.insert(name);
+    examined = element.attributes().count();
+}
+
+VoXMLDomElementWriter::VoXMLDomElementWriter(const QDomElement& element, std::size_t level)
+    : d(std::make_unique<Private>(element, level))
+{
 }
 
 namespace {
 
-bool HasAttribute(const QDomElement& element, const VoString& name)
+std::size_t LevelOf(const QDomElement& element)
 {
-    const QDomNamedNodeMap attributes = element.attributes();
-    for (int i = 0; i < attributes.count(); ++i) {
-        if (vo::detail::FromQtText(attributes.item(i).nodeName()) == name)
-            return true;
-    }
-    return false;
+    if (element.isNull())
+        throw VoNullDomElementException();
+    std::size_t level = 0;
+    for (QDomElement at = element; !at.isNull(); at = at.parentNode().toElement())
+        ++level;
+    return level;
 }
 
 } // namespace
 
 VoXMLDomElementWriter::VoXMLDomElementWriter(const QDomElement& element)
-    : d(std::make_unique<Private>(element))
+    : VoXMLDomElementWriter(element, LevelOf(element))
 {
-    if (element.isNull())
-        throw VoNullDomElementException();
 }
 
 VoXMLDomElementWriter::~VoXMLDomElementWriter() = default;
@@ -58,15 +175,17 @@ VoXMLDomElementWriter::~VoXMLDomElementWriter() = default;
 std::unique_ptr<VoXMLElementWriter> VoXMLDomElementWriter::createElement(const VoString& name,
                                                                          const VoString& namespaceUri)
 {
-    RequireXMLText(name);
     RequireXMLText(namespaceUri);
-    return d->append(d->document.createElementNS(ToQtText(namespaceUri), ToQtText(name)));
+    const QString qtName = RequireElementName(name, ToXMLName(name), !namespaceUri.isEmpty());
+    d->requireRoomBelow();
+    return d->append(MakeElement(d->document, d->element, qtName, ToQtText(namespaceUri)), namespaceUri.isEmpty());
 }
 
 std::unique_ptr<VoXMLElementWriter> VoXMLDomElementWriter::createElement(const VoString& name)
 {
-    RequireXMLText(name);
-    return d->append(d->document.createElement(ToQtText(name)));
+    const QString qtName = RequireElementName(name, ToXMLName(name));
+    d->requireRoomBelow();
+    return d->append(MakeElement(d->document, d->element, qtName), true);
 }
 
 const QDomElement& VoXMLDomElementWriter::element() const
@@ -76,15 +195,30 @@ const QDomElement& VoXMLDomElementWriter::element() const
 
 void VoXMLDomElementWriter::onWriteAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri)
 {
-    requireAttribute(name, value);
+    if (namespaceUri.isEmpty())
+        return onWriteAttribute(name, value);
     RequireXMLText(namespaceUri);
-    d->element.setAttributeNS(ToQtText(namespaceUri), ToQtText(name), ToQtText(value));
+    const QString qtName = d->writableAttribute(name, value, true);
+    const QString qtUri = ToQtText(namespaceUri);
+    const QString prefix = d->attributePrefix(qtUri);
+    const QString qualifiedName = prefix + QLatin1Char(':') + qtName;
+    // The tree would declare the prefix once more, and nobody may declare the one that always stands for itself.
+    if (d->element.hasAttribute(DeclarationName(prefix)) || prefix == QLatin1String("xml")) {
+        d->element.setAttribute(qualifiedName, ToQtText(value));
+    } else {
+        d->element.setAttributeNS(qtUri, qualifiedName, ToQtText(value));
+        d->prefixes[prefix] = qtUri;
+    }
+    d->noteAttribute(name);
 }
 
 void VoXMLDomElementWriter::onWriteAttribute(const VoString& name, const VoString& value)
 {
-    requireAttribute(name, value);
-    d->element.setAttribute(ToQtText(name), ToQtText(value));
+    const QString qtName = d->writableAttribute(name, value, false);
+    if (IsNamespaceDeclaration(qtName))
+        d->giveUpPrefix(qtName.section(QLatin1Char(':'), 1));
+    d->element.setAttribute(qtName, ToQtText(value));
+    d->noteAttribute(name);
 }
 
 void VoXMLDomElementWriter::onWriteText(const VoString& text)
@@ -93,15 +227,4 @@ void VoXMLDomElementWriter::onWriteText(const VoString& text)
         throw VoInvalidXMLOperation("Illegal write text call");
     RequireXMLText(text);
     d->element.appendChild(d->document.createTextNode(ToQtText(text)));
-}
-
-// The stream writer's checks in the stream writer's order.
-void VoXMLDomElementWriter::requireAttribute(const VoString& name, const VoString& value) const
-{
-    if (HasAttribute(d->element, name) || name.containsWhiteSpace())
-        throw VoInvalidXMLAttributeName(name);
-    if (d->element.hasChildNodes())
-        throw VoInvalidXMLOperation("Illegal attribute write");
-    RequireXMLText(name);
-    RequireXMLText(value);
 }

@@ -1,5 +1,7 @@
 #include <XML/VoXMLElementReader.h>
 
+#include <Core/VoException.h>
+
 #include <utility>
 
 VoXMLElementReader::~VoXMLElementReader() = default;
@@ -25,8 +27,9 @@ std::shared_ptr<VoXMLElementReader> Iterator::operator*() const
 
 Iterator& Iterator::operator++()
 {
-    if (m_implementation)
-        m_implementation->nextChild();
+    if (!m_implementation)
+        throw VoInvalidUseException("No parent object in iterator");
+    m_implementation->nextChild();
     return *this;
 }
 

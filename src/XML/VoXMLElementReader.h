@@ -30,7 +30,8 @@ public:
                 virtual ~Implementation(); ///< Implementations are deleted through this base.
                 /// The child reached, null behind the last one.
                 virtual std::shared_ptr<VoXMLElementReader> currentChild() = 0;
-                /// Goes on to the next child and returns it, null behind the last one.
+                /// Goes on to the next child and returns it, null behind the last one; from there it throws
+                /// VoInvalidXMLOperation "NextChild on closed element called".
                 virtual std::shared_ptr<VoXMLElementReader> nextChild() = 0;
             };
 
@@ -49,8 +50,11 @@ public:
             ~Iterator();                                                       ///< Nothing but memory to release.
 
             std::shared_ptr<VoXMLElementReader> operator*() const; ///< The current child; null at the end.
-            Iterator& operator++();                                ///< Goes on to the next child.
-            void operator++(int);                                  ///< Goes on to the next child.
+            /// Goes on to the next child. Behind the last one it throws VoInvalidXMLOperation "NextChild on closed
+            /// element called"; VoInvalidUseException "No parent object in iterator" when the range has gone, and for
+            /// what end() gives.
+            Iterator& operator++();
+            void operator++(int); ///< The same.
 
             bool operator==(const Iterator& other) const; ///< Same current child; both at the end.
             bool operator!=(const Iterator& other) const; ///< Other current children.
@@ -61,8 +65,8 @@ public:
 
         virtual ~Children(); ///< The element reader owns its range.
 
-        /// Fetches the first child. A stream's range can be walked once only: a second call throws
-        /// VoInvalidUseException "Begin called multiple times on a single use iterator".
+        /// Fetches the first child. The range can be walked once only: a second call throws VoInvalidUseException
+        /// "Begin called multiple times on a single use iterator".
         virtual Iterator begin() = 0;
         virtual Iterator end() = 0; ///< Behind the last child; may be asked for any number of times.
     };

@@ -8,6 +8,7 @@
 #include <XML/VoXMLRule.h>
 #include <XML/VoXMLStreamElementReader.h>
 #include <XML/VoXMLStreamReader.h>
+#include <XML/XMLPathOrder.h>
 
 #include <map>
 #include <utility>
@@ -16,13 +17,23 @@ namespace {
 
 using TokenType = VoXMLStreamReader::TokenType;
 
-TokenType Next(VoXMLStreamReader& reader)
+// A document that is not well formed is met by the reader's next step or by one that an action makes; an action may
+// also refuse what it read with the same exception. The reader has logged its own text.
+template <typename Step>
+auto Reading(VoXMLStreamReader& reader, Step step)
 {
     try {
-        return reader.next();
-    } catch (const VoInvalidXMLException&) { // whose text the reader has logged
+        return step();
+    } catch (const VoInvalidXMLException&) {
+        if (reader.tokenType() != VoXMLStreamReader::Invalid)
+            throw;
         throw VoXMLException("Reader failed to load content");
     }
+}
+
+TokenType Next(VoXMLStreamReader& reader)
+{
+    return Reading(reader, [&] { return reader.next(); });
 }
 
 } // namespace
@@ -31,7 +42,7 @@ struct VoXMLLoaderOLD::Private
 {
     VoWeakPtr<VoXMLLoaderOLD> self; // for the rules
     // Shared, since an action may replace the rule that it belongs to.
-    std::map<VoXMLPath, std::shared_ptr<VoXMLRule>> rules;
+    std::map<VoXMLPath, std::shared_ptr<VoXMLRule>, vo::detail::XMLPathOrder> rules;
 };
 
 VoXMLLoaderOLD::VoXMLLoaderOLD()
@@ -73,10 +84,10 @@ void VoXMLLoaderOLD::load(VoXMLStreamReader& reader)
 
 void VoXMLLoaderOLD::apply(VoXMLStreamReader& reader)
 {
-    const auto found = d->rules.find(reader.currentPath());
+    const auto found = d->rules.find(reader.openPath());
     if (found == d->rules.end())
         return;
     const std::shared_ptr<VoXMLRule> rule = found->second;
     const std::shared_ptr<VoXMLStreamElementReader> element = reader.currentElement();
-    rule->apply(*element);
+    Reading(reader, [&] { rule->apply(*element); });
 }

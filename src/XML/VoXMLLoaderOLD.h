@@ -28,8 +28,8 @@ public:
     /// beginning with the current start tag if one was read last. Elements without a rule are passed over, but not
     /// their children; elements that a rule's action reads itself are not visited again.
     ///
-    /// Throws VoXMLException "Reader failed to load content" when the reader meets a document that is not well formed.
-    /// Exceptions of actions propagate unchanged.
+    /// Throws VoXMLException "Reader failed to load content" when the reader meets a document that is not well formed,
+    /// also within an action. Exceptions of actions propagate unchanged.
     void load(VoXMLStreamReader& reader);
 
 private:

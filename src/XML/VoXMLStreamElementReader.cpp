@@ -86,8 +86,6 @@ VoXMLElementReader::Children::Iterator VoXMLStreamElementReader::StreamChildren:
     m_isUsed = true;
     const std::shared_ptr<StreamChildren> self = shared_from_this();
     std::shared_ptr<VoXMLElementReader> first = next();
-    if (!first)
-        return end();
     return Iterator(std::make_shared<StreamImplementation>(self, std::move(first)));
 }
 

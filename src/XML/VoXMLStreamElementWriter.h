@@ -23,7 +23,7 @@ public:
     /// Opens a child element in a namespace. Throws VoInvalidXMLOperation "Invalid attempt to start element" when this
     /// handle is not active.
     std::unique_ptr<VoXMLElementWriter> createElement(const VoString& name, const VoString& namespaceUri) override;
-    /// Opens a child element without a namespace; otherwise as above.
+    /// Opens a child element by a name that is written as it is; otherwise as above.
     std::unique_ptr<VoXMLElementWriter> createElement(const VoString& name) override;
 
     /// Cuts the handle off from its writer: it is inactive from now on and closes nothing.

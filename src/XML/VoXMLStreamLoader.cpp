@@ -9,29 +9,11 @@
 #include <XML/VoStreamXMLReader.h>
 #include <XML/VoXMLPath.h>
 #include <XML/VoXMLStreamElementLoader.h>
+#include <XML/XMLPathOrder.h>
 
 #include <map>
 #include <string_view>
 #include <utility>
-
-namespace {
-
-// Finds a path by its text, so that no path is made for each element that is looked up.
-struct PathOrder
-{
-    using is_transparent = void;
-
-    static std::string_view Text(const VoXMLPath& path) { return path.toString().toStdString(); }
-    static std::string_view Text(std::string_view text) { return text; }
-
-    template <typename A, typename B>
-    bool operator()(const A& a, const B& b) const
-    {
-        return Text(a) < Text(b);
-    }
-};
-
-} // namespace
 
 struct VoXMLStreamLoader::Private
 {
@@ -39,7 +21,7 @@ struct VoXMLStreamLoader::Private
 
     // Nodes stay where they are, so a rule may add rules while it runs.
     std::map<VoString, Builder> globalRules;
-    std::map<VoXMLPath, Builder, PathOrder> specificRules;
+    std::map<VoXMLPath, Builder, vo::detail::XMLPathOrder> specificRules;
     VoStreamXMLReader::DocumentTypes documentTypes = VoStreamXMLReader::DocumentTypes::Accept;
 };
 
@@ -93,7 +75,7 @@ VoXMLStreamLoader::Builder VoXMLStreamLoader::rule(VoAbstractXMLElementReader& e
 
 const VoXMLStreamLoader::Builder* VoXMLStreamLoader::find(const VoStreamXMLElementReader& element) const
 {
-    const Builder* builder = d ? d->find(element.name(), element.pathText()) : nullptr;
+    const Builder* builder = d ? d->find(element.name(), element.openPath()) : nullptr;
     return builder && *builder ? builder : nullptr;
 }
 

@@ -148,7 +148,8 @@ VoXMLStreamReader::TokenType VoXMLStreamReader::tokenType() const
 VoString VoXMLStreamReader::elementName() const
 {
     const QXmlStreamReader& qt = d->engine.qt();
-    return qt.isStartElement() || qt.isEndElement() ? vo::detail::FromQtText(qt.name()) : VoString();
+    const bool isNamed = qt.isStartElement() || qt.isEndElement() || qt.isEntityReference();
+    return isNamed ? vo::detail::FromQtText(qt.name()) : VoString();
 }
 
 VoString VoXMLStreamReader::errorString() const
@@ -161,10 +162,15 @@ VoXMLAttributeSetPtr VoXMLStreamReader::attributes()
     return VoXMLAttributeSetPtr(new VoXMLAttributeSet(d->engine.attributes()));
 }
 
-VoXMLPath VoXMLStreamReader::currentPath() const
+std::string_view VoXMLStreamReader::openPath() const
 {
     const auto& stack = d->engine.stack();
-    return stack.empty() ? VoXMLPath() : VoXMLPath(VoString(std::string(d->engine.path(*stack.back()))));
+    return stack.empty() ? std::string_view() : d->engine.path(*stack.back());
+}
+
+VoXMLPath VoXMLStreamReader::currentPath() const
+{
+    return VoXMLPath(VoString(std::string(openPath())));
 }
 
 std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::currentElement()

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string_view>
 
 class VoXMLStreamElementReader;
 
@@ -83,7 +84,7 @@ public:
     VoString toString();
 
     TokenType tokenType() const;       ///< Kind of the current token.
-    VoString elementName() const;      ///< Local name of the current start or end tag, else empty.
+    VoString elementName() const;      ///< Local name of the current start or end tag, or the entity's; else empty.
     VoString errorString() const;      ///< The parser's error text; empty without an error.
     VoXMLAttributeSetPtr attributes(); ///< A new set of the current start tag's attributes.
 
@@ -101,7 +102,10 @@ public:
     /// @}
 
 private:
+    friend class VoXMLLoaderOLD;
     struct Private;
+
+    std::string_view openPath() const; // of the innermost open element, until the next step
 
     std::unique_ptr<Private> d;
 };

@@ -7,6 +7,7 @@
 #include <IO/VoIOException.h>
 #include <XML/VoXMLStreamElementWriter.h>
 #include <XML/XMLDevice.h>
+#include <XML/XMLLimits.h>
 #include <XML/XMLMarkup.h>
 #include <XML/XMLNames.h>
 #include <XML/XMLText.h>
@@ -33,6 +34,18 @@ enum class State
     ElementClosed,
     DocumentFinished
 };
+
+// Empty for Qt to make one. The prefix "xml" has its own meaning, "xmlns" another one.
+QString RequirePrefix(const VoString& prefix, const QString& namespaceUri)
+{
+    const vo::detail::XMLName name = vo::detail::ToXMLName(prefix);
+    const bool isOwn = name.text == QLatin1String("xml");
+    const bool ownsUri = namespaceUri == vo::detail::XMLOwnNamespace();
+    const bool isName = name.kind == vo::detail::XMLNameKind::Local && name.text != QLatin1String("xmlns");
+    if (!prefix.isEmpty() && (!isName || isOwn != ownsUri))
+        throw VoInvalidXMLOperation("Invalid namespace prefix: " + prefix);
+    return name.text;
+}
 
 } // namespace
 
@@ -69,9 +82,9 @@ struct VoXMLStreamWriter::Private
 
     void rethrowDeviceFailure() const;
     void requireElementOpen(const char* message) const;
-    QString requireWritableAttribute(const VoString& name, const VoString& value);
+    QString requireWritableAttribute(const VoString& name, const VoString& value, bool hasNamespace);
     template <typename WriteStart>
-    void open(VoXMLStreamElementWriter* handle, const VoString& name, WriteStart writeStart);
+    void open(VoXMLStreamElementWriter* handle, const VoString& name, bool hasNamespace, WriteStart writeStart);
     void closeTop();
     void closeDownTo(const VoXMLStreamElementWriter* element);
     void disableHandles();
@@ -83,6 +96,7 @@ struct VoXMLStreamWriter::Private
     std::vector<VoXMLStreamElementWriter*> stack;
     vo::detail::XMLWrittenNames names;
     State state = State::Initial;
+    std::size_t attributes = 0; // of the element opened last
 };
 
 void VoXMLStreamWriter::Private::rethrowDeviceFailure() const
@@ -98,28 +112,33 @@ void VoXMLStreamWriter::Private::requireElementOpen(const char* message) const
 }
 
 // Returns the name for Qt.
-QString VoXMLStreamWriter::Private::requireWritableAttribute(const VoString& name, const VoString& value)
+QString VoXMLStreamWriter::Private::requireWritableAttribute(const VoString& name, const VoString& value,
+                                                             bool hasNamespace)
 {
     rethrowDeviceFailure();
-    if (name.containsWhiteSpace())
-        throw VoInvalidXMLAttributeName(name);
+    QString qtName = RequireAttributeName(name, names.decoded(name), hasNamespace);
     requireElementOpen("Illegal attribute write");
+    if (attributes == vo::detail::MaximumXMLAttributes)
+        throw VoInvalidXMLOperation("Too many attributes");
     RequireXMLText(value);
-    return names.decoded(name);
+    ++attributes;
+    return qtName;
 }
 
 template <typename WriteStart>
-void VoXMLStreamWriter::Private::open(VoXMLStreamElementWriter* handle, const VoString& name, WriteStart writeStart)
+void VoXMLStreamWriter::Private::open(VoXMLStreamElementWriter* handle, const VoString& name, bool hasNamespace,
+                                      WriteStart writeStart)
 {
     rethrowDeviceFailure();
     if (state == State::DocumentFinished)
         throw VoInvalidXMLOperation("Invalid attempt to start element");
-    const QString qtName = names.decoded(name);
+    const QString qtName = RequireElementName(name, names.decoded(name), hasNamespace);
     if (stack.size() == stack.capacity())
         stack.reserve(2 * stack.size() + 16);
     writeStart(qtName);
     stack.push_back(handle); // has room, so the stack and Qt's own stay in step
     state = State::ElementOpen;
+    attributes = 0;
 }
 
 void VoXMLStreamWriter::Private::closeTop()
@@ -205,36 +224,40 @@ void VoXMLStreamWriter::startDocument(const VoString& version)
 
 void VoXMLStreamWriter::startElement(const VoString& name)
 {
-    d->open(nullptr, name, [this](const QString& qtName) { d->xml.writeStartElement(qtName); });
+    d->open(nullptr, name, false, [this](const QString& qtName) { d->xml.writeStartElement(qtName); });
 }
 
 std::unique_ptr<VoXMLStreamElementWriter> VoXMLStreamWriter::createElement(const VoString& name)
 {
     auto handle = std::make_unique<VoXMLStreamElementWriter>(this);
-    d->open(handle.get(), name, [this](const QString& qtName) { d->xml.writeStartElement(qtName); });
+    d->open(handle.get(), name, false, [this](const QString& qtName) { d->xml.writeStartElement(qtName); });
     return handle;
 }
 
 std::unique_ptr<VoXMLStreamElementWriter> VoXMLStreamWriter::createElement(const VoString& name,
                                                                            const VoString& namespaceUri)
 {
+    if (namespaceUri.isEmpty())
+        return createElement(name);
     RequireXMLText(namespaceUri);
     auto handle = std::make_unique<VoXMLStreamElementWriter>(this);
-    d->open(handle.get(), name,
+    d->open(handle.get(), name, true,
             [&](const QString& qtName) { d->xml.writeStartElement(ToQtText(namespaceUri), qtName); });
     return handle;
 }
 
 void VoXMLStreamWriter::writeAttribute(const VoString& name, const VoString& value)
 {
-    const QString qtName = d->requireWritableAttribute(name, value);
+    const QString qtName = d->requireWritableAttribute(name, value, false);
     d->xml.writeAttribute(qtName, ToQtText(value));
 }
 
 void VoXMLStreamWriter::writeAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri)
 {
-    const QString qtName = d->requireWritableAttribute(name, value);
+    if (namespaceUri.isEmpty()) // Qt would declare the default namespace, once for each such attribute
+        return writeAttribute(name, value);
     RequireXMLText(namespaceUri);
+    const QString qtName = d->requireWritableAttribute(name, value, true);
     d->xml.writeAttribute(ToQtText(namespaceUri), qtName, ToQtText(value));
 }
 
@@ -251,8 +274,8 @@ void VoXMLStreamWriter::writeNamespace(const VoString& namespaceUri, const VoStr
 {
     d->rethrowDeviceFailure();
     RequireXMLText(namespaceUri);
-    RequireXMLText(prefix);
-    d->xml.writeNamespace(ToQtText(namespaceUri), ToQtText(prefix));
+    const QString qtUri = ToQtText(namespaceUri);
+    d->xml.writeNamespace(qtUri, RequirePrefix(prefix, qtUri));
 }
 
 void VoXMLStreamWriter::writeDefaultNamespace(const VoString& namespaceUri)

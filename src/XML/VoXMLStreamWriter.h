@@ -81,25 +81,30 @@ public:
     /// The same with another version text.
     void startDocument(const VoString& version);
 
-    /// Opens an element without a handle, in the element that is open. Throws VoInvalidXMLOperation "Invalid attempt to
-    /// start element" after finishDocument().
+    /// Opens an element without a handle, in the element that is open. The name may have a prefix that is declared
+    /// around it. Throws VoInvalidXMLOperation "Invalid attempt to start element" after finishDocument(), "Invalid
+    /// element name: " and the name for one that XML does not allow.
     void startElement(const VoString& name);
     /// Opens an element and returns the handle that closes it. Fails as startElement().
     std::unique_ptr<VoXMLStreamElementWriter> createElement(const VoString& name);
-    /// Opens an element in a namespace. A namespace without a declared prefix is declared anew on each element.
+    /// Opens an element in a namespace, by its local name. A namespace without a declared prefix is declared anew on
+    /// each element. With an empty one it is as without.
     std::unique_ptr<VoXMLStreamElementWriter> createElement(const VoString& name, const VoString& namespaceUri);
 
     /// Writes an attribute on the element whose start tag was written last. Throws VoInvalidXMLAttributeName for a name
-    /// with white space, VoInvalidXMLOperation "Illegal attribute write" when no start tag is open. Repeated names are
+    /// that XML does not allow, VoInvalidXMLOperation "Illegal attribute write" when no start tag is open, "Too many
+    /// attributes" for more than 4096 on one element, which no reader of the library would take. Repeated names are
     /// noticed by element handles only.
     void writeAttribute(const VoString& name, const VoString& value);
-    /// The same in a namespace.
+    /// The same in a namespace, by the local name; in none when the namespace is empty.
     void writeAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri);
     /// Writes the text of the element whose start tag was written last: one run, directly after the attributes. Throws
     /// VoInvalidXMLOperation "Illegal write text call".
     void writeText(const VoString& text);
 
-    /// Declares a prefix on the open start tag or, without one, on the next element. The state is not checked.
+    /// Declares a prefix on the open start tag or, without one, on the next element. The state is not checked. Throws
+    /// VoInvalidXMLOperation "Invalid namespace prefix: " and the prefix for one that XML does not allow; an empty one
+    /// is made up.
     void writeNamespace(const VoString& namespaceUri, const VoString& prefix);
     /// Declares the default namespace on the open start tag or, without one, on the next element. Not checked either.
     void writeDefaultNamespace(const VoString& namespaceUri);

@@ -15,6 +15,8 @@ public:
     /// local name is taken, by an attribute without a prefix or by an earlier one: in `<a r:id="1" id="2"/>` these are
     /// "r:id" and "id".
     static void Collect(const QXmlStreamAttributes& attributes, XMLReadNames& names, VoXMLAttributeSet& set);
+    /// Appends an attribute whose name the set does not have.
+    static void Append(VoXMLAttributeSet& set, VoString name, VoString value);
 };
 
 } // namespace vo::detail

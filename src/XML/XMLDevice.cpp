@@ -16,26 +16,6 @@ namespace vo::detail {
 
 namespace {
 
-// Qt takes a block of fewer than four bytes at the start for the whole document, so short reads are made up for here.
-class FillingAdapter : public VoQIODevice
-{
-public:
-    using VoQIODevice::VoQIODevice;
-
-protected:
-    qint64 readData(char* data, qint64 maximumSize) override
-    {
-        qint64 filled = 0;
-        while (filled < maximumSize) {
-            const qint64 taken = VoQIODevice::readData(data + filled, maximumSize - filled);
-            if (taken <= 0)
-                return filled > 0 ? filled : taken;
-            filled += taken;
-        }
-        return filled;
-    }
-};
-
 VoSharedPtr<VoIODevice> RequireDevice(VoSharedPtr<VoIODevice> device)
 {
     if (!device)
@@ -45,9 +25,40 @@ VoSharedPtr<VoIODevice> RequireDevice(VoSharedPtr<VoIODevice> device)
 
 } // namespace
 
+bool XMLDeviceAdapter::seek(qint64 position)
+{
+    m_guard.restart();
+    m_hasTooManyAttributes = false;
+    return VoQIODevice::seek(position);
+}
+
+qint64 XMLDeviceAdapter::readData(char* data, qint64 maximumSize)
+{
+    if (m_hasTooManyAttributes)
+        return -1;
+    const qint64 filled = fill(data, maximumSize);
+    if (filled <= 0 || m_guard.passes({data, static_cast<std::size_t>(filled)}))
+        return filled;
+    m_hasTooManyAttributes = true;
+    return -1;
+}
+
+// Qt takes a block of fewer than four bytes at the start for the whole document, so short reads are made up for here.
+qint64 XMLDeviceAdapter::fill(char* data, qint64 maximumSize)
+{
+    qint64 filled = 0;
+    while (filled < maximumSize) {
+        const qint64 taken = VoQIODevice::readData(data + filled, maximumSize - filled);
+        if (taken <= 0)
+            return filled > 0 ? filled : taken;
+        filled += taken;
+    }
+    return filled;
+}
+
 XMLDevice::XMLDevice(VoIODevice& device, QIODevice::OpenMode mode)
     : m_device(&device)
-    , m_adapter(std::make_shared<FillingAdapter>(device))
+    , m_adapter(std::make_shared<XMLDeviceAdapter>(device))
 {
     if (!open(mode))
         throwNotOpened();
@@ -56,7 +67,7 @@ XMLDevice::XMLDevice(VoIODevice& device, QIODevice::OpenMode mode)
 XMLDevice::XMLDevice(VoSharedPtr<VoIODevice> owner)
     : m_owner(RequireDevice(std::move(owner)))
     , m_device(m_owner.get())
-    , m_adapter(std::make_shared<FillingAdapter>(*m_device))
+    , m_adapter(std::make_shared<XMLDeviceAdapter>(*m_device))
 {
 }
 

@@ -3,10 +3,31 @@
 #include <Core/VoForward.h>
 #include <Core/VoSharedPtr.h>
 #include <IO/VoQIODevice.h>
+#include <XML/XMLAttributeGuard.h>
 
 #include <memory>
 
 namespace vo::detail {
+
+/// Presents a document's device to Qt. Reading ends before a start tag of too many attributes is complete, as if the
+/// device had failed.
+class XMLDeviceAdapter : public VoQIODevice
+{
+public:
+    using VoQIODevice::VoQIODevice;
+
+    bool seek(qint64 position) override;
+    bool hasTooManyAttributes() const { return m_hasTooManyAttributes; } ///< Whether that was met.
+
+protected:
+    qint64 readData(char* data, qint64 maximumSize) override;
+
+private:
+    qint64 fill(char* data, qint64 maximumSize);
+
+    XMLAttributeGuard m_guard;
+    bool m_hasTooManyAttributes = false;
+};
 
 /// The device of an XML document, opened, presented to Qt, and kept alive where the document owns it.
 class XMLDevice
@@ -25,7 +46,7 @@ public:
     XMLDevice(const VoFilePath& file, QIODevice::OpenMode mode);
 
     VoIODevice& device() const { return *m_device; }
-    VoQIODevice& adapter() const { return *m_adapter; }
+    XMLDeviceAdapter& adapter() const { return *m_adapter; }
 
 private:
     explicit XMLDevice(VoSharedPtr<VoIODevice> owner); // not opened yet
@@ -35,7 +56,7 @@ private:
 
     VoSharedPtr<VoIODevice> m_owner;
     VoIODevice* m_device;
-    std::shared_ptr<VoQIODevice> m_adapter; // goes before the device
+    std::shared_ptr<XMLDeviceAdapter> m_adapter; // goes before the device
 };
 
 } // namespace vo::detail

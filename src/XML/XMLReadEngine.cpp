@@ -7,6 +7,7 @@
 #include <Subsystem/VoLogging.h>
 #include <XML/VoXMLStreamElementReader.h>
 #include <XML/XMLAttributeCollector.h>
+#include <XML/XMLLimits.h>
 #include <XML/XMLText.h>
 
 #include <QtCore/QString>
@@ -41,6 +42,29 @@ void AppendEndTag(QString& markup, const QStringRef& name)
 }
 
 } // namespace
+
+// Lets go of the elements above one after another: in one another's destructors a deep document would need much stack.
+XMLElementState::~XMLElementState()
+{
+    std::shared_ptr<XMLElementState> above = std::move(closedParent);
+    while (above && above.use_count() == 1)
+        above = std::exchange(above->closedParent, nullptr);
+}
+
+std::string XMLElementState::path() const
+{
+    std::vector<const VoString*> names;
+    const XMLElementState* element = this;
+    for (; element && !element->isOpen(); element = element->closedParent.get())
+        names.push_back(element->name.get());
+    std::string path(element ? element->engine->path(*element) : std::string_view());
+    for (auto next = names.rbegin(); next != names.rend(); ++next) {
+        if (!path.empty())
+            path += '/';
+        path += (*next)->toStdString();
+    }
+    return path;
+}
 
 XMLReadEngine::XMLReadEngine(XMLDevice device)
     : m_device(std::move(device))
@@ -220,6 +244,8 @@ VoXMLAttributeSet XMLReadEngine::attributes()
 void XMLReadEngine::fail()
 {
     m_device.adapter().rethrow();
+    if (m_device.adapter().hasTooManyAttributes())
+        m_qt.raiseError(QStringLiteral("Too many attributes."));
     const VoString error = FromQtText(m_qt.errorString());
     vo::logging::Logger::Get("xml").diagnostic(error + " (" + position() + ")");
     throw VoInvalidXMLException(error);
@@ -231,11 +257,27 @@ void XMLReadEngine::requireSound()
         fail();
 }
 
+// Attributes that a document type gives to an element, and declarations of elements around it, have not passed the
+// device as parts of this tag.
+std::size_t XMLReadEngine::requireFewDeclarations(std::size_t around, const QXmlStreamAttributes& attributes)
+{
+    const std::size_t declarations = around + static_cast<std::size_t>(m_qt.namespaceDeclarations().size());
+    if (declarations > MaximumXMLAttributes)
+        m_qt.raiseError(QStringLiteral("Too many namespace declarations."));
+    else if (static_cast<std::size_t>(attributes.size()) > MaximumXMLAttributes)
+        m_qt.raiseError(QStringLiteral("Too many attributes."));
+    else
+        return declarations;
+    fail();
+}
+
 void XMLReadEngine::open()
 {
     auto element = std::make_shared<XMLElementState>();
+    const QXmlStreamAttributes attributes = m_qt.attributes();
+    element->declarations = requireFewDeclarations(m_stack.empty() ? 0 : m_stack.back()->declarations, attributes);
     element->name = m_names.shared(m_qt.name());
-    if (const QXmlStreamAttributes attributes = m_qt.attributes(); !attributes.isEmpty())
+    if (!attributes.isEmpty())
         XMLAttributeCollector::Collect(attributes, m_names, element->attributes);
     element->depth = m_stack.size();
     if (!m_stack.empty())
@@ -253,8 +295,8 @@ void XMLReadEngine::close()
     const Element element = std::move(m_stack.back());
     m_stack.pop_back();
     const bool mayBeAskedForPath = !element->reader && element.use_count() > 1;
-    if (mayBeAskedForPath)
-        element->closedPath.assign(path(*element));
+    if (mayBeAskedForPath && !m_stack.empty())
+        element->closedParent = m_stack.back();
     element->engine = nullptr;
     restorePath();
     // Ends the element reader, and with it perhaps the child range whose step led here; none of these touches itself
@@ -275,8 +317,19 @@ void XMLReadEngine::closeAll()
 
 void XMLReadEngine::skipCurrent()
 {
-    m_qt.skipCurrentElement();
-    requireSound();
+    std::vector<std::size_t> around; // namespace declarations, for each level skipped
+    std::size_t declarations = requireCurrent().declarations;
+    while (m_qt.readNext() != QXmlStreamReader::EndElement || !around.empty()) {
+        if (m_qt.isEndElement()) {
+            declarations = around.back();
+            around.pop_back();
+        } else if (m_qt.isStartElement()) {
+            around.push_back(declarations);
+            declarations = requireFewDeclarations(declarations, m_qt.attributes());
+        } else {
+            requireSound();
+        }
+    }
     close();
 }
 

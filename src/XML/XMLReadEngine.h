@@ -28,15 +28,24 @@ struct XMLElementState
 
     XMLReadEngine* engine = nullptr; ///< Null once the element is closed or the engine gone.
     std::size_t depth = 0;           ///< Index in the engine's stack.
+    std::size_t declarations = 0;    ///< Namespaces declared by it and all it lies in.
     std::size_t pathLength = 0;      ///< While open: how much of the engine's path is this element's.
-    std::string closedPath;          ///< Once closed: the path, if anything but the engine was left to ask for it.
-    bool isReadToEnd = false;        ///< Closed because its own text or children were asked for, not from outside.
+    /// Once closed: what it lies in, if anything but the engine was left to ask for the path. A path of its own for
+    /// each level kept would take memory with the square of the depth.
+    std::shared_ptr<XMLElementState> closedParent;
+    bool isReadToEnd = false; ///< Closed because its own text or children were asked for, not from outside.
 
     /// What VoXMLStreamReader hands out for the element; only while it is open.
     std::shared_ptr<VoXMLStreamElementReader> reader;
 
+    XMLElementState() = default;
+    XMLElementState(const XMLElementState&) = delete;
+    XMLElementState& operator=(const XMLElementState&) = delete;
+    ~XMLElementState();
+
     bool isOpen() const { return engine != nullptr; }
     bool isCurrent() const;
+    std::string path() const; ///< The names from the root down, joined by "/".
 };
 
 /// Reads a document forwards over Qt's parser and keeps the stack of open elements: the common part of
@@ -92,6 +101,7 @@ public:
 private:
     [[noreturn]] void fail();
     void requireSound();
+    std::size_t requireFewDeclarations(std::size_t around, const QXmlStreamAttributes& attributes);
     void open();
     void close();
     void closeAll();

@@ -1,95 +1,33 @@
 #include "XMLTestSupport.h"
 
 #include <Core/VoException.h>
+#include <Core/VoFileException.h>
 #include <Core/VoXMLException.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/VoTemporaryDir.h>
+#include <XML/VoXMLDomDocument.h>
 #include <XML/VoXMLDomElementReader.h>
-#include <XML/VoXMLDomElementWriter.h>
+#include <XML/VoXMLElementWriter.h>
 
 #include <QtXml/QDomDocument>
 
+#include <set>
 #include <vector>
 
+using xmltest::Canonical;
+using xmltest::FailingDevice;
 using xmltest::TextReader;
-using xmltest::Written;
 
 namespace {
 
-QDomElement Root(QDomDocument& document, const char* text = "<root/>", bool namespaces = true)
+// By Qt's own loading.
+QDomElement Root(QDomDocument& document, const char* text)
 {
     QString error;
-    EXPECT_TRUE(document.setContent(QByteArray(text), namespaces, &error)) << error.toStdString();
+    EXPECT_TRUE(document.setContent(QByteArray(text), true, &error)) << error.toStdString();
     return document.documentElement();
-}
-
-// What an element shows through the interface.
-std::string Shown(VoXMLElementReader& element)
-{
-    std::string shown = element.name().toStdString();
-    for (const VoXMLAttribute& attribute : element.attributes())
-        shown += " " + attribute.name().toStdString() + "=" + attribute.value().toStdString();
-    shown += "(";
-    for (auto child : element.children())
-        shown += Shown(*child);
-    return shown + ")";
-}
-
-TEST(XMLDomWriter, WritesWhatTheStreamWriterWrites)
-{
-    const auto write = [](VoXMLElementWriter& root) {
-        root.writeAttribute("x", "<1>");
-        root.createElement("a")->writeText("t & u");
-        const auto b = root.createElement("b"); // one attribute each: those of a tree have no order
-        b->writeAttributeBase64("d", 1.0);
-        b->createElement("c")->writeTextBase64(0.1);
-    };
-    QDomDocument document;
-    VoXMLDomElementWriter writer(Root(document));
-    write(writer);
-    const std::string dom = document.toString(-1).toStdString();
-    TextReader domReader(dom);
-    TextReader streamReader(Written([&](VoXMLStreamWriter& w) { write(*w.createElement("root")); }));
-    EXPECT_EQ(Shown(*domReader->nextElement()), Shown(*streamReader->nextElement()));
-}
-
-TEST(XMLDomWriter, KeepsTheStreamWritersRules)
-{
-    QDomDocument document;
-    VoXMLDomElementWriter root(Root(document));
-    root.writeAttribute("x", "1");
-    EXPECT_THROW_MSG(root.writeAttribute("X", "2"), VoInvalidXMLAttributeName, "Invalid attribute name: X");
-    EXPECT_THROW_MSG(root.writeAttribute("a b", "2"), VoInvalidXMLAttributeName, "Invalid attribute name: a b");
-    EXPECT_THROW_MSG(root.writeText(VoString("\x01")), VoInvalidXMLOperation, "Character not allowed in XML");
-    root.writeText("t");
-    EXPECT_THROW_MSG(root.writeText("u"), VoInvalidXMLOperation, "Illegal write text call");
-    EXPECT_THROW_MSG(root.writeAttribute("y", "2"), VoInvalidXMLOperation, "Illegal attribute write");
-    EXPECT_THROW_MSG(VoXMLDomElementWriter(QDomElement()), VoNullDomElementException, "Null dom element");
-    EXPECT_EQ(document.toString(-1).toStdString(), "<root x=\"1\">t</root>");
-}
-
-TEST(XMLDomWriter, PutsElementsAndAttributesInNamespaces)
-{
-    QDomDocument document;
-    VoXMLDomElementWriter root(Root(document));
-    auto child = root.createElement("child", "urn:c");
-    child->writeAttribute("k", "1", "urn:k");
-    const QDomElement written = document.documentElement().firstChildElement();
-    EXPECT_EQ(written.namespaceURI(), QStringLiteral("urn:c"));
-    EXPECT_EQ(written.attributeNS(QStringLiteral("urn:k"), QStringLiteral("k")), QStringLiteral("1"));
-}
-
-TEST(XMLDomReader, ShowsWhatTheStreamReaderShows)
-{
-    for (const char* text :
-         {"<root/>", "<root x='1'>t<a><b/></a><!--c--><a/>u</root>", "<n:root xmlns:n='urn:n'><n:a/></n:root>"}) {
-        for (bool namespaces : {true, false}) {
-            SCOPED_TRACE(text);
-            QDomDocument document;
-            VoXMLDomElementReader reader(Root(document, text, namespaces));
-            TextReader stream(text);
-            EXPECT_EQ(Shown(reader), Shown(*stream->nextElement()));
-            EXPECT_EQ(Shown(reader), Shown(reader)); // walks again
-        }
-    }
 }
 
 TEST(XMLDomReader, ReadsTextsAndDoubles)
@@ -117,11 +55,142 @@ TEST(XMLDomReader, AttributesWithPrefixGiveWayToThoseWithout)
     EXPECT_EQ(root.attributes().size(), 3u);
 }
 
-TEST(XMLDomReader, ShowsAttributesInOrderOfTheirNamesInEveryProcess)
+VoXMLDomDocument Loaded(const std::string& text)
 {
-    QDomDocument document;
-    VoXMLDomElementReader root(Root(document, "<r e='5' b='2' d='4' a='1' c='3'/>"));
-    EXPECT_EQ(Shown(root), "r a=1 b=2 c=3 d=4 e=5()");
+    VoStringDevice device{VoString(text)};
+    VoXMLDomDocument document;
+    document.load(device);
+    return document;
+}
+
+// Attributes in order of their names, and the children.
+std::string Structure(VoXMLElementReader& element)
+{
+    std::set<std::string> attributes;
+    for (const VoXMLAttribute& attribute : element.attributes())
+        attributes.insert(" " + attribute.name().toStdString() + "=" + attribute.value().toStdString());
+    std::string shown = element.name().toStdString();
+    for (const std::string& attribute : attributes)
+        shown += attribute;
+    shown += "(";
+    for (auto child : element.children())
+        shown += Structure(*child);
+    return shown + ")";
+}
+
+using Texts = std::vector<std::string>;
+
+void CollectTexts(const QDomElement& element, Texts& texts)
+{
+    texts.push_back(VoXMLDomElementReader(element).readText().toStdString());
+    for (QDomElement child = element.firstChildElement(); !child.isNull(); child = child.nextSiblingElement())
+        CollectTexts(child, texts);
+}
+
+// Asking an element for a text that it does not have reads it to its end, so each is asked by a reader of its own.
+Texts StreamTexts(const std::string& document)
+{
+    Texts texts;
+    for (std::size_t index = 0;; ++index) {
+        TextReader reader(document);
+        std::shared_ptr<VoXMLStreamElementReader> element = reader->nextElement();
+        for (std::size_t i = 0; element && i < index; ++i)
+            element = reader->nextElement();
+        if (!element)
+            return texts;
+        texts.push_back(element->readText().toStdString());
+    }
+}
+
+TEST(XMLDomDocument, ShowsWhatTheStreamShowsAndSavesWhatItLoaded)
+{
+    for (const char* text :
+         {"<root/>", "<root x='1'>t<a><b/></a><!--c--><a/>u</root>", "<a>   <b/>text</a>", "<a> x <b>y</b> z</a>",
+          "<a>1<!--c-->2<![CDATA[<3>]]>4</a>", "<a x='&#13;&#10;&#9;'>x&#13;y\n&lt;</a>", "<?p d?><a><?q?></a><!--e-->",
+          "<n:root xmlns:n='urn:n'><n:a n:k='1' k='2'/></n:root>", "<r xmlns='urn:d'><e xmlns=''><f/></e><g/></r>",
+          "<r xmlns:xs='urn:xs' xmlns:i='urn:i'><v i:type='xs:int' xml:space='preserve'> </v></r>",
+          "<p:r xmlns:p='urn:1'><p:a xmlns:p='urn:2' p:x='1'/><p:b/></p:r>",
+          "<!DOCTYPE a [<!ENTITY e 'expanded'>]><a>&e;<b/></a>"}) {
+        SCOPED_TRACE(text);
+        VoXMLDomDocument document = Loaded(text);
+        const std::string saved = document.toString().toStdString();
+        EXPECT_EQ(Canonical(saved), Canonical(text));
+        EXPECT_EQ(Loaded(saved).toString().toStdString(), saved);
+        VoXMLDomElementReader reader(document.root());
+        TextReader stream(text);
+        EXPECT_EQ(Structure(reader), Structure(*stream->nextElement()));
+        Texts texts;
+        CollectTexts(document.root(), texts);
+        EXPECT_EQ(texts, StreamTexts(text));
+    }
+}
+
+TEST(XMLDomDocument, FailedLoadLeavesTheDocumentAsItWas)
+{
+    VoXMLDomDocument document = Loaded("<a/>");
+    std::string deep;
+    for (int i = 0; i < 1001; ++i)
+        deep += "<a>";
+    VoStringDevice tooDeep{VoString(deep)};
+    EXPECT_THROW(document.load(tooDeep), VoStackLimitException);
+    VoStringDevice cut("<b><c></b>");
+    EXPECT_THROW_MSG(document.load(cut), VoInvalidXMLException, "Opening and ending tag mismatch.");
+    VoStringDevice outside("<!DOCTYPE a SYSTEM 'a.dtd'><a>&e;</a>");
+    EXPECT_THROW_MSG(document.load(outside), VoInvalidXMLException, "Entity is not in the document: e");
+    FailingDevice failing("<b><c/></b>", 5);
+    EXPECT_THROW_MSG(document.load(failing), VoIOException, "device failed");
+    EXPECT_THROW(document.load(VoFilePath("/nowhere/at/all.xml")), VoFileNotFoundException);
+    EXPECT_EQ(document.toString(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a/>\n");
+}
+
+TEST(XMLDomDocument, FailedSaveLeavesTheFileAsItWas)
+{
+    const VoTemporaryDir directory;
+    const VoFilePath file(directory.path().path() + "settings.xml");
+    VoXMLDomDocument document;
+    EXPECT_THROW_MSG(document.save(file), VoNullDomElementException, "Null dom element");
+    EXPECT_THROW(document.root(), VoNullDomElementException);
+    document.createRoot("a")->createElement("b");
+    EXPECT_THROW_MSG(document.createRoot("c"), VoInvalidXMLOperation, "Document has a root element already");
+    document.save(file, true);
+    QDomElement root = document.root();
+    const auto refuses = [&](const QDomNode& bad, const char* message) {
+        root.appendChild(bad);
+        EXPECT_THROW_MSG(document.save(file), VoInvalidXMLOperation, message);
+        root.removeChild(bad);
+    };
+    QDomDocument tree = root.ownerDocument();
+    refuses(tree.createTextNode(QStringLiteral("\x01")), "Character not allowed in XML");
+    refuses(tree.createElement(QStringLiteral("b c")), "Invalid element name: b c");
+    refuses(tree.createComment(QStringLiteral("-")), "Text would end its comment or processing instruction: -");
+    for (std::size_t passed : {std::size_t(0), std::size_t(30)}) {
+        FailingDevice failing("", passed);
+        EXPECT_THROW_MSG(document.save(failing), VoIOException, "device failed");
+    }
+    VoXMLDomDocument loaded;
+    loaded.load(file);
+    EXPECT_EQ(loaded.toString(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?><a>\n\t<b/>\n</a>\n");
+    EXPECT_EQ(VoFileSystem::NumberFiles(directory.path(), false), 1u); // nothing beside it
+}
+
+TEST(XMLDomDocument, SavesWhatQtsClassesMadeInNamespaces)
+{
+    VoXMLDomDocument document = Loaded("<p:a xmlns:p='urn:p'/>");
+    QDomElement root = document.root();
+    root.setAttributeNS(QStringLiteral("urn:x"), QStringLiteral("bare"), QStringLiteral("1"));
+    root.setAttributeNS(QStringLiteral("urn:y"), QStringLiteral("p:taken"), QStringLiteral("2"));
+    EXPECT_EQ(Canonical(document.toString().toStdString()),
+              Canonical("<p:a xmlns:p='urn:p' xmlns:x='urn:x' x:bare='1' xmlns:y='urn:y' y:taken='2'/>"));
+}
+
+TEST(XMLDomDocument, TreesAreNoDeeperThanTheyCanBeReleased)
+{
+    VoXMLDomDocument document;
+    std::unique_ptr<VoXMLElementWriter> writer = document.createRoot("a");
+    for (int level = 1; level < 1000; ++level)
+        writer = writer->createElement("a");
+    EXPECT_THROW_MSG(writer->createElement("a"), VoStackLimitException, "Stack limit reached");
+    Loaded(document.toString().toStdString());
 }
 
 } // namespace

@@ -270,6 +270,10 @@ TEST_F(XMLLoaderOLD, FailingReaderFailsTheLoad)
     EXPECT_THROW_MSG(loader->load(*TextReader("")), VoXMLException, message);
     add("a", [](VoXMLRule&, VoXMLElementReader& element) { element.readAttribute("x"); });
     EXPECT_THROW_MSG(loader->load(*TextReader("<a/>")), VoUnknownXMLAttributeException, "Unknown attribute: x");
+    add("b", [](VoXMLRule&, VoXMLElementReader& element) { element.readText(); });
+    EXPECT_THROW_MSG(loader->load(*TextReader("<b><c>")), VoXMLException, message); // met within the action
+    add("c", [](VoXMLRule&, VoXMLElementReader&) { throw VoInvalidXMLException("refused"); });
+    EXPECT_THROW_MSG(loader->load(*TextReader("<c/>")), VoInvalidXMLException, "refused");
 }
 
 } // namespace

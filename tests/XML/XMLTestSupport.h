@@ -11,10 +11,14 @@
 #include <XML/VoXMLStreamReader.h>
 #include <XML/VoXMLStreamWriter.h>
 
+#include <QtCore/QString>
+#include <QtCore/QXmlStreamReader>
+
 #include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace xmltest {
@@ -92,5 +96,36 @@ private:
     VoStringDevice m_device;
     VoXMLStreamReader m_reader;
 };
+
+/// What a document says to the bare parser, however it spells prefixes, escapes and the order of attributes; with the
+/// parser's error, if there is one, at the end.
+inline std::string Canonical(const std::string& document)
+{
+    QXmlStreamReader qt(QByteArray::fromStdString(document));
+    const auto text = [](const QStringRef& part) { return part.toString().toStdString(); };
+    std::string shown;
+    for (int depth = 0; !qt.atEnd();) {
+        qt.readNext();
+        if (qt.isStartElement()) {
+            ++depth;
+            shown += "<{" + text(qt.namespaceUri()) + "}" + text(qt.name());
+            std::set<std::string> attributes;
+            for (const QXmlStreamAttribute& one : qt.attributes())
+                attributes.insert(" {" + text(one.namespaceUri()) + "}" + text(one.name()) + "=" + text(one.value()));
+            for (const std::string& attribute : attributes)
+                shown += attribute;
+            shown += ">";
+        } else if (qt.isEndElement()) {
+            --depth;
+            shown += "</>";
+        } else if (qt.isComment() || qt.isProcessingInstruction()) {
+            shown += "<!" + text(qt.text()) + text(qt.processingInstructionTarget()) +
+                     text(qt.processingInstructionData()) + ">";
+        } else if (qt.isCharacters() && depth > 0) {
+            shown += text(qt.text());
+        }
+    }
+    return shown + qt.errorString().toStdString();
+}
 
 } // namespace xmltest
