@@ -1,5 +1,6 @@
 #include <Core/VoChecksum.h>
 
+#include <Core/Completed.h>
 #include <Core/Sha3Hasher.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
@@ -24,15 +25,16 @@ struct VoChecksum::Private
 
 namespace {
 
-[[noreturn]] void ThrowCannotOpen(const VoFilePath& file, const std::filesystem::path& native)
+[[noreturn]] void ThrowCannotOpen(const VoFilePath& file, const std::filesystem::path& native,
+                                  const std::error_code& error)
 {
     std::error_code ignored;
     const auto status = std::filesystem::status(native, ignored);
     if (status.type() == std::filesystem::file_type::not_found)
         throw VoFileNotFoundException(file);
     if (status.type() == std::filesystem::file_type::directory)
-        throw VoInvalidPathFileException(file);
-    throw VoCannotOpenFileException(file);
+        throw Because(std::make_error_code(std::errc::is_a_directory), VoInvalidPathFileException(file));
+    throw Because(error, VoCannotOpenFileException(file));
 }
 
 VoChecksum DigestOf(const VoFilePath& path)
@@ -42,14 +44,14 @@ VoChecksum DigestOf(const VoFilePath& path)
     std::error_code error;
     NativeFile file = NativeFile::OpenForReading(native, error);
     if (error)
-        ThrowCannotOpen(path, native);
+        ThrowCannotOpen(path, native, error);
 
     const std::unique_ptr<char[]> block(new char[FileBlockSize]);
     Sha3 hasher;
     for (;;) {
         const std::size_t count = file.read(block.get(), FileBlockSize, error);
         if (error)
-            throw VoFileException("Cannot obtain file data", path, VoFilePath());
+            throw Because(error, VoFileException("Cannot obtain file data", path, VoFilePath()));
         if (count == 0)
             return hasher.finish();
         hasher.add(block.get(), count);

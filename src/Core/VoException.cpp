@@ -8,6 +8,8 @@ class VoException::Private
 {
 public:
     VoString message;
+    VoString subject;
+    VoString reason;
 };
 
 VoExceptionInterface::~VoExceptionInterface() = default;
@@ -18,7 +20,7 @@ VoException::VoException()
 }
 
 VoException::VoException(const VoString& message)
-    : m_private(std::make_unique<Private>(Private{message}))
+    : m_private(std::make_unique<Private>(Private{message, VoString(), VoString()}))
 {
 }
 
@@ -49,6 +51,24 @@ const VoString& VoException::message() const
 VoException::operator const VoString&() const
 {
     return m_private->message;
+}
+
+const VoString& VoException::subject() const
+{
+    return m_private->subject;
+}
+
+const VoString& VoException::reason() const
+{
+    return m_private->reason;
+}
+
+void VoException::complete(const VoString& subject, const VoString& reason)
+{
+    if (m_private->subject.isEmpty())
+        m_private->subject = subject;
+    if (m_private->reason.isEmpty())
+        m_private->reason = reason;
 }
 
 namespace {
@@ -175,6 +195,12 @@ VOCORE_DEFINE_EXCEPTION(VoValidationException, "Validation exception")
 VoValidationException::VoValidationException() = default;
 VoValidationException::VoValidationException(const VoString& message)
     : VoException(message)
+{
+}
+
+VOCORE_DEFINE_EXCEPTION(VoDamagedContentException, "VoDamagedContentException")
+VoDamagedContentException::VoDamagedContentException(const VoString& message)
+    : VoValidationException(message)
 {
 }
 

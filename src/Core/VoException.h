@@ -45,6 +45,15 @@ public:
     const VoString& message() const;  ///< The whole message.
     operator const VoString&() const; ///< The whole message.
 
+    /// What the failure is about, where the message has no place for it: the path of a file as the library writes it,
+    /// or a URL. Empty unless somebody on the exception's way knew.
+    const VoString& subject() const;
+    /// The system's own words for the cause, where the message has no place for them. Empty unless known.
+    const VoString& reason() const;
+    /// Adds what whoever throws the exception, or handles it on its way, knows. What is there already stays: who is
+    /// nearer to the failure knows better. The message is not changed.
+    void complete(const VoString& subject, const VoString& reason);
+
 private:
     class Private;
     std::unique_ptr<Private> m_private;
@@ -198,6 +207,14 @@ class VOCORE_EXPORT VoValidationException : public VoException
 public:
     VoValidationException();                        ///< Empty message.
     VoValidationException(const VoString& message); ///< The message.
+};
+
+/// Content that is not what its checksum promises. Told apart from what is refused because it could do harm.
+class VOCORE_EXPORT VoDamagedContentException : public VoValidationException
+{
+    VOCORE_EXCEPTION_CLASS(VoDamagedContentException)
+public:
+    VoDamagedContentException(const VoString& message); ///< The message.
 };
 
 /// A buffer fault. Its name() is "Buffer exception".

@@ -112,6 +112,7 @@ VoCannotOpenFileException::VoCannotOpenFileException(const char* path)
 VoCannotOpenFileException::VoCannotOpenFileException(const VoFileDevice& device)
     : VoFileException("Cannot open file (" + device.lastError() + "): " + device.path().path(), device.path())
 {
+    complete(VoString(), device.reason());
 }
 
 VOCORE_DEFINE_EXCEPTION(VoFileLockedException, "VoFileLockedException")

@@ -39,7 +39,8 @@ public:
     VoCannotOpenFileException(const VoFilePath& path);     ///< "Cannot open file: " + path; path1 is the path.
     VoCannotOpenFileException(const VoAbstractPath& path); ///< "Cannot open file: " + path; path1 is the path.
     VoCannotOpenFileException(const char* path);           ///< "Cannot open file: " + path; path1 is the path.
-    /// "Cannot open file (" + the device's last error + "): " + its path; path1 is that path.
+    /// "Cannot open file (" + the device's last error + "): " + its path; path1 is that path, and reason() is the
+    /// device's.
     VoCannotOpenFileException(const VoFileDevice& device);
 };
 

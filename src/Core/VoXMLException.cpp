@@ -38,6 +38,18 @@ VoInvalidXMLException::VoInvalidXMLException(const char* message)
 {
 }
 
+VOCORE_DEFINE_EXCEPTION(VoDocumentTypeException, "VoDocumentTypeException")
+VoDocumentTypeException::VoDocumentTypeException(bool isWebPage)
+    : VoInvalidXMLException("Document type declarations are not allowed")
+    , m_isWebPage(isWebPage)
+{
+}
+
+bool VoDocumentTypeException::isWebPage() const noexcept
+{
+    return m_isWebPage;
+}
+
 VOCORE_DEFINE_EXCEPTION(VoInvalidXMLOperation, "VoInvalidXMLOperation")
 VoInvalidXMLOperation::VoInvalidXMLOperation(const VoString& message)
     : VoXMLException(message)

@@ -34,6 +34,19 @@ public:
     VoInvalidXMLException(const char* message);      ///< The message.
 };
 
+/// A document type declaration where none is wanted: entities are the means of most attacks on parsers.
+class VOCORE_EXPORT VoDocumentTypeException : public VoInvalidXMLException
+{
+    VOCORE_EXCEPTION_CLASS(VoDocumentTypeException)
+public:
+    VoDocumentTypeException(bool isWebPage); ///< "Document type declarations are not allowed"
+
+    bool isWebPage() const noexcept; ///< Whether it declares the type of a page for the browser.
+
+private:
+    bool m_isWebPage;
+};
+
 /// A call that the document's state does not allow.
 class VOCORE_EXPORT VoInvalidXMLOperation : public VoXMLException
 {

@@ -255,7 +255,7 @@ VoCSVReader::VoCSVReader(VoIODevice& device, const VoCSVFormat& format)
     if (device.isOpen())
         return;
     if (!device.open(VoIODevice::Read))
-        throw VoIOException(device.lastError());
+        throw VoIOException(device);
     m_private->isOwnOpening = true;
 }
 

@@ -96,7 +96,7 @@ void VoCSVWriter::Private::flush()
         bytes.swap(encoded);
     }
     if (device.writeFrom(bytes.data(), bytes.size()) != bytes.size())
-        throw VoIOException(device.lastError());
+        throw VoIOException(device);
     bytes.clear();
     bytes.swap(gathered); // keeps the memory
 }
@@ -179,7 +179,7 @@ VoCSVWriter::VoCSVWriter(VoIODevice& device, const VoCSVFormat& format)
     if (device.isOpen())
         return;
     if (!device.open(VoIODevice::Write))
-        throw VoIOException(device.lastError());
+        throw VoIOException(device);
     m_private->isOwnOpening = true;
 }
 

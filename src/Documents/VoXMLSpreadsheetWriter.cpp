@@ -21,10 +21,10 @@ VoIODevice& Prepared(VoIODevice& device)
     if (device.mode() == VoIODevice::Read)
         throw VoIOInvalidWriteException("Device is in read mode, cannot write to it");
     if (!device.isOpen() && !device.open(VoIODevice::Write))
-        throw VoIOException(device.lastError());
+        throw VoIOException(device);
     const VoString line = "<?mso-application progid=\"Excel.Sheet\"?>" + VoString::NewLine();
     if (device.write(line) < line.size())
-        throw VoIOException(device.lastError());
+        throw VoIOException(device);
     return device;
 }
 

@@ -1,5 +1,6 @@
 #include <Documents/VoZipper.h>
 
+#include <Core/Completed.h>
 #include <Core/VoDeque.h>
 #include <Core/VoException.h>
 #include <Core/VoFileException.h>
@@ -58,7 +59,8 @@ std::vector<Source> FilesToZip(const VoFilePath& source, const VoFilePath& archi
     if (VoFileSystem::IsDirectory(source))
         return FilesBelow(source, archive);
     if (!VoFileSystem::Exists(source))
-        throw VoCannotOpenFileException(source);
+        throw vo::detail::Because(std::make_error_code(std::errc::no_such_file_or_directory),
+                                  VoCannotOpenFileException(source));
     return {{source, VoFilePath(source.filename().toString())}};
 }
 
@@ -67,12 +69,13 @@ class OpenSource
 {
 public:
     explicit OpenSource(const VoFilePath& path)
+        : m_path(path)
     {
         const std::filesystem::path native = vo::detail::ToNative(path);
         std::error_code error;
         m_file = NativeFile::OpenForReading(native, error);
         if (error)
-            throw VoCannotOpenFileException(path);
+            throw vo::detail::Because(error, VoCannotOpenFileException(path));
         m_size = std::filesystem::file_size(native, error);
         if (error)
             m_size = 0;
@@ -86,10 +89,12 @@ public:
         while (const std::size_t count = m_file.read(block, BlockSize, error))
             entry.writeFrom(block, count);
         if (error)
-            throw VoIOException("Error occurred on reading from file");
+            throw vo::detail::Completed(VoIOException("Error occurred on reading from file"), m_path.path(),
+                                        VoString(error.message()));
     }
 
 private:
+    const VoFilePath& m_path;
     NativeFile m_file;
     std::uint64_t m_size = 0;
 };

@@ -1,5 +1,6 @@
 #include <Download/DownloadFailure.h>
 
+#include <Core/Completed.h>
 #include <Core/VoString.h>
 #include <FileSystem/VoUrl.h>
 
@@ -40,9 +41,9 @@ bool IsTransient(int status)
 
 } // namespace
 
-DownloadFailure LocalFailure(const VoString& text)
+DownloadFailure LocalFailure(const VoException& cause)
 {
-    return {VoDownloadException(text), false, std::nullopt};
+    return {Completed(VoDownloadException(cause.message()), cause.subject(), cause.reason()), false, std::nullopt};
 }
 
 DownloadFailure NetworkFailure(QNetworkReply& reply, const QUrl& url)
@@ -53,19 +54,20 @@ DownloadFailure NetworkFailure(QNetworkReply& reply, const QUrl& url)
     QString text = reply.errorString();
     text.replace(url.toString(), url.toString(QUrl::RemoveUserInfo));
     const Kind kind = IsTransient(reply.error()) ? Kind::Transient : Kind::Final;
-    return {VoDownloadException(VoString(text), kind), true, std::nullopt};
+    return {Completed(VoDownloadException(VoString(text), kind), DisplayText(url), VoString(text)), true, std::nullopt};
 }
 
 DownloadFailure StatusFailure(QNetworkReply& reply, const QUrl& url)
 {
     const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    VoString reason(reply.attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString());
-    if (reason.isEmpty())
-        reason = VoString(status);
+    const VoString phrase(reply.attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString());
+    const VoString number(status);
     const Kind kind = IsTransient(status) ? Kind::Transient : Kind::Final;
-    return {
-        VoDownloadException("Error transferring " + DisplayText(url) + " - server replied: " + reason, kind, status),
-        true, RetryAfter(reply.rawHeader("Retry-After"), QDateTime::currentDateTimeUtc())};
+    const VoString text =
+        "Error transferring " + DisplayText(url) + " - server replied: " + (phrase.isEmpty() ? number : phrase);
+    const VoString answer = "the server replied " + number + (phrase.isEmpty() ? VoString() : " " + phrase);
+    return {Completed(VoDownloadException(text, kind, status), DisplayText(url), answer), true,
+            RetryAfter(reply.rawHeader("Retry-After"), QDateTime::currentDateTimeUtc())};
 }
 
 std::optional<VoTimeDuration> RetryAfter(const QByteArray& value, const QDateTime& now)

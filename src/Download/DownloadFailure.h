@@ -22,7 +22,7 @@ struct DownloadFailure
 };
 
 /// A failure that another place would give as well.
-DownloadFailure LocalFailure(const VoString& text);
+DownloadFailure LocalFailure(const VoException& cause);
 /// The failure of a reply that ended with a network error.
 DownloadFailure NetworkFailure(QNetworkReply& reply, const QUrl& url);
 /// The failure of a reply whose status is not 200.

@@ -1,5 +1,6 @@
 #include <Download/VoDownload.h>
 
+#include <Core/Completed.h>
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
 #include <Download/VoDownloadManagerImpl.h>
@@ -504,7 +505,7 @@ bool VoDownload::takeBody(File& file, QNetworkReply& reply)
         }
         return true;
     } catch (const VoDownloadException& e) {
-        fileFailed(file, vo::detail::LocalFailure(e.message()));
+        fileFailed(file, vo::detail::LocalFailure(e));
         return false;
     }
 }
@@ -562,7 +563,7 @@ void VoDownload::bodyReceived(File& file, QNetworkReply& reply)
     try {
         file.streamer->finish();
     } catch (const VoDownloadException& e) {
-        fileFailed(file, vo::detail::LocalFailure(e.message()));
+        fileFailed(file, vo::detail::LocalFailure(e));
         return;
     }
     fileComplete(file);
@@ -621,7 +622,8 @@ void VoDownload::fileFailed(File& file, const DownloadFailure& failure)
     }
     const VoString text = "Header request failed: " + failure.exception.message();
     Logger().error(text);
-    fail(VoDownloadException(text, failure.exception.kind(), failure.exception.httpStatus()));
+    fail(vo::detail::Completed(VoDownloadException(text, failure.exception.kind(), failure.exception.httpStatus()),
+                               failure.exception.subject(), failure.exception.reason()));
 }
 
 // Asks the next place of this round at once.

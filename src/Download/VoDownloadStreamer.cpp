@@ -1,5 +1,6 @@
 #include <Download/VoDownloadStreamer.h>
 
+#include <Core/Completed.h>
 #include <Core/VoFileException.h>
 #include <Download/VoDownloadException.h>
 
@@ -13,8 +14,8 @@ void Attempt(Operation operation, const char* failure, const VoFilePath& path)
 {
     try {
         operation();
-    } catch (const VoException&) {
-        throw VoDownloadException(failure + path.toString());
+    } catch (const VoException& cause) {
+        throw vo::detail::Completed(VoDownloadException(failure + path.toString()), path.path(), cause.reason());
     }
 }
 

@@ -1,5 +1,6 @@
 #include <FileSystem/FileLock.h>
 
+#include <Core/Completed.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
 #include <FileSystem/NativePath.h>
@@ -39,9 +40,9 @@ void FileLock::tryLock()
     std::error_code lockError;
     m_handle = Take(m_native, openError, lockError);
     if (openError)
-        throw VoCannotOpenFileException(m_path);
+        throw Because(openError, VoCannotOpenFileException(m_path));
     if (lockError)
-        throw VoFileException("Cannot lock file: " + VoString(lockError.message()), m_path);
+        throw Because(lockError, VoFileException("Cannot lock file: " + VoString(lockError.message()), m_path));
 }
 
 } // namespace vo::detail

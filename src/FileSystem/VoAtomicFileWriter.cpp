@@ -1,5 +1,6 @@
 #include <FileSystem/VoAtomicFileWriter.h>
 
+#include <Core/Completed.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/NativeFile.h>
 #include <FileSystem/NativePath.h>
@@ -33,8 +34,9 @@ public:
         });
         if (m_error) {
             m_path.clear(); // whatever bears the name is somebody else's
-            throw VoCannotOpenFileException(target);
+            throw vo::detail::Because(m_error, VoCannotOpenFileException(target));
         }
+        m_target = target;
     }
 
     ~Content() { discard(); }
@@ -91,6 +93,7 @@ public:
 
     const std::error_code& error() const noexcept { return m_error; }
     const std::filesystem::path& path() const noexcept { return m_path; }
+    const VoFilePath& target() const noexcept { return m_target; }
 
 private:
     void flush()
@@ -100,6 +103,7 @@ private:
         m_buffer.clear();
     }
 
+    VoFilePath m_target;
     vo::detail::NativeFile m_file;
     std::filesystem::path m_path;       // empty when there is nothing to remove
     std::filesystem::file_status m_old; // of the target
@@ -132,7 +136,8 @@ protected:
         if (m_content.write(data, count))
             return count;
         setError("Write failure");
-        throw VoIOException("Error occurred on writing to file");
+        throw vo::detail::Completed(VoIOException("Error occurred on writing to file"), m_content.target().path(),
+                                    VoString(m_content.error().message()));
     }
 
 private:
@@ -150,9 +155,9 @@ struct VoAtomicFileWriter::Private
 
     [[noreturn]] void fail(const char* operation)
     {
-        const VoString message = operation + VoString(content.error().message());
+        const std::error_code error = content.error();
         content.discard();
-        throw VoFileException(message, target, VoFilePath());
+        throw vo::detail::Because(error, VoFileException(operation + VoString(error.message()), target, VoFilePath()));
     }
 
     VoFilePath target;
@@ -173,7 +178,7 @@ VoAtomicFileWriter::VoAtomicFileWriter(const VoFilePath& target)
     const std::filesystem::file_status old = std::filesystem::symlink_status(native, ignored);
     if (std::filesystem::is_directory(std::filesystem::is_symlink(old) ? std::filesystem::status(native, ignored)
                                                                        : old))
-        throw VoInvalidPathFileException(target);
+        throw vo::detail::Because(std::make_error_code(std::errc::is_a_directory), VoInvalidPathFileException(target));
     m_private->content.open(target, native, old);
     m_private->device = std::make_unique<ContentDevice>(m_private->content);
 }
@@ -202,8 +207,9 @@ void VoAtomicFileWriter::write(const char* data, std::size_t size)
     if (file.committed)
         throw VoInvalidCallException("File already committed");
     if (!file.content.write(data, size))
-        throw VoFileException("Cannot write file: " + VoString(file.content.error().message()), file.target,
-                              VoFilePath());
+        throw vo::detail::Because(file.content.error(),
+                                  VoFileException("Cannot write file: " + VoString(file.content.error().message()),
+                                                  file.target, VoFilePath()));
 }
 
 void VoAtomicFileWriter::commit(Durability durability)

@@ -1,6 +1,7 @@
 #include <FileSystem/VoFileSystem.h>
 
 #include <Core/Callback.h>
+#include <Core/Completed.h>
 #include <Core/VoChecksum.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
@@ -33,12 +34,12 @@ namespace {
 template <typename Path>
 [[noreturn]] void Fail(const char* operation, const std::error_code& error, const Path& path)
 {
-    throw VoFileException(operation + VoString(": ") + VoString(error.message()), path);
+    throw vo::detail::Because(error, VoFileException(operation + VoString(": ") + VoString(error.message()), path));
 }
 
-[[noreturn]] void Fail(const VoString& message, const VoFilePath& from, const VoFilePath& to)
+[[noreturn]] void Fail(const char* prefix, const std::error_code& error, const VoFilePath& from, const VoFilePath& to)
 {
-    throw VoFileException(message, from, to);
+    throw vo::detail::Because(error, VoFileException(prefix + VoString(error.message()), from, to));
 }
 
 template <typename Operation>
@@ -428,7 +429,7 @@ bool VoFileSystem::Same(const VoFilePath& a, const VoFilePath& b)
         std::error_code error;
         const bool same = fs::equivalent(vo::detail::ToNative(a), vo::detail::ToNative(b), error);
         if (error)
-            Fail("equivalent: " + VoString(error.message()), a, b);
+            Fail("equivalent: ", error, a, b);
         return same;
     });
 }
@@ -507,7 +508,7 @@ bool VoFileSystem::CopyFile(const VoFilePath& from, const VoFilePath& to, CopyOp
         if (!error)
             error = CopyWhole(source, target, CopyPurpose::Duplicate);
         if (error)
-            Fail(VoString(error.message()), from, to);
+            Fail("", error, from, to);
         return true;
     });
 }
@@ -526,7 +527,7 @@ void VoFileSystem::MoveFile(const VoFilePath& from, const VoFilePath& to)
         else if (!error)
             error = RemoveOtherName(source, target);
         if (error)
-            Fail("rename: " + VoString(error.message()), from, to);
+            Fail("rename: ", error, from, to);
     });
 }
 

@@ -1,5 +1,6 @@
 #include <FileSystem/VoTemporaryDir.h>
 
+#include <Core/Completed.h>
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/NativeFile.h>
@@ -52,7 +53,7 @@ VoTemporaryDir::VoTemporaryDir(const VoDirectoryPath& parent)
         return made;
     });
     if (error)
-        throw VoFileException("create_directory: " + VoString(error.message()), path);
+        throw vo::detail::Because(error, VoFileException("create_directory: " + VoString(error.message()), path));
     m_private->path = std::move(path);
 }
 

@@ -1,5 +1,6 @@
 #include <FileSystem/VoTemporaryFile.h>
 
+#include <Core/Completed.h>
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/NativeFile.h>
@@ -52,7 +53,7 @@ VoTemporaryFile::VoTemporaryFile(const VoDirectoryPath& directory)
         return made;
     });
     if (error)
-        throw VoCannotOpenFileException(path);
+        throw vo::detail::Because(error, VoCannotOpenFileException(path));
     m_private->path = std::move(path);
 }
 

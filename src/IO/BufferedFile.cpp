@@ -1,6 +1,13 @@
 #include <IO/BufferedFile.h>
 
+#include <Core/Completed.h>
+#include <Core/VoFileException.h>
+#include <FileSystem/NativePath.h>
+#include <FileSystem/VoFilePath.h>
+#include <IO/VoIOException.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <locale>
@@ -41,17 +48,20 @@ BufferedFile::~BufferedFile()
 
 bool BufferedFile::open(const std::filesystem::path& path, std::ios_base::openmode mode)
 {
+    m_path = path;
     std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored))
-        return false;                        // some systems open one, and fail later
+    if (std::filesystem::is_directory(path, ignored)) { // some systems open one, and fail later
+        m_error = std::make_error_code(std::errc::is_a_directory);
+        return false;
+    }
     m_file.pubimbue(std::locale::classic()); // bytes, whatever the global locale converts
     if (mode & std::ios_base::in) {
         m_readBuffer = NewBlock();
         m_file.pubsetbuf(m_readBuffer.get(), static_cast<std::streamsize>(BlockSize));
     }
+    errno = 0;
     if (!m_file.open(path, mode))
-        return false;
-    m_path = path;
+        return failed();
     m_readPosition = 0; // places that were sought while the file was closed count for nothing
     m_writePosition = 0;
     m_appending = (mode & std::ios_base::app) != 0;
@@ -65,6 +75,28 @@ bool BufferedFile::isOpen() const noexcept
     return m_file.is_open();
 }
 
+VoString BufferedFile::reason() const
+{
+    return m_error ? VoString(m_error.message()) : VoString();
+}
+
+void BufferedFile::failOpening() const
+{
+    throw Because(m_error, VoCannotOpenFileException(FromNative(m_path)));
+}
+
+void BufferedFile::failReading()
+{
+    if (isOpen())
+        failed();
+    throw Completed(VoIOException("Error occurred on reading from file"), FromNative(m_path).path(), reason());
+}
+
+void BufferedFile::failWriting()
+{
+    throw Completed(VoIOException("Error occurred on writing to file"), FromNative(m_path).path(), reason());
+}
+
 bool BufferedFile::flush()
 {
     if (!isOpen())
@@ -72,13 +104,25 @@ bool BufferedFile::flush()
     const std::size_t count = std::exchange(m_gatheredCount, 0);
     if (count != 0 && !pass(m_gathered.get(), count))
         return false;
-    if (m_direction != Direction::Write)
-        return true;
+    return m_direction != Direction::Write || sync();
+}
+
+bool BufferedFile::sync()
+{
+    errno = 0;
     try {
-        return m_file.pubsync() == 0;
+        return m_file.pubsync() == 0 || failed();
     } catch (...) {
-        return false;
+        return failed();
     }
+}
+
+// To be called right after the failure. The standard library's buffer does not tell why, but it comes from the system,
+// which leaves its number.
+bool BufferedFile::failed()
+{
+    m_error = std::error_code(errno, std::generic_category());
+    return false;
 }
 
 bool BufferedFile::close()
@@ -86,10 +130,11 @@ bool BufferedFile::close()
     if (!isOpen())
         return true;
     bool complete = flush() && !m_lost;
+    errno = 0;
     try {
-        complete = m_file.close() && complete;
+        complete = (m_file.close() || failed()) && complete;
     } catch (...) {
-        complete = false;
+        complete = failed();
     }
     m_direction = Direction::None;
     m_lost = false;
@@ -105,6 +150,7 @@ bool BufferedFile::atEnd()
 
 std::size_t BufferedFile::read(char* data, std::size_t count)
 {
+    errno = 0;
     if (!turnToReading())
         return 0;
     constexpr auto largest = static_cast<std::size_t>(std::numeric_limits<std::streamsize>::max());
@@ -135,6 +181,7 @@ std::string BufferedFile::read(std::size_t count)
 std::string BufferedFile::readLine(std::size_t maximumLength)
 {
     std::string line;
+    errno = 0;
     if (!turnToReading())
         return line;
     while (m_file.readyCount() != 0 || m_file.fill()) {
@@ -231,12 +278,13 @@ bool BufferedFile::turnToWriting()
 
 bool BufferedFile::pass(const char* data, std::size_t count)
 {
+    errno = 0;
     try {
         if (!turnToWriting() ||
             m_file.sputn(data, static_cast<std::streamsize>(count)) != static_cast<std::streamsize>(count))
-            return false;
+            return failed();
     } catch (...) {
-        return false;
+        return failed();
     }
     m_writePosition += count;
     return true;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Core/VoExport.h>
+#include <Core/VoForward.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -8,6 +9,7 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <system_error>
 
 namespace vo::detail {
 
@@ -25,7 +27,8 @@ public:
 /// An open file with one place for reading and one for writing, read and written in large blocks.
 ///
 /// Small reads and writes pass through buffers of 64 KiB, larger ones go straight to the system. Failures are told by
-/// exceptions of the standard library (reading) and by results of false (all else).
+/// exceptions of the standard library (reading) and by results of false (all else); failReading() and failWriting()
+/// make exceptions of ours of both.
 class VOCORE_PRIVATE_EXPORT BufferedFile
 {
 public:
@@ -37,6 +40,15 @@ public:
     /// Opens @p path in a standard @p mode. A directory is refused.
     bool open(const std::filesystem::path& path, std::ios_base::openmode mode);
     bool isOpen() const noexcept;
+
+    /// The system's words for the last failure; empty when it gave none.
+    VoString reason() const;
+    /// Throws VoCannotOpenFileException, which knows the system's words.
+    [[noreturn]] void failOpening() const;
+    /// @{ Throw VoIOException, which knows the file and the system's words, after a failure; also when none is open.
+    [[noreturn]] void failReading(); ///< "Error occurred on reading from file"
+    [[noreturn]] void failWriting(); ///< "Error occurred on writing to file"
+    /// @}
 
     bool flush(); ///< Hands gathered bytes to the system; they are dropped when that fails.
     bool close(); ///< Flushes and closes; false when bytes were lost.
@@ -63,6 +75,8 @@ private:
     bool turnToWriting();
     bool pass(const char* data, std::size_t count);
     std::size_t expectedRest() const;
+    bool sync();
+    bool failed();
 
     std::filesystem::path m_path;
     std::unique_ptr<char[]> m_readBuffer; // of the standard buffer, which must outlive its use there
@@ -75,6 +89,7 @@ private:
     bool m_lost = false; // bytes could not be written and nobody was told
     std::uint64_t m_readPosition = 0;
     std::uint64_t m_writePosition = 0;
+    std::error_code m_error;
 };
 
 } // namespace vo::detail

@@ -1,6 +1,7 @@
 #include <IO/VoFileByteStream.h>
 
 #include <Core/VoByteArray.h>
+#include <Core/VoFileException.h>
 #include <FileSystem/NativePath.h>
 #include <FileSystem/VoFilePath.h>
 #include <IO/BufferedFile.h>
@@ -20,9 +21,19 @@ std::unique_ptr<vo::detail::BufferedFile> OpenFile(const VoFilePath& path, std::
     return file;
 }
 
-[[noreturn]] void FailWriting()
+// A stream that was moved from has no file to name.
+[[noreturn]] void FailWriting(vo::detail::BufferedFile* file)
 {
+    if (file)
+        file->failWriting();
     throw VoIOException("Error occurred on writing to file");
+}
+
+[[noreturn]] void FailReading(vo::detail::BufferedFile* file)
+{
+    if (file)
+        file->failReading();
+    throw VoIOException("Error occurred on reading from file");
 }
 
 } // namespace
@@ -49,16 +60,25 @@ bool VoFileInputByteStream::isOpen() const noexcept
     return m_private && m_private->file->isOpen();
 }
 
+void VoFileInputByteStream::requireOpen() const
+{
+    if (isOpen())
+        return;
+    if (m_private)
+        m_private->file->failOpening();
+    throw VoCannotOpenFileException(VoFilePath());
+}
+
 std::size_t VoFileInputByteStream::read(char* data, std::size_t count)
 {
     if (!isOpen())
-        throw VoIOException("Error occurred on reading from file");
+        FailReading(m_private ? m_private->file.get() : nullptr);
     try {
         const std::size_t taken = m_private->file->read(data, count);
         m_private->eof = taken < count;
         return taken;
     } catch (const std::exception&) {
-        throw VoIOException("Error occurred on reading from file");
+        FailReading(m_private->file.get());
     }
 }
 
@@ -102,7 +122,7 @@ bool VoFileOutputByteStream::isOpen() const noexcept
 void VoFileOutputByteStream::write(const char* data, std::size_t count)
 {
     if (!isOpen() || !m_private->file->write(data, count))
-        FailWriting();
+        FailWriting(m_private ? m_private->file.get() : nullptr);
 }
 
 void VoFileOutputByteStream::write(const VoByteArray& bytes)
@@ -113,11 +133,11 @@ void VoFileOutputByteStream::write(const VoByteArray& bytes)
 void VoFileOutputByteStream::flush()
 {
     if (!isOpen() || !m_private->file->flush())
-        FailWriting();
+        FailWriting(m_private ? m_private->file.get() : nullptr);
 }
 
 void VoFileOutputByteStream::close()
 {
     if (isOpen() && !m_private->file->close())
-        FailWriting();
+        FailWriting(m_private ? m_private->file.get() : nullptr);
 }

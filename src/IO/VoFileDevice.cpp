@@ -45,7 +45,7 @@ OpenMode StandardMode(VoIODevice::Mode mode, bool exists)
 
 // Reads through the standard library, whose failures become ours.
 template <typename Result, typename Function>
-Result Reading(Function function)
+Result Reading(vo::detail::BufferedFile& file, Function function)
 {
     try {
         return function();
@@ -54,7 +54,7 @@ Result Reading(Function function)
     } catch (const std::length_error&) {
         throw VoBadAllocException("file content");
     } catch (const std::exception&) {
-        throw VoIOException("Error occurred on reading from file");
+        file.failReading();
     }
 }
 
@@ -101,6 +101,11 @@ const VoFilePath& VoFileDevice::path() const
 {
     static const auto& none = *new VoFilePath; // outlives all static objects
     return m_private ? m_private->path : none;
+}
+
+VoString VoFileDevice::reason() const
+{
+    return m_private ? m_private->file.reason() : VoString();
 }
 
 void VoFileDevice::flush()
@@ -153,7 +158,7 @@ VoString VoFileDevice::onReadRemaining()
 
 VoString VoFileDevice::onReadLine(std::size_t maximumLength)
 {
-    return Reading<VoString>([&] { return VoString(m_private->file.readLine(maximumLength)); });
+    return Reading<VoString>(m_private->file, [&] { return VoString(m_private->file.readLine(maximumLength)); });
 }
 
 void VoFileDevice::onClose()
@@ -185,7 +190,7 @@ bool VoFileDevice::onOpen(Mode mode)
 
 VoString VoFileDevice::onRead(std::size_t count)
 {
-    return Reading<VoString>([&] { return VoString(m_private->file.read(count)); });
+    return Reading<VoString>(m_private->file, [&] { return VoString(m_private->file.read(count)); });
 }
 
 std::size_t VoFileDevice::onWrite(const VoString& text)
@@ -195,7 +200,7 @@ std::size_t VoFileDevice::onWrite(const VoString& text)
 
 std::size_t VoFileDevice::onReadInto(char* data, std::size_t count)
 {
-    return Reading<std::size_t>([&] { return m_private->file.read(data, count); });
+    return Reading<std::size_t>(m_private->file, [&] { return m_private->file.read(data, count); });
 }
 
 std::size_t VoFileDevice::onWriteFrom(const char* data, std::size_t count)
@@ -208,5 +213,5 @@ std::size_t VoFileDevice::onWriteFrom(const char* data, std::size_t count)
 void VoFileDevice::failWrite()
 {
     setError("Write failure");
-    throw VoIOException("Error occurred on writing to file");
+    m_private->file.failWriting();
 }

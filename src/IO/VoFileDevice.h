@@ -33,6 +33,9 @@ public:
     ~VoFileDevice() override;
 
     const VoFilePath& path() const; ///< The file's path, as given.
+    /// The system's words for the last failure, such as "Permission denied"; empty when it gave none. lastError() does
+    /// not tell.
+    VoString reason() const;
 
     /// Hands gathered writes to the system. On failure lastError() is "Write failure" and VoIOException is thrown; the
     /// bytes that could not be written are dropped.

@@ -1,5 +1,6 @@
 #include <IO/VoFileWriter.h>
 
+#include <Core/Completed.h>
 #include <Core/VoThrow.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoTemporaryFile.h>
@@ -23,7 +24,8 @@ VoFileWriter::VoFileWriter(const VoFilePath& path)
     : m_private(std::make_unique<Private>(path))
 {
     if (!m_private->adapter.open(QIODevice::WriteOnly))
-        throw VoIOException("Unable to open file for writing");
+        throw vo::detail::Completed(VoIOException("Unable to open file for writing"), path.path(),
+                                    m_private->file.reason());
 }
 
 VoFileWriter::VoFileWriter(const VoTemporaryFile& file)

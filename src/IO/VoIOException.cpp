@@ -1,6 +1,8 @@
 #include <IO/VoIOException.h>
 
 #include <Core/VoString.h>
+#include <FileSystem/VoFilePath.h>
+#include <IO/VoFileDevice.h>
 
 VOCORE_DEFINE_EXCEPTION(VoIOException, "VoIOException")
 VOCORE_DEFINE_EXCEPTION(VoIOInvalidReadException, "VoIOInvalidReadException")
@@ -21,6 +23,13 @@ VoIOException::VoIOException(const char* message)
 VoIOException::VoIOException(const std::ios_base::failure& failure)
     : VoException(failure.what())
 {
+}
+
+VoIOException::VoIOException(const VoIODevice& device)
+    : VoException(device.lastError())
+{
+    if (const auto* file = dynamic_cast<const VoFileDevice*>(&device))
+        complete(file->path().path(), file->reason());
 }
 
 VoIOInvalidReadException::VoIOInvalidReadException() = default;

@@ -13,6 +13,8 @@ public:
     VoIOException(const VoString& message);                        ///< The message.
     VoIOException(const char* message);                            ///< The message.
     explicit VoIOException(const std::ios_base::failure& failure); ///< The text of the stream's failure.
+    /// The device's last error; of a device over a file also its path, as subject(), and its reason.
+    explicit VoIOException(const VoIODevice& device);
 };
 
 /// A device was read whose mode does not permit it.

@@ -255,7 +255,7 @@ bool VoQIODevice::passOn(const char* data, std::size_t count)
         return false;
     try {
         if (m_private->device.writeFrom(data, count) < count)
-            throw VoIOException(m_private->device.lastError());
+            throw VoIOException(m_private->device);
         return true;
     } catch (...) {
         keepException();

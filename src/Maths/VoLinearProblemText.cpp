@@ -1,5 +1,6 @@
 #include <Maths/VoLinearProblemText.h>
 
+#include <Core/Completed.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/NativeFile.h>
 #include <FileSystem/NativePath.h>
@@ -539,7 +540,7 @@ VoLinearProblemText VoLinearProblemText::Read(const VoFilePath& path)
     if (error == std::errc::no_such_file_or_directory)
         throw VoFileNotFoundException(path);
     if (!file.isOpen())
-        throw VoCannotOpenFileException(path);
+        throw vo::detail::Because(error, VoCannotOpenFileException(path));
 
     constexpr std::size_t block = std::size_t(1) << 18;
     std::string text;
@@ -550,7 +551,8 @@ VoLinearProblemText VoLinearProblemText::Read(const VoFilePath& path)
         text.resize(size + block);
         text.resize(size + file.read(text.data() + size, block, error));
         if (error)
-            throw VoIOException("Error occurred on reading from file");
+            throw vo::detail::Because(
+                error, vo::detail::Completed(VoIOException("Error occurred on reading from file"), path.path()));
         if (text.size() < size + block)
             return Parser(text).parse();
     }

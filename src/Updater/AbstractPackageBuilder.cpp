@@ -323,8 +323,7 @@ AdvertisedFileListing AbstractPackageBuilder::packFile(const VoFilePath& source,
         throw VoCannotOpenFileException(source);
     }
     VoFileInputByteStream stream(source);
-    if (!stream.isOpen())
-        throw VoCannotOpenFileException(source);
+    stream.requireOpen();
 
     const PackedFile packed = m_private->chunks->append(stream);
     if (packed.size != VoFileSystem::FileSize(source))

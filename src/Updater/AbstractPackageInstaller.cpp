@@ -146,7 +146,7 @@ VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::runSteps(const st
         const VoString text = WithText("Installation failed", FailureText());
         error(text);
         broadcast(Message<BasicUpdateMessage<18>>(text, packageID(), versionID()));
-        throw VoInstallationFailedException(text);
+        throw VoInstallationFailedException(text, std::current_exception());
     }
 }
 
@@ -345,7 +345,7 @@ void AbstractPackageInstaller::buildFile(const AdvertisedFileListing& file, cons
     if (isSound && built.finish(file.checksum(), static_cast<std::uint64_t>(file.size().bytes())))
         return;
     logDamagedChunks(file);
-    throw VoValidationException("File checksum does not match for: " + place.path());
+    throw VoDamagedContentException("File checksum does not match for: " + place.path());
 }
 
 bool AbstractPackageInstaller::writePiece(const ChunkReferenceListing& piece, FileInstaller& built)

@@ -3,6 +3,7 @@
 #include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
+#include <Download/DownloadFailure.h>
 #include <Download/VoDownloadPolicy.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoUrl.h>
@@ -67,15 +68,20 @@ AdvertisedPackageListing::~AdvertisedPackageListing() = default;
 
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoFilePath& path)
 {
+    return Load(path, path.path());
+}
+
+VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Load(const VoFilePath& path, const VoString& name)
+{
     VoXMLStreamLoader loader;
     loader.addGlobalRule(tag::package, Build<AdvertisedPackageListing>);
     loader.addGlobalRule(tag::file, Build<AdvertisedFileListing>);
     loader.addGlobalRule(tag::chunk, Build<ChunkListing>);
     AdvertisedFileListing::AddDefinitions(loader);
 
-    auto package = DynamicCast<AdvertisedPackageListing>(LoadDocument(loader, path));
+    auto package = DynamicCast<AdvertisedPackageListing>(LoadDocument(loader, path, name));
     if (!package)
-        FailLoading(path, "Package advert failed to load");
+        FailLoading(name, "Package advert failed to load");
     return package;
 }
 
@@ -93,7 +99,7 @@ VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl
                                                                      const VoDownloadPolicy& downloads)
 {
     const VoTemporaryFile file = FetchDocument(url, stop, downloads);
-    return Open(file.path());
+    return Load(file.path(), vo::detail::DisplayText(url));
 }
 
 void AdvertisedPackageListing::add(const AdvertisedFileListing& file)

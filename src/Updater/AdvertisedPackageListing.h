@@ -80,6 +80,8 @@ protected:
     std::vector<const AbstractFileListing*> listedFiles() const override;
 
 private:
+    static VoUniquePtr<AdvertisedPackageListing> Load(const VoFilePath& path, const VoString& name);
+
     struct Private;
     std::unique_ptr<Private> m_private; // empty in a moved-from object
 };

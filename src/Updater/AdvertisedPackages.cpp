@@ -4,6 +4,7 @@
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
+#include <Download/DownloadFailure.h>
 #include <Download/VoDownloadPolicy.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/AdvertisedPackageListing.h>
@@ -130,11 +131,16 @@ AdvertisedPackages::~AdvertisedPackages() = default;
 
 VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoFilePath& path)
 {
+    return Load(path, path.path());
+}
+
+VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Load(const VoFilePath& path, const VoString& name)
+{
     VoXMLStreamLoader loader;
     loader.addGlobalRule(tag::packages, Build<AdvertisedPackages>);
     // By its path, because a definition's root has the same name: such a document must count as no declarations at all.
     loader.addSpecificRule(VoXMLPath({tag::packages, tag::package}), Build<Declaration>);
-    return DynamicCast<AdvertisedPackages>(LoadDocument(loader, path));
+    return DynamicCast<AdvertisedPackages>(LoadDocument(loader, path, name));
 }
 
 VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url)
@@ -151,7 +157,7 @@ VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url, VoSto
                                                          const VoDownloadPolicy& downloads)
 {
     const VoTemporaryFile file = FetchDocument(url, stop, downloads);
-    return Open(file.path());
+    return Load(file.path(), vo::detail::DisplayText(url));
 }
 
 void AdvertisedPackages::add(const AdvertisedPackageListing& package, const VoFilePath& path)

@@ -104,6 +104,8 @@ public:
     void writeElements(VoXMLElementWriter& element) const override;
 
 private:
+    static VoUniquePtr<AdvertisedPackages> Load(const VoFilePath& path, const VoString& name);
+
     struct Private;
     std::unique_ptr<Private> m_private; // empty in a moved-from object
 };

@@ -1,5 +1,6 @@
 #include <Updater/Containment.h>
 
+#include <Core/Completed.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/NativePath.h>
 #include <FileSystem/VoFileSystem.h>
@@ -53,7 +54,7 @@ std::string RealDirectory(const VoDirectoryPath& directory)
     const fs::path absolute = native.empty() ? fs::current_path(error) : native;
     const fs::path real = fs::weakly_canonical(absolute, error);
     if (error && !vo::detail::MeansMissing(error))
-        throw VoFileException("canonical: " + VoString(error.message()), directory.path());
+        throw vo::detail::Because(error, VoFileException("canonical: " + VoString(error.message()), directory.path()));
     return (error ? native : real).string();
 }
 

@@ -1,5 +1,6 @@
 #include <Updater/FileActions.h>
 
+#include <Core/Completed.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
 #include <FileSystem/NativeFile.h>
@@ -32,7 +33,8 @@ void Rename(const VoFilePath& from, const VoFilePath& to, const char* failure, c
     std::error_code error;
     fs::rename(ToNative(from), ToNative(to), error);
     if (error)
-        throw VoFileException(failure + VoString(error.message()) + ": " + place.path(), place.path());
+        throw vo::detail::Because(
+            error, VoFileException(failure + VoString(error.message()) + ": " + place.path(), place.path()));
 }
 
 } // namespace
@@ -67,7 +69,7 @@ FileKind KindOf(const VoFilePath& path)
     switch (fs::symlink_status(ToNative(path), error).type()) {
     case fs::file_type::none:
         if (!vo::detail::MeansMissing(error))
-            throw VoFileException("status: " + VoString(error.message()), path.path());
+            throw vo::detail::Because(error, VoFileException("status: " + VoString(error.message()), path.path()));
         return FileKind::None;
     case fs::file_type::not_found:
         return FileKind::None;
@@ -87,8 +89,9 @@ void MakeDirectory(const VoDirectoryPath& directory)
     vo::detail::RequireValidLength(directory);
     fs::create_directory(ToNative(AsFile(directory)), error);
     if (error)
-        throw VoFileException("Cannot create directory: " + VoString(error.message()) + ": " + directory.path(),
-                              directory.path());
+        throw vo::detail::Because(
+            error, VoFileException("Cannot create directory: " + VoString(error.message()) + ": " + directory.path(),
+                                   directory.path()));
 }
 
 bool EraseFile(const VoFilePath& path)
@@ -102,7 +105,9 @@ bool EraseFile(const VoFilePath& path)
     std::error_code error;
     vo::detail::RemoveFile(ToNative(path), error);
     if (error && !vo::detail::MeansMissing(error))
-        throw VoFileException("Cannot remove file: " + VoString(error.message()) + ": " + path.path(), path.path());
+        throw vo::detail::Because(
+            error,
+            VoFileException("Cannot remove file: " + VoString(error.message()) + ": " + path.path(), path.path()));
     return true;
 }
 
@@ -118,8 +123,9 @@ bool EraseDirectoryIfEmpty(const VoDirectoryPath& directory)
     if (error == std::errc::directory_not_empty || error == std::errc::file_exists ||
         error == std::errc::not_a_directory)
         return false;
-    throw VoFileException("Cannot remove directory: " + VoString(error.message()) + ": " + directory.path(),
-                          directory.path());
+    throw vo::detail::Because(
+        error, VoFileException("Cannot remove directory: " + VoString(error.message()) + ": " + directory.path(),
+                               directory.path()));
 }
 
 void PutInPlace(const VoFilePath& built, const VoFilePath& place)

@@ -1,5 +1,6 @@
 #include <Updater/FileInstaller.h>
 
+#include <Core/Completed.h>
 #include <Core/VoChecksum.h>
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
@@ -77,8 +78,9 @@ bool FileInstaller::finish(const VoChecksum& checksum, std::uint64_t size)
 void FileInstaller::require(const std::error_code& error) const
 {
     if (error)
-        throw VoFileException("Cannot write file: " + VoString(error.message()) + ": " + m_built.path(),
-                              m_place.path());
+        throw vo::detail::Because(
+            error,
+            VoFileException("Cannot write file: " + VoString(error.message()) + ": " + m_built.path(), m_place.path()));
 }
 
 } // namespace vo::updater::detail

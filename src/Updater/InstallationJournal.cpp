@@ -279,7 +279,7 @@ VoUniquePtr<RunNotes> InstallationJournal::read(Phase phase) const
         VoXMLStreamLoader loader;
         loader.addGlobalRule(JournalTag, Build<RunNotes>);
         loader.addGlobalRule(tag::file, Build<InstalledFileListing>);
-        if (auto notes = DynamicCast<RunNotes>(LoadDocument(loader, path(phase))))
+        if (auto notes = DynamicCast<RunNotes>(LoadDocument(loader, path(phase), VoString())))
             return notes;
         Log().warning("Journal of an interrupted installation is another document: " + path(phase).path());
     } catch (const VoFileException&) {

@@ -83,9 +83,9 @@ VoUniquePtr<InstalledPackageListing> InstalledPackageListing::Open(const VoFileP
     loader.addGlobalRule(tag::package, Build<InstalledPackageListing>);
     loader.addGlobalRule(tag::file, Build<InstalledFileListing>);
 
-    auto package = DynamicCast<InstalledPackageListing>(LoadDocument(loader, path));
+    auto package = DynamicCast<InstalledPackageListing>(LoadDocument(loader, path, VoString()));
     if (!package)
-        FailLoading(path, "Installed package listing failed to load");
+        FailLoading(path.path(), "Installed package listing failed to load");
     return package;
 }
 

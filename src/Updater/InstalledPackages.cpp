@@ -1,5 +1,6 @@
 #include <Updater/InstalledPackages.h>
 
+#include <Core/Completed.h>
 #include <Core/VoChecksum.h>
 #include <Core/VoFileException.h>
 #include <Download/VoDownloadPolicy.h>
@@ -191,7 +192,8 @@ VoDirectoryPath AbsoluteDirectory(const VoDirectoryPath& directory)
     std::error_code error;
     const std::filesystem::path current = std::filesystem::current_path(error);
     if (error)
-        throw VoFileException("current_path: " + VoString(error.message()), directory.path());
+        throw vo::detail::Because(error,
+                                  VoFileException("current_path: " + VoString(error.message()), directory.path()));
     return VoDirectoryPath::FromText(vo::detail::FromNative(current).path()).appended(directory);
 }
 
@@ -282,8 +284,12 @@ InstalledPackages& InstalledPackages::Get()
     const VoFilePath path = VoUpdater::InstalledPackagesPath();
     Shared& shared = State();
     if (!shared.registry || Bytes(shared.readFrom) != Bytes(path)) {
-        shared.registry = ReadRegistry(path);
+        VoString whyNot;
+        shared.registry = ReadRegistry(path, whyNot);
         shared.readFrom = path;
+        if (!shared.registry)
+            throw vo::detail::Completed(VoNullPointerException("VoUniquePtr dereferencing nullptr"), path.path(),
+                                        whyNot);
     }
     return *shared.registry;
 }
@@ -351,7 +357,8 @@ bool InstalledPackages::IsUnfinished(const VoUUID& packageID, const InstalledPac
         KindOf(RemovedPath(packageID)) != FileKind::None || VoFileSystem::Exists(StagingOf(packageID).path()))
         return true;
     // As it stands on disk: another process may have ended what this one knows of.
-    const VoUniquePtr<InstalledPackages> registry = ReadRegistry(VoUpdater::InstalledPackagesPath());
+    VoString whyNot;
+    const VoUniquePtr<InstalledPackages> registry = ReadRegistry(VoUpdater::InstalledPackagesPath(), whyNot);
     if (!registry)
         return true;
     for (const VoPair<VoUUID, VoVersion>& entry : registry->m_private->entries) {
@@ -539,7 +546,7 @@ void InstalledPackages::Attempt(const std::function<void()>& work)
         const VoString text = WithText("Installation failed", FailureText());
         Log().error(text);
         Broadcast(Message<BasicUpdateMessage<18>>(text, VoUUID(""), VoUUID("")));
-        throw VoInstallationFailedException(text);
+        throw VoInstallationFailedException(text, std::current_exception());
     }
 }
 

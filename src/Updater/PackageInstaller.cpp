@@ -476,15 +476,14 @@ void PackageInstaller::copyFile(const AdvertisedFileListing& file, const VoFileP
     const VoFilePath place = resolvedPath(file);
     FileInstaller built(place, durability);
     VoFileInputByteStream stream(source);
-    if (!stream.isOpen())
-        throw VoCannotOpenFileException(source);
+    stream.requireOpen();
     std::vector<char> block(CopyBlock);
     while (const std::size_t count = stream.read(block.data(), block.size())) {
         stop.throwIfStopped();
         built.write(block.data(), count);
     }
     if (!built.finish(file.checksum(), static_cast<std::uint64_t>(file.size().bytes())))
-        throw VoValidationException("File checksum does not match for: " + place.path());
+        throw VoDamagedContentException("File checksum does not match for: " + place.path());
 }
 
 // The file to build from chunks; null for one that is removed or copied.

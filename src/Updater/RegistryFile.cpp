@@ -24,7 +24,7 @@ VoUniquePtr<InstalledPackages> Load(const VoFilePath& path)
 {
     VoXMLStreamLoader loader;
     loader.addGlobalRule(tag::packages, Build<InstalledPackages>);
-    return DynamicCast<InstalledPackages>(LoadDocument(loader, path));
+    return DynamicCast<InstalledPackages>(LoadDocument(loader, path, VoString()));
 }
 
 // "<a document of ours>.tmp<letters>", as the atomic writer names what it has not committed.
@@ -43,18 +43,20 @@ bool IsTemporaryDocument(std::string_view name)
 
 } // namespace
 
-VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path)
+VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path, VoString& whyNot)
 {
     if (!VoFileSystem::Exists(path))
         return VoUniquePtr<InstalledPackages>::Make();
-    VoString reason = "it is another document";
+    whyNot = "it is another kind of document";
     try {
         if (VoUniquePtr<InstalledPackages> registry = Load(path))
             return registry;
+    } catch (const VoException& exception) {
+        whyNot = exception.reason().isEmpty() ? exception.message() : exception.reason();
     } catch (...) {
-        reason = CurrentExceptionText();
+        whyNot = CurrentExceptionText();
     }
-    vo::logging::Logger::Get("updater").error("Installed packages file cannot be read " + path.path() + ": " + reason);
+    vo::logging::Logger::Get("updater").error("Installed packages file cannot be read " + path.path() + ": " + whyNot);
     return {};
 }
 

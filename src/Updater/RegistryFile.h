@@ -18,8 +18,8 @@ class InstalledPackages;
 namespace vo::updater::detail {
 
 /// Reads a registry file. A missing one gives an empty registry. One that cannot be read gives an empty pointer, after
-/// an error was logged: a caller that began anew would erase what it records.
-VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path);
+/// an error was logged, and @p whyNot the reason: a caller that began anew would erase what it records.
+VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path, VoString& whyNot);
 
 /// Removes what killed processes left in the directory of the listings while they replaced a document. Only while no
 /// other process can be replacing one.

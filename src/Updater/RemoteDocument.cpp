@@ -1,7 +1,9 @@
 #include <Updater/RemoteDocument.h>
 
+#include <Core/Completed.h>
 #include <Core/VoSharedPtr.h>
 #include <Core/VoString.h>
+#include <Download/DownloadFailure.h>
 #include <Download/VoDownloadException.h>
 #include <Download/VoDownloadManager.h>
 #include <Download/VoDownloadNotification.h>
@@ -53,7 +55,7 @@ VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const Vo
             tell(received);
     };
     request->setPolicy(forDocuments);
-    Fetch(request, stop);
+    vo::detail::About(vo::detail::DisplayText(url), [&] { Fetch(request, stop); });
     if (receipt->isUnchanged)
         cache.copyTo(file.path());
     else

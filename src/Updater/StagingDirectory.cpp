@@ -24,8 +24,7 @@ VoByteArray ReadAll(const VoFilePath& path)
     if (expected > LargestChunk)
         throw VoInvalidConversionException("Chunk file is too large: " + path.path());
     VoFileInputByteStream stream(path);
-    if (!stream.isOpen())
-        throw VoCannotOpenFileException(path);
+    stream.requireOpen();
     // One byte more than expected shows that the file has grown; then the buffer doubles.
     VoByteArray bytes(static_cast<std::size_t>(expected) + 1);
     std::size_t count = 0;

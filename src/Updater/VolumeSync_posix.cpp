@@ -1,5 +1,6 @@
 #include <Updater/VolumeSync.h>
 
+#include <Core/Completed.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
 #include <FileSystem/NativePath.h>
@@ -27,9 +28,10 @@ void SyncVolume(const VoDirectoryPath& directory)
     const int code = errno;
     if (descriptor != -1)
         ::close(descriptor);
+    const std::error_code error(code, std::system_category());
     if (!isDone)
-        throw VoFileException("Cannot write to disk: " + VoString(std::system_category().message(code)),
-                              directory.path());
+        throw vo::detail::Because(
+            error, VoFileException("Cannot write to disk: " + VoString(error.message()), directory.path()));
 }
 
 #else

@@ -1,9 +1,9 @@
 #include <Updater/XMLDocument.h>
 
+#include <Core/Completed.h>
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
-#include <Core/VoXMLException.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFilePath.h>
 #include <IO/VoFileDevice.h>
@@ -11,34 +11,15 @@
 #include <Updater/XMLObject.h>
 #include <XML/VoXMLStreamElementWriter.h>
 #include <XML/VoXMLStreamLoader.h>
-#include <XML/VoXMLStreamReader.h>
 #include <XML/VoXMLStreamWriter.h>
 
 namespace vo::updater::detail {
 
 namespace {
 
-// No document of the updater has a document type; entities are the means of most attacks on XML parsers. Only what
-// stands before the root element is read.
-void RequireNoDocumentType(VoIODevice& device)
+void LogFailure(const VoString& name, const VoString& text)
 {
-    VoXMLStreamReader reader(device);
-    for (;;) {
-        switch (reader.next()) {
-        case VoXMLStreamReader::DTD:
-            throw VoInvalidXMLException("Document type declarations are not allowed");
-        case VoXMLStreamReader::StartElement:
-        case VoXMLStreamReader::EndDocument:
-            return;
-        default:
-            break;
-        }
-    }
-}
-
-void LogFailure(const VoFilePath& path, const VoString& text)
-{
-    vo::logging::Logger::Get("updater").error(path.toString() + ": " + text);
+    vo::logging::Logger::Get("updater").error(name + ": " + text);
 }
 
 VoUniquePtr<VoAbstractXMLStreamLoaderObject> Load(VoXMLStreamLoader& loader, const VoFilePath& path)
@@ -46,27 +27,28 @@ VoUniquePtr<VoAbstractXMLStreamLoaderObject> Load(VoXMLStreamLoader& loader, con
     VoFileDevice device(path);
     if (!device.open(VoIODevice::Read))
         throw VoCannotOpenFileException(device);
-    RequireNoDocumentType(device);
-    device.restart();
+    loader.refuseDocumentTypes(); // no document of the updater has one
     return loader.load(device);
 }
 
 } // namespace
 
-VoUniquePtr<VoAbstractXMLStreamLoaderObject> LoadDocument(VoXMLStreamLoader& loader, const VoFilePath& path)
+VoUniquePtr<VoAbstractXMLStreamLoaderObject> LoadDocument(VoXMLStreamLoader& loader, const VoFilePath& path,
+                                                          const VoString& name)
 {
+    const VoString& subject = name.isEmpty() ? path.path() : name;
     try {
-        return Load(loader, path);
+        return vo::detail::About(subject, [&] { return Load(loader, path); });
     } catch (...) {
-        LogFailure(path, CurrentExceptionText());
+        LogFailure(subject, CurrentExceptionText());
         throw;
     }
 }
 
-void FailLoading(const VoFilePath& path, const char* message)
+void FailLoading(const VoString& name, const char* message)
 {
-    LogFailure(path, message);
-    throw VoNullPointerException(message);
+    LogFailure(name, message);
+    throw vo::detail::Completed(VoNullPointerException(message), name, "it is another kind of document");
 }
 
 void WriteDocument(const VoFilePath& path, const VoString& rootName, const XMLObject& root)

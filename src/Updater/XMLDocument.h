@@ -19,12 +19,13 @@ class XMLObject;
 namespace vo::updater::detail {
 
 /// Loads a file by the loader's rules; empty when its root has no rule. Refuses document type declarations with
-/// VoInvalidXMLException. Every failure is logged as an error with the path first (category "updater") and rethrown.
-VOCORE_PRIVATE_EXPORT VoUniquePtr<VoAbstractXMLStreamLoaderObject> LoadDocument(VoXMLStreamLoader& loader,
-                                                                                const VoFilePath& path);
+/// VoDocumentTypeException. Every failure is logged as an error (category "updater") and rethrown; log and exception
+/// are about @p name, which is where a document of another machine came from, and the path when it is empty.
+VOCORE_PRIVATE_EXPORT VoUniquePtr<VoAbstractXMLStreamLoaderObject>
+LoadDocument(VoXMLStreamLoader& loader, const VoFilePath& path, const VoString& name);
 
 /// Logs a document that is well formed but something else than wanted, and throws VoNullPointerException(message).
-[[noreturn]] void FailLoading(const VoFilePath& path, const char* message);
+[[noreturn]] void FailLoading(const VoString& name, const char* message);
 
 /// Writes a document with one root element of the given name, replacing the file atomically.
 VOCORE_PRIVATE_EXPORT void WriteDocument(const VoFilePath& path, const VoString& rootName, const XMLObject& root);

@@ -178,7 +178,7 @@ std::exception_ptr VoXMLStreamWriter::Private::release()
         device.device().close(); // one that was open already is left open by the adapter
         rethrowDeviceFailure();
         if (xml.hasError())
-            throw VoIOException(device.device().lastError());
+            throw VoIOException(device.device());
         return nullptr;
     } catch (...) {
         return std::current_exception();

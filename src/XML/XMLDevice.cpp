@@ -96,7 +96,9 @@ bool XMLDevice::open(QIODevice::OpenMode mode)
 // The device was not asked if it is open already in another mode; then the adapter knows why.
 void XMLDevice::throwNotOpened() const
 {
-    throw VoIOException(m_device->hasError() ? m_device->lastError() : FromQtText(m_adapter->errorString()));
+    if (m_device->hasError())
+        throw VoIOException(*m_device);
+    throw VoIOException(FromQtText(m_adapter->errorString()));
 }
 
 } // namespace vo::detail

@@ -100,7 +100,7 @@ XMLReadEngine::Token XMLReadEngine::next()
         break;
     case QXmlStreamReader::DTD:
         if (m_refusesDocumentTypes)
-            m_qt.raiseError(QStringLiteral("Document type declarations are not allowed"));
+            refuseDocumentType();
         requireSound();
         break;
     case QXmlStreamReader::Invalid:
@@ -201,7 +201,7 @@ void XMLReadEngine::restart()
     closeAll();
     if (!m_device.adapter().seek(0)) {
         m_device.adapter().rethrow();
-        throw VoIOException(m_device.device().lastError());
+        throw VoIOException(m_device.device());
     }
     m_qt.setDevice(&m_device.adapter());
 }
@@ -249,6 +249,13 @@ void XMLReadEngine::fail()
     const VoString error = FromQtText(m_qt.errorString());
     vo::logging::Logger::Get("xml").diagnostic(error + " (" + position() + ")");
     throw VoInvalidXMLException(error);
+}
+
+void XMLReadEngine::refuseDocumentType()
+{
+    const VoDocumentTypeException refusal(m_qt.dtdName().compare(QLatin1String("html"), Qt::CaseInsensitive) == 0);
+    m_qt.raiseError(refusal.message().toQString());
+    throw refusal;
 }
 
 void XMLReadEngine::requireSound()

@@ -100,6 +100,7 @@ public:
 
 private:
     [[noreturn]] void fail();
+    [[noreturn]] void refuseDocumentType();
     void requireSound();
     std::size_t requireFewDeclarations(std::size_t around, const QXmlStreamAttributes& attributes);
     void open();

@@ -251,11 +251,11 @@ TEST_F(PackageDocuments, DocumentTypesAreRefused)
           std::string("<?xml version=\"1.0\"?><!-- c --><?pi?>\n<!DOCTYPE packages SYSTEM \"file:///etc/passwd\">")}) {
         SCOPED_TRACE(prolog);
         WriteBytes(file("d.xml"), prolog + root);
-        EXPECT_THROW_MSG(AdvertisedPackages::Open(file("d.xml")), VoInvalidXMLException,
+        EXPECT_THROW_MSG(AdvertisedPackages::Open(file("d.xml")), VoDocumentTypeException,
                          "Document type declarations are not allowed");
-        EXPECT_THROW_MSG(AdvertisedPackageListing::Open(file("d.xml")), VoInvalidXMLException,
+        EXPECT_THROW_MSG(AdvertisedPackageListing::Open(file("d.xml")), VoDocumentTypeException,
                          "Document type declarations are not allowed");
-        EXPECT_THROW_MSG(InstalledPackageListing::Open(file("d.xml")), VoInvalidXMLException,
+        EXPECT_THROW_MSG(InstalledPackageListing::Open(file("d.xml")), VoDocumentTypeException,
                          "Document type declarations are not allowed");
     }
 }

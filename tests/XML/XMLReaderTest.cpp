@@ -576,7 +576,7 @@ TEST(StreamXMLReaderTypes, DocumentTypesAreRefusedOnRequest)
     const char* message = "Document type declarations are not allowed";
     VoStringDevice device("<!DOCTYPE a [<!ENTITY e 'x'>]><a>&e;</a>");
     VoStreamXMLReader strict(device, VoStreamXMLReader::DocumentTypes::Refuse);
-    EXPECT_THROW_MSG(strict.nextElement(), VoInvalidXMLException, message);
+    EXPECT_THROW_MSG(strict.nextElement(), VoDocumentTypeException, message);
     EXPECT_THROW_MSG(strict.nextElement(), VoInvalidXMLException, message);
     EXPECT_THROW_MSG(strict.currentElement(), VoNullXMLStreamElementException, "Null XML stream element");
 }

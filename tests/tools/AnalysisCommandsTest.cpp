@@ -51,18 +51,6 @@ TEST_F(AnalysisCommands, lpEndsWithACodeOfItsOwnUnlessTheAnswerIsProven)
     EXPECT_FALSE(voJson("lp @sample.lp --iterations 0", 7)[QStringLiteral("found")].toBool());
 }
 
-TEST_F(AnalysisCommands, lpSaysWhyItRefusesAProblem)
-{
-    write("equation.lp", "max x\nst\nx = 1\nend");
-    const Outcome refused = vo("lp @equation.lp");
-    EXPECT_EQ(refused.code, 1);
-    EXPECT_NE(refused.err.find("Line 3: Only \"<=\" constraints fit the solver"), std::string::npos) << refused;
-    write("unbounded.lp", "max x st - x <= 1 end");
-    EXPECT_EQ(vo("lp @unbounded.lp").code, 1);
-    EXPECT_EQ(vo("lp @missing.lp").code, 1);
-    EXPECT_EQ(vo("lp @equation.lp --iterations -1").code, 2);
-}
-
 TEST_F(AnalysisCommands, reportWritesThePageOfEachKind)
 {
     using Analysis = XMLReportHeader::Analysis;
@@ -75,27 +63,15 @@ TEST_F(AnalysisCommands, reportWritesThePageOfEachKind)
         EXPECT_EQ(done[QStringLiteral("cases")].toInt(), 3);
         EXPECT_TRUE(read("page.html").contains((std::string("<title>") + title + "</title>").c_str())) << kind;
     }
+    EXPECT_EQ(vo("report sensitivity @results.xml @other.html").err,
+              "vo: " + text("results.xml") + " holds the results of another analysis: worstcase\n");
+    EXPECT_FALSE(exists("other.html"));
     write("own.css", "td { color: red }");
     writeResults("results.xml", Analysis::Sensitivity);
     EXPECT_EQ(vo("report sensitivity @results.xml @page.html --style @own.css --sort 2").code, 0);
     const QByteArray page = read("page.html");
     EXPECT_TRUE(page.contains("<style>\ntd { color: red }</style>"));
     EXPECT_LT(page.indexOf("<td rowspan=\"1\">3</td>"), page.indexOf("<td rowspan=\"1\">Nominal</td>"));
-}
-
-TEST_F(AnalysisCommands, reportRefusesWhatDoesNotFit)
-{
-    writeResults("results.xml", XMLReportHeader::Analysis::WorstCase);
-    EXPECT_EQ(vo("report sensitivity @results.xml @page.html").code, 1) << "another analysis";
-    EXPECT_EQ(vo("report noise @results.xml @page.html").code, 2);
-    EXPECT_EQ(vo("report worstcase @results.xml @page.html --sort 1").code, 2);
-    EXPECT_EQ(vo("report worstcase @missing.xml @page.html").code, 1);
-    EXPECT_FALSE(exists("page.html"));
-    write("results.xml", "<results>");
-    const Outcome damaged = vo("report worstcase @results.xml @page.html");
-    EXPECT_EQ(damaged.code, 1);
-    EXPECT_NE(damaged.err.find("results.xml: "), std::string::npos) << damaged;
-    EXPECT_EQ(vo("report worstcase @results.xml @missing/page.html").code, 1);
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 #include <Documents/VoZipFile.h>
 #include <FileSystem/NativePath.h>
 
-#include <QtCore/QDir>
 #include <QtCore/QJsonArray>
 
 namespace {
@@ -84,43 +83,6 @@ TEST_F(TableTool, showAlignsColumnsAndHidesControlCharacters)
                            std::string(39, 'w') + "\xe2\x80\xa6\n");
     const QJsonArray rows = voJson("table --show @in.csv")[QStringLiteral("rows")].toArray();
     EXPECT_EQ(rows.at(1).toObject()[QStringLiteral("cells")].toArray().at(1).toString(), QStringLiteral("1.5"));
-}
-
-TEST_F(TableTool, whatCannotBeDoneLeavesTheOldFile)
-{
-    write("out.xlsx", "old");
-    write("bad.csv", "a\n\"b\n");
-    write("wide.csv", QByteArray(16384, ','));
-    write("a.csv", "1\n");
-    write("latin.csv", "a\n\xc3\xa9\xe9\n");
-    struct
-    {
-        const char* arguments;
-        int code;
-        const char* message;
-    } const rows[] = {
-        {"table @bad.csv @out.xlsx", 1, "bad.csv: Unterminated quoted field in CSV at row 2"},
-        {"table @latin.csv @out.xlsx", 1, "latin.csv: Invalid UTF-8 in CSV at line 2, column 2; --encoding names"},
-        {"table --encoding koi8-r @a.csv @out.xlsx", 2, "--encoding: \"koi8-r\""},
-        {"table --decimal-comma @a.csv @out.xlsx", 2, "--decimal-comma needs a --separator"},
-        {"table @wide.csv @out.xlsx", 1, "wide.csv, row 1: Cell lies outside the limits of a worksheet"},
-        {"table @missing.csv @out.xlsx", 1, "missing.csv"},
-        {"table @a.csv --sheet x/y @out.xlsx", 1, "Invalid document name: x/y"},
-        {"table @a.csv @out.pdf", 2, "the output must end with .xlsx, .xml or .csv"},
-        {"table @a.csv @a.csv @out.xml", 2, "several files need an output with several sheets"},
-        {"table @a.csv @a.csv --sheet x @out.xlsx", 2, "--sheet names one sheet"},
-        {"table @a.csv", 2, "an input and an output file are needed"},
-        {"table --show @a.csv @a.csv", 2, "--show takes one file"},
-        {"table --header -1 @a.csv @out.xlsx", 2, "--header"},
-        {"table --separator \" @a.csv @out.xlsx", 2, "--separator"},
-    };
-    for (const auto& row : rows) {
-        const Outcome run = vo(row.arguments);
-        EXPECT_EQ(run.code, row.code) << row.arguments << '\n' << run;
-        EXPECT_TRUE(contains(run.err, row.message)) << row.arguments << '\n' << run;
-    }
-    EXPECT_EQ(read("out.xlsx").toStdString(), "old");
-    EXPECT_EQ(QDir(path("")).entryList({QStringLiteral("*out*")}, QDir::AllEntries | QDir::Hidden).size(), 1);
 }
 
 TEST(TableToolNames, aFilesNameBecomesASheetName)

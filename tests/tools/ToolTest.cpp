@@ -482,27 +482,6 @@ TEST_F(Tool, publishingTakesNothingAwayUnasked)
     EXPECT_TRUE(tree("app") == expected);
 }
 
-TEST_F(Tool, anEmptyFolderIsNotPublished)
-{
-    ASSERT_TRUE(QDir().mkpath(path("empty")));
-    EXPECT_EQ(vo("publish @empty --to @pub/declarations.xml --name N --release 1").code, 1);
-    EXPECT_EQ(vo("publish @missing --to @pub/declarations.xml --name N --release 1").code, 1);
-    EXPECT_FALSE(exists("pub"));
-}
-
-TEST_F(Tool, whatIsNoDocumentIsNamed)
-{
-    write("no.xml", "no document");
-    write("source/file", "a");
-    for (const char* arguments : {"show @no.xml", "releases @no.xml", "plan @no.xml --to @app",
-                                  "install @no.xml --to @app", "verify-release @no.xml --source @source"}) {
-        const Outcome run = vo(arguments);
-        EXPECT_EQ(run.code, 1) << arguments;
-        EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run;
-        EXPECT_NE(run.err.find("no.xml: Start tag expected."), std::string::npos) << run;
-    }
-}
-
 #if !defined(_WIN32)
 
 namespace {

@@ -1,5 +1,4 @@
 #include <VoTestSupport.h>
-#include <vo/Program.h>
 #include <vo/Values.h>
 
 using namespace vo::tool;
@@ -61,16 +60,4 @@ TEST(ParseRelease, refusesWhatIsNoNumber)
     for (const char* text : {"", ".", "1.", ".1", "1..2", "-1.2.3", "1.-2.3", "1.2.3.4.5", "v1", "1.2.x", " 1", "1.2 ",
                              "2147483648", "99999999999.1"})
         EXPECT_FALSE(ParseRelease(text)) << text;
-}
-
-TEST(IsRefusal, knowsTheTextsOfRefusedDocuments)
-{
-    for (const char* text :
-         {"Invalid target path: ..\\x", "Installation failed: Invalid target path: ..\\x", "Invalid chunk path: a:b",
-          "Invalid identifier: packages", "Installation failed: Invalid package definition: duplicate file ID",
-          "Invalid definition path: \\x", "Document type declarations are not allowed"})
-        EXPECT_TRUE(IsRefusal(text)) << text;
-    for (const char* text : {"", "Installation failed", "Installation failed: File checksum does not match for: \\x",
-                             "Invalid path: \\x", "see Invalid target path: x"})
-        EXPECT_FALSE(IsRefusal(text)) << text;
 }

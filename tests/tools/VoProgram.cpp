@@ -61,13 +61,23 @@ QStringList VoProgram::words(const std::string& arguments) const
     return words;
 }
 
-Outcome VoProgram::vo(const QStringList& arguments)
+Outcome VoProgram::run(const QString& program, const QStringList& arguments)
 {
     QProcess process;
     process.setProcessEnvironment(environment());
     process.setWorkingDirectory(path("."));
-    process.start(QStringLiteral(VO_PROGRAM), arguments);
+    process.start(program, arguments);
     return finished(process);
+}
+
+Outcome VoProgram::vo(const QStringList& arguments)
+{
+    return run(QStringLiteral(VO_PROGRAM), arguments);
+}
+
+Outcome VoProgram::voBehind(const QStringList& command, const std::string& arguments)
+{
+    return run(command.first(), command.mid(1) + QStringList(QStringLiteral(VO_PROGRAM)) + words(arguments));
 }
 
 Outcome VoProgram::vo(const std::string& arguments)

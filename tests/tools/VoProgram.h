@@ -40,6 +40,8 @@ protected:
     Outcome vo(const std::string& arguments);
     Outcome vo(const QStringList& arguments);
     /// @}
+    /// Runs it by another program, whose last arguments are the program's path and the arguments.
+    Outcome voBehind(const QStringList& command, const std::string& arguments);
     /// Runs it with --json and -q, expects the exit code, and returns the document.
     QJsonObject voJson(const std::string& arguments, int expectedCode = 0);
     /// Starts it and calls @p act once with the running process as soon as @p lines lines have come on standard error;
@@ -63,6 +65,7 @@ protected:
 
 private:
     QProcessEnvironment environment() const;
+    Outcome run(const QString& program, const QStringList& arguments);
     QStringList words(const std::string& arguments) const;
 
     QTemporaryDir m_scratch;

@@ -44,18 +44,11 @@ TEST_F(ZipTool, hostileArchivesAreListedButRefusedAsUnsafe)
     EXPECT_FALSE(exists("out"));
 }
 
-TEST_F(ZipTool, wrongUsesAndFailuresHaveTheirCodes)
+TEST_F(ZipTool, aDamagedArchiveLeavesNothing)
 {
     writeArchive({{"a", "0123456789", 0, 0, -1, 1}});
-    const std::pair<const char*, int> rows[] = {
-        {"unzip @a.zip", 2},          {"unzip --list @a.zip @out", 2}, {"zip @a.zip", 2},
-        {"zip @b.zip @missing", 1},   {"unzip @missing.zip @out", 1},  {"unzip --list @missing.zip", 1},
-        {"unzip @a.zip @damaged", 1},
-    };
-    for (const auto& [arguments, code] : rows)
-        EXPECT_EQ(vo(std::string(arguments)).code, code) << arguments;
+    EXPECT_EQ(vo("unzip @a.zip @damaged").code, 1);
     write("no.zip", "PK\3\4junk");
-    EXPECT_EQ(vo("unzip @no.zip @out").err.rfind("vo: Zip archive is not complete: ", 0), 0U);
-    EXPECT_FALSE(exists("b.zip"));
+    EXPECT_EQ(vo("unzip @no.zip @out").err, "vo: cannot unzip " + text("no.zip") + ": Zip archive is not complete\n");
     EXPECT_TRUE(tree("damaged").empty());
 }

@@ -141,6 +141,24 @@ void Arguments::checkCount() const
         throw UsageError("an argument is empty" + usage);
 }
 
+VoString Arguments::CommandOf(const QStringList& arguments)
+{
+    return VoString(commandName(QStringList(QStringLiteral("vo")) + arguments));
+}
+
+std::string Arguments::typedName(const std::string& path) const
+{
+    const auto means = [&](const VoString& typed) {
+        return !typed.isEmpty() && !typed.contains("://") && path == AbsoluteText(typed.toStdString());
+    };
+    const auto argument = std::find_if(m_positional.begin(), m_positional.end(), means);
+    if (argument != m_positional.end())
+        return argument->toStdString();
+    const auto option =
+        std::find_if(m_given.begin(), m_given.end(), [&](const Given& given) { return means(given.value); });
+    return option != m_given.end() ? option->value.toStdString() : path;
+}
+
 bool Arguments::has(const char* option) const
 {
     return std::any_of(m_given.begin(), m_given.end(), [option](const Given& given) { return given.name == option; });

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 class QStringList;
@@ -22,6 +23,9 @@ namespace vo::tool {
 class Arguments
 {
 public:
+    /// The command that a line means, also where the line is wrong otherwise; empty when it names none.
+    static VoString CommandOf(const QStringList& arguments);
+
     /// Finds the command and its options. Throws UsageError for an unknown command or option (naming the nearest one),
     /// a missing or superfluous value, an option given twice that is not repeatable, and a wrong number of arguments.
     explicit Arguments(const QStringList& arguments);
@@ -44,6 +48,9 @@ public:
     std::optional<VoDirectoryPath> directory(const char* option) const;
     std::optional<Location> location(const char* option) const;
     /// @}
+
+    /// A file or folder, given as NativeText() writes it, as it was typed where the user named it; else as it is.
+    std::string typedName(const std::string& path) const;
 
     std::size_t count() const { return m_positional.size(); } ///< Arguments that are no options.
     const VoString& argument(std::size_t index) const { return m_positional.at(index); }

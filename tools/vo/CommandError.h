@@ -5,6 +5,7 @@
 #include <Core/VoString.h>
 
 #include <utility>
+#include <vector>
 
 namespace vo::tool {
 
@@ -13,6 +14,8 @@ struct CommandError
 {
     ExitCode code;
     VoString text; ///< One line, without the program's name.
+    /// What the library logs of the same failure holds one of these texts.
+    std::vector<VoString> tells{};
 };
 
 /// The command line is not one that can be carried out; the text names the option and its value.

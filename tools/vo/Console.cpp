@@ -128,6 +128,19 @@ void Console::error(const VoString& text)
     message(text);
 }
 
+void Console::error(const CommandError& failure)
+{
+    error(failure.text);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_told.insert(m_told.end(), failure.tells.begin(), failure.tells.end());
+}
+
+bool Console::hasTold(const VoString& logged)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return std::any_of(m_told.begin(), m_told.end(), [&](const VoString& text) { return logged.contains(text); });
+}
+
 void Console::progress(const VoString& label, ProgressLine::Unit unit, std::uint64_t done, std::uint64_t total)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);

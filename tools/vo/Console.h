@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CommandError.h"
 #include "ExitCode.h"
 #include "Json.h"
 #include "ProgressLine.h"
@@ -13,6 +14,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 namespace vo::tool {
 
@@ -71,10 +73,14 @@ public:
     /// @}
 
     /// @{ Messages, each a line that begins with the program's name.
-    void note(const VoString& text);   ///< Nothing with --quiet.
-    void detail(const VoString& text); ///< With --verbose only.
-    void error(const VoString& text);  ///< Always.
+    void note(const VoString& text);         ///< Nothing with --quiet.
+    void detail(const VoString& text);       ///< With --verbose only.
+    void error(const VoString& text);        ///< Always.
+    void error(const CommandError& failure); ///< Always; hasTold() knows what it tells.
     /// @}
+
+    /// Whether a text that the library logged says what an error has told.
+    bool hasTold(const VoString& logged);
 
     /// Draws how far the work is; a new label begins a new line.
     void progress(const VoString& label, ProgressLine::Unit unit, std::uint64_t done, std::uint64_t total);
@@ -95,6 +101,7 @@ private:
     JsonRecord m_document;
     std::map<QString, QJsonArray> m_lists;
     VoString m_error;
+    std::vector<VoString> m_told; ///< What logged texts hold that say the same as errors.
     std::optional<ProgressLine> m_line;
     std::size_t m_drawn = 0; ///< Columns that the progress line covers.
     VoTimePoint m_drawnAt;

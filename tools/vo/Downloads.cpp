@@ -25,7 +25,7 @@ void trust(const VoFilePath& authorities)
     const VoString name = PathText(authorities);
     QFile file(QString::fromUtf8(name.c_str()));
     if (!file.open(QIODevice::ReadOnly))
-        throw UsageError("option --ca-file: \"" + name + "\" cannot be read");
+        throw UsageError("option --ca-file: \"" + name + "\" cannot be read: " + VoString(file.errorString()));
     const QList<QSslCertificate> certificates = QSslCertificate::fromDevice(&file, QSsl::Pem);
     if (certificates.isEmpty())
         throw UsageError("option --ca-file: \"" + name + "\" holds no certificate");

@@ -2,12 +2,13 @@
 
 #include "CommandError.h"
 #include "Downloads.h"
+#include "Failures.h"
+#include "InstalledChoice.h"
 #include "Paths.h"
 #include "PlanView.h"
 #include "Session.h"
 #include "SourceRecord.h"
 
-#include <Core/VoFileException.h>
 #include <Updater/InstalledPackages.h>
 
 namespace vo::tool {
@@ -21,11 +22,9 @@ VoDirectoryPath installationDirectory(const Session& session, const VoUUID& pack
 {
     if (const auto directory = session.arguments.directory("to"))
         return *directory;
-    try {
-        return InstalledPackages::Package(packageID)->installationDirectory();
-    } catch (const VoFileNotFoundException&) {
+    if (!HasListing(packageID))
         throw UsageError("option --to is missing: the package is not installed anywhere yet");
-    }
+    return InstalledPackages::Package(packageID)->installationDirectory();
 }
 
 } // namespace
@@ -63,7 +62,9 @@ InstallJob PrepareInstall(const Session& session)
     job.definition = release.definition;
     job.directory = installationDirectory(session, release.package->packageID());
     job.package = std::move(release.package);
-    job.plan = InstalledPackages::Plan(*job.package, job.directory, OptionsOfInstalling(session));
+    job.plan = Doing(session.arguments, "install to", NameOf(session.arguments, job.directory), [&] {
+        return InstalledPackages::Plan(*job.package, job.directory, OptionsOfInstalling(session));
+    });
     return job;
 }
 

@@ -3,6 +3,9 @@
 #include "CommandError.h"
 
 #include <Core/VoException.h>
+#include <FileSystem/SafePath.h>
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/VoFileSystem.h>
 #include <Updater/InstalledPackages.h>
 
 #include <vector>
@@ -18,6 +21,20 @@ bool IsInstalled(const VoUUID& packageID)
             return true;
     }
     return false;
+}
+
+bool HasListing(const VoUUID& packageID)
+{
+    return detail::SafeName(packageID.toString()) &&
+           VoFileSystem::Exists(InstalledPackages::InstalledPackageListingPath(packageID));
+}
+
+VoUUID RequireInstalled(const VoString& text)
+{
+    const VoUUID packageID = ChooseInstalled(text);
+    if (!IsInstalled(packageID) && !HasListing(packageID))
+        throw Failure("\"" + text + "\" is not installed; see vo installed");
+    return packageID;
 }
 
 VoUUID ChooseInstalled(const VoString& text)

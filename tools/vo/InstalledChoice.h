@@ -10,7 +10,12 @@ namespace vo::tool {
 /// installed is taken for an ID. Throws UsageError when several packages have the name.
 VoUUID ChooseInstalled(const VoString& text);
 
+/// As ChooseInstalled(); throws Failure for a text that names nothing installed.
+VoUUID RequireInstalled(const VoString& text);
+
 /// Whether the registry has an entry of the package.
 bool IsInstalled(const VoUUID& packageID);
+/// Whether there is a listing of the package, as an installation that was not recorded to its end leaves one, too.
+bool HasListing(const VoUUID& packageID);
 
 } // namespace vo::tool

@@ -5,7 +5,10 @@
 #include <Core/VoException.h>
 #include <FileSystem/NativePath.h>
 
+#include <algorithm>
+#include <exception>
 #include <filesystem>
+#include <utility>
 
 namespace vo::tool {
 namespace {
@@ -29,6 +32,13 @@ auto typedPath(const VoString& source, const VoString& text, Make make)
     }
 }
 
+std::string withoutEnd(std::string text)
+{
+    if (text.size() > 1 && (text.back() == '/' || text.back() == '\\'))
+        text.pop_back();
+    return text;
+}
+
 } // namespace
 
 VoFilePath TypedFile(const VoString& source, const VoString& text)
@@ -41,6 +51,23 @@ VoDirectoryPath TypedDirectory(const VoString& source, const VoString& text)
     return typedPath(source, text, [](const VoFilePath& path) { return VoDirectoryPath::FromText(path.path()); });
 }
 
+std::string NativeText(const std::string& path)
+{
+    std::string text = path;
+    if constexpr (std::filesystem::path::preferred_separator == '/')
+        std::replace(text.begin(), text.end(), '\\', '/');
+    return withoutEnd(std::move(text));
+}
+
+std::string AbsoluteText(const std::string& typed)
+{
+    try {
+        return withoutEnd(std::filesystem::absolute(std::filesystem::u8path(typed)).lexically_normal().u8string());
+    } catch (const std::exception&) {
+        return typed;
+    }
+}
+
 VoString PathText(const VoFilePath& path)
 {
     return VoString(vo::detail::ToNative(path).u8string());
@@ -48,10 +75,7 @@ VoString PathText(const VoFilePath& path)
 
 VoString PathText(const VoDirectoryPath& path)
 {
-    std::string text = vo::detail::ToNative(path).u8string();
-    if (text.size() > 1 && (text.back() == '/' || text.back() == '\\'))
-        text.pop_back();
-    return VoString(std::move(text));
+    return VoString(withoutEnd(vo::detail::ToNative(path).u8string()));
 }
 
 VoString PathTextBelow(const VoDirectoryPath& directory, const VoFilePath& path)

@@ -3,6 +3,8 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 
+#include <string>
+
 /// @file
 /// Paths between people and the library: typed ones are relative to the current directory and use the system's
 /// separator.
@@ -13,6 +15,12 @@ namespace vo::tool {
 /// that cannot be a path.
 VoFilePath TypedFile(const VoString& source, const VoString& text);
 VoDirectoryPath TypedDirectory(const VoString& source, const VoString& text);
+/// @}
+
+/// @{ Texts of paths for messages, which must not fail: what can be no path stays as it is. Without a separator at the
+/// end. The one makes a path of this system of one of the library, the other a typed one absolute.
+std::string NativeText(const std::string& path);
+std::string AbsoluteText(const std::string& typed);
 /// @}
 
 /// @{ The path as this system writes it.

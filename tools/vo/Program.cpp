@@ -2,35 +2,26 @@
 
 #include "CommandError.h"
 #include "Downloads.h"
+#include "Failures.h"
 #include "Help.h"
 #include "Interrupt.h"
-#include "Paths.h"
 #include "Session.h"
 #include "Terminal.h"
 
-#include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
-#include <Core/VoFileException.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoReceiver.h>
-#include <Updater/VoInstallationFailedException.h>
 #include <Updater/VoUpdater.h>
 
 #include <QtCore/QStringList>
 
 #include <algorithm>
+#include <exception>
 #include <mutex>
 #include <vector>
 
 namespace vo::tool {
 namespace {
-
-const VoString installationFailed = "Installation failed: ";
-
-VoString causeOf(const VoString& text)
-{
-    return text.startsWith(installationFailed) ? text.substring(installationFailed.size()).toString() : text;
-}
 
 bool wantsProgress(const Arguments& arguments)
 {
@@ -66,9 +57,10 @@ public:
 
     void show(const logging::Record& record)
     {
-        const VoString text = record.category + ": " + record.text;
+        const VoString text = record.category + ": " + TextOfLibrary(record.text);
         // What downloads warn of is shown by the policy's listener, or ends in the failure.
-        if (record.level < logging::Level::Warning || record.category == "download")
+        // What is logged while an exception is on its way is a consequence of what will be told.
+        if (record.level < logging::Level::Warning || record.category == "download" || std::uncaught_exceptions() > 0)
             m_console.detail(text);
         else if (record.level == logging::Level::Warning)
             m_console.note("warning: " + text);
@@ -76,33 +68,22 @@ public:
             keep(record.text);
     }
 
-    /// Shows the errors that @p failure does not repeat.
-    void showErrors(const VoString& failure)
+    /// Shows the errors that nobody has told.
+    void showErrors()
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        const VoString cause = causeOf(failure);
         for (const VoString& text : m_errors) {
-            if (cause.isEmpty() || !text.contains(cause))
-                m_console.note("error: " + text);
+            if (!m_console.hasTold(text))
+                m_console.note("error: " + TextOfLibrary(text));
         }
         m_errors.clear();
-    }
-
-    /// A failure as it was logged, where that begins with the document that it is about; what is thrown does not tell.
-    VoString withPlace(const VoString& failure)
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        const auto logged = std::find_if(m_errors.begin(), m_errors.end(), [&](const VoString& text) {
-            return text.endsWith(": " + failure, VoString::CaseSensitive);
-        });
-        return logged == m_errors.end() ? failure : *logged;
     }
 
 private:
     void keep(const VoString& text)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_errors.size() < MostErrors)
+        if (m_errors.size() < MostErrors && std::find(m_errors.begin(), m_errors.end(), text) == m_errors.end())
             m_errors.push_back(text);
     }
 
@@ -113,44 +94,17 @@ private:
     std::vector<VoString> m_errors;
 };
 
-/// The text of the exception that is being handled, with the file concerned where the text does not name it.
-VoString textOfCurrentException()
-{
-    const VoString text = CurrentExceptionText();
-    try {
-        throw;
-    } catch (const VoFileException& exception) {
-        const VoFilePath& file = exception.path1();
-        if (file.isNull() || text.contains(file.path()) || text.contains(PathText(file)))
-            return text;
-        return text.endsWith(": ") ? text + PathText(file) : text + ": " + PathText(file);
-    } catch (...) {
-        return text;
-    }
-}
-
 /// Runs the command and turns whatever it throws into a message and a code.
 ExitCode guarded(const Command& command, Session& session, LogView& log)
 {
-    Console& console = session.console;
     try {
-        const ExitCode code = command.run(session);
-        log.showErrors("");
+        const ExitCode code = Doing(session.arguments, "", "", [&] { return command.run(session); });
+        log.showErrors();
         return code;
     } catch (const CommandError& failure) {
-        log.showErrors("");
-        console.error(failure.text);
+        session.console.error(failure);
+        log.showErrors();
         return failure.code;
-    } catch (...) {
-        const VoString text = textOfCurrentException();
-        const ExitCode code = CodeOfCurrentException();
-        const VoString message = log.withPlace(text);
-        log.showErrors(text);
-        if (code == ExitCode::Cancelled)
-            console.error("stopped as asked; nothing is left half-written, and the same command goes on from here");
-        else
-            console.error(message);
-        return code;
     }
 }
 
@@ -172,52 +126,17 @@ ExitCode runCommand(const Arguments& arguments, Console& console)
     return console.finish(command.name, guarded(command, session, log));
 }
 
-ExitCode refuseUsage(const VoString& text, bool json)
+/// Ends a run that did not come to its command.
+ExitCode refuse(const CommandError& error, const QStringList& texts)
 {
     Console::Settings settings;
-    settings.json = json;
+    settings.json = texts.contains(QStringLiteral("--json"));
     Console console(settings);
-    console.error(text);
-    return console.finish("", ExitCode::WrongUsage);
+    console.error(error.text);
+    return console.finish(Arguments::CommandOf(texts), error.code);
 }
 
 } // namespace
-
-bool IsRefusal(const VoString& text)
-{
-    static const char* const beginnings[] = {
-        "Invalid target path: ",
-        "Invalid chunk path: ",
-        "Invalid definition path: ",
-        "Invalid package definition: ",
-        "Invalid identifier: ",
-        "Document type declarations are not allowed",
-        "Invalid path in zip archive: ",
-        "Overlapping entries in zip archive: ",
-        "File belongs to another package: ",
-        "File belongs to no package: ",
-        "Package is installed in another directory: ",
-        "Release is older than the installed one: ",
-    };
-    const VoString cause = causeOf(text);
-    return std::any_of(std::begin(beginnings), std::end(beginnings),
-                       [&](const char* beginning) { return cause.startsWith(beginning); });
-}
-
-ExitCode CodeOfCurrentException()
-{
-    try {
-        throw;
-    } catch (const VoUserCancelledException&) {
-        return ExitCode::Cancelled;
-    } catch (const VoException& exception) {
-        if (causeOf(exception.message()) == VoUserCancelledException().message())
-            return ExitCode::Cancelled;
-        return IsRefusal(exception.message()) ? ExitCode::Unsafe : ExitCode::Failed;
-    } catch (...) {
-        return ExitCode::Failed;
-    }
-}
 
 ExitCode RunProgram(const QStringList& texts)
 {
@@ -231,11 +150,10 @@ ExitCode RunProgram(const QStringList& texts)
             throw UsageError("no command is given; see vo help");
         Console console(settingsOf(arguments));
         return runCommand(arguments, console);
-    } catch (const UsageError& error) {
-        return refuseUsage(error.text, texts.contains(QStringLiteral("--json")));
+    } catch (const CommandError& error) {
+        return refuse(error, texts);
     } catch (...) {
-        Console(Console::Settings()).error(CurrentExceptionText());
-        return ExitCode::Failed;
+        return refuse(Failure(CurrentExceptionText()), texts);
     }
 }
 

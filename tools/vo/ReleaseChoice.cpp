@@ -1,6 +1,7 @@
 #include "ReleaseChoice.h"
 
 #include "CommandError.h"
+#include "Failures.h"
 #include "Session.h"
 
 #include <Core/VoException.h>
@@ -81,16 +82,20 @@ const Declaration& ChooseRelease(const AdvertisedPackages& declared, const VoUUI
 
 VoUniquePtr<AdvertisedPackages> ReadDeclarations(const Session& session, const Location& location)
 {
-    if (const VoUrl* url = std::get_if<VoUrl>(&location))
-        return AdvertisedPackages::Open(*url, session.stop, session.downloads);
-    return AdvertisedPackages::Open(std::get<VoFilePath>(location));
+    return Doing(session.arguments, "read", NameOf(session.arguments, location), [&] {
+        if (const VoUrl* url = std::get_if<VoUrl>(&location))
+            return AdvertisedPackages::Open(*url, session.stop, session.downloads);
+        return AdvertisedPackages::Open(std::get<VoFilePath>(location));
+    });
 }
 
 VoUniquePtr<AdvertisedPackageListing> ReadDefinition(const Session& session, const Location& location)
 {
-    if (const VoUrl* url = std::get_if<VoUrl>(&location))
-        return AdvertisedPackageListing::Open(*url, session.stop, session.downloads);
-    return AdvertisedPackageListing::Open(std::get<VoFilePath>(location));
+    return Doing(session.arguments, "read", NameOf(session.arguments, location), [&] {
+        if (const VoUrl* url = std::get_if<VoUrl>(&location))
+            return AdvertisedPackageListing::Open(*url, session.stop, session.downloads);
+        return AdvertisedPackageListing::Open(std::get<VoFilePath>(location));
+    });
 }
 
 Location DefinitionLocation(const Declaration& declaration, const Location& declarations)
@@ -104,7 +109,7 @@ VoUniquePtr<AdvertisedPackages> OpenDeclarations(const Session& session, const L
 {
     VoUniquePtr<AdvertisedPackages> declared = ReadDeclarations(session, location);
     if (!declared)
-        throw Failure("\"" + LocationText(location) + "\" is not a declarations file");
+        throw Failure(NameOf(session.arguments, location) + " is not a declarations file");
     return declared;
 }
 
@@ -124,8 +129,8 @@ ChosenRelease OpenChosenRelease(const Session& session)
     ChosenRelease chosen{definition, ReadDefinition(session, definition)};
     if (!(chosen.package->packageID() == declaration.packageID()) ||
         !(chosen.package->versionID() == declaration.versionID()))
-        throw VoValidationException("Invalid package definition: not the declared release: " +
-                                    LocationText(definition));
+        throw CommandError{ExitCode::Unsafe,
+                           "Invalid package definition: not the declared release: " + NameOf(arguments, definition)};
     return chosen;
 }
 

@@ -32,15 +32,15 @@ const updater::AdvertisedPackages::Declaration& ChooseRelease(const updater::Adv
                                                               const std::optional<ReleaseNumber>& wanted);
 
 /// Opens the release that the first argument (a declarations or definition document) and the options --package and
-/// --release name. Throws what reading throws, and VoValidationException for a declarations file that leads to a
-/// definition outside its directory or of another release.
+/// --release name. Throws what reading throws, VoValidationException for a declarations file that leads to a definition
+/// outside its directory, and CommandError with ExitCode::Unsafe when it leads to that of another release.
 ChosenRelease OpenChosenRelease(const Session& session);
 
 /// Opens declarations. Throws Failure when it is a document of another kind.
 VoUniquePtr<updater::AdvertisedPackages> OpenDeclarations(const Session& session, const Location& location);
 
-/// @{ Read a document where it stands; what is on a server is fetched as the command line says. Throw what reading and
-/// fetching throw; the first returns an empty pointer for a document of another kind.
+/// @{ Read a document where it stands; what is on a server is fetched as the command line says. Throw
+/// CommandError; the first returns an empty pointer for a document of another kind.
 VoUniquePtr<updater::AdvertisedPackages> ReadDeclarations(const Session& session, const Location& location);
 VoUniquePtr<updater::AdvertisedPackageListing> ReadDefinition(const Session& session, const Location& location);
 /// @}

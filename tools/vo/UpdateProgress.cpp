@@ -1,6 +1,7 @@
 #include "UpdateProgress.h"
 
 #include "Console.h"
+#include "Failures.h"
 
 namespace vo::tool {
 
@@ -38,7 +39,7 @@ void ShowUpdateMessage(Console& console, const VoSharedPtr<AbstractMessage>& mes
         return;
     const auto* update = dynamic_cast<const AbstractUpdateMessage*>(message.get());
     if (update != nullptr && !update->message().isEmpty())
-        console.detail(update->message());
+        console.detail(TextOfLibrary(update->message()));
 }
 
 } // namespace vo::tool

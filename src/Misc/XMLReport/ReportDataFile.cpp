@@ -1,5 +1,6 @@
 #include <Misc/XMLReport/ReportDataFile.h>
 
+#include <Core/Completed.h>
 #include <Core/NumberText.h>
 #include <Core/VoBase64.h>
 #include <Core/VoFileException.h>
@@ -284,7 +285,7 @@ void RequireFile(const VoFilePath& file)
     if (error == std::errc::no_such_file_or_directory)
         throw VoFileNotFoundException(file);
     if (!opened.isOpen())
-        throw VoCannotOpenFileException(file);
+        throw vo::detail::Because(error, VoCannotOpenFileException(file));
 }
 
 } // namespace

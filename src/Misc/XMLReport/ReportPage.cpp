@@ -1,5 +1,6 @@
 #include <Misc/XMLReport/ReportPage.h>
 
+#include <Core/Completed.h>
 #include <Core/NumberText.h>
 #include <Core/VoException.h>
 #include <Core/VoFileException.h>
@@ -13,9 +14,11 @@
 #include <QtCore/QVector>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace vo::detail {
@@ -61,8 +64,11 @@ void RequireWritable(const VoFilePath& file)
     const auto status = std::filesystem::status(native, error);
     if (status.type() == std::filesystem::file_type::not_found)
         return;
+    if (status.type() == std::filesystem::file_type::directory)
+        throw Because(std::make_error_code(std::errc::is_a_directory), VoCannotOpenFileException(file));
+    errno = 0;
     if (status.type() != std::filesystem::file_type::regular || !std::ofstream(native, std::ios::app).is_open())
-        throw VoCannotOpenFileException(file);
+        throw Because(std::error_code(errno, std::generic_category()), VoCannotOpenFileException(file));
 }
 
 VoAtomicFileWriter OpenForWriting(const YString& file)
@@ -144,7 +150,7 @@ ReportPage::ReportPage(const YString& file, const YString& styleFile, const char
 
 void ReportPage::writeStyle(const YString& styleFile)
 {
-    m_ownStyle = !copyStyle(OpenStyle(styleFile));
+    m_ownStyle = !About(VoString(styleFile), [&] { return copyStyle(OpenStyle(styleFile)); });
     if (m_ownStyle)
         *this << BuiltInStyle;
 }
@@ -160,7 +166,7 @@ bool ReportPage::copyStyle(NativeFile file)
         std::error_code error;
         const std::size_t read = file.read(block.data(), block.size(), error);
         if (error)
-            throw VoIOException("Error occurred on reading from file");
+            throw Because(error, VoIOException("Error occurred on reading from file"));
         if (read == 0)
             break;
         *this << std::string_view(block.data(), read);
@@ -218,6 +224,34 @@ void ReportPage::finish()
     m_file.commit();
 }
 
+namespace {
+
+thread_local PageFailure* keeper = nullptr;
+
+}
+
+PageFailure::PageFailure() noexcept
+    : m_outer(std::exchange(keeper, this))
+{
+}
+
+PageFailure::~PageFailure()
+{
+    keeper = m_outer;
+}
+
+void PageFailure::rethrow() const
+{
+    if (m_failure)
+        std::rethrow_exception(m_failure);
+}
+
+void PageFailure::Keep() noexcept
+{
+    if (keeper)
+        keeper->m_failure = std::current_exception();
+}
+
 bool WriteReportPage(const YString& file, const YString& styleFile, const char* title,
                      const std::function<void(ReportPage&)>& write)
 {
@@ -227,6 +261,7 @@ bool WriteReportPage(const YString& file, const YString& styleFile, const char* 
         page.finish();
         return true;
     } catch (const VoException& exception) {
+        PageFailure::Keep();
         vo::logging::Logger::Get("report").error(VoString(file) + ": " + exception.message());
         return false;
     }

@@ -1,4 +1,4 @@
-#include "../Paths.h"
+#include "../Failures.h"
 #include "../Session.h"
 
 #include <Core/VoChecksum.h>
@@ -18,8 +18,8 @@ ExitCode run(Session& session)
         try {
             const VoString digest = VoFileSystem::Checksum(session.arguments.fileArgument(i)).toString();
             session.console.row("files", digest + "  " + name, JsonRecord()("path", name)("checksum", digest));
-        } catch (const VoException& exception) {
-            session.console.error(name + ": " + exception.message());
+        } catch (const VoException&) {
+            session.console.error(ToldFailure(session.arguments, "read", name));
             failed = true;
         }
     }

@@ -1,4 +1,5 @@
 #include "../Paths.h"
+#include "../ReleaseChoice.h"
 #include "../Session.h"
 #include "../Totals.h"
 
@@ -54,8 +55,8 @@ void showDifference(Console& console, const FileDifference& difference, const Ad
 ExitCode run(Session& session)
 {
     Console& console = session.console;
-    const auto from = AdvertisedPackageListing::Open(session.arguments.fileArgument(0));
-    const auto to = AdvertisedPackageListing::Open(session.arguments.fileArgument(1));
+    const auto from = ReadDefinition(session, session.arguments.fileArgument(0));
+    const auto to = ReadDefinition(session, session.arguments.fileArgument(1));
     const auto differences = from->compare(*to);
 
     Totals totals;

@@ -1,4 +1,5 @@
 #include "../CommandError.h"
+#include "../Failures.h"
 #include "../InstallJob.h"
 #include "../PlanView.h"
 #include "../Session.h"
@@ -72,7 +73,8 @@ ExitCode run(Session& session)
 
     job.plan.files.clear(); // may be many thousands, and the installation plans anew
     const Stopwatch stopwatch;
-    const bool intact = install(session, job);
+    const bool intact = Doing(session.arguments, "install to", NameOf(session.arguments, job.directory),
+                              [&] { return install(session, job); });
     ShowInstalledFigures(console, job.plan, job.directory);
     ShowDownloadCounts(session, job.definition);
     console.fact("seconds", "seconds", SecondsText(stopwatch.seconds()), stopwatch.seconds());
@@ -95,15 +97,15 @@ Command InstallCommand()
 {
     return {
         "install",
-        "DECLARATIONS|PACKAGE.XML|URL --to FOLDER [--package ID] [--release V] [--dry-run] [--allow-downgrade] [--move] [--overwrite]",
+        "DECLARATIONS|PACKAGE.XML|URL --to FOLDER [--package ID] [--release V] [--dry-run] [--allow-downgrade] "
+        "[--move] [--overwrite]",
         "install a release, or update to it",
         "Installs a release of a local release directory or of a server (the http or https URL of one of the two\n"
-        "documents): the newest one, or the one that --release names. Over an installed release only the chunks of "
-        "added and changed files are fetched. Each file is built beside its\n"
-        "place, checked and then renamed, so no file is ever seen half-written; a run that was interrupted goes on\n"
-        "when the same command is given again. An older release than the installed one is refused, and so is one from\n"
-        "another place or for another folder, and one in whose places there are files that belong to no package; files\n"
-        "of another package are never replaced.\n",
+        "documents): the newest one, or the one that --release names. Over an installed release only the chunks\n"
+        "of added and changed files are fetched. Each file is built beside its place, checked and then renamed, so no\n"
+        "file is ever seen half-written; a run that was interrupted goes on when the same command is given again. An\n"
+        "older release than the installed one is refused, and so is one from another place or for another folder, and\n"
+        "one in whose places there are files that belong to no package; files of another package are never replaced.\n",
         options(),
         1,
         1,

@@ -1,3 +1,4 @@
+#include "../Failures.h"
 #include "../Paths.h"
 #include "../Session.h"
 
@@ -26,8 +27,8 @@ ExitCode run(Session& session)
                     VoString(listing->files().size()) + " files  " + directory,
                 JsonRecord()("package", packageID)("name", listing->name())("release", version.toString())(
                     "versionID", listing->versionID())("files", listing->files().size())("directory", directory));
-        } catch (const VoException& exception) {
-            console.error(packageID.toString() + ": the listing cannot be read: " + exception.message());
+        } catch (const VoException&) {
+            console.error(ToldFailure(session.arguments, "read the listing of", packageID.toString()));
             code = ExitCode::Failed;
         }
     }

@@ -1,11 +1,11 @@
 #include "../CommandError.h"
+#include "../Failures.h"
 #include "../Paths.h"
 #include "../Session.h"
 
 #include <Core/NumberText.h>
 #include <Core/VoException.h>
 #include <Maths/VoLinearProblemCertificate.h>
-#include <Maths/VoLinearProblemExceptions.h>
 #include <Maths/VoLinearProblemSolution.h>
 #include <Maths/VoLinearProblemText.h>
 
@@ -38,19 +38,17 @@ VoString verdictText(Verdict verdict)
 
 VoLinearProblemText read(Session& session)
 {
-    try {
-        return VoLinearProblemText::Read(session.arguments.fileArgument(0));
-    } catch (const VoLinearProblemException& exception) {
-        throw Failure(session.arguments.argument(0) + ": " + exception.message());
-    }
+    return Doing(session.arguments, "read", session.arguments.argument(0),
+                 [&] { return VoLinearProblemText::Read(session.arguments.fileArgument(0)); });
 }
 
-VoLinearProblemSolution solve(const VoLinearProblem& problem, std::int64_t mostIterations)
+VoLinearProblemSolution solve(Session& session, const VoLinearProblem& problem, std::int64_t mostIterations)
 {
     try {
         return VoLinearProblemSolution::Solve(problem, static_cast<std::size_t>(mostIterations));
     } catch (const VoInvalidCallException& exception) {
-        throw Failure(exception.message() + ": the problem has no finite optimum, or too many bounds of zero");
+        throw Failure("cannot solve " + session.arguments.argument(0) + ": " + exception.message() +
+                      ": the problem has no finite optimum, or too many bounds of zero");
     }
 }
 
@@ -89,7 +87,7 @@ ExitCode run(Session& session)
     const std::int64_t mostIterations =
         session.arguments.integer("iterations", DefaultIterations, 0, std::numeric_limits<std::int64_t>::max());
     const VoLinearProblemText problem = read(session);
-    const VoLinearProblemSolution solution = solve(problem.problem, mostIterations);
+    const VoLinearProblemSolution solution = solve(session, problem.problem, mostIterations);
     const VoLinearProblemCertificate certificate(problem.problem, solution);
     showSolution(session.console, problem, solution);
     showCertificate(session.console, certificate);
@@ -108,8 +106,8 @@ Command LpCommand()
         "solve a linear problem and check the answer",
         "Solves a linear problem in the common text format: one objective, \"<=\" constraints with bounds that are\n"
         "not negative when maximizing; as many \">=\" constraints as variables when minimizing. Bounds may only say\n"
-        "what holds anyhow: \"x >= 0\", \"x <= +inf\". Anything else is refused with the number of the line. The answer is checked apart from the solver, and the exit code is 7\n"
-        "unless it is proven optimal.\n",
+        "what holds anyhow: \"x >= 0\", \"x <= +inf\". Anything else is refused with the number of the line. The\n"
+        "answer is checked apart from the solver, and the exit code is 7 unless it is proven optimal.\n",
         {{"iterations", "N", "make at most N iterations, instead of 1000000"}},
         1,
         1,

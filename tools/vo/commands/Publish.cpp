@@ -1,4 +1,5 @@
 #include "../CommandError.h"
+#include "../Failures.h"
 #include "../Paths.h"
 #include "../ReleaseChoice.h"
 #include "../Session.h"
@@ -132,7 +133,7 @@ std::unique_ptr<AbstractPackageBuilder> makeBuilder(const Session& session, cons
                                                 request.version, request.chunkSize, request.level);
     }
     const auto& newest = declared->newestPackage(*base.packageID);
-    const auto package = AdvertisedPackageListing::Open(newest.definitionPath(request.declarations));
+    const auto package = ReadDefinition(session, newest.definitionPath(request.declarations));
     if (request.name && !package->name().equal(*request.name, VoString::CaseSensitive))
         session.console.note("warning: the package keeps its name \"" + package->name() + "\"");
     session.console.fact("baseRelease", "after release", ReleaseText(newest.version()), newest.version().toString());
@@ -150,10 +151,10 @@ void leaveOut(AbstractPackageBuilder& builder, const Session& session, const Req
         builder.exclude(pattern);
 }
 
-void pack(AbstractPackageBuilder& builder, Console& console, const Request& request)
+void pack(AbstractPackageBuilder& builder, const Session& session, const Request& request)
 {
-    const auto hint = [&console] {
-        console.note("--exclude PATTERN, or a line in the folder's .voignore, leaves a file or a folder out");
+    const auto hint = [&session] {
+        session.console.note("--exclude PATTERN, or a line in the folder's .voignore, leaves a file or a folder out");
     };
     try {
         builder.addByAge(request.folder, request.declarations);
@@ -165,7 +166,7 @@ void pack(AbstractPackageBuilder& builder, Console& console, const Request& requ
         throw;
     }
     if (builder.package().files().isEmpty())
-        throw Failure("\"" + PathText(request.folder) + "\" holds no files to publish");
+        throw Failure("cannot publish " + NameOf(session.arguments, request.folder) + ": it holds no files");
 }
 
 void build(Session& session, AbstractPackageBuilder& builder, const Request& request, const Base& base)
@@ -175,13 +176,13 @@ void build(Session& session, AbstractPackageBuilder& builder, const Request& req
     const VoReceiver receiver = builder.connect([&](const VoSharedPtr<AbstractPackageBuilder::Message>& message) {
         // The builder ends when a receiver wishes so; until the release is declared nothing is published.
         session.stop.throwIfStopped();
-        console.detail(message->message());
+        console.detail(TextOfLibrary(message->message()));
         if (message->message().startsWith("Adding file to package: "))
             console.progress("Packing", ProgressLine::Unit::Files, begun++, builder.filesListed());
     });
     builder.setApproval([&](const AdvertisedPackages& declared) { approve(declared, base, request); });
     leaveOut(builder, session, request);
-    pack(builder, console, request);
+    pack(builder, session, request);
     builder.finalise(request.declarations);
     console.endProgress();
 }
@@ -207,12 +208,12 @@ void showRelease(Console& console, const AdvertisedPackageListing& package, doub
 ExitCode run(Session& session)
 {
     const Request request = readRequest(session.arguments);
-    if (!VoFileSystem::IsDirectory(request.folder.toFilePath()))
-        throw Failure("\"" + PathText(request.folder) + "\" is not a folder");
+    RequireFolder(session.arguments, request.folder, "publish");
     const Stopwatch stopwatch;
     Base base;
     const auto builder = makeBuilder(session, request, base);
-    build(session, *builder, request, base);
+    Doing(session.arguments, "publish", NameOf(session.arguments, request.folder),
+          [&] { build(session, *builder, request, base); });
     showRelease(session.console, builder->package(), stopwatch.seconds());
     return ExitCode::Done;
 }

@@ -43,9 +43,8 @@ Command ReleasesCommand()
     return {"releases",
             "DECLARATIONS|URL",
             "list the published releases",
-            "Lists the releases that a declarations file, or the one behind a URL, declares, in the order of "
-            "publication: package ID, name and\n"
-            "release.\n",
+            "Lists the releases that a declarations file, or the one behind a URL, declares, in the order of\n"
+            "publication: package ID, name and release.\n",
             DownloadOptions(),
             1,
             1,

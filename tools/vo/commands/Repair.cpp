@@ -1,5 +1,6 @@
 #include "../CommandError.h"
 #include "../Downloads.h"
+#include "../Failures.h"
 #include "../InstalledChoice.h"
 #include "../Paths.h"
 #include "../ReleaseChoice.h"
@@ -9,6 +10,8 @@
 #include "../VerificationView.h"
 
 #include <Updater/InstalledPackages.h>
+
+#include <atomic>
 
 namespace vo::tool {
 
@@ -43,11 +46,22 @@ VerificationReport repair(const Session& session, const Location& definition)
 ExitCode run(Session& session)
 {
     Console& console = session.console;
-    const auto installed = InstalledPackages::Package(ChooseInstalled(session.arguments.argument(0)));
+    const VoString& name = session.arguments.argument(0);
+    const VoUUID packageID = RequireInstalled(name);
+    const auto installed =
+        Doing(session.arguments, "read the listing of", name, [&] { return InstalledPackages::Package(packageID); });
     const Location definition = definitionOf(session, *installed);
-    const VoReceiver receiver = InstalledPackages::Connect(
-        [&](const VoSharedPtr<AbstractMessage>& message) { ShowUpdateMessage(console, message); });
-    const VerificationReport found = repair(session, definition);
+    std::atomic<bool> intact{true};
+    const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
+        ShowUpdateMessage(console, message);
+        // The check before the repair ends with one of these as well; the last one counts.
+        if (message->type() == AbstractMessage::VerificationFailed)
+            intact = false;
+        else if (message->type() == AbstractMessage::VerificationSuccess)
+            intact = true;
+    });
+    const VerificationReport found =
+        Doing(session.arguments, "repair", name, [&] { return repair(session, definition); });
     console.endProgress();
 
     ShowFindings(console, found);
@@ -56,6 +70,10 @@ ExitCode run(Session& session)
     console.fact("files", "files checked", found.filesChecked);
     console.fact("restored", "files restored", found.missing.size() + found.changed.size());
     ShowDownloadCounts(session, definition);
+    if (!intact) {
+        console.error("the installed files are not all as published; see vo verify");
+        return ExitCode::Differences;
+    }
     if (!found.isIntact())
         return ExitCode::Done;
     console.note("nothing to repair");

@@ -1,10 +1,11 @@
 #include "../CommandError.h"
+#include "../Failures.h"
 #include "../Paths.h"
 #include "../Session.h"
 
-#include <Core/VoFileException.h>
 #include <FileSystem/VoFileSystem.h>
 #include <Misc/XMLReport/ReportDataFile.h>
+#include <Misc/XMLReport/ReportPage.h>
 #include <Misc/XMLReport/ReportPages.h>
 
 #include <limits>
@@ -56,6 +57,17 @@ VoString styleFile(Session& session)
     return style->toString();
 }
 
+ReportDataFile read(const Session& session, const VoFilePath& results)
+{
+    try {
+        return Doing(session.arguments, "read", session.arguments.argument(1),
+                     [&] { return ReportDataFile::Read(results); });
+    } catch (const CommandError& failure) {
+        // What is wrong in a results file can do no harm.
+        throw failure.code == ExitCode::Unsafe ? Failure(failure.text) : failure;
+    }
+}
+
 bool write(const ReportDataFile& data, const VoFilePath& page, const VoString& style, int column)
 {
     switch (data.header.analysis) {
@@ -77,18 +89,16 @@ ExitCode run(Session& session)
     const VoFilePath results = arguments.fileArgument(1);
     const VoFilePath page = arguments.fileArgument(2);
 
-    ReportDataFile data;
-    try {
-        data = ReportDataFile::Read(results);
-    } catch (const VoFileException&) {
-        throw; // names the file itself
-    } catch (const VoException& exception) {
-        throw Failure(PathText(results) + ": " + exception.message());
-    }
+    const ReportDataFile data = read(session, results);
     if (data.header.analysis != analysis)
-        throw Failure(PathText(results) + " holds the results of another analysis: " + nameOf(data.header.analysis));
-    if (!write(data, page, styleFile(session), column))
-        throw Failure("cannot write the page " + PathText(page));
+        throw Failure(arguments.argument(1) +
+                      " holds the results of another analysis: " + nameOf(data.header.analysis));
+    const VoString style = styleFile(session);
+    Doing(arguments, "write", arguments.argument(2), [&] {
+        const vo::detail::PageFailure failure;
+        if (!write(data, page, style, column))
+            failure.rethrow();
+    });
 
     session.console.fact("page", "page", PathText(page), PathText(page));
     session.console.fact("cases", "cases", data.cases.size());

@@ -89,7 +89,7 @@ public:
             }
             m_done += reader.bytesRead();
         } catch (const VoInvalidParameterException& exception) {
-            throw Failure(m_session.arguments.argument(argument) + ": " + exception.message() +
+            throw Failure("cannot read " + m_session.arguments.argument(argument) + ": " + exception.message() +
                           (isEncodingInDoubt(exception) ? "; --encoding names another encoding" : ""));
         }
     }

@@ -1,11 +1,10 @@
 #include "../CommandError.h"
+#include "../Failures.h"
 #include "../InstalledChoice.h"
 #include "../Session.h"
 #include "../SourceRecord.h"
 #include "../UpdateProgress.h"
 
-#include <FileSystem/VoFilePath.h>
-#include <FileSystem/VoFileSystem.h>
 #include <Updater/InstalledPackages.h>
 
 namespace vo::tool {
@@ -14,17 +13,11 @@ using namespace updater;
 
 namespace {
 
-bool isKnown(const VoUUID& packageID)
-{
-    return IsInstalled(packageID) || VoFileSystem::Exists(InstalledPackages::InstalledPackageListingPath(packageID)) ||
-           InstalledPackages::IsUnfinished(packageID);
-}
-
 ExitCode run(Session& session)
 {
     Console& console = session.console;
     const VoUUID packageID = ChooseInstalled(session.arguments.argument(0));
-    const bool wasKnown = isKnown(packageID);
+    const bool wasKnown = IsInstalled(packageID) || HasListing(packageID) || InstalledPackages::IsUnfinished(packageID);
     std::uint64_t removed = 0;
     const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
         ShowUpdateMessage(console, message);
@@ -32,7 +25,8 @@ ExitCode run(Session& session)
             removed = progress->processed();
     });
     // Also when it is not known: an installation that was interrupted may have left files.
-    InstalledPackages::Uninstall(packageID, session.stop);
+    Doing(session.arguments, "uninstall", session.arguments.argument(0),
+          [&] { InstalledPackages::Uninstall(packageID, session.stop); });
     console.endProgress();
     if (InstalledPackages::IsUnfinished(packageID))
         throw Failure("the files are removed, but the registry cannot be written; the same command completes it");

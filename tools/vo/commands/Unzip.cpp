@@ -1,4 +1,5 @@
 #include "../CommandError.h"
+#include "../Failures.h"
 #include "../Paths.h"
 #include "../Session.h"
 
@@ -22,7 +23,8 @@ ExitCode list(Session& session)
         session.console.row("entries", name, JsonRecord()("path", name)("bytes", size));
     }
     if (!entries.complete())
-        throw Failure("the archive's directory is damaged: there may be entries that are not listed");
+        throw Failure("cannot read " + session.arguments.argument(0) +
+                      ": the archive's directory is damaged, there may be entries that are not listed");
     return ExitCode::Done;
 }
 
@@ -31,12 +33,13 @@ ExitCode run(Session& session)
     if (session.arguments.has("list")) {
         if (session.arguments.count() != 1)
             throw UsageError("--list takes an archive and no folder");
-        return list(session);
+        return Doing(session.arguments, "read", session.arguments.argument(0), [&] { return list(session); });
     }
     if (session.arguments.count() != 2)
         throw UsageError("unzip needs an archive and a folder");
     const VoDirectoryPath folder = session.arguments.directoryArgument(1);
-    VoZipper::Unzip(session.arguments.fileArgument(0), folder.toFilePath());
+    Doing(session.arguments, "unzip", session.arguments.argument(0),
+          [&] { VoZipper::Unzip(session.arguments.fileArgument(0), folder.toFilePath()); });
     session.console.fact("folder", "folder", PathText(folder));
     return ExitCode::Done;
 }

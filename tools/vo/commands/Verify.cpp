@@ -1,3 +1,4 @@
+#include "../Failures.h"
 #include "../InstalledChoice.h"
 #include "../Session.h"
 #include "../UpdateProgress.h"
@@ -16,7 +17,7 @@ namespace {
 std::vector<VoUUID> packagesToVerify(const Arguments& arguments)
 {
     if (arguments.count() > 0)
-        return {ChooseInstalled(arguments.argument(0))};
+        return {RequireInstalled(arguments.argument(0))};
     std::vector<VoUUID> all;
     for (const auto& package : InstalledPackages::Packages())
         all.push_back(package.first);
@@ -36,7 +37,8 @@ ExitCode run(Session& session)
     const std::vector<VoUUID> packages = packagesToVerify(session.arguments);
     console.list("findings");
     for (const VoUUID& packageID : packages) {
-        const VerificationReport report = InstalledPackages::Verify(packageID, session.stop);
+        const VerificationReport report = Doing(session.arguments, "verify", packageID.toString(),
+                                                [&] { return InstalledPackages::Verify(packageID, session.stop); });
         console.endProgress();
         ShowFindings(console, report);
         checked += report.filesChecked;

@@ -1,4 +1,5 @@
 #include "../CommandError.h"
+#include "../Failures.h"
 #include "../Paths.h"
 #include "../Session.h"
 #include "../UpdateProgress.h"
@@ -26,24 +27,27 @@ ExitCode run(Session& session)
     const auto source = session.arguments.directory("source");
     if (!source)
         throw UsageError("option --source is missing");
-    if (!VoFileSystem::IsDirectory(source->toFilePath()))
-        throw Failure("option --source: \"" + PathText(*source) + "\" is not a folder");
-    auto package = AdvertisedPackageListing::Open(definition);
+    RequireFolder(session.arguments, *source, "compare with");
+    const VoString& name = session.arguments.argument(0);
+    auto package = Doing(session.arguments, "read", name, [&] { return AdvertisedPackageListing::Open(definition); });
     const std::size_t files = package->files().size();
 
     std::size_t findings = 0;
     console.list("findings");
-    const bool matches = PackageVerifier::Verify(
-        std::move(package), definition, *source,
-        [&](const VoSharedPtr<AbstractMessage>& message) {
-            ShowUpdateMessage(console, message);
-            const auto* update = dynamic_cast<const AbstractUpdateMessage*>(message.get());
-            if (update == nullptr || !isFinding(*message))
-                return;
-            ++findings;
-            console.row("findings", update->message(), JsonRecord()("text", update->message()));
-        },
-        session.stop);
+    const bool matches = Doing(session.arguments, "verify", name, [&] {
+        return PackageVerifier::Verify(
+            std::move(package), definition, *source,
+            [&](const VoSharedPtr<AbstractMessage>& message) {
+                ShowUpdateMessage(console, message);
+                const auto* update = dynamic_cast<const AbstractUpdateMessage*>(message.get());
+                if (update == nullptr || !isFinding(*message))
+                    return;
+                ++findings;
+                const VoString text = TextOfLibrary(update->message());
+                console.row("findings", text, JsonRecord()("text", text));
+            },
+            session.stop);
+    });
     console.endProgress();
     console.fact("files", "files checked", files);
     console.fact("differences", "differences", findings);

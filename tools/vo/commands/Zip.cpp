@@ -1,3 +1,4 @@
+#include "../Failures.h"
 #include "../Paths.h"
 #include "../Session.h"
 
@@ -10,7 +11,8 @@ namespace {
 ExitCode run(Session& session)
 {
     const VoFilePath archive = session.arguments.fileArgument(0);
-    VoZipper::Zip(archive, session.arguments.fileArgument(1));
+    Doing(session.arguments, "zip", session.arguments.argument(1),
+          [&] { VoZipper::Zip(archive, session.arguments.fileArgument(1)); });
     const std::uint64_t size = VoFileSystem::FileSize(archive);
     session.console.fact("archive", "archive", PathText(archive));
     session.console.fact("bytes", "size", BytesText(size), size);
