@@ -4,7 +4,6 @@
 #include <FileSystem/VoFilePath.h>
 
 #include <QtCore/QBuffer>
-#include <QtCore/QXmlStreamReader>
 #include <QtCore/QXmlStreamWriter>
 
 #include <random>
@@ -147,37 +146,6 @@ Element Read(const std::string& document)
     reader->nextElement();
     ReadTexts(*reader, root);
     return root;
-}
-
-/// The same by the bare parser, as an independent reader.
-Element ReadByQt(QXmlStreamReader& qt)
-{
-    Element element;
-    element.name = qt.name().toString().toStdString();
-    for (const QXmlStreamAttribute& attribute : qt.attributes())
-        element.attributes.emplace_back(attribute.name().toString().toStdString(),
-                                        attribute.value().toString().toStdString());
-    while (qt.readNext() != QXmlStreamReader::EndElement && !qt.hasError()) {
-        if (qt.isStartElement())
-            element.children.push_back(ReadByQt(qt));
-        else if (element.children.empty() && qt.isCharacters())
-            element.text += qt.text().toString().toStdString();
-    }
-    return element;
-}
-
-TEST(XMLRoundTrip, RandomDocumentsComeBackByTheBareParser)
-{
-    for (unsigned seed = 0; seed < 200; ++seed) {
-        SCOPED_TRACE(seed);
-        const Element root = RandomDocument(seed).element(4);
-        const std::string document = Document(root);
-        QXmlStreamReader qt(QByteArray::fromStdString(document));
-        ASSERT_TRUE(qt.readNextStartElement());
-        EXPECT_TRUE(ReadByQt(qt) == root);
-        qt.readNext();
-        EXPECT_FALSE(qt.hasError()) << qt.errorString().toStdString();
-    }
 }
 
 TEST(XMLRoundTrip, RandomDocumentsComeBackByTheLibrarysReader)
