@@ -1,19 +1,25 @@
 #include <Core/VoByteArrayOLD.h>
 
+#include <Core/VoThrow.h>
+
 #include <cstring>
+#include <new>
 #include <utility>
 
 VoByteArrayOLD::VoByteArrayOLD() = default;
 
 VoByteArrayOLD::VoByteArrayOLD(std::size_t length)
     : m_length(length)
-    , m_bytes(length ? std::make_unique<unsigned char[]>(length) : nullptr)
 {
+    if (length == 0)
+        return;
+    m_bytes.reset(new (std::nothrow) unsigned char[length]());
+    if (!m_bytes)
+        vo::detail::ThrowBadAlloc("bytes of an array");
 }
 
 VoByteArrayOLD::VoByteArrayOLD(const void* bytes, std::size_t length)
-    : m_length(length)
-    , m_bytes(length ? new unsigned char[length] : nullptr)
+    : VoByteArrayOLD(length)
 {
     if (length)
         std::memcpy(m_bytes.get(), bytes, length);

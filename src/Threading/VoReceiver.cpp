@@ -82,6 +82,6 @@ bool VoReceiver::isReceiving() const
 
 const VoUUID& VoReceiver::id() const
 {
-    static const VoUUID none("");
+    static const auto& none = *new VoUUID(""); // outlives all static objects
     return m_private ? m_private->connection.id : none;
 }

@@ -10,7 +10,7 @@ namespace vo::updater::detail {
 template <typename T>
 const T& Read(const std::unique_ptr<T>& state)
 {
-    static const T empty;
+    static const T& empty = *new T; // outlives all static objects
     return state ? *state : empty;
 }
 
