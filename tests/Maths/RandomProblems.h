@@ -26,23 +26,6 @@ inline VoLinearProblem PositiveProblem(VoRandom& random, VoLinearProblem::Sense 
     return problem;
 }
 
-/// Small integers with many zeros and some -1, bounds from 0: problems on which ratios tie and vanish. One constraint
-/// bounds all parameters together.
-inline VoLinearProblem DegenerateProblem(VoRandom& random, std::size_t parameters, std::size_t constraints)
-{
-    const auto numbers = [&](std::int64_t low, std::int64_t high) {
-        VoVector<double> values;
-        for (std::size_t i = 0; i < parameters; ++i)
-            values.pushBack(static_cast<double>(random.integer(low, high)));
-        return values;
-    };
-    VoLinearProblem problem(VoLinearProblem::Sense::Maximise, numbers(0, 3));
-    for (std::size_t i = 0; i + 1 < constraints; ++i)
-        problem.addConstraint(numbers(-1, 2), static_cast<double>(random.integer(0, 3)));
-    problem.addConstraint(VoVector<double>(parameters, 1.0), static_cast<double>(random.integer(1, 6)));
-    return problem;
-}
-
 /// The problem as text, every number exactly.
 inline std::string ProblemText(const VoLinearProblem& problem)
 {

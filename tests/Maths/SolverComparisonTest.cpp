@@ -1,6 +1,5 @@
 #include <VoTestSupport.h>
 
-#include <Maths/VoLinearProblemCertificate.h>
 #include <Maths/VoLinearProblemSolution.h>
 #include <Maths/VoLinearProblemText.h>
 
@@ -18,7 +17,6 @@
 
 namespace {
 
-using Verdict = VoLinearProblemCertificate::Verdict;
 using Sense = VoLinearProblem::Sense;
 
 /// Another solver, as a program of its own. The tests are skipped where it is not installed.
@@ -93,42 +91,6 @@ TEST_F(SolverComparison, AgreesOnProblemsWithPositiveData)
         ASSERT_TRUE(solution.found);
         ASSERT_TRUE(Agree(solution.value, *optimum)) << solution.value << " instead of " << *optimum << '\n' << text;
     }
-}
-
-TEST_F(SolverComparison, TheCertificateFindsEveryWrongAnswerToDegenerateProblems)
-{
-    VoRandom random(32);
-    int wrong = 0;
-    int right = 0;
-    int doubted = 0;
-    for (int i = 0; i < 350; ++i) {
-        const VoLinearProblem problem = vo::test::DegenerateProblem(
-            random, static_cast<std::size_t>(random.integer(2, 5)), static_cast<std::size_t>(random.integer(2, 6)));
-        VoLinearProblemSolution solution;
-        try {
-            solution = VoLinearProblemSolution::Solve(problem, 200);
-        } catch (const VoInvalidCallException&) {
-            continue; // no answer, so no wrong one
-        }
-        const auto optimum = otherOptimum(vo::test::ProblemText(problem));
-        ASSERT_TRUE(optimum) << "every such problem is bounded and the origin is feasible";
-        double value = 0;
-        for (std::size_t j = 0; j < problem.numberParameters(); ++j)
-            value += problem.objective()[j] * solution.parameters[j];
-        const bool isRight =
-            std::fabs(solution.value - *optimum) < 1e-9 && std::fabs(value - *optimum) < 1e-9 && solution.found;
-
-        const Verdict verdict = VoLinearProblemCertificate(problem, solution).verdict();
-        ++(isRight ? right : wrong);
-        doubted += isRight && verdict != Verdict::Optimal ? 1 : 0;
-        ASSERT_TRUE(isRight || verdict != Verdict::Optimal) << vo::test::ProblemText(problem);
-    }
-    EXPECT_GT(wrong, 10) << "these problems no longer try the certificate";
-    EXPECT_GT(right, 100);
-    EXPECT_LT(doubted, right / 4) << "a certificate that doubts everything finds every wrong answer, too";
-    RecordProperty("wrong", wrong);
-    RecordProperty("right", right);
-    RecordProperty("doubted", doubted);
 }
 
 } // namespace
