@@ -34,8 +34,8 @@ updater::InstallationOptions OptionsOfInstalling(const Session& session);
 InstallJob PrepareInstall(const Session& session);
 
 /// Throws CommandError with ExitCode::Unsafe when the release would take the place of something that the command line
-/// does not allow it to replace: a newer release, a package in another folder or from another place, a file that belongs
-/// to no package. The files are listed before. A file of another package is never allowed.
+/// does not allow it to replace: a newer release, a package in another folder or from another place, a file that
+/// belongs to no package. The files are listed before. A file of another package is never allowed.
 void RequireAllowed(const Session& session, const InstallJob& job);
 
 /// Shows the plan; ExitCode::NothingToDo when there is nothing to do.
