@@ -527,7 +527,7 @@ TEST_F(PackageInstallerTest, OneFileInstallsWithItsDirectoriesAndAWrongOneLeaves
     const auto& sound = package->files().front();
     const vo::updater::AdvertisedFileListing wrong(sound.target(), sound.chunks(), sound.id(), ChecksumOf("else"),
                                                    sound.size());
-    EXPECT_THROW_MSG(installer.installFile(wrong, listing), VoValidationException,
+    EXPECT_THROW_MSG(installer.installFile(wrong, listing), VoDamagedContentException,
                      "File checksum does not match for: " + installer.resolvedPath(wrong).path());
     EXPECT_EQ(installed(), First);
 }
