@@ -4,7 +4,6 @@
 #include <Core/VoVariant.h>
 
 #include <cstddef>
-#include <optional>
 
 namespace vo::detail {
 
@@ -21,27 +20,30 @@ public:
     /// The next header in question.
     void offer(const VoVariant& value, std::size_t column)
     {
-        if (m_alike || value.isNull())
+        if (m_alike != none || value.isNull())
             return;
         const VoString text = value.toString();
         if (text.equal(m_header, VoString::CaseSensitive))
             m_alike = column;
-        else if (!m_similar && text.equal(m_header, VoString::CaseInsensitive))
+        else if (m_similar == none && text.equal(m_header, VoString::CaseInsensitive))
             m_similar = column;
     }
 
     /// Throws VoNotFoundException.
     std::size_t found() const
     {
-        if (!m_alike && !m_similar)
+        const std::size_t column = m_alike != none ? m_alike : m_similar;
+        if (column == none)
             throw VoNotFoundException(m_header);
-        return m_alike ? *m_alike : *m_similar;
+        return column;
     }
 
 private:
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+
     const VoString& m_header;
-    std::optional<std::size_t> m_alike;
-    std::optional<std::size_t> m_similar;
+    std::size_t m_alike = none;
+    std::size_t m_similar = none;
 };
 
 } // namespace vo::detail
