@@ -61,7 +61,7 @@ same_tree "$scratch/one"
 equal "chunks sent" "$(sent "$access_log")" "$wanted"
 
 run 1 plan "$https_url/declarations.xml"
-says "Header request failed: "
+says "cannot read $https_url/declarations.xml: SSL handshake failed"
 run 6 plan "$https_url/declarations.xml" --ca-file "$ca_file"
 says "was installed from $http_url"
 run 0 plan "$https_url/declarations.xml" --ca-file "$ca_file" --move
