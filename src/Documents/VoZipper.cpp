@@ -134,7 +134,7 @@ public:
     void requireRoom(const UnzipPlan& plan) const
     {
         if (plan.bytes > VoFileSystem::FreeSpace(m_directory))
-            throw VoFileException("Not enough disk space to unzip archive", m_directory.path());
+            throw VoFileException("Not enough disk space to unzip archive", m_directory);
     }
 
     void makeDirectory(const VoDirectoryPath& directory)

@@ -27,13 +27,17 @@ int Open(const std::filesystem::path& path) noexcept
 }
 
 // Whether the descriptor is still that of the path: whoever had the lock before removed the file with it. `size` is
-// that of the file.
+// that of the file. Where it cannot be looked, errno says why; it is 0 otherwise.
 bool IsAtPath(int descriptor, const std::filesystem::path& path, off_t& size) noexcept
 {
     struct stat held = {};
     struct stat named = {};
-    if (::fstat(descriptor, &held) == -1 || ::stat(path.c_str(), &named) == -1)
+    errno = 0;
+    if (::fstat(descriptor, &held) == -1 || ::stat(path.c_str(), &named) == -1) {
+        if (errno == ENOENT)
+            errno = 0;
         return false;
+    }
     size = held.st_size;
     return held.st_dev == named.st_dev && held.st_ino == named.st_ino;
 }
@@ -55,8 +59,12 @@ FileLock::Handle FileLock::Take(const std::filesystem::path& path, std::error_co
             off_t size = 0;
             if (IsAtPath(descriptor, path, size))
                 return descriptor;
+            const std::error_code error = LastError();
             ::close(descriptor);
-            continue;
+            if (!error)
+                continue;
+            lockError = error;
+            return NoHandle;
         }
         const std::error_code error = LastError();
         ::close(descriptor);

@@ -102,7 +102,7 @@ bool IsInsideCanonical(const VoDirectoryPath& directory, const VoFilePath& path)
     if (!error)
         inner = std::filesystem::weakly_canonical(ToNative(path), error);
     if (error && !MeansMissing(error))
-        throw VoFileException("canonical: " + VoString(error.message()), path.path());
+        throw VoFileException("canonical: " + VoString(error.message()), path);
     return !error && std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
 }
 

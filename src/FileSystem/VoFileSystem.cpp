@@ -297,8 +297,10 @@ std::vector<Entry> ReadDirectory(const VoFilePath& directory, bool mayHaveVanish
         std::error_code error;
         fs::directory_iterator iterator(vo::detail::ToNative(directory), error);
         while (!error && iterator != fs::directory_iterator()) {
-            std::error_code vanished; // then it is a file, and missed when its turn comes
-            const bool isDirectory = !iterator->is_symlink(vanished) && iterator->is_directory(vanished);
+            std::error_code looked; // what has vanished is a file, and missed when its turn comes
+            const bool isDirectory = !iterator->is_symlink(looked) && iterator->is_directory(looked);
+            if (looked && !MeansMissing(looked))
+                Fail("status", looked, directory);
             entries.push_back({iterator->path().filename(), isDirectory});
             iterator.increment(error);
         }

@@ -213,7 +213,9 @@ VoDateTime::Components VoDateTime::components() const
     parts.hour = ofDay / 3600;
     parts.minute = ofDay / 60 % 60;
     parts.second = ofDay % 60;
-    parts.nanosecond = static_cast<int>(count - instant * nanosecondsPerSecond);
+    parts.nanosecond = static_cast<int>(count % nanosecondsPerSecond);
+    if (parts.nanosecond < 0)
+        parts.nanosecond += static_cast<int>(nanosecondsPerSecond);
     return parts;
 }
 

@@ -327,7 +327,7 @@ AdvertisedFileListing AbstractPackageBuilder::packFile(const VoFilePath& source,
 
     const PackedFile packed = m_private->chunks->append(stream);
     if (packed.size != VoFileSystem::FileSize(source))
-        throw VoFileException("File changed while being added: " + source.path(), source.path());
+        throw VoFileException("File changed while being added: " + source.path(), source);
     return AdvertisedFileListing(target, packed.pieces, fileID(target), packed.checksum,
                                  VoDownloadSize(static_cast<std::int64_t>(packed.size)));
 }

@@ -54,7 +54,7 @@ std::string RealDirectory(const VoDirectoryPath& directory)
     const fs::path absolute = native.empty() ? fs::current_path(error) : native;
     const fs::path real = fs::weakly_canonical(absolute, error);
     if (error && !vo::detail::MeansMissing(error))
-        throw vo::detail::Because(error, VoFileException("canonical: " + VoString(error.message()), directory.path()));
+        throw vo::detail::Because(error, VoFileException("canonical: " + VoString(error.message()), directory));
     return (error ? native : real).string();
 }
 

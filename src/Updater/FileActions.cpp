@@ -34,7 +34,7 @@ void Rename(const VoFilePath& from, const VoFilePath& to, const char* failure, c
     fs::rename(ToNative(from), ToNative(to), error);
     if (error)
         throw vo::detail::Because(
-            error, VoFileException(failure + VoString(error.message()) + ": " + place.path(), place.path()));
+            error, VoFileException(failure + VoString(error.message()) + ": " + place.path(), place));
 }
 
 } // namespace
@@ -69,7 +69,7 @@ FileKind KindOf(const VoFilePath& path)
     switch (fs::symlink_status(ToNative(path), error).type()) {
     case fs::file_type::none:
         if (!vo::detail::MeansMissing(error))
-            throw vo::detail::Because(error, VoFileException("status: " + VoString(error.message()), path.path()));
+            throw vo::detail::Because(error, VoFileException("status: " + VoString(error.message()), path));
         return FileKind::None;
     case fs::file_type::not_found:
         return FileKind::None;
@@ -107,7 +107,7 @@ bool EraseFile(const VoFilePath& path)
     if (error && !vo::detail::MeansMissing(error))
         throw vo::detail::Because(
             error,
-            VoFileException("Cannot remove file: " + VoString(error.message()) + ": " + path.path(), path.path()));
+            VoFileException("Cannot remove file: " + VoString(error.message()) + ": " + path.path(), path));
     return true;
 }
 

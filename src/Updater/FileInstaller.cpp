@@ -80,7 +80,7 @@ void FileInstaller::require(const std::error_code& error) const
     if (error)
         throw vo::detail::Because(
             error,
-            VoFileException("Cannot write file: " + VoString(error.message()) + ": " + m_built.path(), m_place.path()));
+            VoFileException("Cannot write file: " + VoString(error.message()) + ": " + m_built.path(), m_place));
 }
 
 } // namespace vo::updater::detail

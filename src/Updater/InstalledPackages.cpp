@@ -463,12 +463,17 @@ void InstalledPackages::Install(VoUniquePtr<AdvertisedPackageListing> advert,
                                 const VoDirectoryPath& installationDirectory, const InstallationOptions& options,
                                 const Run& run)
 {
-    RequireSafeIdentifier(advert->packageID());
-    RequireNoOtherSpelling(advert->packageID());
-    Recover(advert->packageID());
-    VoUniquePtr<InstalledPackageListing> installed = PackageInstaller::FindInstalled(advert->packageID());
-    RunAndRecord(std::move(advert), AbsoluteDirectory(installationDirectory), std::move(installed),
-                 PackageInstaller::SettingsOf(options), run);
+    const VoUUID packageID = advert->packageID();
+    const VoUUID versionID = advert->versionID();
+    const auto work = [&] {
+        RequireSafeIdentifier(packageID);
+        RequireNoOtherSpelling(packageID);
+        Recover(packageID);
+        VoUniquePtr<InstalledPackageListing> installed = PackageInstaller::FindInstalled(packageID);
+        RunAndRecord(std::move(advert), AbsoluteDirectory(installationDirectory), std::move(installed),
+                     PackageInstaller::SettingsOf(options), run);
+    };
+    Attempt(work, packageID, versionID);
 }
 
 // Two IDs that differ in letter case alone would share one listing where file names ignore case.
@@ -538,6 +543,11 @@ bool InstalledPackages::Write(const InstalledPackages& registry)
 
 void InstalledPackages::Attempt(const std::function<void()>& work)
 {
+    Attempt(work, VoUUID(""), VoUUID(""));
+}
+
+void InstalledPackages::Attempt(const std::function<void()>& work, const VoUUID& packageID, const VoUUID& versionID)
+{
     try {
         work();
     } catch (const VoInstallationFailedException&) {
@@ -545,7 +555,7 @@ void InstalledPackages::Attempt(const std::function<void()>& work)
     } catch (...) {
         const VoString text = WithText("Installation failed", FailureText());
         Log().error(text);
-        Broadcast(Message<BasicUpdateMessage<18>>(text, VoUUID(""), VoUUID("")));
+        Broadcast(Message<BasicUpdateMessage<18>>(text, packageID, versionID));
         throw VoInstallationFailedException(text, std::current_exception());
     }
 }
@@ -589,21 +599,28 @@ VerificationReport InstalledPackages::Repair(const VoUrl& advertUrl, VoStopFlag 
 VerificationReport InstalledPackages::Repair(VoUniquePtr<AdvertisedPackageListing> advert, const VoString& place,
                                              const VoStopFlag& stop, const Run& run)
 {
-    Recover(advert->packageID());
-    if (!VoFileSystem::Exists(InstalledPackageListingPath(advert->packageID())))
-        throw VoNotFoundException(advert->packageID().toString());
-    VoUniquePtr<InstalledPackageListing> installed = Package(advert->packageID());
-    if (installed->versionID() != advert->versionID())
-        throw VoInvalidParameterException("Definition is not that of the installed release: " + place);
-    FileOwners owners = FileOwners::Others(advert->packageID(), {installed->installationDirectory()});
-    PackageCheck check = CheckPackage(*installed, owners, stop, Broadcast);
-    if (check.report.isIntact() && !IsUnfinished(advert->packageID(), installed.get()))
-        return check.report;
-    InstallerSettings settings;
-    settings.damaged = check.damaged;
-    const VoDirectoryPath directory = installed->installationDirectory();
-    RunAndRecord(std::move(advert), directory, std::move(installed), settings, run);
-    return check.report;
+    const VoUUID packageID = advert->packageID();
+    const VoUUID versionID = advert->versionID();
+    VerificationReport report;
+    const auto work = [&] {
+        Recover(packageID);
+        if (!VoFileSystem::Exists(InstalledPackageListingPath(packageID)))
+            throw VoNotFoundException(packageID.toString());
+        VoUniquePtr<InstalledPackageListing> installed = Package(packageID);
+        if (installed->versionID() != versionID)
+            throw VoInvalidParameterException("Definition is not that of the installed release: " + place);
+        FileOwners owners = FileOwners::Others(packageID, {installed->installationDirectory()});
+        PackageCheck check = CheckPackage(*installed, owners, stop, Broadcast);
+        report = check.report;
+        if (report.isIntact() && !IsUnfinished(packageID, installed.get()))
+            return;
+        InstallerSettings settings;
+        settings.damaged = check.damaged;
+        const VoDirectoryPath directory = installed->installationDirectory();
+        RunAndRecord(std::move(advert), directory, std::move(installed), settings, run);
+    };
+    Attempt(work, packageID, versionID);
+    return report;
 }
 
 void InstalledPackages::Uninstall(const VoUUID& packageID)

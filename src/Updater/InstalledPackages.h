@@ -170,7 +170,8 @@ private:
     static Shared& State();
     static InstalledPackages& Get();
     static void Broadcast(const VoSharedPtr<AbstractMessage>& message);
-    static void Attempt(const std::function<void()>& work);
+    static void Attempt(const std::function<void()>& work); // of a package that is not known yet
+    static void Attempt(const std::function<void()>& work, const VoUUID& packageID, const VoUUID& versionID);
     static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& installationDirectory,
                         const InstallationOptions& options, const Run& run);
     static VerificationReport Repair(VoUniquePtr<AdvertisedPackageListing> advert, const VoString& place,

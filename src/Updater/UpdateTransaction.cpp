@@ -94,7 +94,7 @@ void UpdateTransaction::place(const std::function<void(const TargetFile&)>& onPl
         if (change.kind == Kind::Replaced)
             MoveAside(change.place, change.aside);
         else if (KindOf(change.place) != FileKind::None) // since the run began
-            throw VoFileException("File in the way: " + change.place.path(), change.place.path());
+            throw VoFileException("File in the way: " + change.place.path(), change.place);
         PutInPlace(BuiltPath(target.place), target.place);
         onPlaced(target);
     }

@@ -150,7 +150,7 @@ TEST(Containers, refuseWhatCannotBeHeldByTheLibrarysErrors)
     EXPECT_THROW(vector.resize(most, 3), VoBadAllocException);
     EXPECT_THROW(vector.reserve(most), VoBadAllocException);
     EXPECT_THROW(VoMatrix<double>(std::size_t{1} << 30, std::size_t{1} << 30), VoOverflowException);
-    EXPECT_THROW(VoString('c', most / 4), VoBadAllocException);
+    EXPECT_THROW(VoString('c', most), VoBadAllocException);
     EXPECT_EQ(1u, deque.size() * vector.size());
     EXPECT_EQ(VoString(nullptr, 5).size(), 0u);
 }

@@ -1,6 +1,7 @@
 #include "../CommandError.h"
 #include "../Failures.h"
 #include "../InstallJob.h"
+#include "../Paths.h"
 #include "../PlanView.h"
 #include "../Session.h"
 #include "../SourceRecord.h"
@@ -8,6 +9,7 @@
 #include "../UpdateProgress.h"
 
 #include <Updater/InstalledPackages.h>
+#include <Updater/VoUpdater.h>
 
 #include <atomic>
 
@@ -50,7 +52,8 @@ bool install(Session& session, InstallJob& job)
     recordSource(job);
     session.console.endProgress();
     if (!recorded)
-        throw Failure("the files are installed, but the registry cannot be written; the same command completes it");
+        throw Failure("the files are installed, but " + PathText(VoUpdater::InstalledPackagesPath()) +
+                      " cannot be written; the same command completes it");
     return intact;
 }
 

@@ -153,17 +153,18 @@ void leaveOut(AbstractPackageBuilder& builder, const Session& session, const Req
 
 void pack(AbstractPackageBuilder& builder, const Session& session, const Request& request)
 {
-    const auto hint = [&session] {
-        session.console.note("--exclude PATTERN, or a line in the folder's .voignore, leaves a file or a folder out");
+    const auto refuse = [&] {
+        const CommandError told = ToldFailure(session.arguments, "publish", NameOf(session.arguments, request.folder));
+        return CommandError{told.code,
+                            told.text + "; --exclude PATTERN, or a line in the folder's .voignore, leaves it out",
+                            told.tells};
     };
     try {
         builder.addByAge(request.folder, request.declarations);
     } catch (const VoValidationException&) {
-        hint();
-        throw;
+        throw refuse();
     } catch (const VoInvalidParameterException&) {
-        hint();
-        throw;
+        throw refuse();
     }
     if (builder.package().files().isEmpty())
         throw Failure("cannot publish " + NameOf(session.arguments, request.folder) + ": it holds no files");

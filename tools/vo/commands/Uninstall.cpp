@@ -1,11 +1,13 @@
 #include "../CommandError.h"
 #include "../Failures.h"
 #include "../InstalledChoice.h"
+#include "../Paths.h"
 #include "../Session.h"
 #include "../SourceRecord.h"
 #include "../UpdateProgress.h"
 
 #include <Updater/InstalledPackages.h>
+#include <Updater/VoUpdater.h>
 
 namespace vo::tool {
 
@@ -29,7 +31,8 @@ ExitCode run(Session& session)
           [&] { InstalledPackages::Uninstall(packageID, session.stop); });
     console.endProgress();
     if (InstalledPackages::IsUnfinished(packageID))
-        throw Failure("the files are removed, but the registry cannot be written; the same command completes it");
+        throw Failure("the files are removed, but " + PathText(VoUpdater::InstalledPackagesPath()) +
+                      " cannot be written; the same command completes it");
     ForgetSource(packageID);
 
     console.fact("package", "package", packageID.toString(), packageID);
