@@ -1,7 +1,7 @@
 #include <Core/VoVersion.h>
-#include <FileSystem/NativePath.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/NativePath.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/PackageBuilder.h>
 #include <Updater/UpdatePackageBuilder.h>

@@ -2,11 +2,11 @@
 
 #include <Core/VoException.h>
 #include <Core/VoString.h>
-#include <FileSystem/NativePath.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoTemporaryDir.h>
+#include <FileSystem/detail/NativePath.h>
 #include <Subsystem/VoLogging.h>
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "Fuzz.h"
 
 #include <Core/VoUUID.h>
-#include <FileSystem/SafePath.h>
+#include <FileSystem/detail/SafePath.h>
 #include <Updater/AdvertisedPackages.h>
 
 using namespace vo::fuzz;

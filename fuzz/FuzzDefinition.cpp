@@ -1,9 +1,9 @@
 #include "Fuzz.h"
 
-#include <FileSystem/SafePath.h>
+#include <FileSystem/detail/SafePath.h>
 #include <Updater/AdvertisedPackageListing.h>
-#include <Updater/PackageValidator.h>
-#include <Updater/UpdatePlan.h>
+#include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/install/UpdatePlan.h>
 
 using namespace vo::fuzz;
 using vo::updater::AdvertisedFileListing;

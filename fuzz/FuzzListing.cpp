@@ -2,7 +2,7 @@
 
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/InstalledPackageListing.h>
-#include <Updater/UpdatePlan.h>
+#include <Updater/detail/install/UpdatePlan.h>
 
 using namespace vo::fuzz;
 using namespace vo::updater;

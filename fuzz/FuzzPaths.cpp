@@ -3,8 +3,8 @@
 #include <Core/VoChecksum.h>
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
-#include <FileSystem/SafePath.h>
 #include <FileSystem/VoUrl.h>
+#include <FileSystem/detail/SafePath.h>
 
 using namespace vo::fuzz;
 

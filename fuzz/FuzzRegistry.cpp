@@ -2,7 +2,7 @@
 
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
-#include <FileSystem/SafePath.h>
+#include <FileSystem/detail/SafePath.h>
 #include <Updater/InstalledPackages.h>
 #include <Updater/VoUpdater.h>
 

@@ -1,11 +1,11 @@
 #include "Fuzz.h"
 
 #include <Core/VoDeque.h>
-#include <Documents/UnzipPlan.h>
 #include <Documents/VoZipArchive.h>
-#include <Documents/VoZipArchiveInternal.h>
 #include <Documents/VoZipFile.h>
 #include <Documents/VoZipper.h>
+#include <Documents/detail/UnzipPlan.h>
+#include <Documents/detail/VoZipArchiveInternal.h>
 
 #include <filesystem>
 

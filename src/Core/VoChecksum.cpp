@@ -1,11 +1,11 @@
 #include <Core/VoChecksum.h>
 
-#include <Core/Completed.h>
-#include <Core/Sha3Hasher.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
-#include <FileSystem/NativeFile.h>
-#include <FileSystem/NativePath.h>
+#include <Core/detail/Completed.h>
+#include <Core/detail/Sha3Hasher.h>
+#include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativePath.h>
 
 #include <QtCore/QByteArray>
 

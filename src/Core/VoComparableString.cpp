@@ -1,8 +1,8 @@
 #include <Core/VoComparableString.h>
 
-#include <Core/NumberText.h>
-#include <Core/StringPrivate.h>
 #include <Core/VoCaseSensitiveString.h>
+#include <Core/detail/NumberText.h>
+#include <Core/detail/StringPrivate.h>
 
 #include <cstring>
 #include <ostream>

@@ -1,6 +1,6 @@
-#include <Core/NumberText.h>
 #include <Core/VoPoint.h>
 #include <Core/VoPointD.h>
+#include <Core/detail/NumberText.h>
 
 #include <ostream>
 

@@ -1,6 +1,6 @@
 #include <Core/VoProperties.h>
 
-#include <Core/Callback.h>
+#include <Core/detail/Callback.h>
 
 #include <algorithm>
 #include <ostream>

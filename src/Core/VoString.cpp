@@ -1,12 +1,12 @@
 #include <Core/VoString.h>
 
-#include <Core/NumberText.h>
-#include <Core/RandomEngine.h>
-#include <Core/StringPrivate.h>
 #include <Core/VoBase64.h>
 #include <Core/VoHostTypes.h>
 #include <Core/VoThrow.h>
 #include <Core/VoUUID.h>
+#include <Core/detail/NumberText.h>
+#include <Core/detail/RandomEngine.h>
+#include <Core/detail/StringPrivate.h>
 
 #include <QtCore/QString>
 

@@ -1,7 +1,7 @@
 #include <Core/VoStringConverter.h>
 
-#include <Core/NumberText.h>
 #include <Core/VoThrow.h>
+#include <Core/detail/NumberText.h>
 
 template class VoStringConverter<double>;
 template class VoStringConverter<long long>;

@@ -1,8 +1,8 @@
 #include <Core/VoStringView.h>
 
-#include <Core/NumberText.h>
-#include <Core/StringPrivate.h>
 #include <Core/VoThrow.h>
+#include <Core/detail/NumberText.h>
+#include <Core/detail/StringPrivate.h>
 
 #include <QtCore/QString>
 

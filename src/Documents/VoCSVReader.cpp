@@ -2,8 +2,8 @@
 
 #include <Core/VoDeque.h>
 #include <Core/VoException.h>
-#include <Documents/CSVText.h>
-#include <Documents/TextInput.h>
+#include <Documents/detail/CSVText.h>
+#include <Documents/detail/TextInput.h>
 #include <IO/VoIODevice.h>
 #include <IO/VoIOException.h>
 

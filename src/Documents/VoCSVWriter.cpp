@@ -2,8 +2,8 @@
 
 #include <Core/VoDeque.h>
 #include <Core/VoVariant.h>
-#include <Documents/CSVText.h>
-#include <Documents/TextEncoding.h>
+#include <Documents/detail/CSVText.h>
+#include <Documents/detail/TextEncoding.h>
 #include <IO/VoIODevice.h>
 #include <IO/VoIOException.h>
 

@@ -1,17 +1,17 @@
 #include <Documents/VoDataTable.h>
 
-#include <Core/Callback.h>
 #include <Core/VoDeque.h>
 #include <Core/VoException.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoUniquePtr.h>
-#include <Documents/CSVText.h>
-#include <Documents/ColumnSearch.h>
+#include <Core/detail/Callback.h>
 #include <Documents/VoCSVReader.h>
 #include <Documents/VoCSVWriter.h>
 #include <Documents/VoDataTableItem.h>
 #include <Documents/VoDataTableRow.h>
 #include <Documents/VoVariantTable.h>
+#include <Documents/detail/CSVText.h>
+#include <Documents/detail/ColumnSearch.h>
 
 #include <algorithm>
 #include <cmath>

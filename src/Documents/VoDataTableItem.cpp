@@ -1,6 +1,6 @@
 #include <Documents/VoDataTableItem.h>
 
-#include <Core/Callback.h>
+#include <Core/detail/Callback.h>
 
 #include <algorithm>
 #include <utility>

@@ -7,7 +7,7 @@
 #include <Documents/VoDataTableRow.h>
 #include <Documents/VoLoadedDataTable.h>
 #include <XML/VoXMLStreamElementLoader.h>
-#include <XML/XMLTypeNames.h>
+#include <XML/detail/XMLTypeNames.h>
 
 #include <charconv>
 #include <string>

@@ -3,12 +3,12 @@
 #include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Core/VoVariant.h>
-#include <Documents/WorksheetLayout.h>
-#include <Documents/WorksheetText.h>
+#include <Documents/detail/WorksheetLayout.h>
+#include <Documents/detail/WorksheetText.h>
 #include <IO/VoIODevice.h>
 #include <XML/VoXMLStreamElementWriter.h>
 #include <XML/VoXMLStreamWriter.h>
-#include <XML/XMLMarkup.h>
+#include <XML/detail/XMLMarkup.h>
 
 #include <utility>
 

@@ -1,11 +1,11 @@
 #include <Documents/VoVariantTable.h>
 
-#include <Core/Callback.h>
 #include <Core/VoDeque.h>
-#include <Documents/CSVText.h>
-#include <Documents/ColumnSearch.h>
+#include <Core/detail/Callback.h>
 #include <Documents/VoCSVReader.h>
 #include <Documents/VoCSVWriter.h>
+#include <Documents/detail/CSVText.h>
+#include <Documents/detail/ColumnSearch.h>
 #include <IO/VoStringDevice.h>
 
 #include <algorithm>

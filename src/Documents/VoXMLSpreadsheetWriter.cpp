@@ -6,7 +6,7 @@
 #include <IO/VoIOException.h>
 #include <XML/VoXMLStreamElementWriter.h>
 #include <XML/VoXMLStreamWriter.h>
-#include <XML/XMLText.h>
+#include <XML/detail/XMLText.h>
 
 #include <cmath>
 #include <string>

@@ -5,10 +5,10 @@
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
-#include <Documents/VoZipArchiveInternal.h>
 #include <Documents/VoZipFile.h>
-#include <FileSystem/NativePath.h>
+#include <Documents/detail/VoZipArchiveInternal.h>
 #include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativePath.h>
 #include <Subsystem/VoLogging.h>
 
 #include <algorithm>

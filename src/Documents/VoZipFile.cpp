@@ -3,7 +3,7 @@
 #include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Documents/VoZipArchive.h>
-#include <Documents/VoZipArchiveInternal.h>
+#include <Documents/detail/VoZipArchiveInternal.h>
 
 #include <algorithm>
 

@@ -1,19 +1,19 @@
 #include <Documents/VoZipper.h>
 
-#include <Core/Completed.h>
 #include <Core/VoDeque.h>
 #include <Core/VoException.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
-#include <Documents/UnzipPlan.h>
+#include <Core/detail/Completed.h>
 #include <Documents/VoZipArchive.h>
-#include <Documents/VoZipArchiveInternal.h>
 #include <Documents/VoZipFile.h>
-#include <FileSystem/NativeFile.h>
-#include <FileSystem/NativePath.h>
+#include <Documents/detail/UnzipPlan.h>
+#include <Documents/detail/VoZipArchiveInternal.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativePath.h>
 #include <IO/VoIOException.h>
 
 #include <filesystem>

@@ -6,9 +6,9 @@
 #include <Core/VoPair.h>
 #include <Core/VoString.h>
 #include <Download/VoDownloadException.h>
-#include <Download/VoDownloadManagerImpl.h>
-#include <Download/VoDownloadManagerInterface.h>
 #include <Download/VoDownloadNotification.h>
+#include <Download/detail/VoDownloadManagerImpl.h>
+#include <Download/detail/VoDownloadManagerInterface.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoUrl.h>
 #include <Subsystem/VoLogging.h>

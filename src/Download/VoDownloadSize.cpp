@@ -2,7 +2,7 @@
 
 #include <Core/VoException.h>
 #include <Core/VoString.h>
-#include <Download/DownloadText.h>
+#include <Download/detail/DownloadText.h>
 
 #include <charconv>
 #include <limits>

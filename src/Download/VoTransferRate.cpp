@@ -1,8 +1,8 @@
 #include <Download/VoTransferRate.h>
 
 #include <Core/VoString.h>
-#include <Download/DownloadText.h>
 #include <Download/VoDownloadSize.h>
+#include <Download/detail/DownloadText.h>
 #include <Time/VoTimeDuration.h>
 
 #include <algorithm>

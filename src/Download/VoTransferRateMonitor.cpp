@@ -2,8 +2,8 @@
 
 #include <Core/VoString.h>
 #include <Download/VoDownloadSize.h>
-#include <Download/VoSampleRing.h>
 #include <Download/VoTransferRate.h>
+#include <Download/detail/VoSampleRing.h>
 #include <Time/VoTimePoint.h>
 
 #include <chrono>

@@ -2,10 +2,10 @@
 
 #include <Core/VoDeque.h>
 #include <Core/VoMathsException.h>
-#include <FileSystem/PathText.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoPathException.h>
+#include <FileSystem/detail/PathText.h>
 
 #include <ostream>
 

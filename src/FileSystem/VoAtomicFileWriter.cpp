@@ -1,11 +1,11 @@
 #include <FileSystem/VoAtomicFileWriter.h>
 
-#include <Core/Completed.h>
 #include <Core/VoFileException.h>
-#include <FileSystem/NativeFile.h>
-#include <FileSystem/NativePath.h>
-#include <FileSystem/TemporaryName.h>
+#include <Core/detail/Completed.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativePath.h>
+#include <FileSystem/detail/TemporaryName.h>
 #include <IO/VoIODevice.h>
 #include <IO/VoIOException.h>
 

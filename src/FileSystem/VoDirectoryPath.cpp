@@ -1,9 +1,9 @@
 #include <FileSystem/VoDirectoryPath.h>
 
-#include <FileSystem/PathText.h>
 #include <FileSystem/VoDirectoryPathFragment.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoPathException.h>
+#include <FileSystem/detail/PathText.h>
 
 #include <utility>
 

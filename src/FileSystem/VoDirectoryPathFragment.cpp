@@ -1,8 +1,8 @@
 #include <FileSystem/VoDirectoryPathFragment.h>
 
-#include <FileSystem/PathText.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoPathException.h>
+#include <FileSystem/detail/PathText.h>
 
 VoDirectoryPathFragment::VoDirectoryPathFragment() = default;
 VoDirectoryPathFragment::VoDirectoryPathFragment(const VoString& text)

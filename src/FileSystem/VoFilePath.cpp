@@ -1,7 +1,7 @@
 #include <FileSystem/VoFilePath.h>
 
-#include <FileSystem/PathText.h>
 #include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/detail/PathText.h>
 
 #include <ostream>
 #include <string_view>

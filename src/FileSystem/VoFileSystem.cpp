@@ -1,16 +1,16 @@
 #include <FileSystem/VoFileSystem.h>
 
-#include <Core/Callback.h>
-#include <Core/Completed.h>
 #include <Core/VoChecksum.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
-#include <FileSystem/NativeFile.h>
-#include <FileSystem/NativePath.h>
-#include <FileSystem/PathText.h>
-#include <FileSystem/TemporaryName.h>
+#include <Core/detail/Callback.h>
+#include <Core/detail/Completed.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativePath.h>
+#include <FileSystem/detail/PathText.h>
+#include <FileSystem/detail/TemporaryName.h>
 
 #include <QtCore/QStandardPaths>
 #include <QtCore/QUrl>

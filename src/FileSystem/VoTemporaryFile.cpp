@@ -1,13 +1,13 @@
 #include <FileSystem/VoTemporaryFile.h>
 
-#include <Core/Completed.h>
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
-#include <FileSystem/NativeFile.h>
-#include <FileSystem/NativePath.h>
-#include <FileSystem/TemporaryName.h>
+#include <Core/detail/Completed.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativePath.h>
+#include <FileSystem/detail/TemporaryName.h>
 #include <Subsystem/VoLogging.h>
 
 #include <utility>

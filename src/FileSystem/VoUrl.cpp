@@ -1,8 +1,8 @@
 #include <FileSystem/VoUrl.h>
 
 #include <Core/VoFileException.h>
-#include <FileSystem/PathText.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/PathText.h>
 
 #include <QtCore/QString>
 #include <QtCore/QUrl>

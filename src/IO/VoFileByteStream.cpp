@@ -2,10 +2,10 @@
 
 #include <Core/VoByteArray.h>
 #include <Core/VoFileException.h>
-#include <FileSystem/NativePath.h>
 #include <FileSystem/VoFilePath.h>
-#include <IO/BufferedFile.h>
+#include <FileSystem/detail/NativePath.h>
 #include <IO/VoIOException.h>
+#include <IO/detail/BufferedFile.h>
 
 #include <exception>
 #include <ios>

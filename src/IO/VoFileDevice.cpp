@@ -3,10 +3,10 @@
 #include <Core/VoException.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
-#include <FileSystem/NativePath.h>
 #include <FileSystem/VoFilePath.h>
-#include <IO/BufferedFile.h>
+#include <FileSystem/detail/NativePath.h>
 #include <IO/VoIOException.h>
+#include <IO/detail/BufferedFile.h>
 
 #include <algorithm>
 #include <limits>

@@ -1,7 +1,7 @@
 #include <IO/VoFileWriter.h>
 
-#include <Core/Completed.h>
 #include <Core/VoThrow.h>
+#include <Core/detail/Completed.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoTemporaryFile.h>
 #include <IO/VoFileDevice.h>

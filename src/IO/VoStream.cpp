@@ -1,8 +1,8 @@
 #include <IO/VoStream.h>
 
 #include <Core/VoString.h>
-#include <FileSystem/NativePath.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/NativePath.h>
 
 #include <algorithm>
 #include <fstream>

@@ -1,10 +1,10 @@
 #include <Maths/VoLinearProblemText.h>
 
-#include <Core/Completed.h>
 #include <Core/VoFileException.h>
-#include <FileSystem/NativeFile.h>
-#include <FileSystem/NativePath.h>
+#include <Core/detail/Completed.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativePath.h>
 #include <IO/VoIOException.h>
 #include <Maths/VoLinearProblemExceptions.h>
 

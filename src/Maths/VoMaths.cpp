@@ -1,7 +1,7 @@
 #include <Maths/VoMaths.h>
 
-#include <Core/RandomEngine.h>
 #include <Core/VoMathsException.h>
+#include <Core/detail/RandomEngine.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 #include <Maths/VoRandom.h>
 
-#include <Core/NumberText.h>
-#include <Core/RandomEngine.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoString.h>
 #include <Core/VoThrow.h>
+#include <Core/detail/NumberText.h>
+#include <Core/detail/RandomEngine.h>
 
 #include <algorithm>
 #include <array>

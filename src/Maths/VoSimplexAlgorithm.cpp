@@ -3,10 +3,10 @@
 #include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Core/VoThrow.h>
-#include <Maths/CondensedTableau.h>
-#include <Maths/SimplexKernel.h>
 #include <Maths/VoLinearProblemExceptions.h>
 #include <Maths/VoMaths.h>
+#include <Maths/detail/CondensedTableau.h>
+#include <Maths/detail/SimplexKernel.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,11 +1,11 @@
 #include <Subsystem/VoLogging.h>
 
-#include <Core/Callback.h>
-#include <Core/Printable.h>
 #include <Core/VoException.h>
+#include <Core/detail/Callback.h>
+#include <Core/detail/Printable.h>
 #include <FileSystem/VoFilePath.h>
-#include <Subsystem/LogFiles.h>
-#include <Threading/CallbackList.h>
+#include <Subsystem/detail/LogFiles.h>
+#include <Threading/detail/CallbackList.h>
 
 #include <QtCore/QtGlobal>
 

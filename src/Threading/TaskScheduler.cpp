@@ -2,12 +2,12 @@
 #include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoSerialTaskScheduler.h>
 
-#include <Core/Callback.h>
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
+#include <Core/detail/Callback.h>
 #include <Subsystem/VoLogging.h>
-#include <Threading/Processors.h>
-#include <Threading/ThreadFactory.h>
+#include <Threading/detail/Processors.h>
+#include <Threading/detail/ThreadFactory.h>
 
 #include <algorithm>
 #include <atomic>

@@ -1,8 +1,8 @@
 #include <Threading/VoAbstractBroadcaster.h>
 
-#include <Threading/BroadcasterCell.h>
 #include <Threading/VoBroadcastConnection.h>
 #include <Threading/VoReceiver.h>
+#include <Threading/detail/BroadcasterCell.h>
 
 #include <mutex>
 #include <utility>

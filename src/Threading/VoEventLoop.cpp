@@ -2,8 +2,8 @@
 
 #include <Core/VoExceptionText.h>
 #include <Subsystem/VoLogging.h>
-#include <Threading/ThreadFactory.h>
 #include <Threading/VoThreadException.h>
+#include <Threading/detail/ThreadFactory.h>
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 #include <Threading/VoReceiver.h>
 
 #include <Core/VoException.h>
-#include <Threading/BroadcasterCell.h>
 #include <Threading/VoAbstractBroadcaster.h>
 #include <Threading/VoBroadcastConnection.h>
+#include <Threading/detail/BroadcasterCell.h>
 
 #include <utility>
 

@@ -4,7 +4,7 @@
 #include <Core/VoExceptionText.h>
 #include <Core/VoString.h>
 #include <Subsystem/VoLogging.h>
-#include <Threading/CallbackList.h>
+#include <Threading/detail/CallbackList.h>
 #include <Time/VoTimeDuration.h>
 
 #include <algorithm>

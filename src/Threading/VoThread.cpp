@@ -1,8 +1,8 @@
 #include <Threading/VoThread.h>
 
 #include <Subsystem/VoLogging.h>
-#include <Threading/ThreadFactory.h>
 #include <Threading/VoThreadException.h>
+#include <Threading/detail/ThreadFactory.h>
 
 #include <exception>
 #include <system_error>

@@ -1,6 +1,6 @@
 #include <Threading/VoTimerClock.h>
 
-#include <Threading/ThreadFactory.h>
+#include <Threading/detail/ThreadFactory.h>
 
 #include <algorithm>
 #include <chrono>

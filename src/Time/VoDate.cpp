@@ -3,8 +3,8 @@
 #include <Core/VoException.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoString.h>
-#include <Time/CalendarDate.h>
-#include <Time/DatePattern.h>
+#include <Time/detail/CalendarDate.h>
+#include <Time/detail/DatePattern.h>
 
 #include <QtCore/QDate>
 

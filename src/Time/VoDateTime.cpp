@@ -3,9 +3,9 @@
 #include <Core/VoException.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoString.h>
-#include <Time/CalendarDate.h>
-#include <Time/DatePattern.h>
-#include <Time/TextScanner.h>
+#include <Time/detail/CalendarDate.h>
+#include <Time/detail/DatePattern.h>
+#include <Time/detail/TextScanner.h>
 
 #include <QtCore/QDateTime>
 #include <QtCore/QTimeZone>

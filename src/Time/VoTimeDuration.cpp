@@ -3,7 +3,7 @@
 #include <Core/VoException.h>
 #include <Core/VoMathsException.h>
 #include <Core/VoString.h>
-#include <Time/DurationText.h>
+#include <Time/detail/DurationText.h>
 
 #include <charconv>
 #include <cmath>

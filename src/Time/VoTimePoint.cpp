@@ -2,7 +2,7 @@
 
 #include <Core/VoException.h>
 #include <Core/VoString.h>
-#include <Time/CalendarDate.h>
+#include <Time/detail/CalendarDate.h>
 
 #include <cstdint>
 #include <ostream>

@@ -3,8 +3,8 @@
 #include <Core/VoDeque.h>
 #include <Core/VoException.h>
 #include <Core/VoString.h>
-#include <Time/CalendarDate.h>
-#include <Time/ZoneData.h>
+#include <Time/detail/CalendarDate.h>
+#include <Time/detail/ZoneData.h>
 
 #include <QtCore/QTimeZone>
 

@@ -3,8 +3,8 @@
 #include <Core/VoChecksum.h>
 #include <Core/VoUUID.h>
 #include <Download/VoDownloadSize.h>
-#include <Updater/Attributes.h>
-#include <Updater/HiddenState.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/HiddenState.h>
 
 namespace vo::updater {
 

@@ -2,8 +2,8 @@
 
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
-#include <Updater/Attributes.h>
-#include <Updater/HiddenState.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/HiddenState.h>
 
 namespace vo::updater {
 

@@ -11,15 +11,15 @@
 #include <FileSystem/VoUrl.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/Containment.h>
-#include <Updater/FileActions.h>
-#include <Updater/FileInstaller.h>
-#include <Updater/InstallerPrivate.h>
-#include <Updater/PackageValidator.h>
-#include <Updater/RemoteDocument.h>
-#include <Updater/UpdaterPaths.h>
 #include <Updater/VoInstallationFailedException.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/Containment.h>
+#include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/RemoteDocument.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/install/FileInstaller.h>
+#include <Updater/detail/install/InstallerPrivate.h>
 
 #include <algorithm>
 #include <utility>

@@ -5,9 +5,9 @@
 #include <Core/VoUUID.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFilePath.h>
-#include <Updater/Attributes.h>
-#include <Updater/HiddenState.h>
-#include <Updater/XMLDocument.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/HiddenState.h>
+#include <Updater/detail/documents/XMLDocument.h>
 #include <XML/VoXMLStreamLoader.h>
 
 #include <algorithm>

@@ -3,16 +3,16 @@
 #include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
-#include <Download/DownloadFailure.h>
 #include <Download/VoDownloadPolicy.h>
+#include <Download/detail/DownloadFailure.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoUrl.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/Attributes.h>
-#include <Updater/HiddenState.h>
-#include <Updater/ListingTable.h>
-#include <Updater/RemoteDocument.h>
-#include <Updater/XMLDocument.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/HiddenState.h>
+#include <Updater/detail/documents/ListingTable.h>
+#include <Updater/detail/documents/RemoteDocument.h>
+#include <Updater/detail/documents/XMLDocument.h>
 #include <XML/VoXMLStreamLoader.h>
 
 namespace vo::updater {

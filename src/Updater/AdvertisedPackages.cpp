@@ -4,16 +4,16 @@
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
-#include <Download/DownloadFailure.h>
 #include <Download/VoDownloadPolicy.h>
+#include <Download/detail/DownloadFailure.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/AdvertisedPackageListing.h>
-#include <Updater/Attributes.h>
-#include <Updater/HiddenState.h>
-#include <Updater/PackageValidator.h>
-#include <Updater/RemoteDocument.h>
-#include <Updater/UpdaterPaths.h>
-#include <Updater/XMLDocument.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/HiddenState.h>
+#include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/RemoteDocument.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/documents/XMLDocument.h>
 #include <XML/VoXMLPath.h>
 #include <XML/VoXMLStreamLoader.h>
 

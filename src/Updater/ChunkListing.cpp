@@ -4,8 +4,8 @@
 #include <Core/VoUUID.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFilePath.h>
-#include <Updater/Attributes.h>
-#include <Updater/HiddenState.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/HiddenState.h>
 
 namespace vo::updater {
 

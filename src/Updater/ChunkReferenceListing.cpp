@@ -1,8 +1,8 @@
 #include <Updater/ChunkReferenceListing.h>
 
 #include <Core/VoUUID.h>
-#include <Updater/Attributes.h>
-#include <Updater/HiddenState.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/HiddenState.h>
 
 namespace vo::updater {
 

@@ -5,9 +5,9 @@
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <Updater/Attributes.h>
-#include <Updater/HiddenState.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/HiddenState.h>
 
 namespace vo::updater {
 

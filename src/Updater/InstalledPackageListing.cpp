@@ -6,10 +6,10 @@
 #include <Core/VoVersion.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFilePath.h>
-#include <Updater/Attributes.h>
-#include <Updater/HiddenState.h>
-#include <Updater/ListingTable.h>
-#include <Updater/XMLDocument.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/HiddenState.h>
+#include <Updater/detail/documents/ListingTable.h>
+#include <Updater/detail/documents/XMLDocument.h>
 #include <XML/VoXMLStreamLoader.h>
 
 namespace vo::updater {

@@ -1,6 +1,6 @@
 #include <Updater/PackageDifferences.h>
 
-#include <Updater/HiddenState.h>
+#include <Updater/detail/documents/HiddenState.h>
 
 namespace vo::updater {
 

@@ -11,21 +11,21 @@
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/Containment.h>
-#include <Updater/DamageRecord.h>
-#include <Updater/FileActions.h>
-#include <Updater/FileClaims.h>
-#include <Updater/FileContent.h>
-#include <Updater/FileInstaller.h>
-#include <Updater/FileOwners.h>
-#include <Updater/FileReuse.h>
-#include <Updater/InstallationJournal.h>
 #include <Updater/InstalledPackages.h>
-#include <Updater/InstallerPrivate.h>
-#include <Updater/PackageValidator.h>
-#include <Updater/UpdatePlan.h>
-#include <Updater/UpdateTransaction.h>
-#include <Updater/VolumeSync.h>
+#include <Updater/detail/documents/Containment.h>
+#include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/install/FileClaims.h>
+#include <Updater/detail/install/FileContent.h>
+#include <Updater/detail/install/FileInstaller.h>
+#include <Updater/detail/install/FileOwners.h>
+#include <Updater/detail/install/FileReuse.h>
+#include <Updater/detail/install/InstallationJournal.h>
+#include <Updater/detail/install/InstallerPrivate.h>
+#include <Updater/detail/install/UpdatePlan.h>
+#include <Updater/detail/install/UpdateTransaction.h>
+#include <Updater/detail/install/VolumeSync.h>
+#include <Updater/detail/registry/DamageRecord.h>
 
 #include <QtCore/QScopeGuard>
 

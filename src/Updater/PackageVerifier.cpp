@@ -6,9 +6,9 @@
 #include <IO/VoIOException.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/FileContent.h>
-#include <Updater/InstallerPrivate.h>
 #include <Updater/PackageInstaller.h>
+#include <Updater/detail/install/FileContent.h>
+#include <Updater/detail/install/InstallerPrivate.h>
 
 namespace vo::updater {
 

@@ -1,10 +1,10 @@
 #include <XML/VoStreamXMLElementReader.h>
 
-#include <Core/Callback.h>
 #include <Core/VoString.h>
+#include <Core/detail/Callback.h>
 #include <XML/VoXMLAttributeSet.h>
 #include <XML/VoXMLPath.h>
-#include <XML/XMLReadEngine.h>
+#include <XML/detail/XMLReadEngine.h>
 
 #include <utility>
 

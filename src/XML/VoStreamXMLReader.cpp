@@ -3,7 +3,7 @@
 #include <Core/VoString.h>
 #include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
-#include <XML/XMLReadEngine.h>
+#include <XML/detail/XMLReadEngine.h>
 
 #include <utility>
 

@@ -1,8 +1,8 @@
 #include <XML/VoXMLAttributeSet.h>
 
 #include <Core/VoXMLException.h>
-#include <XML/XMLAttributeCollector.h>
-#include <XML/XMLText.h>
+#include <XML/detail/XMLAttributeCollector.h>
+#include <XML/detail/XMLText.h>
 
 #include <QtCore/QXmlStreamAttributes>
 

@@ -8,12 +8,12 @@
 #include <IO/VoIOException.h>
 #include <IO/VoStringDevice.h>
 #include <XML/VoXMLDomElementWriter.h>
-#include <XML/XMLDomNamespaces.h>
-#include <XML/XMLDomWriter.h>
-#include <XML/XMLLimits.h>
-#include <XML/XMLNames.h>
-#include <XML/XMLReadEngine.h>
-#include <XML/XMLText.h>
+#include <XML/detail/XMLDomNamespaces.h>
+#include <XML/detail/XMLDomWriter.h>
+#include <XML/detail/XMLLimits.h>
+#include <XML/detail/XMLNames.h>
+#include <XML/detail/XMLReadEngine.h>
+#include <XML/detail/XMLText.h>
 
 #include <QtXml/QDomDocument>
 

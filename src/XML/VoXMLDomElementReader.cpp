@@ -3,9 +3,9 @@
 #include <Core/VoBase64.h>
 #include <Core/VoException.h>
 #include <Core/VoXMLException.h>
-#include <XML/XMLAttributeCollector.h>
-#include <XML/XMLDomNamespaces.h>
-#include <XML/XMLText.h>
+#include <XML/detail/XMLAttributeCollector.h>
+#include <XML/detail/XMLDomNamespaces.h>
+#include <XML/detail/XMLText.h>
 
 #include <QtXml/QDomElement>
 

@@ -3,10 +3,10 @@
 #include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Core/VoXMLException.h>
-#include <XML/XMLDomNamespaces.h>
-#include <XML/XMLLimits.h>
-#include <XML/XMLNames.h>
-#include <XML/XMLText.h>
+#include <XML/detail/XMLDomNamespaces.h>
+#include <XML/detail/XMLLimits.h>
+#include <XML/detail/XMLNames.h>
+#include <XML/detail/XMLText.h>
 
 #include <QtXml/QDomDocument>
 #include <QtXml/QDomElement>

@@ -7,7 +7,7 @@
 #include <XML/VoXMLPath.h>
 #include <XML/VoXMLStreamElementReader.h>
 #include <XML/VoXMLStreamReader.h>
-#include <XML/XMLLimits.h>
+#include <XML/detail/XMLLimits.h>
 
 #include <map>
 #include <utility>

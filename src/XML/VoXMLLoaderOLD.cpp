@@ -8,7 +8,7 @@
 #include <XML/VoXMLRule.h>
 #include <XML/VoXMLStreamElementReader.h>
 #include <XML/VoXMLStreamReader.h>
-#include <XML/XMLPathOrder.h>
+#include <XML/detail/XMLPathOrder.h>
 
 #include <map>
 #include <utility>

@@ -10,8 +10,8 @@
 #include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
 #include <Time/VoDateTime.h>
-#include <XML/XMLNamespaceBase.h>
-#include <XML/XMLTypeNames.h>
+#include <XML/detail/XMLNamespaceBase.h>
+#include <XML/detail/XMLTypeNames.h>
 
 #include <charconv>
 #include <cstddef>

@@ -1,8 +1,8 @@
 #include <XML/VoXMLStreamElementLoader.h>
 
 #include <Core/VoException.h>
-#include <XML/LoaderElementReader.h>
-#include <XML/XMLLimits.h>
+#include <XML/detail/LoaderElementReader.h>
+#include <XML/detail/XMLLimits.h>
 
 #include <utility>
 

@@ -4,7 +4,7 @@
 #include <Core/VoException.h>
 #include <Core/VoXMLException.h>
 #include <XML/VoXMLStreamReader.h>
-#include <XML/XMLReadEngine.h>
+#include <XML/detail/XMLReadEngine.h>
 
 #include <utility>
 

@@ -9,7 +9,7 @@
 #include <XML/VoStreamXMLReader.h>
 #include <XML/VoXMLPath.h>
 #include <XML/VoXMLStreamElementLoader.h>
-#include <XML/XMLPathOrder.h>
+#include <XML/detail/XMLPathOrder.h>
 
 #include <map>
 #include <string_view>

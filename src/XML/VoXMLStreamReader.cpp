@@ -5,8 +5,8 @@
 #include <XML/VoXMLPath.h>
 #include <XML/VoXMLStreamElementReader.h>
 #include <XML/VoXMLValidator.h>
-#include <XML/XMLReadEngine.h>
-#include <XML/XMLText.h>
+#include <XML/detail/XMLReadEngine.h>
+#include <XML/detail/XMLText.h>
 
 #include <algorithm>
 #include <utility>

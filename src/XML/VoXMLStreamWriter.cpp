@@ -6,11 +6,11 @@
 #include <IO/VoIODevice.h>
 #include <IO/VoIOException.h>
 #include <XML/VoXMLStreamElementWriter.h>
-#include <XML/XMLDevice.h>
-#include <XML/XMLLimits.h>
-#include <XML/XMLMarkup.h>
-#include <XML/XMLNames.h>
-#include <XML/XMLText.h>
+#include <XML/detail/XMLDevice.h>
+#include <XML/detail/XMLLimits.h>
+#include <XML/detail/XMLMarkup.h>
+#include <XML/detail/XMLNames.h>
+#include <XML/detail/XMLText.h>
 
 #include <QtCore/QString>
 #include <QtCore/QXmlStreamWriter>

@@ -4,13 +4,13 @@
 #include <Core/VoMathsException.h>
 #include <Core/VoString.h>
 #include <Core/VoXMLException.h>
-#include <FileSystem/NativePath.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/NativePath.h>
 #include <IO/VoIODevice.h>
 #include <Subsystem/VoLogging.h>
-#include <XML/XMLDevice.h>
-#include <XML/XMLOutline.h>
-#include <XML/XMLText.h>
+#include <XML/detail/XMLDevice.h>
+#include <XML/detail/XMLOutline.h>
+#include <XML/detail/XMLText.h>
 
 #include <QtCore/QUrl>
 #include <QtCore/QXmlStreamReader>

@@ -1,7 +1,7 @@
 #include <VoTestSupport.h>
 
-#include <Core/NumberText.h>
 #include <Core/VoStringConverter.h>
+#include <Core/detail/NumberText.h>
 
 #include <climits>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "StringTestLocale.h"
 
-#include <Core/CaseFold.h>
+#include <Core/detail/CaseFold.h>
 
 #include <QtCore/QString>
 

@@ -1,10 +1,10 @@
-#include <Core/Sha3Hasher.h>
 #include <Core/VoChecksum.h>
 #include <Core/VoFileException.h>
-#include <FileSystem/NativePath.h>
+#include <Core/detail/Sha3Hasher.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoTemporaryDir.h>
+#include <FileSystem/detail/NativePath.h>
 #include <VoTestSupport.h>
 
 #include <QtCore/QByteArray>

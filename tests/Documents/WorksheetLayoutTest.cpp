@@ -1,5 +1,5 @@
 #include <Core/VoException.h>
-#include <Documents/WorksheetLayout.h>
+#include <Documents/detail/WorksheetLayout.h>
 #include <VoTestSupport.h>
 
 #include <random>

@@ -3,9 +3,9 @@
 #include <Core/VoDeque.h>
 #include <Core/VoFileException.h>
 #include <Documents/VoZipArchive.h>
-#include <Documents/VoZipArchiveInternal.h>
 #include <Documents/VoZipFile.h>
-#include <Documents/ZipOutput.h>
+#include <Documents/detail/VoZipArchiveInternal.h>
+#include <Documents/detail/ZipOutput.h>
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 

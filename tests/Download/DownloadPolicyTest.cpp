@@ -1,11 +1,11 @@
 #include <VoTestSupport.h>
 
 #include <Core/VoSharedPtr.h>
-#include <Download/DownloadFailure.h>
-#include <Download/VoDownloadMonitors.h>
 #include <Download/VoDownloadNotification.h>
 #include <Download/VoDownloadPolicy.h>
-#include <Download/VoRedirectPolicy.h>
+#include <Download/detail/DownloadFailure.h>
+#include <Download/detail/VoDownloadMonitors.h>
+#include <Download/detail/VoRedirectPolicy.h>
 
 #include <QtCore/QDateTime>
 #include <QtCore/QUrl>

@@ -12,13 +12,13 @@
 #include <Core/VoUUID.h>
 #include <Download/VoDownloadException.h>
 #include <Download/VoDownloadManager.h>
-#include <Download/VoDownloadManagerImpl.h>
-#include <Download/VoDownloadManagerInterface.h>
 #include <Download/VoDownloadNotification.h>
 #include <Download/VoDownloadPolicy.h>
 #include <Download/VoDownloadRequest.h>
 #include <Download/VoGroupedDownloadRequest.h>
-#include <Download/VoSingleDownload.h>
+#include <Download/detail/VoDownloadManagerImpl.h>
+#include <Download/detail/VoDownloadManagerInterface.h>
+#include <Download/detail/VoSingleDownload.h>
 #include <FileSystem/VoUrl.h>
 #include <Threading/VoReceiver.h>
 #include <Threading/VoStopFlag.h>

@@ -1,7 +1,7 @@
 #include <Download/VoDownloadSize.h>
-#include <Download/VoSampleRing.h>
 #include <Download/VoTransferRate.h>
 #include <Download/VoTransferRateMonitor.h>
+#include <Download/detail/VoSampleRing.h>
 #include <Time/VoTimePoint.h>
 
 #include <VoTestSupport.h>

@@ -1,6 +1,6 @@
 #include "FileSystemFixture.h"
 
-#include <FileSystem/FileLock.h>
+#include <FileSystem/detail/FileLock.h>
 
 #include <atomic>
 #include <thread>

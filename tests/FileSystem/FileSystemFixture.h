@@ -1,10 +1,10 @@
 #pragma once
 
-#include <FileSystem/NativePath.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoTemporaryDir.h>
+#include <FileSystem/detail/NativePath.h>
 #include <VoTestSupport.h>
 
 #include <algorithm>

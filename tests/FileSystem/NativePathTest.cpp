@@ -1,7 +1,7 @@
 #include "FileSystemFixture.h"
 
 #include <Core/VoFileException.h>
-#include <FileSystem/NativeFile.h>
+#include <FileSystem/detail/NativeFile.h>
 
 #include <system_error>
 

@@ -1,5 +1,5 @@
-#include <FileSystem/SafePath.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/SafePath.h>
 #include <VoTestSupport.h>
 
 #include <string>

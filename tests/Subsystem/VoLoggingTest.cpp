@@ -6,7 +6,7 @@
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
-#include <Subsystem/LogFiles.h>
+#include <Subsystem/detail/LogFiles.h>
 
 #include <QtCore/QtDebug>
 #include <QtCore/QtGlobal>

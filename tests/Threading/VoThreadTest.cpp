@@ -1,8 +1,8 @@
 #include <VoTestSupport.h>
 
-#include <Threading/ThreadFactory.h>
 #include <Threading/VoThread.h>
 #include <Threading/VoThreadException.h>
+#include <Threading/detail/ThreadFactory.h>
 
 #include <future>
 #include <memory>

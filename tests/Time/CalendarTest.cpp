@@ -2,7 +2,7 @@
 #include <Core/VoException.h>
 #include <Core/VoMathsException.h>
 #include <Time/VoDateTime.h>
-#include <Time/ZoneRule.h>
+#include <Time/detail/ZoneRule.h>
 #include <VoTestSupport.h>
 
 #include <QtCore/QDateTime>

@@ -1,6 +1,6 @@
 #include <VoTestSupport.h>
 
-#include <Updater/ChunkCache.h>
+#include <Updater/detail/install/ChunkCache.h>
 
 #include <random>
 #include <vector>

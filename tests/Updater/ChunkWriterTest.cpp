@@ -2,7 +2,7 @@
 
 #include <Core/VoMathsException.h>
 #include <IO/VoFileByteStream.h>
-#include <Updater/ChunkWriter.h>
+#include <Updater/detail/publish/ChunkWriter.h>
 
 #include <string>
 #include <utility>

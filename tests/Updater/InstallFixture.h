@@ -7,13 +7,13 @@
 #include <FileSystem/VoUrl.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/FileActions.h>
 #include <Updater/InstalledPackages.h>
 #include <Updater/PackageBuilder.h>
 #include <Updater/PackageInstaller.h>
 #include <Updater/UpdatePackageBuilder.h>
 #include <Updater/VoInstallationFailedException.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/install/FileActions.h>
 
 #include <algorithm>
 #include <memory>

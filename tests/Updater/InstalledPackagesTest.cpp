@@ -1,6 +1,6 @@
 #include "InstallFixture.h"
 
-#include <Updater/RegistryFile.h>
+#include <Updater/detail/registry/RegistryFile.h>
 
 #include <atomic>
 #include <thread>

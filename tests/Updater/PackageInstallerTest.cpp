@@ -1,6 +1,6 @@
 #include "InstallFixture.h"
 
-#include <Updater/InstallerSettings.h>
+#include <Updater/detail/install/InstallerSettings.h>
 
 #include <set>
 

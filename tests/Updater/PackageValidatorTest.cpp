@@ -1,6 +1,6 @@
 #include "UpdaterFixture.h"
 
-#include <Updater/PackageValidator.h>
+#include <Updater/detail/documents/PackageValidator.h>
 
 using namespace vo::updater;
 using namespace vo::updater::detail;

@@ -4,7 +4,7 @@
 #include <Updater/PackageBuilder.h>
 #include <Updater/PackingOrder.h>
 #include <Updater/UpdatePackageBuilder.h>
-#include <Updater/UpdatePlan.h>
+#include <Updater/detail/install/UpdatePlan.h>
 
 #include <vector>
 

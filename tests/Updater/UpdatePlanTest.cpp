@@ -1,6 +1,6 @@
 #include "UpdaterFixture.h"
 
-#include <Updater/UpdatePlan.h>
+#include <Updater/detail/install/UpdatePlan.h>
 
 #include <algorithm>
 #include <set>

@@ -6,10 +6,10 @@
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
 #include <Download/VoDownloadSize.h>
-#include <FileSystem/NativePath.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoTemporaryDir.h>
+#include <FileSystem/detail/NativePath.h>
 #include <Subsystem/VoLogging.h>
 #include <Updater/AdvertisedPackageListing.h>
 

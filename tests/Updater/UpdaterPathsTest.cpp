@@ -4,8 +4,8 @@
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoReceiver.h>
 #include <Updater/AdvertisedPackages.h>
-#include <Updater/UpdaterPaths.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
 
 #include <QtCore/QtGlobal>
 

@@ -16,9 +16,9 @@ run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${prefix}")
 
 # Private headers stay in the tree.
 file(GLOB_RECURSE headers RELATIVE "${prefix}/include/VoCore" "${prefix}/include/VoCore/*.h")
-foreach(private IN ITEMS FileSystem/NativePath.h Updater/UpdatePlan.h Core/CaseFold.h)
-    if(private IN_LIST headers)
-        message(FATAL_ERROR "${private} is private but installed")
+foreach(header IN LISTS headers)
+    if(header MATCHES "/detail/")
+        message(FATAL_ERROR "${header} is private but installed")
     endif()
 endforeach()
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <FileSystem/NativePath.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/NativePath.h>
 
 #include <cstdlib>
 #include <filesystem>

@@ -1,5 +1,5 @@
 #include <VoTestSupport.h>
-#include <vo/NearestName.h>
+#include <vo/line/NearestName.h>
 
 #include <random>
 

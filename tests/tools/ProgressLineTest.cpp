@@ -1,5 +1,5 @@
 #include <VoTestSupport.h>
-#include <vo/ProgressLine.h>
+#include <vo/screen/ProgressLine.h>
 
 #include <limits>
 #include <random>

@@ -1,6 +1,6 @@
 #include <VoTestSupport.h>
-#include <vo/CommandError.h>
-#include <vo/ReleaseChoice.h>
+#include <vo/line/CommandError.h>
+#include <vo/release/ReleaseChoice.h>
 
 using namespace vo::tool;
 using namespace vo::updater;

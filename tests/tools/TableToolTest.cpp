@@ -1,10 +1,10 @@
 #include "VoProgram.h"
 
-#include <vo/TableOutput.h>
+#include <vo/screen/TableOutput.h>
 
 #include <Documents/VoZipArchive.h>
 #include <Documents/VoZipFile.h>
-#include <FileSystem/NativePath.h>
+#include <FileSystem/detail/NativePath.h>
 
 #include <QtCore/QJsonArray>
 

@@ -1,5 +1,5 @@
 #include <VoTestSupport.h>
-#include <vo/Values.h>
+#include <vo/line/Values.h>
 
 using namespace vo::tool;
 

@@ -1,4 +1,4 @@
-#include "Interrupt.h"
+#include <vo/Interrupt.h>
 
 #include <windows.h>
 

@@ -1,12 +1,12 @@
-#include "Program.h"
+#include <vo/Program.h>
 
-#include "CommandError.h"
-#include "Downloads.h"
-#include "Failures.h"
-#include "Help.h"
-#include "Interrupt.h"
-#include "Session.h"
-#include "Terminal.h"
+#include <vo/Interrupt.h>
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Help.h>
+#include <vo/release/Downloads.h>
+#include <vo/screen/Terminal.h>
 
 #include <Core/VoExceptionText.h>
 #include <Subsystem/VoLogging.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ExitCode.h"
+#include <vo/line/ExitCode.h>
 
 class QStringList;
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Arguments.h"
-#include "Console.h"
-#include "Downloads.h"
+#include <vo/line/Arguments.h>
+#include <vo/release/Downloads.h>
+#include <vo/screen/Console.h>
 
 #include <Download/VoDownloadPolicy.h>
 #include <Threading/VoStopFlag.h>

@@ -1,5 +1,5 @@
-#include "Program.h"
-#include "Terminal.h"
+#include <vo/Program.h>
+#include <vo/screen/Terminal.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QStringList>

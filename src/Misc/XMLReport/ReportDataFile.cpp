@@ -1,21 +1,21 @@
 #include <Misc/XMLReport/ReportDataFile.h>
 
-#include <Core/Completed.h>
-#include <Core/NumberText.h>
 #include <Core/VoBase64.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
-#include <FileSystem/NativeFile.h>
-#include <FileSystem/NativePath.h>
+#include <Core/detail/Completed.h>
+#include <Core/detail/NumberText.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativePath.h>
 #include <Misc/XMLReport/ReportPages.h>
-#include <Misc/XMLReport/ResultsSchema.h>
+#include <Misc/XMLReport/detail/ResultsSchema.h>
 #include <Subsystem/VoLogging.h>
 #include <XML/VoStreamXMLReader.h>
 #include <XML/VoXMLStreamElementWriter.h>
 #include <XML/VoXMLStreamWriter.h>
-#include <XML/XMLNamespaceBase.h>
+#include <XML/detail/XMLNamespaceBase.h>
 
 #include <array>
 #include <limits>

@@ -1,5 +1,5 @@
-#include "../Failures.h"
-#include "../Session.h"
+#include <vo/Session.h>
+#include <vo/line/Failures.h>
 
 #include <Core/VoChecksum.h>
 #include <Core/VoException.h>

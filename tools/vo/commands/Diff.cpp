@@ -1,7 +1,7 @@
-#include "../Paths.h"
-#include "../ReleaseChoice.h"
-#include "../Session.h"
-#include "../Totals.h"
+#include <vo/Session.h>
+#include <vo/line/Paths.h>
+#include <vo/release/ReleaseChoice.h>
+#include <vo/release/Totals.h>
 
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/PackageDifferences.h>

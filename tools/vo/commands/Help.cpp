@@ -1,6 +1,6 @@
-#include "../Help.h"
+#include <vo/line/Help.h>
 
-#include "../Session.h"
+#include <vo/Session.h>
 
 namespace vo::tool {
 namespace {

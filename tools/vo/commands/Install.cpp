@@ -1,12 +1,12 @@
-#include "../CommandError.h"
-#include "../Failures.h"
-#include "../InstallJob.h"
-#include "../Paths.h"
-#include "../PlanView.h"
-#include "../Session.h"
-#include "../SourceRecord.h"
-#include "../Stopwatch.h"
-#include "../UpdateProgress.h"
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Paths.h>
+#include <vo/release/InstallJob.h>
+#include <vo/release/SourceRecord.h>
+#include <vo/screen/PlanView.h>
+#include <vo/screen/Stopwatch.h>
+#include <vo/screen/UpdateProgress.h>
 
 #include <Updater/InstalledPackages.h>
 #include <Updater/VoUpdater.h>

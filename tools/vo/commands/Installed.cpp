@@ -1,6 +1,6 @@
-#include "../Failures.h"
-#include "../Paths.h"
-#include "../Session.h"
+#include <vo/Session.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Paths.h>
 
 #include <Core/VoException.h>
 #include <Updater/InstalledPackages.h>

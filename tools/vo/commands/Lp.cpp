@@ -1,10 +1,10 @@
-#include "../CommandError.h"
-#include "../Failures.h"
-#include "../Paths.h"
-#include "../Session.h"
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Paths.h>
 
-#include <Core/NumberText.h>
 #include <Core/VoException.h>
+#include <Core/detail/NumberText.h>
 #include <Maths/VoLinearProblemCertificate.h>
 #include <Maths/VoLinearProblemSolution.h>
 #include <Maths/VoLinearProblemText.h>

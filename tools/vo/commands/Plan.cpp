@@ -1,6 +1,6 @@
-#include "../InstallJob.h"
-#include "../Session.h"
-#include "../UpdateMatrix.h"
+#include <vo/Session.h>
+#include <vo/release/InstallJob.h>
+#include <vo/release/UpdateMatrix.h>
 
 namespace vo::tool {
 namespace {

@@ -1,10 +1,10 @@
-#include "../CommandError.h"
-#include "../Failures.h"
-#include "../Paths.h"
-#include "../ReleaseChoice.h"
-#include "../Session.h"
-#include "../Stopwatch.h"
-#include "../Totals.h"
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Paths.h>
+#include <vo/release/ReleaseChoice.h>
+#include <vo/release/Totals.h>
+#include <vo/screen/Stopwatch.h>
 
 #include <Core/VoException.h>
 #include <FileSystem/VoFileSystem.h>

@@ -1,7 +1,7 @@
-#include "../Downloads.h"
-#include "../Paths.h"
-#include "../ReleaseChoice.h"
-#include "../Session.h"
+#include <vo/Session.h>
+#include <vo/line/Paths.h>
+#include <vo/release/Downloads.h>
+#include <vo/release/ReleaseChoice.h>
 
 #include <map>
 #include <string>

@@ -1,13 +1,13 @@
-#include "../CommandError.h"
-#include "../Downloads.h"
-#include "../Failures.h"
-#include "../InstalledChoice.h"
-#include "../Paths.h"
-#include "../ReleaseChoice.h"
-#include "../Session.h"
-#include "../SourceRecord.h"
-#include "../UpdateProgress.h"
-#include "../VerificationView.h"
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Paths.h>
+#include <vo/release/Downloads.h>
+#include <vo/release/InstalledChoice.h>
+#include <vo/release/ReleaseChoice.h>
+#include <vo/release/SourceRecord.h>
+#include <vo/screen/UpdateProgress.h>
+#include <vo/screen/VerificationView.h>
 
 #include <Updater/InstalledPackages.h>
 

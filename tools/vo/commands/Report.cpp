@@ -1,12 +1,12 @@
-#include "../CommandError.h"
-#include "../Failures.h"
-#include "../Paths.h"
-#include "../Session.h"
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Paths.h>
 
 #include <FileSystem/VoFileSystem.h>
 #include <Misc/XMLReport/ReportDataFile.h>
-#include <Misc/XMLReport/ReportPage.h>
 #include <Misc/XMLReport/ReportPages.h>
+#include <Misc/XMLReport/detail/ReportPage.h>
 
 #include <limits>
 

@@ -1,8 +1,8 @@
-#include "../Downloads.h"
-#include "../Paths.h"
-#include "../ReleaseChoice.h"
-#include "../Session.h"
-#include "../Totals.h"
+#include <vo/Session.h>
+#include <vo/line/Paths.h>
+#include <vo/release/Downloads.h>
+#include <vo/release/ReleaseChoice.h>
+#include <vo/release/Totals.h>
 
 #include <Core/VoChecksum.h>
 

@@ -1,12 +1,12 @@
-#include "../CommandError.h"
-#include "../Paths.h"
-#include "../Session.h"
-#include "../TableOutput.h"
-#include "../TableView.h"
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Paths.h>
+#include <vo/screen/TableOutput.h>
+#include <vo/screen/TableView.h>
 
 #include <Core/VoException.h>
-#include <Documents/TextEncoding.h>
 #include <Documents/VoCSVReader.h>
+#include <Documents/detail/TextEncoding.h>
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileDevice.h>
 

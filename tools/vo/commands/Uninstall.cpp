@@ -1,10 +1,10 @@
-#include "../CommandError.h"
-#include "../Failures.h"
-#include "../InstalledChoice.h"
-#include "../Paths.h"
-#include "../Session.h"
-#include "../SourceRecord.h"
-#include "../UpdateProgress.h"
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Paths.h>
+#include <vo/release/InstalledChoice.h>
+#include <vo/release/SourceRecord.h>
+#include <vo/screen/UpdateProgress.h>
 
 #include <Updater/InstalledPackages.h>
 #include <Updater/VoUpdater.h>

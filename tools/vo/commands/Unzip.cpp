@@ -1,11 +1,11 @@
-#include "../CommandError.h"
-#include "../Failures.h"
-#include "../Paths.h"
-#include "../Session.h"
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Paths.h>
 
 #include <Documents/VoZipArchive.h>
-#include <Documents/VoZipArchiveInternal.h>
 #include <Documents/VoZipper.h>
+#include <Documents/detail/VoZipArchiveInternal.h>
 
 #include <string>
 

@@ -1,8 +1,8 @@
-#include "../Failures.h"
-#include "../InstalledChoice.h"
-#include "../Session.h"
-#include "../UpdateProgress.h"
-#include "../VerificationView.h"
+#include <vo/Session.h>
+#include <vo/line/Failures.h>
+#include <vo/release/InstalledChoice.h>
+#include <vo/screen/UpdateProgress.h>
+#include <vo/screen/VerificationView.h>
 
 #include <Updater/InstalledPackages.h>
 

@@ -1,8 +1,8 @@
-#include "../CommandError.h"
-#include "../Failures.h"
-#include "../Paths.h"
-#include "../Session.h"
-#include "../UpdateProgress.h"
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Paths.h>
+#include <vo/screen/UpdateProgress.h>
 
 #include <FileSystem/VoFileSystem.h>
 #include <Updater/AdvertisedPackageListing.h>

@@ -1,0 +1,248 @@
+#include <Download/detail/VoDownloadManagerImpl.h>
+
+#include <Core/VoExceptionText.h>
+#include <Download/VoDownloadException.h>
+#include <Download/VoDownloadNotification.h>
+#include <Download/detail/VoGroupDownload.h>
+#include <Download/detail/VoSingleDownload.h>
+#include <Subsystem/VoLogging.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtNetwork/QNetworkAccessManager>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t BufferSize = std::size_t{256} * 1024;
+
+thread_local int CallbackDepth = 0;
+
+vo::logging::Logger& Logger()
+{
+    static vo::logging::Logger& logger = vo::logging::Logger::Get("download");
+    return logger;
+}
+
+} // namespace
+
+VoDownloadManagerImpl::VoDownloadManagerImpl(VoDownloadManagerInterface& requests,
+                                             std::shared_ptr<Broadcaster> broadcaster,
+                                             RedirectHostsSource redirectHosts)
+    : m_requests(requests)
+    , m_broadcaster(std::move(broadcaster))
+    , m_redirectHosts(std::move(redirectHosts))
+{
+    // Always queued: a request made in a notification callback must not broadcast inside that broadcast.
+    connect(&requests, &VoDownloadManagerInterface::downloadRequested, this, &VoDownloadManagerImpl::startDownload,
+            Qt::QueuedConnection);
+    connect(&requests, &VoDownloadManagerInterface::groupedDownloadRequested, this,
+            &VoDownloadManagerImpl::startGroupedDownload, Qt::QueuedConnection);
+    connect(&requests, &VoDownloadManagerInterface::cancelRequested, this, &VoDownloadManagerImpl::cancelDownload,
+            Qt::QueuedConnection);
+    followApplication();
+}
+
+VoDownloadManagerImpl::~VoDownloadManagerImpl()
+{
+    shutDown();
+    // What is still queued ends with this object, on this thread.
+    const std::lock_guard<std::mutex> lock(m_requests.handOver());
+}
+
+QNetworkAccessManager* VoDownloadManagerImpl::networkAccessManager() const
+{
+    return m_network;
+}
+
+vo::detail::RedirectHosts VoDownloadManagerImpl::redirectHosts() const
+{
+    return m_redirectHosts();
+}
+
+vo::detail::ConnectionQueue& VoDownloadManagerImpl::connections() noexcept
+{
+    return m_connections;
+}
+
+std::vector<char>& VoDownloadManagerImpl::buffer()
+{
+    m_buffer.resize(BufferSize);
+    return m_buffer;
+}
+
+void VoDownloadManagerImpl::openNetwork()
+{
+    if (m_network || m_shutDown || !QCoreApplication::instance())
+        return;
+    m_network = new QNetworkAccessManager(this);
+    followNetworkStatus();
+    followApplication();
+}
+
+// The engine may be older than the application object.
+void VoDownloadManagerImpl::followApplication()
+{
+    if (QCoreApplication::instance())
+        connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this,
+                &VoDownloadManagerImpl::applicationQuits, Qt::UniqueConnection);
+}
+
+void VoDownloadManagerImpl::applicationQuits()
+{
+    shutDown();
+    deleteLater();
+}
+
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED
+void VoDownloadManagerImpl::followNetworkStatus()
+{
+    connect(m_network, &QNetworkAccessManager::networkAccessibleChanged, this,
+            [this](QNetworkAccessManager::NetworkAccessibility accessibility) {
+                auto status = VoNetworkStatusNotification::Unknown;
+                if (accessibility == QNetworkAccessManager::Accessible)
+                    status = VoNetworkStatusNotification::Connected;
+                else if (accessibility == QNetworkAccessManager::NotAccessible)
+                    status = VoNetworkStatusNotification::Disconnected;
+                broadcast(VoSharedPtr<VoNetworkStatusNotification>::Make(status));
+            });
+}
+QT_WARNING_POP
+
+void VoDownloadManagerImpl::startDownload(const VoDownloadRequestPtr& request, const VoDownloadTicketPtr& ticket)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_requests.handOver());
+    }
+    start<VoSingleDownload>(*request, ticket);
+}
+
+void VoDownloadManagerImpl::startGroupedDownload(const VoGroupedDownloadRequestPtr& request,
+                                                 const VoDownloadTicketPtr& ticket)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_requests.handOver());
+    }
+    start<VoGroupDownload>(*request, ticket);
+}
+
+template <typename Download, typename Request>
+void VoDownloadManagerImpl::start(const Request& request, const VoDownloadTicketPtr& ticket) noexcept
+{
+    try {
+        openNetwork();
+        auto download = std::make_unique<Download>(request, this);
+        // Broadcasting a failure under an id that is taken would end the innocent download in the eyes of receivers.
+        if (!m_monitor.allocate(*download)) {
+            if (ticket)
+                ticket->end(VoDownloadException("Download failed to register"));
+            return;
+        }
+        VoDownload& running = *download.release();
+        running.setTicket(ticket);
+        if (m_shutDown)
+            running.fail(VoDownloadException("Download service is not available"));
+        else if (!m_network)
+            running.fail(VoDownloadException("No network access manager"));
+        else
+            running.start();
+    } catch (...) {
+        const VoString text = vo::CurrentExceptionText();
+        Logger().error("Download failed: " + request.id().toString() + " - " + text);
+        if (ticket)
+            ticket->end(VoDownloadException(text));
+    }
+}
+
+void VoDownloadManagerImpl::cancelDownload(const VoUUID& id)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_requests.handOver());
+    }
+    Logger().diagnostic("Cancelling download: " + id.toString());
+    if (VoDownload* const download = m_monitor.find(id))
+        download->cancel();
+}
+
+void VoDownloadManagerImpl::ended(VoDownload& download, const VoDownloadException* failure)
+{
+    const VoUUID id = download.id();
+    const VoDownloadTicketPtr ticket = download.ticket();
+    if (failure)
+        broadcast(VoSharedPtr<VoDownloadFailedNotification>::Make(*failure, id));
+    else
+        broadcast(VoSharedPtr<VoDownloadCompleteNotification>::Make(id));
+    m_monitor.complete(id);
+    m_monitor.deallocate(id);
+    // Last: whoever waits for the ticket finds that all receivers have been told.
+    if (!ticket)
+        return;
+    if (failure)
+        ticket->end(*failure);
+    else
+        ticket->end();
+}
+
+void VoDownloadManagerImpl::shutDown() noexcept
+{
+    m_shutDown = true;
+    Q_EMIT beginsToShutDown();
+    for (VoDownload* const download : m_monitor.all())
+        download->fail(VoDownloadException("Download service is not available"));
+    // Not left to the destructor of the base: downloads and replies refer to members of this object.
+    qDeleteAll(findChildren<VoDownload*>(QString(), Qt::FindDirectChildrenOnly));
+    delete m_network;
+    Q_EMIT hasShutDown();
+}
+
+void VoDownloadManagerImpl::broadcast(const VoSharedPtr<VoDownloadNotification>& notification)
+{
+    log(*notification);
+    callBack([&] { m_broadcaster->broadcast(notification); });
+}
+
+void VoDownloadManagerImpl::callBack(const std::function<void()>& function) noexcept
+{
+    ++CallbackDepth;
+    try {
+        function();
+    } catch (...) {
+        Logger().error("Download notification failed: " + vo::CurrentExceptionText());
+    }
+    --CallbackDepth;
+}
+
+bool VoDownloadManagerImpl::IsInCallback() noexcept
+{
+    return CallbackDepth != 0;
+}
+
+void VoDownloadManagerImpl::log(const VoDownloadNotification& notification) const
+{
+    const VoString& id = notification.id().toString();
+    switch (notification.type()) {
+    case VoDownloadNotification::Complete:
+        Logger().diagnostic("Download complete: " + id);
+        break;
+    case VoDownloadNotification::Failed:
+        Logger().warning("Download failed: " + id + " - " + notification.asFailedMessage().message());
+        break;
+    case VoDownloadNotification::NetworkStatus:
+        Logger().diagnostic("Network status change: " + notification.asNetworkStatusMessage().statusString());
+        break;
+    case VoDownloadNotification::Paused:
+        Logger().diagnostic("Download paused: " + id);
+        break;
+    case VoDownloadNotification::Progress: {
+        if (!Logger().isEnabled(vo::logging::Level::Diagnostic))
+            break;
+        const VoDownloadProgressNotification& progress = notification.asProgressMessage();
+        Logger().diagnostic("Download progress: " + id + " - Downloaded: " + progress.received().toString() +
+                            " Total: " + progress.total().toString() + " Rate: " + progress.transferRate().toString());
+        break;
+    }
+    case VoDownloadNotification::Started:
+        Logger().diagnostic("Download started: " + id);
+        break;
+    }
+}

@@ -1,0 +1,40 @@
+#include <FileSystem/detail/FileLock.h>
+
+#include <windows.h>
+
+namespace vo::detail {
+
+// The lock is that nobody else may open the file; the system closes it with the process.
+FileLock::Handle FileLock::Take(const std::filesystem::path& path, std::error_code& openError, std::error_code&)
+{
+    constexpr int Attempts = 50;
+    for (int attempt = 0;; ++attempt) {
+        const HANDLE handle = ::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
+                                            OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (handle != INVALID_HANDLE_VALUE)
+            return reinterpret_cast<Handle>(handle);
+        const DWORD error = ::GetLastError();
+        if (error == ERROR_SHARING_VIOLATION)
+            return NoHandle;
+        // Also told while the file of the last holder is going away.
+        if (error != ERROR_ACCESS_DENIED || attempt == Attempts) {
+            openError = std::error_code(static_cast<int>(error), std::system_category());
+            return NoHandle;
+        }
+        ::Sleep(10);
+    }
+}
+
+void FileLock::LetGo(Handle handle, const std::filesystem::path&) noexcept
+{
+    const auto file = reinterpret_cast<HANDLE>(handle);
+    // What holds bytes was not made by a lock.
+    LARGE_INTEGER size = {};
+    if (::GetFileSizeEx(file, &size) && size.QuadPart == 0) {
+        FILE_DISPOSITION_INFO removal = {TRUE};
+        ::SetFileInformationByHandle(file, FileDispositionInfo, &removal, sizeof(removal));
+    }
+    ::CloseHandle(file);
+}
+
+} // namespace vo::detail

@@ -1,0 +1,109 @@
+#include <FileSystem/detail/NativePath.h>
+
+#include <Core/VoFileException.h>
+#include <FileSystem/VoAbstractPath.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/detail/PathText.h>
+
+#include <algorithm>
+#include <string>
+#include <system_error>
+
+namespace vo::detail {
+
+namespace {
+
+constexpr bool BackslashSeparates = std::filesystem::path::preferred_separator == PathSeparator;
+
+std::filesystem::path NativeText(const VoString& text)
+{
+    if (Bytes(text).find('\0') != std::string_view::npos)
+        throw VoInvalidPathFileException(VoFilePath::CreateUnchecked(VoString(text)));
+    if constexpr (BackslashSeparates) {
+        return std::filesystem::path(text.toWString());
+    } else {
+        std::string bytes = text.toStdString();
+        std::replace(bytes.begin(), bytes.end(), PathSeparator, '/');
+        return std::filesystem::path(std::move(bytes));
+    }
+}
+
+// The bytes of a system's name, with our separator.
+std::string PathBytes(const std::filesystem::path& path)
+{
+    if constexpr (BackslashSeparates) {
+        return VoString::FromWString(path.wstring()).toStdString();
+    } else {
+        std::string bytes = path.string();
+        if (bytes.find(PathSeparator) != std::string::npos)
+            throw VoInvalidPathFileException("Name contains a backslash",
+                                             VoFilePath::CreateUnchecked(VoString(std::move(bytes))));
+        std::replace(bytes.begin(), bytes.end(), '/', PathSeparator);
+        return bytes;
+    }
+}
+
+bool IsRepeatedSeparator(const std::string& bytes, std::size_t index)
+{
+    return index > 1 && bytes[index] == PathSeparator && bytes[index - 1] == PathSeparator;
+}
+
+} // namespace
+
+std::filesystem::path ToNative(const VoFilePath& path)
+{
+    return NativeText(path.path());
+}
+
+std::filesystem::path ToNative(const VoAbstractPath& path)
+{
+    return NativeText(path.path());
+}
+
+VoFilePath FromNative(const std::filesystem::path& path)
+{
+    const std::string bytes = PathBytes(path);
+    std::string text;
+    text.reserve(bytes.size());
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        if (!IsRepeatedSeparator(bytes, i))
+            text += bytes[i];
+    return VoFilePath::CreateUnchecked(VoString(std::move(text)));
+}
+
+VoFilePath ChildFromNative(const VoFilePath& directory, const std::filesystem::path& name)
+{
+    return VoFilePath::CreateUnchecked(directory.path() + VoString(PathBytes(name)));
+}
+
+void RequireValidLength(const VoFilePath& path)
+{
+    if (!path.validLength())
+        throw VoPathSizeFileException(path);
+}
+
+void RequireValidLength(const VoAbstractPath& path)
+{
+    if (path.path().size() > VoFilePath::MaximumLength)
+        throw VoPathSizeFileException(VoFilePath(path));
+}
+
+bool MeansMissing(const std::error_code& error)
+{
+    return error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory ||
+           error == std::errc::too_many_symbolic_link_levels || error == std::errc::filename_too_long;
+}
+
+bool IsInsideCanonical(const VoDirectoryPath& directory, const VoFilePath& path)
+{
+    std::error_code error;
+    const std::filesystem::path outer = std::filesystem::canonical(ToNative(directory), error);
+    std::filesystem::path inner;
+    if (!error)
+        inner = std::filesystem::weakly_canonical(ToNative(path), error);
+    if (error && !MeansMissing(error))
+        throw VoFileException("canonical: " + VoString(error.message()), path);
+    return !error && std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
+}
+
+} // namespace vo::detail

@@ -1,0 +1,268 @@
+#include <Updater/detail/documents/PackageValidator.h>
+
+#include <Core/VoException.h>
+#include <Core/VoString.h>
+#include <Core/VoUUID.h>
+#include <Core/VoVersion.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/SafePath.h>
+#include <Updater/AdvertisedPackageListing.h>
+#include <Updater/detail/install/FileInstaller.h>
+
+#include <QtCore/QString>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace vo::updater::detail {
+
+namespace {
+
+constexpr std::size_t longestIdentifier = 128;
+
+bool IsControl(char c)
+{
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F;
+}
+
+bool IsASCII(const std::string& text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// Whether the text comes back from XML as it is: UTF-8 without the two code points that XML excludes. (Control
+// characters are refused by all callers anyway.)
+bool SurvivesXML(const std::string& text)
+{
+    if (IsASCII(text))
+        return true;
+    const QString decoded = QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+    if (decoded.contains(QChar(0xFFFE)) || decoded.contains(QChar(0xFFFF)))
+        return false;
+    const QByteArray encoded = decoded.toUtf8();
+    return std::string_view(encoded.constData(), static_cast<std::size_t>(encoded.size())) == text;
+}
+
+// Reading a path from a document normalises it: one with a blank in front or a "/" would become another name.
+bool IsNormalised(const VoFilePath& path)
+{
+    const std::string& text = path.path().toStdString();
+    const bool plainStart = !text.empty() && text[0] > ' ' && text[0] < 0x7F;
+    if (plainStart && text.find('/') == std::string::npos)
+        return true; // the other rules of normalisation concern what SafeRelativePath refuses
+    return VoFilePath(path.path()).path().toStdString() == text;
+}
+
+// The rule that a path breaks; null for a good one.
+const char* PathProblem(const VoFilePath& path)
+{
+    const std::string& text = path.path().toStdString();
+    if (const char* problem = vo::detail::RelativePathProblem(text))
+        return problem;
+    if (!SurvivesXML(text))
+        return "it is not UTF-8, or holds a character that no document can hold";
+    return IsNormalised(path) ? nullptr : "it begins with a blank, or would be read as another path";
+}
+
+void RequireSafePath(const VoFilePath& path, const char* message)
+{
+    if (PathProblem(path))
+        throw VoValidationException(message + path.path());
+}
+
+// The installer builds each file beside its place under such a name, and keeps the old one there.
+bool IsBuiltName(const VoFilePath& target)
+{
+    const VoString folded = FoldedName(target.path());
+    return folded.endsWith(BuiltSuffix) || folded.endsWith(AsideSuffix);
+}
+
+void RequireShowableIdentifier(const VoUUID& id)
+{
+    const std::string& text = id.toString().toStdString();
+    if (text.empty() || text.size() > longestIdentifier || std::any_of(text.begin(), text.end(), IsControl))
+        throw VoValidationException("Invalid identifier: " + id.toString());
+}
+
+[[noreturn]] void Refuse(const VoString& what)
+{
+    throw VoValidationException("Invalid package definition: " + what);
+}
+
+void Require(bool sound, const char* what, const VoString& item)
+{
+    if (!sound)
+        Refuse(what + item);
+}
+
+// Views of texts in the listing that is being checked.
+using IDs = std::unordered_set<std::string_view>;
+
+std::string_view Key(const VoUUID& id)
+{
+    return id.toString().toStdString();
+}
+
+IDs ValidateChunks(const VoDeque<ChunkListing>& chunks)
+{
+    IDs ids;
+    std::unordered_set<std::string> names;
+    for (const ChunkListing& chunk : chunks) {
+        RequireSafeIdentifier(chunk.id());
+        RequireSafeChunkPath(chunk.path());
+        Require(names.insert(FoldedName(chunk.id()).toStdString()).second, "duplicate chunk ", chunk.id());
+        Require(static_cast<std::int64_t>(chunk.size()) >= 0, "negative size of chunk ", chunk.id());
+        ids.insert(Key(chunk.id()));
+    }
+    return ids;
+}
+
+void ValidatePieces(const AdvertisedFileListing& file, const IDs& chunks)
+{
+    constexpr std::uint64_t most = INT64_MAX;
+    std::uint64_t sum = 0;
+    for (const ChunkReferenceListing& piece : file.chunks()) {
+        Require(chunks.count(Key(piece.chunkID())) != 0, "unknown chunk referenced by ", file.target());
+        Require(piece.length() <= most && piece.offset() <= most - piece.length(), "piece out of range in ",
+                file.target());
+        Require(piece.length() <= most - sum, "piece out of range in ", file.target());
+        sum += piece.length();
+    }
+    const auto size = static_cast<std::int64_t>(file.size());
+    Require(size >= 0, "negative size of ", file.target());
+    Require(sum == static_cast<std::uint64_t>(size), "pieces do not add up to the size of ", file.target());
+}
+
+struct FoldedTarget
+{
+    std::string key;
+    const VoFilePath* target;
+};
+
+// Targets by their folded names, with the separator before all other characters: whatever lies in a directory then
+// follows directly behind a file that has the directory's name.
+std::vector<FoldedTarget> SortedTargets(const std::vector<const VoFilePath*>& targets)
+{
+    std::vector<FoldedTarget> result;
+    result.reserve(targets.size());
+    for (const VoFilePath* target : targets) {
+        std::string key = FoldedName(target->path()).toStdString();
+        std::replace(key.begin(), key.end(), '\\', '\x01');
+        result.push_back({std::move(key), target});
+    }
+    // Stable: of two equal targets the later one is named.
+    std::stable_sort(result.begin(), result.end(),
+                     [](const FoldedTarget& a, const FoldedTarget& b) { return a.key < b.key; });
+    return result;
+}
+
+void RequireDistinctTargets(const VoDeque<AdvertisedFileListing>& files)
+{
+    std::vector<const VoFilePath*> targets;
+    targets.reserve(files.size());
+    for (const AdvertisedFileListing& file : files)
+        targets.push_back(&file.target());
+    if (const auto clash = FindTargetClash(targets)) {
+        Require(clash->isDirectory, "duplicate target ", clash->second->path());
+        Refuse("target is also a directory: " + clash->first->path());
+    }
+}
+
+} // namespace
+
+void RequireSafeIdentifier(const VoUUID& id)
+{
+    if (!vo::detail::SafeName(id.toString()) || !SurvivesXML(id.toString().toStdString()))
+        throw VoValidationException("Invalid identifier: " + id.toString());
+}
+
+void RequireSafeTarget(const VoFilePath& target)
+{
+    RequireSafePath(target, "Invalid target path: ");
+}
+
+void RequirePublishableTarget(const VoFilePath& target)
+{
+    const char* problem = PathProblem(target);
+    if (!problem && IsBuiltName(target))
+        problem = "names that end like this are those of files that are being installed";
+    if (problem)
+        throw VoValidationException("Invalid target path: " + target.path() + ": " + problem);
+}
+
+void RequireRecordableDirectory(const VoDirectoryPath& directory)
+{
+    if (!SurvivesXML(directory.path().toStdString()))
+        throw VoInvalidParameterException("Installation directory is not UTF-8: " + directory.path());
+}
+
+void RequireShowableName(const VoString& name)
+{
+    const std::string& text = name.toStdString();
+    if (std::any_of(text.begin(), text.end(), IsControl) || !SurvivesXML(text))
+        throw VoValidationException("Invalid package name: " + name);
+}
+
+std::optional<TargetClash> FindTargetClash(const std::vector<const VoFilePath*>& unsorted)
+{
+    const std::vector<FoldedTarget> targets = SortedTargets(unsorted);
+    for (std::size_t i = 1; i < targets.size(); ++i) {
+        const std::string& before = targets[i - 1].key;
+        const std::string& key = targets[i].key;
+        if (key == before)
+            return TargetClash{targets[i - 1].target, targets[i].target, false};
+        if (key.size() > before.size() && key[before.size()] == '\x01' && key.compare(0, before.size(), before) == 0)
+            return TargetClash{targets[i - 1].target, targets[i].target, true};
+    }
+    return std::nullopt;
+}
+
+void RequireSafeChunkPath(const VoFilePath& path)
+{
+    RequireSafePath(path, "Invalid chunk path: ");
+}
+
+void RequireSafeDefinitionPath(const VoFilePath& path)
+{
+    RequireSafePath(path, "Invalid definition path: ");
+}
+
+VoString FoldedName(const VoString& text)
+{
+    const std::string& bytes = text.toStdString();
+    if (IsASCII(bytes)) {
+        std::string folded = bytes;
+        for (char& c : folded)
+            c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        return VoString(std::move(folded));
+    }
+    return VoString(QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size())).toCaseFolded());
+}
+
+void ValidatePackage(const AdvertisedPackageListing& package)
+{
+    RequireSafeIdentifier(package.packageID());
+    RequireShowableIdentifier(package.versionID());
+    const IDs chunks = ValidateChunks(package.chunks());
+
+    IDs ids;
+    for (const AdvertisedFileListing& file : package.files()) {
+        RequireShowableIdentifier(file.id());
+        RequireSafeTarget(file.target());
+        if (IsBuiltName(file.target()))
+            throw VoValidationException("Invalid target path: " + file.target().path());
+        Require(ids.insert(Key(file.id())).second, "duplicate file ", file.id());
+        ValidatePieces(file, chunks);
+    }
+    RequireDistinctTargets(package.files());
+}
+
+} // namespace vo::updater::detail

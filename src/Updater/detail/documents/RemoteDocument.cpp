@@ -1,0 +1,84 @@
+#include <Updater/detail/documents/RemoteDocument.h>
+
+#include <Core/VoSharedPtr.h>
+#include <Core/VoString.h>
+#include <Core/detail/Completed.h>
+#include <Download/VoDownloadException.h>
+#include <Download/VoDownloadManager.h>
+#include <Download/VoDownloadNotification.h>
+#include <Download/VoDownloadPolicy.h>
+#include <Download/VoDownloadRequest.h>
+#include <Download/VoGroupedDownloadRequest.h>
+#include <Download/detail/DownloadFailure.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/UpdateMessages.h>
+#include <Updater/detail/documents/DocumentCache.h>
+
+#include <memory>
+
+namespace vo::updater::detail {
+
+namespace {
+
+constexpr std::int64_t LargestDocument = std::int64_t{64} << 20;
+
+// To the updater a cancelled download is a wish of its user like any other.
+template <typename Request, typename... Callback>
+void Fetch(const VoSharedPtr<Request>& request, const VoStopFlag& stop, Callback... callback)
+{
+    stop.throwIfStopped();
+    try {
+        VoDownloadManager::RequestWait(request, stop, callback...);
+    } catch (const VoDownloadException&) {
+        stop.throwIfStopped();
+        throw;
+    }
+}
+
+} // namespace
+
+VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const VoDownloadPolicy& policy)
+{
+    VoTemporaryFile file;
+    const DocumentCache cache(url);
+    // Shared: where the application ends, the service may outlive the wait.
+    const auto receipt = std::make_shared<VoDownloadReceipt>();
+    const auto request = VoSharedPtr<VoDownloadRequest>::Make(url, file.path());
+    VoDownloadPolicy forDocuments = policy;
+    forDocuments.sizeLimit = LargestDocument;
+    forDocuments.bypassCaches = true;
+    forDocuments.acceptCompressed = true;
+    forDocuments.knownTag = cache.tag();
+    forDocuments.onReceived = [receipt, tell = policy.onReceived](const VoDownloadReceipt& received) {
+        *receipt = received;
+        if (tell)
+            tell(received);
+    };
+    request->setPolicy(forDocuments);
+    vo::detail::About(vo::detail::DisplayText(url), [&] { Fetch(request, stop); });
+    if (receipt->isUnchanged)
+        cache.copyTo(file.path());
+    else
+        cache.keep(receipt->tag, file.path());
+    return file;
+}
+
+void FetchFiles(const VoDeque<RemoteFile>& files, const VoStopFlag& stop, const VoDownloadPolicy& policy,
+                const std::function<void(const VoDownloadProgress&)>& onProgress)
+{
+    const auto request = VoSharedPtr<VoGroupedDownloadRequest>::Make();
+    VoDownloadPolicy forFiles = policy;
+    // Of files the progress tells.
+    forFiles.onReceived = nullptr;
+    request->setPolicy(forFiles);
+    for (const RemoteFile& file : files)
+        request->add(file.url, file.path, file.size);
+    Fetch(request, stop, [&onProgress](const VoSharedPtr<VoDownloadNotification>& notification) {
+        if (notification->type() != VoDownloadNotification::Progress)
+            return;
+        const VoDownloadProgressNotification& progress = notification->asProgressMessage();
+        onProgress(VoDownloadProgress(progress.received(), progress.total(), progress.transferRate()));
+    });
+}
+
+} // namespace vo::updater::detail

@@ -1,0 +1,168 @@
+#include <Updater/detail/install/FileActions.h>
+
+#include <Core/VoFileException.h>
+#include <Core/VoString.h>
+#include <Core/detail/Completed.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativePath.h>
+
+#include <atomic>
+#include <filesystem>
+#include <system_error>
+
+namespace vo::updater::detail {
+
+namespace fs = std::filesystem;
+using vo::detail::ToNative;
+
+namespace {
+
+StepObserver& Observer()
+{
+    static auto& observer = *new StepObserver; // outlives all static objects
+    return observer;
+}
+
+std::atomic<bool> observed{false};
+
+// Both names are in one directory, so nothing is ever copied.
+void Rename(const VoFilePath& from, const VoFilePath& to, const char* failure, const VoFilePath& place)
+{
+    std::error_code error;
+    fs::rename(ToNative(from), ToNative(to), error);
+    if (error)
+        throw vo::detail::Because(error,
+                                  VoFileException(failure + VoString(error.message()) + ": " + place.path(), place));
+}
+
+} // namespace
+
+void SetStepObserver(StepObserver observer)
+{
+    observed = false;
+    Observer() = std::move(observer);
+    observed = static_cast<bool>(Observer());
+}
+
+void AtStep(FileStep step, const VoString& path)
+{
+    if (observed)
+        Observer()(step, path);
+}
+
+VoFilePath AsFile(const VoDirectoryPath& directory)
+{
+    const VoString& text = directory.path();
+    return VoFilePath::CreateUnchecked(text.substring(0, text.size() - 1).toString());
+}
+
+VoDirectoryPath AsDirectory(const VoFilePath& file)
+{
+    return VoDirectoryPath(file.path() + "\\");
+}
+
+FileKind KindOf(const VoFilePath& path)
+{
+    std::error_code error;
+    switch (fs::symlink_status(ToNative(path), error).type()) {
+    case fs::file_type::none:
+        if (!vo::detail::MeansMissing(error))
+            throw vo::detail::Because(error, VoFileException("status: " + VoString(error.message()), path));
+        return FileKind::None;
+    case fs::file_type::not_found:
+        return FileKind::None;
+    case fs::file_type::regular:
+        return FileKind::File;
+    case fs::file_type::directory:
+        return FileKind::Directory;
+    default:
+        return FileKind::Other;
+    }
+}
+
+void MakeDirectory(const VoDirectoryPath& directory)
+{
+    AtStep(FileStep::MakeDirectory, directory.path());
+    std::error_code error;
+    vo::detail::RequireValidLength(directory);
+    fs::create_directory(ToNative(AsFile(directory)), error);
+    if (error)
+        throw vo::detail::Because(
+            error, VoFileException("Cannot create directory: " + VoString(error.message()) + ": " + directory.path(),
+                                   directory.path()));
+}
+
+bool EraseFile(const VoFilePath& path)
+{
+    const FileKind kind = KindOf(path);
+    if (kind == FileKind::None)
+        return true;
+    if (kind == FileKind::Directory)
+        return false;
+    AtStep(FileStep::EraseFile, path.path());
+    std::error_code error;
+    vo::detail::RemoveFile(ToNative(path), error);
+    if (error && !vo::detail::MeansMissing(error))
+        throw vo::detail::Because(
+            error, VoFileException("Cannot remove file: " + VoString(error.message()) + ": " + path.path(), path));
+    return true;
+}
+
+bool EraseDirectoryIfEmpty(const VoDirectoryPath& directory)
+{
+    if (!VoFileSystem::IsDirectory(directory))
+        return true;
+    AtStep(FileStep::EraseDirectory, directory.path());
+    std::error_code error;
+    fs::remove(ToNative(directory), error);
+    if (!error)
+        return true;
+    if (error == std::errc::directory_not_empty || error == std::errc::file_exists ||
+        error == std::errc::not_a_directory)
+        return false;
+    throw vo::detail::Because(
+        error, VoFileException("Cannot remove directory: " + VoString(error.message()) + ": " + directory.path(),
+                               directory.path()));
+}
+
+void PutInPlace(const VoFilePath& built, const VoFilePath& place)
+{
+    AtStep(FileStep::PutInPlace, place.path());
+    Rename(built, place, "Cannot replace file: ", place);
+}
+
+void MoveAside(const VoFilePath& place, const VoFilePath& aside)
+{
+    AtStep(FileStep::MoveAside, place.path());
+    Rename(place, aside, "Cannot replace file: ", place);
+}
+
+void MoveBack(const VoFilePath& aside, const VoFilePath& place)
+{
+    AtStep(FileStep::MoveBack, place.path());
+    Rename(aside, place, "Cannot restore file: ", place);
+}
+
+void CopyPermissions(const VoFilePath& model, const VoFilePath& file)
+{
+    if (KindOf(model) != FileKind::File)
+        return;
+    std::error_code error;
+    const fs::perms permissions = fs::status(ToNative(model), error).permissions();
+    if (!error)
+        fs::permissions(ToNative(file), permissions & fs::perms::all, error);
+}
+
+void RequireFreeSpace(const VoDirectoryPath& directory, std::uint64_t bytes)
+{
+    const std::uint64_t available = bytes == 0 ? 0 : VoFileSystem::FreeSpace(directory);
+    if (available == 0 || available >= bytes)
+        return;
+    throw VoFileException("Not enough disk space: " + VoString(bytes) + " bytes needed, " + VoString(available) +
+                              " available in " + directory.path(),
+                          directory.path());
+}
+
+} // namespace vo::updater::detail

@@ -1,0 +1,94 @@
+#include <Updater/detail/install/FileClaims.h>
+
+#include <Core/VoChecksum.h>
+#include <Core/VoString.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/VoFileSystem.h>
+#include <Updater/AdvertisedPackageListing.h>
+#include <Updater/InstalledPackageListing.h>
+#include <Updater/PackageDifferences.h>
+#include <Updater/detail/documents/Containment.h>
+#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/install/FileContent.h>
+#include <Updater/detail/install/FileOwners.h>
+#include <Updater/detail/install/PathIndex.h>
+
+#include <optional>
+
+namespace vo::updater::detail {
+
+namespace {
+
+/// The files of the release that is installed. They are only indexed when one is asked for under another name.
+class OwnFiles
+{
+public:
+    explicit OwnFiles(const InstalledPackageListing* installed)
+        : m_installed(installed)
+    {
+    }
+
+    const InstalledFileListing* find(const VoUUID& id, const VoFilePath& place)
+    {
+        if (!m_installed)
+            return nullptr;
+        const InstalledFileListing* record = m_installed->file(id);
+        if (record && Bytes(record->path()) == Bytes(place))
+            return record;
+        if (!m_index) {
+            m_index.emplace();
+            for (std::size_t i = 0; i < m_installed->files().size(); ++i)
+                m_index->add(m_installed->files()[i].path(), i);
+        }
+        const auto number = m_index->find(place);
+        return number ? &m_installed->files()[*number] : nullptr;
+    }
+
+private:
+    const InstalledPackageListing* m_installed;
+    std::optional<PathIndex> m_index;
+};
+
+bool HasContent(const VoFilePath& place, const AdvertisedFileListing& file)
+{
+    return KindOf(place) == FileKind::File && file.size() == VoFileSystem::FileSize(place) &&
+           HasChecksum(place, file.checksum());
+}
+
+} // namespace
+
+FileClaims FindClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                      const AdvertisedPackageListing& advertised,
+                      const std::function<VoFilePath(const AdvertisedFileListing&)>& placeOf, FileOwners& owners)
+{
+    FileClaims claims;
+    OwnFiles own(installed);
+    for (const FileDifference& difference : differences.fileDifferences()) {
+        if (difference.type() == FileDifference::Removed) {
+            const InstalledFileListing* file = installed ? installed->file(difference.fileID()) : nullptr;
+            if (const FileOwners::Owned* owned = file ? owners.find(file->path()) : nullptr)
+                claims.kept.pushBack({file->path(), owned->packageID, owned->name});
+            continue;
+        }
+        const AdvertisedFileListing* file = advertised.file(difference.fileID());
+        if (!file)
+            continue;
+        const VoFilePath place = placeOf(*file);
+        const FileOwners::Owned* owned = owners.find(place);
+        const FileKind kind = KindOf(place);
+        if (!owned && (kind == FileKind::None || kind == FileKind::Directory))
+            continue;
+        const bool isOwn = own.find(file->id(), place) != nullptr;
+        if (owned && !(isOwn && owned->file.checksum() == file->checksum())) {
+            claims.conflicts.pushBack({place, owned->packageID, owned->name});
+        } else if (!isOwn && HasContent(place, *file)) {
+            claims.adopted.pushBack(place);
+            claims.adoptedIDs.insert(file->id());
+        } else if (!isOwn) {
+            claims.foreign.pushBack(place);
+        }
+    }
+    return claims;
+}
+
+} // namespace vo::updater::detail

@@ -1,0 +1,168 @@
+#include <Updater/detail/install/FileOwners.h>
+
+#include <Core/VoException.h>
+#include <Core/VoFileException.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativePath.h>
+#include <Subsystem/VoLogging.h>
+#include <Updater/InstalledPackageListing.h>
+#include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/Containment.h>
+#include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/install/InstallationJournal.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QXmlStreamReader>
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace vo::updater::detail {
+
+namespace {
+
+bool EndsWith(std::string_view text, std::string_view suffix)
+{
+    return text.size() > suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
+}
+
+// The names of all listings, of packages that are installed and of those whose first installation was interrupted.
+std::vector<std::string> ListingNames(const VoDirectoryPath& directory)
+{
+    std::vector<std::string> names;
+    if (!VoFileSystem::IsDirectory(directory))
+        return names;
+    VoFileSystem::ForEachFile(directory, false, false, [&](const VoFilePath& path) {
+        std::string name(Bytes(path).substr(Bytes(directory).size()));
+        for (const std::string_view suffix : {".xml", ".pending", ".placed"}) {
+            if (EndsWith(name, suffix)) {
+                names.push_back(name.substr(0, name.size() - suffix.size()) + ".xml");
+                break;
+            }
+        }
+    });
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+}
+
+// The folder that a listing names in its first element, so that most listings need not be read: they have a line for
+// each file. Empty when it has none; reading the listing will tell why.
+std::optional<VoDirectoryPath> InstallationDirectory(const VoFilePath& listing)
+{
+    QFile file(QFile::decodeName(vo::detail::ToNative(listing).string().c_str()));
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QXmlStreamReader reader(&file);
+    if (!reader.readNextStartElement())
+        return std::nullopt;
+    const VoString text(reader.attributes().value(QLatin1String(attribute::directory)).toString());
+    try {
+        return text.isEmpty() ? std::nullopt : std::make_optional(VoDirectoryPath::Deserialize(text));
+    } catch (const VoException&) {
+        return std::nullopt;
+    }
+}
+
+bool Holds(const std::string& outer, const std::string& inner)
+{
+    return outer == inner || (inner.size() > outer.size() && inner.compare(0, outer.size(), outer) == 0 &&
+                              (EndsWith(outer, "/") || EndsWith(outer, "\\") || inner[outer.size()] == '/' ||
+                               inner[outer.size()] == '\\'));
+}
+
+/// Folders, by their real names without regard to case.
+class Folders
+{
+public:
+    explicit Folders(std::initializer_list<VoDirectoryPath> directories)
+    {
+        for (const VoDirectoryPath& directory : directories) {
+            if (!directory.isNull())
+                m_names.push_back(Name(directory));
+        }
+    }
+
+    bool overlap(const VoDirectoryPath& other) const
+    {
+        const std::string name = Name(other);
+        return std::any_of(m_names.begin(), m_names.end(),
+                           [&name](const std::string& known) { return Holds(known, name) || Holds(name, known); });
+    }
+
+private:
+    static std::string Name(const VoDirectoryPath& directory)
+    {
+        std::string name = FoldedName(VoString(RealDirectory(directory))).toStdString();
+        while (name.size() > 1 && (name.back() == '/' || name.back() == '\\'))
+            name.pop_back();
+        return name;
+    }
+
+    std::vector<std::string> m_names;
+};
+
+// Empty, with a warning, for what is no listing.
+VoUniquePtr<InstalledPackageListing> ReadListing(const VoFilePath& path)
+{
+    try {
+        return InstalledPackageListing::Open(path);
+    } catch (const VoFileException&) {
+        throw;
+    } catch (const VoException& exception) {
+        vo::logging::Logger::Get("updater").warning(
+            "Installed listing " + path.path() +
+            " cannot be used, so its files belong to nobody: " + exception.message());
+        return {};
+    }
+}
+
+} // namespace
+
+FileOwners FileOwners::Others(const VoUUID& packageID, std::initializer_list<VoDirectoryPath> directories)
+{
+    FileOwners owners;
+    const VoDirectoryPath installed = VoUpdater::InstalledListingDirectory();
+    const Folders folders(directories);
+    const std::string own = packageID.toString().toStdString() + ".xml";
+    for (const std::string& name : ListingNames(installed)) {
+        if (name == own || name == "packages.xml")
+            continue;
+        const VoFilePath path = installed.file(VoString(name));
+        if (KindOf(path) != FileKind::None) {
+            const auto directory = InstallationDirectory(path);
+            const auto listing =
+                !directory || folders.overlap(*directory) ? ReadListing(path) : VoUniquePtr<InstalledPackageListing>();
+            if (listing && folders.overlap(listing->installationDirectory()))
+                owners.add(*listing);
+        }
+        const InstallationJournal journal = InstallationJournal::OfListing(path);
+        for (const auto phase : {InstallationJournal::Phase::Pending, InstallationJournal::Phase::Placed}) {
+            const auto notes = journal.read(phase);
+            if (notes && folders.overlap(notes->result.installationDirectory()))
+                owners.add(notes->result);
+        }
+    }
+    return owners;
+}
+
+void FileOwners::add(const InstalledPackageListing& listing)
+{
+    for (const InstalledFileListing& file : listing.files()) {
+        m_index.add(file.path(), m_owned.size());
+        m_owned.pushBack({listing.packageID(), listing.name(), file});
+    }
+}
+
+const FileOwners::Owned* FileOwners::find(const VoFilePath& path)
+{
+    const auto number = m_index.find(path);
+    return number ? &m_owned[*number] : nullptr;
+}
+
+} // namespace vo::updater::detail

@@ -1,0 +1,355 @@
+#include <Updater/detail/install/InstallationJournal.h>
+
+#include <Core/VoChecksum.h>
+#include <Core/VoExceptionText.h>
+#include <Core/VoFileException.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/VoFileSystem.h>
+#include <Subsystem/VoLogging.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/Containment.h>
+#include <Updater/detail/documents/XMLDocument.h>
+#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/install/FileInstaller.h>
+#include <XML/VoXMLStreamLoader.h>
+
+#include <algorithm>
+#include <exception>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace vo::updater::detail {
+
+namespace {
+
+using Kind = PlaceChange::Kind;
+using Phase = InstallationJournal::Phase;
+
+constexpr const char* JournalTag = "journal";
+constexpr const char* ChangesTag = "changes";
+constexpr const char* MadeTag = "made";
+constexpr const char* EmptiedTag = "emptied";
+constexpr const char* LeftoversTag = "leftovers";
+constexpr const char* BeforeAttribute = "before";
+constexpr const char* AsideAttribute = "aside";
+
+constexpr const char* KindTags[] = {"added", "replaced", "removed", "inside"};
+constexpr const char* Suffixes[] = {".pending", ".placed", ".replaced"};
+constexpr Phase Phases[] = {Phase::Pending, Phase::Placed, Phase::Replaced};
+
+vo::logging::Logger& Log()
+{
+    return vo::logging::Logger::Get("updater");
+}
+
+template <typename Path>
+void WritePaths(VoXMLElementWriter& element, const char* name, const VoDeque<Path>& paths)
+{
+    const auto container = element.createElement(name);
+    for (const Path& path : paths)
+        container->createElement(tag::path)->writeAttribute(attribute::path, Path::Serialize(path));
+}
+
+template <typename Path>
+void ReadPaths(VoXMLStreamElementLoader& container, VoDeque<Path>& paths)
+{
+    container.processChildren(
+        [&paths](VoXMLStreamElementLoader& child) { paths.pushBack(ReadAttribute<Path>(child, attribute::path)); });
+}
+
+void ReadChanges(VoXMLStreamElementLoader& container, VoDeque<PlaceChange>& changes)
+{
+    container.processChildren([&changes](VoXMLStreamElementLoader& child) {
+        const auto kind = std::find(std::begin(KindTags), std::end(KindTags), child.name());
+        if (kind == std::end(KindTags))
+            return;
+        changes.pushBack({static_cast<Kind>(kind - std::begin(KindTags)),
+                          ReadAttribute<VoFilePath>(child, attribute::path),
+                          ReadAttribute<VoFilePath>(child, AsideAttribute)});
+    });
+}
+
+/// Works on the places of one run. Goes on after a failure and keeps the first one.
+class Cleaner
+{
+public:
+    explicit Cleaner(const RunNotes& notes)
+        : m_notes(notes)
+        , m_after(notes.result.installationDirectory())
+        , m_before(notes.before)
+    {
+        for (const InstalledFileListing& file : notes.result.files())
+            m_files.emplace(Bytes(file.path()), &file);
+    }
+
+    // The order matters: a directory comes back when the file in its place is gone, directories that the run made are
+    // removed when they are empty, and a file comes back when the directory in its place is gone.
+    bool undo()
+    {
+        for (const PlaceChange& change : m_notes.changes) {
+            if (change.kind == Kind::Added || change.kind == Kind::Replaced)
+                attempt([&] { eraseNew(change); });
+        }
+        for (const PlaceChange& change : m_notes.changes) {
+            if (change.kind == Kind::Replaced)
+                attempt([&] { moveBack(change); });
+        }
+        bool isComplete = true;
+        for (std::size_t i = m_notes.made.size(); i-- > 0;)
+            attempt([&] { isComplete = eraseDirectory(m_notes.made[i]) && isComplete; });
+        for (const PlaceChange& change : m_notes.changes) {
+            if (change.kind == Kind::Removed)
+                attempt([&] { moveBack(change); });
+        }
+        return isComplete;
+    }
+
+    void eraseOld()
+    {
+        for (const PlaceChange& change : m_notes.changes) {
+            if (change.kind != Kind::Added)
+                attempt([&] { eraseOld(change.aside); });
+        }
+        for (const VoFilePath& path : m_notes.leftovers)
+            attempt([&] { eraseOld(path); });
+        for (const VoDirectoryPath& directory : m_notes.emptied)
+            attempt([&] { eraseDirectory(directory); });
+    }
+
+    const std::exception_ptr& failure() const { return m_failure; }
+
+private:
+    template <typename Work>
+    void attempt(Work work)
+    {
+        try {
+            work();
+        } catch (const VoFileException& exception) {
+            Log().warning(exception.message());
+            if (!m_failure)
+                m_failure = std::current_exception();
+        }
+    }
+
+    bool isInside(const VoFilePath& path) { return m_after.holds(path) || m_before.holds(path); }
+
+    // What stands at the place is ours when it was built and is the file that was to come. A file that was never put in
+    // place is still beside it.
+    void eraseNew(const PlaceChange& change)
+    {
+        if (!isInside(change.place))
+            return;
+        const VoFilePath built = BuiltPath(change.place);
+        const bool wasPlaced = KindOf(built) == FileKind::None;
+        EraseFile(built);
+        const bool isAlone = change.kind == Kind::Added || KindOf(change.aside) == FileKind::Directory;
+        if (wasPlaced && isAlone && hasNewContent(change.place))
+            EraseFile(change.place);
+    }
+
+    bool hasNewContent(const VoFilePath& place) const
+    {
+        const auto file = m_files.find(Bytes(place));
+        return file != m_files.end() && KindOf(place) == FileKind::File &&
+               file->second->size() == VoFileSystem::FileSize(place) &&
+               VoFileSystem::Checksum(place) == file->second->checksum();
+    }
+
+    void moveBack(const PlaceChange& change)
+    {
+        if (!isInside(change.place) || !isInside(change.aside) || KindOf(change.aside) == FileKind::None)
+            return;
+        if (change.kind == Kind::Removed && KindOf(change.place) != FileKind::None)
+            throw VoFileException("Cannot restore file: " + change.place.path() + ": something else is in its place",
+                                  change.place.path());
+        MoveBack(change.aside, change.place);
+    }
+
+    // Of a directory only the empty ones in it: its files go by their own notes, which stand before it.
+    void eraseOld(const VoFilePath& path)
+    {
+        if (!isInside(path))
+            return;
+        if (KindOf(path) != FileKind::Directory) {
+            EraseFile(path);
+            return;
+        }
+        VoDeque<VoDirectoryPath> directories{AsDirectory(path)};
+        VoFileSystem::ForEachDirectory(directories.front(), true,
+                                       [&](const VoDirectoryPath& inner) { directories.pushBack(inner); });
+        for (; !directories.isEmpty(); directories.popBack()) {
+            if (!EraseDirectoryIfEmpty(directories.back()))
+                Log().warning("Directory not empty: " + directories.back().path());
+        }
+    }
+
+    bool eraseDirectory(const VoDirectoryPath& directory)
+    {
+        if (!m_after.mayRemove(directory) && !m_before.mayRemove(directory))
+            return true;
+        return EraseDirectoryIfEmpty(directory);
+    }
+
+    const RunNotes& m_notes;
+    Containment m_after;
+    Containment m_before;
+    std::unordered_map<std::string_view, const InstalledFileListing*> m_files; // views of the notes
+    std::exception_ptr m_failure;
+};
+
+} // namespace
+
+RunNotes::RunNotes(VoXMLStreamElementLoader& element)
+    : before(ReadAttribute<VoDirectoryPath>(element, BeforeAttribute))
+{
+    element.processChildren([this](VoXMLStreamElementLoader& child) {
+        const VoString name = child.name();
+        if (name == tag::package)
+            result = InstalledPackageListing(child);
+        else if (name == ChangesTag)
+            ReadChanges(child, changes);
+        else if (name == MadeTag)
+            ReadPaths(child, made);
+        else if (name == EmptiedTag)
+            ReadPaths(child, emptied);
+        else if (name == LeftoversTag)
+            ReadPaths(child, leftovers);
+    });
+}
+
+XMLObject::Type RunNotes::objectType() const
+{
+    return Type::RunNotes;
+}
+
+void RunNotes::writeAttributes(VoXMLElementWriter& element) const
+{
+    WriteAttribute(element, BeforeAttribute, before);
+}
+
+void RunNotes::writeElements(VoXMLElementWriter& element) const
+{
+    WriteChild(element, tag::package, result);
+    {
+        const auto container = element.createElement(ChangesTag);
+        for (const PlaceChange& change : changes) {
+            const auto child = container->createElement(KindTags[static_cast<std::size_t>(change.kind)]);
+            WriteAttribute(*child, attribute::path, change.place);
+            WriteAttribute(*child, AsideAttribute, change.aside);
+        }
+    }
+    WritePaths(element, MadeTag, made);
+    WritePaths(element, EmptiedTag, emptied);
+    WritePaths(element, LeftoversTag, leftovers);
+}
+
+InstallationJournal InstallationJournal::OfListing(const VoFilePath& listing)
+{
+    return InstallationJournal(listing);
+}
+
+InstallationJournal::InstallationJournal() = default;
+
+InstallationJournal::InstallationJournal(const VoFilePath& listing)
+    : m_listing(listing)
+{
+}
+
+VoFilePath InstallationJournal::path(Phase phase) const
+{
+    constexpr std::string_view listingSuffix = ".xml";
+    const std::string_view text = Bytes(m_listing);
+    std::string result(text.substr(0, text.size() - listingSuffix.size()));
+    result += Suffixes[static_cast<std::size_t>(phase)];
+    return VoFilePath::CreateUnchecked(VoString(std::move(result)));
+}
+
+bool InstallationJournal::exists() const
+{
+    return !m_listing.isNull() && std::any_of(std::begin(Phases), std::end(Phases),
+                                              [this](Phase phase) { return KindOf(path(phase)) != FileKind::None; });
+}
+
+VoUniquePtr<RunNotes> InstallationJournal::read(Phase phase) const
+{
+    if (m_listing.isNull() || KindOf(path(phase)) == FileKind::None)
+        return {};
+    try {
+        VoXMLStreamLoader loader;
+        loader.addGlobalRule(JournalTag, Build<RunNotes>);
+        loader.addGlobalRule(tag::file, Build<InstalledFileListing>);
+        if (auto notes = DynamicCast<RunNotes>(LoadDocument(loader, path(phase), VoString())))
+            return notes;
+        Log().warning("Journal of an interrupted installation is another document: " + path(phase).path());
+    } catch (const VoFileException&) {
+        throw;
+    } catch (const VoException& exception) {
+        Log().warning("Journal of an interrupted installation cannot be used: " + path(phase).path() + ": " +
+                      exception.message());
+    }
+    return {};
+}
+
+void InstallationJournal::begin(const RunNotes& notes) const
+{
+    if (m_listing.isNull())
+        return;
+    const VoFilePath document = path(Phase::Pending);
+    VoFileSystem::CreateDirectory(document.parent(), true);
+    AtStep(FileStep::WriteDocument, document.path());
+    WriteDocument(document, JournalTag, notes);
+    remove(Phase::Replaced);
+}
+
+void InstallationJournal::change(Phase from, Phase to) const
+{
+    if (m_listing.isNull())
+        return;
+    const VoFilePath document = path(to);
+    AtStep(FileStep::ChangePhase, document.path());
+    VoFileSystem::MoveFile(path(from), document);
+    try {
+        VoFileSystem::SyncDirectory(document.parent());
+    } catch (const VoFileException& exception) {
+        // The phase has changed; a caller that took it for unchanged would do the wrong thing.
+        Log().warning("Directory cannot be forced to disk: " + document.parent().path() + ": " + exception.message());
+    }
+}
+
+void InstallationJournal::remove(Phase phase) const
+{
+    if (!m_listing.isNull())
+        EraseFile(path(phase));
+}
+
+bool Undo(const RunNotes& notes)
+{
+    Cleaner cleaner(notes);
+    const bool isComplete = cleaner.undo();
+    if (cleaner.failure())
+        std::rethrow_exception(cleaner.failure());
+    return isComplete;
+}
+
+bool EraseOld(const RunNotes& notes)
+{
+    Cleaner cleaner(notes);
+    cleaner.eraseOld();
+    return !cleaner.failure();
+}
+
+void Recover(const InstallationJournal& journal, const std::function<bool(const InstalledPackageListing&)>& record)
+{
+    if (const auto notes = journal.read(Phase::Replaced); notes && EraseOld(*notes))
+        journal.remove(Phase::Replaced);
+    if (const auto notes = journal.read(Phase::Placed); notes && record(notes->result)) {
+        journal.change(Phase::Placed, Phase::Replaced);
+        if (EraseOld(*notes))
+            journal.remove(Phase::Replaced);
+    }
+    if (const auto notes = journal.read(Phase::Pending); notes && Undo(*notes))
+        journal.remove(Phase::Pending);
+}
+
+} // namespace vo::updater::detail

@@ -1,0 +1,137 @@
+#include <Updater/detail/install/UpdatePlan.h>
+
+#include <Core/VoString.h>
+#include <Core/VoUUID.h>
+#include <Download/VoDownloadSize.h>
+
+#include <algorithm>
+#include <limits>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+namespace vo::updater::detail {
+
+namespace {
+
+std::uint64_t SaturatedSum(std::uint64_t a, std::uint64_t b)
+{
+    constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+    return a > most - b ? most : a + b;
+}
+
+std::uint64_t Bytes(const VoDownloadSize& size)
+{
+    return static_cast<std::uint64_t>(std::max<std::int64_t>(static_cast<std::int64_t>(size), 0));
+}
+
+bool IsWritten(const FileDifference& difference)
+{
+    return difference.type() == FileDifference::Added || difference.type() == FileDifference::Modified;
+}
+
+void Append(UpdatePlan& plan, const FileDifference& difference, const VoFilePath& path, const VoDownloadSize& size)
+{
+    plan.files.pushBack({difference.type(), difference.fileID(), path, Bytes(size)});
+    std::uint64_t& bytes = IsWritten(difference) ? plan.bytesToWrite : plan.bytesToRemove;
+    bytes = SaturatedSum(bytes, Bytes(size));
+}
+
+// Numbers by chunk ID. The views are of IDs in the listings that are being planned.
+using ChunkNumbers = std::unordered_map<std::string_view, std::uint64_t>;
+
+std::string_view Key(const VoUUID& id)
+{
+    return id.toString().toStdString();
+}
+
+// How often the added and modified files refer to each chunk.
+ChunkNumbers CountReferences(const PackageDifferences& differences, const AdvertisedPackageListing& advertised)
+{
+    ChunkNumbers references;
+    for (const FileDifference& difference : differences.fileDifferences()) {
+        const AdvertisedFileListing* file = IsWritten(difference) ? advertised.file(difference.fileID()) : nullptr;
+        if (!file)
+            continue;
+        for (const ChunkReferenceListing& piece : file->chunks())
+            ++references[Key(piece.chunkID())];
+    }
+    return references;
+}
+
+ChunkNumbers Extents(const AdvertisedPackageListing& advertised)
+{
+    ChunkNumbers extents;
+    for (const AdvertisedFileListing& file : advertised.files()) {
+        for (const ChunkReferenceListing& piece : file.chunks()) {
+            std::uint64_t& extent = extents[Key(piece.chunkID())];
+            extent = std::max(extent, SaturatedSum(piece.offset(), piece.length()));
+        }
+    }
+    return extents;
+}
+
+// In the order of the advert, each once also when the advert lists it twice.
+VoDeque<ChunkListing> ReferredChunks(const AdvertisedPackageListing& advertised, ChunkNumbers references)
+{
+    VoDeque<ChunkListing> chunks;
+    for (const ChunkListing& chunk : advertised.chunks()) {
+        if (references.erase(Key(chunk.id())) != 0)
+            chunks.pushBack(chunk);
+    }
+    return chunks;
+}
+
+void PlanFiles(UpdatePlan& plan, const PackageDifferences& differences, const InstalledPackageListing* installed,
+               const AdvertisedPackageListing& advertised)
+{
+    for (const FileDifference& difference : differences.fileDifferences()) {
+        if (IsWritten(difference)) {
+            const AdvertisedFileListing* file = advertised.file(difference.fileID());
+            if (!file)
+                continue;
+            Append(plan, difference, file->target(), file->size());
+            ++(difference.type() == FileDifference::Added ? plan.added : plan.modified);
+        } else if (const InstalledFileListing* file = installed ? installed->file(difference.fileID()) : nullptr) {
+            Append(plan, difference, file->path(), file->size());
+            ++plan.removed;
+        }
+    }
+    plan.unchanged = advertised.files().size() - std::min(advertised.files().size(), plan.added + plan.modified);
+}
+
+} // namespace
+
+PackageDifferences Differences(const InstalledPackageListing* installed, const AdvertisedPackageListing& advertised)
+{
+    if (installed)
+        return std::move(*installed->compare(advertised));
+    return std::move(*InstalledPackageListing(advertised, VoDirectoryPath()).compare(advertised));
+}
+
+VoDeque<ChunkListing> RequiredChunks(const PackageDifferences& differences, const AdvertisedPackageListing& advertised)
+{
+    return ReferredChunks(advertised, CountReferences(differences, advertised));
+}
+
+UpdatePlan PlanUpdate(const InstalledPackageListing* installed, const AdvertisedPackageListing& advertised)
+{
+    return PlanUpdate(Differences(installed, advertised), installed, advertised);
+}
+
+UpdatePlan PlanUpdate(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                      const AdvertisedPackageListing& advertised)
+{
+    UpdatePlan plan;
+    PlanFiles(plan, differences, installed, advertised);
+
+    const ChunkNumbers references = CountReferences(differences, advertised);
+    const ChunkNumbers extents = Extents(advertised);
+    for (const ChunkListing& chunk : ReferredChunks(advertised, references)) {
+        plan.chunks.pushBack({chunk, references.at(Key(chunk.id())), extents.at(Key(chunk.id()))});
+        plan.bytesToTransfer = SaturatedSum(plan.bytesToTransfer, Bytes(chunk.size()));
+    }
+    return plan;
+}
+
+} // namespace vo::updater::detail

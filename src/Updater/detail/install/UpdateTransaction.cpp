@@ -1,0 +1,369 @@
+#include <Updater/detail/install/UpdateTransaction.h>
+
+#include <Core/VoChecksum.h>
+#include <Core/VoExceptionText.h>
+#include <Core/VoFileException.h>
+#include <Core/VoUUID.h>
+#include <Download/VoDownloadSize.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativePath.h>
+#include <Subsystem/VoLogging.h>
+#include <Updater/AdvertisedPackageListing.h>
+#include <Updater/detail/documents/Containment.h>
+#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/install/FileInstaller.h>
+#include <Updater/detail/install/FileOwners.h>
+#include <Updater/detail/install/PathIndex.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace vo::updater::detail {
+
+namespace {
+
+using Kind = PlaceChange::Kind;
+using Phase = InstallationJournal::Phase;
+
+vo::logging::Logger& Log()
+{
+    return vo::logging::Logger::Get("updater");
+}
+
+std::string Key(const VoFilePath& path)
+{
+    return std::string(Bytes(path));
+}
+
+std::string Key(const VoAbstractPath& path)
+{
+    return std::string(Bytes(path));
+}
+
+bool IsBelow(const VoFilePath& path, const VoDirectoryPath& directory)
+{
+    const std::string_view text = Bytes(path);
+    const std::string_view root = Bytes(directory);
+    return text.size() > root.size() && text.compare(0, root.size(), root) == 0;
+}
+
+} // namespace
+
+UpdateTransaction::UpdateTransaction(const AdvertisedPackageListing& advert, const InstalledPackageListing* installed,
+                                     const VoDirectoryPath& directory, VoDeque<TargetFile> targets, FileOwners& owners,
+                                     const InstallationJournal& journal)
+    : m_advert(advert)
+    , m_installed(installed)
+    , m_directory(directory)
+    , m_targets(std::move(targets))
+    , m_owners(owners)
+    , m_journal(journal)
+{
+}
+
+UpdateTransaction::~UpdateTransaction() = default;
+
+void UpdateTransaction::begin()
+{
+    readLeft();
+    indexDirectories();
+    findRemovals();
+    findReplacements();
+    findDirectories();
+    findEmptied();
+    completeNotes();
+    if (m_notes.changes.isEmpty() && m_notes.made.isEmpty() && m_notes.emptied.isEmpty() && m_notes.leftovers.isEmpty())
+        return;
+    m_hasNoted = true;
+    m_journal.begin(m_notes);
+    for (const VoDirectoryPath& directory : m_missing) {
+        const auto obstacle = m_changeOf.find(Key(AsFile(directory)));
+        if (obstacle != m_changeOf.end())
+            MoveAside(m_notes.changes[obstacle->second].place, m_notes.changes[obstacle->second].aside);
+        MakeDirectory(directory);
+    }
+}
+
+void UpdateTransaction::place(const std::function<void(const TargetFile&)>& onPlaced)
+{
+    for (const TargetFile& target : m_targets) {
+        if (!target.isWritten)
+            continue;
+        const PlaceChange& change = m_notes.changes[m_changeOf.at(Key(target.place))];
+        if (change.kind == Kind::Replaced)
+            MoveAside(change.place, change.aside);
+        else if (KindOf(change.place) != FileKind::None) // since the run began
+            throw VoFileException("File in the way: " + change.place.path(), change.place);
+        PutInPlace(BuiltPath(target.place), target.place);
+        onPlaced(target);
+    }
+    for (const PlaceChange& change : m_notes.changes) {
+        // Where a directory had to be made, the file has gone already.
+        if (change.kind == Kind::Removed && m_neededKeys.count(Key(AsDirectory(change.place))) == 0)
+            MoveAside(change.place, change.aside);
+    }
+    syncDirectories();
+}
+
+void UpdateTransaction::commit(const Recorder& record)
+{
+    if (!m_hasNoted) {
+        if (record)
+            record(m_notes.result);
+        return;
+    }
+    m_journal.change(Phase::Pending, record ? Phase::Placed : Phase::Replaced);
+    m_isDecided = true;
+    bool isRecorded = true;
+    if (record) {
+        try {
+            isRecorded = record(m_notes.result);
+        } catch (...) {
+            m_journal.change(Phase::Placed, Phase::Pending);
+            m_isDecided = false;
+            throw;
+        }
+    }
+    try {
+        if (record && isRecorded)
+            m_journal.change(Phase::Placed, Phase::Replaced);
+        if (EraseOld(m_notes) && isRecorded)
+            m_journal.remove(Phase::Replaced);
+    } catch (...) {
+        Log().warning("Old files are left to the next operation: " + CurrentExceptionText());
+    }
+}
+
+void UpdateTransaction::rollBack() noexcept
+{
+    if (!m_hasNoted || m_isDecided)
+        return;
+    try {
+        if (Undo(m_notes))
+            m_journal.remove(Phase::Pending);
+    } catch (...) {
+        Log().error("Cannot undo the installation: " + CurrentExceptionText());
+    }
+}
+
+const InstalledPackageListing& UpdateTransaction::listing() const
+{
+    return m_notes.result;
+}
+
+// Notes that recovering could not end: of a run that was undone, directories in which somebody else has put something;
+// of a run that is recorded, old files that could not be erased.
+void UpdateTransaction::readLeft()
+{
+    if (const auto undone = m_journal.read(Phase::Pending)) {
+        for (const VoDirectoryPath& directory : undone->made) {
+            if (VoFileSystem::IsDirectory(directory) && m_madeBefore.insert(Key(directory)).second)
+                m_notes.made.pushBack(directory);
+        }
+    }
+    const auto recorded = m_journal.read(Phase::Replaced);
+    if (!recorded)
+        return;
+    const auto keep = [this](const VoFilePath& path) {
+        if (!path.isNull() && KindOf(path) != FileKind::None)
+            m_notes.leftovers.pushBack(path);
+    };
+    for (const PlaceChange& change : recorded->changes)
+        keep(change.aside);
+    for (const VoFilePath& path : recorded->leftovers)
+        keep(path);
+}
+
+void UpdateTransaction::indexDirectories()
+{
+    for (const TargetFile& target : m_targets)
+        indexDirectoriesOf(target.place);
+}
+
+void UpdateTransaction::indexDirectoriesOf(const VoFilePath& place)
+{
+    std::vector<VoDirectoryPath> unknown;
+    for (VoDirectoryPath directory = place.parent(); !directory.isNull(); directory = directory.parent()) {
+        if (!m_neededKeys.insert(Key(directory)).second)
+            break;
+        unknown.push_back(directory);
+    }
+    for (auto directory = unknown.rbegin(); directory != unknown.rend(); ++directory)
+        m_needed.pushBack(std::move(*directory));
+}
+
+// What the old listing has and the new release has not, by path: a file whose ID went may still be at the place of one
+// whose ID came, and a package installed elsewhere than before leaves all its old places.
+void UpdateTransaction::findRemovals()
+{
+    if (!m_installed)
+        return;
+    PathIndex places;
+    for (const TargetFile& target : m_targets)
+        places.add(target.place, 0);
+    Containment inside(m_installed->installationDirectory());
+    for (const InstalledFileListing& file : m_installed->files()) {
+        const VoFilePath& path = file.path();
+        if (places.find(path))
+            continue;
+        if (!inside.holds(path)) {
+            Log().warning("File outside the installation directory kept: " + path.path());
+            continue;
+        }
+        const FileKind kind = KindOf(path);
+        if (kind == FileKind::None)
+            continue;
+        if (kind == FileKind::Directory)
+            Log().warning("Directory kept in place of removed file: " + path.path());
+        else if (const FileOwners::Owned* owned = m_owners.find(path))
+            Log().diagnostic("File kept, it belongs to package " + owned->packageID.toString() + ": " + path.path());
+        else if (m_removed.insert(Key(path)).second)
+            m_removals.pushBack(path);
+    }
+}
+
+void UpdateTransaction::findReplacements()
+{
+    Containment inside(m_directory);
+    for (const TargetFile& target : m_targets) {
+        if (!target.isWritten)
+            continue;
+        vo::detail::RequireValidLength(BuiltPath(target.place));
+        if (!inside.holds(target.place))
+            throw VoValidationException("Invalid target path: " + target.file->target().path());
+        replace(target.place);
+    }
+    for (const VoFilePath& path : m_removals) {
+        if (m_moved.count(Key(path)) > 0)
+            continue;
+        m_changeOf.emplace(Key(path), m_notes.changes.size());
+        m_notes.changes.pushBack({Kind::Removed, path, asidePath(path)});
+    }
+}
+
+void UpdateTransaction::replace(const VoFilePath& place)
+{
+    const FileKind kind = KindOf(place);
+    if (kind == FileKind::Directory) {
+        moveDirectoryAside(place);
+        return;
+    }
+    m_changeOf.emplace(Key(place), m_notes.changes.size());
+    if (kind == FileKind::None)
+        m_notes.changes.pushBack({Kind::Added, place, VoFilePath()});
+    else
+        m_notes.changes.pushBack({Kind::Replaced, place, asidePath(place)});
+}
+
+// A directory makes room for a file when all that it holds goes as well.
+void UpdateTransaction::moveDirectoryAside(const VoFilePath& place)
+{
+    const VoDirectoryPath directory = AsDirectory(place);
+    VoFileSystem::ForEachFile(directory, true, false, [&](const VoFilePath& path) {
+        if (m_removed.count(Key(path)) == 0)
+            throw VoFileException("Directory in the way: " + place.path(), place.path());
+    });
+    const VoFilePath aside = asidePath(place);
+    for (const VoFilePath& path : m_removals) {
+        if (!IsBelow(path, directory) || !m_moved.insert(Key(path)).second)
+            continue;
+        const std::string inner(Bytes(path).substr(Bytes(place).size()));
+        m_notes.changes.pushBack({Kind::Inside, path, VoFilePath::CreateUnchecked(aside.path() + VoString(inner))});
+    }
+    m_changeOf.emplace(Key(place), m_notes.changes.size());
+    m_notes.changes.pushBack({Kind::Replaced, place, aside});
+}
+
+VoFilePath UpdateTransaction::asidePath(const VoFilePath& place)
+{
+    VoFilePath path = VoFilePath::CreateUnchecked(place.path() + AsideSuffix);
+    for (unsigned n = 1; m_asides.count(Key(path)) > 0 || KindOf(path) != FileKind::None; ++n)
+        path = VoFilePath::CreateUnchecked(place.path() + "." + VoString(n) + AsideSuffix);
+    m_asides.insert(Key(path));
+    return path;
+}
+
+void UpdateTransaction::findDirectories()
+{
+    for (const VoDirectoryPath& directory : m_needed) {
+        if (VoFileSystem::IsDirectory(directory))
+            continue;
+        const VoFilePath obstacle = AsFile(directory);
+        if (KindOf(obstacle) != FileKind::None && m_removed.count(Key(obstacle)) == 0)
+            throw VoFileException("File in the way: " + obstacle.path(), obstacle.path());
+        m_missing.pushBack(directory);
+        m_notes.made.pushBack(directory);
+    }
+}
+
+// Found before anything changes, because the listing, which does not have them, is noted before.
+void UpdateTransaction::findEmptied()
+{
+    Containment before(m_installed ? m_installed->installationDirectory() : VoDirectoryPath());
+    Containment after(m_directory);
+    std::vector<VoDirectoryPath> candidates;
+    const auto consider = [&](const VoDirectoryPath& directory, Containment& inside) {
+        if (m_neededKeys.count(Key(directory)) == 0 && inside.mayRemove(directory))
+            candidates.push_back(directory);
+    };
+    if (m_installed) {
+        for (const VoDirectoryPath& directory : m_installed->directories())
+            consider(directory, before);
+    }
+    for (const VoDirectoryPath& directory : m_notes.made)
+        consider(directory, after);
+    // Longer paths first: a directory comes before the one that holds it.
+    std::stable_sort(candidates.begin(), candidates.end(), [](const VoDirectoryPath& a, const VoDirectoryPath& b) {
+        return Bytes(a).size() > Bytes(b).size();
+    });
+    PathSet emptied;
+    for (const VoDirectoryPath& directory : candidates) {
+        if (willBeEmpty(directory, emptied) && emptied.insert(Key(directory)).second)
+            m_notes.emptied.pushBack(directory);
+    }
+}
+
+bool UpdateTransaction::willBeEmpty(const VoDirectoryPath& directory, const PathSet& emptied) const
+{
+    if (!VoFileSystem::IsDirectory(directory))
+        return true;
+    bool isEmpty = true;
+    VoFileSystem::ForEachFile(directory, false, true, [&](const VoFilePath& path) {
+        isEmpty = isEmpty && (m_removed.count(Key(path)) > 0 || emptied.count(Key(path)) > 0);
+    });
+    return isEmpty;
+}
+
+void UpdateTransaction::completeNotes()
+{
+    m_notes.before = m_installed ? m_installed->installationDirectory() : VoDirectoryPath();
+    m_notes.result = InstalledPackageListing(m_advert, m_directory);
+    for (const TargetFile& target : m_targets)
+        m_notes.result.add(target.place, target.file->id(), target.file->checksum(), target.file->size());
+    PathSet known;
+    for (const VoDirectoryPath& directory : m_notes.emptied)
+        known.insert(Key(directory));
+    const auto add = [&](const VoDirectoryPath& directory) {
+        if (known.insert(Key(directory)).second)
+            m_notes.result.add(directory);
+    };
+    if (m_installed) {
+        for (const VoDirectoryPath& directory : m_installed->directories())
+            add(directory);
+    }
+    for (const VoDirectoryPath& directory : m_notes.made)
+        add(directory);
+}
+
+void UpdateTransaction::syncDirectories() const
+{
+    PathSet done;
+    for (const PlaceChange& change : m_notes.changes) {
+        const VoDirectoryPath directory = change.place.parent();
+        if (done.insert(Key(directory)).second && VoFileSystem::IsDirectory(directory))
+            VoFileSystem::SyncDirectory(directory);
+    }
+}
+
+} // namespace vo::updater::detail

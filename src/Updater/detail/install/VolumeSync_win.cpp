@@ -1,0 +1,13 @@
+#include <Updater/detail/install/VolumeSync.h>
+
+namespace vo::updater::detail {
+
+// The system flushes a volume for administrators only.
+bool CanSyncVolume() noexcept
+{
+    return false;
+}
+
+void SyncVolume(const VoDirectoryPath&) {}
+
+} // namespace vo::updater::detail

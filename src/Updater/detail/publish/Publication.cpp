@@ -1,0 +1,166 @@
+#include <Updater/detail/publish/Publication.h>
+
+#include <Core/VoExceptionText.h>
+#include <Core/VoFileException.h>
+#include <Core/VoString.h>
+#include <Core/VoUUID.h>
+#include <FileSystem/VoAtomicFileWriter.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativePath.h>
+#include <IO/VoFileDevice.h>
+#include <Subsystem/VoLogging.h>
+#include <Updater/AdvertisedPackageListing.h>
+
+#include <filesystem>
+#include <system_error>
+
+namespace vo::updater::detail {
+
+namespace {
+
+VoUniquePtr<AdvertisedPackages> OpenDeclarations(const VoFilePath& path)
+{
+    if (!VoFileSystem::Exists(path))
+        return VoUniquePtr<AdvertisedPackages>::Make();
+    VoUniquePtr<AdvertisedPackages> declarations = AdvertisedPackages::Open(path);
+    *declarations; // throws when it is another document
+    return declarations;
+}
+
+VoString ReadWhole(const VoFilePath& path)
+{
+    VoFileDevice device(path);
+    if (!device.open(VoIODevice::Read))
+        throw VoCannotOpenFileException(device);
+    return device.readAll();
+}
+
+// One step back; the others are taken whatever becomes of it.
+template <typename Step>
+void TakeBack(const VoString& what, Step step) noexcept
+{
+    try {
+        step();
+    } catch (...) {
+        vo::logging::Logger::Get("update builder")
+            .error("Failed publication cannot be removed: " + what + ": " + CurrentExceptionText());
+    }
+}
+
+} // namespace
+
+Publication::Publication(const VoFilePath& declarationsFile, const std::function<void()>& waiting)
+    : m_path(declarationsFile)
+{
+    try {
+        lock(waiting);
+        m_declarations = OpenDeclarations(m_path);
+    } catch (...) {
+        undo();
+        throw;
+    }
+}
+
+Publication::~Publication()
+{
+    if (!m_isDeclared)
+        undo();
+}
+
+void Publication::lock(const std::function<void()>& waiting)
+{
+    const VoDirectoryPath directory = m_path.parent();
+    for (;;) {
+        makeDirectory(directory);
+        m_outside = m_madeDirectories.size();
+        try {
+            m_lock.emplace(directory.file(lockName), waiting);
+            return;
+        } catch (const VoCannotOpenFileException&) {
+            // Another publication that failed may have taken away the directory that it had made.
+            if (directory.isNull() || VoFileSystem::Exists(directory))
+                throw;
+        }
+    }
+}
+
+void Publication::makeDirectory(const VoDirectoryPath& directory)
+{
+    if (directory.isNull() || VoFileSystem::IsDirectory(directory))
+        return;
+    const VoDirectoryPath parent = directory.parent();
+    if (parent != directory)
+        makeDirectory(parent);
+    if (VoFileSystem::CreateDirectory(directory))
+        m_madeDirectories.push_back(directory);
+}
+
+void Publication::moveFile(const VoFilePath& from, const VoFilePath& to)
+{
+    VoFileSystem::MoveFile(from, to);
+    m_moved.emplace_back(from, to);
+}
+
+void Publication::writeDefinition(const AdvertisedPackageListing& package, const VoFilePath& definition,
+                                  const VoFilePath& relative)
+{
+    const std::size_t declared = m_declarations->declarations().size();
+    m_declarations->remove(package.packageID(), relative);
+    if (m_declarations->declarations().size() != declared)
+        replace(m_path, [this] { m_declarations->write(m_path); });
+    replace(definition, [&] { package.write(definition); });
+    VoFileSystem::SyncDirectory(definition.parent());
+}
+
+void Publication::declare(const AdvertisedPackageListing& package, const VoFilePath& relative)
+{
+    m_declarations->add(package, relative);
+    m_declarations->write(m_path);
+    m_isDeclared = true;
+}
+
+// Keeps what a file held before it was first written.
+void Publication::replace(const VoFilePath& path, const std::function<void()>& write)
+{
+    Replaced before{path, std::nullopt};
+    if (VoFileSystem::Exists(path))
+        before.bytes = ReadWhole(path);
+    write();
+    m_replaced.push_back(std::move(before));
+}
+
+void Publication::undo() noexcept
+{
+    // The definition before the declarations that name it.
+    for (auto file = m_replaced.rbegin(); file != m_replaced.rend(); ++file) {
+        TakeBack(file->path.path(), [&] {
+            if (!file->bytes) {
+                VoFileSystem::Remove(file->path);
+                return;
+            }
+            VoAtomicFileWriter writer(file->path);
+            writer.write(file->bytes->c_str(), file->bytes->size());
+            writer.commit();
+        });
+    }
+    for (auto file = m_moved.rbegin(); file != m_moved.rend(); ++file)
+        TakeBack(file->second.path(), [&] { VoFileSystem::MoveFile(file->second, file->first); });
+    // As long as nobody else can be about to fill them.
+    eraseDirectories(m_outside);
+    m_lock.reset();
+    eraseDirectories(0);
+}
+
+// What is not empty is in use.
+void Publication::eraseDirectories(std::size_t first) noexcept
+{
+    while (m_madeDirectories.size() > first) {
+        TakeBack(m_madeDirectories.back().path(), [&] {
+            std::error_code ignored;
+            std::filesystem::remove(vo::detail::ToNative(m_madeDirectories.back()), ignored);
+        });
+        m_madeDirectories.pop_back();
+    }
+}
+
+} // namespace vo::updater::detail

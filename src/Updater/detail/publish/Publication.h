@@ -1,0 +1,73 @@
+#pragma once
+
+// The writing side of the published layout (UpdaterPaths.h): one release enters the declarations, or nothing changes.
+
+#include <Core/VoExport.h>
+#include <Core/VoForward.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/detail/FileLock.h>
+#include <Updater/AdvertisedPackages.h>
+
+#include <functional>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace vo::updater::detail {
+
+/// One publication beside a declarations document. From the beginning to the end of this object nobody else publishes
+/// in the document's directory: neither into this document nor, since they share the release directories, into another
+/// one beside it. What was done is undone at the end, unless declare() has succeeded.
+class VOCORE_PRIVATE_EXPORT Publication
+{
+public:
+    /// The name of the lock's file, beside the declarations.
+    static constexpr const char* lockName = ".packages.lock";
+
+    /// Makes the directory of the document where needed, waits for others who publish there (`waiting` is called again
+    /// and again, and may end that by throwing) and reads the document, which need not exist. Throws
+    /// VoNullPointerException for another document, and what making directories, locking and reading throw.
+    Publication(const VoFilePath& declarationsFile, const std::function<void()>& waiting);
+    Publication(const Publication&) = delete;
+    Publication& operator=(const Publication&) = delete;
+    ~Publication();
+
+    /// What is declared now.
+    const AdvertisedPackages& declarations() const { return *m_declarations; }
+
+    /// Makes a directory with those above it.
+    void makeDirectory(const VoDirectoryPath& directory);
+    /// Moves a file in.
+    void moveFile(const VoFilePath& from, const VoFilePath& to);
+    /// Writes the definition of a release. Where the document declares another build of it at that place, its
+    /// declaration goes first: between the two steps a reader then finds no release, and never one whose definition is
+    /// that of another.
+    void writeDefinition(const AdvertisedPackageListing& package, const VoFilePath& definition,
+                         const VoFilePath& relative);
+    /// Declares the release, as the last step.
+    void declare(const AdvertisedPackageListing& package, const VoFilePath& relative);
+
+private:
+    struct Replaced
+    {
+        VoFilePath path;
+        std::optional<VoString> bytes; // none: there was no such file
+    };
+
+    void lock(const std::function<void()>& waiting);
+    void replace(const VoFilePath& path, const std::function<void()>& write);
+    void eraseDirectories(std::size_t first) noexcept;
+    void undo() noexcept;
+
+    const VoFilePath m_path;
+    std::vector<VoDirectoryPath> m_madeDirectories; // outermost first
+    std::size_t m_outside = 0;                      // the first so many of them were made before the lock was had
+    std::vector<std::pair<VoFilePath, VoFilePath>> m_moved;
+    std::vector<Replaced> m_replaced;
+    std::optional<vo::detail::FileLock> m_lock;
+    VoUniquePtr<AdvertisedPackages> m_declarations;
+    bool m_isDeclared = false;
+};
+
+} // namespace vo::updater::detail

@@ -1,0 +1,123 @@
+#include <Updater/detail/publish/SourceTree.h>
+
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativePath.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/publish/IgnoreRules.h>
+#include <Updater/detail/publish/Publication.h>
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace vo::updater::detail {
+
+namespace {
+
+// The directory's text is the beginning of every path that a walk delivers. Cutting it off leaves a name with blanks
+// around it as it is, so that the check of the target sees it.
+VoFilePath TargetOf(const VoFilePath& file, const VoDirectoryPath& directory)
+{
+    const std::string& text = file.path().toStdString();
+    const std::string& prefix = directory.path().toStdString();
+    if (text.size() > prefix.size() && text.compare(0, prefix.size(), prefix) == 0)
+        return VoFilePath::CreateUnchecked(VoString(text.substr(prefix.size())));
+    return directory.relativeFile(file);
+}
+
+std::filesystem::path Canonical(const VoDirectoryPath& directory)
+{
+    const std::filesystem::path native = vo::detail::ToNative(directory);
+    std::error_code error;
+    const std::filesystem::path canonical =
+        std::filesystem::weakly_canonical(native.empty() ? std::filesystem::path(".") : native, error);
+    return error ? native : canonical;
+}
+
+// What publishing writes, as seen from the directory that is published.
+class PublishedOutput
+{
+public:
+    PublishedOutput(const VoDirectoryPath& directory, const VoFilePath& declarationsFile)
+    {
+        if (declarationsFile.isNull())
+            return;
+        const std::filesystem::path below =
+            Canonical(declarationsFile.parent()).lexically_relative(Canonical(directory));
+        if (below.empty() || *below.begin() == "..")
+            return;
+        const std::filesystem::path base = below == "." ? std::filesystem::path() : below;
+        m_declarations = vo::detail::FromNative(base / vo::detail::ToNative(declarationsFile).filename()).path();
+        m_packages = vo::detail::FromNative(base / Layout::packagesDirectory).path() + "\\";
+        m_lock = vo::detail::FromNative(base / Publication::lockName).path();
+    }
+
+    bool contains(const VoFilePath& target) const
+    {
+        if (!m_declarations)
+            return false;
+        const std::string& text = target.path().toStdString();
+        return text == m_declarations->toStdString() || text == m_lock.toStdString() || startsWith(text, m_packages) ||
+               startsWith(text, *m_declarations + ".tmp");
+    }
+
+private:
+    static bool startsWith(const std::string& text, const VoString& beginning)
+    {
+        return text.compare(0, beginning.size(), beginning.toStdString()) == 0;
+    }
+
+    std::optional<VoString> m_declarations; // empty when the output lies elsewhere
+    VoString m_packages;
+    VoString m_lock;
+};
+
+// Hands on what the rules do not leave out, in any order, without entering what they do.
+void Walk(const VoDirectoryPath& directory, const VoDirectoryPath& top, const IgnoreRules& ignored,
+          const std::function<void(SourceFile)>& take)
+{
+    VoFileSystem::ForEachFile(directory, false, true, [&](const VoFilePath& file) {
+        SourceFile source{file, TargetOf(file, top)};
+        const std::string& text = file.path().toStdString();
+        const bool isDirectory = !text.empty() && text.back() == '\\';
+        if (ignored.leavesOut(source.target, isDirectory))
+            return;
+        if (isDirectory)
+            Walk(VoDirectoryPath(file.path()), top, ignored, take);
+        else
+            take(std::move(source));
+    });
+}
+
+} // namespace
+
+bool IsRegularFile(const VoFilePath& path)
+{
+    std::error_code error;
+    return std::filesystem::is_regular_file(vo::detail::ToNative(path), error);
+}
+
+std::vector<SourceFile> ListSources(const VoDirectoryPath& directory, const VoFilePath& declarationsFile,
+                                    const IgnoreRules& ignored, const std::function<void(const VoString&)>& warn)
+{
+    const PublishedOutput output(directory, declarationsFile);
+    std::vector<SourceFile> sources;
+    bool skippedOutput = false;
+    Walk(directory, directory, ignored, [&](SourceFile source) {
+        if (output.contains(source.target))
+            skippedOutput = true;
+        else if (IsRegularFile(source.source))
+            sources.push_back(std::move(source));
+        else if (!VoFileSystem::IsDirectory(source.source))
+            warn("Not a regular file, left out: " + source.source.path());
+    });
+    if (skippedOutput)
+        warn("Published output inside the added directory, left out: " + declarationsFile.path());
+    std::sort(sources.begin(), sources.end(), [](const SourceFile& a, const SourceFile& b) {
+        return a.target.path().toStdString() < b.target.path().toStdString();
+    });
+    return sources;
+}
+
+} // namespace vo::updater::detail

@@ -1,0 +1,84 @@
+#include <Updater/detail/registry/RegistryFile.h>
+
+#include <Core/VoExceptionText.h>
+#include <Core/VoFileException.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/FileLock.h>
+#include <Subsystem/VoLogging.h>
+#include <Updater/InstalledPackages.h>
+#include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/Containment.h>
+#include <Updater/detail/documents/XMLDocument.h>
+#include <Updater/detail/install/FileActions.h>
+#include <XML/VoXMLStreamLoader.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace vo::updater::detail {
+
+namespace {
+
+VoUniquePtr<InstalledPackages> Load(const VoFilePath& path)
+{
+    VoXMLStreamLoader loader;
+    loader.addGlobalRule(tag::packages, Build<InstalledPackages>);
+    return DynamicCast<InstalledPackages>(LoadDocument(loader, path, VoString()));
+}
+
+// "<a document of ours>.tmp<letters>", as the atomic writer names what it has not committed.
+bool IsTemporaryDocument(std::string_view name)
+{
+    constexpr std::string_view mark = ".tmp";
+    const std::size_t start = name.rfind('.');
+    if (start == std::string_view::npos || start == 0 || name.compare(start, mark.size(), mark) != 0)
+        return false;
+    const std::string_view document = name.substr(0, start);
+    const auto endsWith = [document](std::string_view suffix) {
+        return document.size() > suffix.size() && document.substr(document.size() - suffix.size()) == suffix;
+    };
+    return name.size() > start + mark.size() && (endsWith(".xml") || endsWith(".pending") || endsWith(".damaged"));
+}
+
+} // namespace
+
+VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path, VoString& whyNot)
+{
+    if (!VoFileSystem::Exists(path))
+        return VoUniquePtr<InstalledPackages>::Make();
+    whyNot = "it is another kind of document";
+    try {
+        if (VoUniquePtr<InstalledPackages> registry = Load(path))
+            return registry;
+    } catch (const VoException& exception) {
+        whyNot = exception.reason().isEmpty() ? exception.message() : exception.reason();
+    } catch (...) {
+        whyNot = CurrentExceptionText();
+    }
+    vo::logging::Logger::Get("updater").error("Installed packages file cannot be read " + path.path() + ": " + whyNot);
+    return {};
+}
+
+void EraseTemporaryDocuments(const VoDirectoryPath& directory)
+{
+    if (!VoFileSystem::IsDirectory(directory))
+        return;
+    VoFileSystem::ForEachFile(directory, false, false, [&directory](const VoFilePath& path) {
+        if (IsTemporaryDocument(Bytes(path).substr(Bytes(directory).size())))
+            EraseFile(path);
+    });
+}
+
+ProcessLock::ProcessLock(const VoDirectoryPath& directory)
+{
+    VoFileSystem::CreateDirectory(directory, true);
+    const VoFilePath path = directory.file("updates.lock");
+    m_lock = std::make_unique<vo::detail::FileLock>(path);
+    if (!m_lock->isHeld())
+        throw VoFileLockedException(path.path());
+}
+
+ProcessLock::~ProcessLock() = default;
+
+} // namespace vo::updater::detail

@@ -1,0 +1,144 @@
+#include <Updater/detail/registry/Uninstaller.h>
+
+#include <Core/VoFileException.h>
+#include <FileSystem/VoFileSystem.h>
+#include <Subsystem/VoLogging.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/detail/documents/Containment.h>
+#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/install/FileOwners.h>
+#include <Updater/detail/install/InstallerPrivate.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace vo::updater::detail {
+
+namespace {
+
+vo::logging::Logger& Log()
+{
+    return vo::logging::Logger::Get("updater");
+}
+
+} // namespace
+
+Uninstaller::Uninstaller(const VoUUID& packageID, const VoFilePath& listingPath, const InstalledPackageListing* listing,
+                         const InstallationJournal& journal, const Broadcast& broadcast)
+    : m_packageID(packageID)
+    , m_path(listingPath)
+    , m_listing(listing)
+    , m_journal(journal)
+    , m_broadcast(broadcast)
+{
+}
+
+void Uninstaller::run(const VoStopFlag& stop)
+{
+    if (m_listing)
+        removeFiles(stop);
+    removeLeft();
+    removeDirectories();
+    if (!m_failure)
+        return;
+    if (m_listing)
+        keepRemaining();
+    std::rethrow_exception(m_failure);
+}
+
+// False when the work failed; the first failure is kept.
+template <typename Work>
+bool Uninstaller::attempt(const char* failure, const VoString& path, Work work)
+{
+    try {
+        work();
+        return true;
+    } catch (const VoFileException& exception) {
+        Log().error(failure + path + ": " + exception.message());
+        if (!m_failure)
+            m_failure = std::current_exception();
+        return false;
+    }
+}
+
+void Uninstaller::removeFiles(const VoStopFlag& stop)
+{
+    Containment inside(m_listing->installationDirectory());
+    FileOwners owners = FileOwners::Others(m_packageID, {m_listing->installationDirectory()});
+    std::uint64_t done = 0;
+    for (const InstalledFileListing& file : m_listing->files()) {
+        stop.throwIfStopped();
+        const VoString& path = file.path().path();
+        const bool isDone = attempt("File cannot be removed: ", path, [&] {
+            if (!inside.holds(file.path()))
+                Log().warning("File outside the installation directory kept: " + path);
+            else if (const FileOwners::Owned* owned = owners.find(file.path()))
+                Log().diagnostic("File kept, it belongs to package " + owned->packageID.toString() + ": " + path);
+            else if (EraseFile(file.path()))
+                Log().diagnostic("File removed: " + path + " for package " + m_packageID.toString());
+            else
+                Log().warning("Directory kept in place of removed file: " + path);
+        });
+        if (!isDone)
+            m_remaining.pushBack(file);
+        m_broadcast(Message<UninstallProgressMessage>(++done, m_listing->files().size(), m_packageID));
+    }
+}
+
+// Old files that could not be erased when they were replaced.
+void Uninstaller::removeLeft()
+{
+    const auto notes = m_journal.read(InstallationJournal::Phase::Replaced);
+    if (!notes)
+        return;
+    attempt("Old files cannot be removed: ", m_path.path(), [&] {
+        if (!EraseOld(*notes))
+            throw VoFileException("Old files cannot be removed: " + notes->result.installationDirectory().path(),
+                                  notes->result.installationDirectory().path());
+    });
+}
+
+// Innermost first, and only what is empty: what else lies there is not ours.
+void Uninstaller::removeDirectories()
+{
+    std::vector<VoDirectoryPath> directories;
+    const auto add = [&directories](const InstalledPackageListing& listing, const VoDeque<VoDirectoryPath>& recorded) {
+        Containment inside(listing.installationDirectory());
+        for (const VoDirectoryPath& directory : recorded) {
+            if (inside.mayRemove(directory))
+                directories.push_back(directory);
+            else
+                Log().warning("Directory outside the installation directory kept: " + directory.path());
+        }
+    };
+    attempt("Directories cannot be removed: ", m_path.path(), [&] {
+        if (m_listing)
+            add(*m_listing, m_listing->directories());
+        if (const auto notes = m_journal.read(InstallationJournal::Phase::Pending))
+            add(notes->result, notes->made);
+    });
+    std::stable_sort(directories.begin(), directories.end(), [](const VoDirectoryPath& a, const VoDirectoryPath& b) {
+        return Bytes(a).size() > Bytes(b).size();
+    });
+    for (const VoDirectoryPath& directory : directories) {
+        attempt("Directory cannot be removed: ", directory.path(), [&] {
+            if (!EraseDirectoryIfEmpty(directory))
+                Log().diagnostic("Directory not empty: " + directory.path());
+        });
+    }
+}
+
+void Uninstaller::keepRemaining() const
+{
+    InstalledPackageListing remaining(*m_listing, m_listing->installationDirectory());
+    for (const InstalledFileListing& file : m_remaining)
+        remaining.add(file);
+    for (const VoDirectoryPath& directory : m_listing->directories()) {
+        if (KindOf(AsFile(directory)) == FileKind::Directory)
+            remaining.add(directory);
+    }
+    AtStep(FileStep::WriteDocument, m_path.path());
+    remaining.write(m_path);
+}
+
+} // namespace vo::updater::detail

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <vo/line/ExitCode.h>
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+namespace vo::tool {
+
+class Session;
+
+/// One option, as the command line and the help know it.
+struct Option
+{
+    const char* name;  ///< Without the leading dashes.
+    const char* value; ///< What the help calls its value; null for a switch.
+    const char* help;
+    char letter = '\0'; ///< The short form, or none.
+    bool repeatable = false;
+};
+
+/// One subcommand.
+struct Command
+{
+    const char* name;
+    const char* arguments; ///< As the help shows them.
+    const char* summary;   ///< One line for the list of commands.
+    const char* description;
+    std::vector<Option> options;
+    std::size_t fewestArguments;
+    std::size_t mostArguments;
+    ExitCode (*run)(Session&);
+};
+
+constexpr std::size_t AnyNumber = static_cast<std::size_t>(-1);
+
+/// All subcommands, in the order of the help.
+const std::vector<Command>& Commands();
+/// The options that every subcommand takes.
+const std::vector<Option>& CommonOptions();
+/// Null when there is none of that name.
+const Command* FindCommand(std::string_view name);
+
+/// @{ The table's rows, each in a file of its own in commands/.
+Command ChecksumCommand();
+Command DiffCommand();
+Command HelpCommand();
+Command InstallCommand();
+Command InstalledCommand();
+Command LpCommand();
+Command PlanCommand();
+Command PublishCommand();
+Command ReleasesCommand();
+Command RepairCommand();
+Command ReportCommand();
+Command ShowCommand();
+Command TableCommand();
+Command UninstallCommand();
+Command UnzipCommand();
+Command VerifyCommand();
+Command VerifyReleaseCommand();
+Command ZipCommand();
+/// @}
+
+} // namespace vo::tool

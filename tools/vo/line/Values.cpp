@@ -1,0 +1,105 @@
+#include <vo/line/Values.h>
+
+#include <Download/VoDownloadSize.h>
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <string_view>
+#include <vector>
+
+namespace vo::tool {
+namespace {
+
+template <typename Integer>
+std::optional<Integer> parseAll(std::string_view text)
+{
+    Integer value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return value;
+}
+
+/// The shift of a suffix; none for a character that is no suffix.
+std::optional<unsigned> shiftOf(char suffix)
+{
+    switch (suffix) {
+    case 'K':
+    case 'k':
+        return 10;
+    case 'M':
+    case 'm':
+        return 20;
+    case 'G':
+    case 'g':
+        return 30;
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+std::optional<std::int64_t> ParseInteger(const VoString& text)
+{
+    return parseAll<std::int64_t>(text.toStdString());
+}
+
+std::optional<std::uint64_t> ParseBytes(const VoString& text)
+{
+    std::string_view digits = text.toStdString();
+    unsigned shift = 0;
+    if (const auto suffix = digits.empty() ? std::nullopt : shiftOf(digits.back())) {
+        shift = *suffix;
+        digits.remove_suffix(1);
+    }
+    const auto value = parseAll<std::uint64_t>(digits);
+    if (!value || *value > (std::numeric_limits<std::uint64_t>::max() >> shift))
+        return std::nullopt;
+    return *value << shift;
+}
+
+std::optional<ReleaseNumber> ParseRelease(const VoString& text)
+{
+    std::vector<int> parts;
+    for (std::string_view rest = text.toStdString();;) {
+        const std::size_t dot = std::min(rest.find('.'), rest.size());
+        const auto part = parseAll<int>(rest.substr(0, dot));
+        if (!part || *part < 0 || parts.size() == 4)
+            return std::nullopt;
+        parts.push_back(*part);
+        if (dot == rest.size())
+            break;
+        rest.remove_prefix(dot + 1);
+    }
+    const bool hasBuildType = parts.size() == 4;
+    const int build = hasBuildType ? parts[2] : 0;
+    if (hasBuildType)
+        parts.erase(parts.begin() + 2);
+    parts.resize(3, 0);
+    return ReleaseNumber{VoVersion(parts[0], parts[1], parts[2], static_cast<VoVersion::BuildType>(build)),
+                         hasBuildType};
+}
+
+VoString ReleaseText(const VoVersion& version)
+{
+    VoString text = VoString(version.major()) + "." + VoString(version.minor()) + "." + VoString(version.revision());
+    if (version.build() != 0)
+        text += " (build type " + VoString(static_cast<int>(version.build())) + ")";
+    return text;
+}
+
+VoString BytesText(std::uint64_t bytes)
+{
+    return VoString(VoDownloadSize(bytes).toString().trimmed());
+}
+
+VoString SecondsText(double seconds)
+{
+    char text[64];
+    const auto [end, error] = std::to_chars(text, text + sizeof text, seconds, std::chars_format::fixed, 2);
+    return error == std::errc() ? VoString(text, static_cast<std::size_t>(end - text)) : VoString();
+}
+
+} // namespace vo::tool

@@ -1,0 +1,123 @@
+#include <vo/release/InstallJob.h>
+
+#include <vo/Session.h>
+#include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
+#include <vo/line/Paths.h>
+#include <vo/release/Downloads.h>
+#include <vo/release/InstalledChoice.h>
+#include <vo/release/SourceRecord.h>
+#include <vo/screen/PlanView.h>
+
+#include <Updater/InstalledPackages.h>
+
+namespace vo::tool {
+
+using updater::InstallationPlan;
+using updater::InstalledPackages;
+
+namespace {
+
+VoDirectoryPath installationDirectory(const Session& session, const VoUUID& packageID)
+{
+    if (const auto directory = session.arguments.directory("to"))
+        return *directory;
+    if (!HasListing(packageID))
+        throw UsageError("option --to is missing: the package is not installed anywhere yet");
+    return InstalledPackages::Package(packageID)->installationDirectory();
+}
+
+} // namespace
+
+std::vector<Option> InstallOptions()
+{
+    std::vector<Option> options = {
+        {"to", "FOLDER", "where to install; not needed for a package that is installed"},
+        {"package", "ID", "the package; needed when several are declared"},
+        {"release", "V", "the release, such as 4.2.17, instead of the newest"},
+        {"allow-downgrade", nullptr, "let an older release replace the installed one"},
+        {"move", nullptr, "let a package be replaced that is in another folder or came from another place"},
+        {"overwrite", nullptr, "let files be replaced that belong to no package"},
+    };
+    const std::vector<Option> downloads = DownloadOptions();
+    options.insert(options.end(), downloads.begin(), downloads.end());
+    return options;
+}
+
+updater::InstallationOptions OptionsOfInstalling(const Session& session)
+{
+    updater::InstallationOptions options;
+    options.reuseInstalledFiles = true;
+    options.refuseForeignFiles = !session.arguments.has("overwrite");
+    options.refuseOtherDirectory = !session.arguments.has("move");
+    options.refuseOlder = !session.arguments.has("allow-downgrade");
+    options.downloads = session.downloads;
+    return options;
+}
+
+InstallJob PrepareInstall(const Session& session)
+{
+    InstallJob job;
+    ChosenRelease release = OpenChosenRelease(session);
+    job.definition = release.definition;
+    job.directory = installationDirectory(session, release.package->packageID());
+    job.package = std::move(release.package);
+    job.plan = Doing(session.arguments, "install to", NameOf(session.arguments, job.directory), [&] {
+        return InstalledPackages::Plan(*job.package, job.directory, OptionsOfInstalling(session));
+    });
+    return job;
+}
+
+namespace {
+
+void requireAllowedPlace(const Session& session, const InstallJob& job)
+{
+    if (session.arguments.has("move") || !job.plan.isInstalled)
+        return;
+    if (job.plan.isMove)
+        throw CommandError{ExitCode::Unsafe, "the package is installed in " + PathText(job.plan.installedDirectory) +
+                                                 "; --move installs it here instead"};
+    const auto recorded = RecordedSource(job.plan.packageID);
+    if (recorded && !IsSamePlace(*recorded, job.definition))
+        throw CommandError{ExitCode::Unsafe, "the package was installed from " + LocationText(*recorded) +
+                                                 "; --move lets a release from another place replace it"};
+}
+
+void requireAllowedFiles(const Session& session, const InstallationPlan& plan)
+{
+    if (!plan.conflicts.isEmpty())
+        throw CommandError{ExitCode::Unsafe,
+                           VoString(plan.conflicts.size()) + " files of other packages are in the places of its files"};
+    if (!plan.foreignFiles.isEmpty() && !session.arguments.has("overwrite"))
+        throw CommandError{ExitCode::Unsafe,
+                           VoString(plan.foreignFiles.size()) +
+                               " files that belong to no package are in the places of its files; --overwrite replaces "
+                               "them"};
+}
+
+} // namespace
+
+void RequireAllowed(const Session& session, const InstallJob& job)
+{
+    const InstallationPlan& plan = job.plan;
+    requireAllowedPlace(session, job);
+    if (plan.isDowngrade() && !session.arguments.has("allow-downgrade"))
+        throw CommandError{ExitCode::Unsafe, "release " + ReleaseText(plan.version) + " is older than release " +
+                                                 ReleaseText(plan.installedVersion) +
+                                                 ", which is installed; --allow-downgrade installs it all the same"};
+    requireAllowedFiles(session, plan);
+}
+
+ExitCode ShowPlan(Session& session, const InstallJob& job)
+{
+    ShowPlanSteps(session.console, job.plan, job.directory);
+    ShowPlanFigures(session.console, job.plan, job.directory);
+    ShowDownloadCounts(session, job.definition);
+    RequireAllowed(session, job);
+    if (!job.plan.isUpToDate())
+        return ExitCode::Done;
+    session.console.note("already up to date");
+    return ExitCode::NothingToDo;
+}
+
+} // namespace vo::tool

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <vo/line/Command.h>
+#include <vo/release/ReleaseChoice.h>
+
+#include <FileSystem/VoDirectoryPath.h>
+#include <Updater/InstallationOptions.h>
+#include <Updater/InstallationPlan.h>
+
+#include <vector>
+
+namespace vo::tool {
+
+class Session;
+
+/// What "vo plan" and "vo install" have in common: the release, where it goes and what that takes.
+struct InstallJob
+{
+    Location definition;                                    ///< Of the release.
+    VoUniquePtr<updater::AdvertisedPackageListing> package; ///< As it was read there, once.
+    VoDirectoryPath directory;
+    updater::InstallationPlan plan;
+};
+
+/// The options that name the release and the folder, for both commands.
+std::vector<Option> InstallOptions();
+
+/// How the tool installs: files that have only moved are copied, and what the command line does not allow is refused
+/// under the lock as well.
+updater::InstallationOptions OptionsOfInstalling(const Session& session);
+
+/// Reads the command line and plans. The folder of an installed package need not be named again. Throws what planning
+/// throws for a release that is refused.
+InstallJob PrepareInstall(const Session& session);
+
+/// Throws CommandError with ExitCode::Unsafe when the release would take the place of something that the command line
+/// does not allow it to replace: a newer release, a package in another folder or from another place, a file that
+/// belongs to no package. The files are listed before. A file of another package is never allowed.
+void RequireAllowed(const Session& session, const InstallJob& job);
+
+/// Shows the plan; ExitCode::NothingToDo when there is nothing to do.
+ExitCode ShowPlan(Session& session, const InstallJob& job);
+
+} // namespace vo::tool

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <Core/VoUniquePtr.h>
+#include <Updater/AdvertisedPackageListing.h>
+#include <Updater/AdvertisedPackages.h>
+
+#include <vo/line/Location.h>
+#include <vo/line/Values.h>
+
+#include <optional>
+
+namespace vo::tool {
+
+class Session;
+
+/// The release that a command works on.
+struct ChosenRelease
+{
+    Location definition; ///< Where its definition stands.
+    VoUniquePtr<updater::AdvertisedPackageListing> package;
+};
+
+/// The package that is meant when @p wanted names it, or else the only one that is declared. Pure. Throws UsageError
+/// naming the packages there are when that leaves a choice, Failure when there is none.
+VoUUID ChoosePackage(const updater::AdvertisedPackages& declared, const std::optional<VoUUID>& wanted);
+
+/// The declared release with that number, or the newest one. Of several that differ in their build type only, the one
+/// without build type unless the number names another. Pure. Throws Failure when there is none, UsageError when
+/// several are left.
+const updater::AdvertisedPackages::Declaration& ChooseRelease(const updater::AdvertisedPackages& declared,
+                                                              const VoUUID& packageID,
+                                                              const std::optional<ReleaseNumber>& wanted);
+
+/// Opens the release that the first argument (a declarations or definition document) and the options --package and
+/// --release name. Throws what reading throws, VoValidationException for a declarations file that leads to a definition
+/// outside its directory, and CommandError with ExitCode::Unsafe when it leads to that of another release.
+ChosenRelease OpenChosenRelease(const Session& session);
+
+/// Opens declarations. Throws Failure when it is a document of another kind.
+VoUniquePtr<updater::AdvertisedPackages> OpenDeclarations(const Session& session, const Location& location);
+
+/// @{ Read a document where it stands; what is on a server is fetched as the command line says. Throw
+/// CommandError; the first returns an empty pointer for a document of another kind.
+VoUniquePtr<updater::AdvertisedPackages> ReadDeclarations(const Session& session, const Location& location);
+VoUniquePtr<updater::AdvertisedPackageListing> ReadDefinition(const Session& session, const Location& location);
+/// @}
+
+/// Where the definition of a declared release stands. Throws VoValidationException for a path that leads elsewhere.
+Location DefinitionLocation(const updater::AdvertisedPackages::Declaration& declaration, const Location& declarations);
+
+} // namespace vo::tool

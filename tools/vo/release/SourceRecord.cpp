@@ -1,0 +1,119 @@
+#include <vo/release/SourceRecord.h>
+
+#include <vo/line/CommandError.h>
+
+#include <Core/VoException.h>
+#include <Core/VoFileException.h>
+#include <Core/VoUUID.h>
+#include <FileSystem/VoAtomicFileWriter.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativePath.h>
+#include <FileSystem/detail/SafePath.h>
+#include <IO/VoFileByteStream.h>
+#include <Updater/VoUpdater.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace vo::tool {
+namespace {
+
+constexpr std::size_t LongestRecord = 8192;
+
+VoDirectoryPath recordDirectory()
+{
+    return VoUpdater::UpdateSystemDirectory().directory("sources");
+}
+
+VoFilePath recordPath(const VoUUID& packageID)
+{
+    if (!vo::detail::SafeName(packageID.toString()))
+        throw VoValidationException("Invalid identifier: " + packageID.toString());
+    return recordDirectory().file(packageID.toString() + ".txt");
+}
+
+/// The folder of the declarations beside which a definition was published
+/// (FOLDER/packages/PACKAGE/RELEASE/package.xml), or else that of the definition.
+std::string publishedPlace(const Location& definition)
+{
+    const VoFilePath* file = std::get_if<VoFilePath>(&definition);
+    std::string text = (file != nullptr ? file->path() : LocationText(definition)).toStdString();
+    std::replace(text.begin(), text.end(), '\\', '/');
+    const auto parent = [](const std::string& path) { return path.substr(0, path.find_last_of('/')); };
+    const std::string folder = parent(text);
+    const std::string packages = parent(parent(folder));
+    constexpr std::string_view name = "/packages";
+    if (packages.size() <= name.size() || packages.compare(packages.size() - name.size(), name.size(), name) != 0)
+        return folder;
+    return parent(packages);
+}
+
+} // namespace
+
+void RecordSource(const VoUUID& packageID, const Location& definition)
+{
+    const VoFilePath* file = std::get_if<VoFilePath>(&definition);
+    const VoString text = file != nullptr ? file->path() : LocationText(definition);
+    const auto write = [&] {
+        VoFileSystem::CreateDirectory(recordDirectory(), true);
+        VoAtomicFileWriter writer(recordPath(packageID));
+        writer.write(text.c_str(), text.size());
+        writer.commit();
+    };
+    try {
+        write();
+    } catch (const VoCannotOpenFileException&) {
+        // Another process may have forgotten the last package, and the directory with it.
+        write();
+    }
+}
+
+std::optional<Location> RecordedSource(const VoUUID& packageID)
+{
+    const VoFilePath path = recordPath(packageID);
+    if (!VoFileSystem::Exists(path))
+        return std::nullopt;
+    // A longer text is no record of ours.
+    std::string text(LongestRecord + 1, '\0');
+    VoFileInputByteStream stream(path);
+    text.resize(stream.read(text.data(), text.size()));
+    if (text.size() > LongestRecord)
+        return std::nullopt;
+    try {
+        // Recorded paths have backslashes, so that "://" tells a URL here too.
+        if (text.find("://") != std::string::npos)
+            return TypedLocation("record", VoString(std::move(text)));
+    } catch (const UsageError&) {
+        return std::nullopt;
+    }
+    const VoFilePath definition{VoString(std::move(text))};
+    if (definition.isNull() || !definition.validLength())
+        return std::nullopt;
+    return definition;
+}
+
+bool IsSamePlace(const Location& a, const Location& b)
+{
+    if (a.index() != b.index())
+        return false;
+    const std::string placeA = publishedPlace(a);
+    const std::string placeB = publishedPlace(b);
+    // Two names of one folder, such as a link, are one place.
+    return placeA == placeB || (std::holds_alternative<VoFilePath>(a) &&
+                                VoFileSystem::Same(VoFilePath(VoString(placeA)), VoFilePath(VoString(placeB))));
+}
+
+void ForgetSource(const VoUUID& packageID)
+{
+    VoFileSystem::Remove(recordPath(packageID));
+    // Fails while it holds the records of others, and that is right.
+    std::error_code ignored;
+    std::filesystem::remove(vo::detail::ToNative(recordDirectory()), ignored);
+}
+
+} // namespace vo::tool

@@ -1,0 +1,206 @@
+#include <vo/screen/Console.h>
+
+#include <vo/screen/Terminal.h>
+
+#include <Core/detail/UTF8.h>
+
+#include <QtCore/QJsonDocument>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace vo::tool {
+namespace {
+
+/// Drawing more often would cost more than the work.
+constexpr std::int64_t DrawInterval = 50 * 1000 * 1000; // nanoseconds
+/// Where the texts behind the labels begin.
+constexpr std::size_t LabelWidth = 18;
+
+void write(std::FILE* file, const VoString& text)
+{
+    std::fwrite(text.c_str(), 1, text.size(), file);
+}
+
+// JSON with the escapes for what Printable() shows by its own: it is read on terminals too.
+std::string printable(std::string_view json)
+{
+    std::string text;
+    while (!json.empty()) {
+        const detail::DecodedCharacter character = detail::DecodeUTF8(json);
+        const std::size_t size = std::max<std::size_t>(character.size, 1);
+        if (character.code >= 0x7f && detail::IsUnprintable(character.code))
+            text += QStringLiteral("\\u%1").arg(character.code, 4, 16, QLatin1Char('0')).toStdString();
+        else
+            text += json.substr(0, size);
+        json.remove_prefix(size);
+    }
+    return text;
+}
+
+const char* statusName(ExitCode code)
+{
+    switch (code) {
+    case ExitCode::Done:
+        return "done";
+    case ExitCode::Failed:
+        return "failed";
+    case ExitCode::WrongUsage:
+        return "wrong usage";
+    case ExitCode::NothingToDo:
+        return "nothing to do";
+    case ExitCode::Differences:
+        return "differences";
+    case ExitCode::Cancelled:
+        return "cancelled";
+    case ExitCode::Unsafe:
+        return "refused";
+    case ExitCode::NotProven:
+        return "not proven";
+    }
+    return "failed";
+}
+
+} // namespace
+
+Console::~Console()
+{
+    endProgress();
+}
+
+void Console::line(const VoString& text)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_settings.json)
+        return;
+    erase();
+    write(stdout, Printable(text) + "\n");
+}
+
+void Console::labelled(const char* label, const VoString& text)
+{
+    VoString shown(label);
+    if (shown.size() < LabelWidth)
+        shown.resize(LabelWidth, ' ');
+    line(shown + text);
+}
+
+void Console::list(const char* key)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_lists[QString::fromLatin1(key)];
+}
+
+void Console::row(const char* key, const VoString& text, const QJsonObject& record)
+{
+    line(text);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_settings.json)
+        m_lists[QString::fromLatin1(key)].append(record);
+}
+
+void Console::message(const VoString& text)
+{
+    erase();
+    write(stderr, "vo: " + Printable(text) + "\n");
+}
+
+void Console::note(const VoString& text)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_settings.quiet)
+        message(text);
+}
+
+void Console::detail(const VoString& text)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_settings.verbose)
+        message(text);
+}
+
+void Console::error(const VoString& text)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_error = text;
+    message(text);
+}
+
+void Console::error(const CommandError& failure)
+{
+    error(failure.text);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_told.insert(m_told.end(), failure.tells.begin(), failure.tells.end());
+}
+
+bool Console::hasTold(const VoString& logged)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return std::any_of(m_told.begin(), m_told.end(), [&](const VoString& text) { return logged.contains(text); });
+}
+
+void Console::progress(const VoString& label, ProgressLine::Unit unit, std::uint64_t done, std::uint64_t total)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_settings.progress)
+        return;
+    const bool begins = !m_line || m_line->label() != label;
+    if (begins)
+        m_line.emplace(label, unit);
+    m_line->update(done, total, VoTimePoint::Now());
+    draw(begins || done >= total);
+}
+
+void Console::draw(bool force)
+{
+    const VoTimePoint now = VoTimePoint::Now();
+    const std::int64_t elapsed = (now - m_drawnAt).count();
+    if (!force && elapsed >= 0 && elapsed < DrawInterval)
+        return;
+    m_drawnAt = now;
+    const VoString text = Printable(m_line->text(TerminalWidth() - 1));
+    VoString blank;
+    if (text.size() < m_drawn)
+        blank = VoString(' ', m_drawn - text.size());
+    write(stderr, "\r" + text + blank);
+    std::fflush(stderr);
+    m_drawn = text.size();
+}
+
+void Console::erase()
+{
+    if (m_drawn == 0)
+        return;
+    write(stderr, "\r" + VoString(' ', m_drawn) + "\r");
+    std::fflush(stderr);
+    m_drawn = 0;
+}
+
+void Console::endProgress()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    erase();
+    m_line.reset();
+}
+
+ExitCode Console::finish(const VoString& command, ExitCode code)
+{
+    endProgress();
+    if (m_settings.json) {
+        for (const auto& [key, rows] : m_lists)
+            m_document.insert(key, rows);
+        m_document("command", command)("status", statusName(code))("exitCode", static_cast<int>(code));
+        if (!m_error.isEmpty())
+            m_document("error", m_error);
+        write(stdout, VoString(printable(QJsonDocument(m_document.object()).toJson().toStdString())));
+    }
+    const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+    if (written)
+        return code;
+    error("the result cannot be written to standard output");
+    return code == ExitCode::Done ? ExitCode::Failed : code;
+}
+
+} // namespace vo::tool

@@ -1,0 +1,138 @@
+#include <vo/screen/PlanView.h>
+
+#include <vo/line/Paths.h>
+#include <vo/screen/Console.h>
+
+#include <Download/VoDownloadSize.h>
+
+namespace vo::tool {
+
+using updater::ChunkListing;
+using updater::FileDifference;
+using updater::InstallationPlan;
+
+namespace {
+
+const char* verbOf(const InstallationPlan::File& file)
+{
+    if (!file.copiedFrom.isNull())
+        return "copy";
+    switch (file.type) {
+    case FileDifference::Added:
+        return "add";
+    case FileDifference::Modified:
+        return "update";
+    case FileDifference::Removed:
+        return "remove";
+    }
+    return "";
+}
+
+VoString column(const char* text)
+{
+    VoString padded(text);
+    padded.resize(8, ' ');
+    return padded;
+}
+
+void showChunk(Console& console, const ChunkListing& chunk, bool staged)
+{
+    console.row("chunks", column(staged ? "staged" : "fetch") + PathText(chunk.path()) + "  " + chunk.size().toString(),
+                JsonRecord()("id", chunk.id())("path", PathText(chunk.path()))("bytes", chunk.size().bytes())("staged",
+                                                                                                              staged));
+}
+
+void showClaim(Console& console, const char* action, const VoDirectoryPath& directory, const VoFilePath& file,
+               const char* remark, const updater::InstallationPlan::OwnedFile* owned = nullptr)
+{
+    const VoString path = PathTextBelow(directory, file);
+    JsonRecord record;
+    record("action", action)("path", path);
+    VoString line = column(action) + path + "  " + remark;
+    if (owned) {
+        record("package", owned->packageID)("name", owned->name);
+        line = line + owned->name + " " + owned->packageID.toString();
+    }
+    console.row("claims", line, record);
+}
+
+void showIdentity(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    console.fact("package", "package", plan.packageID.toString(), plan.packageID);
+    console.fact("name", "name", plan.name);
+    console.fact("release", "release", ReleaseText(plan.version), plan.version.toString());
+    if (plan.isInstalled)
+        console.fact("installedRelease", "over release", ReleaseText(plan.installedVersion),
+                     plan.installedVersion.toString());
+    console.fact("directory", "folder", PathText(directory));
+}
+
+} // namespace
+
+void ShowClaims(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    console.list("claims");
+    for (const auto& owned : plan.conflicts)
+        showClaim(console, "refuse", directory, owned.path, "belongs to ", &owned);
+    for (const VoFilePath& file : plan.foreignFiles)
+        showClaim(console, "replace", directory, file, "belongs to no package");
+    for (const VoFilePath& file : plan.adoptedFiles)
+        showClaim(console, "adopt", directory, file, "has the content of the release's file");
+    for (const auto& owned : plan.keptFiles)
+        showClaim(console, "keep", directory, owned.path, "belongs to ", &owned);
+}
+
+void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    console.list("files");
+    for (const InstallationPlan::File& file : plan.files) {
+        const VoString path = PathTextBelow(directory, file.path);
+        JsonRecord record;
+        record("action", verbOf(file))("path", path)("id", file.id)("bytes", file.bytes);
+        VoString line = column(verbOf(file)) + path + "  " + BytesText(file.bytes);
+        if (!file.copiedFrom.isNull()) {
+            const VoString source = PathTextBelow(directory, file.copiedFrom);
+            record("from", source);
+            line = line + "  from " + source;
+        }
+        console.row("files", line, record);
+    }
+    ShowClaims(console, plan, directory);
+    console.list("chunks");
+    for (const ChunkListing& chunk : plan.stagedChunks)
+        showChunk(console, chunk, true);
+    for (const ChunkListing& chunk : plan.chunks)
+        showChunk(console, chunk, false);
+}
+
+void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    showIdentity(console, plan, directory);
+    console.fact("added", "files to add", plan.addedFiles);
+    if (plan.copiedFiles > 0)
+        console.fact("copied", "of them to copy", plan.copiedFiles);
+    console.fact("modified", "files to update", plan.modifiedFiles);
+    console.fact("removed", "files to remove", plan.removedFiles);
+    console.fact("unchanged", "files unchanged", plan.unchangedFiles);
+    console.fact("bytesToWrite", "bytes to write", BytesText(plan.bytesToWrite), plan.bytesToWrite);
+    console.fact("bytesToRemove", "bytes to remove", BytesText(plan.bytesToRemove), plan.bytesToRemove);
+    console.fact("chunksToFetch", "chunks to fetch", plan.chunks.size());
+    console.fact("chunksStaged", "chunks staged", plan.stagedChunks.size());
+    console.fact("bytesToFetch", "bytes to fetch", BytesText(plan.bytesToFetch), plan.bytesToFetch);
+}
+
+void ShowInstalledFigures(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    showIdentity(console, plan, directory);
+    console.fact("added", "files added", plan.addedFiles);
+    if (plan.copiedFiles > 0)
+        console.fact("copied", "of them copied", plan.copiedFiles);
+    console.fact("modified", "files updated", plan.modifiedFiles);
+    console.fact("removed", "files removed", plan.removedFiles);
+    console.fact("unchanged", "files unchanged", plan.unchangedFiles);
+    console.fact("bytesWritten", "bytes written", BytesText(plan.bytesToWrite), plan.bytesToWrite);
+    console.fact("chunksFetched", "chunks fetched", plan.chunks.size());
+    console.fact("bytesFetched", "bytes fetched", BytesText(plan.bytesToFetch), plan.bytesToFetch);
+}
+
+} // namespace vo::tool

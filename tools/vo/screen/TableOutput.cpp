@@ -1,0 +1,216 @@
+#include <vo/screen/TableOutput.h>
+
+#include <Core/VoVariant.h>
+#include <Core/detail/NumberText.h>
+#include <Documents/VoCSVReader.h>
+#include <Documents/VoCSVWriter.h>
+#include <Documents/VoOOXMLWriter.h>
+#include <Documents/VoOOXMLWriterSpreadsheet.h>
+#include <Documents/VoXMLSpreadsheetWriter.h>
+#include <Documents/detail/CSVText.h>
+#include <FileSystem/VoAtomicFileWriter.h>
+#include <IO/VoIODevice.h>
+
+#include <QtCore/QString>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <string_view>
+
+namespace vo::tool {
+namespace {
+
+constexpr int LongestSheetName = 31;
+
+VoString text(const VoCSVReader& row, std::size_t index)
+{
+    const std::string_view field = row.field(index);
+    return VoString(field.data(), field.size());
+}
+
+// "12345678901", and nothing that is no number.
+bool isWholeNumber(std::string_view field)
+{
+    field.remove_prefix(!field.empty() && field.front() == '-' ? 1 : 0);
+    return !field.empty() && field.front() != '0' && field.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+std::string withPoint(std::string_view number)
+{
+    std::string text(number);
+    std::replace(text.begin(), text.end(), ',', '.');
+    return text;
+}
+
+bool hasSixDigits(double value)
+{
+    return detail::ParseDouble(detail::GeneralText(value)).value == value;
+}
+
+// What a spreadsheet shows for a field. Cells of numbers get six significant digits: fractions are rounded, but long
+// whole numbers are names of something more often than amounts, and stay texts.
+VoVariant cellValue(const VoCSVReader& row, std::size_t index, const VoCSVFormat& format, bool asTexts,
+                    TableOutput::Losses& losses)
+{
+    const std::string_view field = row.field(index);
+    if (field.empty() && !row.isQuoted(index))
+        return VoVariant();
+    if (asTexts || row.isQuoted(index))
+        return text(row, index);
+    VoVariant value = detail::DetectedValue(field, format);
+    if (value.type() != VoVariant::Double && value.type() != VoVariant::String)
+        return value;
+    const bool isNumber = value.type() == VoVariant::Double && std::isfinite(value.asDouble());
+    if (isNumber && hasSixDigits(value.asDouble()))
+        return value;
+    if (isNumber && !isWholeNumber(field)) {
+        ++losses.rounded;
+        return value;
+    }
+    losses.keptAsText += isWholeNumber(field) ? 1 : 0;
+    return text(row, index);
+}
+
+class CsvOutput : public TableOutput
+{
+public:
+    CsvOutput(const VoFilePath& file, const VoCSVFormat& input)
+        : m_target(file)
+        , m_writer(m_target.device())
+        , m_input(input)
+    {
+    }
+
+    bool hasSheets() const override { return false; }
+    void beginSheet(const VoString&) override {}
+
+    void addRow(const VoCSVReader& row, bool asTexts) override
+    {
+        for (std::size_t i = 0; i < row.numberFields(); ++i)
+            addField(row.field(i), row.isQuoted(i) || (asTexts && !row.field(i).empty()));
+        m_writer.endRow();
+    }
+
+    void finish() override
+    {
+        m_writer.finish();
+        m_target.commit();
+    }
+
+private:
+    // Fields keep their texts, but for a decimal comma; the quotes of those that would else be taken for values stay
+    // too.
+    void addField(std::string_view field, bool isText)
+    {
+        if (!isText && m_input.decimalComma && detail::DetectedType(field, m_input) == VoVariant::Double)
+            return m_writer.addText(withPoint(field));
+        const bool needsQuotes = isText && detail::DetectedType(field, m_output) != VoVariant::String;
+        m_writer.addText(field, needsQuotes ? VoCSVWriter::Quotes::Always : VoCSVWriter::Quotes::WhenNeeded);
+    }
+
+    VoAtomicFileWriter m_target;
+    VoCSVWriter m_writer;
+    const VoCSVFormat& m_input;
+    const VoCSVFormat m_output;
+};
+
+class WorkbookOutput : public TableOutput
+{
+public:
+    WorkbookOutput(const VoFilePath& file, const VoCSVFormat& input)
+        : m_input(input)
+        , m_target(file)
+        , m_workbook(m_target.temporary(), VoOOXMLWriter::Spreadsheet)
+    {
+    }
+
+    bool hasSheets() const override { return true; }
+    void beginSheet(const VoString& name) override { m_sheet = m_workbook.addSheet(name); }
+
+    void addRow(const VoCSVReader& row, bool asTexts) override
+    {
+        m_sheet->startRow();
+        for (std::size_t i = 0; i < row.numberFields(); ++i)
+            m_sheet->addCell(cellValue(row, i, m_input, asTexts, m_losses));
+    }
+
+    void finish() override
+    {
+        m_workbook.close();
+        m_target.commit();
+    }
+
+private:
+    const VoCSVFormat& m_input;
+    VoAtomicFileWriter m_target;
+    VoOOXMLWriter m_workbook;
+    VoSharedPtr<VoOOXMLWriterSpreadsheet> m_sheet;
+};
+
+class XmlOutput : public TableOutput
+{
+public:
+    XmlOutput(const VoFilePath& file, const VoCSVFormat& input)
+        : m_input(input)
+        , m_target(file)
+        , m_writer(m_target.device())
+    {
+    }
+
+    bool hasSheets() const override { return false; }
+    void beginSheet(const VoString&) override {}
+
+    void addRow(const VoCSVReader& row, bool asTexts) override
+    {
+        m_writer.startRow();
+        for (std::size_t i = 0; i < row.numberFields(); ++i) {
+            const VoVariant value = cellValue(row, i, m_input, asTexts, m_losses);
+            m_writer.addCell(value.isNull() ? VoVariant("") : value); // Null would be shown as a word
+        }
+    }
+
+    void finish() override
+    {
+        m_writer.finish();
+        m_target.commit();
+    }
+
+private:
+    const VoCSVFormat& m_input;
+    VoAtomicFileWriter m_target;
+    VoXMLSpreadsheetWriter m_writer;
+};
+
+} // namespace
+
+TableOutput::~TableOutput() = default;
+
+std::unique_ptr<TableOutput> TableOutput::Make(const VoFilePath& file, const VoCSVFormat& input)
+{
+    if (file.extension() == "xlsx")
+        return std::make_unique<WorkbookOutput>(file, input);
+    if (file.extension() == "xml")
+        return std::make_unique<XmlOutput>(file, input);
+    if (file.extension() == "csv")
+        return std::make_unique<CsvOutput>(file, input);
+    return nullptr;
+}
+
+VoString SheetName(const VoString& fileName, std::size_t taken)
+{
+    QString name = fileName.toQString();
+    for (QChar& c : name) {
+        if (c.unicode() < 0x20 || c.unicode() == 0x7f || QStringLiteral(":\\/?*[]'").contains(c))
+            c = QLatin1Char('_');
+    }
+    const QString number = taken == 0 ? QString() : QStringLiteral(" (%1)").arg(taken + 1);
+    name.truncate(LongestSheetName - number.size());
+    if (!name.isEmpty() && name.at(name.size() - 1).isHighSurrogate())
+        name.chop(1);
+    if (name.trimmed().isEmpty())
+        name = QStringLiteral("Sheet");
+    return VoString(name + number);
+}
+
+} // namespace vo::tool

@@ -1,0 +1,100 @@
+#include <vo/screen/TableView.h>
+
+#include <vo/line/Values.h>
+
+#include <Core/VoVariant.h>
+#include <Documents/VoCSVReader.h>
+#include <Documents/detail/CSVText.h>
+
+#include <QtCore/QString>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace vo::tool {
+namespace {
+
+const std::string gap = "  ";
+
+struct Cell
+{
+    std::string text;
+    std::size_t width; ///< In characters.
+};
+
+bool isContinuation(char c)
+{
+    return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
+}
+
+std::size_t widthOf(std::string_view text)
+{
+    return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
+}
+
+Cell shown(std::string_view field, std::size_t widest)
+{
+    // More bytes than can be shown are not looked at: a field may be as large as the file.
+    std::string text = Printable(VoString(field.data(), std::min(field.size(), widest * 4 + 4))).toStdString();
+    const std::size_t width = widthOf(text);
+    if (width <= widest)
+        return {std::move(text), width};
+    std::size_t end = 0;
+    for (std::size_t characters = 0; characters + 1 < widest || isContinuation(text[end]); ++end)
+        characters += isContinuation(text[end]) ? 0 : 1;
+    text.resize(end);
+    return {text + "\xe2\x80\xa6", widthOf(text) + 1};
+}
+
+} // namespace
+
+TableView::TableView(const VoCSVFormat& format, std::size_t widest)
+    : m_format(format)
+    , m_widest(widest)
+{
+}
+
+bool TableView::isNumber(const VoCSVReader& row, std::size_t index) const
+{
+    const VoVariant::Type type = detail::DetectedType(row.field(index), m_format);
+    return !row.isQuoted(index) && (type == VoVariant::Integer || type == VoVariant::Double);
+}
+
+void TableView::measure(const VoCSVReader& row, bool isHeader)
+{
+    if (m_columns.size() < row.numberFields())
+        m_columns.resize(row.numberFields());
+    for (std::size_t i = 0; i < row.numberFields(); ++i) {
+        Column& column = m_columns[i];
+        column.width = std::max(column.width, shown(row.field(i), m_widest).width);
+        if (isHeader || row.field(i).empty())
+            continue;
+        (isNumber(row, i) ? column.hasNumbers : column.hasTexts) = true;
+    }
+}
+
+VoString TableView::line(const VoCSVReader& row) const
+{
+    std::string line;
+    for (std::size_t i = 0; i < row.numberFields() && i < m_columns.size(); ++i) {
+        const Column& column = m_columns[i];
+        const Cell cell = shown(row.field(i), m_widest);
+        const std::string blanks(column.width - std::min(cell.width, column.width), ' ');
+        if (i > 0)
+            line += gap;
+        line += column.hasNumbers && !column.hasTexts ? blanks + cell.text : cell.text + blanks;
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    return VoString(line);
+}
+
+VoString TableView::rule() const
+{
+    std::string line;
+    for (const Column& column : m_columns)
+        line += (line.empty() ? "" : gap) + std::string(column.width, '-');
+    return VoString(line);
+}
+
+} // namespace vo::tool

@@ -1,0 +1,31 @@
+#include <vo/screen/Terminal.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QStringList>
+
+#include <io.h>
+#include <stdio.h>
+#include <windows.h>
+
+namespace vo::tool {
+
+bool ErrorOutputIsTerminal()
+{
+    return _isatty(_fileno(stderr)) != 0;
+}
+
+std::size_t TerminalWidth()
+{
+    CONSOLE_SCREEN_BUFFER_INFO information{};
+    if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &information))
+        return 80;
+    return static_cast<std::size_t>(information.srWindow.Right - information.srWindow.Left + 1);
+}
+
+QStringList ProgramArguments(int, char**)
+{
+    // argv is in the system's code page here; Qt reads the wide command line.
+    return QCoreApplication::arguments().mid(1);
+}
+
+} // namespace vo::tool

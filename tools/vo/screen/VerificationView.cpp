@@ -1,0 +1,29 @@
+#include <vo/screen/VerificationView.h>
+
+#include <vo/line/Paths.h>
+#include <vo/screen/Console.h>
+
+namespace vo::tool {
+namespace {
+
+void showAll(Console& console, const VoUUID& packageID, const char* kind, const VoDeque<VoFilePath>& paths)
+{
+    VoString column(kind);
+    column.resize(9, ' ');
+    for (const VoFilePath& path : paths) {
+        const VoString text = PathText(path);
+        console.row("findings", column + text, JsonRecord()("package", packageID)("kind", kind)("path", text));
+    }
+}
+
+} // namespace
+
+void ShowFindings(Console& console, const updater::VerificationReport& report)
+{
+    console.list("findings");
+    showAll(console, report.packageID, "missing", report.missing);
+    showAll(console, report.packageID, "changed", report.changed);
+    showAll(console, report.packageID, "extra", report.extra);
+}
+
+} // namespace vo::tool
