@@ -35,32 +35,11 @@ struct Command
 
 constexpr std::size_t AnyNumber = static_cast<std::size_t>(-1);
 
-/// All subcommands, in the order of the help.
+/// All subcommands, in the order of the help; the build makes the table from its list.
 const std::vector<Command>& Commands();
 /// The options that every subcommand takes.
 const std::vector<Option>& CommonOptions();
 /// Null when there is none of that name.
 const Command* FindCommand(std::string_view name);
-
-/// @{ The table's rows, each in a file of its own in commands/.
-Command ChecksumCommand();
-Command DiffCommand();
-Command HelpCommand();
-Command InstallCommand();
-Command InstalledCommand();
-Command LpCommand();
-Command PlanCommand();
-Command PublishCommand();
-Command ReleasesCommand();
-Command RepairCommand();
-Command ReportCommand();
-Command ShowCommand();
-Command TableCommand();
-Command UninstallCommand();
-Command UnzipCommand();
-Command VerifyCommand();
-Command VerifyReleaseCommand();
-Command ZipCommand();
-/// @}
 
 } // namespace vo::tool

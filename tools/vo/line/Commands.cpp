@@ -4,18 +4,6 @@
 
 namespace vo::tool {
 
-const std::vector<Command>& Commands()
-{
-    static const std::vector<Command> commands = {
-        PublishCommand(), ReleasesCommand(),  ShowCommand(),          DiffCommand(),
-        PlanCommand(),    InstallCommand(),   InstalledCommand(),     VerifyCommand(),
-        RepairCommand(),  UninstallCommand(), VerifyReleaseCommand(), ChecksumCommand(),
-        ZipCommand(),     UnzipCommand(),     TableCommand(),         LpCommand(),
-        ReportCommand(),  HelpCommand(),
-    };
-    return commands;
-}
-
 const std::vector<Option>& CommonOptions()
 {
     static const std::vector<Option> options = {

@@ -88,11 +88,21 @@ void Publication::makeDirectory(const VoDirectoryPath& directory)
 {
     if (directory.isNull() || VoFileSystem::IsDirectory(directory))
         return;
+    // Another publication that failed may take away the parent, which it had made, between the two steps.
+    constexpr int attempts = 100;
     const VoDirectoryPath parent = directory.parent();
-    if (parent != directory)
-        makeDirectory(parent);
-    if (VoFileSystem::CreateDirectory(directory))
-        m_madeDirectories.push_back(directory);
+    for (int attempt = 1;; ++attempt) {
+        if (parent != directory)
+            makeDirectory(parent);
+        try {
+            if (VoFileSystem::CreateDirectory(directory))
+                m_madeDirectories.push_back(directory);
+            return;
+        } catch (const VoFileException&) {
+            if (attempt == attempts)
+                throw;
+        }
+    }
 }
 
 void Publication::moveFile(const VoFilePath& from, const VoFilePath& to)
