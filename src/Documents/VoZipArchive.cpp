@@ -135,8 +135,8 @@ void VoZipArchive::close()
     m_internal->closed = true;
     const int code = m_internal->output ? m_internal->output->close() : m_internal->input->close();
     if (code != vo::detail::ZipDone)
-        throw VoInvalidCallException("Cannot close zip archive file: " + errorMessage(code) + " in " +
-                                     m_internal->path.path());
+        throw m_internal->writeFailure("Cannot close zip archive file: " + errorMessage(code) + " in " +
+                                       m_internal->path.path());
 }
 
 VoWeakPtr<VoZipFile> VoZipArchive::open(const VoFilePath& entryPath, Compression compression)
@@ -235,7 +235,7 @@ void VoZipArchive::detach() noexcept
 void VoZipArchive::finishEntry()
 {
     if (const int code = m_internal->output->finishEntry())
-        throw VoInvalidCallException("VoZipFile write failed: " + errorMessage(code));
+        throw m_internal->writeFailure("VoZipFile write failed: " + errorMessage(code));
 }
 
 void VoZipArchive::requireOpened(int code, const VoString& name) const

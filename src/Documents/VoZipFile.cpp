@@ -111,7 +111,7 @@ std::size_t VoZipFile::onWriteFrom(const char* data, std::size_t count)
     if (!m_archive)
         throw VoInvalidCallException("VoZipFile cannot be written to as it is not the active file");
     if (const int code = m_archive->internal().output->write(data, count))
-        throw VoInvalidCallException("VoZipFile write failed: " + m_archive->errorMessage(code));
+        throw m_archive->internal().writeFailure("VoZipFile write failed: " + m_archive->errorMessage(code));
     return count;
 }
 

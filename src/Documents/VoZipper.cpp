@@ -192,16 +192,18 @@ private:
 void VoZipper::Zip(const VoFilePath& archivePath, const VoFilePath& source)
 {
     const std::vector<Source> files = FilesToZip(source, archivePath);
-    VoAtomicFileWriter replacement(archivePath);
-    VoZipArchive archive(replacement.temporary(), VoZipArchive::Write);
-    archive.internal().path = archivePath;
-    const std::unique_ptr<char[]> block(new char[BlockSize]);
-    for (const auto& [path, name] : files) {
-        OpenSource file(path);
-        file.copyTo(*archive.openForWriting(name, VoZipArchive::Default, file.size()).lock(), block.get());
-    }
-    archive.close();
-    replacement.commit();
+    vo::detail::About(archivePath.path(), [&] {
+        VoAtomicFileWriter replacement(archivePath);
+        VoZipArchive archive(replacement.temporary(), VoZipArchive::Write);
+        archive.internal().path = archivePath;
+        const std::unique_ptr<char[]> block(new char[BlockSize]);
+        for (const auto& [path, name] : files) {
+            OpenSource file(path);
+            file.copyTo(*archive.openForWriting(name, VoZipArchive::Default, file.size()).lock(), block.get());
+        }
+        archive.close();
+        replacement.commit();
+    });
 }
 
 void VoZipper::Unzip(const VoFilePath& archivePath, const VoFilePath& targetDirectory)

@@ -1,6 +1,7 @@
 #include <Documents/detail/ArchiveFile.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <utility>
 
@@ -143,6 +144,11 @@ bool ArchiveFile::close() noexcept
     return !m_failed;
 }
 
+std::error_code ArchiveFile::error() const noexcept
+{
+    return std::error_code(m_error, std::generic_category());
+}
+
 // The window that holds a position; null at the end of the file.
 ArchiveFile::Window* ArchiveFile::window(std::uint64_t position)
 {
@@ -169,8 +175,13 @@ std::size_t ArchiveFile::readAt(std::uint64_t position, char* data, std::size_t 
 bool ArchiveFile::writeAt(std::uint64_t position, const char* data, std::size_t size)
 {
     const auto offset = static_cast<std::streamoff>(position);
-    return m_file.pubseekpos(offset, std::ios_base::out) == std::streampos(offset) &&
-           m_file.sputn(data, static_cast<std::streamsize>(size)) == static_cast<std::streamsize>(size);
+    errno = 0;
+    if (m_file.pubseekpos(offset, std::ios_base::out) == std::streampos(offset) &&
+        m_file.sputn(data, static_cast<std::streamsize>(size)) == static_cast<std::streamsize>(size))
+        return true;
+    int none = 0;
+    m_error.compare_exchange_strong(none, errno);
+    return false;
 }
 
 bool ArchiveFile::flush()

@@ -3,12 +3,14 @@
 #include <Core/VoExport.h>
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <system_error>
 
 namespace vo::detail {
 
@@ -40,6 +42,7 @@ public:
     bool insert(std::uint64_t position, std::size_t count) noexcept;
     bool close() noexcept; ///< False when anything failed since the opening.
     bool hasFailed() const noexcept { return m_failed; }
+    std::error_code error() const noexcept; ///< What the system said of the first write that failed.
 
 private:
     // The directory and the entries are read by turns: each has its window, so that they do not drive each other out.
@@ -65,6 +68,7 @@ private:
     std::uint64_t m_position = 0;
     bool m_writes = false;
     bool m_failed = false;
+    std::atomic<int> m_error{0};     // read while a thread writes
     std::array<Window, 2> m_windows; // the first one was used last; when writing it is what is gathered
 };
 

@@ -134,6 +134,11 @@ ZipHandle::ZipHandle(const std::filesystem::path& file)
     m_archive.reset(zipOpen2_64("", APPEND_STATUS_CREATE, nullptr, &functions));
 }
 
+std::error_code ZipHandle::error() const noexcept
+{
+    return m_file ? m_file->error() : std::error_code();
+}
+
 void ZipHandle::Closer::operator()(void* archive) const noexcept
 {
     zipClose(archive, nullptr);

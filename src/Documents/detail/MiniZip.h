@@ -68,6 +68,7 @@ public:
     int write(const char* data, std::size_t size);
     int finishEntry(); ///< Does nothing without an open entry.
     int close();
+    std::error_code error() const noexcept; ///< What the system said of the first write that failed.
 
 private:
     struct Closer

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Core/VoSharedPtr.h>
+#include <Core/detail/Completed.h>
 #include <Documents/VoZipArchive.h>
 #include <Documents/detail/ZipInput.h>
 #include <Documents/detail/ZipOutput.h>
@@ -18,4 +19,10 @@ public:
     std::optional<vo::detail::ZipOutput> output; ///< When writing.
     VoSharedPtr<VoZipFile> activeFile;
     bool closed = true;
+
+    /// An exception with what the system said when the archive could not be written.
+    VoInvalidCallException writeFailure(const VoString& message) const
+    {
+        return vo::detail::Because(output ? output->error() : std::error_code(), VoInvalidCallException(message));
+    }
 };

@@ -39,6 +39,7 @@ public:
     int write(const char* data, std::size_t size);
     int finishEntry(); ///< Hands over what is gathered, waits until it is compressed, and completes the entry.
     int close();
+    std::error_code error() const noexcept { return m_archive.error(); } ///< As ZipHandle::error().
 
 private:
     static constexpr std::size_t BlockSize = std::size_t{64} * 1024;

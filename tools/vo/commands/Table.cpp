@@ -1,5 +1,6 @@
 #include <vo/Session.h>
 #include <vo/line/CommandError.h>
+#include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
 #include <vo/screen/TableOutput.h>
 #include <vo/screen/TableView.h>
@@ -168,7 +169,7 @@ public:
             output->beginSheet(sheet ? *sheet : nameOf(i));
             rows.read(i, m_input.format, [&](const VoCSVReader& row) { add(*output, row, i); });
         }
-        output->finish();
+        Doing(m_arguments, "write", m_arguments.argument(m_files), [&] { output->finish(); });
         report(output->losses());
         return ExitCode::Done;
     }
@@ -190,6 +191,8 @@ private:
         try {
             output.addRow(row, m_input.asTexts || (output.hasSheets() && row.rowNumber() <= m_input.headerRows));
         } catch (const VoInvalidCallException& exception) {
+            if (!exception.reason().isEmpty())
+                throw ToldFailure(m_arguments, "write", m_arguments.argument(m_files)); // whatever the row is
             throw Failure(m_arguments.argument(file) + ", row " + VoString(row.rowNumber()) + ": " +
                           exception.message());
         }
