@@ -86,13 +86,11 @@ void requireAllowedPlace(const Session& session, const InstallJob& job)
 void requireAllowedFiles(const Session& session, const InstallationPlan& plan)
 {
     if (!plan.conflicts.isEmpty())
-        throw CommandError{ExitCode::Unsafe,
-                           VoString(plan.conflicts.size()) + " files of other packages are in the places of its files"};
+        throw CommandError{ExitCode::Unsafe, "files of other packages are in the places of its files: " +
+                                                 VoString(plan.conflicts.size())};
     if (!plan.foreignFiles.isEmpty() && !session.arguments.has("overwrite"))
-        throw CommandError{ExitCode::Unsafe,
-                           VoString(plan.foreignFiles.size()) +
-                               " files that belong to no package are in the places of its files; --overwrite replaces "
-                               "them"};
+        throw CommandError{ExitCode::Unsafe, "files that belong to no package are in the places of its files: " +
+                                                 VoString(plan.foreignFiles.size()) + "; --overwrite replaces them"};
 }
 
 } // namespace
