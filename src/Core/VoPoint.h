@@ -20,7 +20,7 @@ struct VOCORE_EXPORT VoPoint
     {
     }
 
-    /// @name Comparison of both coordinates
+    /// Comparison of both coordinates.
     /// @{
     friend constexpr bool operator==(const VoPoint& a, const VoPoint& b) noexcept { return a.x == b.x && a.y == b.y; }
     friend constexpr bool operator!=(const VoPoint& a, const VoPoint& b) noexcept { return !(a == b); }

@@ -20,7 +20,7 @@ struct VOCORE_EXPORT VoPointD
     {
     }
 
-    /// @name Comparison of both coordinates, as numbers: a point with NaN equals none
+    /// Comparison of both coordinates, as numbers: a point with NaN equals none.
     /// @{
     friend constexpr bool operator==(const VoPointD& a, const VoPointD& b) noexcept { return a.x == b.x && a.y == b.y; }
     friend constexpr bool operator!=(const VoPointD& a, const VoPointD& b) noexcept { return !(a == b); }

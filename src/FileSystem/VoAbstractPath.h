@@ -52,18 +52,18 @@ public:
 
     /// The root: "\\server" of a network path, else the text up to and including the first ":", else empty.
     VoStringView rootName() const&;
-    VoString rootName() const&& { return VoString(rootName()); }
+    VoString rootName() const&& { return VoString(rootName()); } ///< As above.
     /// The first chunk behind the root; empty when there is none.
     VoStringView top() const&;
-    VoString top() const&& { return VoString(top()); }
+    VoString top() const&& { return VoString(top()); } ///< As above.
     /// The piece at an index, as chunks() gives it.
     /// @throw VoIndexOutOfBoundsException with the index and numberChunks()
     VoStringView chunk(std::size_t index) const&;
-    VoString chunk(std::size_t index) const&& { return VoString(chunk(index)); }
+    VoString chunk(std::size_t index) const&& { return VoString(chunk(index)); } ///< As above.
     /// The pieces between separators, without the empty ones that leading and trailing separators make.
     /// The first one is the drive, or the server's name, where the path has such a root.
     VoDeque<VoStringView> chunks() const&;
-    VoDeque<VoString> chunks() const&&;
+    VoDeque<VoString> chunks() const&&; ///< As above.
     /// The number of pieces that chunks() gives.
     std::size_t numberChunks() const noexcept;
 

@@ -80,24 +80,24 @@ public:
 
     /// The root: "\\server" of a network path, else the text up to and including the first ":", else empty.
     VoStringView rootName() const&;
-    VoString rootName() const&& { return VoString(rootName()); }
+    VoString rootName() const&& { return VoString(rootName()); } ///< As above.
     /// The containing directory: of `C:\a` it is `C:\`, of `C:\a\b\` it is `C:\a\`. Null for a root and for a single
     /// relative name.
     /// @throw VoInvalidPathException "Invalid : in path name" when that is no valid directory path
     VoDirectoryPath parent() const;
     /// The text of the containing directory, with its final separator; empty where parent() is null.
     VoStringView parentPath() const&;
-    VoString parentPath() const&& { return VoString(parentPath()); }
+    VoString parentPath() const&& { return VoString(parentPath()); } ///< As above.
     /// The text behind the last separator; empty for a directory.
     VoStringView filename() const&;
-    VoString filename() const&& { return VoString(filename()); }
+    VoString filename() const&& { return VoString(filename()); } ///< As above.
     /// The file name before its last ".". A name without "." and one whose only "." leads it (".profile") are their
     /// own stem, and so are "." and "..".
     VoStringView stem() const&;
-    VoString stem() const&& { return VoString(stem()); }
+    VoString stem() const&& { return VoString(stem()); } ///< As above.
     /// The file name behind its last ".", without the dot; empty where stem() is the whole name, and for "a.".
     VoStringView extension() const&;
-    VoString extension() const&& { return VoString(extension()); }
+    VoString extension() const&& { return VoString(extension()); } ///< As above.
 
     /// This path if it is rooted, else the base directory with this path appended and resolved. The directory of a
     /// base that is a file by its text is its parent.

@@ -17,9 +17,9 @@ public:
     VoFileInputByteStream& operator=(VoFileInputByteStream&& other) noexcept; ///< @p other is not open afterwards.
     ~VoFileInputByteStream();
 
-    bool isOpen() const noexcept;
+    bool isOpen() const noexcept; ///< Whether the file could be opened.
     /// Throws VoCannotOpenFileException, which knows the system's reason, unless the stream is open.
-    void requireOpen() const; ///< Whether the file could be opened.
+    void requireOpen() const;
 
     /// Reads up to @p count bytes into @p data and returns how many; fewer only at the end of the file. Throws
     /// VoIOException("Error occurred on reading from file") when the file is not open or cannot be read.

@@ -109,9 +109,9 @@ public:
     /// for
     ///     one that asks for more than 2 GiB
     static SecretKey Parse(const VoString& text, const Passphrase& passphrase);
-    SecretKey(SecretKey&& other) noexcept;
-    SecretKey& operator=(SecretKey&& other) noexcept;
-    ~SecretKey(); ///< Clears the memory.
+    SecretKey(SecretKey&& other) noexcept;            ///< Leaves one that can only be assigned to.
+    SecretKey& operator=(SecretKey&& other) noexcept; ///< Leaves one that can only be assigned to.
+    ~SecretKey();                                     ///< Clears the memory.
 
     /// The two lines of a secret key's file, encrypted.
     /// @throw VoInvalidParameterException "Empty passphrase"

@@ -23,10 +23,10 @@ public:
     /// A zone by its IANA identifier, whose case counts; "UTC" is universal time.
     /// @throws VoInvalidParameterException "Unknown time zone: " + id
     explicit VoTimeZone(const VoString& id);
-    VoTimeZone(const VoTimeZone& other) noexcept;
-    VoTimeZone& operator=(const VoTimeZone& other) noexcept;
-    VoTimeZone(VoTimeZone&& other) noexcept;            ///< Leaves universal time.
-    VoTimeZone& operator=(VoTimeZone&& other) noexcept; ///< Leaves universal time.
+    VoTimeZone(const VoTimeZone& other) noexcept;            ///< Shares the data.
+    VoTimeZone& operator=(const VoTimeZone& other) noexcept; ///< Shares the data.
+    VoTimeZone(VoTimeZone&& other) noexcept;                 ///< Leaves universal time.
+    VoTimeZone& operator=(VoTimeZone&& other) noexcept;      ///< Leaves universal time.
     ~VoTimeZone();
 
     static VoTimeZone Utc() noexcept;   ///< Universal time.
