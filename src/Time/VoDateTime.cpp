@@ -23,18 +23,11 @@ namespace {
 constexpr std::int64_t nanosecondsPerSecond = 1000000000;
 constexpr std::int64_t secondsPerDay = 86400;
 
-bool IsTime(const VoDateTime::Components& parts)
-{
-    const auto within = [](int value, int limit) { return value >= 0 && value < limit; };
-    return within(parts.hour, 24) && within(parts.minute, 60) && within(parts.second, 60) &&
-           within(parts.nanosecond, static_cast<int>(nanosecondsPerSecond));
-}
-
 // Seconds of a date and time as if it were in universal time; none when there is no such date.
 std::optional<std::int64_t> WallClock(const VoDateTime::Components& parts)
 {
     const CalendarDate date{parts.year, parts.month, parts.day};
-    if (!IsDate(date) || !IsTime(parts))
+    if (!IsDate(date) || !IsTime(parts.hour, parts.minute, parts.second, parts.nanosecond))
         return std::nullopt;
     return DayOf(date) * secondsPerDay + parts.hour * 3600 + parts.minute * 60 + parts.second;
 }

@@ -17,12 +17,6 @@ namespace {
 
 constexpr std::int64_t nanosecondsPerDay = 86400000000000;
 
-bool IsTime(int hour, int minute, int second, int nanosecond)
-{
-    const auto within = [](int value, int limit) { return value >= 0 && value < limit; };
-    return within(hour, 24) && within(minute, 60) && within(second, 60) && within(nanosecond, 1000000000);
-}
-
 } // namespace
 
 VoTimeOfDay::VoTimeOfDay(int hour, int minute, int second, int nanosecond)

@@ -45,6 +45,12 @@ bool IsDate(const CalendarDate& date)
     return counted.month == date.month && counted.day == date.day;
 }
 
+bool IsTime(int hour, int minute, int second, int nanosecond)
+{
+    const auto within = [](int value, int limit) { return value >= 0 && value < limit; };
+    return within(hour, 24) && within(minute, 60) && within(second, 60) && within(nanosecond, 1000000000);
+}
+
 int WeekdayOf(std::int64_t day)
 {
     // 1970-01-01 was a Thursday.

@@ -29,6 +29,9 @@ std::int64_t DayOf(const CalendarDate& date);
 /// Whether the calendar has that day.
 bool IsDate(const CalendarDate& date);
 
+/// Whether a clock shows that time.
+bool IsTime(int hour, int minute, int second, int nanosecond);
+
 /// 1 for Monday to 7 for Sunday, of a day counted from 1970-01-01.
 int WeekdayOf(std::int64_t day);
 

@@ -5,9 +5,9 @@
 #include <vo/release/InstallJob.h>
 #include <vo/release/SourceRecord.h>
 #include <vo/screen/PlanView.h>
-#include <vo/screen/Stopwatch.h>
 #include <vo/screen/UpdateProgress.h>
 
+#include <Time/VoTimer.h>
 #include <Updater/InstalledPackages.h>
 #include <Updater/VoUpdater.h>
 
@@ -75,12 +75,13 @@ ExitCode run(Session& session)
     }
 
     job.plan.files.clear(); // may be many thousands, and the installation plans anew
-    const Stopwatch stopwatch;
+    const VoTimer timer;
     const bool intact = Doing(session.arguments, "install to", NameOf(session.arguments, job.directory),
                               [&] { return install(session, job); });
     ShowInstalledFigures(console, job.plan, job.directory);
     ShowDownloadCounts(session, job.definition);
-    console.fact("seconds", "seconds", SecondsText(stopwatch.seconds()), stopwatch.seconds());
+    const double seconds = timer.elapsed().seconds();
+    console.fact("seconds", "seconds", SecondsText(seconds), seconds);
     if (intact)
         return ExitCode::Done;
     console.error("the installed files are not all as published; see vo verify and vo repair");

@@ -4,11 +4,11 @@
 #include <vo/line/Paths.h>
 #include <vo/release/ReleaseChoice.h>
 #include <vo/release/Totals.h>
-#include <vo/screen/Stopwatch.h>
 
 #include <Core/VoException.h>
 #include <FileSystem/VoFileSystem.h>
 #include <Threading/VoReceiver.h>
+#include <Time/VoTimer.h>
 #include <Updater/PackageBuilder.h>
 #include <Updater/UpdatePackageBuilder.h>
 #include <Updater/VoUpdater.h>
@@ -210,12 +210,12 @@ ExitCode run(Session& session)
 {
     const Request request = readRequest(session.arguments);
     RequireFolder(session.arguments, request.folder, "publish");
-    const Stopwatch stopwatch;
+    const VoTimer timer;
     Base base;
     const auto builder = makeBuilder(session, request, base);
     Doing(session.arguments, "publish", NameOf(session.arguments, request.folder),
           [&] { build(session, *builder, request, base); });
-    showRelease(session.console, builder->package(), stopwatch.seconds());
+    showRelease(session.console, builder->package(), timer.elapsed().seconds());
     return ExitCode::Done;
 }
 

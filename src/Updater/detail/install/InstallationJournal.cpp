@@ -162,7 +162,7 @@ private:
             return;
         if (change.kind == Kind::Removed && KindOf(change.place) != FileKind::None)
             throw VoFileException("Cannot restore file: " + change.place.path() + ": something else is in its place",
-                                  change.place.path());
+                                  change.place);
         MoveBack(change.aside, change.place);
     }
 

@@ -262,7 +262,7 @@ void UpdateTransaction::moveDirectoryAside(const VoFilePath& place)
     const VoDirectoryPath directory = AsDirectory(place);
     VoFileSystem::ForEachFile(directory, true, false, [&](const VoFilePath& path) {
         if (m_removed.count(Key(path)) == 0)
-            throw VoFileException("Directory in the way: " + place.path(), place.path());
+            throw VoFileException("Directory in the way: " + place.path(), place);
     });
     const VoFilePath aside = asidePath(place);
     for (const VoFilePath& path : m_removals) {
@@ -291,7 +291,7 @@ void UpdateTransaction::findDirectories()
             continue;
         const VoFilePath obstacle = AsFile(directory);
         if (KindOf(obstacle) != FileKind::None && m_removed.count(Key(obstacle)) == 0)
-            throw VoFileException("File in the way: " + obstacle.path(), obstacle.path());
+            throw VoFileException("File in the way: " + obstacle.path(), obstacle);
         m_missing.pushBack(directory);
         m_notes.made.pushBack(directory);
     }
