@@ -16,12 +16,12 @@ class VOCORE_EXPORT VoByteArray
 {
 public:
     VoByteArray() noexcept;
-    explicit VoByteArray(std::size_t size);               ///< @p size zero bytes.
-    VoByteArray(const char* bytes, std::size_t count);    ///< A copy of @p count bytes.
+    explicit VoByteArray(std::size_t size);               ///< `size` zero bytes.
+    VoByteArray(const char* bytes, std::size_t count);    ///< A copy of `count` bytes.
     VoByteArray(const VoByteArray& other);                ///< Copies the bytes.
-    VoByteArray(VoByteArray&& other) noexcept;            ///< @p other is empty afterwards.
+    VoByteArray(VoByteArray&& other) noexcept;            ///< `other` is empty afterwards.
     VoByteArray& operator=(const VoByteArray& other);     ///< Copies the bytes.
-    VoByteArray& operator=(VoByteArray&& other) noexcept; ///< @p other is empty afterwards.
+    VoByteArray& operator=(VoByteArray&& other) noexcept; ///< `other` is empty afterwards.
     ~VoByteArray();
 
     /// @name The bytes
@@ -49,27 +49,27 @@ public:
     const char& at(std::size_t index) const;
     /// @}
 
-    /// Sees to it that @p count bytes can be held without allocating again; never less than size(). Size and bytes
+    /// Sees to it that `count` bytes can be held without allocating again; never less than size(). Size and bytes
     /// stay.
     void allocate(std::size_t count);
 
-    void resize(std::size_t size);                     ///< Keeps the bytes up to @p size; new ones are zero.
+    void resize(std::size_t size);                     ///< Keeps the bytes up to `size`; new ones are zero.
     void expandTo(std::size_t size);                   ///< As resize(), but never makes the array shorter.
     void append(const char* bytes, std::size_t count); ///< Adds a copy of the bytes, which must not be the array's own.
     void clear() noexcept;                             ///< Makes the array empty and keeps its memory.
 
     /// The bytes in Qt's compressed form: their number as four bytes, most significant first, then a zlib stream.
-    /// Nothing compresses to four zero bytes. @p level is 0 (store) to 9 (smallest); any other value is zlib's default.
-    ///
-    /// Throws VoOverflowException from 2147483648 bytes on ("Cannot compress byte array as length is beyond maximum
-    /// allowed size. Array size " ...).
+    /// Nothing compresses to four zero bytes. `level` is 0 (store) to 9 (smallest); any other value is zlib's default.
+    /// @throws VoOverflowException from 2147483648 bytes on ("Cannot compress byte array as length is beyond maximum
+    /// allowed size. Array size " ...)
     VoByteArray compress(int level = -1) const;
 
     /// Reverses compress(). Memory is taken according to the leading number only after that has been found possible for
     /// the size of the stream, and the stream must give exactly so many bytes; bytes after the stream are ignored.
     ///
-    /// Throws VoInvalidConversionException("Cannot decompress byte array as data is invalid"), and VoOverflowException
-    /// like compress() ("Cannot decompress byte array ..."). An empty array gives an empty array.
+    /// An empty array gives an empty array.
+    /// @throws VoInvalidConversionException "Cannot decompress byte array as data is invalid"
+    /// @throws VoOverflowException like compress() ("Cannot decompress byte array ...")
     VoByteArray decompress() const;
 
     friend VOCORE_EXPORT bool operator==(const VoByteArray& a, const VoByteArray& b) noexcept; ///< Compares bytes.

@@ -11,18 +11,19 @@
 class VOCORE_EXPORT VoByteBuffer
 {
 public:
-    explicit VoByteBuffer(std::size_t capacity);            ///< Empty, for at most @p capacity bytes.
+    explicit VoByteBuffer(std::size_t capacity);            ///< Empty, for at most `capacity` bytes.
     VoByteBuffer(const VoByteBuffer& other);                ///< Copies the bytes and the capacity.
-    VoByteBuffer(VoByteBuffer&& other) noexcept;            ///< @p other is empty and of capacity 0 afterwards.
+    VoByteBuffer(VoByteBuffer&& other) noexcept;            ///< `other` is empty and of capacity 0 afterwards.
     VoByteBuffer& operator=(const VoByteBuffer& other);     ///< Copies the bytes and the capacity.
-    VoByteBuffer& operator=(VoByteBuffer&& other) noexcept; ///< @p other is empty and of capacity 0 afterwards.
+    VoByteBuffer& operator=(VoByteBuffer&& other) noexcept; ///< `other` is empty and of capacity 0 afterwards.
     ~VoByteBuffer();
 
-    /// Appends one byte; throws VoBufferOverflowException when the buffer is full.
+    /// Appends one byte.
+    /// @throws VoBufferOverflowException when the buffer is full
     VoByteBuffer& operator<<(char byte);
 
-    /// Reads from @p stream until the buffer is full or the stream at its end; returns the number of bytes taken.
-    /// Throws VoIOException when the stream cannot be read; the buffer is unchanged then.
+    /// Reads from `stream` until the buffer is full or the stream at its end; returns the number of bytes taken.
+    /// @throws VoIOException when the stream cannot be read; the buffer is unchanged then
     std::size_t grab(VoFileInputByteStream& stream);
 
     bool isEmpty() const noexcept;         ///< Whether it holds nothing.
@@ -36,7 +37,8 @@ public:
     char& operator[](std::size_t index) noexcept;             ///< Unchecked.
     const char& operator[](std::size_t index) const noexcept; ///< Unchecked.
 
-    /// Keeps the bytes up to @p size, new ones are zero; throws VoBufferOverflowException beyond the capacity.
+    /// Keeps the bytes up to `size`, new ones are zero.
+    /// @throws VoBufferOverflowException beyond the capacity
     void resize(std::size_t size);
 
     void clear() noexcept; ///< Makes the buffer empty.

@@ -22,11 +22,11 @@ public:
     explicit VoChecksum(const QByteArray& data);
     /// The digest of the file's whole content, read in blocks. Only a regular file is read: a device or a pipe could
     /// have no end.
-    /// @throw VoFileNotFoundException when nothing bears the path
-    /// @throw VoInvalidPathFileException when it is a directory
-    /// @throw VoCannotOpenFileException when it cannot be opened or is no regular file
-    /// @throw VoPathSizeFileException when the path is too long
-    /// @throw VoFileException "Cannot obtain file data" when reading fails
+    /// @throws VoFileNotFoundException when nothing bears the path
+    /// @throws VoInvalidPathFileException when it is a directory
+    /// @throws VoCannotOpenFileException when it cannot be opened or is no regular file
+    /// @throws VoPathSizeFileException when the path is too long
+    /// @throws VoFileException "Cannot obtain file data" when reading fails
     explicit VoChecksum(const VoFilePath& file);
     /// A literal could be bytes or the name of a file: say which.
     VoChecksum(const char*) = delete;

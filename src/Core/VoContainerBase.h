@@ -11,8 +11,8 @@
 
 namespace vo::detail {
 
-/// What VoDeque, VoList and VoVector share: the standard container @p Container behind checked access, in the library's
-/// spelling and in the standard one. @p Derived is the class that the chaining members return.
+/// What VoDeque, VoList and VoVector share: the standard container `Container` behind checked access, in the library's
+/// spelling and in the standard one. `Derived` is the class that the chaining members return.
 template <typename Derived, typename Container>
 class ContainerBase
 {
@@ -60,7 +60,7 @@ public:
         return self();
     }
 
-    /// Appends all elements of @p other, which may be this container.
+    /// Appends all elements of `other`, which may be this container.
     void append(const Derived& other)
     {
         if (&other == &self()) {
@@ -71,10 +71,10 @@ public:
         m_items.insert(m_items.end(), other.begin(), other.end());
     }
 
-    /// Inserts before @p position; returns the new element's position.
+    /// Inserts before `position`; returns the new element's position.
     iterator insert(const_iterator position, value_type value) { return m_items.insert(position, std::move(value)); }
 
-    /// Inserts the range before @p position; returns the position of the first new element.
+    /// Inserts the range before `position`; returns the position of the first new element.
     template <typename Iterator>
     iterator insert(const_iterator position, Iterator first, Iterator last)
     {
@@ -84,7 +84,8 @@ public:
 
     /// @name Removing
     /// @{
-    /// Removes the last element. Throws VoIndexOutOfBoundsException when there is none.
+    /// Removes the last element.
+    /// @throws VoIndexOutOfBoundsException when there is none
     void popBack()
     {
         requireNotEmpty();
@@ -137,7 +138,7 @@ public:
     bool isEmpty() const noexcept { return m_items.empty(); }    ///< True without elements.
     bool empty() const noexcept { return m_items.empty(); }      ///< As isEmpty.
 
-    /// True when some element equals @p value (linear).
+    /// True when some element equals `value` (linear).
     template <typename U>
     bool contains(const U& value) const
     {
@@ -145,12 +146,14 @@ public:
     }
     /// @}
 
-    /// Grows with value-initialised elements or truncates. Throws VoBadAllocException when they cannot be held.
+    /// Grows with value-initialised elements or truncates.
+    /// @throws VoBadAllocException when they cannot be held
     void resize(std::size_t size)
     {
         Allocated([&] { m_items.resize(size); });
     }
-    /// Grows with copies of @p value or truncates. Throws VoBadAllocException when they cannot be held.
+    /// Grows with copies of `value` or truncates.
+    /// @throws VoBadAllocException when they cannot be held
     void resize(std::size_t size, const value_type& value)
     {
         Allocated([&] { m_items.resize(size, value); });

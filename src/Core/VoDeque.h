@@ -144,7 +144,8 @@ public:
         : Base(Items(std::in_place, values))
     {
     }
-    /// Holds @p count copies of @p value. Throws VoBadAllocException when they cannot be held.
+    /// Holds `count` copies of `value`.
+    /// @throws VoBadAllocException when they cannot be held
     explicit VoDeque(std::size_t count, const T& value = T())
         : Base(Base::Allocated([&] { return Items(std::in_place, count, value); }))
     {
@@ -161,7 +162,8 @@ public:
     void push_front(const T& value) { pushFront(value); }                     ///< As pushFront.
     void push_front(T&& value) { pushFront(std::move(value)); }               ///< As pushFront.
 
-    /// Removes the first element. Throws VoIndexOutOfBoundsException when there is none.
+    /// Removes the first element.
+    /// @throws VoIndexOutOfBoundsException when there is none
     void popFront()
     {
         this->requireNotEmpty();
@@ -169,8 +171,8 @@ public:
     }
     void pop_front() { popFront(); } ///< As popFront.
 
-    /// The element at @p index; of a temporary container it is moved out. Throws VoIndexOutOfBoundsException(index,
-    /// size) beyond the end.
+    /// The element at `index`; of a temporary container it is moved out.
+    /// @throws VoIndexOutOfBoundsException (index, size) beyond the end
     reference at(std::size_t index) &
     {
         this->requireIndex(index);

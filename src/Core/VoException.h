@@ -67,7 +67,7 @@ public:                                                                         
     ~Class() override;                                                                                                 \
     const char* name() const override;
 
-/// Defines what VOCORE_EXCEPTION_CLASS declares; @p text is what name() returns.
+/// Defines what VOCORE_EXCEPTION_CLASS declares; `text` is what name() returns.
 #define VOCORE_DEFINE_EXCEPTION(Class, text)                                                                           \
     Class::Class(const Class&) = default;                                                                              \
     Class& Class::operator=(const Class&) = default;                                                                   \

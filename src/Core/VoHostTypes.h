@@ -28,7 +28,7 @@ public:
     YString(const char* bytes, std::size_t length)
         : m_text(bytes, length)
     {
-    } ///< Exactly @p length bytes.
+    } ///< Exactly `length` bytes.
     YString(std::string text) noexcept
         : m_text(std::move(text))
     {
@@ -66,9 +66,9 @@ VOCORE_EXPORT std::ostream& operator<<(std::ostream& stream, const YString& text
 class VOCORE_EXPORT TempString
 {
 public:
-    /// Borrows @p text, which must stay alive; null is empty.
+    /// Borrows `text`, which must stay alive; null is empty.
     static TempString Borrow(const char* text) { return TempString(text ? text : "", nullptr); }
-    /// Owns a copy of @p text.
+    /// Owns a copy of `text`.
     static TempString Own(std::string text)
     {
         auto owned = std::make_shared<const std::string>(std::move(text));
@@ -142,11 +142,11 @@ class YHashTable
 public:
     using const_iterator = typename std::map<int, T>::const_iterator; ///< Over pairs of key and value.
 
-    /// Sets the value for @p key, replacing an earlier one.
+    /// Sets the value for `key`, replacing an earlier one.
     void insert(int key, T value) { m_items.insert_or_assign(key, std::move(value)); }
-    /// Removes the value for @p key; true when there was one.
+    /// Removes the value for `key`; true when there was one.
     bool remove(int key) { return m_items.erase(key) != 0; }
-    /// The value for @p key or null. Valid until the entry is removed.
+    /// The value for `key` or null. Valid until the entry is removed.
     T* find(int key)
     {
         const auto found = m_items.find(key);
@@ -158,7 +158,7 @@ public:
         const auto found = m_items.find(key);
         return found == m_items.end() ? nullptr : &found->second;
     }
-    T& operator[](int key) { return m_items[key]; }                   ///< The value for @p key, made when absent.
+    T& operator[](int key) { return m_items[key]; }                   ///< The value for `key`, made when absent.
     std::size_t size() const noexcept { return m_items.size(); }      ///< Number of entries.
     bool isEmpty() const noexcept { return m_items.empty(); }         ///< True without entries.
     void clear() noexcept { m_items.clear(); }                        ///< Removes all entries.

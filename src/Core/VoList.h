@@ -23,7 +23,8 @@ public:
     void pushFront(const T& value) { this->m_items.push_front(value); }       ///< Prepends a copy.
     void pushFront(T&& value) { this->m_items.push_front(std::move(value)); } ///< Prepends by move.
 
-    /// Removes the first element. Throws VoIndexOutOfBoundsException when there is none.
+    /// Removes the first element.
+    /// @throws VoIndexOutOfBoundsException when there is none
     void popFront()
     {
         this->requireNotEmpty();

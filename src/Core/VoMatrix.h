@@ -17,8 +17,9 @@ public:
     /// No rows and no columns.
     VoMatrix() = default;
 
-    /// @p rows by @p columns copies of @p fill. Throws VoOverflowException when their product cannot be counted,
-    /// VoBadAllocException when there is no memory for them.
+    /// `rows` by `columns` copies of `fill`.
+    /// @throws VoOverflowException when their product cannot be counted
+    /// @throws VoBadAllocException when there is no memory for them
     VoMatrix(std::size_t rows, std::size_t columns, const T& fill = T())
         : m_rows(rows)
         , m_columns(columns)
@@ -27,7 +28,7 @@ public:
     }
 
     VoMatrix(const VoMatrix& other) = default; ///< The same cells.
-    /// Takes the cells; @p other has no rows and no columns afterwards.
+    /// Takes the cells; `other` has no rows and no columns afterwards.
     VoMatrix(VoMatrix&& other) noexcept { swap(other); }
     /// The same cells; unchanged when copying them fails.
     VoMatrix& operator=(const VoMatrix& other)
@@ -36,7 +37,7 @@ public:
             *this = VoMatrix(other);
         return *this;
     }
-    /// Takes the cells; @p other has no rows and no columns afterwards.
+    /// Takes the cells; `other` has no rows and no columns afterwards.
     VoMatrix& operator=(VoMatrix&& other) noexcept
     {
         VoMatrix taken(std::move(other));
@@ -65,7 +66,8 @@ public:
         return m_cells.data()[row * m_columns + column];
     }
 
-    /// The cell. Throws VoIndexOutOfBoundsException with the offending index and its bound.
+    /// The cell.
+    /// @throws VoIndexOutOfBoundsException with the offending index and its bound
     T& at(std::size_t row, std::size_t column)
     {
         requireRow(row);
@@ -96,12 +98,14 @@ public:
     const T* begin() const noexcept { return data(); }                ///< First cell of all, row by row.
     const T* end() const noexcept { return data() + m_cells.size(); } ///< Past the last cell.
 
-    /// References to the cells of one row. Throws VoIndexOutOfBoundsException.
+    /// References to the cells of one row.
+    /// @throws VoIndexOutOfBoundsException
     VoVector<VoRef<T>> row(std::size_t row) { return rowOf<VoRef<T>>(*this, row); }
     /// @copydoc row(std::size_t)
     VoVector<VoCRef<T>> row(std::size_t row) const { return rowOf<VoCRef<T>>(*this, row); }
 
-    /// References to the cells of one column. Throws VoIndexOutOfBoundsException.
+    /// References to the cells of one column.
+    /// @throws VoIndexOutOfBoundsException
     VoVector<VoRef<T>> column(std::size_t column) { return columnOf<VoRef<T>>(*this, column); }
     /// @copydoc column(std::size_t)
     VoVector<VoCRef<T>> column(std::size_t column) const { return columnOf<VoCRef<T>>(*this, column); }
@@ -115,14 +119,14 @@ public:
     friend bool operator!=(const VoMatrix& a, const VoMatrix& b) { return !(a == b); }
 
 protected:
-    /// Throws VoIndexOutOfBoundsException(@p row, rows()) for a row that is not there.
+    /// @throws VoIndexOutOfBoundsException (`row`, rows()) for a row that is not there
     void requireRow(std::size_t row) const
     {
         if (row >= m_rows)
             vo::detail::ThrowIndexOutOfBounds(row, m_rows);
     }
 
-    /// Throws VoIndexOutOfBoundsException(@p column, columns()) for a column that is not there.
+    /// @throws VoIndexOutOfBoundsException (`column`, columns()) for a column that is not there
     void requireColumn(std::size_t column) const
     {
         if (column >= m_columns)

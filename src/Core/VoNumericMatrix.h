@@ -16,7 +16,7 @@ class VoNumericMatrix : public VoMatrix<T>
 public:
     using VoMatrix<T>::VoMatrix;
 
-    /// Multiplies every cell by @p factor.
+    /// Multiplies every cell by `factor`.
     VoNumericMatrix& operator*=(T factor)
     {
         T* cells = this->data();
@@ -25,7 +25,7 @@ public:
         return *this;
     }
 
-    /// Divides every cell by @p divisor, which must not be zero for integers.
+    /// Divides every cell by `divisor`, which must not be zero for integers.
     VoNumericMatrix& operator/=(T divisor)
     {
         T* cells = this->data();
@@ -34,7 +34,8 @@ public:
         return *this;
     }
 
-    /// Multiplies one row by @p factor. Throws VoIndexOutOfBoundsException.
+    /// Multiplies one row by `factor`.
+    /// @throws VoIndexOutOfBoundsException
     void multiplyRow(std::size_t row, T factor)
     {
         this->requireRow(row);
@@ -43,7 +44,8 @@ public:
             cells[column] = static_cast<T>(cells[column] * factor);
     }
 
-    /// Divides one row by @p divisor. Throws VoIndexOutOfBoundsException.
+    /// Divides one row by `divisor`.
+    /// @throws VoIndexOutOfBoundsException
     void divideRow(std::size_t row, T divisor)
     {
         this->requireRow(row);
@@ -52,7 +54,8 @@ public:
             cells[column] = static_cast<T>(cells[column] / divisor);
     }
 
-    /// Adds @p factor times row @p source to row @p target. Throws VoIndexOutOfBoundsException.
+    /// Adds `factor` times row `source` to row `target`.
+    /// @throws VoIndexOutOfBoundsException
     void addScaledRow(std::size_t target, std::size_t source, T factor)
     {
         this->requireRow(target);
@@ -63,7 +66,8 @@ public:
             to[column] = static_cast<T>(to[column] + factor * from[column]);
     }
 
-    /// Exchanges two rows. Throws VoIndexOutOfBoundsException.
+    /// Exchanges two rows.
+    /// @throws VoIndexOutOfBoundsException
     void swapRows(std::size_t a, std::size_t b)
     {
         this->requireRow(a);

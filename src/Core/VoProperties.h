@@ -50,12 +50,14 @@ public:
     /// @name Lookup
     /// References stay valid until the property is changed or the set cleared, assigned or destroyed.
     /// @{
-    /// The property of that name. Throws VoNotFoundException(name) without one.
+    /// The property of that name.
+    /// @throws VoNotFoundException (name) without one
     const VoProperty& get(const VoString& name) const;
     const VoProperty& getReference(const VoString& name) const; ///< As get().
     /// A copy of the property of that name, else a new property of the name and the default; the set does not change.
     VoProperty get(const VoString& name, const VoVariant& defaultValue) const;
-    /// The value of that name. Throws VoNotFoundException(name) without one.
+    /// The value of that name.
+    /// @throws VoNotFoundException (name) without one
     const VoVariant& value(const VoString& name) const;
     /// A copy of the value of that name, else the default.
     VoVariant value(const VoString& name, const VoVariant& defaultValue) const;

@@ -8,7 +8,7 @@ template <typename T>
 class VoRef
 {
 public:
-    /// Refers to @p object.
+    /// Refers to `object`.
     VoRef(T& object) noexcept
         : m_object(std::addressof(object))
     {
@@ -29,7 +29,7 @@ template <typename T>
 class VoCRef
 {
 public:
-    /// Refers to @p object.
+    /// Refers to `object`.
     VoCRef(const T& object) noexcept
         : m_object(std::addressof(object))
     {

@@ -24,7 +24,7 @@ public:
     VoSharedPtr() noexcept = default;
     /// Empty.
     VoSharedPtr(std::nullptr_t) noexcept {}
-    /// Takes ownership of @p object, which may be null.
+    /// Takes ownership of `object`, which may be null.
     template <typename U, typename = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     explicit VoSharedPtr(U* object)
         : m_object(object)
@@ -75,14 +75,14 @@ public:
     const std::shared_ptr<T>& standard() const noexcept { return m_object; } ///< The same share as a standard pointer.
     operator std::shared_ptr<T>() const noexcept { return m_object; }        ///< As standard().
 
-    /// The object as a @p U, unchecked.
+    /// The object as a `U`, unchecked.
     template <typename U>
     VoSharedPtr<U> staticCast() const
     {
         return VoSharedPtr<U>(std::static_pointer_cast<U>(m_object));
     }
 
-    /// The object as a @p U, or empty when it is none.
+    /// The object as a `U`, or empty when it is none.
     template <typename U>
     VoSharedPtr<U> dynamicCast() const
     {

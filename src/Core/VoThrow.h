@@ -10,25 +10,25 @@
 
 namespace vo::detail {
 
-/// Throws VoIndexOutOfBoundsException(@p index, @p size).
+/// @throws VoIndexOutOfBoundsException (`index`, `size`)
 [[noreturn]] VOCORE_EXPORT void ThrowIndexOutOfBounds(std::size_t index, std::size_t size);
 
-/// Throws VoNullPointerException(@p message).
+/// @throws VoNullPointerException (`message`)
 [[noreturn]] VOCORE_EXPORT void ThrowNullPointer(const char* message);
 
-/// Throws VoNotFoundException for the item of @p length bytes at @p text.
+/// @throws VoNotFoundException for the item of `length` bytes at `text`
 [[noreturn]] VOCORE_EXPORT void ThrowNotFound(const char* text, std::size_t length);
 
-/// Throws VoInvalidParameterException(@p message).
+/// @throws VoInvalidParameterException (`message`)
 [[noreturn]] VOCORE_EXPORT void ThrowInvalidParameter(const char* message);
 
-/// Throws VoInvalidConversionException(@p from, @p to).
+/// @throws VoInvalidConversionException (`from`, `to`)
 [[noreturn]] VOCORE_EXPORT void ThrowInvalidConversion(const char* from, const char* to);
 
-/// Throws VoOverflowException with its default message.
+/// @throws VoOverflowException with its default message
 [[noreturn]] VOCORE_EXPORT void ThrowOverflow();
 
-/// Throws VoBadAllocException(@p detail).
+/// @throws VoBadAllocException (`detail`)
 [[noreturn]] VOCORE_EXPORT void ThrowBadAlloc(const char* detail);
 
 } // namespace vo::detail

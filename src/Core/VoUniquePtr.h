@@ -20,7 +20,7 @@ public:
     VoUniquePtr() noexcept = default;
     /// Empty.
     VoUniquePtr(std::nullptr_t) noexcept {}
-    /// Takes ownership of @p object, which may be null.
+    /// Takes ownership of `object`, which may be null.
     explicit VoUniquePtr(T* object) noexcept
         : m_object(object)
     {
@@ -30,7 +30,7 @@ public:
         : m_object(std::move(other))
     {
     }
-    /// Takes over the object; @p other is left empty.
+    /// Takes over the object; `other` is left empty.
     VoUniquePtr(VoUniquePtr&& other) noexcept = default;
     /// Takes over the object of a pointer to a derived class.
     template <typename U, typename = std::enable_if_t<std::is_convertible_v<U*, T*>>>
@@ -72,7 +72,7 @@ private:
     std::unique_ptr<T> m_object;
 };
 
-/// Moves the object into a pointer to @p U if it is one. Otherwise the result is empty and @p pointer keeps its object.
+/// Moves the object into a pointer to `U` if it is one. Otherwise the result is empty and `pointer` keeps its object.
 template <typename U, typename T>
 VoUniquePtr<U> DynamicCast(VoUniquePtr<T>&& pointer)
 {

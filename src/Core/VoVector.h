@@ -26,7 +26,8 @@ public:
         : Base(std::vector<T>(values))
     {
     }
-    /// Holds @p count copies of @p value. Throws VoBadAllocException when they cannot be held.
+    /// Holds `count` copies of `value`.
+    /// @throws VoBadAllocException when they cannot be held
     explicit VoVector(std::size_t count, const T& value = T())
         : Base(Base::Allocated([&] { return std::vector<T>(count, value); }))
     {
@@ -38,14 +39,15 @@ public:
     {
     }
 
-    /// Makes room without adding. Throws VoBadAllocException when it cannot be had.
+    /// Makes room without adding.
+    /// @throws VoBadAllocException when it cannot be had
     void reserve(std::size_t capacity)
     {
         Base::Allocated([&] { this->m_items.reserve(capacity); });
     }
 
-    /// The element at @p index; of a temporary container it is moved out. Throws VoIndexOutOfBoundsException(index,
-    /// size) beyond the end.
+    /// The element at `index`; of a temporary container it is moved out.
+    /// @throws VoIndexOutOfBoundsException (index, size) beyond the end
     reference at(std::size_t index) &
     {
         this->requireIndex(index);

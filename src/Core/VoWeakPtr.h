@@ -16,7 +16,7 @@ class VoWeakPtr
 public:
     /// Refers to nothing.
     VoWeakPtr() noexcept = default;
-    /// Refers to the object of @p owner.
+    /// Refers to the object of `owner`.
     template <typename U, typename = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     VoWeakPtr(const VoSharedPtr<U>& owner) noexcept
         : m_object(owner.standard())

@@ -33,8 +33,9 @@ class VOCORE_EXPORT VoCSVReader
 {
 public:
     /// Reads from a device that the caller keeps alive, from where it stands; it is opened for reading unless it is
-    /// already, and closed by the destructor if this reader opened it. Throws VoIOException with the reason when it
-    /// cannot be opened, VoInvalidParameterException "Invalid CSV format".
+    /// already, and closed by the destructor if this reader opened it.
+    /// @throws VoIOException with the reason when it cannot be opened
+    /// @throws VoInvalidParameterException "Invalid CSV format"
     explicit VoCSVReader(VoIODevice& device, const VoCSVFormat& format = VoCSVFormat());
     VoCSVReader(const VoCSVReader&) = delete;
     VoCSVReader& operator=(const VoCSVReader&) = delete;
@@ -45,8 +46,8 @@ public:
     /// @name The row reached
     /// @{
     std::size_t numberFields() const noexcept; ///< One or more after nextRow() returned true; else 0.
-    /// The text of a field, without its quotes; valid until the next row is asked for. Throws
-    /// VoIndexOutOfBoundsException.
+    /// The text of a field, without its quotes; valid until the next row is asked for.
+    /// @throws VoIndexOutOfBoundsException
     std::string_view field(std::size_t index) const;
     bool isQuoted(std::size_t index) const; ///< Whether the field stood in quotes. Throws as field().
     /// @}

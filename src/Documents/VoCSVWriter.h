@@ -32,16 +32,18 @@ public:
     };
 
     /// Writes to a device that the caller keeps alive, from where it stands; it is opened for writing unless it is
-    /// already. Throws VoIOException with the reason when it cannot be opened, VoInvalidParameterException "Invalid CSV
-    /// format".
+    /// already.
+    /// @throws VoIOException with the reason when it cannot be opened
+    /// @throws VoInvalidParameterException "Invalid CSV format"
     explicit VoCSVWriter(VoIODevice& device, const VoCSVFormat& format = VoCSVFormat());
     VoCSVWriter(const VoCSVWriter&) = delete;
     VoCSVWriter& operator=(const VoCSVWriter&) = delete;
     /// Hands over what finish() has not, but is silent about failures.
     ~VoCSVWriter();
 
-    /// Adds a field to the row. Throws VoInvalidParameterException, and adds nothing, "Text is not UTF-8 in CSV at row
-    /// n" or, for example, "Character U+03A9 is not in Windows-1252 in CSV at row n".
+    /// Adds a field to the row.
+    /// @throws VoInvalidParameterException and adds nothing: "Text is not UTF-8 in CSV at row n" or, for example,
+    /// "Character U+03A9 is not in Windows-1252 in CSV at row n"
     void addText(std::string_view text, Quotes quotes = Quotes::WhenNeeded);
     /// Adds a field that VoVariantTable reads back as this value, if it is Null (an empty field), a Boolean, an
     /// Integer, a Double (the shortest text of the same number; "inf", "-inf" or "nan") or a String (in quotes where it
@@ -55,8 +57,9 @@ public:
 
     std::size_t rowNumber() const noexcept; ///< Rows ended so far.
 
-    /// Hands everything to the device, which stays open; closes it if this writer opened it. Throws VoIOException and
-    /// what the device throws. Further calls do nothing unless something was added.
+    /// Hands everything to the device, which stays open; closes it if this writer opened it. Further calls do nothing
+    /// unless something was added.
+    /// @throws VoIOException and what the device throws
     void finish();
 
 private:

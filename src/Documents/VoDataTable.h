@@ -80,7 +80,8 @@ public:
     void addRow(VoDeque<VoSharedPtr<VoDataTableItem>>&& items, ItemType type); ///< Shares the items.
     void addRow(const VoDeque<VoDataTableItem>& items, ItemType type);         ///< Copies each item.
     void addRow(VoDataTableRow&& row);                                         ///< Shares the row's items.
-    /// Takes the row. Throws VoNullPointerException "VoUniquePtr dereferencing nullptr" for an empty pointer.
+    /// Takes the row.
+    /// @throws VoNullPointerException "VoUniquePtr dereferencing nullptr" for an empty pointer
     void addRow(VoUniquePtr<VoDataTableRow> row);
     /// @}
     void clear() noexcept; ///< Removes all rows.
@@ -90,18 +91,19 @@ public:
     /// The rows, top to bottom. Who changes a row through them must not make it wider than numberColumns(): visits
     /// refuse it then.
     const VoDeque<VoSharedPtr<VoDataTableRow>>& rows() const noexcept;
-    bool isHeader(std::size_t row) const; ///< Whether a row is a header. Throws VoIndexOutOfBoundsException.
+    bool isHeader(std::size_t row) const; ///< Whether a row is a header. @throws VoIndexOutOfBoundsException
 
-    /// The value of the item that covers a column, Null where a short row has none. Throws VoIndexOutOfBoundsException,
-    /// and what VoDataTableItem::value() throws.
+    /// The value of the item that covers a column, Null where a short row has none.
+    /// @throws VoIndexOutOfBoundsException and what VoDataTableItem::value() throws
     const VoVariant& value(std::size_t row, std::size_t column) const;
-    /// The values of the item that covers a column, one Null where a short row has none. Throws
-    /// VoIndexOutOfBoundsException.
+    /// The values of the item that covers a column, one Null where a short row has none.
+    /// @throws VoIndexOutOfBoundsException
     const VoDeque<VoVariant>& values(std::size_t row, std::size_t column) const;
 
     /// The first column of the header item with this value: of one that is spelt alike, else of one that differs in
     /// case only; of the first of several, top to bottom. Values of other kinds count as the texts that
-    /// VoVariant::toString() gives. Throws VoNotFoundException, also when no row is a header.
+    /// VoVariant::toString() gives.
+    /// @throws VoNotFoundException also when no row is a header
     std::size_t columnNumber(const VoString& header) const;
 
     /// @name Visits
@@ -124,9 +126,9 @@ public:
     /// Rows that compare equal keep their order; an item without a value counts as Null, which comes first, and a
     /// Double that is not a number comes after all other doubles. `firstRow` and `count` bound the rows that are
     /// sorted.
-    /// @throw VoInvalidCallException "Column number outside of the range of columns", or "Cannot sort on column that
+    /// @throws VoInvalidCallException "Column number outside of the range of columns", or "Cannot sort on column that
     ///        has multiple values per cell"
-    /// @throw VoIndexOutOfBoundsException for rows that are not there
+    /// @throws VoIndexOutOfBoundsException for rows that are not there
     /// @{
     void sort(std::size_t column);                                          ///< In ascending order.
     void sort(std::size_t column, const SortKey& comesFirst);               ///< Those of the key first.
@@ -185,11 +187,10 @@ class VOCORE_EXPORT VoXMLObject<VoDataTable>
 public:
     /// Writes the child "Rows".
     static void Write(VoXMLElementWriter& element, const VoDataTable& table);
-    /// Reads the first child "Rows".
-    /// @throw VoNullXMLStreamElementException without it
-    /// @throw VoInvalidParameterException "Invalid column span: " and the text, for a span that is no number from 0 to
+    /// Reads the first child "Rows". Throws what reading values throws.
+    /// @throws VoNullXMLStreamElementException without it
+    /// @throws VoInvalidParameterException "Invalid column span: " and the text, for a span that is no number from 0 to
     ///        16384, and for one that makes a row wider than 1,048,576 columns
-    /// @throw what reading values throws
     static VoDataTable Read(VoXMLElementReader& element);
     /// A rule for an element that holds a table as Write() makes it, and for an element "Rows" itself. Its object is a
     /// VoLoadedDataTable.

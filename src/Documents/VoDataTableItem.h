@@ -29,8 +29,9 @@ public:
     VoDataTableItem& operator=(VoDataTableItem&& other) noexcept; ///< Takes the values.
     ~VoDataTableItem();
 
-    /// The single value. Throws VoInvalidCallException "Cannot get value from data table, number of items equals: " and
-    /// the number of values, when that is not 1.
+    /// The single value.
+    /// @throws VoInvalidCallException "Cannot get value from data table, number of items equals: " and the number of
+    /// values, when that is not 1
     const VoVariant& value() const;
     const VoDeque<VoVariant>& values() const noexcept;               ///< All values, top to bottom.
     std::size_t numberValues() const noexcept;                       ///< Number of values.

@@ -31,8 +31,7 @@ public:
         Spreadsheet = 0 ///< A workbook.
     };
 
-    /// Makes the file.
-    /// @throw as VoZipArchive
+    /// Makes the file. Throws as VoZipArchive.
     VoOOXMLWriter(const VoFilePath& file, FileType type);
     VoOOXMLWriter(const VoOOXMLWriter&) = delete;
     VoOOXMLWriter& operator=(const VoOOXMLWriter&) = delete;
@@ -41,20 +40,20 @@ public:
     ~VoOOXMLWriter();
 
     /// Closes the worksheet being written, if any, and begins another one. The writer keeps it until the next
-    /// addSheet() or close(), after which it is not alive.
-    /// @throw VoInvalidParameterException "Document with the given name already exists: " and the name, compared
+    /// addSheet() or close(), after which it is not alive. Throws what closing the current worksheet and opening an
+    /// entry of the archive throw.
+    /// @throws VoInvalidParameterException "Document with the given name already exists: " and the name, compared
     ///        without regard to case; the current worksheet stays open
-    /// @throw VoInvalidParameterException "Invalid document name: " and the name, unless it has 1 to 31 characters,
+    /// @throws VoInvalidParameterException "Invalid document name: " and the name, unless it has 1 to 31 characters,
     ///        none of them a control character or of : \ / ? * [ ], no apostrophe at either end, and is not blank; the
     ///        current worksheet stays open
-    /// @throw what closing the current worksheet and opening an entry of the archive throw
     VoSharedPtr<VoOOXMLWriterSpreadsheet> addSheet(const VoString& name);
 
     /// Completes the workbook and closes the file. Only the first call does anything; after a failure the file is no
     /// valid workbook.
-    /// @throw VoFileSaveException with "Cannot save document as not content provided" when no sheet was added,
+    /// @throws VoFileSaveException with "Cannot save document as not content provided" when no sheet was added,
     ///        "Unknown document type", or "Unable to complete document"
-    /// @throw VoInvalidCallException as VoZipArchive::close() and the device of an entry, on a full disk for one
+    /// @throws VoInvalidCallException as VoZipArchive::close() and the device of an entry, on a full disk for one
     void close();
 
 private:

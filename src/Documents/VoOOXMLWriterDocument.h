@@ -16,7 +16,7 @@ class VOCORE_EXPORT VoOOXMLWriterDocument
 {
 public:
     /// Opens the device for writing unless it is already. A device that is gone makes a document that is not alive.
-    /// @throw VoIOException with the reason when the device cannot be opened
+    /// @throws VoIOException with the reason when the device cannot be opened
     explicit VoOOXMLWriterDocument(VoWeakPtr<VoIODevice> device);
     /// Share the document; a moved-from one is not alive.
     /// @{
@@ -33,15 +33,14 @@ protected:
 
 public:
     /// Completes the document, closes the device and lets go of it, also when that throws. Does nothing to a document
-    /// that is not alive.
-    /// @throw what completing throws, failures of the device among them
+    /// that is not alive. Throws what completing throws, failures of the device among them.
     void close();
     /// Whether the device is there and the document has not been closed.
     bool isAlive() const noexcept;
 
 protected:
     /// The document's XML.
-    /// @throw VoInvalidCallException "Document writer has no valid device"
+    /// @throws VoInvalidCallException "Document writer has no valid device"
     VoXMLStreamWriter& writer();
 
 private:

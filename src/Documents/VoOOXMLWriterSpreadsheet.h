@@ -20,7 +20,7 @@ class VOCORE_EXPORT VoOOXMLWriterSpreadsheet : public VoOOXMLWriterDocument
 {
 public:
     /// Begins a worksheet on a device.
-    /// @throw VoInvalidCallException "Document writer has no valid device"
+    /// @throws VoInvalidCallException "Document writer has no valid device"
     explicit VoOOXMLWriterSpreadsheet(VoWeakPtr<VoIODevice> device);
     /// Share the worksheet; a moved-from one is not alive.
     /// @{
@@ -33,7 +33,7 @@ public:
 
     /// Ends the row and begins the next one. Positions that merged cells of rows above cover at its beginning become
     /// empty cells at once.
-    /// @throw VoInvalidCallException "Spreadsheet cannot be written to as has been closed", "Cannot write row as no
+    /// @throws VoInvalidCallException "Spreadsheet cannot be written to as has been closed", "Cannot write row as no
     ///        document" when moved from, or "Cell lies outside the limits of a worksheet" behind row 1048576
     void startRow();
     /// Ends the row, if one is open.
@@ -41,8 +41,8 @@ public:
     /// Writes a cell in the next free column, beginning a row when none is open. A span of more than one column or row
     /// merges a range, whose other positions are covered from then on; one that would run over positions covered from
     /// above ends before them. A span of 0 counts as 1.
-    /// @throw VoInvalidCallException as startRow(), also for a cell or span behind column 16384 or row 1048576; nothing
-    ///        is written then
+    /// @throws VoInvalidCallException as startRow(), also for a cell or span behind column 16384 or row 1048576;
+    ///         nothing is written then
     void addCell(const VoVariant& value, std::size_t columnSpan = 1, std::size_t rowSpan = 1);
 
     /// The column, counted from 1, in which the next addCell() of the open row writes; 1 when no row is open.
@@ -53,7 +53,7 @@ public:
 
 protected:
     /// Ends the row, adds the rows that merged cells still cover, lists the merged ranges and ends the worksheet.
-    /// @throw VoInvalidCallException "Spreadsheet cannot be written to as has been closed"
+    /// @throws VoInvalidCallException "Spreadsheet cannot be written to as has been closed"
     void onClose() override;
 
 private:

@@ -29,7 +29,7 @@ int Order(std::size_t left, std::size_t right)
     return left < right ? -1 : left > right ? 1 : 0;
 }
 
-// Converts the cells that @p take accepts; it returns whether it set the target.
+// Converts the cells that `take` accepts; it returns whether it set the target.
 template <typename T, typename Take>
 VoMatrix<T> Converted(const VoMatrix<VoVariant>& cells, VoVariant::Type wanted, VoVariantTable::ErrorRule rule,
                       const Take& take)

@@ -29,7 +29,8 @@ public:
     };
 
     VoVariantTable() noexcept; ///< No rows and no columns.
-    /// So many cells, all Null. Throws VoOverflowException when their number cannot be counted.
+    /// So many cells, all Null.
+    /// @throws VoOverflowException when their number cannot be counted
     VoVariantTable(std::size_t rows, std::size_t columns);
     /// So many copies of a value; otherwise as above.
     VoVariantTable(std::size_t rows, std::size_t columns, const VoVariant& fill);
@@ -52,16 +53,19 @@ public:
     /// something: a number with a plus sign, or with a zero before other digits ("007"); one with more digits than a
     /// Double keeps, such as 12345678901234567890, or too large or too small for one, such as 1e-400; and "NaN" and
     /// "Infinity" in any spelling but VoCSVWriter's own, "nan", "inf" and "-inf", which are Doubles. What a program
-    /// printed from a double with any number of digits is one. Without detection every field is a String.
-    /// @throw what VoCSVReader throws, and VoInvalidParameterException "Rows of CSV differ too much in length" when
+    /// printed from a double with any number of digits is one. Without detection every field is a String. Throws
+    /// what VoCSVReader throws.
+    /// @throws VoInvalidParameterException "Rows of CSV differ too much in length" when
     ///        filling them up would make a table out of all proportion to the text
     static VoVariantTable LoadCSV(VoIODevice& device, bool detectTypes);
     /// The same from another format.
     static VoVariantTable LoadCSV(VoIODevice& device, bool detectTypes, const VoCSVFormat& format);
 
-    /// The cell. Throws VoIndexOutOfBoundsException with the offending index and its bound.
+    /// The cell.
+    /// @throws VoIndexOutOfBoundsException with the offending index and its bound
     VoVariant& at(std::size_t row, std::size_t column);
-    /// The cell. Throws VoIndexOutOfBoundsException with the offending index and its bound.
+    /// The cell.
+    /// @throws VoIndexOutOfBoundsException with the offending index and its bound
     const VoVariant& at(std::size_t row, std::size_t column) const;
 
     /// @name References to the cells of one row or column
@@ -83,8 +87,8 @@ public:
     std::size_t numberColumns() const noexcept; ///< Number of columns.
 
     /// The column that has this text in the first row: one that is spelt alike, else one that differs in case only; the
-    /// first of several. Cells of other kinds count as the texts that VoVariant::toString() gives. Throws
-    /// VoNotFoundException.
+    /// first of several. Cells of other kinds count as the texts that VoVariant::toString() gives.
+    /// @throws VoNotFoundException
     std::size_t columnNumber(const VoString& header) const;
 
     /// The table as a CSV text in the default format, as VoCSVWriter::addValue() writes it: a table of Null, Boolean,

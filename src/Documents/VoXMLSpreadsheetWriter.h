@@ -16,8 +16,8 @@ class VOCORE_EXPORT VoXMLSpreadsheetWriter
 {
 public:
     /// Begins the document on a device, which the caller keeps alive; it is opened for writing unless it is already.
-    /// @throw VoIOInvalidWriteException "Device is in read mode, cannot write to it"
-    /// @throw VoIOException with the reason when the device cannot be opened or written
+    /// @throws VoIOInvalidWriteException "Device is in read mode, cannot write to it"
+    /// @throws VoIOException with the reason when the device cannot be opened or written
     explicit VoXMLSpreadsheetWriter(VoIODevice& device);
     VoXMLSpreadsheetWriter(const VoXMLSpreadsheetWriter&) = delete;
     VoXMLSpreadsheetWriter& operator=(const VoXMLSpreadsheetWriter&) = delete;
@@ -26,11 +26,11 @@ public:
     void startRow(); ///< Ends the row, if one is open, and begins the next one.
     void endRow();   ///< Ends the row, if one is open.
     /// Writes a cell, beginning a row when none is open. A span of more than one merges cells; 0 counts as 1.
-    /// @throw VoInvalidXMLOperation "Invalid attempt to start element" after finish()
+    /// @throws VoInvalidXMLOperation "Invalid attempt to start element" after finish()
     void addCell(const VoVariant& value, std::size_t columnSpan = 1, std::size_t rowSpan = 1);
 
-    /// Completes the document and closes the device. Further calls do nothing.
-    /// @throw the first failure of the device
+    /// Completes the document and closes the device. Throws the first failure of the device. Further calls do
+    /// nothing.
     void finish();
 
 private:

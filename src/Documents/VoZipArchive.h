@@ -50,12 +50,12 @@ public:
     };
 
     /// Opens or makes the archive file.
-    /// @throw VoFileNotFoundException when there is no file to read
-    /// @throw VoInvalidPathFileException "Invalid path: " when the file cannot be made; when reading, one of "Not a zip
-    ///        archive: ", "Zip archive is not complete: ", "Data behind the end of zip archive: ", "Zip archive of
-    ///        several volumes: ", "Zip archive is damaged: " and "Zip archive cannot be read: ", and the path
-    /// @throw VoPathSizeFileException for an over-long path
-    /// @throw VoInvalidParameterException "Unknown mode for zip/unzip"
+    /// @throws VoFileNotFoundException when there is no file to read
+    /// @throws VoInvalidPathFileException "Invalid path: " when the file cannot be made; when reading, one of "Not a
+    ///         zip archive: ", "Zip archive is not complete: ", "Data behind the end of zip archive: ", "Zip archive of
+    ///         several volumes: ", "Zip archive is damaged: " and "Zip archive cannot be read: ", and the path
+    /// @throws VoPathSizeFileException for an over-long path
+    /// @throws VoInvalidParameterException "Unknown mode for zip/unzip"
     VoZipArchive(const VoFilePath& path, Mode mode);
     VoZipArchive(const VoZipArchive&) = delete;
     VoZipArchive& operator=(const VoZipArchive&) = delete;
@@ -63,7 +63,7 @@ public:
     ~VoZipArchive();
 
     /// Detaches the active entry, completes the file and closes it. Further calls do nothing.
-    /// @throw VoInvalidCallException "Cannot close zip archive file: " and the reason, " in " and the path, or the
+    /// @throws VoInvalidCallException "Cannot close zip archive file: " and the reason, " in " and the path, or the
     ///        failed write of the last entry. The archive is closed even then; a file being written is not complete.
     void close();
 
@@ -72,16 +72,16 @@ public:
     ///
     /// Reading finds an entry by the exact bytes of its path, in the form that paths() gives; among entries of one name
     /// the first. Writing does not check for a name that is there already.
-    /// @throw VoInvalidParameterException "Cannot open zip archive file: " and the reason, " in " and the name:
+    /// @throws VoInvalidParameterException "Cannot open zip archive file: " and the reason, " in " and the name:
     ///        "Unzip end of list of file" when there is no such entry, "Unzip encryption not supported", "Unzip method
     ///        12 (bzip2) not supported" or the like, "Unzip overlapping entries" for one that shares bytes with an
     ///        earlier one, "Unzip bad zip file"; "Unzip param error" and "Zip param error" after close()
-    /// @throw VoInvalidCallException as VoZipFile writes, for bytes of the entry before that could not be written
+    /// @throws VoInvalidCallException as VoZipFile writes, for bytes of the entry before that could not be written
     VoWeakPtr<VoZipFile> open(const VoFilePath& entryPath, Compression compression = Default);
 
     /// The paths of all entries, in the archive's order; folders that have an entry of their own end with "\". Detaches
     /// the active entry. The directory is read up to its first damaged record.
-    /// @throw VoInvalidCallException "Zip paths cannot be returned in write mode"
+    /// @throws VoInvalidCallException "Zip paths cannot be returned in write mode"
     VoDeque<VoFilePath> paths();
 
     /// The text that stands for a result code of the zip library in the messages of this archive.

@@ -29,11 +29,11 @@ public:
     bool atEnd() const override;
 
     /// The entry's name as stored in the archive, when reading; else empty.
-    /// @throw VoNullPointerException "VoZipFile parent archive not set" when detached
+    /// @throws VoNullPointerException "VoZipFile parent archive not set" when detached
     VoFilePath path() const;
 
     /// The archive.
-    /// @throw VoNullPointerException "VoZipFile parent archive not set" when detached
+    /// @throws VoNullPointerException "VoZipFile parent archive not set" when detached
     /// @{
     VoZipArchive& archive();
     const VoZipArchive& archive() const;

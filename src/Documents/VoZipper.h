@@ -11,10 +11,10 @@ public:
     /// that the same tree gives the same bytes. Empty directories are left out, links to directories are not followed,
     /// and an archive that lies in the directory does not pack itself. The archive appears whole or not at all: what
     /// the path held before stays until the new archive is complete.
-    /// @throw VoCannotOpenFileException with the file that cannot be read, the source itself among them
-    /// @throw VoValidationException "Invalid path in zip archive: " and the name, for one of two names that differ in
+    /// @throws VoCannotOpenFileException with the file that cannot be read, the source itself among them
+    /// @throws VoValidationException "Invalid path in zip archive: " and the name, for one of two names that differ in
     ///        case only
-    /// @throw VoInvalidCallException or VoInvalidParameterException as VoZipArchive, when the archive cannot be written
+    /// @throws VoInvalidCallException, VoInvalidParameterException as VoZipArchive, when the archive cannot be written
     static void Zip(const VoFilePath& archivePath, const VoFilePath& source);
 
     /// Unpacks an archive into a directory, which is made when it is missing. Entries whose names end with "/" become
@@ -27,15 +27,15 @@ public:
     /// but for case, a name that is a file and a directory, and a place that links lead out of the directory. Refused
     /// with "Overlapping entries in zip archive: " and a name: entries that share bytes, by which a small archive can
     /// grow to any size.
-    /// @throw VoFileException "Cannot unzip as target path is not a directory" when the target's text does not end with
-    ///        the separator; then the archive is not even looked at
-    /// @throw VoPathSizeFileException when a file's path would be too long
-    /// @throw VoInvalidPathFileException as VoZipArchive, for a file that is no archive
-    /// @throw VoInvalidParameterException as VoZipArchive::open, for an encrypted entry or an unknown method; with
+    /// @throws VoFileException "Cannot unzip as target path is not a directory" when the target's text does not end
+    ///         with the separator; then the archive is not even looked at
+    /// @throws VoPathSizeFileException when a file's path would be too long
+    /// @throws VoInvalidPathFileException as VoZipArchive, for a file that is no archive
+    /// @throws VoInvalidParameterException as VoZipArchive::open, for an encrypted entry or an unknown method; with
     ///        "Unzip bad zip file" and the archive's path, when its directory is damaged or counts other than it holds
-    /// @throw VoFileException "Not enough disk space to unzip archive"
-    /// @throw VoCannotOpenFileException with the file that cannot be made
-    /// @throw VoInvalidCallException as VoZipFile reads, for damaged content
+    /// @throws VoFileException "Not enough disk space to unzip archive"
+    /// @throws VoCannotOpenFileException with the file that cannot be made
+    /// @throws VoInvalidCallException as VoZipFile reads, for damaged content
     static void Unzip(const VoFilePath& archivePath, const VoFilePath& targetDirectory);
 
 private:

@@ -20,7 +20,7 @@ public:
 
     VoDownloadException();                        ///< "Download exception"
     VoDownloadException(const VoString& message); ///< The message; a final failure without a status.
-    /// The message with all that is known; @p status as for httpStatus().
+    /// The message with all that is known; `status` as for httpStatus().
     VoDownloadException(const VoString& message, Kind kind, int status = 0);
 
     Kind kind() const noexcept;        ///< What the failure means.

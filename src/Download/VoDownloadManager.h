@@ -46,8 +46,9 @@ public:
     /// The service, made by the first call. It lives until the process ends.
     static VoDownloadManager& Get();
 
-    /// Hands every notification of every download, and those of the state of the network, to @p callback while the
-    /// receiver lives. Throws VoInvalidParameterException("Invalid callback") when it is empty.
+    /// Hands every notification of every download, and those of the state of the network, to `callback` while the
+    /// receiver lives.
+    /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] static VoReceiver Connect(Callback callback);
 
     /// Start a download that goes on in the background. They return before the download has started. The forms with a
@@ -78,8 +79,7 @@ public:
     /// Start a download and wait for its end. They return when the download is complete and throw VoDownloadException
     /// when it failed. Raising the stop flag cancels the download; when it is raised already nothing is started. The
     /// callback is called on the thread that owns the service, and not any more after the return.
-    ///
-    /// Throws VoInvalidCallException("Cannot wait for a download inside a notification callback") there.
+    /// @throws VoInvalidCallException "Cannot wait for a download inside a notification callback" there
     /// @{
     static void RequestWait(const VoUrl& url, const VoFilePath& path);
     static void RequestWait(VoSharedPtr<VoDownloadRequest> request);
@@ -99,7 +99,7 @@ public:
     /// Cancels a download, which then fails with "Download cancelled". Does nothing when it has ended already.
     static void CancelDownload(const VoUUID& id);
 
-    /// Allows redirects to the host @p primary and to those in the domain @p secondary ("example.com" stands for
+    /// Allows redirects to the host `primary` and to those in the domain `secondary` ("example.com" stands for
     /// itself and all hosts below it). An empty text allows no host. To be called before the first request; at first
     /// the values are those that the library was built with, by default none.
     static void SetRedirectHosts(const VoString& primary, const VoString& secondary);

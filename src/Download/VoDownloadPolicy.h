@@ -93,10 +93,10 @@ struct VOCORE_EXPORT VoDownloadPolicy
     /// Called for each file when it is there, before the download ends, in the same way as @ref onRetry. May be empty.
     std::function<void(const VoDownloadReceipt&)> onReceived;
 
-    /// The wait before retry number @p retry, counted from 1. @p jitter, from 0 to 1, is how much of the random half
+    /// The wait before retry number `retry`, counted from 1. `jitter`, from 0 to 1, is how much of the random half
     /// is taken off.
     VoTimeDuration delayBefore(unsigned retry, double jitter) const noexcept;
 
-    /// The places of the file at @p url: itself, then those at the mirrors.
+    /// The places of the file at `url`: itself, then those at the mirrors.
     VoDeque<VoUrl> locations(const VoUrl& url) const;
 };

@@ -6,7 +6,7 @@
 class VOCORE_EXPORT VoDownloadRequest final : public VoAbstractDownloadRequest
 {
 public:
-    /// The file at @p url, with a fresh id. The body replaces the file @p path as a whole when it is complete; the
+    /// The file at `url`, with a fresh id. The body replaces the file `path` as a whole when it is complete; the
     /// directory must exist.
     VoDownloadRequest(const VoUrl& url, const VoFilePath& path);
     VoDownloadRequest(const VoUrl& url, const VoFilePath& path, const VoUUID& id); ///< The same with a given id.

@@ -17,7 +17,7 @@ class VOCORE_EXPORT VoDownloadSize
 public:
     VoDownloadSize() noexcept; ///< No bytes.
 
-    /// @p bytes bytes; a number beyond 64 signed bits is the largest one.
+    /// `bytes` bytes; a number beyond 64 signed bits is the largest one.
     template <typename Integer,
               typename = std::enable_if_t<std::is_integral_v<Integer> && !std::is_same_v<Integer, bool>>>
     VoDownloadSize(Integer bytes)
@@ -26,9 +26,9 @@ public:
     }
 
     VoDownloadSize(const VoDownloadSize& other);                ///< The same size.
-    VoDownloadSize(VoDownloadSize&& other) noexcept;            ///< @p other is 0 afterwards.
+    VoDownloadSize(VoDownloadSize&& other) noexcept;            ///< `other` is 0 afterwards.
     VoDownloadSize& operator=(const VoDownloadSize& other);     ///< The same size.
-    VoDownloadSize& operator=(VoDownloadSize&& other) noexcept; ///< @p other is 0 afterwards.
+    VoDownloadSize& operator=(VoDownloadSize&& other) noexcept; ///< `other` is 0 afterwards.
     ~VoDownloadSize();
 
     static VoDownloadSize Unknown();     ///< The unknown size.
@@ -45,7 +45,7 @@ public:
     /// @{
     static VoDownloadSize Sum(const VoDownloadSize& a, const VoDownloadSize& b); ///< The bytes of both.
     static VoDownloadSize Difference(const VoDownloadSize& a,
-                                     const VoDownloadSize& b); ///< The bytes of @p a without those of @p b.
+                                     const VoDownloadSize& b); ///< The bytes of `a` without those of `b`.
     /// @}
 
     /// For people, with one decimal and decimal units: "999.0 B", "1.5 KB". The unit follows from the count, not from
@@ -55,8 +55,9 @@ public:
     /// The number of bytes in decimal, "-1" when unknown.
     static VoString Serialize(const VoDownloadSize& size);
 
-    /// Reverses Serialize(); throws VoInvalidConversionException(text, "VoDownloadSize") unless the whole text is a
-    /// decimal number that fits.
+    /// Reverses Serialize().
+    /// @throws VoInvalidConversionException (text, "VoDownloadSize") unless the whole text is a decimal number that
+    /// fits
     static VoDownloadSize Deserialize(const VoString& text);
 
 private:
@@ -153,7 +154,7 @@ bool operator>=(const A& a, const B& b)
 /// @}
 
 /// @relates VoDownloadSize
-/// @p text followed by the size's toString().
+/// `text` followed by the size's toString().
 VOCORE_EXPORT VoString operator+(const char* text, const VoDownloadSize& size);
 
 /// @relates VoDownloadSize

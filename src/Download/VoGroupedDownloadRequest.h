@@ -15,9 +15,9 @@ public:
 
     Type type() const override; ///< Grouped
 
-    void add(const VoUrl& url, const VoFilePath& path); ///< Adds the file at @p url, to be put at @p path.
+    void add(const VoUrl& url, const VoFilePath& path); ///< Adds the file at `url`, to be put at `path`.
     void add(const VoPair<VoUrl, VoFilePath>& file);    ///< Adds a file.
-    /// Adds a file of at most @p sizeLimit bytes, which takes the place of the policy's limit unless it is unknown.
+    /// Adds a file of at most `sizeLimit` bytes, which takes the place of the policy's limit unless it is unknown.
     void add(const VoUrl& url, const VoFilePath& path, const VoDownloadSize& sizeLimit);
 
     std::size_t numberRequests() const noexcept;                      ///< How many files were added.

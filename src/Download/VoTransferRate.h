@@ -15,7 +15,7 @@ public:
     VoTransferRate() noexcept = default;                     ///< No transfer.
     explicit VoTransferRate(double bytesPerSecond) noexcept; ///< So many bytes per second.
 
-    /// @p size over @p duration; 0 when the size is unknown or the duration is not positive.
+    /// `size` over `duration`; 0 when the size is unknown or the duration is not positive.
     VoTransferRate(const VoDownloadSize& size, const VoTimeDuration& duration) noexcept;
 
     double bytesPerSecond() const noexcept;     ///< In bytes per second.
@@ -47,7 +47,7 @@ private:
 };
 
 /// @relates VoTransferRate
-/// The time to transfer @p size at @p rate. The longest duration when the size is unknown, nothing is transferred or
+/// The time to transfer `size` at `rate`. The longest duration when the size is unknown, nothing is transferred or
 /// the time would not fit.
 VOCORE_EXPORT VoTimeDuration operator/(const VoDownloadSize& size, const VoTransferRate& rate) noexcept;
 

@@ -15,15 +15,15 @@ class VOCORE_EXPORT VoTransferRateMonitor
 public:
     VoTransferRateMonitor();
     VoTransferRateMonitor(const VoTransferRateMonitor& other);                ///< Copies the samples.
-    VoTransferRateMonitor(VoTransferRateMonitor&& other) noexcept;            ///< @p other has no samples afterwards.
+    VoTransferRateMonitor(VoTransferRateMonitor&& other) noexcept;            ///< `other` has no samples afterwards.
     VoTransferRateMonitor& operator=(const VoTransferRateMonitor& other);     ///< Copies the samples.
-    VoTransferRateMonitor& operator=(VoTransferRateMonitor&& other) noexcept; ///< @p other has no samples afterwards.
+    VoTransferRateMonitor& operator=(VoTransferRateMonitor&& other) noexcept; ///< `other` has no samples afterwards.
     ~VoTransferRateMonitor();
 
     /// Adds a sample taken now, by a clock that does not jump when the system's time is set.
     void update(const VoDownloadSize& received);
 
-    /// Adds a sample taken at @p time. The oldest of 16 samples makes place.
+    /// Adds a sample taken at `time`. The oldest of 16 samples makes place.
     void update(const VoDownloadSize& received, const VoTimePoint& time);
 
     /// The bytes gained from the oldest to the newest sample over the time between them. 0 with fewer than two samples,
@@ -42,7 +42,7 @@ private:
 };
 
 /// @relates VoTransferRateMonitor
-/// @p text followed by the monitor's toString().
+/// `text` followed by the monitor's toString().
 VOCORE_EXPORT VoString operator+(const char* text, const VoTransferRateMonitor& monitor);
 
 /// @relates VoTransferRateMonitor

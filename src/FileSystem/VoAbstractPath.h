@@ -47,7 +47,7 @@ public:
     /// True when the path could be a VoDirectoryPathFragment: relative, not null, and ending with the separator.
     bool isFragment() const noexcept;
     /// Asks the disk whether anything bears this path.
-    /// @throw VoFileException "exists: " and the system's text, when the system cannot tell
+    /// @throws VoFileException "exists: " and the system's text, when the system cannot tell
     bool exists() const;
 
     /// The root: "\\server" of a network path, else the text up to and including the first ":", else empty.
@@ -57,7 +57,7 @@ public:
     VoStringView top() const&;
     VoString top() const&& { return VoString(top()); } ///< As above.
     /// The piece at an index, as chunks() gives it.
-    /// @throw VoIndexOutOfBoundsException with the index and numberChunks()
+    /// @throws VoIndexOutOfBoundsException with the index and numberChunks()
     VoStringView chunk(std::size_t index) const&;
     VoString chunk(std::size_t index) const&& { return VoString(chunk(index)); } ///< As above.
     /// The pieces between separators, without the empty ones that leading and trailing separators make.
@@ -72,7 +72,7 @@ public:
 
     /// Removes each ".." piece together with the piece before it, in place. A text without "..\" is left alone, so a
     /// final ".." stays when it is the only one; "." pieces stay. Unchanged after a failure.
-    /// @throw VoPathException "Unable to resolve as relative path is invalid" when nothing but the root stands before
+    /// @throws VoPathException "Unable to resolve as relative path is invalid" when nothing but the root stands before
     ///        a ".."
     void resolve();
 
@@ -131,16 +131,16 @@ protected:
     /// @}
 
     /// Refuses a ":" behind the root name.
-    /// @throw VoInvalidPathException "Invalid : in path name"
+    /// @throws VoInvalidPathException "Invalid : in path name"
     virtual void assertValid() const;
 
     /// Appends a path to this directory and resolves the result. A leading separator of the other path is dropped at
     /// the joint. Unchanged after a failure.
-    /// @throw VoInvalidPathFileException "Cannot append to file path: " and the other path, when this path is not null
+    /// @throws VoInvalidPathFileException "Cannot append to file path: " and the other path, when this path is not null
     ///        and does not end with the separator
-    /// @throw VoInvalidPathFileException "Cannot append absolute path to path: " and the other path, when that has a
+    /// @throws VoInvalidPathFileException "Cannot append absolute path to path: " and the other path, when that has a
     ///        root name and this path is not null
-    /// @throw VoPathException as resolve()
+    /// @throws VoPathException as resolve()
     void append(const VoAbstractPath& other);
 
 private:

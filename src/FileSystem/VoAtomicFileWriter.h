@@ -22,9 +22,9 @@ class VOCORE_EXPORT VoAtomicFileWriter
 {
 public:
     /// Makes the file beside the target and opens it.
-    /// @throw VoPathSizeFileException when the target's path is too long
-    /// @throw VoInvalidPathFileException when the target is null or a directory
-    /// @throw VoCannotOpenFileException with the target, when the file cannot be made
+    /// @throws VoPathSizeFileException when the target's path is too long
+    /// @throws VoInvalidPathFileException when the target is null or a directory
+    /// @throws VoCannotOpenFileException with the target, when the file cannot be made
     explicit VoAtomicFileWriter(const VoFilePath& target);
     /// The moved-from writer has no file: what it is asked for throws VoInvalidCallException "No file to write".
     /// @{
@@ -38,7 +38,7 @@ public:
     /// whichever comes first.
     VoIODevice& device();
     /// Appends bytes.
-    /// @throw VoFileException "Cannot write file: " and the system's text. The first failure stays: commit() repeats
+    /// @throws VoFileException "Cannot write file: " and the system's text. The first failure stays: commit() repeats
     /// it.
     void write(const char* data, std::size_t size);
 
@@ -51,13 +51,13 @@ public:
 
     /// Forces the content to disk, unless that is left to the system, and puts it in the target's place. After a
     /// failure the target is as it was and the new content is gone.
-    /// @throw VoFileException "Cannot write file: " or "rename: " and the system's text
-    /// @throw VoInvalidCallException "File already committed" when called again
+    /// @throws VoFileException "Cannot write file: " or "rename: " and the system's text
+    /// @throws VoInvalidCallException "File already committed" when called again
     void commit(Durability durability = Durability::Forced);
 
     /// The file beside the target, empty so far, for writers that take a path. They write and close it before commit(),
     /// and nothing is written through this object then. Null after the commit.
-    /// @throw VoInvalidPathFileException when the name of a directory on the way holds a backslash
+    /// @throws VoInvalidPathFileException when the name of a directory on the way holds a backslash
     VoFilePath temporary() const;
     /// The file that commit() replaces.
     const VoFilePath& target() const noexcept;

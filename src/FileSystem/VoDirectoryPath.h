@@ -11,7 +11,7 @@ public:
     /// The null path.
     VoDirectoryPath();
     /// Normalise and check a text.
-    /// @throw VoInvalidPathException "Invalid : in path name" or "Not a valid directory path"
+    /// @throws VoInvalidPathException "Invalid : in path name" or "Not a valid directory path"
     /// @{
     VoDirectoryPath(const VoString& text);
     VoDirectoryPath(VoString&& text);
@@ -27,7 +27,7 @@ public:
     ~VoDirectoryPath() override;
 
     /// A directory from a text whose final separator may be missing, as people and environment variables write it.
-    /// @throw VoInvalidPathException "Invalid : in path name"
+    /// @throws VoInvalidPathException "Invalid : in path name"
     static VoDirectoryPath FromText(const VoString& text);
 
     /// Appends in place; see appended().
@@ -38,24 +38,22 @@ public:
 
     /// This directory with another path appended and resolved. Appending to the null path gives the other one.
     /// ".." pieces of the other path may lead out of this directory: they are not meant for outside text.
-    /// @throw VoInvalidPathFileException "Cannot append absolute path to path: " and the other path
-    /// @throw VoPathException "Unable to resolve as relative path is invalid"
+    /// @throws VoInvalidPathFileException "Cannot append absolute path to path: " and the other path
+    /// @throws VoPathException "Unable to resolve as relative path is invalid"
     /// @{
     VoDirectoryPath appended(const VoDirectoryPath& other) const;
     VoDirectoryPath appended(const VoDirectoryPathFragment& other) const;
     VoFilePath appended(const VoFilePath& other) const;
     /// @}
 
-    /// A directory in this one. A name may lack the final separator.
-    /// @throw as appended()
+    /// A directory in this one. A name may lack the final separator. Throws as appended().
     /// @{
     VoDirectoryPath directory(const VoDirectoryPath& name) const;
     VoDirectoryPath directory(const VoString& name) const;
     VoDirectoryPath directory(const char* name) const;
     /// @}
 
-    /// A file in this directory.
-    /// @throw as appended()
+    /// A file in this directory. Throws as appended().
     /// @{
     VoFilePath file(const char* name) const;
     VoFilePath file(const VoString& name) const;
@@ -74,7 +72,7 @@ public:
     /// @}
 
 protected:
-    /// @throw VoInvalidPathException "Invalid : in path name" or "Not a valid directory path"
+    /// @throws VoInvalidPathException "Invalid : in path name" or "Not a valid directory path"
     void assertValid() const override;
 };
 

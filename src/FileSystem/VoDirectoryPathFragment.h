@@ -9,7 +9,7 @@ public:
     /// The null fragment.
     VoDirectoryPathFragment();
     /// Normalises and checks a text.
-    /// @throw VoDirectoryPathException "Not a valid directory path: " and the text, when the text has a root name or
+    /// @throws VoDirectoryPathException "Not a valid directory path: " and the text, when the text has a root name or
     ///        does not end with the separator
     explicit VoDirectoryPathFragment(const VoString& text);
     /// Copies and moves as a value; a moved-from one is null.
@@ -22,14 +22,14 @@ public:
     ~VoDirectoryPathFragment() override;
 
     /// The path of a file under the fragment, resolved.
-    /// @throw VoInvalidPathFileException "Cannot append absolute path to path: " and the file
-    /// @throw VoPathException "Unable to resolve as relative path is invalid"
+    /// @throws VoInvalidPathFileException "Cannot append absolute path to path: " and the file
+    /// @throws VoPathException "Unable to resolve as relative path is invalid"
     /// @{
     VoFilePath file(const char* name) const;
     VoFilePath file(const VoFilePath& file) const;
     /// @}
 
 protected:
-    /// @throw VoDirectoryPathException "Not a valid directory path: " and the text
+    /// @throws VoDirectoryPathException "Not a valid directory path: " and the text
     void assertValid() const override;
 };

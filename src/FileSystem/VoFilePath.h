@@ -83,7 +83,7 @@ public:
     VoString rootName() const&& { return VoString(rootName()); } ///< As above.
     /// The containing directory: of `C:\a` it is `C:\`, of `C:\a\b\` it is `C:\a\`. Null for a root and for a single
     /// relative name.
-    /// @throw VoInvalidPathException "Invalid : in path name" when that is no valid directory path
+    /// @throws VoInvalidPathException "Invalid : in path name" when that is no valid directory path
     VoDirectoryPath parent() const;
     /// The text of the containing directory, with its final separator; empty where parent() is null.
     VoStringView parentPath() const&;
@@ -101,15 +101,15 @@ public:
 
     /// This path if it is rooted, else the base directory with this path appended and resolved. The directory of a
     /// base that is a file by its text is its parent.
-    /// @throw VoPathException "Unable to resolve as relative path is invalid"
+    /// @throws VoPathException "Unable to resolve as relative path is invalid"
     VoFilePath absolute(const VoFilePath& base) const;
     /// This path as seen from a base directory: "..\" for each directory to climb, then the rest. Unchanged when the
     /// two have different roots. The directory of a base that is a file by its text is its parent.
     VoFilePath relative(const VoFilePath& base) const;
     /// This directory with another path appended and resolved.
-    /// @throw VoInvalidPathFileException "Cannot append to file path: " and the other path
-    /// @throw VoInvalidPathFileException "Cannot append absolute path to path: " and the other path
-    /// @throw VoPathException "Unable to resolve as relative path is invalid"
+    /// @throws VoInvalidPathFileException "Cannot append to file path: " and the other path
+    /// @throws VoInvalidPathFileException "Cannot append absolute path to path: " and the other path
+    /// @throws VoPathException "Unable to resolve as relative path is invalid"
     VoFilePath appended(const VoFilePath& other) const;
 
     /// The text, and the path of a text.

@@ -64,7 +64,7 @@ public:
     /// @}
 
     /// The size of a file in bytes.
-    /// @throw VoFileNotFoundException when nothing bears the path
+    /// @throws VoFileNotFoundException when nothing bears the path
     static std::uint64_t FileSize(const VoFilePath& path);
 
     /// True when the two paths lead to one file on disk, through whatever links. False when either is missing.
@@ -89,17 +89,17 @@ public:
 
     /// Removes a directory with all it holds, and gives the number of things removed; 0 when there was none. Links are
     /// removed and not followed, the directory itself included.
-    /// @throw VoInvalidCallException "Cannot remove root directory: " and the path, for a null path or a root
+    /// @throws VoInvalidCallException "Cannot remove root directory: " and the path, for a null path or a root
     static std::uint64_t RemoveAll(const VoDirectoryPath& directory);
 
     /// Makes a directory, and those above it where wanted. False when it is there already.
-    /// @throw VoFileException also when something else than a directory bears the path
+    /// @throws VoFileException also when something else than a directory bears the path
     static bool CreateDirectory(const VoDirectoryPath& path, bool createParents = false);
 
     /// Copies a file with its permissions; true when something was copied. The target appears whole or not at all: it
     /// is written beside its place and renamed, so a target that is a link is itself replaced. A source that is a link
     /// means the file that it leads to. The copy is not forced to disk.
-    /// @throw VoFileException with both paths and the system's text alone: for a source that is missing or no regular
+    /// @throws VoFileException with both paths and the system's text alone: for a source that is missing or no regular
     ///        file, a target that exists under NoOption, and a target that is a directory or the source itself
     static bool CopyFile(const VoFilePath& from, const VoFilePath& to, CopyOptions options = NoOption);
 
@@ -118,8 +118,9 @@ public:
     /// files and not entered. The names of each directory are read before the first of them is delivered, so the
     /// callback may add and remove; what vanished meanwhile is skipped. Exceptions of the callback end the walk and
     /// pass through.
-    /// @throw VoFileException "directory_iterator: " and the system's text, when a directory cannot be read
-    /// @throw VoInvalidPathFileException when a name holds a backslash, which no path of ours can tell from a separator
+    /// @throws VoFileException "directory_iterator: " and the system's text, when a directory cannot be read
+    /// @throws VoInvalidPathFileException when a name holds a backslash, which no path of ours can tell from a
+    ///         separator
     /// @{
 
     /// Hands the files of a directory to the callback, and where wanted the directories too: as paths that end with the
@@ -127,7 +128,7 @@ public:
     static void ForEachFile(const VoDirectoryPath& directory, bool recursive, bool includeDirectories,
                             const std::function<void(const VoFilePath&)>& callback);
     /// Hands the directories in a directory to the callback.
-    /// @throw VoInvalidPathException also when a name makes no valid directory path: one with a ":" too many
+    /// @throws VoInvalidPathException also when a name makes no valid directory path: one with a ":" too many
     static void ForEachDirectory(const VoDirectoryPath& directory, bool recursive,
                                  const std::function<void(const VoDirectoryPath&)>& callback);
     /// The number of paths that ForEachFile would deliver.
@@ -140,11 +141,11 @@ public:
     /// The system's directory for temporary files.
     static VoDirectoryPath TempDirectory();
     /// A well-known directory. The environment is read at each call; the directory need not exist.
-    /// @throw VoInvalidParameterException "Unknown directory identifier: " and the number
+    /// @throws VoInvalidParameterException "Unknown directory identifier: " and the number
     static VoDirectoryPath Directory(DirectoryIdentifier identifier);
 
     /// Hands a file or directory to the desktop's default application. REQUIRES a graphical application object.
-    /// @throw VoInvalidCallException when there is none, or when the desktop refuses
+    /// @throws VoInvalidCallException when there is none, or when the desktop refuses
     /// @{
     static void OpenFile(const VoFilePath& path);
     static void OpenDirectory(const VoDirectoryPath& path);

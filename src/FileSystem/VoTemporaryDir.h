@@ -11,10 +11,10 @@ class VOCORE_EXPORT VoTemporaryDir
 {
 public:
     /// Makes the directory.
-    /// @throw VoFileException "create_directory: " and the system's text
+    /// @throws VoFileException "create_directory: " and the system's text
     VoTemporaryDir();
     /// Makes the directory inside another one, for instance to have it on the same volume as its later place.
-    /// @throw VoFileException "create_directory: " and the system's text
+    /// @throws VoFileException "create_directory: " and the system's text
     explicit VoTemporaryDir(const VoDirectoryPath& parent);
     /// A moved-from object has the null path.
     /// @{

@@ -11,10 +11,10 @@ class VOCORE_EXPORT VoTemporaryFile
 {
 public:
     /// Makes the file in the system's temporary directory.
-    /// @throw VoCannotOpenFileException
+    /// @throws VoCannotOpenFileException
     VoTemporaryFile();
     /// Makes the file in a directory, for instance beside the file it is to replace.
-    /// @throw VoCannotOpenFileException
+    /// @throws VoCannotOpenFileException
     explicit VoTemporaryFile(const VoDirectoryPath& directory);
     /// A moved-from object has the null path.
     /// @{

@@ -63,7 +63,7 @@ public:
     /// Of "http://host" it is "http://host/".
     VoUrl parent() const;
     /// This URL, without query and fragment, with a relative path below it. Each piece of the path is percent-encoded.
-    /// @throw VoInvalidPathFileException with the path, when that is null or rooted, or has an empty, "." or ".."
+    /// @throws VoInvalidPathFileException with the path, when that is null or rooted, or has an empty, "." or ".."
     /// piece:
     ///        it could lead to another folder or host
     VoUrl appended(const VoFilePath& path) const;

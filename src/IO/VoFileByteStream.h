@@ -13,16 +13,16 @@ class VOCORE_EXPORT VoFileInputByteStream
 public:
     explicit VoFileInputByteStream(
         const VoFilePath& path); ///< Opens the file; VoPathSizeFileException when the path is too long.
-    VoFileInputByteStream(VoFileInputByteStream&& other) noexcept;            ///< @p other is not open afterwards.
-    VoFileInputByteStream& operator=(VoFileInputByteStream&& other) noexcept; ///< @p other is not open afterwards.
+    VoFileInputByteStream(VoFileInputByteStream&& other) noexcept;            ///< `other` is not open afterwards.
+    VoFileInputByteStream& operator=(VoFileInputByteStream&& other) noexcept; ///< `other` is not open afterwards.
     ~VoFileInputByteStream();
 
     bool isOpen() const noexcept; ///< Whether the file could be opened.
-    /// Throws VoCannotOpenFileException, which knows the system's reason, unless the stream is open.
+    /// @throws VoCannotOpenFileException which knows the system's reason, unless the stream is open
     void requireOpen() const;
 
-    /// Reads up to @p count bytes into @p data and returns how many; fewer only at the end of the file. Throws
-    /// VoIOException("Error occurred on reading from file") when the file is not open or cannot be read.
+    /// Reads up to `count` bytes into `data` and returns how many; fewer only at the end of the file.
+    /// @throws VoIOException "Error occurred on reading from file" when the file is not open or cannot be read
     std::size_t read(char* data, std::size_t count);
 
     bool atEnd() const;        ///< Whether no byte is left; true when not open, false when that cannot be read.
@@ -41,8 +41,8 @@ class VOCORE_EXPORT VoFileOutputByteStream
 public:
     explicit VoFileOutputByteStream(
         const VoFilePath& path); ///< Opens the file; VoPathSizeFileException when the path is too long.
-    VoFileOutputByteStream(VoFileOutputByteStream&& other) noexcept;            ///< @p other is not open afterwards.
-    VoFileOutputByteStream& operator=(VoFileOutputByteStream&& other) noexcept; ///< @p other is not open afterwards.
+    VoFileOutputByteStream(VoFileOutputByteStream&& other) noexcept;            ///< `other` is not open afterwards.
+    VoFileOutputByteStream& operator=(VoFileOutputByteStream&& other) noexcept; ///< `other` is not open afterwards.
     ~VoFileOutputByteStream();
 
     bool isOpen() const noexcept; ///< Whether the file could be opened and has not been closed.
@@ -50,7 +50,7 @@ public:
     /// @name Writing
     /// All throw VoIOException("Error occurred on writing to file") on failure, also when the stream is not open.
     /// @{
-    void write(const char* data, std::size_t count); ///< Writes all @p count bytes.
+    void write(const char* data, std::size_t count); ///< Writes all `count` bytes.
     void write(const VoByteArray& bytes);            ///< Writes all bytes of the array.
     void flush();                                    ///< Hands gathered bytes to the system.
     /// @}

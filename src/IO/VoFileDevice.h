@@ -25,7 +25,7 @@ public:
     explicit VoFileDevice(const VoString& path);   ///< On the file of a path; does not open it.
     explicit VoFileDevice(const char* path);       ///< On the file of a path; does not open it.
 
-    /// The open file goes along; @p other is Closed afterwards, with an empty path. @{
+    /// The open file goes along; `other` is Closed afterwards, with an empty path. @{
     VoFileDevice(VoFileDevice&& other) noexcept;
     VoFileDevice& operator=(VoFileDevice&& other) noexcept;
     /// @}

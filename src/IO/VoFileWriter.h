@@ -11,18 +11,19 @@
 class VOCORE_EXPORT VoFileWriter
 {
 public:
-    /// Throws VoIOException("Unable to open file for writing") when the file cannot be opened. A temporary file must
-    /// outlive the writer. @{
+    /// A temporary file must outlive the writer.
+    /// @throws VoIOException "Unable to open file for writing" when the file cannot be opened
+    /// @{
     explicit VoFileWriter(const VoFilePath& path);
     explicit VoFileWriter(const VoTemporaryFile& file);
     /// @}
 
-    VoFileWriter(VoFileWriter&& other) noexcept;            ///< @p other has no device afterwards.
-    VoFileWriter& operator=(VoFileWriter&& other) noexcept; ///< @p other has no device afterwards.
+    VoFileWriter(VoFileWriter&& other) noexcept;            ///< `other` has no device afterwards.
+    VoFileWriter& operator=(VoFileWriter&& other) noexcept; ///< `other` has no device afterwards.
     ~VoFileWriter();                                        ///< Closes and keeps silent about failures.
 
-    /// The open device; it stays the writer's. Throws VoNullPointerException("VoFileWriter has no device") on a writer
-    /// that was moved from.
+    /// The open device; it stays the writer's.
+    /// @throws VoNullPointerException "VoFileWriter has no device" on a writer that was moved from
     QIODevice& device();
 
     /// Writes what is buffered and closes. Throws what failed since the file was opened, usually VoIOException("Error

@@ -39,11 +39,11 @@ public:
     /// Closes nothing by itself: see the class.
     virtual ~VoIODevice();
 
-    /// Moves the place of the next read to @p position, in bytes from the beginning. A place beyond the end is at the
+    /// Moves the place of the next read to `position`, in bytes from the beginning. A place beyond the end is at the
     /// end.
     virtual void seek_read(std::size_t position) = 0;
 
-    /// Moves the place of the next write to @p position, in bytes from the beginning. Devices that write at their end
+    /// Moves the place of the next write to `position`, in bytes from the beginning. Devices that write at their end
     /// ignore it.
     virtual void seek_write(std::size_t position) = 0;
 
@@ -54,7 +54,7 @@ protected:
     /// Reads from the current place to the end. The default reads blocks until atEnd() or an empty block.
     virtual VoString onReadRemaining();
 
-    /// Reads up to and including the next "\n", at most @p maximumLength bytes unless that is 0. The default reads byte
+    /// Reads up to and including the next "\n", at most `maximumLength` bytes unless that is 0. The default reads byte
     /// by byte; devices that can look ahead override it.
     virtual VoString onReadLine(std::size_t maximumLength);
 
@@ -67,13 +67,13 @@ protected:
     /// Ends the use of the target. The mode is Closed already; may throw what became of buffered bytes.
     virtual void onClose() = 0;
 
-    /// Opens the target in @p mode. On false the hook has set the error.
+    /// Opens the target in `mode`. On false the hook has set the error.
     virtual bool onOpen(Mode mode) = 0;
 
-    /// Reads up to @p count bytes; fewer only at the end or when no more are to be had now.
+    /// Reads up to `count` bytes; fewer only at the end or when no more are to be had now.
     virtual VoString onRead(std::size_t count) = 0;
 
-    /// Writes @p text and returns how many of its bytes were taken.
+    /// Writes `text` and returns how many of its bytes were taken.
     virtual std::size_t onWrite(const VoString& text) = 0;
 
     /// As onRead(), into memory of the caller. The default goes through onRead() and copies.
@@ -98,11 +98,11 @@ public:
     /// @name Reading
     /// All throw VoIOInvalidReadException("Cannot read from IO device") unless the mode is exactly Read or ReadWrite.
     /// @{
-    VoString read(std::size_t count);                    ///< Up to @p count bytes; empty at the end.
+    VoString read(std::size_t count);                    ///< Up to `count` bytes; empty at the end.
     VoString readAll();                                  ///< Everything, from the beginning.
     VoString readLine(std::size_t maximumLength = 0);    ///< Up to and with "\n"; at most so many bytes unless 0.
     VoString readRemaining();                            ///< Everything from the current place.
-    std::size_t readInto(char* data, std::size_t count); ///< As read(), into @p data; returns the bytes taken.
+    std::size_t readInto(char* data, std::size_t count); ///< As read(), into `data`; returns the bytes taken.
     void restart();                                      ///< Goes back to the beginning for reading.
     /// @}
 
@@ -111,8 +111,8 @@ public:
     /// Append. They return the bytes taken; when these are fewer than given, lastError() becomes their missing number
     /// followed by " bytes were not written".
     /// @{
-    std::size_t write(const VoString& text);                    ///< Writes the bytes of @p text.
-    std::size_t writeFrom(const char* data, std::size_t count); ///< Writes @p count bytes at @p data.
+    std::size_t write(const VoString& text);                    ///< Writes the bytes of `text`.
+    std::size_t writeFrom(const char* data, std::size_t count); ///< Writes `count` bytes at `data`.
     /// @}
 
     bool hasError() const;             ///< Whether lastError() holds a text.
@@ -121,7 +121,7 @@ public:
 protected:
     VoIODevice();
 
-    /// Takes over mode and error; @p other is Closed and without error afterwards. @{
+    /// Takes over mode and error; `other` is Closed and without error afterwards. @{
     VoIODevice(VoIODevice&& other) noexcept;
     VoIODevice& operator=(VoIODevice&& other) noexcept;
     /// @}

@@ -23,7 +23,7 @@ class VoIODevice;
 class VOCORE_EXPORT VoQIODevice : public QIODevice
 {
 public:
-    explicit VoQIODevice(VoIODevice& device); ///< Presents @p device; opens nothing.
+    explicit VoQIODevice(VoIODevice& device); ///< Presents `device`; opens nothing.
     ~VoQIODevice() override;
 
     /// Opens the adapter and, unless it is open, the device: ReadOnly as Read, WriteOnly (with or without Truncate) as
@@ -36,7 +36,7 @@ public:
     void close() override;
 
     bool flush();                        ///< Passes gathered bytes to the device; false when that fails.
-    bool seek(qint64 position) override; ///< Moves reading and writing of the device to @p position.
+    bool seek(qint64 position) override; ///< Moves reading and writing of the device to `position`.
     bool atEnd() const override;         ///< Whether there is nothing to read; true when not open for reading.
 
     bool hasFailed() const; ///< Whether an exception is kept.

@@ -40,16 +40,16 @@ public:
     /// The text up to the next "\n", which is taken but not given; a "\r" before it stays. Empty at the end.
     VoString getLine();
 
-    /// The position of the next @p character at or behind the current one, eof_pos() when there is none. The current
+    /// The position of the next `character` at or behind the current one, eof_pos() when there is none. The current
     /// position stays.
     std::streampos find(char character);
 
-    /// Goes to the next @p character, so that it is the next one read. Without one, false, and the position stays.
+    /// Goes to the next `character`, so that it is the next one read. Without one, false, and the position stays.
     bool seek(char character);
 
     int get();                      ///< The next byte as 0 to 255; -1 at the end.
     void ignore();                  ///< Passes over one byte.
-    void ignore(std::size_t count); ///< Passes over @p count bytes, fewer at the end.
+    void ignore(std::size_t count); ///< Passes over `count` bytes, fewer at the end.
 
     virtual std::istream& stream() = 0; ///< The standard stream; it stays this object's.
 
@@ -63,7 +63,7 @@ class VOCORE_EXPORT VoOutputStream : public VoStream
 public:
     ~VoOutputStream() override;
 
-    VoOutputStream& operator<<(const VoString& text); ///< Writes the bytes of @p text.
+    VoOutputStream& operator<<(const VoString& text); ///< Writes the bytes of `text`.
     void flush();                                     ///< Hands gathered bytes to the target; fail() tells how it went.
 
     virtual std::ostream& stream() = 0; ///< The standard stream; it stays this object's.
@@ -95,7 +95,7 @@ private:
 class VOCORE_EXPORT VoStringInputStream : public VoInputStream
 {
 public:
-    explicit VoStringInputStream(const VoString& text); ///< Reads a copy of @p text.
+    explicit VoStringInputStream(const VoString& text); ///< Reads a copy of `text`.
     ~VoStringInputStream() override;
 
     std::istream& stream() override;

@@ -34,7 +34,7 @@ protected:
     std::size_t onWrite(const VoString& text) override;
     std::size_t onReadInto(char* data, std::size_t count) override;
 
-    /// Throws VoOverflowException when the content would outgrow what a string can hold.
+    /// @throws VoOverflowException when the content would outgrow what a string can hold
     std::size_t onWriteFrom(const char* data, std::size_t count) override;
 
 private:

@@ -15,19 +15,19 @@
 class VOCORE_EXPORT VoHistogram
 {
 public:
-    /// Empty bins between @p low and @p high.
-    /// @throw VoDomainException when @p low is not below @p high or one of them is infinite or NaN
-    /// @throw VoInvalidParameterException "Number of bins must be greater than zero"
-    /// @throw VoOverflowException for more than 10,000,000 bins
+    /// Empty bins between `low` and `high`.
+    /// @throws VoDomainException when `low` is not below `high` or one of them is infinite or NaN
+    /// @throws VoInvalidParameterException "Number of bins must be greater than zero"
+    /// @throws VoOverflowException for more than 10,000,000 bins
     VoHistogram(double low, double high, std::size_t bins);
 
     /// The histogram of some values, between the smallest and the largest finite one.
     ///
-    /// With @p bins 0 their number follows the sample (Freedman and Diaconis: a width of twice the interquartile range
+    /// With `bins` 0 their number follows the sample (Freedman and Diaconis: a width of twice the interquartile range
     /// over the cube root of the count; where half of the values are equal, as many bins as log2(count) + 1), at least
     /// 1 and at most 1000. Where all finite values are equal there is one bin around them, a few units of their last
     /// place wide; without any there is one from 0 to 1. Infinite values are counted below or above, NaN apart.
-    /// @throw VoOverflowException for more than 10,000,000 bins
+    /// @throws VoOverflowException for more than 10,000,000 bins
     static VoHistogram FromData(const VoVector<double>& values, std::size_t bins = 0);
 
     VoHistogram(const VoHistogram& other);                ///< The same bins and counts.
@@ -39,7 +39,8 @@ public:
     void add(double value); ///< Counts one value.
 
     std::size_t bins() const; ///< Number of bins.
-    /// The count of a bin. Throws VoIndexOutOfBoundsException beyond the last one.
+    /// The count of a bin.
+    /// @throws VoIndexOutOfBoundsException beyond the last one
     std::uint64_t count(std::size_t bin) const;
     std::uint64_t total() const;                ///< The sum of all bins.
     std::uint64_t below() const;                ///< Values below the first bin.

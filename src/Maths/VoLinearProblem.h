@@ -23,7 +23,7 @@ public:
 
     VoLinearProblem(); ///< Nothing to be maximised.
     /// A problem without constraints, with one parameter for each coefficient of the objective.
-    /// @throw VoInvalidCoefficientException when a coefficient is infinite or not a number
+    /// @throws VoInvalidCoefficientException when a coefficient is infinite or not a number
     VoLinearProblem(Sense sense, const VoVector<double>& objective);
     VoLinearProblem(const VoLinearProblem& other);                ///< The same problem.
     VoLinearProblem(VoLinearProblem&& other) noexcept;            ///< Takes the problem over.
@@ -32,17 +32,19 @@ public:
     ~VoLinearProblem();
 
     /// Adds a constraint of the kind that goes with the sense.
-    /// @throw VoInvalidNumberCoefficientsException when there is not one coefficient for each parameter
-    /// @throw VoInvalidCoefficientException when a coefficient or the bound is infinite or not a number
+    /// @throws VoInvalidNumberCoefficientsException when there is not one coefficient for each parameter
+    /// @throws VoInvalidCoefficientException when a coefficient or the bound is infinite or not a number
     void addConstraint(const VoVector<double>& coefficients, double bound);
 
     Sense sense() const;                       ///< What is asked of the objective.
     std::size_t numberParameters() const;      ///< Coefficients in the objective and in each constraint.
     std::size_t numberConstraints() const;     ///< Constraints added so far.
     const VoVector<double>& objective() const; ///< The objective's coefficients.
-    /// The coefficients of a constraint. Throws VoIndexOutOfBoundsException.
+    /// The coefficients of a constraint.
+    /// @throws VoIndexOutOfBoundsException
     const VoVector<double>& coefficients(std::size_t constraint) const;
-    /// The bound of a constraint. Throws VoIndexOutOfBoundsException.
+    /// The bound of a constraint.
+    /// @throws VoIndexOutOfBoundsException
     double bound(std::size_t constraint) const;
 
 private:

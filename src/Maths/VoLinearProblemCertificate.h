@@ -37,7 +37,7 @@ public:
     };
 
     /// Checks an answer.
-    /// @throw VoInvalidNumberCoefficientsException when there is not one value for each parameter, or neither one
+    /// @throws VoInvalidNumberCoefficientsException when there is not one value for each parameter, or neither one
     /// multiplier for each constraint nor none at all
     VoLinearProblemCertificate(const VoLinearProblem& problem, const VoLinearProblemSolution& solution);
     VoLinearProblemCertificate(const VoLinearProblemCertificate& other);                ///< The same findings.

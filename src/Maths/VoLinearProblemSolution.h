@@ -30,8 +30,8 @@ struct VOCORE_EXPORT VoLinearProblemSolution
 
     /// Makes a VoSimplexAlgorithm of the problem and runs it. The answer may be wrong: see there and
     /// VoLinearProblemCertificate.
-    /// @throw VoInvalidCallException for a problem of a shape that the solver does not take, and "No pivot row can be
+    /// @throws VoInvalidCallException for a problem of a shape that the solver does not take, and "No pivot row can be
     /// found"
-    /// @throw VoOverflowException when the tableau would be too large
+    /// @throws VoOverflowException when the tableau would be too large
     static VoLinearProblemSolution Solve(const VoLinearProblem& problem, std::size_t maximumIterations);
 };

@@ -29,10 +29,10 @@ struct VOCORE_EXPORT VoLinearProblemText
     VoVector<VoString> constraintNames; ///< "c1", "c2" and so on for those that the text does not name.
 
     /// Reads a text.
-    /// @throw VoLinearProblemException "Line " + number + ": " + what is wrong there
+    /// @throws VoLinearProblemException "Line " + number + ": " + what is wrong there
     static VoLinearProblemText Parse(const VoString& text);
     /// Reads a file.
-    /// @throw VoFileNotFoundException, VoCannotOpenFileException, VoIOException when it cannot be read
-    /// @throw VoLinearProblemException as Parse(), and "File is too large" for more than 256 MiB
+    /// @throws VoFileNotFoundException, VoCannotOpenFileException, VoIOException when it cannot be read
+    /// @throws VoLinearProblemException as Parse(), and "File is too large" for more than 256 MiB
     static VoLinearProblemText Read(const VoFilePath& path);
 };

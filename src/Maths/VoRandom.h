@@ -24,7 +24,7 @@ public:
     /// digits.
     VoString state() const;
     /// The source that state() was asked of, as it was then.
-    /// @throw VoInvalidParameterException "Invalid state of a random source"
+    /// @throws VoInvalidParameterException "Invalid state of a random source"
     static VoRandom FromState(const VoString& state);
 
     VoRandom(const VoRandom& other);                ///< The same numbers from here on.
@@ -33,38 +33,38 @@ public:
     VoRandom& operator=(VoRandom&& other) noexcept; ///< Takes the numbers over.
     ~VoRandom();
 
-    /// Drawn uniformly from the closed range @p low .. @p high.
-    /// @throw VoInvalidParameterException "Empty range" when @p low is greater than @p high
+    /// Drawn uniformly from the closed range `low` .. `high`.
+    /// @throws VoInvalidParameterException "Empty range" when `low` is greater than `high`
     std::int64_t integer(std::int64_t low, std::int64_t high);
 
     /// Drawn uniformly from the 2^53 multiples of 2^-53 in 0 .. 1, 1 excluded.
     double uniform();
 
-    /// Drawn uniformly from the range @p low .. @p high; @p high is drawn only when it is @p low too.
-    /// @throw VoDomainException when one of the two is infinite or NaN
-    /// @throw VoInvalidParameterException "Empty range" when @p low is greater than @p high
+    /// Drawn uniformly from the range `low` .. `high`; `high` is drawn only when it is `low` too.
+    /// @throws VoDomainException when one of the two is infinite or NaN
+    /// @throws VoInvalidParameterException "Empty range" when `low` is greater than `high`
     double uniform(double low, double high);
 
     /// Drawn from the normal distribution with that mean and standard deviation.
-    /// @throw VoDomainException when @p sigma is negative, infinite or NaN
+    /// @throws VoDomainException when `sigma` is negative, infinite or NaN
     double normal(double mean, double sigma);
 
-    /// Drawn from the distribution whose logarithm is normal with mean @p mu and standard deviation @p sigma: its
+    /// Drawn from the distribution whose logarithm is normal with mean `mu` and standard deviation `sigma`: its
     /// median is e^mu.
-    /// @throw VoDomainException when @p sigma is negative, infinite or NaN
+    /// @throws VoDomainException when `sigma` is negative, infinite or NaN
     double logNormal(double mu, double sigma);
 
-    /// Drawn from what a normal distribution has in the closed range @p low .. @p high: a part with a tolerance of
-    /// which those beyond the limits are sorted out. Takes a few draws however unlikely the range is. With a @p sigma
+    /// Drawn from what a normal distribution has in the closed range `low` .. `high`: a part with a tolerance of
+    /// which those beyond the limits are sorted out. Takes a few draws however unlikely the range is. With a `sigma`
     /// of 0, or of nothing beside the distance to the limits, it is the number of the range that is nearest to the
     /// mean.
-    /// @throw VoDomainException when @p sigma is negative, or a number is infinite or NaN
-    /// @throw VoInvalidParameterException "Empty range" when @p low is greater than @p high
+    /// @throws VoDomainException when `sigma` is negative, or a number is infinite or NaN
+    /// @throws VoInvalidParameterException "Empty range" when `low` is greater than `high`
     double truncatedNormal(double mean, double sigma, double low, double high);
 
-    /// An index of @p weights, each as likely as its part of their sum. Takes time linear in their number.
-    /// @throw VoDomainException when a weight is negative, infinite or NaN
-    /// @throw VoInvalidParameterException "No weight is greater than zero"
+    /// An index of `weights`, each as likely as its part of their sum. Takes time linear in their number.
+    /// @throws VoDomainException when a weight is negative, infinite or NaN
+    /// @throws VoInvalidParameterException "No weight is greater than zero"
     std::size_t discrete(const VoVector<double>& weights);
 
     /// Puts the elements of a sequence with random access (begin, end, size) into random order, each order equally

@@ -11,7 +11,7 @@ using SimplexVector = VoVector<double>;        ///< Coefficients and parameters 
 
 /// The simplex method on a dense tableau, for small linear problems.
 ///
-/// With @p Maximise the objective is made largest subject to constraints "<=" with bounds that are not negative; else
+/// With `Maximise` the objective is made largest subject to constraints "<=" with bounds that are not negative; else
 /// it is made smallest subject to as many constraints ">=" as there are parameters, through the dual problem, with
 /// objective coefficients that are not negative. Whether a problem is of that kind is not checked: the solver starts at
 /// the origin and takes it as feasible.
@@ -47,10 +47,10 @@ public:
     /// An empty problem. The tableau has numberConstraints + 1 rows, the last one for the objective, and
     /// numberParameters + numberConstraints + 2 columns: parameters, slack variables, objective variable, right-hand
     /// side.
-    /// @throw VoInvalidCallException "Number of parameters must be greater than zero"; "Number of constraints must be
+    /// @throws VoInvalidCallException "Number of parameters must be greater than zero"; "Number of constraints must be
     /// greater than zero" (maximising); "Number of parameters must be the same as the number of constraints for
     /// minimisation"
-    /// @throw VoOverflowException when the tableau would have more than 100,000,000 cells
+    /// @throws VoOverflowException when the tableau would have more than 100,000,000 cells
     VoSimplexAlgorithm(std::size_t numberParameters, std::size_t numberConstraints);
     VoSimplexAlgorithm(const VoSimplexAlgorithm& other);                ///< The same problem in the same state.
     VoSimplexAlgorithm(VoSimplexAlgorithm&& other) noexcept;            ///< Takes the problem over.
@@ -59,17 +59,17 @@ public:
     ~VoSimplexAlgorithm() override;
 
     /// Always refuses.
-    /// @throw VoInvalidConstraintTypeException "Equality constraints cannot be added to this problem"
+    /// @throws VoInvalidConstraintTypeException "Equality constraints cannot be added to this problem"
     void addEqualityConstraint(const VoVector<T>& coefficients, const T& bound) override;
     /// Adds a constraint to a problem that is to be made smallest.
-    /// @throw VoInvalidConstraintTypeException "Greater than or equal constraints cannot be added to this problem"
+    /// @throws VoInvalidConstraintTypeException "Greater than or equal constraints cannot be added to this problem"
     /// when maximising
-    /// @throw VoInvalidNumberCoefficientsException when there is not one coefficient for each parameter
-    /// @throw VoTooManyConstraintsException when numberConstraints() were added already
-    /// @throw VoInvalidCoefficientException when a coefficient or the bound is infinite or not a number
+    /// @throws VoInvalidNumberCoefficientsException when there is not one coefficient for each parameter
+    /// @throws VoTooManyConstraintsException when numberConstraints() were added already
+    /// @throws VoInvalidCoefficientException when a coefficient or the bound is infinite or not a number
     void addGeqConstraint(const VoVector<T>& coefficients, const T& bound) override;
     /// Adds a constraint to a problem that is to be made largest.
-    /// @throw VoInvalidConstraintTypeException "Less than or equal constraints cannot be added to this problem" when
+    /// @throws VoInvalidConstraintTypeException "Less than or equal constraints cannot be added to this problem" when
     /// minimising; else as addGeqConstraint()
     void addLeqConstraint(const VoVector<T>& coefficients, const T& bound) override;
 
@@ -80,12 +80,12 @@ public:
 
     /// Pivots until the solution is found or that many iterations were made; 0 only asks. When the limit ends it, the
     /// answer is (false, the limit) and a further call goes on from there.
-    /// @throw VoInvalidCallException "No pivot row can be found", with the tableau as the last iteration left it
+    /// @throws VoInvalidCallException "No pivot row can be found", with the tableau as the last iteration left it
     VoPair<bool, std::size_t> run(std::size_t maximumIterations) override;
 
     /// Sets the objective, replacing an earlier one.
-    /// @throw VoInvalidNumberCoefficientsException when there is not one coefficient for each parameter
-    /// @throw VoInvalidCoefficientException when a coefficient is infinite or not a number
+    /// @throws VoInvalidNumberCoefficientsException when there is not one coefficient for each parameter
+    /// @throws VoInvalidCoefficientException when a coefficient is infinite or not a number
     void setObjective(const VoVector<T>& coefficients) override;
 
     bool solutionFound() const override;

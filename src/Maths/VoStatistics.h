@@ -41,26 +41,26 @@ public:
     double max() const;               ///< The largest value.
     double median() const;            ///< quantile(0.5)
 
-    /// The value below which the fraction @p q of the sample lies, interpolated between the two nearest ones at the
+    /// The value below which the fraction `q` of the sample lies, interpolated between the two nearest ones at the
     /// position q * (count() - 1) of the ordered sample. Takes time linear in count().
-    /// @throw VoDomainException when @p q is not in 0 .. 1
+    /// @throws VoDomainException when `q` is not in 0 .. 1
     double quantile(double q) const;
 
     /// The limits between which the mean of what was sampled lies with that confidence, when it is about normally
     /// distributed (by Student's distribution); needs two values.
-    /// @throw VoDomainException when @p confidence is not between 0 and 1
+    /// @throws VoDomainException when `confidence` is not between 0 and 1
     VoPair<double, double> meanInterval(double confidence = 0.95) const;
 
-    /// The part, 0 .. 1, of what was added that lies in the closed range @p low .. @p high. NaN does not: a run without
+    /// The part, 0 .. 1, of what was added that lies in the closed range `low` .. `high`. NaN does not: a run without
     /// a result is not a good one.
     double yield(double low, double high) const;
     /// The limits between which the yield of what was sampled lies with that confidence (Wilson's).
-    /// @throw VoDomainException when @p confidence is not between 0 and 1
+    /// @throws VoDomainException when `confidence` is not between 0 and 1
     VoPair<double, double> yieldInterval(double low, double high, double confidence = 0.95) const;
 
     /// How far two quantities that were measured together lie on a straight line: 1 on a rising one, -1 on a falling
     /// one. Pairs with NaN are left out; NaN when fewer than two are left or one of the two does not vary.
-    /// @throw VoInvalidParameterException "Samples of different sizes"
+    /// @throws VoInvalidParameterException "Samples of different sizes"
     static double Correlation(const VoVector<double>& x, const VoVector<double>& y);
 
 private:

@@ -18,7 +18,7 @@ class VOCORE_EXPORT Signature
 {
 public:
     /// Reads a signature's file.
-    /// @throw VoValidationException "Not a signature"
+    /// @throws VoValidationException "Not a signature"
     static Signature Parse(const VoString& text);
     /// The four lines of a signature's file.
     VoString toString() const;
@@ -44,14 +44,14 @@ class VOCORE_EXPORT PublicKey
 {
 public:
     /// Reads a public key's file, or its second line alone.
-    /// @throw VoValidationException "Not a public key"
+    /// @throws VoValidationException "Not a public key"
     static PublicKey Parse(const VoString& text);
     VoString toString() const; ///< The two lines of a public key's file.
     VoString toLine() const;   ///< The second line alone, as it is passed on.
     VoString id() const;       ///< 16 hexadecimal digits, for people and file names; not a proof of the key.
 
     /// Returns when the signature is this key's, of these bytes, and its trusted comment with it.
-    /// @throw VoValidationException "Signature is of another key: " + Signature::keyId(), "Signature does not fit the
+    /// @throws VoValidationException "Signature is of another key: " + Signature::keyId(), "Signature does not fit the
     ///     document", "Trusted comment was changed"
     void verify(const void* data, std::size_t size, const Signature& signature) const;
 
@@ -105,7 +105,7 @@ public:
 
     static SecretKey Generate(); ///< A new one.
     /// Reads a secret key's file. One that is not encrypted takes any passphrase.
-    /// @throw VoValidationException "Not a secret key", "Wrong passphrase", or "Secret key asks for too much memory"
+    /// @throws VoValidationException "Not a secret key", "Wrong passphrase", or "Secret key asks for too much memory"
     /// for
     ///     one that asks for more than 2 GiB
     static SecretKey Parse(const VoString& text, const Passphrase& passphrase);
@@ -114,13 +114,13 @@ public:
     ~SecretKey();                                     ///< Clears the memory.
 
     /// The two lines of a secret key's file, encrypted.
-    /// @throw VoInvalidParameterException "Empty passphrase"
+    /// @throws VoInvalidParameterException "Empty passphrase"
     VoString toString(const Passphrase& passphrase, Effort effort = Effort::Full) const;
     PublicKey publicKey() const; ///< The key that verifies.
     VoString id() const;         ///< As PublicKey::id().
 
     /// Signs bytes together with a comment.
-    /// @throw VoInvalidParameterException "Invalid comment" for one with a line break or another control character, or
+    /// @throws VoInvalidParameterException "Invalid comment" for one with a line break or another control character, or
     ///     of more than 1,000 bytes
     Signature sign(const void* data, std::size_t size, const VoString& trustedComment,
                    const VoString& comment = "signature") const;

@@ -44,14 +44,14 @@ struct VOCORE_EXPORT Record
 class VOCORE_EXPORT Logger
 {
 public:
-    /// The logger of @p category; names ignore case, the first spelling is kept. It lives until the process ends.
+    /// The logger of `category`; names ignore case, the first spelling is kept. It lives until the process ends.
     static Logger& Get(const VoString& category);
 
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
 
     /// @name Logging
-    /// Logs @p text at the level of the name.
+    /// Logs `text` at the level of the name.
     /// @{
     void diagnostic(const VoString& text) noexcept;
     void information(const VoString& text) noexcept;
@@ -61,7 +61,7 @@ public:
     void log(Level level, const VoString& text) noexcept; ///< At a level that is not known beforehand.
     /// @}
 
-    /// Whether a record of @p level would reach any sink: ask before building an expensive text.
+    /// Whether a record of `level` would reach any sink: ask before building an expensive text.
     bool isEnabled(Level level) const noexcept;
 
     const VoString& category() const noexcept; ///< The logger's name.
@@ -84,21 +84,22 @@ VOCORE_EXPORT void SetLevel(const VoString& category, Level level);
 /// Receives records.
 using Sink = std::function<void(const Record&)>;
 
-/// Hands every record of @p minimum and above to @p sink while the receiver lives.
+/// Hands every record of `minimum` and above to `sink` while the receiver lives.
 ///
 /// A sink runs on the thread that logs, possibly on several at once, and no lock is held. What it logs itself is
 /// dropped, what it throws is swallowed. Destroying the receiver waits for the sink where it is just running on another
-/// thread. Throws VoInvalidParameterException("Invalid callback") when the sink is empty.
+/// thread.
+/// @throws VoInvalidParameterException "Invalid callback" when the sink is empty
 [[nodiscard]] VOCORE_EXPORT VoReceiver AddSink(Sink sink, Level minimum = Level::Diagnostic);
 
 /// @name Standard error
 /// Records of at least a level, at first Warning, go to standard error.
 /// @{
-VOCORE_EXPORT void EnableStandardError(Level minimum = Level::Warning); ///< From @p minimum on.
+VOCORE_EXPORT void EnableStandardError(Level minimum = Level::Warning); ///< From `minimum` on.
 VOCORE_EXPORT void DisableStandardError();                              ///< Nothing.
 /// @}
 
-/// Writes records to files in the directory "logs" below @p directory while the receiver lives. There is one file a
+/// Writes records to files in the directory "logs" below `directory` while the receiver lives. There is one file a
 /// day, continued in a next one at 10 MB, and the newest five are kept. A line holds the time, level, category, thread
 /// and text, with control characters escaped. Warnings and worse are flushed at once. Trouble with the files is not
 /// reported: records are then lost.

@@ -32,7 +32,7 @@ public:
     /// Receives the progress, on the thread that runs the task.
     [[nodiscard]] VoReceiver connect(std::function<void(const Progress&)> callback);
 
-    /// The work, called once. It may end early when @p stop is raised, by returning or, so that the task counts as
+    /// The work, called once. It may end early when `stop` is raised, by returning or, so that the task counts as
     /// cancelled, by VoStopFlag::throwIfStopped(). What it throws is the task's result.
     virtual void run(VoStopFlag stop) = 0;
 

@@ -26,8 +26,9 @@ public:
     /// itself after what it runs.
     virtual ~AbstractTaskScheduler();
 
-    /// Queues a task. Throws VoNullPointerException with "Null task" and VoThreadException when the first thread cannot
-    /// be started.
+    /// Queues a task.
+    /// @throws VoNullPointerException with "Null task"
+    /// @throws VoThreadException when the first thread cannot be started
     TaskHandle add(VoSharedPtr<AbstractTask> task);
 
     /// Queues a function without arguments. What it returns or throws comes out of the future; when it is discarded by
@@ -50,8 +51,8 @@ public:
         enqueue(std::make_shared<detail::DetachedJob<std::decay_t<Function>>>(std::forward<Function>(function)));
     }
 
-    /// Waits until all queued work has run, then ends the threads. Work added later starts them again. Throws
-    /// VoInvalidCallException with "Scheduler cannot wait for itself" on one of its own threads.
+    /// Waits until all queued work has run, then ends the threads. Work added later starts them again.
+    /// @throws VoInvalidCallException with "Scheduler cannot wait for itself" on one of its own threads
     void finish();
 
     /// Raises the stop flags of the running tasks, cancels the queued work, waits for what runs, and ends the threads.

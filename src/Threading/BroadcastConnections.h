@@ -42,9 +42,9 @@ public:
     ~BroadcastConnections() = default;
 
     void add(std::shared_ptr<AbstractConnection> connection); ///< Connects.
-    bool contains(const VoUUID& id) const;                    ///< Whether @p id is connected.
+    bool contains(const VoUUID& id) const;                    ///< Whether `id` is connected.
 
-    /// Disconnects @p id. Returns what is to be dropped when no lock is held: null when there is no such connection or
+    /// Disconnects `id`. Returns what is to be dropped when no lock is held: null when there is no such connection or
     /// when a running broadcast still needs it.
     std::shared_ptr<AbstractConnection> remove(const VoUUID& id);
 
@@ -52,7 +52,7 @@ public:
     class VOCORE_EXPORT Broadcast
     {
     public:
-        /// Throws VoInvalidCallException("Broadcast called from within a broadcast") on the thread of a running one.
+        /// @throws VoInvalidCallException "Broadcast called from within a broadcast" on the thread of a running one
         explicit Broadcast(BroadcastConnections& connections);
         Broadcast(const Broadcast&) = delete;
         Broadcast& operator=(const Broadcast&) = delete;
@@ -61,7 +61,7 @@ public:
         /// The number of connections to go through; it stays during the broadcast.
         std::size_t size() const noexcept { return m_size; }
 
-        /// The connection at @p index, which is to be called only if it is live.
+        /// The connection at `index`, which is to be called only if it is live.
         AbstractConnection& operator[](std::size_t index) const noexcept { return *m_owner.m_ordered[index]; }
 
     private:

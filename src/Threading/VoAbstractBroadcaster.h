@@ -15,13 +15,13 @@ public:
     VoAbstractBroadcaster& operator=(const VoAbstractBroadcaster&) = delete;
     virtual ~VoAbstractBroadcaster();
 
-    virtual bool isConnected(const VoUUID& id) const = 0; ///< Whether the connection @p id exists.
-    virtual void disconnect(const VoUUID& id) = 0;        ///< Ends the connection @p id if it exists.
+    virtual bool isConnected(const VoUUID& id) const = 0; ///< Whether the connection `id` exists.
+    virtual void disconnect(const VoUUID& id) = 0;        ///< Ends the connection `id` if it exists.
 
 protected:
     VoAbstractBroadcaster();
 
-    /// A receiver that owns the connection @p id of this broadcaster.
+    /// A receiver that owns the connection `id` of this broadcaster.
     [[nodiscard]] VoReceiver connection(VoUUID id) const;
 
     /// Cuts the broadcaster off from its receivers, waiting for those that are just disconnecting on other threads.

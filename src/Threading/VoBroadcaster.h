@@ -32,8 +32,8 @@ public:
     VoBroadcaster() = default;
     ~VoBroadcaster() override { release(); }
 
-    /// Calls @p callback with each value broadcast while the receiver lives. Throws
-    /// VoInvalidParameterException("Invalid callback") when it is empty.
+    /// Calls `callback` with each value broadcast while the receiver lives.
+    /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] VoReceiver connect(std::function<void(T)> callback)
     {
         if (!callback)
@@ -45,7 +45,7 @@ public:
         return receiver;
     }
 
-    /// Calls every callback with @p value.
+    /// Calls every callback with `value`.
     void broadcast(T value)
     {
         vo::detail::BroadcastConnections::Broadcast running(m_connections);

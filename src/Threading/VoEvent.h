@@ -24,7 +24,7 @@ public:
     /// Must not change during the event's life.
     virtual bool mergeable() const;
 
-    /// Takes over the work of @p other, a newer mergeable event of the same type, which is then not queued. Runs on the
+    /// Takes over the work of `other`, a newer mergeable event of the same type, which is then not queued. Runs on the
     /// adding thread under the queue's lock: it must be quick and must not call the loop. Does nothing unless
     /// overridden.
     virtual void merge(const VoEvent& other);

@@ -24,16 +24,17 @@ public:
     VoEventLoop(const VoEventLoop&) = delete;
     VoEventLoop& operator=(const VoEventLoop&) = delete;
 
-    /// Starts the loop's thread, which begins with what is queued already. Throws VoInvalidCallException with "Thread
-    /// already running" or, after ShutDown(), "Event loops have been shut down", and VoThreadException when the system
-    /// gives no thread.
+    /// Starts the loop's thread, which begins with what is queued already.
+    /// @throws VoInvalidCallException with "Thread already running" or, after ShutDown(), "Event loops have been shut
+    /// down"
+    /// @throws VoThreadException when the system gives no thread
     void run();
 
     /// Queues an event, also while the loop is stopped. The result refers to the event without keeping it alive.
     ///
     /// The newest queued event of the same type absorbs a mergeable event if it is mergeable itself; the result then
-    /// refers to the absorber. What VoEvent::merge throws passes to the caller, and the event is not queued. Throws
-    /// VoNullPointerException with "Null event".
+    /// refers to the absorber. What VoEvent::merge throws passes to the caller, and the event is not queued.
+    /// @throws VoNullPointerException with "Null event"
     VoWeakPtr<VoEvent> add(VoSharedPtr<VoEvent> event);
 
     void finish(); ///< Lets the events queued before this call run, then stops the loop. Does nothing when stopped.

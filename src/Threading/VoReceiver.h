@@ -21,7 +21,7 @@ class VOCORE_EXPORT VoReceiver
 public:
     VoReceiver() noexcept; ///< Receives nothing.
 
-    /// Swaps what the two receivers hold: a connection assigned over lives on in @p other until that is destroyed. @{
+    /// Swaps what the two receivers hold: a connection assigned over lives on in `other` until that is destroyed. @{
     VoReceiver(VoReceiver&& other) noexcept;
     VoReceiver& operator=(VoReceiver&& other) noexcept;
     /// @}

@@ -14,8 +14,8 @@ class VOCORE_EXPORT VoStopFlag
 {
 public:
     VoStopFlag();                                            ///< A new flag that is not raised.
-    VoStopFlag(const VoStopFlag& other) noexcept;            ///< Shares the flag of @p other.
-    VoStopFlag& operator=(const VoStopFlag& other) noexcept; ///< Shares the flag of @p other.
+    VoStopFlag(const VoStopFlag& other) noexcept;            ///< Shares the flag of `other`.
+    VoStopFlag& operator=(const VoStopFlag& other) noexcept; ///< Shares the flag of `other`.
     ~VoStopFlag();
 
     /// Raises the flag and those of its children, wakes what waits and runs the callbacks, on this thread. Their
@@ -23,14 +23,15 @@ public:
     void stop() const;
 
     bool isStopped() const noexcept; ///< Whether the flag is raised; what happened before stop() is visible then.
-    void throwIfStopped() const;     ///< Throws VoUserCancelledException when the flag is raised.
+    void throwIfStopped() const;     ///< @throws VoUserCancelledException when the flag is raised
 
-    /// Waits until the flag is raised, at most for @p duration. Returns whether it is raised.
+    /// Waits until the flag is raised, at most for `duration`. Returns whether it is raised.
     bool waitFor(const VoTimeDuration& duration) const;
 
-    /// Calls @p callback once when the flag is raised, on the thread that raises it and without any lock held; at once,
+    /// Calls `callback` once when the flag is raised, on the thread that raises it and without any lock held; at once,
     /// on this thread, when it is raised already. Destroying the receiver withdraws the callback and waits for it where
-    /// it is just running on another thread. Throws VoInvalidParameterException("Invalid callback") when it is empty.
+    /// it is just running on another thread.
+    /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] VoReceiver onStop(std::function<void()> callback) const;
 
     /// A new flag that is raised together with this one, but can be raised alone.

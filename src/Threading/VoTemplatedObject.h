@@ -13,7 +13,7 @@ public:
     /// Holds a default value.
     VoTemplatedObject() = default;
 
-    /// Holds @p value.
+    /// Holds `value`.
     explicit VoTemplatedObject(T value)
         : m_value(std::move(value))
     {

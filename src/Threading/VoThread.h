@@ -22,18 +22,19 @@ class VOCORE_EXPORT VoThread
 {
 public:
     VoThread() noexcept;                            ///< No thread.
-    VoThread(VoThread&& other) noexcept;            ///< Takes the thread over; @p other has none then.
-    VoThread& operator=(VoThread&& other) noexcept; ///< Takes the thread over; @p other has none then.
+    VoThread(VoThread&& other) noexcept;            ///< Takes the thread over; `other` has none then.
+    VoThread& operator=(VoThread&& other) noexcept; ///< Takes the thread over; `other` has none then.
     ~VoThread();
     VoThread(const VoThread&) = delete;
     VoThread& operator=(const VoThread&) = delete;
 
-    /// Waits for the thread's end. Throws VoJoinThreadException ("Invalid thread join call") without a joinable thread,
-    /// and when the thread would join itself.
+    /// Waits for the thread's end.
+    /// @throws VoJoinThreadException ("Invalid thread join call") without a joinable thread, and when the thread would
+    /// join itself
     void join();
 
-    /// Lets the thread run on by itself and clears the handle. Throws VoDetachThreadException ("Invalid thread detach
-    /// call") without a joinable thread.
+    /// Lets the thread run on by itself and clears the handle.
+    /// @throws VoDetachThreadException ("Invalid thread detach call") without a joinable thread
     void detach();
 
     bool joinable() const noexcept;      ///< Whether there is a thread that has been neither joined nor detached.

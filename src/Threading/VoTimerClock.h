@@ -35,7 +35,7 @@ private:
     class SystemClock;
     class Private;
 
-    /// Has @p call made at an instant; Max() is never. It must not throw. The result is for drop(), and never 0.
+    /// Has `call` made at an instant; Max() is never. It must not throw. The result is for drop(), and never 0.
     std::uint64_t callAt(VoTimeDuration instant, std::function<void()> call);
     /// Forgets a call that was not made yet.
     void drop(VoTimeDuration instant, std::uint64_t id);

@@ -58,14 +58,15 @@ public:
 
     VoDateTime() noexcept = default; ///< The beginning of 1970 in universal time.
     /// An instant, shown in that way.
-    /// @p representation must not be Zone, which is taken for Local.
+    /// `representation` must not be Zone, which is taken for Local.
     explicit VoDateTime(VoTimePoint instant, Representation representation = Utc) noexcept;
     /// An instant, shown in the time of that zone.
     VoDateTime(VoTimePoint instant, VoTimeZone zone) noexcept;
-    /// A date and time in universal time. Throws VoInvalidParameterException "Invalid date or time" for parts that no
-    /// calendar has, VoOverflowException for a date beyond the clock's reach.
+    /// A date and time in universal time.
+    /// @throws VoInvalidParameterException "Invalid date or time" for parts that no calendar has
+    /// @throws VoOverflowException for a date beyond the clock's reach
     static VoDateTime FromUtc(const Components& components);
-    /// A date and time as the clocks of this machine, or of a zone, show it. Throws as FromUtc(), and what @p rule
+    /// A date and time as the clocks of this machine, or of a zone, show it. Throws as FromUtc(), and what `rule`
     /// says.
     /// @{
     static VoDateTime FromLocal(const Components& components, VoClockChange rule = VoClockChange::Compatible);
@@ -109,16 +110,16 @@ public:
     friend VoDateTime operator+(VoDateTime dateTime, VoTimeDuration duration) { return dateTime += duration; }
     friend VoDateTime operator-(VoDateTime dateTime, VoTimeDuration duration) { return dateTime -= duration; }
     /// @}
-    /// The real time from @p b to @p a.
+    /// The real time from `b` to `a`.
     friend VoTimeDuration operator-(const VoDateTime& a, const VoDateTime& b) { return a.m_instant - b.m_instant; }
 
     /// The text described above.
     VoString toString() const;
     VoString
     toString(const VoString& pattern) const; ///< @throws VoInvalidParameterException "Invalid pattern: " + pattern
-    /// Reads a text by a pattern: with %z the instant that it names, shown in @p zone, else a time of that zone. What
+    /// Reads a text by a pattern: with %z the instant that it names, shown in `zone`, else a time of that zone. What
     /// the pattern does not name is that of the beginning of 1970.
-    /// @throws VoInvalidParameterException "Invalid pattern: " + pattern, or what @p rule says
+    /// @throws VoInvalidParameterException "Invalid pattern: " + pattern, or what `rule` says
     /// @throws VoInvalidConversionException "Invalid conversion from " + text + " to VoDateTime"
     static VoDateTime Parse(const VoString& text, const VoString& pattern, const VoTimeZone& zone = VoTimeZone::Utc(),
                             VoClockChange rule = VoClockChange::Compatible);

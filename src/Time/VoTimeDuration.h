@@ -124,7 +124,7 @@ public:
     {
     }
 
-    /// The span of @p seconds, rounded to nanoseconds; what is too large is the largest span, not a number is none.
+    /// The span of `seconds`, rounded to nanoseconds; what is too large is the largest span, not a number is none.
     static VoTimeDuration FromSeconds(double seconds) noexcept;
 
     /// The longest span.
@@ -148,7 +148,8 @@ public:
     /// As the standard library's kind.
     constexpr std::chrono::nanoseconds toChrono() const noexcept { return std::chrono::nanoseconds(m_count); }
 
-    /// Throws VoOverflowException when the result does not fit; the duration is unchanged then. @{
+    /// @throws VoOverflowException when the result does not fit; the duration is unchanged then
+    /// @{
     constexpr VoTimeDuration& operator+=(VoTimeDuration other)
     {
         if (other.m_count > 0 ? m_count > Max().m_count - other.m_count : m_count < Min().m_count - other.m_count)
@@ -171,8 +172,10 @@ public:
     /// @}
 
     /// So many times as long, or as short, rounded towards zero for a whole number and to the nearest nanosecond for
-    /// any other. Throws VoOverflowException when the result does not fit or is no number, VoDivideByZeroException for
-    /// a division by zero; the duration is unchanged then. @{
+    /// any other.
+    /// @throws VoOverflowException when the result does not fit or is no number
+    /// @throws VoDivideByZeroException for a division by zero; the duration is unchanged then
+    /// @{
     template <typename Number, typename = std::enable_if_t<std::is_arithmetic_v<Number>>>
     VoTimeDuration& operator*=(Number factor)
     {
@@ -212,7 +215,8 @@ public:
     }
     /// @}
 
-    /// How many times @p b goes into @p a. Throws VoDivideByZeroException.
+    /// How many times `b` goes into `a`.
+    /// @throws VoDivideByZeroException
     friend double operator/(VoTimeDuration a, VoTimeDuration b)
     {
         if (b.m_count == 0)
@@ -220,7 +224,8 @@ public:
         return static_cast<double>(a.m_count) / static_cast<double>(b.m_count);
     }
 
-    /// The duration without its sign. Throws VoOverflowException for Min().
+    /// The duration without its sign.
+    /// @throws VoOverflowException for Min()
     constexpr VoTimeDuration magnitude() const { return m_count < 0 ? -*this : *this; }
 
     /// A duration taken apart.
@@ -265,7 +270,8 @@ public:
     /// The nanoseconds in decimal.
     static VoString Serialize(VoTimeDuration duration);
 
-    /// Reverses Serialize(); throws VoInvalidConversionException(text, "VoTimeDuration") for any other text.
+    /// Reverses Serialize().
+    /// @throws VoInvalidConversionException (text, "VoTimeDuration") for any other text
     static VoTimeDuration Deserialize(const VoString& text);
 
 private:

@@ -30,7 +30,7 @@ public:
     friend VoTimeOfDay operator+(VoTimeOfDay time, VoTimeDuration duration) noexcept { return time += duration; }
     friend VoTimeOfDay operator-(VoTimeOfDay time, VoTimeDuration duration) noexcept { return time -= duration; }
     /// @}
-    /// The time between, on one day; negative when @p a is the earlier.
+    /// The time between, on one day; negative when `a` is the earlier.
     friend constexpr VoTimeDuration operator-(VoTimeOfDay a, VoTimeOfDay b) noexcept
     {
         return VoNanoseconds(a.m_count - b.m_count);

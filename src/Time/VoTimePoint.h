@@ -10,7 +10,7 @@ class VOCORE_EXPORT VoTimePoint
 public:
     constexpr VoTimePoint() noexcept = default; ///< The beginning of 1970.
 
-    /// The instant @p timeSinceEpoch after the beginning of 1970.
+    /// The instant `timeSinceEpoch` after the beginning of 1970.
     constexpr explicit VoTimePoint(VoTimeDuration timeSinceEpoch) noexcept
         : m_sinceEpoch(timeSinceEpoch)
     {
@@ -33,7 +33,8 @@ public:
     /// The time since the beginning of 1970.
     constexpr VoTimeDuration timeSinceEpoch() const noexcept { return m_sinceEpoch; }
 
-    /// Throws VoOverflowException when the result does not fit; the time point is unchanged then. @{
+    /// @throws VoOverflowException when the result does not fit; the time point is unchanged then
+    /// @{
     constexpr VoTimePoint& operator+=(VoTimeDuration duration)
     {
         m_sinceEpoch += duration;
@@ -68,7 +69,8 @@ public:
     /// timeSinceEpoch() as VoTimeDuration writes it.
     static VoString Serialize(VoTimePoint point);
 
-    /// Reverses Serialize(); throws VoInvalidConversionException(text, "VoTimePoint") for any other text.
+    /// Reverses Serialize().
+    /// @throws VoInvalidConversionException (text, "VoTimePoint") for any other text
     static VoTimePoint Deserialize(const VoString& text);
 
 private:

@@ -88,7 +88,8 @@ public:
 
     /// Leaves files and folders out of the directories that are added from now on: `pattern` is a path with the signs
     /// *, ? and **, as in the lists that version control knows ("*.pdb", "/build/", "!keep.pdb"). Letter case does not
-    /// count. Throws VoInvalidParameterException ("Invalid pattern: " + pattern).
+    /// count.
+    /// @throws VoInvalidParameterException ("Invalid pattern: " + pattern)
     void exclude(const VoString& pattern);
     /// The same with each line of a text file; empty lines and those that begin with "#" say nothing. Throws as above,
     /// and what reading the file throws.
@@ -110,10 +111,11 @@ public:
     ///                                                                   \chunks\<chunkID>.vochk
     ///
     /// A release directory of the same version is reused with a warning, and declarations of this package that name it
-    /// are dropped, before the new definition is written. Throws VoNullPointerException when `declarationsFile` is no
-    /// declarations document, before anything is moved; file-system and stream exceptions; VoInvalidCallException
-    /// ("Package has already been finalised") when called again after success. After a failure everything is as it was,
-    /// and it may be called again.
+    /// are dropped, before the new definition is written. After a failure everything is as it was, and it may be called
+    /// again.
+    /// @throws VoNullPointerException when `declarationsFile` is no declarations document, before anything is moved;
+    /// file-system and stream exceptions
+    /// @throws VoInvalidCallException ("Package has already been finalised") when called again after success
     void finalise(const VoFilePath& declarationsFile);
 
     /// Receives the messages, on the thread that adds or finalises. A callback that throws VoUserCancelledException
@@ -128,11 +130,11 @@ public:
     std::size_t filesListed() const;
 
 protected:
-    /// `chunkSize` is the capacity of one chunk in bytes; `compressionLevel` is -1 (default) or 0 to 9. Throws
-    /// VoInvalidParameterException with "Chunk size must be greater than zero", VoOverflowException for a chunk size
-    /// that cannot be compressed (2147483648 bytes or more), VoValidationException ("Invalid identifier: " + packageID)
-    /// for a package ID that cannot be a directory's name, and ("Invalid package name: " + name) for a name that is not
-    /// UTF-8 or holds control characters.
+    /// `chunkSize` is the capacity of one chunk in bytes; `compressionLevel` is -1 (default) or 0 to 9.
+    /// @throws VoInvalidParameterException with "Chunk size must be greater than zero"
+    /// @throws VoOverflowException for a chunk size that cannot be compressed (2147483648 bytes or more)
+    /// @throws VoValidationException ("Invalid identifier: " + packageID) for a package ID that cannot be a directory's
+    /// name, and ("Invalid package name: " + name) for a name that is not UTF-8 or holds control characters
     AbstractPackageBuilder(const VoUUID& packageID, const VoString& name, const VoVersion& version,
                            std::uint64_t chunkSize, int compressionLevel);
 

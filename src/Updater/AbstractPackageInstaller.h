@@ -74,7 +74,8 @@ public:
     const VoDirectoryPath& installationDirectory() const; ///< Where the targets are installed.
 
 protected:
-    /// Takes over the advert. Throws VoNullPointerException for an empty pointer.
+    /// Takes over the advert.
+    /// @throws VoNullPointerException for an empty pointer
     AbstractPackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
                              const VoDirectoryPath& installationDirectory);
     /// Copies the advert.
@@ -91,15 +92,16 @@ protected:
     void broadcast(const VoSharedPtr<AbstractMessage>& message);
 
     /// The uncompressed bytes of the chunk that holds a piece, read from the staging directory and cached. The
-    /// reference is good until the next call. Throws VoNullPointerException with "Failed to find required chunk" for
-    /// a chunk that is not staged or not in the advert, VoInvalidConversionException for one that cannot be
-    /// uncompressed to the size it promises.
+    /// reference is good until the next call.
+    /// @throws VoNullPointerException with "Failed to find required chunk" for a chunk that is not staged or not in the
+    /// advert
+    /// @throws VoInvalidConversionException for one that cannot be uncompressed to the size it promises
     const VoByteArray& chunk(const ChunkReferenceListing& reference);
 
     /// Installs one file completely and adds it, and the directories made for it, to `listing`: builds it beside its
-    /// place, checks size and checksum, and renames it over what was there. Throws VoValidationException with "File
-    /// checksum does not match for: " + path when the bytes are not the advertised ones, and then leaves an older file
-    /// as it was.
+    /// place, checks size and checksum, and renames it over what was there.
+    /// @throws VoValidationException with "File checksum does not match for: " + path when the bytes are not the
+    /// advertised ones, and then leaves an older file as it was
     void installFile(const AdvertisedFileListing& file, InstalledPackageListing& listing);
 
     /// Deletes the staged chunks and the staging directory. Failures are logged, never thrown.

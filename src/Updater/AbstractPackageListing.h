@@ -27,8 +27,9 @@ public:
     /// What has to happen to come from this release to `target`, in the sorted order of the file IDs.
     ///
     /// A file is modified when both have its ID and the listings are not equivalent(). The cost grows with n log n of
-    /// the files. Throws VoInvalidParameterException with "Cannot compare different base packages" when the package IDs
-    /// differ in more than letter case.
+    /// the files.
+    /// @throws VoInvalidParameterException with "Cannot compare different base packages" when the package IDs differ in
+    /// more than letter case
     VoUniquePtr<PackageDifferences> compare(const AbstractPackageListing& target) const;
 
 protected:

@@ -13,8 +13,8 @@ class VOCORE_EXPORT AdvertisedFileListing : public AbstractFileListing
 {
 public:
     AdvertisedFileListing();
-    /// The references may come in any order; they are sorted by index. Throws VoInvalidParameterException with
-    /// "Invalid chunk indexes" unless their indexes are exactly 0 to n-1.
+    /// The references may come in any order; they are sorted by index.
+    /// @throws VoInvalidParameterException with "Invalid chunk indexes" unless their indexes are exactly 0 to n-1
     AdvertisedFileListing(const VoFilePath& target, const VoDeque<ChunkReferenceListing>& chunks, const VoUUID& id,
                           const VoChecksum& checksum, const VoDownloadSize& size);
     /// Reads a `file` element of a package definition with its `chunkref` children, sorted and checked as above.

@@ -43,15 +43,18 @@ public:
     ~AdvertisedPackageListing() override;
     /// @}
 
-    /// Loads a definition file. Throws VoFileNotFoundException for a missing file, VoInvalidXMLException for a
-    /// malformed one ("Document type declarations are not allowed" for one with a DTD), VoNullPointerException with
-    /// "Package advert failed to load" when the document is something else, and what missing or malformed attributes
-    /// throw. Every failure is logged with the path first (category "updater").
+    /// Loads a definition file. Every failure is logged with the path first (category "updater").
+    /// @throws VoFileNotFoundException for a missing file
+    /// @throws VoInvalidXMLException for a malformed one ("Document type declarations are not allowed" for one with a
+    /// DTD)
+    /// @throws VoNullPointerException with "Package advert failed to load" when the document is something else, and
+    /// what missing or malformed attributes throw
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoFilePath& path);
     /// @{
-    /// Fetches the definition into a temporary file and opens that. Throws VoDownloadException for what
-    /// cannot be fetched, with its text (that of a raised flag is "Download cancelled"), and for a document of more
-    /// than 64 MiB. A transfer is tried once unless `downloads` says otherwise.
+    /// Fetches the definition into a temporary file and opens that. A transfer is tried once unless `downloads` says
+    /// otherwise.
+    /// @throws VoDownloadException for what cannot be fetched, with its text (that of a raised flag is "Download
+    /// cancelled"), and for a document of more than 64 MiB
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url);
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url, VoStopFlag stop);
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url, VoStopFlag stop,

@@ -41,9 +41,9 @@ public:
         /// The definition file relative to the directory of the declarations file, as it stands in the document.
         const VoFilePath& path() const;
         /// @{
-        /// Where the definition stands, given where the declarations were read from. Throws VoValidationException with
-        /// "Invalid definition path: " + path() when that path is not safely relative: a document must not lead to
-        /// another server or out of its directory.
+        /// Where the definition stands, given where the declarations were read from.
+        /// @throws VoValidationException with "Invalid definition path: " + path() when that path is not safely
+        /// relative: a document must not lead to another server or out of its directory
         VoFilePath definitionPath(const VoFilePath& declarationsFile) const;
         VoUrl definitionUrl(const VoUrl& declarationsUrl) const;
         /// @}
@@ -69,15 +69,17 @@ public:
     ~AdvertisedPackages() override;
     /// @}
 
-    /// Loads a declarations file; empty when the document's root is not that of a declarations document. Throws
-    /// VoFileNotFoundException for a missing file, VoInvalidXMLException for a malformed one ("Document type
-    /// declarations are not allowed" for one with a DTD), and what missing or malformed attributes throw. Every failure
+    /// Loads a declarations file; empty when the document's root is not that of a declarations document. Every failure
     /// is logged with the path first (category "updater").
+    /// @throws VoFileNotFoundException for a missing file
+    /// @throws VoInvalidXMLException for a malformed one ("Document type declarations are not allowed" for one with a
+    /// DTD), and what missing or malformed attributes throw
     static VoUniquePtr<AdvertisedPackages> Open(const VoFilePath& path);
     /// @{
-    /// Fetches the declarations into a temporary file and opens that. Throws VoDownloadException for what
-    /// cannot be fetched, with its text (that of a raised flag is "Download cancelled"), and for a document of more
-    /// than 64 MiB. A transfer is tried once unless `downloads` says otherwise.
+    /// Fetches the declarations into a temporary file and opens that. A transfer is tried once unless `downloads` says
+    /// otherwise.
+    /// @throws VoDownloadException for what cannot be fetched, with its text (that of a raised flag is "Download
+    /// cancelled"), and for a document of more than 64 MiB
     static VoUniquePtr<AdvertisedPackages> Open(const VoUrl& url);
     static VoUniquePtr<AdvertisedPackages> Open(const VoUrl& url, VoStopFlag stop);
     static VoUniquePtr<AdvertisedPackages> Open(const VoUrl& url, VoStopFlag stop, const VoDownloadPolicy& downloads);
@@ -91,9 +93,11 @@ public:
 
     const VoDeque<Declaration>& declarations() const; ///< In the order of addition.
     /// The release of a package with the highest version, the build type left aside; of equal ones the first declared.
-    /// Throws VoNotFoundException naming the package ID. The reference is valid until this object changes.
+    /// The reference is valid until this object changes.
+    /// @throws VoNotFoundException naming the package ID
     const Declaration& newestPackage(const VoUUID& packageID) const;
-    /// The first declaration with both IDs. Throws VoNotFoundException naming the version ID.
+    /// The first declaration with both IDs.
+    /// @throws VoNotFoundException naming the version ID
     const Declaration& package(const VoUUID& packageID, const VoUUID& versionID) const;
 
     using XMLObject::write;

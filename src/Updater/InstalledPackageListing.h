@@ -34,9 +34,11 @@ public:
     ~InstalledPackageListing() override;
     /// @}
 
-    /// Loads a listing. Throws VoFileNotFoundException for a missing file, VoInvalidXMLException for a malformed one,
-    /// and VoNullPointerException with "Installed package listing failed to load" when the document is something else.
-    /// Every failure is logged with the path first (category "updater").
+    /// Loads a listing. Every failure is logged with the path first (category "updater").
+    /// @throws VoFileNotFoundException for a missing file
+    /// @throws VoInvalidXMLException for a malformed one
+    /// @throws VoNullPointerException with "Installed package listing failed to load" when the document is something
+    /// else
     static VoUniquePtr<InstalledPackageListing> Open(const VoFilePath& path);
 
     void add(const InstalledFileListing& file); ///< Appends a file.

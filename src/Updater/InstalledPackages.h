@@ -111,15 +111,17 @@ public:
     /// installed at all only warns. A file that another package owns as well stays. A file or directory that cannot be
     /// deleted, or not even be looked at, does not stop the rest: it stays recorded, and the call ends with
     /// UninstallFailedMessage and the VoFileException. A listing that cannot be read throws what reading it throws, and
-    /// nothing is removed. Throws VoFileLockedException when another process is installing, VoValidationException
-    /// ("Invalid identifier: " + packageID), VoUserCancelledException when the flag is raised: the same call goes on
-    /// where it stopped.
+    /// nothing is removed.
+    /// @throws VoFileLockedException when another process is installing
+    /// @throws VoValidationException ("Invalid identifier: " + packageID)
+    /// @throws VoUserCancelledException when the flag is raised: the same call goes on where it stopped
     static void Uninstall(const VoUUID& packageID);
     static void Uninstall(const VoUUID& packageID, VoStopFlag stop);
     /// @}
 
-    /// The listing of an installed package. Throws VoFileNotFoundException when there is none, VoValidationException
-    /// ("Invalid identifier: " + packageID), and what reading a damaged one throws.
+    /// The listing of an installed package.
+    /// @throws VoFileNotFoundException when there is none
+    /// @throws VoValidationException ("Invalid identifier: " + packageID), and what reading a damaged one throws
     static VoUniquePtr<InstalledPackageListing> Package(const VoUUID& packageID);
     /// Package ID and version of everything installed, in the order of first installation. As this process knows it:
     /// changes by other processes are seen after the next operation.
@@ -129,8 +131,8 @@ public:
     static VoDeque<VoPair<VoUUID, VoString>> Names();
     /// Whether an operation on the package was interrupted or could not be recorded wholly. The next one mends that.
     static bool IsUnfinished(const VoUUID& packageID);
-    /// Where the listing of a package is kept. Throws VoValidationException ("Invalid identifier: " + packageID) for an
-    /// ID that cannot be a file's name.
+    /// Where the listing of a package is kept.
+    /// @throws VoValidationException ("Invalid identifier: " + packageID) for an ID that cannot be a file's name
     static VoFilePath InstalledPackageListingPath(const VoUUID& packageID);
 
     /// Checks every installed file of a package against its listing, and looks for files that do not belong to it
@@ -141,9 +143,9 @@ public:
 
     /// @{
     /// Reinstalls the missing and changed files of an installed release from its definition, fetching only the chunks
-    /// that these need. Returns what was found before; nothing is written when the package was intact. Throws
-    /// VoInstallationFailedException as Install does, also when the package is not installed or the definition is that
-    /// of another release than the installed one.
+    /// that these need. Returns what was found before; nothing is written when the package was intact.
+    /// @throws VoInstallationFailedException as Install does, also when the package is not installed or the definition
+    /// is that of another release than the installed one
     static VerificationReport Repair(const VoFilePath& definitionFile, VoStopFlag stop);
     static VerificationReport Repair(const VoUrl& advertUrl, VoStopFlag stop);
     static VerificationReport Repair(const VoUrl& advertUrl, VoStopFlag stop, const VoDownloadPolicy& downloads);

@@ -35,7 +35,8 @@ class VOCORE_EXPORT PackageInstaller : public AbstractPackageInstaller
 {
 public:
     /// Compares the advert with the installed release that the registry has a listing of; a listing that cannot be read
-    /// counts as none, with a warning. Throws VoNullPointerException for an empty pointer.
+    /// counts as none, with a warning.
+    /// @throws VoNullPointerException for an empty pointer
     PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory);
     /// As above, with options other than the usual ones. Files that may be copied are read here.
     PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
@@ -46,7 +47,8 @@ public:
     const PackageDifferences& differences() const;
 
     /// What run() would do. Reads the staged chunks to tell which of them need not be fetched again, and changes
-    /// nothing. Throws VoValidationException for an advert that is unsafe or unsound, as run() would refuse it.
+    /// nothing.
+    /// @throws VoValidationException for an advert that is unsafe or unsound, as run() would refuse it
     InstallationPlan plan() const;
 
     VoUniquePtr<InstalledPackageListing> install(VoStopFlag stop) override;

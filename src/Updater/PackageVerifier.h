@@ -23,8 +23,9 @@ public:
     ///
     /// Returns whether every file matched. The callback, which may be empty, receives the installer's messages and one
     /// message for each file that does not match. Neither the registry nor the staging directory of this machine's own
-    /// installations is touched. Throws VoInstallationFailedException when the release cannot be installed, and
-    /// VoNullPointerException for an empty pointer.
+    /// installations is touched.
+    /// @throws VoInstallationFailedException when the release cannot be installed
+    /// @throws VoNullPointerException for an empty pointer
     static bool Verify(VoUniquePtr<AdvertisedPackageListing> package, const VoFilePath& definitionFile,
                        const VoDirectoryPath& sourceDirectory,
                        std::function<void(const VoSharedPtr<AbstractMessage>&)> callback);

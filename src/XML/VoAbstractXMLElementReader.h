@@ -22,9 +22,10 @@ public:
     virtual VoXMLPath path() const = 0;       ///< The names from the root down to this element.
 
     virtual bool hasAttribute(const VoString& name) const = 0; ///< True with an attribute of that name.
-    /// The value of an attribute. Throws VoUnknownXMLAttributeException when there is none of that name.
+    /// The value of an attribute.
+    /// @throws VoUnknownXMLAttributeException when there is none of that name
     virtual VoString readAttribute(const VoString& name) const = 0;
-    /// The value of an attribute, or @p defaultValue when there is none of that name.
+    /// The value of an attribute, or `defaultValue` when there is none of that name.
     virtual VoString readAttribute(const VoString& name, const VoString& defaultValue) const = 0;
     /// Visits all attributes in document order.
     virtual void forEachAttribute(const AttributeFunction& function) const = 0;

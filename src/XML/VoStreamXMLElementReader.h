@@ -24,9 +24,9 @@ public:
     /// @name Copies and moves
     /// @{
     VoStreamXMLElementReader(const VoStreamXMLElementReader& other);                ///< The same element.
-    VoStreamXMLElementReader(VoStreamXMLElementReader&& other) noexcept;            ///< Leaves @p other closed.
+    VoStreamXMLElementReader(VoStreamXMLElementReader&& other) noexcept;            ///< Leaves `other` closed.
     VoStreamXMLElementReader& operator=(const VoStreamXMLElementReader& other);     ///< The same element.
-    VoStreamXMLElementReader& operator=(VoStreamXMLElementReader&& other) noexcept; ///< Leaves @p other closed.
+    VoStreamXMLElementReader& operator=(VoStreamXMLElementReader&& other) noexcept; ///< Leaves `other` closed.
     ~VoStreamXMLElementReader() override; ///< Leaves the element open: the reader's position does not change.
     /// @}
 
@@ -41,9 +41,10 @@ public:
     VoString readAttribute(const VoString& name, const VoString& defaultValue) const override;
     void forEachAttribute(const AttributeFunction& function) const override;
 
-    /// Throws VoInvalidXMLOperation "Cannot read text from inactive element" unless this is the innermost open element.
+    /// @throws VoInvalidXMLOperation "Cannot read text from inactive element" unless this is the innermost open element
     VoString readText() override;
-    /// The object is a VoStreamXMLElementReader. Throws VoInvalidXMLOperation "NextChild on closed element called".
+    /// The object is a VoStreamXMLElementReader.
+    /// @throws VoInvalidXMLOperation "NextChild on closed element called"
     VoUniquePtr<VoAbstractXMLElementReader> nextChild() override;
     /// Each child is a VoStreamXMLElementReader, which the function may copy or move from. Throws as nextChild() does,
     /// except that an element whose own end was reached by this reader merely has no more children.

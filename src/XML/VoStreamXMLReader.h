@@ -26,18 +26,21 @@ public:
     /// the destructor if this reader opened it. Throws what opening throws, or VoIOException with the device's last
     /// error.
     explicit VoStreamXMLReader(VoIODevice& device, DocumentTypes documentTypes = DocumentTypes::Accept);
-    /// The same, keeping the device alive. Throws VoNullPointerException when it is null.
+    /// The same, keeping the device alive.
+    /// @throws VoNullPointerException when it is null
     explicit VoStreamXMLReader(VoSharedPtr<VoIODevice> device, DocumentTypes documentTypes = DocumentTypes::Accept);
-    /// Reads a file. Throws VoFileNotFoundException or VoCannotOpenFileException.
+    /// Reads a file.
+    /// @throws VoFileNotFoundException, VoCannotOpenFileException
     explicit VoStreamXMLReader(const VoFilePath& file, DocumentTypes documentTypes = DocumentTypes::Accept);
     VoStreamXMLReader(const VoStreamXMLReader&) = delete;
     VoStreamXMLReader& operator=(const VoStreamXMLReader&) = delete;
     virtual ~VoStreamXMLReader(); ///< Element readers still alive become closed.
 
-    /// Goes on to the next start tag, at whatever depth; empty at the end of the document. Throws VoInvalidXMLException
-    /// for a document that is not well formed.
+    /// Goes on to the next start tag, at whatever depth; empty at the end of the document.
+    /// @throws VoInvalidXMLException for a document that is not well formed
     std::optional<VoStreamXMLElementReader> nextElement();
-    /// The innermost open element. Throws VoNullXMLStreamElementException when there is none.
+    /// The innermost open element.
+    /// @throws VoNullXMLStreamElementException when there is none
     VoStreamXMLElementReader currentElement() const;
     /// The namespace of the element whose start or end tag was read last; empty for none.
     VoString namespaceUri() const;

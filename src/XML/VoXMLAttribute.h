@@ -20,9 +20,9 @@ public:
     /// @name Copies and moves
     /// @{
     VoXMLAttribute(const VoXMLAttribute& other);                ///< The same attribute.
-    VoXMLAttribute(VoXMLAttribute&& other) noexcept;            ///< Leaves @p other empty.
+    VoXMLAttribute(VoXMLAttribute&& other) noexcept;            ///< Leaves `other` empty.
     VoXMLAttribute& operator=(const VoXMLAttribute& other);     ///< Leaves this one as it was when it throws.
-    VoXMLAttribute& operator=(VoXMLAttribute&& other) noexcept; ///< Leaves @p other empty.
+    VoXMLAttribute& operator=(VoXMLAttribute&& other) noexcept; ///< Leaves `other` empty.
     ~VoXMLAttribute();                                          ///< Nothing but memory to release.
     /// @}
 

@@ -22,9 +22,9 @@ public:
     /// @name Copies and moves
     /// @{
     VoXMLAttributeSet(const VoXMLAttributeSet& other);                ///< The same attributes.
-    VoXMLAttributeSet(VoXMLAttributeSet&& other) noexcept;            ///< Leaves @p other empty.
+    VoXMLAttributeSet(VoXMLAttributeSet&& other) noexcept;            ///< Leaves `other` empty.
     VoXMLAttributeSet& operator=(const VoXMLAttributeSet& other);     ///< Leaves this set as it was when it throws.
-    VoXMLAttributeSet& operator=(VoXMLAttributeSet&& other) noexcept; ///< Leaves @p other empty.
+    VoXMLAttributeSet& operator=(VoXMLAttributeSet&& other) noexcept; ///< Leaves `other` empty.
     ~VoXMLAttributeSet();                                             ///< Nothing but memory to release.
     /// @}
 
@@ -33,11 +33,13 @@ public:
     void addAttribute(const VoXMLAttribute& attribute); ///< The same with a ready attribute.
     void removeAttribute(const VoString& name);         ///< Removes the attribute of that name, if there is one.
 
-    /// The attribute of that name. Throws VoUnknownXMLAttributeException when there is none.
+    /// The attribute of that name.
+    /// @throws VoUnknownXMLAttributeException when there is none
     const VoXMLAttribute& get(const VoString& name) const;
-    /// The value of the attribute of that name. Throws VoUnknownXMLAttributeException when there is none.
+    /// The value of the attribute of that name.
+    /// @throws VoUnknownXMLAttributeException when there is none
     const VoString& readAttribute(const VoString& name) const;
-    /// The value of the attribute of that name, or @p defaultValue when there is none.
+    /// The value of the attribute of that name, or `defaultValue` when there is none.
     VoString readAttribute(const VoString& name, const VoString& defaultValue) const;
     bool hasAttribute(const VoString& name) const; ///< True with an attribute of that name.
     std::size_t size() const;                      ///< Number of attributes.
@@ -70,9 +72,9 @@ public:
     /// @name Copies and moves
     /// @{
     VoXMLAttributeSetPtr(const VoXMLAttributeSetPtr& other);                ///< Shares the same set.
-    VoXMLAttributeSetPtr(VoXMLAttributeSetPtr&& other) noexcept;            ///< Leaves @p other empty.
+    VoXMLAttributeSetPtr(VoXMLAttributeSetPtr&& other) noexcept;            ///< Leaves `other` empty.
     VoXMLAttributeSetPtr& operator=(const VoXMLAttributeSetPtr& other);     ///< Shares the same set.
-    VoXMLAttributeSetPtr& operator=(VoXMLAttributeSetPtr&& other) noexcept; ///< Leaves @p other empty.
+    VoXMLAttributeSetPtr& operator=(VoXMLAttributeSetPtr&& other) noexcept; ///< Leaves `other` empty.
     ~VoXMLAttributeSetPtr();                                                ///< Gives up this share.
     /// @}
 

@@ -29,8 +29,8 @@ public:
     VoXMLDomDocument(); ///< Without a root element.
     VoXMLDomDocument(const VoXMLDomDocument&) = delete;
     VoXMLDomDocument& operator=(const VoXMLDomDocument&) = delete;
-    VoXMLDomDocument(VoXMLDomDocument&& other) noexcept;            ///< Leaves @p other without a root.
-    VoXMLDomDocument& operator=(VoXMLDomDocument&& other) noexcept; ///< Leaves @p other without a root.
+    VoXMLDomDocument(VoXMLDomDocument&& other) noexcept;            ///< Leaves `other` without a root.
+    VoXMLDomDocument& operator=(VoXMLDomDocument&& other) noexcept; ///< Leaves `other` without a root.
     ~VoXMLDomDocument();                                            ///< Elements that others hold stay alive.
 
     /// Reads the rest of a device's content, which becomes the tree; elements of the tree before it stay what they are
@@ -41,14 +41,15 @@ public:
     /// VoInvalidXMLException "Entity is not in the document: " and its name for one that is not declared in it. One
     /// that is declared to stand elsewhere is never fetched and counts for nothing, as for the stream reader.
     void load(VoIODevice& device);
-    /// The same from a file. Throws VoFileNotFoundException or VoCannotOpenFileException too.
+    /// The same from a file.
+    /// @throws VoFileNotFoundException, VoCannotOpenFileException too
     void load(const VoFilePath& file);
 
     /// Writes the document with its XML declaration, in UTF-8. The device is opened for writing unless it is already,
     /// and closed if this opened it. Lines are broken and indented where elements have no text around them.
-    ///
-    /// Throws VoNullDomElementException without a root, the device's failure, and, for what Qt's classes were made to
-    /// put into the tree, VoInvalidXMLOperation or VoInvalidXMLAttributeName as the stream writer does.
+    /// @throws VoNullDomElementException without a root, the device's failure, and, for what Qt's classes were made to
+    /// put into the tree
+    /// @throws VoInvalidXMLOperation, VoInvalidXMLAttributeName as the stream writer does
     void
     save(VoIODevice& device,
          const VoXMLStreamWriter::AutoFormattingSettings& settings = VoXMLStreamWriter::AutoFormattingSettings()) const;
@@ -61,10 +62,11 @@ public:
         const VoXMLStreamWriter::AutoFormattingSettings& settings = VoXMLStreamWriter::AutoFormattingSettings()) const;
 
     bool hasRoot() const; ///< Whether there is a root element.
-    /// The root element, which shares its content with the document. Throws VoNullDomElementException without one.
+    /// The root element, which shares its content with the document.
+    /// @throws VoNullDomElementException without one
     QDomElement root() const;
-    /// Makes the root element. Throws VoInvalidXMLOperation "Document has a root element already", or for a name that
-    /// XML does not allow.
+    /// Makes the root element.
+    /// @throws VoInvalidXMLOperation "Document has a root element already", or for a name that XML does not allow
     std::unique_ptr<VoXMLElementWriter> createRoot(const VoString& name);
     /// The same in a namespace.
     std::unique_ptr<VoXMLElementWriter> createRoot(const VoString& name, const VoString& namespaceUri);

@@ -13,8 +13,8 @@ class QDomElement;
 class VOCORE_EXPORT VoXMLDomElementReader : public VoXMLElementReader
 {
 public:
-    /// Reads an element of the caller's document, which shares its content; name and attributes are taken now. Throws
-    /// VoNullDomElementException for a null element.
+    /// Reads an element of the caller's document, which shares its content; name and attributes are taken now.
+    /// @throws VoNullDomElementException for a null element
     explicit VoXMLDomElementReader(const QDomElement& element);
     VoXMLDomElementReader(const VoXMLDomElementReader&) = delete;
     VoXMLDomElementReader& operator=(const VoXMLDomElementReader&) = delete;

@@ -16,15 +16,16 @@ class QDomElement;
 class VOCORE_EXPORT VoXMLDomElementWriter : public VoXMLElementWriter
 {
 public:
-    /// Writes into an element of the caller's document, which shares its content. Throws VoNullDomElementException for
-    /// a null element.
+    /// Writes into an element of the caller's document, which shares its content.
+    /// @throws VoNullDomElementException for a null element
     explicit VoXMLDomElementWriter(const QDomElement& element);
     VoXMLDomElementWriter(const VoXMLDomElementWriter&) = delete;
     VoXMLDomElementWriter& operator=(const VoXMLDomElementWriter&) = delete;
     ~VoXMLDomElementWriter() override; ///< Leaves the tree as it is.
 
-    /// Appends a child element in a namespace. Throws VoInvalidXMLOperation as the stream writer does for names and
-    /// characters, VoStackLimitException below the 1000th level, since trees are released level within level.
+    /// Appends a child element in a namespace.
+    /// @throws VoInvalidXMLOperation as the stream writer does for names and characters
+    /// @throws VoStackLimitException below the 1000th level, since trees are released level within level
     std::unique_ptr<VoXMLElementWriter> createElement(const VoString& name, const VoString& namespaceUri) override;
     /// Appends a child element by its name as it stands; otherwise as above.
     std::unique_ptr<VoXMLElementWriter> createElement(const VoString& name) override;
@@ -32,12 +33,13 @@ public:
     const QDomElement& element() const; ///< The element of the tree.
 
 protected:
-    /// Throws VoInvalidXMLAttributeName for a name that XML does not allow or a repeated one, VoInvalidXMLOperation
-    /// "Illegal attribute write" when the element has text or children, "Too many attributes" beyond 4096.
+    /// @throws VoInvalidXMLAttributeName for a name that XML does not allow or a repeated one
+    /// @throws VoInvalidXMLOperation "Illegal attribute write" when the element has text or children, "Too many
+    /// attributes" beyond 4096
     void onWriteAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri) override;
     /// The same without a namespace.
     void onWriteAttribute(const VoString& name, const VoString& value) override;
-    /// Throws VoInvalidXMLOperation "Illegal write text call" when the element has text or children.
+    /// @throws VoInvalidXMLOperation "Illegal write text call" when the element has text or children
     void onWriteText(const VoString& text) override;
 
 private:

@@ -77,15 +77,17 @@ public:
     virtual Children& children() = 0;                          ///< The child elements; owned by this reader.
     virtual bool hasAttribute(const VoString& name) const = 0; ///< True with an attribute of that name.
     virtual const VoString& name() const = 0;                  ///< The element's local name.
-    /// The value of an attribute. Throws VoUnknownXMLAttributeException when there is none of that name.
+    /// The value of an attribute.
+    /// @throws VoUnknownXMLAttributeException when there is none of that name
     virtual VoString readAttribute(const VoString& name) = 0;
-    /// The double whose Base64 text an attribute holds. Throws VoUnknownXMLAttributeException when there is none of
-    /// that name, VoInvalidParameterException "Invalid string length" when its text is no Base64 text.
+    /// The double whose Base64 text an attribute holds.
+    /// @throws VoUnknownXMLAttributeException when there is none of that name
+    /// @throws VoInvalidParameterException "Invalid string length" when its text is no Base64 text
     virtual double readAttributeBase64(const VoString& name) const = 0;
     /// The first run of text that lies directly in the element, without leading and trailing white space.
     virtual VoString readText() = 0;
-    /// The double whose Base64 text the element holds. Throws VoInvalidParameterException "Invalid string length" when
-    /// its text is no Base64 text.
+    /// The double whose Base64 text the element holds.
+    /// @throws VoInvalidParameterException "Invalid string length" when its text is no Base64 text
     virtual double readTextBase64() const = 0;
 
 protected:

@@ -29,16 +29,17 @@ public:
     virtual ~VoXMLElementWriter(); ///< A stream's implementation closes its element.
 
     /// Opens a child element in a namespace and returns its writer, which the caller owns. The child is to be let go
-    /// before anything else is written to this element. Throws VoInvalidXMLOperation "Invalid element name: " and the
-    /// name for one that XML does not allow. With an empty namespace it is as without.
+    /// before anything else is written to this element. With an empty namespace it is as without.
+    /// @throws VoInvalidXMLOperation "Invalid element name: " and the name for one that XML does not allow
     virtual std::unique_ptr<VoXMLElementWriter> createElement(const VoString& name, const VoString& namespaceUri) = 0;
     /// Opens a child element by a name that stands in the document as it is: without a prefix it belongs to the default
     /// namespace that is declared around it, if any. Otherwise as above.
     virtual std::unique_ptr<VoXMLElementWriter> createElement(const VoString& name) = 0;
 
-    /// Writes an attribute in a namespace. Throws VoInvalidXMLAttributeName for a name that XML does not allow or one
-    /// that this element already has, compared without regard to case and namespace, and VoInvalidXMLOperation "Too
-    /// many attributes" beyond 4096.
+    /// Writes an attribute in a namespace.
+    /// @throws VoInvalidXMLAttributeName for a name that XML does not allow or one that this element already has,
+    /// compared without regard to case and namespace
+    /// @throws VoInvalidXMLOperation "Too many attributes" beyond 4096
     void writeAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri);
     /// Writes an attribute without a namespace; otherwise as above.
     void writeAttribute(const VoString& name, const VoString& value);

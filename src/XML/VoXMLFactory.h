@@ -26,21 +26,21 @@ public:
     VoXMLFactory& operator=(const VoXMLFactory&) = delete;
     virtual ~VoXMLFactory(); ///< Factories may be derived from.
 
-    /// Adds the builder for a path. Throws VoInvalidUseException "Builder for given path already exists: " + path, and
-    /// keeps the builder there was.
+    /// Adds the builder for a path.
+    /// @throws VoInvalidUseException "Builder for given path already exists: " + path, and keeps the builder there was
     void registerBuilder(const VoXMLPath& path, Builder builder);
     /// The same with a post-construction step.
     void registerBuilder(const VoXMLPath& path, Builder builder, PostConstruction postConstruction);
-    /// Replaces a path's post-construction step; an empty one removes it. Throws VoUnknownXMLElementException with the
-    /// path when it has no builder.
+    /// Replaces a path's post-construction step; an empty one removes it.
+    /// @throws VoUnknownXMLElementException with the path when it has no builder
     void changePostConstruction(const VoXMLPath& path, PostConstruction postConstruction);
 
     /// Builds the reader's current element if a start tag was read last, else the next element, and returns its object;
     /// the reader stands behind the element then. The path begins with that element's name, wherever it stands.
-    ///
-    /// Throws VoUnknownXMLElementException with the path of an element without a builder,
-    /// VoNullXMLStreamElementException when there is no element, VoStackLimitException for elements nested more than
-    /// 1000 deep, and whatever the reader and the functions throw, unchanged.
+    /// @throws VoUnknownXMLElementException with the path of an element without a builder
+    /// @throws VoNullXMLStreamElementException when there is no element
+    /// @throws VoStackLimitException for elements nested more than 1000 deep, and whatever the reader and the functions
+    /// throw, unchanged
     VoSharedPtr<VoXMLSerializableObject> load(VoXMLStreamReader& reader) const;
     /// Builds a file's root element and reads the file to its end.
     VoSharedPtr<VoXMLSerializableObject> load(const VoFilePath& file) const;

@@ -20,16 +20,18 @@ public:
     VoXMLLoaderOLD& operator=(const VoXMLLoaderOLD&) = delete;
     ~VoXMLLoaderOLD(); ///< The rules go with their loader.
 
-    /// Adds a rule and tells it its loader. Throws VoXMLDuplicateRuleException with the path when it has a rule
-    /// already, VoNullPointerException for a null rule.
+    /// Adds a rule and tells it its loader.
+    /// @throws VoXMLDuplicateRuleException with the path when it has a rule already
+    /// @throws VoNullPointerException for a null rule
     void add(VoUniquePtr<VoXMLRule> rule);
 
     /// Applies the rules to the elements from the reader's position to the end of the document, in document order,
     /// beginning with the current start tag if one was read last. Elements without a rule are passed over, but not
     /// their children; elements that a rule's action reads itself are not visited again.
     ///
-    /// Throws VoXMLException "Reader failed to load content" when the reader meets a document that is not well formed,
-    /// also within an action. Exceptions of actions propagate unchanged.
+    /// Exceptions of actions propagate unchanged.
+    /// @throws VoXMLException "Reader failed to load content" when the reader meets a document that is not well formed,
+    /// also within an action
     void load(VoXMLStreamReader& reader);
 
 private:

@@ -25,9 +25,9 @@ public:
     /// @name Copies and moves
     /// @{
     VoXMLPath(const VoXMLPath& other);                ///< The same path.
-    VoXMLPath(VoXMLPath&& other) noexcept;            ///< Leaves @p other empty.
+    VoXMLPath(VoXMLPath&& other) noexcept;            ///< Leaves `other` empty.
     VoXMLPath& operator=(const VoXMLPath& other);     ///< Leaves this path as it was when it throws.
-    VoXMLPath& operator=(VoXMLPath&& other) noexcept; ///< Leaves @p other empty.
+    VoXMLPath& operator=(VoXMLPath&& other) noexcept; ///< Leaves `other` empty.
     virtual ~VoXMLPath();                             ///< Virtual: rules may derive their own kinds of path.
     /// @}
 

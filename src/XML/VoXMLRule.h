@@ -39,8 +39,8 @@ public:
     /// compared without regard to case.
     VoSharedPtr<VoObject> readMemory(const VoString& name) const;
 
-    /// Adds a rule for the children of that name to the same loader, in place of one added for them before. Throws
-    /// VoNullPointerException "XML rule cannot add a child rule when it is not assigned to a parent loader".
+    /// Adds a rule for the children of that name to the same loader, in place of one added for them before.
+    /// @throws VoNullPointerException "XML rule cannot add a child rule when it is not assigned to a parent loader"
     void addChildRule(const VoString& name, Action action);
 
     /// Runs the action.

@@ -27,21 +27,23 @@ public:
     /// Takes one child that has no rule.
     using UnhandledFunction = std::function<void(VoXMLStreamElementLoader& element)>;
 
-    /// For the loader. Throws VoStackLimitException for an element more than 1000 levels deep.
+    /// For the loader.
+    /// @throws VoStackLimitException for an element more than 1000 levels deep
     VoXMLStreamElementLoader(VoStreamXMLElementReader element, VoXMLStreamLoader loader);
-    VoXMLStreamElementLoader(VoXMLStreamElementLoader&& other) noexcept;            ///< Leaves @p other closed.
-    VoXMLStreamElementLoader& operator=(VoXMLStreamElementLoader&& other) noexcept; ///< Leaves @p other closed.
+    VoXMLStreamElementLoader(VoXMLStreamElementLoader&& other) noexcept;            ///< Leaves `other` closed.
+    VoXMLStreamElementLoader& operator=(VoXMLStreamElementLoader&& other) noexcept; ///< Leaves `other` closed.
     ~VoXMLStreamElementLoader(); ///< Leaves the element open: what is unread of it is skipped by its parent.
 
     const VoString& name() const; ///< The element's local name.
     VoXMLPath path() const;       ///< The names from the root down to this element.
 
-    /// The first run of text that lies directly in the element, without leading and trailing white space. Throws
-    /// VoInvalidXMLOperation "Cannot read text from inactive element" after the children were processed.
+    /// The first run of text that lies directly in the element, without leading and trailing white space.
+    /// @throws VoInvalidXMLOperation "Cannot read text from inactive element" after the children were processed
     VoString text();
-    /// The value of an attribute. Throws VoUnknownXMLAttributeException when there is none of that name.
+    /// The value of an attribute.
+    /// @throws VoUnknownXMLAttributeException when there is none of that name
     VoString attribute(const VoString& name) const;
-    /// The value of an attribute, or @p defaultValue when there is none of that name.
+    /// The value of an attribute, or `defaultValue` when there is none of that name.
     VoString attribute(const VoString& name, const VoString& defaultValue) const;
     bool hasAttribute(const VoString& name) const;                  ///< True with an attribute of that name.
     void forEachAttribute(const AttributeFunction& function) const; ///< Visits all attributes in document order.
@@ -50,13 +52,12 @@ public:
     /// same element: what is read there is gone here.
     std::unique_ptr<VoXMLElementReader> reader() const;
 
-    /// Goes through the children in document order. One with a rule is built and goes to @p onObject, one without goes
+    /// Goes through the children in document order. One with a rule is built and goes to `onObject`, one without goes
     /// to
-    /// @p onUnhandled; where that function is empty the child is skipped. Exceptions of rules and functions propagate
+    /// `onUnhandled`; where that function is empty the child is skipped. Exceptions of rules and functions propagate
     /// unchanged; the children behind the failed one can still be processed by another call.
-    ///
-    /// Throws VoInvalidXMLOperation "NextChild on closed element called", VoStackLimitException for a child more than
-    /// 1000 levels deep.
+    /// @throws VoInvalidXMLOperation "NextChild on closed element called"
+    /// @throws VoStackLimitException for a child more than 1000 levels deep
     void processChildren(const ObjectFunction& onObject, const UnhandledFunction& onUnhandled);
     void processChildren(const ObjectFunction& onObject);       ///< Skips the children without a rule.
     void processChildren(const UnhandledFunction& onUnhandled); ///< Skips the children with a rule, building nothing.

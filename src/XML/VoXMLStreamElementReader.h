@@ -17,7 +17,8 @@ class VOCORE_EXPORT VoXMLStreamElementReader : public VoXMLElementReader
 {
 public:
     /// Takes name and attributes of the reader's current token. A reader made this way counts as closed: those of open
-    /// elements come from the VoXMLStreamReader. Throws VoNullPointerException "Invalid parent" for null.
+    /// elements come from the VoXMLStreamReader.
+    /// @throws VoNullPointerException "Invalid parent" for null
     explicit VoXMLStreamElementReader(VoXMLStreamReader* parent);
     VoXMLStreamElementReader(const VoXMLStreamElementReader&) = delete;
     VoXMLStreamElementReader& operator=(const VoXMLStreamElementReader&) = delete;
@@ -30,13 +31,13 @@ public:
     const VoString& name() const override;
     VoString readAttribute(const VoString& name) override;
     double readAttributeBase64(const VoString& name) const override;
-    /// Throws VoInvalidXMLOperation "Attempted to read text from non-active element" unless the element is the
-    /// innermost open one.
+    /// @throws VoInvalidXMLOperation "Attempted to read text from non-active element" unless the element is the
+    /// innermost open one
     VoString readText() override;
     double readTextBase64() const override; ///< Reads on as readText() does.
 
-    /// The next child element; null at the end of this one, which is then closed. Throws VoInvalidXMLOperation
-    /// "NextChild on closed element called".
+    /// The next child element; null at the end of this one, which is then closed.
+    /// @throws VoInvalidXMLOperation "NextChild on closed element called"
     std::shared_ptr<VoXMLStreamElementReader> nextChild();
 
 private:

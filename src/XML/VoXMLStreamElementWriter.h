@@ -13,15 +13,16 @@ class VOCORE_EXPORT VoXMLStreamElementWriter : public VoXMLElementWriter
 {
 public:
     /// For the writer, which also opens the element. A handle made by others is never active, and its writer must
-    /// outlive it. Throws VoNullPointerException "Invalid parent" for null.
+    /// outlive it.
+    /// @throws VoNullPointerException "Invalid parent" for null
     explicit VoXMLStreamElementWriter(VoXMLStreamWriter* parent);
     VoXMLStreamElementWriter(const VoXMLStreamElementWriter&) = delete;
     VoXMLStreamElementWriter& operator=(const VoXMLStreamElementWriter&) = delete;
     /// Closes the element if it is open. Does not throw: VoXMLStreamWriter::finishDocument() reports failures.
     ~VoXMLStreamElementWriter() override;
 
-    /// Opens a child element in a namespace. Throws VoInvalidXMLOperation "Invalid attempt to start element" when this
-    /// handle is not active.
+    /// Opens a child element in a namespace.
+    /// @throws VoInvalidXMLOperation "Invalid attempt to start element" when this handle is not active
     std::unique_ptr<VoXMLElementWriter> createElement(const VoString& name, const VoString& namespaceUri) override;
     /// Opens a child element by a name that is written as it is; otherwise as above.
     std::unique_ptr<VoXMLElementWriter> createElement(const VoString& name) override;
@@ -30,12 +31,12 @@ public:
     void disable();
 
 protected:
-    /// Throws VoInvalidXMLOperation "Invalid attempt to write attribute" when this handle is not active, and
-    /// VoInvalidXMLAttributeName for a repeated name.
+    /// @throws VoInvalidXMLOperation "Invalid attempt to write attribute" when this handle is not active
+    /// @throws VoInvalidXMLAttributeName for a repeated name
     void onWriteAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri) override;
     /// The same without a namespace.
     void onWriteAttribute(const VoString& name, const VoString& value) override;
-    /// Throws VoInvalidXMLOperation "Invalid attempt to write text" when this handle is not active.
+    /// @throws VoInvalidXMLOperation "Invalid attempt to write text" when this handle is not active
     void onWriteText(const VoString& text) override;
 
 private:

@@ -40,11 +40,13 @@ public:
     virtual ~VoXMLStreamLoader();                                     ///< The rules go with the last copy.
     /// @}
 
-    /// Adds the rule for all elements of a name. Throws VoInvalidParameterException "Global rule with the given name
-    /// already exists: " + name, and keeps the rule there was.
+    /// Adds the rule for all elements of a name.
+    /// @throws VoInvalidParameterException "Global rule with the given name already exists: " + name, and keeps the
+    /// rule there was
     void addGlobalRule(const VoString& name, Builder builder);
-    /// Adds the rule for the elements at a path. Throws VoInvalidParameterException "Specific rule with the given path
-    /// already exists: " + path, and keeps the rule there was.
+    /// Adds the rule for the elements at a path.
+    /// @throws VoInvalidParameterException "Specific rule with the given path already exists: " + path, and keeps the
+    /// rule there was
     void addSpecificRule(const VoXMLPath& path, Builder builder);
     /// The rule for an element; an empty function when there is none.
     Builder rule(VoAbstractXMLElementReader& element) const;
@@ -56,11 +58,13 @@ public:
     /// Builds the root element's object; empty, with nothing built, when the root has no rule. The document is read to
     /// its end, so one that is truncated or has trailing garbage fails also when the rules did not look so far.
     ///
-    /// Throws VoInvalidXMLException for a document that is not well formed, VoStackLimitException when elements handed
-    /// to rules are nested more than 1000 deep, and whatever the device and the rules throw, unchanged; where a rule
-    /// failed is logged (category "xml", diagnostic). The device is opened for reading unless it is already.
+    /// The device is opened for reading unless it is already.
+    /// @throws VoInvalidXMLException for a document that is not well formed
+    /// @throws VoStackLimitException when elements handed to rules are nested more than 1000 deep, and whatever the
+    /// device and the rules throw, unchanged; where a rule failed is logged (category "xml", diagnostic)
     VoUniquePtr<VoAbstractXMLStreamLoaderObject> load(VoIODevice& device) const;
-    /// The same for a file. Throws VoFileNotFoundException or VoCannotOpenFileException too.
+    /// The same for a file.
+    /// @throws VoFileNotFoundException, VoCannotOpenFileException too
     VoUniquePtr<VoAbstractXMLStreamLoaderObject> load(const VoFilePath& file) const;
 
 private:

@@ -48,9 +48,11 @@ public:
     /// the destructor if this reader opened it. Throws what opening throws (VoFileNotFoundException for a missing
     /// file), or VoIOException with the reason.
     explicit VoXMLStreamReader(VoIODevice& device);
-    /// The same, keeping the device alive. Throws VoNullPointerException when it is null.
+    /// The same, keeping the device alive.
+    /// @throws VoNullPointerException when it is null
     explicit VoXMLStreamReader(VoSharedPtr<VoIODevice> device);
-    /// Reads a file. Throws VoFileNotFoundException or VoCannotOpenFileException.
+    /// Reads a file.
+    /// @throws VoFileNotFoundException, VoCannotOpenFileException
     explicit VoXMLStreamReader(const VoFilePath& file);
     /// Reads a file that has first been validated; fails as VoXMLValidator::validate() too.
     VoXMLStreamReader(const VoFilePath& file, const VoFilePath& schema);
@@ -73,14 +75,15 @@ public:
     void restart();
 
     /// The first run of text that lies directly in the current element, untrimmed; empty when there is none, and then
-    /// the element is closed. A second call returns the same run again. Throws VoInvalidXMLOperation "ReadText called
-    /// outside of element".
+    /// the element is closed. A second call returns the same run again.
+    /// @throws VoInvalidXMLOperation "ReadText called outside of element"
     VoString readText();
-    /// The remaining content of the current element as XML text; for diagnosis. The element is closed. Throws
-    /// VoNullXMLStreamElementException when none is open.
+    /// The remaining content of the current element as XML text; for diagnosis. The element is closed.
+    /// @throws VoNullXMLStreamElementException when none is open
     VoString readAsText();
     /// The current element with its attributes and its content as XML text, for diagnosis; the element is closed. Empty
-    /// at the start of the document and at an end tag; throws VoXMLException with errorString() at any other token.
+    /// at the start of the document and at an end tag.
+    /// @throws VoXMLException with errorString() at any other token
     VoString toString();
 
     TokenType tokenType() const;       ///< Kind of the current token.
@@ -89,9 +92,11 @@ public:
     VoXMLAttributeSetPtr attributes(); ///< A new set of the current start tag's attributes.
 
     VoXMLPath currentPath() const; ///< Path of the innermost open element; empty without one.
-    /// The innermost open element. Throws VoNullXMLStreamElementException when there is none.
+    /// The innermost open element.
+    /// @throws VoNullXMLStreamElementException when there is none
     std::shared_ptr<VoXMLStreamElementReader> currentElement();
-    /// The shared pointer of an open element. Throws VoNullXMLStreamElementException when it is not open.
+    /// The shared pointer of an open element.
+    /// @throws VoNullXMLStreamElementException when it is not open
     std::shared_ptr<VoXMLStreamElementReader> getSharedPointer(const VoXMLStreamElementReader* element) const;
     /// @name Questions about an element reader
     /// @{

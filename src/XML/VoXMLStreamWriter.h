@@ -60,14 +60,16 @@ public:
     };
 
     /// Writes to a device that the caller keeps alive. The device is opened for writing unless it is already, and is
-    /// closed by finishDocument() or the destructor either way. Throws VoIOException with the reason when
-    /// it cannot be opened.
+    /// closed by finishDocument() or the destructor either way.
+    /// @throws VoIOException with the reason when it cannot be opened
     VoXMLStreamWriter(VoIODevice& device, const AutoFormattingSettings& settings = AutoFormattingSettings());
-    /// The same, keeping the device alive. Throws VoNullPointerException when it is null.
+    /// The same, keeping the device alive.
+    /// @throws VoNullPointerException when it is null
     VoXMLStreamWriter(VoSharedPtr<VoIODevice> device,
                       const AutoFormattingSettings& settings = AutoFormattingSettings());
     /// Writes a file, replacing its content at once (a caller that needs the old content until the new one is whole
-    /// writes through VoAtomicFileWriter). Throws VoCannotOpenFileException.
+    /// writes through VoAtomicFileWriter).
+    /// @throws VoCannotOpenFileException
     VoXMLStreamWriter(const VoFilePath& path, const AutoFormattingSettings& settings = AutoFormattingSettings());
     VoXMLStreamWriter(const VoXMLStreamWriter&) = delete;
     VoXMLStreamWriter& operator=(const VoXMLStreamWriter&) = delete;
@@ -82,8 +84,9 @@ public:
     void startDocument(const VoString& version);
 
     /// Opens an element without a handle, in the element that is open. The name may have a prefix that is declared
-    /// around it. Throws VoInvalidXMLOperation "Invalid attempt to start element" after finishDocument(), "Invalid
-    /// element name: " and the name for one that XML does not allow.
+    /// around it.
+    /// @throws VoInvalidXMLOperation "Invalid attempt to start element" after finishDocument(), "Invalid element name:
+    /// " and the name for one that XML does not allow
     void startElement(const VoString& name);
     /// Opens an element and returns the handle that closes it. Fails as startElement().
     std::unique_ptr<VoXMLStreamElementWriter> createElement(const VoString& name);
@@ -91,20 +94,21 @@ public:
     /// each element. With an empty one it is as without.
     std::unique_ptr<VoXMLStreamElementWriter> createElement(const VoString& name, const VoString& namespaceUri);
 
-    /// Writes an attribute on the element whose start tag was written last. Throws VoInvalidXMLAttributeName for a name
-    /// that XML does not allow, VoInvalidXMLOperation "Illegal attribute write" when no start tag is open, "Too many
-    /// attributes" for more than 4096 on one element, which no reader of the library would take. Repeated names are
-    /// noticed by element handles only.
+    /// Writes an attribute on the element whose start tag was written last. Repeated names are noticed by element
+    /// handles only.
+    /// @throws VoInvalidXMLAttributeName for a name that XML does not allow
+    /// @throws VoInvalidXMLOperation "Illegal attribute write" when no start tag is open, "Too many attributes" for
+    /// more than 4096 on one element, which no reader of the library would take
     void writeAttribute(const VoString& name, const VoString& value);
     /// The same in a namespace, by the local name; in none when the namespace is empty.
     void writeAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri);
-    /// Writes the text of the element whose start tag was written last: one run, directly after the attributes. Throws
-    /// VoInvalidXMLOperation "Illegal write text call".
+    /// Writes the text of the element whose start tag was written last: one run, directly after the attributes.
+    /// @throws VoInvalidXMLOperation "Illegal write text call"
     void writeText(const VoString& text);
 
-    /// Declares a prefix on the open start tag or, without one, on the next element. The state is not checked. Throws
-    /// VoInvalidXMLOperation "Invalid namespace prefix: " and the prefix for one that XML does not allow; an empty one
-    /// is made up.
+    /// Declares a prefix on the open start tag or, without one, on the next element. The state is not checked.
+    /// @throws VoInvalidXMLOperation "Invalid namespace prefix: " and the prefix for one that XML does not allow; an
+    /// empty one is made up
     void writeNamespace(const VoString& namespaceUri, const VoString& prefix);
     /// Declares the default namespace on the open start tag or, without one, on the next element. Not checked either.
     void writeDefaultNamespace(const VoString& namespaceUri);

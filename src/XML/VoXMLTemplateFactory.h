@@ -35,8 +35,8 @@ public:
 
     bool isRegistered(const VoString& name) const; ///< True when elements of that name can be created.
 
-    /// Makes the object of an element with a default argument; the caller owns it. Throws VoUnknownXMLElementException
-    /// with the name of an element whose class is not registered.
+    /// Makes the object of an element with a default argument; the caller owns it.
+    /// @throws VoUnknownXMLElementException with the name of an element whose class is not registered
     VoXMLSerializableObject* create(VoXMLElementReader& element) const;
     /// The same with the caller's argument, which may be null.
     VoXMLSerializableObject* create(VoXMLElementReader& element, const CreationArgument* argument) const;

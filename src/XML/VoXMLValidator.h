@@ -25,18 +25,21 @@ public:
         VoString toString() const; ///< "reason (line 1, column 2)"
     };
 
-    /// Loads the schema. Throws VoFileNotFoundException or VoCannotOpenFileException when it cannot be read and
-    /// VoInvalidXMLSchemaException with the path and the first error with its place when it is no valid schema.
+    /// Loads the schema.
+    /// @throws VoFileNotFoundException, VoCannotOpenFileException when it cannot be read
+    /// @throws VoInvalidXMLSchemaException with the path and the first error with its place when it is no valid schema
     explicit VoXMLValidator(const VoFilePath& schema);
-    VoXMLValidator(VoXMLValidator&& other) noexcept;            ///< @p other can only be assigned to or destroyed.
-    VoXMLValidator& operator=(VoXMLValidator&& other) noexcept; ///< @p other can only be assigned to or destroyed.
+    VoXMLValidator(VoXMLValidator&& other) noexcept;            ///< `other` can only be assigned to or destroyed.
+    VoXMLValidator& operator=(VoXMLValidator&& other) noexcept; ///< `other` can only be assigned to or destroyed.
     virtual ~VoXMLValidator();                                  ///< Validators may be derived from.
 
-    /// Checks a file. Throws VoInvalidXMLException "Invalid XML: " + file + ", for schema: " + schema + ": " and the
-    /// first error with its place when it is not valid, VoFileNotFoundException or VoCannotOpenFileException when it
-    /// cannot be read.
+    /// Checks a file.
+    /// @throws VoInvalidXMLException "Invalid XML: " + file + ", for schema: " + schema + ": " and the first error with
+    /// its place when it is not valid
+    /// @throws VoFileNotFoundException, VoCannotOpenFileException when it cannot be read
     void validate(const VoFilePath& file) const;
-    /// Checks the rest of a device's content. Throws VoInvalidXMLException with the first error and its place.
+    /// Checks the rest of a device's content.
+    /// @throws VoInvalidXMLException with the first error and its place
     void validate(VoIODevice& device) const;
     /// As validate() with the result as a value; the first error is logged (category "xml", information). Still throws
     /// when the file cannot be read.

@@ -68,7 +68,7 @@ private:
     std::size_t m_left;
 };
 
-/// The document that @p write makes.
+/// The document that `write` makes.
 inline std::string Written(const std::function<void(VoXMLStreamWriter&)>& write,
                            const VoXMLStreamWriter::AutoFormattingSettings& settings = {})
 {

@@ -32,7 +32,7 @@ std::string ExpectedName(const char* className)
     return scope == std::string::npos ? text : text.substr(scope + 2);
 }
 
-/// Runs @p action and tells whether it throws exactly an @p Exception with the message @p message.
+/// Runs `action` and tells whether it throws exactly an `Exception` with the message `message`.
 template <typename Exception, typename Action>
 testing::AssertionResult Throws(Action&& action, const char* className, const VoString& message)
 {
@@ -61,7 +61,7 @@ testing::AssertionResult Throws(Action&& action, const char* className, const Vo
 
 } // namespace vo::test
 
-/// Expects that @p statement throws exactly an @p Exception whose name() is its class name and whose message is @p
+/// Expects that `statement` throws exactly an `Exception` whose name() is its class name and whose message is @p
 /// message.
 #define EXPECT_THROW_MSG(statement, Exception, message)                                                                \
     EXPECT_TRUE((::vo::test::Throws<Exception>([&] { static_cast<void>(statement); }, #Exception, VoString(message))))

@@ -44,8 +44,8 @@ protected:
     Outcome voBehind(const QStringList& command, const std::string& arguments);
     /// Runs it with --json and -q, expects the exit code, and returns the document.
     QJsonObject voJson(const std::string& arguments, int expectedCode = 0);
-    /// Starts it and calls @p act once with the running process as soon as @p lines lines have come on standard error;
-    /// what comes then is read only after @p act, so that a talkative program cannot end before.
+    /// Starts it and calls `act` once with the running process as soon as `lines` lines have come on standard error;
+    /// what comes then is read only after `act`, so that a talkative program cannot end before.
     Outcome voUntil(const std::string& arguments, int lines, const std::function<void(QProcess&)>& act);
 
     QString path(const std::string& name) const; ///< In the scratch directory.

@@ -4,7 +4,7 @@
 
 namespace vo::detail {
 
-/// Throws VoInvalidParameterException("Invalid callback") for an empty function, before anything is done for it.
+/// @throws VoInvalidParameterException "Invalid callback" for an empty function, before anything is done for it
 template <typename Function>
 void RequireCallback(const Function& function)
 {

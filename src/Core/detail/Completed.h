@@ -26,7 +26,7 @@ Exception Because(const std::error_code& error, Exception exception)
     return Completed(std::move(exception), VoString(), error ? VoString(error.message()) : VoString());
 }
 
-/// Does @p work; the library's exceptions that it throws are about @p subject unless they know better.
+/// Does `work`; the library's exceptions that it throws are about `subject` unless they know better.
 template <typename Work>
 auto About(const VoString& subject, Work work)
 {

@@ -21,8 +21,8 @@ static_assert(std::is_trivially_destructible_v<RandomEngine>);
 /// An engine that nobody can repeat, seeded from the system's random device.
 RandomEngine EngineFromSystem();
 
-/// Drawn uniformly from the closed range @p low .. @p high, by a function that gives 64 random bits.
-/// Throws VoInvalidParameterException "Empty range" when @p low is greater than @p high.
+/// Drawn uniformly from the closed range `low` .. `high`, by a function that gives 64 random bits.
+/// @throws VoInvalidParameterException "Empty range" when `low` is greater than `high`
 template <typename Bits>
 std::int64_t DrawInteger(std::int64_t low, std::int64_t high, Bits&& bits)
 {

@@ -127,7 +127,7 @@ bool MayBeValue(char first)
     return IsDigit(first) || std::string_view("-.,tTfFin").find(first) != std::string_view::npos;
 }
 
-// Calls @p use with the value that the field stands for, nothing for a text.
+// Calls `use` with the value that the field stands for, nothing for a text.
 template <typename Use>
 auto WithValue(std::string_view field, const VoCSVFormat& format, Use&& use)
 {

@@ -33,8 +33,8 @@ VoVariant FieldValue(const VoCSVReader& reader, std::size_t field, bool detectTy
 /// The text of a Double, which is read as one again.
 std::string DoubleText(double value, const VoCSVFormat& format);
 
-/// Throws VoInvalidParameterException "Invalid CSV format" for a separator, a quote or a line break that could not be
-/// told from other characters, or not be written in the encoding.
+/// @throws VoInvalidParameterException "Invalid CSV format" for a separator, a quote or a line break that could not be
+/// told from other characters, or not be written in the encoding
 void RequireValid(const VoCSVFormat& format);
 
 } // namespace vo::detail

@@ -29,7 +29,7 @@ public:
             m_similar = column;
     }
 
-    /// Throws VoNotFoundException.
+    /// @throws VoNotFoundException
     std::size_t found() const
     {
         const std::size_t column = m_alike != none ? m_alike : m_similar;

@@ -28,8 +28,8 @@ public:
         std::uint32_t lastRow;
     };
 
-    /// Goes to the next row. Throws VoInvalidCallException "Cell lies outside the limits of a worksheet" behind the
-    /// last one.
+    /// Goes to the next row.
+    /// @throws VoInvalidCallException "Cell lies outside the limits of a worksheet" behind the last one
     void startRow();
 
     std::size_t row() const noexcept { return m_row; }                 ///< 0 before the first.
@@ -38,8 +38,9 @@ public:
     bool rowsAreMissing() const noexcept { return m_lastRow > m_row; } ///< Whether merged cells reach below the row.
 
     /// Puts a cell into the next column, which is not covered. A span of 0 counts as 1; one that would run over covered
-    /// positions is made shorter. Throws VoInvalidCallException as startRow() and changes nothing when the cell or its
-    /// span lies outside of what a worksheet can have.
+    /// positions is made shorter.
+    /// @throws VoInvalidCallException as startRow() and changes nothing when the cell or its span lies outside of what
+    /// a worksheet can have
     void place(std::size_t columnSpan, std::size_t rowSpan);
     void skip(); ///< Passes over the next column.
 

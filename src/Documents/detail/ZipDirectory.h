@@ -23,10 +23,9 @@ struct ZipEnd
 };
 
 /// Finds the end record, which closes the file but for its comment.
-/// @throw VoInvalidPathFileException "Not a zip archive: ", "Zip archive is not complete: ", "Data behind the end of
-/// zip
-///        archive: ", "Zip archive of several volumes: ", "Zip archive is damaged: " or "Zip archive cannot be read: ",
-///        and the path
+/// @throws VoInvalidPathFileException "Not a zip archive: ", "Zip archive is not complete: ", "Data behind the end
+///         of zip archive: ", "Zip archive of several volumes: ", "Zip archive is damaged: " or "Zip archive cannot be
+///         read: ", and the path
 ZipEnd FindZipEnd(ArchiveFile& file, const VoFilePath& path);
 
 /// What the directory of an archive says of an entry. All of it may be lies.

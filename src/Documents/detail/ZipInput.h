@@ -23,7 +23,7 @@ class VOCORE_PRIVATE_EXPORT ZipInput
 {
 public:
     /// @param path What messages show.
-    /// @throw VoInvalidPathFileException as FindZipEnd
+    /// @throws VoInvalidPathFileException as FindZipEnd
     ZipInput(std::unique_ptr<ArchiveFile> file, const VoFilePath& path);
 
     std::size_t count(); ///< Number of entries. Reads the directory when it is first asked.

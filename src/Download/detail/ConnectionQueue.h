@@ -19,7 +19,7 @@ public:
     /// Connections that the framework opens for each host.
     static constexpr int PerHost = 6;
 
-    /// Calls @p send as soon as a connection is free, maybe at once; it holds the connection until release().
+    /// Calls `send` as soon as a connection is free, maybe at once; it holds the connection until release().
     void acquire(const QString& host, const void* owner, std::function<void()> send);
     void release(const QString& host);
     void forget(const void* owner); ///< Drops what waits for an owner.

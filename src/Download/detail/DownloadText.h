@@ -12,7 +12,7 @@ struct QuantityUnit
     const char* name; ///< What follows the number and one blank.
 };
 
-/// @p number in the first fitting of @p units, with one decimal: "999.0 B". The same
+/// `number` in the first fitting of `units`, with one decimal: "999.0 B". The same
 /// in every locale.
 VoString FormatQuantity(double number, const QuantityUnit* units);
 

@@ -27,7 +27,7 @@ public:
     std::future<void> future();     ///< Ready at the end. To be called once.
     void keep(VoReceiver receiver); ///< Holds the connection of a callback until the end.
 
-    /// Calls @p wake at the end; an empty one takes that back, after which it is not running either.
+    /// Calls `wake` at the end; an empty one takes that back, after which it is not running either.
     void onEnd(std::function<void()> wake);
 
     void end() noexcept;                                   ///< The download is complete.

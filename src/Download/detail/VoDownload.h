@@ -53,13 +53,13 @@ public:
     void cancel();                                 ///< Fails with "Download cancelled".
     void fail(const VoDownloadException& failure); ///< Ends the download and releases everything.
 
-    /// Sends a request whose redirects wait for approval. Throws VoNullPointerException("Download has no manager") and
-    /// VoDownloadException("Parent network access manager unavailable").
-    /// A version that is known already asks for changes only.
+    /// Sends a request whose redirects wait for approval. A version that is known already asks for changes only.
+    /// @throws VoNullPointerException "Download has no manager"
+    /// @throws VoDownloadException "Parent network access manager unavailable"
     QNetworkReply* issueRequest(const QUrl& url, Method method, const VoString& knownTag = VoString());
 
 protected:
-    /// Throws VoDownloadException("Download must have a parent manager") unless the parent is a VoDownloadManagerImpl.
+    /// @throws VoDownloadException "Download must have a parent manager" unless the parent is a VoDownloadManagerImpl
     VoDownload(QObject* parent, const VoUUID& id, const VoDownloadPolicy& policy);
 
     struct File;

@@ -47,7 +47,7 @@ public:
     /// Whether this thread is inside a notification callback.
     static bool IsInCallback() noexcept;
 
-    /// To be called by a download at its end. @p failure is null when it is complete.
+    /// To be called by a download at its end. `failure` is null when it is complete.
     void ended(VoDownload& download, const VoDownloadException* failure);
 
     /// Fails all downloads and refuses new ones: "Download service is not available".

@@ -32,11 +32,13 @@ public:
     VoAbstractDownloadMonitor& operator=(const VoAbstractDownloadMonitor&) = delete;
     virtual ~VoAbstractDownloadMonitor();
 
-    /// Forgets all sizes, enters the header phase and issues its requests. Throws VoInvalidCallException("Cannot
-    /// initialise header request when currently downloading " and "header information." or "files.").
+    /// Forgets all sizes, enters the header phase and issues its requests.
+    /// @throws VoInvalidCallException "Cannot initialise header request when currently downloading " and "header
+    /// information." or "files."
     void requestHeader();
-    /// Enters the download phase and issues its requests. Throws VoInvalidCallException("Cannot initialise download
-    /// request when currently downloading " and "header information." or "files.").
+    /// Enters the download phase and issues its requests.
+    /// @throws VoInvalidCallException "Cannot initialise download request when currently downloading " and "header
+    /// information." or "files."
     void requestDownload();
     void endPhase() noexcept; ///< Back to idle.
 

@@ -23,19 +23,21 @@ public:
         Gzip
     };
 
-    /// Opens a file beside the target, which is written to until it has more than @p most bytes (-1: no limit). Throws
-    /// VoDownloadException("Cannot open file for writing: " + path).
+    /// Opens a file beside the target, which is written to until it has more than `most` bytes (-1: no limit).
+    /// @throws VoDownloadException "Cannot open file for writing: " + path
     VoDownloadStreamer(const VoFilePath& path, Coding coding, std::int64_t most);
 
-    /// Takes what @p body has, at most as much as @p buffer holds, and gives the number of bytes as they came: 0 when
-    /// nothing is there. Throws VoDownloadException("Cannot write to file: " + path).
+    /// Takes what `body` has, at most as much as `buffer` holds, and gives the number of bytes as they came: 0 when
+    /// nothing is there.
+    /// @throws VoDownloadException "Cannot write to file: " + path
     std::int64_t take(QIODevice& body, std::vector<char>& buffer);
 
     std::int64_t written() const noexcept { return m_written; } ///< The bytes of the file so far.
     bool isDamaged() const noexcept { return m_isDamaged; }     ///< What came is not in the coding.
     bool isWhole() const noexcept;                              ///< Whether the coding lets the body end here.
 
-    /// Puts the body in the target's place. Throws VoDownloadException("Cannot write to file: " + path).
+    /// Puts the body in the target's place.
+    /// @throws VoDownloadException "Cannot write to file: " + path
     void finish();
 
 private:

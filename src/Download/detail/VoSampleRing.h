@@ -11,13 +11,14 @@ template <typename T>
 class VoSampleRing
 {
 public:
-    /// An empty ring of at most @p capacity values.
+    /// An empty ring of at most `capacity` values.
     explicit VoSampleRing(std::size_t capacity)
         : m_capacity(capacity)
     {
     }
 
-    /// Adds the newest value. Throws VoBufferOverflowException when the capacity is 0.
+    /// Adds the newest value.
+    /// @throws VoBufferOverflowException when the capacity is 0
     void add(T value)
     {
         if (m_capacity == 0)
@@ -32,14 +33,16 @@ public:
 
     std::size_t size() const noexcept { return m_values.size(); } ///< The number of values held.
 
-    /// The value added first of those held. Throws VoBufferUnderflowException when there is none.
+    /// The value added first of those held.
+    /// @throws VoBufferUnderflowException when there is none
     const T& oldest() const
     {
         requireValue();
         return m_values[m_oldest];
     }
 
-    /// The value added last. Throws VoBufferUnderflowException when there is none.
+    /// The value added last.
+    /// @throws VoBufferUnderflowException when there is none
     const T& newest() const
     {
         requireValue();

@@ -19,10 +19,10 @@ class VOCORE_PRIVATE_EXPORT FileLock
 {
 public:
     /// Makes the file where it is missing (its directory must exist) and takes the lock, if nobody has it.
-    /// @throw VoCannotOpenFileException when the file cannot be made or opened
-    /// @throw VoFileException "Cannot lock file: " and the system's reason, where the volume has no locks
+    /// @throws VoCannotOpenFileException when the file cannot be made or opened
+    /// @throws VoFileException "Cannot lock file: " and the system's reason, where the volume has no locks
     explicit FileLock(const VoFilePath& path);
-    /// As above, but waits for the lock. @p waiting is called again and again while it is taken, about every 20 ms, and
+    /// As above, but waits for the lock. `waiting` is called again and again while it is taken, about every 20 ms, and
     /// may end the wait by throwing.
     FileLock(const VoFilePath& path, const std::function<void()>& waiting);
     FileLock(const FileLock&) = delete;

@@ -16,22 +16,21 @@ class VoDirectoryPath;
 namespace vo::detail {
 
 /// The system's form of a path.
-/// @throw VoInvalidPathFileException when the text holds a zero byte, which would cut it
+/// @throws VoInvalidPathFileException when the text holds a zero byte, which would cut it
 /// @{
 VOCORE_PRIVATE_EXPORT std::filesystem::path ToNative(const VoFilePath& path);
 VOCORE_PRIVATE_EXPORT std::filesystem::path ToNative(const VoAbstractPath& path);
 /// @}
 
 /// The path of a system's name, taken as it is but for doubled separators: names may begin or end with blanks.
-/// @throw VoInvalidPathFileException "Name contains a backslash: " and the name, where that is an ordinary character
+/// @throws VoInvalidPathFileException "Name contains a backslash: " and the name, where that is an ordinary character
 VOCORE_PRIVATE_EXPORT VoFilePath FromNative(const std::filesystem::path& path);
 
-/// The path of one name in a directory.
-/// @throw as FromNative()
+/// The path of one name in a directory. Throws as FromNative().
 VOCORE_PRIVATE_EXPORT VoFilePath ChildFromNative(const VoFilePath& directory, const std::filesystem::path& name);
 
 /// Refuses an over-long path before the disk is touched.
-/// @throw VoPathSizeFileException
+/// @throws VoPathSizeFileException
 /// @{
 VOCORE_PRIVATE_EXPORT void RequireValidLength(const VoFilePath& path);
 VOCORE_PRIVATE_EXPORT void RequireValidLength(const VoAbstractPath& path);
@@ -43,7 +42,7 @@ VOCORE_PRIVATE_EXPORT bool MeansMissing(const std::error_code& error);
 
 /// True when a path, with every link on the way followed, lies in a directory (or is that directory). Pieces that do
 /// not exist yet count as they are written; the directory must exist, else the answer is false.
-/// @throw VoFileException "canonical: " and the reason, when the system does not let one look
+/// @throws VoFileException "canonical: " and the reason, when the system does not let one look
 VOCORE_PRIVATE_EXPORT bool IsInsideCanonical(const VoDirectoryPath& directory, const VoFilePath& path);
 
 } // namespace vo::detail

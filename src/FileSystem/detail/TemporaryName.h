@@ -30,7 +30,7 @@ inline std::filesystem::path SiblingPath(const std::filesystem::path& file)
     return sibling;
 }
 
-/// Calls @p make, which makes something under a new random name and returns its error, until the name was free or
+/// Calls `make`, which makes something under a new random name and returns its error, until the name was free or
 /// something else failed.
 template <typename Make>
 std::error_code MakeUnderNewName(Make make)

@@ -37,13 +37,13 @@ public:
     BufferedFile& operator=(const BufferedFile&) = delete;
     ~BufferedFile(); ///< Writes what is gathered, as far as that goes, and closes.
 
-    /// Opens @p path in a standard @p mode. A directory is refused.
+    /// Opens `path` in a standard `mode`. A directory is refused.
     bool open(const std::filesystem::path& path, std::ios_base::openmode mode);
     bool isOpen() const noexcept;
 
     /// The system's words for the last failure; empty when it gave none.
     VoString reason() const;
-    /// Throws VoCannotOpenFileException, which knows the system's words.
+    /// @throws VoCannotOpenFileException which knows the system's words
     [[noreturn]] void failOpening() const;
     /// @{ Throw VoIOException, which knows the file and the system's words, after a failure; also when none is open.
     [[noreturn]] void failReading(); ///< "Error occurred on reading from file"
@@ -54,9 +54,9 @@ public:
     bool close(); ///< Flushes and closes; false when bytes were lost.
 
     bool atEnd();                                    ///< Whether no byte is left to read.
-    std::size_t read(char* data, std::size_t count); ///< Fewer than @p count only at the end.
+    std::size_t read(char* data, std::size_t count); ///< Fewer than `count` only at the end.
     std::string read(std::size_t count);             ///< As the other; takes memory as bytes come.
-    std::string readLine(std::size_t maximumLength); ///< With its "\n"; @p maximumLength 0 is no limit.
+    std::string readLine(std::size_t maximumLength); ///< With its "\n"; `maximumLength` 0 is no limit.
     std::uint64_t readPosition() const noexcept;     ///< Bytes from the beginning.
     void seekRead(std::uint64_t position) noexcept;  ///< Takes effect with the next read.
 

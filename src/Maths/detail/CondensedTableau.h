@@ -27,7 +27,7 @@ public:
         NotMade            ///< Not possible here, or not at all; nothing has changed.
     };
 
-    /// The condensed form of a tableau of which the first @p variables columns may be chosen as pivots; none when not
+    /// The condensed form of a tableau of which the first `variables` columns may be chosen as pivots; none when not
     /// every row has a unit column of its own.
     static std::optional<CondensedTableau> Of(const Tableau& tableau, std::size_t variables);
 

@@ -17,7 +17,7 @@ struct RowContent
     bool negativeZero = false; ///< Some cell is -0.0.
 };
 
-/// Divides @p count cells by @p divisor.
+/// Divides `count` cells by `divisor`.
 VOCORE_PRIVATE_EXPORT RowContent DivideRow(double* cells, double divisor, std::size_t count);
 
 /// target -= factor * source, cell by cell. The two do not overlap.

@@ -17,18 +17,18 @@ public:
     XMLReportHeader header;          ///< What they have in common.
 
     /// Reads a file and computes the sensitivities of every case.
-    /// @throw VoFileNotFoundException, VoCannotOpenFileException, VoInvalidXMLException for a document that is not well
-    /// formed or brings a document type
-    /// @throw VoValidationException saying what is wrong, for one that is not as it should be; names and namespaces
+    /// @throws VoFileNotFoundException, VoCannotOpenFileException, VoInvalidXMLException for a document that is not
+    ///         well formed or brings a document type
+    /// @throws VoValidationException saying what is wrong, for one that is not as it should be; names and namespaces
     /// count with their case
     static ReportDataFile Read(const VoFilePath& file);
 
     /// Writes a file, replacing it as a whole. A case is written with the number that is its key. What is written can
     /// be read again.
-    /// @throw VoValidationException "Case " + number + ": more results than the header names", and "Invalid analysis"
+    /// @throws VoValidationException "Case " + number + ": more results than the header names", and "Invalid analysis"
     /// for a kind that has no name, the old file intact
-    /// @throw VoFileException with the reason, the old file intact
-    /// @throw VoInvalidXMLOperation for a text with a character that XML cannot hold
+    /// @throws VoFileException with the reason, the old file intact
+    /// @throws VoInvalidXMLOperation for a text with a character that XML cannot hold
     static void Write(const VoFilePath& file, const YHashTable<XMLReportInfo>& cases, const XMLReportHeader& header);
 
     /// The XML schema of the file, as text; the same as results.xsd in the installed directory share/VoCore/schemas.

@@ -22,7 +22,7 @@ struct XMLReportHeader;
 
 /// Writes the page "Sensitivity Analysis Report": a table of all cases with their results and perturbed parameters.
 ///
-/// @p sortColumn says what the cases are sorted by: 0 the number, 1 the reference text without regard to case, 2 + 3k
+/// `sortColumn` says what the cases are sorted by: 0 the number, 1 the reference text without regard to case, 2 + 3k
 /// the value, 3 + 3k the change and 4 + 3k the sensitivity of result k, these by magnitude, the largest first. Equal
 /// cases stay in the order of their numbers; what is no number comes last. A column beyond the last one stands for the
 /// last result's sensitivity, but for the one directly behind it, by which nothing is sorted; a negative one for 0.

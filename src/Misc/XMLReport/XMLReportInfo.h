@@ -66,7 +66,7 @@ public:
     /// The relative change of a result over the relative change of a parameter:
     /// (delta / reference) * nominal / (value - nominal).
     ///
-    /// Where that would divide by zero, also for an index that names nothing, @p divideByZero becomes true and the
+    /// Where that would divide by zero, also for an index that names nothing, `divideByZero` becomes true and the
     /// answer is 0, else it becomes false. It may be null.
     double getNormalisedSensitivity(int lotIndex, int resultIndex, bool* divideByZero) const;
 

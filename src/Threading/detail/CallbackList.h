@@ -46,7 +46,7 @@ protected:
 
     [[nodiscard]] VoReceiver add(std::shared_ptr<Entry> entry);
 
-    /// Calls @p call with each entry of now, in the order of adding, unless it is disconnected before its turn.
+    /// Calls `call` with each entry of now, in the order of adding, unless it is disconnected before its turn.
     template <typename Function>
     void callEach(const Function& call)
     {
@@ -57,7 +57,7 @@ protected:
         }
     }
 
-    /// Calls @p look with each entry under the list's mutex.
+    /// Calls `look` with each entry under the list's mutex.
     template <typename Function>
     void inspectEach(const Function& look) const
     {

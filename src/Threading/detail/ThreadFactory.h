@@ -6,8 +6,9 @@
 
 namespace vo::detail {
 
-/// Starts a thread that runs @p function, which must not throw. @p name (at most 15 bytes are used) is shown by
-/// debuggers. Throws VoThreadException with the system's text when no thread can be had.
+/// Starts a thread that runs `function`, which must not throw. `name` (at most 15 bytes are used) is shown by
+/// debuggers.
+/// @throws VoThreadException with the system's text when no thread can be had
 VOCORE_PRIVATE_EXPORT VoThread CreateThread(std::function<void()> function, const char* name);
 
 /// Names the calling thread for debuggers; does nothing where the system has no such names.

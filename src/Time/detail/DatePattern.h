@@ -31,7 +31,8 @@ enum class DateParts
     All ///< Also offset and zone.
 };
 
-/// The text. Throws VoInvalidParameterException "Invalid pattern: " + pattern for a letter without a meaning.
+/// The text.
+/// @throws VoInvalidParameterException "Invalid pattern: " + pattern for a letter without a meaning
 std::string FormatDate(std::string_view pattern, DateParts parts, const DateFields& fields);
 
 /// Whether the whole text is as the pattern says; the fields that the pattern does not name stay as they were. Fields

@@ -40,7 +40,8 @@ public:
 
     /// The caller keeps the device alive. Throws what opening throws, else VoIOException with the reason.
     XMLDevice(VoIODevice& device, QIODevice::OpenMode mode);
-    /// Shares the device; as above. Throws VoNullPointerException when it is null.
+    /// Shares the device; as above.
+    /// @throws VoNullPointerException when it is null
     XMLDevice(VoSharedPtr<VoIODevice> device, QIODevice::OpenMode mode);
     /// Makes the device of a file. Throws what opening throws, else VoCannotOpenFileException.
     XMLDevice(const VoFilePath& file, QIODevice::OpenMode mode);

@@ -20,8 +20,9 @@ class XMLDomWriter
 public:
     XMLDomWriter(XMLDevice device, const VoXMLStreamWriter::AutoFormattingSettings& settings);
 
-    /// Throws VoInvalidXMLOperation or VoInvalidXMLAttributeName for what no document can hold, and the device's
-    /// failure. Once only.
+    /// Once only.
+    /// @throws VoInvalidXMLOperation, VoInvalidXMLAttributeName for what no document can hold, and the device's
+    /// failure
     void write(const QDomDocument& document);
 
 private:

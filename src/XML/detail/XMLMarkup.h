@@ -12,7 +12,7 @@ namespace vo::detail {
 class XMLMarkup
 {
 public:
-    /// Throws VoInvalidXMLOperation "Illegal write text call" without an open element, and the device's first failure.
+    /// @throws VoInvalidXMLOperation "Illegal write text call" without an open element, and the device's first failure
     static void Write(VoXMLStreamWriter& writer, const char* markup, std::size_t size);
 };
 

@@ -49,10 +49,12 @@ struct XMLName
 /// Converts and examines a name.
 XMLName ToXMLName(const VoString& name);
 
-/// The name of an element. Throws VoInvalidXMLOperation "Character not allowed in XML" or "Invalid element name: " and
-/// the name, for one that is none, and for one with a prefix when a namespace is given beside it.
+/// The name of an element.
+/// @throws VoInvalidXMLOperation "Character not allowed in XML" or "Invalid element name: " and the name, for one that
+/// is none, and for one with a prefix when a namespace is given beside it
 QString RequireElementName(const VoString& name, const XMLName& decoded, bool hasNamespace = false);
-/// The name of an attribute. Throws VoInvalidXMLAttributeName likewise.
+/// The name of an attribute.
+/// @throws VoInvalidXMLAttributeName likewise
 QString RequireAttributeName(const VoString& name, const XMLName& decoded, bool hasNamespace = false);
 
 /// The namespace that the prefix "xml" always stands for.

@@ -17,7 +17,8 @@ namespace vo::detail {
 class XMLOutline
 {
 public:
-    /// Reads a document through. Throws VoStackLimitException for one of more than MaximumXMLLevels.
+    /// Reads a document through.
+    /// @throws VoStackLimitException for one of more than MaximumXMLLevels
     explicit XMLOutline(const VoString& document);
 
     /// Why the document is not well formed.

@@ -79,9 +79,11 @@ public:
     /// The caller holds a share of the element that outlasts the step: its reader may end in it.
     /// @{
     /// To the next start tag in an element, after skipping a child still open in it; false behind the element's end
-    /// tag. Throws VoInvalidXMLOperation for a closed element.
+    /// tag.
+    /// @throws VoInvalidXMLOperation for a closed element
     static bool NextChild(const Element& element);
-    /// The trimmed text of the innermost open element; throws VoInvalidXMLOperation with the message for any other.
+    /// The trimmed text of the innermost open element.
+    /// @throws VoInvalidXMLOperation with the message for any other
     static VoString ReadText(const Element& element, const char* inactiveMessage);
     /// @}
 

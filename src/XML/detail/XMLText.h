@@ -8,8 +8,8 @@
 
 namespace vo::detail {
 
-/// All bytes read as UTF-8: zero bytes and a leading U+FEFF are kept, bytes that are not UTF-8 become U+FFFD. Throws
-/// VoOverflowException for a text beyond what QString can hold.
+/// All bytes read as UTF-8: zero bytes and a leading U+FEFF are kept, bytes that are not UTF-8 become U+FFFD.
+/// @throws VoOverflowException for a text beyond what QString can hold
 QString ToQtText(const VoString& text);
 
 /// The UTF-8 form of a text.
@@ -21,7 +21,7 @@ VoString FromQtText(const QString& text);
 /// line feed and carriage return, U+FFFE, U+FFFF.
 VOCORE_PRIVATE_EXPORT bool IsXMLText(const VoString& text);
 
-/// Throws VoInvalidXMLOperation "Character not allowed in XML" unless IsXMLText().
+/// @throws VoInvalidXMLOperation "Character not allowed in XML" unless IsXMLText()
 void RequireXMLText(const VoString& text);
 
 } // namespace vo::detail

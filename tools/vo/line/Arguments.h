@@ -26,8 +26,9 @@ public:
     /// The command that a line means, also where the line is wrong otherwise; empty when it names none.
     static VoString CommandOf(const QStringList& arguments);
 
-    /// Finds the command and its options. Throws UsageError for an unknown command or option (naming the nearest one),
-    /// a missing or superfluous value, an option given twice that is not repeatable, and a wrong number of arguments.
+    /// Finds the command and its options.
+    /// @throws UsageError for an unknown command or option (naming the nearest one), a missing or superfluous value, an
+    /// option given twice that is not repeatable, and a wrong number of arguments
     explicit Arguments(const QStringList& arguments);
 
     /// Null when none was named.
@@ -37,7 +38,7 @@ public:
     /// The option's value; none when it was not given. An empty value is refused.
     std::optional<VoString> text(const char* option) const;
     std::vector<VoString> texts(const char* option) const; ///< The values of a repeatable option, in their order.
-    VoString requiredText(const char* option) const;       ///< As text(); throws UsageError without it.
+    VoString requiredText(const char* option) const;       ///< As text(). @throws UsageError without it
 
     /// @{ As text(), read as a value of a kind.
     std::optional<VoUUID> identifier(const char* option) const;

@@ -13,11 +13,11 @@ class Arguments;
 /// the system's reason. Paths are shown as they were typed, or as this system writes them.
 
 /// The exception that is being handled as a message and a code. Texts and codes go by the exception's class and by what
-/// it is about; what made an installation fail is told, not that it failed. @p wanted, such as "read", and @p name say
+/// it is about; what made an installation fail is told, not that it failed. `wanted`, such as "read", and `name` say
 /// what the tool was doing; both are empty when that adds nothing.
 CommandError ToldFailure(const Arguments& arguments, const VoString& wanted, const VoString& name);
 
-/// Does @p work; what it throws of the library ends the command as "cannot <wanted> <name>: <reason>".
+/// Does `work`; what it throws of the library ends the command as "cannot <wanted> <name>: <reason>".
 template <typename Work>
 auto Doing(const Arguments& arguments, const VoString& wanted, const VoString& name, Work work)
 {
@@ -34,7 +34,7 @@ auto Doing(const Arguments& arguments, const VoString& wanted, const VoString& n
 VoString NameOf(const Arguments& arguments, const Location& location);
 VoString NameOf(const Arguments& arguments, const VoDirectoryPath& directory);
 
-/// Throws Failure unless the folder is there: "cannot <wanted> <its name>: ...".
+/// @throws Failure unless the folder is there: "cannot <wanted> <its name>: ..."
 void RequireFolder(const Arguments& arguments, const VoDirectoryPath& folder, const char* wanted);
 
 /// A text of the library for people: rooted paths in it are shown as this system writes them.

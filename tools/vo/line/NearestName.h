@@ -7,11 +7,11 @@
 
 namespace vo::tool {
 
-/// The number of single-character insertions, removals, replacements and swaps of neighbours that turn @p a into @p b.
+/// The number of single-character insertions, removals, replacements and swaps of neighbours that turn `a` into `b`.
 std::size_t EditDistance(std::string_view a, std::string_view b);
 
-/// The name that was most likely meant by @p typed: the one at the smallest distance, the first of several; none when
-/// even the nearest differs in more than a third of its characters (at least one is always forgiven) and @p typed is
+/// The name that was most likely meant by `typed`: the one at the smallest distance, the first of several; none when
+/// even the nearest differs in more than a third of its characters (at least one is always forgiven) and `typed` is
 /// not the beginning of exactly one name.
 std::optional<std::string_view> NearestName(std::string_view typed, const std::vector<std::string_view>& names);
 

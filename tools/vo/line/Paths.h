@@ -11,7 +11,7 @@
 
 namespace vo::tool {
 
-/// @{ A typed path made absolute; the disk is not asked. Throws UsageError, which begins with @p source, for a text
+/// @{ A typed path made absolute; the disk is not asked. Throws UsageError, which begins with `source`, for a text
 /// that cannot be a path.
 VoFilePath TypedFile(const VoString& source, const VoString& text);
 VoDirectoryPath TypedDirectory(const VoString& source, const VoString& text);

@@ -25,11 +25,11 @@ struct DownloadCounts
 };
 
 /// How a command fetches from a server, by its options: three retries unless they say otherwise. Retries are shown as
-/// messages. The options that concern the whole process (certificate authorities, redirects) are put into
-/// effect. Throws UsageError for a value that cannot be used.
+/// messages. The options that concern the whole process (certificate authorities, redirects) are put into effect.
+/// @throws UsageError for a value that cannot be used
 VoDownloadPolicy PrepareDownloads(const Arguments& arguments, Console& console, DownloadCounts& counts);
 
-/// Shows what was counted, for a command that has read @p document from a server.
+/// Shows what was counted, for a command that has read `document` from a server.
 void ShowDownloadCounts(Session& session, const Location& document);
 
 } // namespace vo::tool

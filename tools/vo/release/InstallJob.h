@@ -33,9 +33,10 @@ updater::InstallationOptions OptionsOfInstalling(const Session& session);
 /// throws for a release that is refused.
 InstallJob PrepareInstall(const Session& session);
 
-/// Throws CommandError with ExitCode::Unsafe when the release would take the place of something that the command line
+/// The files are listed before. A file of another package is never allowed.
+/// @throws CommandError with ExitCode::Unsafe when the release would take the place of something that the command line
 /// does not allow it to replace: a newer release, a package in another folder or from another place, a file that
-/// belongs to no package. The files are listed before. A file of another package is never allowed.
+/// belongs to no package
 void RequireAllowed(const Session& session, const InstallJob& job);
 
 /// Shows the plan; ExitCode::NothingToDo when there is nothing to do.

@@ -6,11 +6,12 @@
 namespace vo::tool {
 
 /// The installed package that a text means: its ID, or else its name in any letter case; also one whose installation or
-/// uninstallation was interrupted. A text that names nothing
-/// installed is taken for an ID. Throws UsageError when several packages have the name.
+/// uninstallation was interrupted. A text that names nothing installed is taken for an ID.
+/// @throws UsageError when several packages have the name
 VoUUID ChooseInstalled(const VoString& text);
 
-/// As ChooseInstalled(); throws Failure for a text that names nothing installed.
+/// As ChooseInstalled().
+/// @throws Failure for a text that names nothing installed
 VoUUID RequireInstalled(const VoString& text);
 
 /// Whether the registry has an entry of the package.

@@ -20,13 +20,15 @@ struct ChosenRelease
     VoUniquePtr<updater::AdvertisedPackageListing> package;
 };
 
-/// The package that is meant when @p wanted names it, or else the only one that is declared. Pure. Throws UsageError
-/// naming the packages there are when that leaves a choice, Failure when there is none.
+/// The package that is meant when `wanted` names it, or else the only one that is declared. Pure.
+/// @throws UsageError naming the packages there are when that leaves a choice
+/// @throws Failure when there is none
 VoUUID ChoosePackage(const updater::AdvertisedPackages& declared, const std::optional<VoUUID>& wanted);
 
 /// The declared release with that number, or the newest one. Of several that differ in their build type only, the one
-/// without build type unless the number names another. Pure. Throws Failure when there is none, UsageError when
-/// several are left.
+/// without build type unless the number names another. Pure.
+/// @throws Failure when there is none
+/// @throws UsageError when several are left
 const updater::AdvertisedPackages::Declaration& ChooseRelease(const updater::AdvertisedPackages& declared,
                                                               const VoUUID& packageID,
                                                               const std::optional<ReleaseNumber>& wanted);
@@ -36,7 +38,8 @@ const updater::AdvertisedPackages::Declaration& ChooseRelease(const updater::Adv
 /// outside its directory, and CommandError with ExitCode::Unsafe when it leads to that of another release.
 ChosenRelease OpenChosenRelease(const Session& session);
 
-/// Opens declarations. Throws Failure when it is a document of another kind.
+/// Opens declarations.
+/// @throws Failure when it is a document of another kind
 VoUniquePtr<updater::AdvertisedPackages> OpenDeclarations(const Session& session, const Location& location);
 
 /// @{ Read a document where it stands; what is on a server is fetched as the command line says. Throw
@@ -45,7 +48,8 @@ VoUniquePtr<updater::AdvertisedPackages> ReadDeclarations(const Session& session
 VoUniquePtr<updater::AdvertisedPackageListing> ReadDefinition(const Session& session, const Location& location);
 /// @}
 
-/// Where the definition of a declared release stands. Throws VoValidationException for a path that leads elsewhere.
+/// Where the definition of a declared release stands.
+/// @throws VoValidationException for a path that leads elsewhere
 Location DefinitionLocation(const updater::AdvertisedPackages::Declaration& declaration, const Location& declarations);
 
 } // namespace vo::tool

@@ -7,7 +7,7 @@ namespace vo::tool {
 
 class Console;
 
-/// Lists every file and chunk of a plan, with ShowClaims(). Paths below @p directory are shown relative to it.
+/// Lists every file and chunk of a plan, with ShowClaims(). Paths below `directory` are shown relative to it.
 void ShowPlanSteps(Console& console, const updater::InstallationPlan& plan, const VoDirectoryPath& directory);
 
 /// Lists the files on disk that are not the package's own and that the installation meets.

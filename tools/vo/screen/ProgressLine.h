@@ -25,13 +25,13 @@ public:
         Bytes
     };
 
-    /// A line that begins at nothing done; @p label says what is going on.
+    /// A line that begins at nothing done; `label` says what is going on.
     ProgressLine(const VoString& label, Unit unit);
 
     const VoString& label() const { return m_label; }
 
-    /// Takes in how much is done. What would go backwards, or beyond @p total, is corrected, and so is a @p total that
-    /// shrinks; a @p total of 0 means that it is not known.
+    /// Takes in how much is done. What would go backwards, or beyond `total`, is corrected, and so is a `total` that
+    /// shrinks; a `total` of 0 means that it is not known.
     void update(std::uint64_t done, std::uint64_t total, const VoTimePoint& now);
 
     std::uint64_t done() const { return m_done; } ///< As shown.
@@ -40,7 +40,7 @@ public:
     /// The rate over the last samples tells it; negative while it cannot be told yet.
     VoTimeDuration timeLeft() const;
 
-    /// The line, at most @p width bytes: what stands behind gives way first.
+    /// The line, at most `width` bytes: what stands behind gives way first.
     VoString text(std::size_t width) const;
 
 private:

@@ -42,7 +42,7 @@ protected:
 };
 
 /// A name that a sheet can have, made of a file's name: what is not allowed becomes "_", and it is at most 31
-/// characters long. A number keeps it apart from @p taken sheets of that name.
+/// characters long. A number keeps it apart from `taken` sheets of that name.
 VoString SheetName(const VoString& fileName, std::size_t taken);
 
 } // namespace vo::tool

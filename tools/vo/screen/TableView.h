@@ -15,10 +15,10 @@ namespace vo::tool {
 class TableView
 {
 public:
-    /// Of a file of the format. A field wider than @p widest characters is cut, and ends with "…".
+    /// Of a file of the format. A field wider than `widest` characters is cut, and ends with "…".
     explicit TableView(const VoCSVFormat& format, std::size_t widest = 40);
 
-    /// First pass: takes in the widths of the reader's row; @p isHeader says that it does not tell what the columns
+    /// First pass: takes in the widths of the reader's row; `isHeader` says that it does not tell what the columns
     /// hold.
     void measure(const VoCSVReader& row, bool isHeader);
 

@@ -30,8 +30,8 @@ struct LogColumn
 /// common, at least the six of "%g".
 int DigitsFor(const VoStatistics& sample);
 
-/// The table of what is said of the analysis as a whole; each part of it ends with @p lineEnd and begins with
-/// @p indent.
+/// The table of what is said of the analysis as a whole; each part of it ends with `lineEnd` and begins with
+/// `indent`.
 void WriteHeaderTable(ReportPage& page, const XMLReportHeader& header, std::string_view indent,
                       std::string_view lineEnd);
 

@@ -20,7 +20,7 @@ class ReportPage
 {
 public:
     /// Starts a page: everything up to the end of the head.
-    /// @throw VoException when the file cannot be opened for writing
+    /// @throws VoException when the file cannot be opened for writing
     ReportPage(const YString& file, const YString& styleFile, const char* title);
 
     ReportPage& operator<<(std::string_view fixed); ///< A part of the page, as it is.
@@ -30,7 +30,7 @@ public:
     ReportPage& number(double value, int digits);   ///< Like "%.*g": so many significant digits.
 
     /// Rules that only make sense beside the built-in style, as one style element; nothing beside the user's own style.
-    /// To all pages' rules are added @p rules.
+    /// To all pages' rules are added `rules`.
     ReportPage& refinements(std::string_view rules);
 
     void finish(); ///< Ends the page and puts it in the file's place.

@@ -54,8 +54,8 @@ T ReadAttribute(VoXMLStreamElementLoader& element, const char* name)
 
 /// Writes a number in decimal.
 void WriteNumber(VoXMLElementWriter& element, const char* name, std::uint64_t value);
-/// Reads digits only; throws VoInvalidConversionException for a sign, a blank, an empty text or a number of 2^64 or
-/// more.
+/// Reads digits only.
+/// @throws VoInvalidConversionException for a sign, a blank, an empty text or a number of 2^64 or more
 std::uint64_t ReadNumber(VoXMLStreamElementLoader& element, const char* name);
 
 } // namespace vo::updater::detail

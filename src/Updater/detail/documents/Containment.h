@@ -19,7 +19,7 @@ std::string_view Bytes(const VoAbstractPath& path);
 /// @}
 
 /// The system's name of a directory with every link on the way followed; pieces that do not exist count as written.
-/// Throws VoFileException ("canonical: " + reason) when the system does not let one look.
+/// @throws VoFileException ("canonical: " + reason) when the system does not let one look
 std::string RealDirectory(const VoDirectoryPath& directory);
 
 /// Tells which paths lie inside a directory: by their texts, and with every link on the way followed. What a listing

@@ -47,14 +47,15 @@ VOCORE_PRIVATE_EXPORT std::optional<TargetClash> FindTargetClash(const std::vect
 /// the folding of paths.
 VOCORE_PRIVATE_EXPORT VoString FoldedName(const VoString& text);
 
-/// Checks a whole advert: identifiers and paths as above, and that it is sound. Throws VoValidationException, with
-/// "Invalid package definition: " + what is wrong for a duplicate file ID, a target or chunk ID that occurs twice in
-/// any letter case, a target that is also a directory of another one, a reference to an unknown chunk, a negative size,
-/// pieces whose lengths do not add up to the file's size, or an offset and length that overflow. A target that ends
-/// like the names of files being installed is an invalid target path.
+/// Checks a whole advert: identifiers and paths as above, and that it is sound. A target that ends like the names of
+/// files being installed is an invalid target path.
 ///
 /// Package and chunk IDs become file names and must be fit for that. Version and file IDs only have to be texts of 1 to
 /// 128 bytes without control characters, because messages and logs show them.
+/// @throws VoValidationException with "Invalid package definition: " + what is wrong for a duplicate file ID, a target
+/// or chunk ID that occurs twice in any letter case, a target that is also a directory of another one, a reference to
+/// an unknown chunk, a negative size, pieces whose lengths do not add up to the file's size, or an offset and length
+/// that overflow
 VOCORE_PRIVATE_EXPORT void ValidatePackage(const AdvertisedPackageListing& package);
 
 } // namespace vo::updater::detail

@@ -17,7 +17,9 @@ namespace vo::updater::detail {
 /// Fetches a document into a temporary file, which lives as long as the result: compressed where the server can do
 /// that, and only when it has changed since it was fetched last (DocumentCache). The policy's onReceived hears of it.
 /// The one place where the documents of the updater meet the download service. Documents of more than 64 MiB are
-/// refused, compressed or not. Throws VoDownloadException, and VoUserCancelledException when the flag is raised.
+/// refused, compressed or not.
+/// @throws VoDownloadException
+/// @throws VoUserCancelledException when the flag is raised
 VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const VoDownloadPolicy& policy);
 
 /// A file to fetch, and the size that it may not exceed.

@@ -20,7 +20,7 @@ namespace vo::updater::detail {
 
 /// Loads a file by the loader's rules; empty when its root has no rule. Refuses document type declarations with
 /// VoDocumentTypeException. Every failure is logged as an error (category "updater") and rethrown; log and exception
-/// are about @p name, which is where a document of another machine came from, and the path when it is empty.
+/// are about `name`, which is where a document of another machine came from, and the path when it is empty.
 VOCORE_PRIVATE_EXPORT VoUniquePtr<VoAbstractXMLStreamLoaderObject>
 LoadDocument(VoXMLStreamLoader& loader, const VoFilePath& path, const VoString& name);
 

@@ -52,39 +52,40 @@ enum class FileKind
     Directory,
     Other, ///< A link, a pipe, a device.
 };
-/// Throws VoFileException ("status: " + reason) when the system does not let one look: a file that cannot be seen is
-/// not one that is gone.
+/// @throws VoFileException ("status: " + reason) when the system does not let one look: a file that cannot be seen is
+/// not one that is gone
 VOCORE_PRIVATE_EXPORT FileKind KindOf(const VoFilePath& path);
 
-/// Makes one directory; nothing when it is there. Throws VoFileException ("Cannot create directory: " + reason + ": " +
-/// path).
+/// Makes one directory; nothing when it is there.
+/// @throws VoFileException ("Cannot create directory: " + reason + ": " + path)
 void MakeDirectory(const VoDirectoryPath& directory);
 
-/// Removes a file or a link. A missing one counts as removed; a directory stays, and the result is false. Throws
-/// VoFileException ("Cannot remove file: " + reason + ": " + path).
+/// Removes a file or a link. A missing one counts as removed; a directory stays, and the result is false.
+/// @throws VoFileException ("Cannot remove file: " + reason + ": " + path)
 bool EraseFile(const VoFilePath& path);
 
-/// Removes a directory if it is empty. The result is true when there is none afterwards. Throws VoFileException
-/// ("Cannot remove directory: " + reason + ": " + path).
+/// Removes a directory if it is empty. The result is true when there is none afterwards.
+/// @throws VoFileException ("Cannot remove directory: " + reason + ": " + path)
 bool EraseDirectoryIfEmpty(const VoDirectoryPath& directory);
 
-/// Renames a built file to its place. Throws VoFileException ("Cannot replace file: " + reason + ": " + place).
+/// Renames a built file to its place.
+/// @throws VoFileException ("Cannot replace file: " + reason + ": " + place)
 void PutInPlace(const VoFilePath& built, const VoFilePath& place);
 
 /// Renames what stands at a place, a file, a link or a whole directory, to a name beside it. That is possible for a
-/// program that is running, which can be neither overwritten nor removed on every system. Throws VoFileException
-/// ("Cannot replace file: " + reason + ": " + place).
+/// program that is running, which can be neither overwritten nor removed on every system.
+/// @throws VoFileException ("Cannot replace file: " + reason + ": " + place)
 void MoveAside(const VoFilePath& place, const VoFilePath& aside);
 
-/// Takes MoveAside back; a file that stands at the place meanwhile is replaced. Throws VoFileException ("Cannot restore
-/// file: " + reason + ": " + place).
+/// Takes MoveAside back; a file that stands at the place meanwhile is replaced.
+/// @throws VoFileException ("Cannot restore file: " + reason + ": " + place)
 void MoveBack(const VoFilePath& aside, const VoFilePath& place);
 
 /// Gives `file` the permissions of `model`, if that is a regular file; without the bits that lend another's rights.
 void CopyPermissions(const VoFilePath& model, const VoFilePath& file);
 
-/// Throws VoFileException ("Not enough disk space: ...") when `bytes` cannot be had on the volume of `directory`. A
-/// volume that says it has none at all is left to prove it.
+/// A volume that says it has none at all is left to prove it.
+/// @throws VoFileException ("Not enough disk space: ...") when `bytes` cannot be had on the volume of `directory`
 void RequireFreeSpace(const VoDirectoryPath& directory, std::uint64_t bytes);
 
 } // namespace vo::updater::detail

@@ -32,7 +32,8 @@ struct FileClaims
 
 /// Looks at the places of all added, modified and removed files; reads those that nobody owns and that may be equal.
 /// `installed` is the release before, or null. A place that both that release and another package own is no conflict
-/// while both mean the same content. Throws VoFileException when the system does not let one look.
+/// while both mean the same content.
+/// @throws VoFileException when the system does not let one look
 FileClaims FindClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
                       const AdvertisedPackageListing& advertised,
                       const std::function<VoFilePath(const AdvertisedFileListing&)>& placeOf, FileOwners& owners);

@@ -38,8 +38,9 @@ enum class Durability
 class VOCORE_PRIVATE_EXPORT FileInstaller
 {
 public:
-    /// Makes the new file; one that was left there by an interrupted run is removed first. Throws
-    /// VoPathSizeFileException, and VoFileException ("Cannot write file: ...") for all other trouble.
+    /// Makes the new file; one that was left there by an interrupted run is removed first.
+    /// @throws VoPathSizeFileException
+    /// @throws VoFileException ("Cannot write file: ...") for all other trouble
     FileInstaller(const VoFilePath& place, Durability durability);
     FileInstaller(const FileInstaller&) = delete;
     FileInstaller& operator=(const FileInstaller&) = delete;

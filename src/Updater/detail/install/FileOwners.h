@@ -31,7 +31,8 @@ public:
     FileOwners() = default; ///< No other packages.
     /// Reads the listings of all packages but one whose folders overlap one of `directories`, and what interrupted
     /// installations of them were going to write. A listing that is damaged counts as none, with a warning: nobody can
-    /// tell what it lists. Throws VoFileException for one that cannot be read, and when folders cannot be looked at.
+    /// tell what it lists.
+    /// @throws VoFileException for one that cannot be read, and when folders cannot be looked at
     static FileOwners Others(const VoUUID& packageID, std::initializer_list<VoDirectoryPath> directories);
 
     /// The other package's record of a file; null when there is none.

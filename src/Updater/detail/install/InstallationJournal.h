@@ -85,7 +85,7 @@ public:
     /// Notes what a run is going to do; older notes of any phase are gone then, so the new ones take over what is left
     /// to do of them.
     void begin(const RunNotes& notes) const;
-    void change(Phase from, Phase to) const; ///< Throws VoFileException.
+    void change(Phase from, Phase to) const; ///< @throws VoFileException
     void remove(Phase phase) const;          ///< Forgets; nothing when there are no such notes.
 
 private:
@@ -105,8 +105,8 @@ VOCORE_PRIVATE_EXPORT bool Undo(const RunNotes& notes);
 VOCORE_PRIVATE_EXPORT bool EraseOld(const RunNotes& notes);
 
 /// Ends a run that was interrupted: undoes it, or records and ends it. `record` keeps a listing and tells whether all
-/// of that succeeded. Throws VoFileException when an old file cannot be moved back, and what `record` throws; the notes
-/// are kept then.
+/// of that succeeded.
+/// @throws VoFileException when an old file cannot be moved back, and what `record` throws; the notes are kept then
 VOCORE_PRIVATE_EXPORT void Recover(const InstallationJournal& journal,
                                    const std::function<bool(const InstalledPackageListing&)>& record);
 

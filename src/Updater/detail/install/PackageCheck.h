@@ -24,8 +24,8 @@ struct PackageCheck
 };
 
 /// Looks at every installed file of a package, and at what else lies in the directories made for it that no other
-/// package owns. Changes nothing. Progress and findings go to `broadcast`. Throws VoUserCancelledException when the
-/// flag is raised.
+/// package owns. Changes nothing. Progress and findings go to `broadcast`.
+/// @throws VoUserCancelledException when the flag is raised
 PackageCheck CheckPackage(const InstalledPackageListing& listing, FileOwners& owners, const VoStopFlag& stop,
                           const std::function<void(const VoSharedPtr<AbstractMessage>&)>& broadcast);
 

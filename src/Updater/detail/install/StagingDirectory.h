@@ -28,14 +28,15 @@ public:
     void create() const;
     /// Whether the chunk's file is there with the advertised size and checksum.
     bool holds(const ChunkListing& chunk) const;
-    /// Copies a chunk's file from a local release, in place of one that may be there. Throws VoFileNotFoundException
-    /// for a missing source, VoFileException for one that is no regular file or cannot be copied.
+    /// Copies a chunk's file from a local release, in place of one that may be there.
+    /// @throws VoFileNotFoundException for a missing source
+    /// @throws VoFileException for one that is no regular file or cannot be copied
     void copy(const VoFilePath& source, const VoUUID& chunkID) const;
     /// @{
     /// Reads and uncompresses a chunk: read() is to announce the step and load(), which may be done on another thread.
-    /// Throws VoFileNotFoundException for one that is not staged, and
-    /// VoInvalidConversionException when it promises more than `limit` bytes, which is found before anything is
-    /// uncompressed, or does not hold what it promises.
+    /// @throws VoFileNotFoundException for one that is not staged
+    /// @throws VoInvalidConversionException when it promises more than `limit` bytes, which is found before anything is
+    /// uncompressed, or does not hold what it promises
     VoByteArray read(const VoUUID& chunkID, std::uint64_t limit) const;
     void announceReading(const VoUUID& chunkID) const;
     VoByteArray load(const VoUUID& chunkID, std::uint64_t limit) const;

@@ -58,11 +58,13 @@ public:
                       const InstallationJournal& journal);
     ~UpdateTransaction();
 
-    /// Throws VoValidationException ("Invalid target path: " + target) for a place that a link leads out of the
-    /// installation directory, VoPathSizeFileException, and VoFileException for something else in the way.
+    /// @throws VoValidationException ("Invalid target path: " + target) for a place that a link leads out of the
+    /// installation directory
+    /// @throws VoPathSizeFileException
+    /// @throws VoFileException for something else in the way
     void begin();
-    /// Calls `onPlaced` for each file that was put in place. Throws VoFileException naming the file that cannot be
-    /// replaced.
+    /// Calls `onPlaced` for each file that was put in place.
+    /// @throws VoFileException naming the file that cannot be replaced
     void place(const std::function<void(const TargetFile&)>& onPlaced);
     /// An empty recorder keeps nothing. Throws what the recorder throws. Trouble with old files is logged: a later
     /// operation erases them.

@@ -22,7 +22,7 @@ namespace vo::updater::detail {
 class VOCORE_PRIVATE_EXPORT IgnoreRules
 {
 public:
-    /// Throws VoInvalidParameterException("Invalid pattern: " + pattern).
+    /// @throws VoInvalidParameterException "Invalid pattern: " + pattern
     void add(const VoString& pattern);
     /// Adds the patterns in the lines of a text file; empty ones and those that begin with "#" say nothing. Throws as
     /// above, and what reading the file throws.

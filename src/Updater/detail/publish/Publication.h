@@ -26,8 +26,8 @@ public:
     static constexpr const char* lockName = ".packages.lock";
 
     /// Makes the directory of the document where needed, waits for others who publish there (`waiting` is called again
-    /// and again, and may end that by throwing) and reads the document, which need not exist. Throws
-    /// VoNullPointerException for another document, and what making directories, locking and reading throw.
+    /// and again, and may end that by throwing) and reads the document, which need not exist.
+    /// @throws VoNullPointerException for another document, and what making directories, locking and reading throw
     Publication(const VoFilePath& declarationsFile, const std::function<void()>& waiting);
     Publication(const Publication&) = delete;
     Publication& operator=(const Publication&) = delete;

@@ -16,9 +16,10 @@ namespace vo::updater::detail {
 class VOCORE_PRIVATE_EXPORT OperationGate
 {
 public:
-    /// Waits until no other thread is inside. Throws VoInvalidCallException ("An installation is already running") when
-    /// this thread is inside already, and when it owns the download service and cannot run its loop: in a callback of
-    /// that service, or because the application is quitting.
+    /// Waits until no other thread is inside.
+    /// @throws VoInvalidCallException ("An installation is already running") when this thread is inside already, and
+    /// when it owns the download service and cannot run its loop: in a callback of that service, or because the
+    /// application is quitting
     void enter();
     void leave() noexcept;
 

@@ -18,7 +18,7 @@ class InstalledPackages;
 namespace vo::updater::detail {
 
 /// Reads a registry file. A missing one gives an empty registry. One that cannot be read gives an empty pointer, after
-/// an error was logged, and @p whyNot the reason: a caller that began anew would erase what it records.
+/// an error was logged, and `whyNot` the reason: a caller that began anew would erase what it records.
 VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path, VoString& whyNot);
 
 /// Removes what killed processes left in the directory of the listings while they replaced a document. Only while no
@@ -29,8 +29,9 @@ VOCORE_PRIVATE_EXPORT void EraseTemporaryDocuments(const VoDirectoryPath& direct
 class VOCORE_PRIVATE_EXPORT ProcessLock
 {
 public:
-    /// Makes the directory if needed and locks it. Throws VoFileLockedException when another process has locked it, and
-    /// VoCannotOpenFileException when the lock's file cannot be made. No lock outlives its process.
+    /// Makes the directory if needed and locks it. No lock outlives its process.
+    /// @throws VoFileLockedException when another process has locked it
+    /// @throws VoCannotOpenFileException when the lock's file cannot be made
     explicit ProcessLock(const VoDirectoryPath& directory);
     ~ProcessLock();
     ProcessLock(const ProcessLock&) = delete;
