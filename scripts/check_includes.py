@@ -9,7 +9,7 @@ import re
 import sys
 
 SRC = pathlib.Path(__file__).resolve().parent.parent / "src"
-ROWS = ["Core", "Time", "FileSystem", "IO", "Subsystem", "Threading", "XML", "Documents", "Maths", "Download",
+ROWS = ["Core", "Time", "FileSystem", "IO", "Subsystem", "Threading", "Actions", "XML", "Documents", "Maths", "Download",
         "Signing", "Misc/XMLReport", "Updater"]
 UPWARDS = {
     # The public values of Core whose text or content is a path's, a file's or an element's; their places are fixed.
