@@ -12,45 +12,45 @@
 
 namespace {
 
-constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=";
-constexpr unsigned char padValue = 64;
-constexpr unsigned char unknownValue = 65;
+constexpr char Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=";
+constexpr unsigned char PadValue = 64;
+constexpr unsigned char UnknownValue = 65;
 
 // The value of each byte: its place in the alphabet.
 constexpr std::array<unsigned char, 256> MakeValues()
 {
     std::array<unsigned char, 256> values{};
     for (unsigned char& value : values)
-        value = unknownValue;
-    for (unsigned char i = 0; i <= padValue; ++i)
-        values[static_cast<unsigned char>(alphabet[i])] = i;
+        value = UnknownValue;
+    for (unsigned char i = 0; i <= PadValue; ++i)
+        values[static_cast<unsigned char>(Alphabet[i])] = i;
     return values;
 }
 
-constexpr std::array<unsigned char, 256> values = MakeValues();
+constexpr std::array<unsigned char, 256> Values = MakeValues();
 
 unsigned char ValueOf(char c)
 {
-    return values[static_cast<unsigned char>(c)];
+    return Values[static_cast<unsigned char>(c)];
 }
 
 std::string EncodeBytes(const unsigned char* bytes, std::size_t length)
 {
-    std::string text((length + 2) / 3 * 4, alphabet[padValue]);
+    std::string text((length + 2) / 3 * 4, Alphabet[PadValue]);
     char* out = text.data();
     for (; length >= 3; length -= 3, bytes += 3) {
-        *out++ = alphabet[bytes[0] >> 2];
-        *out++ = alphabet[(bytes[0] & 0x03) << 4 | bytes[1] >> 4];
-        *out++ = alphabet[(bytes[1] & 0x0f) << 2 | bytes[2] >> 6];
-        *out++ = alphabet[bytes[2] & 0x3f];
+        *out++ = Alphabet[bytes[0] >> 2];
+        *out++ = Alphabet[(bytes[0] & 0x03) << 4 | bytes[1] >> 4];
+        *out++ = Alphabet[(bytes[1] & 0x0f) << 2 | bytes[2] >> 6];
+        *out++ = Alphabet[bytes[2] & 0x3f];
     }
     if (length == 0)
         return text;
     const unsigned char second = length == 2 ? bytes[1] : static_cast<unsigned char>(0);
-    *out++ = alphabet[bytes[0] >> 2];
-    *out++ = alphabet[(bytes[0] & 0x03) << 4 | second >> 4];
+    *out++ = Alphabet[bytes[0] >> 2];
+    *out++ = Alphabet[(bytes[0] & 0x03) << 4 | second >> 4];
     if (length == 2)
-        *out++ = alphabet[(second & 0x0f) << 2];
+        *out++ = Alphabet[(second & 0x0f) << 2];
     return text;
 }
 
@@ -62,8 +62,8 @@ void DecodeGroup(const char* text, unsigned char* bytes)
     const unsigned c = ValueOf(text[2]);
     const unsigned d = ValueOf(text[3]);
     bytes[0] = static_cast<unsigned char>(a << 2 | b >> 4);
-    bytes[1] = c < padValue ? static_cast<unsigned char>(b << 4 | c >> 2) : static_cast<unsigned char>(0);
-    bytes[2] = c < padValue && d < padValue ? static_cast<unsigned char>(c << 6 | d) : static_cast<unsigned char>(0);
+    bytes[1] = c < PadValue ? static_cast<unsigned char>(b << 4 | c >> 2) : static_cast<unsigned char>(0);
+    bytes[2] = c < PadValue && d < PadValue ? static_cast<unsigned char>(c << 6 | d) : static_cast<unsigned char>(0);
 }
 
 template <typename Unsigned>

@@ -106,7 +106,7 @@ std::optional<std::string> ReplacedBytes(std::string_view text, std::string_view
 }
 
 // The alphabet of each VoString::RandomType, by its value.
-constexpr std::string_view alphabets[] = {
+constexpr std::string_view Alphabets[] = {
     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789",
     "0123456789",
     "abcdefghijklmnopqrstuvwxyz",
@@ -117,7 +117,7 @@ constexpr std::string_view alphabets[] = {
 std::string_view AlphabetOf(VoString::RandomType type)
 {
     const auto index = static_cast<std::size_t>(type);
-    return index < std::size(alphabets) ? alphabets[index] : alphabets[VoString::Alphanumeric];
+    return index < std::size(Alphabets) ? Alphabets[index] : Alphabets[VoString::Alphanumeric];
 }
 
 void AppendUtf16(QString& text, wchar_t c)

@@ -21,7 +21,7 @@ static_assert(std::is_same_v<ValueOf<VoVariant::Integer>, int>);
 static_assert(std::is_same_v<ValueOf<VoVariant::StringPair>, StringPairValue>);
 static_assert(std::variant_size_v<Value> == VoVariant::StringPair + 1);
 
-constexpr const char* typeNames[] = {"Null",   "Boolean", "FilePath", "FilePathPair", "Integer",
+constexpr const char* TypeNames[] = {"Null",   "Boolean", "FilePath", "FilePathPair", "Integer",
                                      "Double", "Size",    "String",   "StringPair"};
 
 template <typename T>
@@ -317,13 +317,13 @@ VoString VoVariant::toString() const
 
 const char* VoVariant::TypeString(Type type)
 {
-    return type >= Null && type <= StringPair ? typeNames[type] : "Unknown";
+    return type >= Null && type <= StringPair ? TypeNames[type] : "Unknown";
 }
 
 VoVariant::Type VoVariant::StringType(const VoString& text)
 {
     for (int type = Boolean; type <= StringPair; ++type)
-        if (text == typeNames[type])
+        if (text == TypeNames[type])
             return static_cast<Type>(type);
     return Null;
 }

@@ -15,11 +15,11 @@
 
 namespace {
 
-constexpr std::size_t blockSize = 256 * 1024;
-constexpr std::size_t longestField = 64 * 1024 * 1024;
-constexpr std::size_t longestRow = 256 * 1024 * 1024;
-constexpr std::size_t mostFields = 1 << 20;
-constexpr std::size_t leastRoom = 64; // for a reading from the input
+constexpr std::size_t BlockSize = 256 * 1024;
+constexpr std::size_t LongestField = 64 * 1024 * 1024;
+constexpr std::size_t LongestRow = 256 * 1024 * 1024;
+constexpr std::size_t MostFields = 1 << 20;
+constexpr std::size_t LeastRoom = 64; // for a reading from the input
 
 // A field by its place behind the beginning of its row, which moves when the block is filled up.
 struct Field
@@ -38,7 +38,7 @@ struct VoCSVReader::Private
         , input(source, format.encoding)
         , separator(format.separator.toStdString())
         , quote(format.quote)
-        , block(blockSize)
+        , block(BlockSize)
     {
         for (const char c : {separator.front(), '\r', '\n'})
             ends[static_cast<unsigned char>(c)] = true;
@@ -97,8 +97,8 @@ bool VoCSVReader::Private::fill()
         filled -= rowBegin;
         rowBegin = 0;
     }
-    if (block.size() - filled < leastRoom) {
-        if (block.size() >= longestRow)
+    if (block.size() - filled < LeastRoom) {
+        if (block.size() >= LongestRow)
             fail("Row too long");
         block.resize(block.size() * 2);
     }
@@ -122,9 +122,9 @@ bool VoCSVReader::Private::follows(std::string_view text)
 
 void VoCSVReader::Private::addField(std::size_t begin, std::size_t size, bool isQuoted)
 {
-    if (size > longestField)
+    if (size > LongestField)
         fail("Field too long");
-    if (fields.size() == mostFields)
+    if (fields.size() == MostFields)
         fail("Row too long");
     fields.push_back({static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(size), isQuoted});
 }
@@ -154,7 +154,7 @@ void VoCSVReader::Private::readPlain()
             ++place;
         position = static_cast<std::size_t>(place - block.data());
         if (place == end) {
-            if (position - rowBegin - begin > longestField)
+            if (position - rowBegin - begin > LongestField)
                 fail("Field too long");
             if (!fill())
                 break;
@@ -171,14 +171,14 @@ void VoCSVReader::Private::readPlain()
 // left is read with all care.
 void VoCSVReader::Private::skimPlain()
 {
-    if (separator.size() > 1 || block.size() > longestField)
+    if (separator.size() > 1 || block.size() > LongestField)
         return;
     const char* const row = block.data() + rowBegin;
     const char* const end = block.data() + filled;
     const char* begin = block.data() + position;
     const char mark = separator.front();
     const char quoteMark = quote;
-    while (begin != end && *begin != quoteMark && fields.size() < mostFields) {
+    while (begin != end && *begin != quoteMark && fields.size() < MostFields) {
         const char* place = begin;
         while (place != end && !ends[static_cast<unsigned char>(*place)])
             ++place;
@@ -197,7 +197,7 @@ void VoCSVReader::Private::readQuoted()
     const std::size_t begin = position - rowBegin;
     std::size_t written = begin;
     for (;;) {
-        if (written - begin > longestField)
+        if (written - begin > LongestField)
             fail("Field too long");
         if (!has())
             fail("Unterminated quoted field");

@@ -18,12 +18,12 @@ using vo::detail::TextEncoding;
 
 namespace {
 
-constexpr std::size_t blockSize = 256 * 1024;
-constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
+constexpr std::size_t BlockSize = 256 * 1024;
+constexpr std::string_view ByteOrderMark = "\xef\xbb\xbf";
 
 // Kinds of bytes; a byte may be of both.
-constexpr unsigned char special = 1; // stands in quotes only
-constexpr unsigned char beyondASCII = 2;
+constexpr unsigned char Special = 1; // stands in quotes only
+constexpr unsigned char BeyondASCII = 2;
 
 bool IsBlank(char c)
 {
@@ -52,12 +52,12 @@ struct VoCSVWriter::Private
         , newline(format.newline.toStdString())
         , quote(format.quote)
     {
-        std::fill(std::begin(kinds) + 0x80, std::end(kinds), beyondASCII);
+        std::fill(std::begin(kinds) + 0x80, std::end(kinds), BeyondASCII);
         for (const char c : {separator.front(), quote, '\r', '\n'})
-            kinds[static_cast<unsigned char>(c)] |= special;
-        gathered.reserve(2 * blockSize);
-        if (csvFormat.byteOrderMark && !vo::detail::FirstUnwritable(byteOrderMark, csvFormat.encoding))
-            gathered = byteOrderMark;
+            kinds[static_cast<unsigned char>(c)] |= Special;
+        gathered.reserve(2 * BlockSize);
+        if (csvFormat.byteOrderMark && !vo::detail::FirstUnwritable(ByteOrderMark, csvFormat.encoding))
+            gathered = ByteOrderMark;
     }
 
     void addRaw(std::string_view text);
@@ -120,7 +120,7 @@ bool VoCSVWriter::Private::needsQuotes(std::string_view text, unsigned char foun
 {
     if (text.empty())
         return false;
-    return IsBlank(text.front()) || IsBlank(text.back()) || (found & special) != 0 ||
+    return IsBlank(text.front()) || IsBlank(text.back()) || (found & Special) != 0 ||
            (rows == 0 && !isInRow && looksLikeMark(text));
 }
 
@@ -140,7 +140,7 @@ void VoCSVWriter::Private::requireWritable(std::string_view text) const
     if (!character)
         return;
     const VoString where = " in CSV at row " + VoString(rows + 1);
-    if (*character == vo::detail::notUTF8)
+    if (*character == vo::detail::NotUTF8)
         throw VoInvalidParameterException("Text is not UTF-8" + where);
     throw VoInvalidParameterException("Character " + CodePointText(*character) + " is not in " +
                                       vo::detail::EncodingName(format.encoding) + where);
@@ -194,7 +194,7 @@ VoCSVWriter::~VoCSVWriter()
 void VoCSVWriter::addText(std::string_view text, Quotes quotes)
 {
     const unsigned char found = m_private->kindsIn(text);
-    if ((found & beyondASCII) != 0)
+    if ((found & BeyondASCII) != 0)
         m_private->requireWritable(text);
     if (m_private->isFormula(text))
         return m_private->addQuoted("'" + std::string(text));
@@ -225,7 +225,7 @@ void VoCSVWriter::endRow()
     m_private->gathered += m_private->newline;
     m_private->isInRow = false;
     ++m_private->rows;
-    if (m_private->gathered.size() >= blockSize)
+    if (m_private->gathered.size() >= BlockSize)
         m_private->flush();
 }
 

@@ -20,8 +20,8 @@ using vo::detail::XMLTypeNames;
 namespace {
 
 // A column is visited even where a row has no item, so a few bytes of a document could ask for any amount of work.
-constexpr std::size_t widestItem = 16384;
-constexpr std::size_t widestRow = 1 << 20;
+constexpr std::size_t WidestItem = 16384;
+constexpr std::size_t WidestRow = 1 << 20;
 
 void WriteItem(VoXMLElementWriter& row, const VoDataTableItem& item)
 {
@@ -42,7 +42,7 @@ std::size_t ReadSpan(VoXMLElementReader& item, std::size_t widthSoFar)
     std::size_t span = 0;
     const auto parsed = std::from_chars(digits.data(), digits.data() + digits.size(), span);
     const bool isNumber = parsed.ec == std::errc() && parsed.ptr == digits.data() + digits.size();
-    if (!isNumber || span > widestItem || widthSoFar + span > widestRow)
+    if (!isNumber || span > WidestItem || widthSoFar + span > WidestRow)
         throw VoInvalidParameterException("Invalid column span: " + text);
     return span;
 }

@@ -15,12 +15,12 @@
 namespace {
 
 // Filling up rows may cost this many cells, or this many for each cell read.
-constexpr std::size_t alwaysAllowedCells = 1 << 24;
-constexpr std::size_t allowedCellsPerCell = 256;
+constexpr std::size_t AlwaysAllowedCells = 1 << 24;
+constexpr std::size_t AllowedCellsPerCell = 256;
 
 void RequireProportion(std::size_t rows, std::size_t columns, std::size_t cells)
 {
-    if (columns != 0 && rows > std::max(alwaysAllowedCells, cells * allowedCellsPerCell) / columns)
+    if (columns != 0 && rows > std::max(AlwaysAllowedCells, cells * AllowedCellsPerCell) / columns)
         throw VoInvalidParameterException("Rows of CSV differ too much in length");
 }
 

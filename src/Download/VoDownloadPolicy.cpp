@@ -4,9 +4,9 @@
 
 VoTimeDuration VoDownloadPolicy::delayBefore(unsigned retry, double jitter) const noexcept
 {
-    constexpr unsigned LargestShift = 40; // beyond that every delay is longer than the longest
+    constexpr unsigned largestShift = 40; // beyond that every delay is longer than the longest
     double seconds = firstDelay.seconds();
-    for (unsigned i = 1; i < std::min(retry, LargestShift); ++i)
+    for (unsigned i = 1; i < std::min(retry, largestShift); ++i)
         seconds *= 2;
     seconds = std::min(seconds, longestDelay.seconds());
     seconds *= 1 - 0.5 * std::clamp(jitter, 0.0, 1.0);

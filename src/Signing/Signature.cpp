@@ -24,15 +24,15 @@
 namespace vo::signing {
 namespace {
 
-constexpr std::string_view commentMark = "untrusted comment: ";
-constexpr std::string_view trustedMark = "trusted comment: ";
-constexpr std::string_view keyAlgorithm = "Ed";
-constexpr std::string_view hashedAlgorithm = "ED"; // of a signature over the document's hash
-constexpr std::string_view scryptDerivation = "Sc";
-constexpr std::string_view noDerivation{"\0\0", 2};
-constexpr std::string_view checksumAlgorithm = "B2";
-constexpr std::size_t longestComment = 1000;
-constexpr unsigned long long mostMemory = 2ull << 30;
+constexpr std::string_view CommentMark = "untrusted comment: ";
+constexpr std::string_view TrustedMark = "trusted comment: ";
+constexpr std::string_view KeyAlgorithm = "Ed";
+constexpr std::string_view HashedAlgorithm = "ED"; // of a signature over the document's hash
+constexpr std::string_view ScryptDerivation = "Sc";
+constexpr std::string_view NoDerivation{"\0\0", 2};
+constexpr std::string_view ChecksumAlgorithm = "B2";
+constexpr std::size_t LongestComment = 1000;
+constexpr unsigned long long MostMemory = 2ull << 30;
 
 using Bytes = std::string; // also of binary parts
 
@@ -152,7 +152,7 @@ void RequireComment(const VoString& comment)
 {
     const std::string text(comment.toStdString());
     const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
-    if (text.size() > longestComment || std::any_of(text.begin(), text.end(), isControl))
+    if (text.size() > LongestComment || std::any_of(text.begin(), text.end(), isControl))
         throw VoInvalidParameterException("Invalid comment");
 }
 
@@ -180,21 +180,21 @@ private:
     std::size_t m_size;
 };
 
-constexpr std::size_t numberSize = 8;
-constexpr std::size_t secretSize = crypto_sign_SECRETKEYBYTES; // the last half is the public key
-constexpr std::size_t checksumSize = 32;
-constexpr std::size_t sealedSize = numberSize + secretSize + checksumSize;
-constexpr std::size_t saltSize = crypto_pwhash_scryptsalsa208sha256_SALTBYTES;
+constexpr std::size_t NumberSize = 8;
+constexpr std::size_t SecretSize = crypto_sign_SECRETKEYBYTES; // the last half is the public key
+constexpr std::size_t ChecksumSize = 32;
+constexpr std::size_t SealedSize = NumberSize + SecretSize + ChecksumSize;
+constexpr std::size_t SaltSize = crypto_pwhash_scryptsalsa208sha256_SALTBYTES;
 
 // What a passphrase makes of the sealed part, and what makes it out of that again.
 void Mix(unsigned char* sealed, const Passphrase& passphrase, std::string_view salt, std::uint64_t operations,
          std::uint64_t memory)
 {
-    const SecretMemory stream(sealedSize);
+    const SecretMemory stream(SealedSize);
     if (crypto_pwhash_scryptsalsa208sha256(stream.data(), stream.size(), passphrase.data(), passphrase.size(),
                                            Unsigned(salt), operations, static_cast<std::size_t>(memory)) != 0)
         throw std::bad_alloc();
-    for (std::size_t i = 0; i < sealedSize; ++i)
+    for (std::size_t i = 0; i < SealedSize; ++i)
         sealed[i] = static_cast<unsigned char>(sealed[i] ^ stream.data()[i]);
 }
 
@@ -202,26 +202,26 @@ void Mix(unsigned char* sealed, const Passphrase& passphrase, std::string_view s
 void PutChecksum(const unsigned char* sealed, unsigned char* checksum)
 {
     crypto_generichash_state state;
-    crypto_generichash_init(&state, nullptr, 0, checksumSize);
-    crypto_generichash_update(&state, Unsigned(keyAlgorithm), keyAlgorithm.size());
-    crypto_generichash_update(&state, sealed, numberSize + secretSize);
-    crypto_generichash_final(&state, checksum, checksumSize);
+    crypto_generichash_init(&state, nullptr, 0, ChecksumSize);
+    crypto_generichash_update(&state, Unsigned(KeyAlgorithm), KeyAlgorithm.size());
+    crypto_generichash_update(&state, sealed, NumberSize + SecretSize);
+    crypto_generichash_final(&state, checksum, ChecksumSize);
 }
 
 bool HasItsChecksum(const unsigned char* sealed)
 {
-    std::array<unsigned char, checksumSize> checksum;
+    std::array<unsigned char, ChecksumSize> checksum;
     PutChecksum(sealed, checksum.data());
-    return sodium_memcmp(checksum.data(), sealed + numberSize + secretSize, checksumSize) == 0;
+    return sodium_memcmp(checksum.data(), sealed + NumberSize + SecretSize, ChecksumSize) == 0;
 }
 
 // Whether the public half is that of the secret one.
 bool IsPair(const unsigned char* key)
 {
-    const SecretMemory again(secretSize);
+    const SecretMemory again(SecretSize);
     std::array<unsigned char, crypto_sign_PUBLICKEYBYTES> publicKey;
     crypto_sign_seed_keypair(publicKey.data(), again.data(), key);
-    return sodium_memcmp(again.data(), key, secretSize) == 0;
+    return sodium_memcmp(again.data(), key, SecretSize) == 0;
 }
 
 } // namespace
@@ -260,11 +260,11 @@ class SecretKey::Private : public SecretMemory
 {
 public:
     Private()
-        : SecretMemory(sealedSize)
+        : SecretMemory(SealedSize)
     {
     }
-    unsigned char* key() const { return data() + numberSize; }
-    unsigned char* checksum() const { return key() + secretSize; }
+    unsigned char* key() const { return data() + NumberSize; }
+    unsigned char* checksum() const { return key() + SecretSize; }
 };
 
 SecretKey::SecretKey(std::unique_ptr<Private> state) noexcept
@@ -280,7 +280,7 @@ SecretKey SecretKey::Generate()
 {
     auto state = std::make_unique<Private>();
     std::array<unsigned char, crypto_sign_PUBLICKEYBYTES> publicKey;
-    randombytes_buf(state->data(), numberSize);
+    randombytes_buf(state->data(), NumberSize);
     crypto_sign_keypair(publicKey.data(), state->key());
     PutChecksum(state->data(), state->checksum());
     return SecretKey(std::move(state));
@@ -290,26 +290,26 @@ SecretKey SecretKey::Parse(const VoString& text, const Passphrase& passphrase)
 {
     const std::string bytes(text.toStdString());
     const std::vector<std::string_view> lines = LinesOf(bytes);
-    constexpr std::size_t openSize = 6 + saltSize + 16;
+    constexpr std::size_t openSize = 6 + SaltSize + 16;
     Bytes content =
-        lines.size() == 2 && StartsWith(lines[0], commentMark) ? Decode(lines[1], openSize + sealedSize) : Bytes();
+        lines.size() == 2 && StartsWith(lines[0], CommentMark) ? Decode(lines[1], openSize + SealedSize) : Bytes();
     if (content.empty())
         Refuse("Not a secret key");
     std::string_view rest = content;
-    const bool isKey = Take(rest, 2) == keyAlgorithm;
+    const bool isKey = Take(rest, 2) == KeyAlgorithm;
     const std::string_view derivation = Take(rest, 2);
-    const bool isEncrypted = derivation == scryptDerivation;
-    if (!isKey || Take(rest, 2) != checksumAlgorithm || (!isEncrypted && derivation != noDerivation))
+    const bool isEncrypted = derivation == ScryptDerivation;
+    if (!isKey || Take(rest, 2) != ChecksumAlgorithm || (!isEncrypted && derivation != NoDerivation))
         Refuse("Not a secret key");
-    const std::string_view salt = Take(rest, saltSize);
+    const std::string_view salt = Take(rest, SaltSize);
     const std::uint64_t operations = LittleEndian(Take(rest, 8));
     const std::uint64_t memory = LittleEndian(Take(rest, 8));
-    if (isEncrypted && (memory > mostMemory || operations > mostMemory))
+    if (isEncrypted && (memory > MostMemory || operations > MostMemory))
         Refuse("Secret key asks for too much memory");
 
     auto state = std::make_unique<Private>();
-    std::memcpy(state->data(), rest.data(), sealedSize);
-    sodium_memzero(content.data() + openSize, sealedSize);
+    std::memcpy(state->data(), rest.data(), SealedSize);
+    sodium_memzero(content.data() + openSize, SealedSize);
     if (isEncrypted)
         Mix(state->data(), passphrase, salt, operations, memory);
     if (isEncrypted && !HasItsChecksum(state->data()))
@@ -329,21 +329,21 @@ VoString SecretKey::toString(const Passphrase& passphrase, Effort effort) const
                                             : crypto_pwhash_scryptsalsa208sha256_OPSLIMIT_INTERACTIVE;
     const std::uint64_t memory = isFull ? crypto_pwhash_scryptsalsa208sha256_MEMLIMIT_SENSITIVE
                                         : crypto_pwhash_scryptsalsa208sha256_MEMLIMIT_INTERACTIVE;
-    Bytes salt(saltSize, '\0');
+    Bytes salt(SaltSize, '\0');
     randombytes_buf(salt.data(), salt.size());
-    const SecretMemory sealed(sealedSize);
-    std::memcpy(sealed.data(), m_private->data(), sealedSize);
+    const SecretMemory sealed(SealedSize);
+    std::memcpy(sealed.data(), m_private->data(), SealedSize);
     Mix(sealed.data(), passphrase, salt, operations, memory);
-    const Bytes content = Bytes(keyAlgorithm) + Bytes(scryptDerivation) + Bytes(checksumAlgorithm) + salt +
-                          LittleEndian(operations) + LittleEndian(memory) + TextOf(sealed.data(), sealedSize);
-    return VoString(std::string(commentMark) + "minisign encrypted secret key\n" + Encode(content) + '\n');
+    const Bytes content = Bytes(KeyAlgorithm) + Bytes(ScryptDerivation) + Bytes(ChecksumAlgorithm) + salt +
+                          LittleEndian(operations) + LittleEndian(memory) + TextOf(sealed.data(), SealedSize);
+    return VoString(std::string(CommentMark) + "minisign encrypted secret key\n" + Encode(content) + '\n');
 }
 
 PublicKey SecretKey::publicKey() const
 {
     PublicKey key;
     std::copy_n(m_private->data(), key.m_number.size(), key.m_number.begin());
-    std::copy_n(m_private->key() + secretSize - key.m_key.size(), key.m_key.size(), key.m_key.begin());
+    std::copy_n(m_private->key() + SecretSize - key.m_key.size(), key.m_key.size(), key.m_key.begin());
     return key;
 }
 
@@ -373,14 +373,14 @@ PublicKey PublicKey::Parse(const VoString& text)
 {
     const std::string bytes(text.toStdString());
     const std::vector<std::string_view> lines = LinesOf(bytes);
-    const bool hasComment = lines.size() == 2 && StartsWith(lines[0], commentMark);
+    const bool hasComment = lines.size() == 2 && StartsWith(lines[0], CommentMark);
     PublicKey key;
     Prepare();
     const Bytes content = hasComment || lines.size() == 1
-                              ? Decode(lines.back(), keyAlgorithm.size() + key.m_number.size() + key.m_key.size())
+                              ? Decode(lines.back(), KeyAlgorithm.size() + key.m_number.size() + key.m_key.size())
                               : Bytes();
     std::string_view rest = content;
-    if (rest.empty() || Take(rest, keyAlgorithm.size()) != keyAlgorithm)
+    if (rest.empty() || Take(rest, KeyAlgorithm.size()) != KeyAlgorithm)
         Refuse("Not a public key");
     Fill(key.m_number, rest);
     Fill(key.m_key, rest);
@@ -389,13 +389,13 @@ PublicKey PublicKey::Parse(const VoString& text)
 
 VoString PublicKey::toString() const
 {
-    return VoString(std::string(commentMark) + "minisign public key " + Hexadecimal(m_number) + '\n') + toLine() + "\n";
+    return VoString(std::string(CommentMark) + "minisign public key " + Hexadecimal(m_number) + '\n') + toLine() + "\n";
 }
 
 VoString PublicKey::toLine() const
 {
     return VoString(
-        Encode(Bytes(keyAlgorithm) + TextOf(m_number.data(), m_number.size()) + TextOf(m_key.data(), m_key.size())));
+        Encode(Bytes(KeyAlgorithm) + TextOf(m_number.data(), m_number.size()) + TextOf(m_key.data(), m_key.size())));
 }
 
 VoString PublicKey::id() const
@@ -422,31 +422,31 @@ Signature Signature::Parse(const VoString& text)
 {
     const std::string bytes(text.toStdString());
     const std::vector<std::string_view> lines = LinesOf(bytes);
-    if (lines.size() != 4 || !StartsWith(lines[0], commentMark) || !StartsWith(lines[2], trustedMark))
+    if (lines.size() != 4 || !StartsWith(lines[0], CommentMark) || !StartsWith(lines[2], TrustedMark))
         Refuse("Not a signature");
     Signature signature;
     Prepare();
     const Bytes content =
-        Decode(lines[1], hashedAlgorithm.size() + signature.m_keyNumber.size() + signature.m_signature.size());
+        Decode(lines[1], HashedAlgorithm.size() + signature.m_keyNumber.size() + signature.m_signature.size());
     const Bytes commentSignature = Decode(lines[3], signature.m_commentSignature.size());
     std::string_view rest = content;
     std::string_view last = commentSignature;
-    if (content.empty() || commentSignature.empty() || Take(rest, hashedAlgorithm.size()) != hashedAlgorithm)
+    if (content.empty() || commentSignature.empty() || Take(rest, HashedAlgorithm.size()) != HashedAlgorithm)
         Refuse("Not a signature");
     Fill(signature.m_keyNumber, rest);
     Fill(signature.m_signature, rest);
     Fill(signature.m_commentSignature, last);
-    signature.m_comment = VoString(std::string(lines[0].substr(commentMark.size())));
-    signature.m_trustedComment = VoString(std::string(lines[2].substr(trustedMark.size())));
+    signature.m_comment = VoString(std::string(lines[0].substr(CommentMark.size())));
+    signature.m_trustedComment = VoString(std::string(lines[2].substr(TrustedMark.size())));
     return signature;
 }
 
 VoString Signature::toString() const
 {
-    const Bytes content = Bytes(hashedAlgorithm) + TextOf(m_keyNumber.data(), m_keyNumber.size()) +
+    const Bytes content = Bytes(HashedAlgorithm) + TextOf(m_keyNumber.data(), m_keyNumber.size()) +
                           TextOf(m_signature.data(), m_signature.size());
-    return VoString(std::string(commentMark)) + m_comment + "\n" + VoString(Encode(content)) + "\n" +
-           VoString(std::string(trustedMark)) + m_trustedComment + "\n" +
+    return VoString(std::string(CommentMark)) + m_comment + "\n" + VoString(Encode(content)) + "\n" +
+           VoString(std::string(TrustedMark)) + m_trustedComment + "\n" +
            VoString(Encode(TextOf(m_commentSignature.data(), m_commentSignature.size()))) + "\n";
 }
 

@@ -28,22 +28,22 @@ void RunGuarded(const std::function<void()>& callback)
 
 } // namespace
 
-class VoStopFlag::State final : public vo::detail::CallbackList
+class VoStopFlag::Private final : public vo::detail::CallbackList
 {
 public:
-    explicit State(std::shared_ptr<State> parent)
+    explicit Private(std::shared_ptr<Private> parent)
         : m_parent(std::move(parent))
     {
     }
 
-    ~State() override { release(); }
+    ~Private() override { release(); }
 
     bool isRaised() const noexcept { return m_raised.load(std::memory_order_acquire); }
 
     void raise();
     bool waitFor(std::chrono::nanoseconds duration);
     VoReceiver onRaise(std::function<void()> callback);
-    void adopt(const std::shared_ptr<State>& child);
+    void adopt(const std::shared_ptr<Private>& child);
 
 private:
     struct StopEntry final : Entry
@@ -53,18 +53,18 @@ private:
 
     void forgetDeadChildren();
 
-    const std::shared_ptr<State> m_parent; // so that it can pass on what its own parent raises
-    std::atomic<bool> m_raised{false};     // set under the mutex
+    const std::shared_ptr<Private> m_parent; // so that it can pass on what its own parent raises
+    std::atomic<bool> m_raised{false};       // set under the mutex
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::vector<std::weak_ptr<State>> m_children;
+    std::vector<std::weak_ptr<Private>> m_children;
     std::size_t m_forgetAt = 16;
 };
 
-void VoStopFlag::State::raise()
+void VoStopFlag::Private::raise()
 {
-    std::vector<std::weak_ptr<State>> children;
+    std::vector<std::weak_ptr<Private>> children;
     {
         const std::lock_guard lock(m_mutex);
         if (m_raised.exchange(true, std::memory_order_acq_rel))
@@ -72,14 +72,14 @@ void VoStopFlag::State::raise()
         children.swap(m_children);
     }
     m_changed.notify_all();
-    for (const std::weak_ptr<State>& child : children) {
-        if (const std::shared_ptr<State> alive = child.lock())
+    for (const std::weak_ptr<Private>& child : children) {
+        if (const std::shared_ptr<Private> alive = child.lock())
             alive->raise();
     }
     callEach([](Entry& entry) { RunGuarded(static_cast<StopEntry&>(entry).callback); });
 }
 
-bool VoStopFlag::State::waitFor(std::chrono::nanoseconds duration)
+bool VoStopFlag::Private::waitFor(std::chrono::nanoseconds duration)
 {
     // Cut into slices, because the sum of now and a long duration is beyond the clock.
     constexpr std::chrono::nanoseconds slice = std::chrono::hours(1);
@@ -92,7 +92,7 @@ bool VoStopFlag::State::waitFor(std::chrono::nanoseconds duration)
     return m_changed.wait_for(lock, duration, raised);
 }
 
-VoReceiver VoStopFlag::State::onRaise(std::function<void()> callback)
+VoReceiver VoStopFlag::Private::onRaise(std::function<void()> callback)
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -106,7 +106,7 @@ VoReceiver VoStopFlag::State::onRaise(std::function<void()> callback)
     return {};
 }
 
-void VoStopFlag::State::adopt(const std::shared_ptr<State>& child)
+void VoStopFlag::Private::adopt(const std::shared_ptr<Private>& child)
 {
     const std::lock_guard lock(m_mutex);
     if (isRaised()) {
@@ -118,20 +118,20 @@ void VoStopFlag::State::adopt(const std::shared_ptr<State>& child)
     m_children.push_back(child);
 }
 
-void VoStopFlag::State::forgetDeadChildren()
+void VoStopFlag::Private::forgetDeadChildren()
 {
-    const auto dead = [](const std::weak_ptr<State>& child) { return child.expired(); };
+    const auto dead = [](const std::weak_ptr<Private>& child) { return child.expired(); };
     m_children.erase(std::remove_if(m_children.begin(), m_children.end(), dead), m_children.end());
     m_forgetAt = std::max<std::size_t>(16, 2 * m_children.size());
 }
 
 VoStopFlag::VoStopFlag()
-    : VoStopFlag(std::make_shared<State>(nullptr))
+    : VoStopFlag(std::make_shared<Private>(nullptr))
 {
 }
 
-VoStopFlag::VoStopFlag(std::shared_ptr<State> state) noexcept
-    : m_state(std::move(state))
+VoStopFlag::VoStopFlag(std::shared_ptr<Private> state) noexcept
+    : m_private(std::move(state))
 {
 }
 
@@ -143,13 +143,13 @@ VoStopFlag::~VoStopFlag() = default;
 
 void VoStopFlag::stop() const
 {
-    const std::shared_ptr<State> kept = m_state; // a callback may destroy this handle
+    const std::shared_ptr<Private> kept = m_private; // a callback may destroy this handle
     kept->raise();
 }
 
 bool VoStopFlag::isStopped() const noexcept
 {
-    return m_state->isRaised();
+    return m_private->isRaised();
 }
 
 void VoStopFlag::throwIfStopped() const
@@ -160,19 +160,19 @@ void VoStopFlag::throwIfStopped() const
 
 bool VoStopFlag::waitFor(const VoTimeDuration& duration) const
 {
-    return m_state->waitFor(duration.toChrono());
+    return m_private->waitFor(duration.toChrono());
 }
 
 VoReceiver VoStopFlag::onStop(std::function<void()> callback) const
 {
     if (!callback)
         throw VoInvalidParameterException("Invalid callback");
-    return m_state->onRaise(std::move(callback));
+    return m_private->onRaise(std::move(callback));
 }
 
 VoStopFlag VoStopFlag::child() const
 {
-    auto state = std::make_shared<State>(m_state);
-    m_state->adopt(state);
+    auto state = std::make_shared<Private>(m_private);
+    m_private->adopt(state);
     return VoStopFlag(std::move(state));
 }

@@ -38,11 +38,11 @@ public:
     VoStopFlag child() const;
 
 private:
-    class State;
+    class Private;
 
-    explicit VoStopFlag(std::shared_ptr<State> state) noexcept;
+    explicit VoStopFlag(std::shared_ptr<Private> state) noexcept;
 
-    std::shared_ptr<State> m_state;
+    std::shared_ptr<Private> m_private;
 };
 
 namespace vo::background_task {

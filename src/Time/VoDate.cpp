@@ -15,8 +15,8 @@ using namespace vo::detail;
 
 namespace {
 
-constexpr int lastYear = 9999;
-constexpr const char* isoPattern = "%Y-%m-%d";
+constexpr int LastYear = 9999;
+constexpr const char* IsoPattern = "%Y-%m-%d";
 
 [[noreturn]] void Refuse()
 {
@@ -40,7 +40,7 @@ DateFields Fields(VoDate date)
 
 bool IsYear(std::int64_t year)
 {
-    return year >= 1 && year <= lastYear;
+    return year >= 1 && year <= LastYear;
 }
 
 } // namespace
@@ -55,7 +55,7 @@ VoDate::VoDate(int year, int month, int day)
 VoDate VoDate::FromDays(std::int64_t days)
 {
     static const std::int64_t first = DayOf({1, 1, 1});
-    static const std::int64_t last = DayOf({lastYear, 12, 31});
+    static const std::int64_t last = DayOf({LastYear, 12, 31});
     if (days < first || days > last)
         throw VoOverflowException();
     VoDate date;
@@ -120,7 +120,7 @@ VoDate VoDate::addDays(std::int64_t days) const
 
 VoDate VoDate::addMonths(std::int64_t months, VoShortMonth rule) const
 {
-    constexpr std::int64_t beyond = 12 * (lastYear + 1);
+    constexpr std::int64_t beyond = 12 * (LastYear + 1);
     const CalendarDate parts = Parts(*this);
     const std::int64_t shift = months > beyond ? beyond : months < -beyond ? -beyond : months;
     const std::int64_t month = parts.year * 12 + parts.month - 1 + shift;
@@ -138,13 +138,13 @@ VoDate VoDate::addMonths(std::int64_t months, VoShortMonth rule) const
 
 VoDate VoDate::addYears(std::int64_t years, VoShortMonth rule) const
 {
-    constexpr std::int64_t beyond = lastYear + 1;
+    constexpr std::int64_t beyond = LastYear + 1;
     return addMonths(12 * (years > beyond ? beyond : years < -beyond ? -beyond : years), rule);
 }
 
 VoString VoDate::toString() const
 {
-    return toString(isoPattern);
+    return toString(IsoPattern);
 }
 
 VoString VoDate::toString(const VoString& pattern) const
@@ -168,7 +168,7 @@ VoString VoDate::Serialize(VoDate date)
 
 VoDate VoDate::Deserialize(const VoString& text)
 {
-    return Parse(text, isoPattern);
+    return Parse(text, IsoPattern);
 }
 
 VoDate VoDate::FromQDate(const QDate& date)

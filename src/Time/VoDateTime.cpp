@@ -20,8 +20,8 @@ using namespace vo::detail;
 
 namespace {
 
-constexpr std::int64_t nanosecondsPerSecond = 1000000000;
-constexpr std::int64_t secondsPerDay = 86400;
+constexpr std::int64_t NanosecondsPerSecond = 1000000000;
+constexpr std::int64_t SecondsPerDay = 86400;
 
 // Seconds of a date and time as if it were in universal time; none when there is no such date.
 std::optional<std::int64_t> WallClock(const VoDateTime::Components& parts)
@@ -29,14 +29,14 @@ std::optional<std::int64_t> WallClock(const VoDateTime::Components& parts)
     const CalendarDate date{parts.year, parts.month, parts.day};
     if (!IsDate(date) || !IsTime(parts.hour, parts.minute, parts.second, parts.nanosecond))
         return std::nullopt;
-    return DayOf(date) * secondsPerDay + parts.hour * 3600 + parts.minute * 60 + parts.second;
+    return DayOf(date) * SecondsPerDay + parts.hour * 3600 + parts.minute * 60 + parts.second;
 }
 
 VoTimePoint InstantOf(std::int64_t seconds, std::int64_t nanoseconds)
 {
     if (seconds < 0 && nanoseconds > 0) { // keeps the first instants within the clock's reach representable
         ++seconds;
-        nanoseconds -= nanosecondsPerSecond;
+        nanoseconds -= NanosecondsPerSecond;
     }
     return VoTimePoint(VoTimeDuration(VoSeconds(seconds)) + VoNanoseconds(nanoseconds));
 }
@@ -60,8 +60,8 @@ struct Meanings
 // those at the instants that they lead to help where there are two changes within the two days.
 Meanings MeaningsOf(const VoTimeZone& zone, std::int64_t wallClock)
 {
-    const std::int64_t before = OffsetAt(zone, wallClock - secondsPerDay);
-    const std::int64_t after = OffsetAt(zone, wallClock + secondsPerDay);
+    const std::int64_t before = OffsetAt(zone, wallClock - SecondsPerDay);
+    const std::int64_t after = OffsetAt(zone, wallClock + SecondsPerDay);
     std::optional<Meanings> found;
     for (const std::int64_t offset :
          {before, after, OffsetAt(zone, wallClock - before), OffsetAt(zone, wallClock - after)}) {
@@ -194,10 +194,10 @@ VoDateTime VoDateTime::toZone(VoTimeZone zone) const noexcept
 VoDateTime::Components VoDateTime::components() const
 {
     const std::int64_t count = m_instant.timeSinceEpoch().count();
-    const std::int64_t instant = FloorDivide(count, nanosecondsPerSecond);
+    const std::int64_t instant = FloorDivide(count, NanosecondsPerSecond);
     const std::int64_t seconds = instant + offsetSeconds();
-    const std::int64_t day = FloorDivide(seconds, secondsPerDay);
-    const auto ofDay = static_cast<int>(seconds - day * secondsPerDay);
+    const std::int64_t day = FloorDivide(seconds, SecondsPerDay);
+    const auto ofDay = static_cast<int>(seconds - day * SecondsPerDay);
     const CalendarDate date = DateOf(day);
     Components parts;
     parts.year = static_cast<int>(date.year);
@@ -206,9 +206,9 @@ VoDateTime::Components VoDateTime::components() const
     parts.hour = ofDay / 3600;
     parts.minute = ofDay / 60 % 60;
     parts.second = ofDay % 60;
-    parts.nanosecond = static_cast<int>(count % nanosecondsPerSecond);
+    parts.nanosecond = static_cast<int>(count % NanosecondsPerSecond);
     if (parts.nanosecond < 0)
-        parts.nanosecond += static_cast<int>(nanosecondsPerSecond);
+        parts.nanosecond += static_cast<int>(NanosecondsPerSecond);
     return parts;
 }
 

@@ -297,7 +297,7 @@ private:
 namespace vo::detail {
 
 template <typename T>
-constexpr bool isTimeComponent =
+constexpr bool IsTimeComponent =
     std::is_same_v<T, VoNanoseconds> || std::is_same_v<T, VoMicroseconds> || std::is_same_v<T, VoMilliseconds> ||
     std::is_same_v<T, VoSeconds> || std::is_same_v<T, VoMinutes> || std::is_same_v<T, VoHours>;
 
@@ -308,13 +308,13 @@ constexpr bool isTimeComponent =
 /// `VoTimeDuration lap = VoMinutes(1) + VoSeconds(12);` Throws VoOverflowException as durations do.
 /// @{
 template <typename A, typename B,
-          typename = std::enable_if_t<vo::detail::isTimeComponent<A> && vo::detail::isTimeComponent<B>>>
+          typename = std::enable_if_t<vo::detail::IsTimeComponent<A> && vo::detail::IsTimeComponent<B>>>
 constexpr VoTimeDuration operator+(A a, B b)
 {
     return VoTimeDuration(a) + VoTimeDuration(b);
 }
 template <typename A, typename B,
-          typename = std::enable_if_t<vo::detail::isTimeComponent<A> && vo::detail::isTimeComponent<B>>>
+          typename = std::enable_if_t<vo::detail::IsTimeComponent<A> && vo::detail::IsTimeComponent<B>>>
 constexpr VoTimeDuration operator-(A a, B b)
 {
     return VoTimeDuration(a) - VoTimeDuration(b);

@@ -15,7 +15,7 @@ using namespace vo::detail;
 
 namespace {
 
-constexpr std::int64_t nanosecondsPerDay = 86400000000000;
+constexpr std::int64_t NanosecondsPerDay = 86400000000000;
 
 } // namespace
 
@@ -29,20 +29,20 @@ VoTimeOfDay::VoTimeOfDay(int hour, int minute, int second, int nanosecond)
 VoTimeOfDay VoTimeOfDay::FromMidnight(VoTimeDuration duration) noexcept
 {
     VoTimeOfDay time;
-    time.m_count = duration.count() % nanosecondsPerDay;
+    time.m_count = duration.count() % NanosecondsPerDay;
     if (time.m_count < 0)
-        time.m_count += nanosecondsPerDay;
+        time.m_count += NanosecondsPerDay;
     return time;
 }
 
 VoTimeOfDay& VoTimeOfDay::operator+=(VoTimeDuration duration) noexcept
 {
-    return *this = FromMidnight(VoNanoseconds(m_count + duration.count() % nanosecondsPerDay));
+    return *this = FromMidnight(VoNanoseconds(m_count + duration.count() % NanosecondsPerDay));
 }
 
 VoTimeOfDay& VoTimeOfDay::operator-=(VoTimeDuration duration) noexcept
 {
-    return *this = FromMidnight(VoNanoseconds(m_count - duration.count() % nanosecondsPerDay));
+    return *this = FromMidnight(VoNanoseconds(m_count - duration.count() % NanosecondsPerDay));
 }
 
 VoString VoTimeOfDay::toString() const

@@ -17,7 +17,7 @@ using namespace vo::detail;
 
 namespace {
 
-constexpr std::size_t longestId = 64;
+constexpr std::size_t LongestId = 64;
 
 // An identifier becomes the name of a file below the system's zone data, so none may lead out of there.
 bool IsId(const std::string& id)
@@ -26,7 +26,7 @@ bool IsId(const std::string& id)
         return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '-' ||
                c == '+' || c == '/';
     };
-    return !id.empty() && id.size() <= longestId && id.front() != '/' && std::all_of(id.begin(), id.end(), allowed);
+    return !id.empty() && id.size() <= LongestId && id.front() != '/' && std::all_of(id.begin(), id.end(), allowed);
 }
 
 std::shared_ptr<const ZoneData> DataOf(const std::string& id)

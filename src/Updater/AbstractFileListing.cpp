@@ -25,9 +25,9 @@ AbstractFileListing::AbstractFileListing(const VoUUID& id, const VoChecksum& che
 }
 
 AbstractFileListing::AbstractFileListing(VoXMLStreamElementLoader& element)
-    : m_private(new Private{ReadAttribute<VoUUID>(element, attribute::id),
-                            ReadAttribute<VoChecksum>(element, attribute::checksum),
-                            ReadAttribute<VoDownloadSize>(element, attribute::size)})
+    : m_private(new Private{ReadAttribute<VoUUID>(element, attribute::Id),
+                            ReadAttribute<VoChecksum>(element, attribute::Checksum),
+                            ReadAttribute<VoDownloadSize>(element, attribute::Size)})
 {
 }
 
@@ -71,9 +71,9 @@ bool AbstractFileListing::equivalent(const AbstractFileListing& other) const
 
 void AbstractFileListing::writeAttributes(VoXMLElementWriter& element) const
 {
-    WriteAttribute(element, attribute::id, id());
-    WriteAttribute(element, attribute::checksum, checksum());
-    WriteAttribute(element, attribute::size, size());
+    WriteAttribute(element, attribute::Id, id());
+    WriteAttribute(element, attribute::Checksum, checksum());
+    WriteAttribute(element, attribute::Size, size());
 }
 
 } // namespace vo::updater

@@ -26,9 +26,9 @@ AbstractPackage::AbstractPackage(const VoUUID& packageID, const VoUUID& versionI
 }
 
 AbstractPackage::AbstractPackage(VoXMLStreamElementLoader& element)
-    : m_private(new Private{ReadAttribute<VoUUID>(element, attribute::packageID),
-                            ReadAttribute<VoUUID>(element, attribute::versionID), element.attribute(attribute::name),
-                            ReadAttribute<VoVersion>(element, attribute::version)})
+    : m_private(new Private{ReadAttribute<VoUUID>(element, attribute::PackageID),
+                            ReadAttribute<VoUUID>(element, attribute::VersionID), element.attribute(attribute::Name),
+                            ReadAttribute<VoVersion>(element, attribute::Version)})
 {
 }
 
@@ -72,10 +72,10 @@ const VoVersion& AbstractPackage::version() const
 
 void AbstractPackage::writeAttributes(VoXMLElementWriter& element) const
 {
-    WriteAttribute(element, attribute::packageID, packageID());
-    WriteAttribute(element, attribute::versionID, versionID());
-    element.writeAttribute(attribute::name, name());
-    WriteAttribute(element, attribute::version, version());
+    WriteAttribute(element, attribute::PackageID, packageID());
+    WriteAttribute(element, attribute::VersionID, versionID());
+    element.writeAttribute(attribute::Name, name());
+    WriteAttribute(element, attribute::Version, version());
 }
 
 } // namespace vo::updater

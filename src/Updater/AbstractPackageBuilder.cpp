@@ -36,7 +36,7 @@ using namespace detail;
 namespace {
 
 // Longer targets make trouble below a long installation directory.
-constexpr std::size_t longTarget = 160;
+constexpr std::size_t LongTarget = 160;
 
 vo::logging::Logger& Log()
 {
@@ -48,10 +48,10 @@ vo::logging::Logger& Log()
 struct ReleasePlaces
 {
     ReleasePlaces(const AdvertisedPackageListing& package, const VoFilePath& declarationsFile)
-        : relative(ReleaseDirectory(package.packageID(), package.version()).file(Layout::definitionName))
+        : relative(ReleaseDirectory(package.packageID(), package.version()).file(Layout::DefinitionName))
         , release(declarationsFile.parent().appended(ReleaseDirectory(package.packageID(), package.version())))
-        , chunks(release.directory(Layout::chunksDirectory))
-        , definition(release.file(Layout::definitionName))
+        , chunks(release.directory(Layout::ChunksDirectory))
+        , definition(release.file(Layout::DefinitionName))
     {
     }
 
@@ -297,7 +297,7 @@ void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath&
     requireNew(target);
 
     announce("Adding file to package: " + target.path());
-    if (target.path().size() > longTarget) {
+    if (target.path().size() > LongTarget) {
         warning("File path exceeds 160 characters: " + target.path());
         m_private->broadcast("Warning - File path exceeds 160 characters: " + target.path(), *this);
     }

@@ -57,7 +57,7 @@ AdvertisedFileListing::AdvertisedFileListing(const VoFilePath& target, const VoD
 
 AdvertisedFileListing::AdvertisedFileListing(VoXMLStreamElementLoader& element)
     : AbstractFileListing(element)
-    , m_private(new Private{ReadAttribute<VoFilePath>(element, attribute::target), {}})
+    , m_private(new Private{ReadAttribute<VoFilePath>(element, attribute::Target), {}})
 {
     VoDeque<ChunkReferenceListing> chunks;
     LoadChildren<ChunkReferenceListing>(
@@ -84,7 +84,7 @@ AdvertisedFileListing::~AdvertisedFileListing() = default;
 
 void AdvertisedFileListing::AddDefinitions(VoXMLStreamLoader& loader)
 {
-    loader.addGlobalRule(tag::chunkReference, Build<ChunkReferenceListing>);
+    loader.addGlobalRule(tag::ChunkReference, Build<ChunkReferenceListing>);
 }
 
 const VoFilePath& AdvertisedFileListing::target() const
@@ -104,14 +104,14 @@ XMLObject::Type AdvertisedFileListing::objectType() const
 
 void AdvertisedFileListing::writeAttributes(VoXMLElementWriter& element) const
 {
-    WriteAttribute(element, attribute::target, target());
+    WriteAttribute(element, attribute::Target, target());
     AbstractFileListing::writeAttributes(element);
 }
 
 void AdvertisedFileListing::writeElements(VoXMLElementWriter& element) const
 {
     for (const ChunkReferenceListing& chunk : chunks())
-        WriteChild(element, tag::chunkReference, chunk);
+        WriteChild(element, tag::ChunkReference, chunk);
 }
 
 } // namespace vo::updater

@@ -40,10 +40,10 @@ AdvertisedPackageListing::AdvertisedPackageListing(VoXMLStreamElementLoader& ele
     // The containers have no rules of their own; anything else without a rule is from a later format.
     element.processChildren([this](VoXMLStreamElementLoader& container) {
         const VoString name = container.name();
-        if (name == tag::files)
+        if (name == tag::Files)
             LoadChildren<AdvertisedFileListing>(
                 container, [this](AdvertisedFileListing&& file) { m_private->files.add(std::move(file)); });
-        else if (name == tag::chunks)
+        else if (name == tag::Chunks)
             LoadChildren<ChunkListing>(container,
                                        [this](ChunkListing&& chunk) { m_private->chunks.add(std::move(chunk)); });
     });
@@ -74,9 +74,9 @@ VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoFil
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Load(const VoFilePath& path, const VoString& name)
 {
     VoXMLStreamLoader loader;
-    loader.addGlobalRule(tag::package, Build<AdvertisedPackageListing>);
-    loader.addGlobalRule(tag::file, Build<AdvertisedFileListing>);
-    loader.addGlobalRule(tag::chunk, Build<ChunkListing>);
+    loader.addGlobalRule(tag::Package, Build<AdvertisedPackageListing>);
+    loader.addGlobalRule(tag::File, Build<AdvertisedFileListing>);
+    loader.addGlobalRule(tag::Chunk, Build<ChunkListing>);
     AdvertisedFileListing::AddDefinitions(loader);
 
     auto package = DynamicCast<AdvertisedPackageListing>(LoadDocument(loader, path, name));
@@ -139,7 +139,7 @@ const ChunkListing* AdvertisedPackageListing::chunk(const VoUUID& chunkID) const
 
 void AdvertisedPackageListing::write(const VoFilePath& path) const
 {
-    WriteDocument(path, tag::package, *this);
+    WriteDocument(path, tag::Package, *this);
 }
 
 XMLObject::Type AdvertisedPackageListing::objectType() const
@@ -149,8 +149,8 @@ XMLObject::Type AdvertisedPackageListing::objectType() const
 
 void AdvertisedPackageListing::writeElements(VoXMLElementWriter& element) const
 {
-    WriteContainer(element, tag::files, tag::file, files());
-    WriteContainer(element, tag::chunks, tag::chunk, chunks());
+    WriteContainer(element, tag::Files, tag::File, files());
+    WriteContainer(element, tag::Chunks, tag::Chunk, chunks());
 }
 
 std::vector<const AbstractFileListing*> AdvertisedPackageListing::listedFiles() const

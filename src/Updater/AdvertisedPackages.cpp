@@ -53,7 +53,7 @@ AdvertisedPackages::Declaration::Declaration(const AbstractPackage& package, con
 
 AdvertisedPackages::Declaration::Declaration(VoXMLStreamElementLoader& element)
     : AbstractPackage(element)
-    , m_private(new Private{ReadAttribute<VoFilePath>(element, attribute::path)})
+    , m_private(new Private{ReadAttribute<VoFilePath>(element, attribute::Path)})
 {
 }
 
@@ -98,7 +98,7 @@ XMLObject::Type AdvertisedPackages::Declaration::objectType() const
 
 void AdvertisedPackages::Declaration::writeAttributes(VoXMLElementWriter& element) const
 {
-    WriteAttribute(element, attribute::path, path());
+    WriteAttribute(element, attribute::Path, path());
     AbstractPackage::writeAttributes(element);
 }
 
@@ -137,9 +137,9 @@ VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoFilePath& path)
 VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Load(const VoFilePath& path, const VoString& name)
 {
     VoXMLStreamLoader loader;
-    loader.addGlobalRule(tag::packages, Build<AdvertisedPackages>);
+    loader.addGlobalRule(tag::Packages, Build<AdvertisedPackages>);
     // By its path, because a definition's root has the same name: such a document must count as no declarations at all.
-    loader.addSpecificRule(VoXMLPath({tag::packages, tag::package}), Build<Declaration>);
+    loader.addSpecificRule(VoXMLPath({tag::Packages, tag::Package}), Build<Declaration>);
     return DynamicCast<AdvertisedPackages>(LoadDocument(loader, path, name));
 }
 
@@ -207,7 +207,7 @@ const AdvertisedPackages::Declaration& AdvertisedPackages::package(const VoUUID&
 
 void AdvertisedPackages::write(const VoFilePath& path) const
 {
-    WriteDocument(path, tag::packages, *this);
+    WriteDocument(path, tag::Packages, *this);
 }
 
 XMLObject::Type AdvertisedPackages::objectType() const
@@ -218,7 +218,7 @@ XMLObject::Type AdvertisedPackages::objectType() const
 void AdvertisedPackages::writeElements(VoXMLElementWriter& element) const
 {
     for (const Declaration& declaration : declarations())
-        WriteChild(element, tag::package, declaration);
+        WriteChild(element, tag::Package, declaration);
 }
 
 } // namespace vo::updater

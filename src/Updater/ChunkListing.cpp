@@ -29,8 +29,8 @@ ChunkListing::ChunkListing(const VoUUID& id, const VoChecksum& checksum, const V
 
 ChunkListing::ChunkListing(VoXMLStreamElementLoader& element)
     : m_private(new Private{
-          ReadAttribute<VoUUID>(element, attribute::id), ReadAttribute<VoChecksum>(element, attribute::checksum),
-          ReadAttribute<VoDownloadSize>(element, attribute::size), ReadAttribute<VoFilePath>(element, attribute::path)})
+          ReadAttribute<VoUUID>(element, attribute::Id), ReadAttribute<VoChecksum>(element, attribute::Checksum),
+          ReadAttribute<VoDownloadSize>(element, attribute::Size), ReadAttribute<VoFilePath>(element, attribute::Path)})
 {
 }
 
@@ -79,10 +79,10 @@ XMLObject::Type ChunkListing::objectType() const
 
 void ChunkListing::writeAttributes(VoXMLElementWriter& element) const
 {
-    WriteAttribute(element, attribute::id, id());
-    WriteAttribute(element, attribute::checksum, checksum());
-    WriteAttribute(element, attribute::size, size());
-    WriteAttribute(element, attribute::path, path());
+    WriteAttribute(element, attribute::Id, id());
+    WriteAttribute(element, attribute::Checksum, checksum());
+    WriteAttribute(element, attribute::Size, size());
+    WriteAttribute(element, attribute::Path, path());
 }
 
 } // namespace vo::updater

@@ -25,8 +25,8 @@ ChunkReferenceListing::ChunkReferenceListing(const VoUUID& chunkID, std::uint64_
 }
 
 ChunkReferenceListing::ChunkReferenceListing(VoXMLStreamElementLoader& element)
-    : m_private(new Private{ReadAttribute<VoUUID>(element, attribute::chunkID), ReadNumber(element, attribute::offset),
-                            ReadNumber(element, attribute::length), ReadNumber(element, attribute::index)})
+    : m_private(new Private{ReadAttribute<VoUUID>(element, attribute::ChunkID), ReadNumber(element, attribute::Offset),
+                            ReadNumber(element, attribute::Length), ReadNumber(element, attribute::Index)})
 {
 }
 
@@ -75,10 +75,10 @@ XMLObject::Type ChunkReferenceListing::objectType() const
 
 void ChunkReferenceListing::writeAttributes(VoXMLElementWriter& element) const
 {
-    WriteAttribute(element, attribute::chunkID, chunkID());
-    WriteNumber(element, attribute::offset, offset());
-    WriteNumber(element, attribute::length, length());
-    WriteNumber(element, attribute::index, index());
+    WriteAttribute(element, attribute::ChunkID, chunkID());
+    WriteNumber(element, attribute::Offset, offset());
+    WriteNumber(element, attribute::Length, length());
+    WriteNumber(element, attribute::Index, index());
 }
 
 } // namespace vo::updater

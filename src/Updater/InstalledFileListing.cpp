@@ -35,7 +35,7 @@ InstalledFileListing::InstalledFileListing(const VoFilePath& path, const VoUUID&
 
 InstalledFileListing::InstalledFileListing(VoXMLStreamElementLoader& element)
     : AbstractFileListing(element)
-    , m_private(new Private{ReadAttribute<VoFilePath>(element, attribute::path)})
+    , m_private(new Private{ReadAttribute<VoFilePath>(element, attribute::Path)})
 {
 }
 
@@ -68,7 +68,7 @@ XMLObject::Type InstalledFileListing::objectType() const
 
 void InstalledFileListing::writeAttributes(VoXMLElementWriter& element) const
 {
-    WriteAttribute(element, attribute::path, path());
+    WriteAttribute(element, attribute::Path, path());
     AbstractFileListing::writeAttributes(element);
 }
 

@@ -29,7 +29,7 @@ VoDeque<VoDirectoryPath> LoadDirectories(VoXMLStreamElementLoader& container)
 {
     VoDeque<VoDirectoryPath> directories;
     container.processChildren([&directories](VoXMLStreamElementLoader& child) {
-        if (child.name() == tag::path)
+        if (child.name() == tag::Path)
             directories.pushBack(VoDirectoryPath::Deserialize(child.text()));
     });
     return directories;
@@ -48,14 +48,14 @@ InstalledPackageListing::InstalledPackageListing(const AbstractPackageListing& p
 
 InstalledPackageListing::InstalledPackageListing(VoXMLStreamElementLoader& element)
     : AbstractPackageListing(element)
-    , m_private(new Private{ReadAttribute<VoDirectoryPath>(element, attribute::directory), {}, {}})
+    , m_private(new Private{ReadAttribute<VoDirectoryPath>(element, attribute::Directory), {}, {}})
 {
     element.processChildren([this](VoXMLStreamElementLoader& container) {
         const VoString name = container.name();
-        if (name == tag::files)
+        if (name == tag::Files)
             LoadChildren<InstalledFileListing>(
                 container, [this](InstalledFileListing&& file) { m_private->files.add(std::move(file)); });
-        else if (name == tag::directories)
+        else if (name == tag::Directories)
             m_private->directories.append(LoadDirectories(container));
     });
 }
@@ -80,8 +80,8 @@ InstalledPackageListing::~InstalledPackageListing() = default;
 VoUniquePtr<InstalledPackageListing> InstalledPackageListing::Open(const VoFilePath& path)
 {
     VoXMLStreamLoader loader;
-    loader.addGlobalRule(tag::package, Build<InstalledPackageListing>);
-    loader.addGlobalRule(tag::file, Build<InstalledFileListing>);
+    loader.addGlobalRule(tag::Package, Build<InstalledPackageListing>);
+    loader.addGlobalRule(tag::File, Build<InstalledFileListing>);
 
     auto package = DynamicCast<InstalledPackageListing>(LoadDocument(loader, path, VoString()));
     if (!package)
@@ -132,7 +132,7 @@ VoDeque<VoUUID> InstalledPackageListing::fileIDs() const
 
 void InstalledPackageListing::write(const VoFilePath& path) const
 {
-    WriteDocument(path, tag::package, *this);
+    WriteDocument(path, tag::Package, *this);
 }
 
 XMLObject::Type InstalledPackageListing::objectType() const
@@ -142,16 +142,16 @@ XMLObject::Type InstalledPackageListing::objectType() const
 
 void InstalledPackageListing::writeAttributes(VoXMLElementWriter& element) const
 {
-    WriteAttribute(element, attribute::directory, installationDirectory());
+    WriteAttribute(element, attribute::Directory, installationDirectory());
     AbstractPackageListing::writeAttributes(element);
 }
 
 void InstalledPackageListing::writeElements(VoXMLElementWriter& element) const
 {
-    WriteContainer(element, tag::files, tag::file, files());
-    const auto container = element.createElement(tag::directories);
+    WriteContainer(element, tag::Files, tag::File, files());
+    const auto container = element.createElement(tag::Directories);
     for (const VoDirectoryPath& directory : directories())
-        container->createElement(tag::path)->writeText(VoDirectoryPath::Serialize(directory));
+        container->createElement(tag::Path)->writeText(VoDirectoryPath::Serialize(directory));
 }
 
 std::vector<const AbstractFileListing*> InstalledPackageListing::listedFiles() const

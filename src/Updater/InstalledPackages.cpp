@@ -208,10 +208,10 @@ InstalledPackages::InstalledPackages(VoXMLStreamElementLoader& element)
     : InstalledPackages()
 {
     element.processChildren([this](VoXMLStreamElementLoader& child) {
-        if (child.name() != tag::package)
+        if (child.name() != tag::Package)
             return;
-        const VoString id = child.attribute(attribute::id, VoString());
-        const VoString version = child.attribute(attribute::version, VoString());
+        const VoString id = child.attribute(attribute::Id, VoString());
+        const VoString version = child.attribute(attribute::Version, VoString());
         if (!vo::detail::SafeName(id) || !IsVersionText(version)) {
             Log().warning("Entry of the installed packages file skipped: id " + id + ", version " + version);
             return;
@@ -242,9 +242,9 @@ XMLObject::Type InstalledPackages::objectType() const
 void InstalledPackages::writeElements(VoXMLElementWriter& element) const
 {
     for (const VoPair<VoUUID, VoVersion>& entry : m_private->entries) {
-        const auto child = element.createElement(tag::package);
-        WriteAttribute(*child, attribute::id, entry.first);
-        WriteAttribute(*child, attribute::version, entry.second);
+        const auto child = element.createElement(tag::Package);
+        WriteAttribute(*child, attribute::Id, entry.first);
+        WriteAttribute(*child, attribute::Version, entry.second);
     }
 }
 
@@ -533,7 +533,7 @@ bool InstalledPackages::Write(const InstalledPackages& registry)
     const VoFilePath path = VoUpdater::InstalledPackagesPath();
     try {
         AtStep(FileStep::WriteDocument, path.path());
-        WriteDocument(path, tag::packages, registry);
+        WriteDocument(path, tag::Packages, registry);
         return true;
     } catch (...) {
         Log().error("Installed packages file cannot be updated " + path.path() + ": " + FailureText());

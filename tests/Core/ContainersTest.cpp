@@ -56,7 +56,7 @@ struct Other : Base
 
 } // namespace
 
-TEST(VoDeque, randomOperationsAgreeWithTheStandardDeque)
+TEST(VoDeque, RandomOperationsAgreeWithTheStandardDeque)
 {
     std::mt19937 random(20240601);
     VoDeque<int> ours;
@@ -112,7 +112,7 @@ TEST(VoDeque, randomOperationsAgreeWithTheStandardDeque)
         ASSERT_EQ(theirs[i], ours[i]) << i;
 }
 
-TEST(VoDeque, everyAccessBeyondTheEndIsRefused)
+TEST(VoDeque, EveryAccessBeyondTheEndIsRefused)
 {
     VoDeque<VoString> deque{VoString("a"), VoString("b")};
     EXPECT_THROW_MSG(deque[2], VoIndexOutOfBoundsException, "Index out of bounds [2,2]");
@@ -124,7 +124,7 @@ TEST(VoDeque, everyAccessBeyondTheEndIsRefused)
     EXPECT_THROW_MSG(VoVector<int>{1}[1], VoIndexOutOfBoundsException, "Index out of bounds [1,1]");
 }
 
-TEST(VoDeque, canBeAppendedToItselfAndIsEmptyAfterAMove)
+TEST(VoDeque, CanBeAppendedToItselfAndIsEmptyAfterAMove)
 {
     VoDeque<int> deque{1, 2};
     deque.append(deque);
@@ -139,7 +139,7 @@ TEST(VoDeque, canBeAppendedToItselfAndIsEmptyAfterAMove)
     static_assert(sizeof(VoDeque<VoString>) == sizeof(void*), "rows of tables hold many empty ones");
 }
 
-TEST(Containers, refuseWhatCannotBeHeldByTheLibrarysErrors)
+TEST(Containers, RefuseWhatCannotBeHeldByTheLibrarysErrors)
 {
     VoDeque<int> deque{1};
     VoVector<int> vector{1};
@@ -155,7 +155,7 @@ TEST(Containers, refuseWhatCannotBeHeldByTheLibrarysErrors)
     EXPECT_EQ(VoString(nullptr, 5).size(), 0u);
 }
 
-TEST(Values, areWalkedHashedAndWritten)
+TEST(Values, AreWalkedHashedAndWritten)
 {
     VoString text("ab");
     for (char& c : text)
@@ -191,7 +191,7 @@ TEST(Values, areWalkedHashedAndWritten)
     static_assert(!std::is_constructible_v<VoVariant, wchar_t> && !std::is_constructible_v<VoVariant, char16_t>);
 }
 
-TEST(VoUniquePtr, ownsConvertsAndRefusesToDereferenceNothing)
+TEST(VoUniquePtr, OwnsConvertsAndRefusesToDereferenceNothing)
 {
     int deaths = 0;
     {
@@ -211,7 +211,7 @@ TEST(VoUniquePtr, ownsConvertsAndRefusesToDereferenceNothing)
     EXPECT_TRUE(some == nullptr && some != none && none == none);
 }
 
-TEST(VoSharedPtr, sharesAcrossCastsAndWeakPointersNoticeTheEnd)
+TEST(VoSharedPtr, SharesAcrossCastsAndWeakPointersNoticeTheEnd)
 {
     int deaths = 0;
     VoWeakPtr<Base> weak;
@@ -236,7 +236,7 @@ TEST(VoSharedPtr, sharesAcrossCastsAndWeakPointersNoticeTheEnd)
     EXPECT_THROW_MSG(*VoSharedPtr<int>(), VoNullPointerException, "VoSharedPtr dereferencing nullptr");
 }
 
-TEST(VoMatrix, checkedAccessNamesTheOffendingIndexAndItsBound)
+TEST(VoMatrix, CheckedAccessNamesTheOffendingIndexAndItsBound)
 {
     VoMatrix<int> matrix(2, 3, 1);
     matrix.at(1, 2) = 5;
@@ -267,7 +267,7 @@ struct ThrowsWhenCopied
 
 } // namespace
 
-TEST(VoMatrix, hasCellsForItsShapeAfterMovesAndFailedCopies)
+TEST(VoMatrix, HasCellsForItsShapeAfterMovesAndFailedCopies)
 {
     VoNumericMatrix<double> from(2, 3, 1);
     VoNumericMatrix<double> to(std::move(from));
@@ -284,7 +284,7 @@ TEST(VoMatrix, hasCellsForItsShapeAfterMovesAndFailedCopies)
     EXPECT_TRUE(target.rows() == 1 && target.begin() + 1 == target.end());
 }
 
-TEST(VoNumericMatrix, rowOperationsSolveALinearSystem)
+TEST(VoNumericMatrix, RowOperationsSolveALinearSystem)
 {
     VoNumericMatrix<double> m(2, 3);
     const std::array<double, 6> cells{0, 2, 8, 3, 1, 10};
@@ -298,7 +298,7 @@ TEST(VoNumericMatrix, rowOperationsSolveALinearSystem)
     EXPECT_DOUBLE_EQ(4, m.transposed()(2, 1));
 }
 
-TEST(HostTypes, guidsAreDistinctVersionFourTextsInBraces)
+TEST(HostTypes, GuidsAreDistinctVersionFourTextsInBraces)
 {
     const std::regex form("\\{[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}\\}");
     std::set<std::string> seen;
@@ -309,7 +309,7 @@ TEST(HostTypes, guidsAreDistinctVersionFourTextsInBraces)
     }
 }
 
-TEST(HostTypes, theHashTableIteratesInOrderOfItsKeys)
+TEST(HostTypes, TheHashTableIteratesInOrderOfItsKeys)
 {
     YHashTable<std::string> table;
     for (const int key : {5, -1, 3, 5})
@@ -323,7 +323,7 @@ TEST(HostTypes, theHashTableIteratesInOrderOfItsKeys)
     EXPECT_EQ(nullptr, table.find(3));
 }
 
-TEST(VoMaths, randomIntegersCoverTheClosedRangeEvenly)
+TEST(VoMaths, RandomIntegersCoverTheClosedRangeEvenly)
 {
     std::array<int, 6> counts{};
     for (int i = 0; i < 6000; ++i) {
@@ -341,7 +341,7 @@ TEST(VoMaths, randomIntegersCoverTheClosedRangeEvenly)
     EXPECT_THROW_MSG(VoMaths::RandomInteger(1, 0), VoInvalidParameterException, "Empty range");
 }
 
-TEST(VoMaths, nearEqualityIsRelativeWithASmallAbsoluteFloor)
+TEST(VoMaths, NearEqualityIsRelativeWithASmallAbsoluteFloor)
 {
     const double infinity = std::numeric_limits<double>::infinity();
     EXPECT_TRUE(VoMaths::NearlyEqual(1e20, 1e20 * (1 + 1e-10)));

@@ -46,7 +46,7 @@ double RandomDouble(std::mt19937_64& engine)
     return value;
 }
 
-TEST(NumberText, printsLikeC)
+TEST(NumberText, PrintsLikeC)
 {
     std::vector<double> values = {0.0,    -0.0,   1.5,      2.5,       1e5,          1e6,          999999.5,
                                   1e-5,   0.0001, 1e308,    -1e308,    5e-324,       0.1,          1e15,
@@ -61,7 +61,7 @@ TEST(NumberText, printsLikeC)
     }
 }
 
-TEST(NumberText, readsDoublesLikeC)
+TEST(NumberText, ReadsDoublesLikeC)
 {
     const char* const texts[] = {
         "",
@@ -157,7 +157,7 @@ TEST(NumberText, readsDoublesLikeC)
     }
 }
 
-TEST(NumberText, readsIntegersLikeC)
+TEST(NumberText, ReadsIntegersLikeC)
 {
     const char* const texts[] = {"",
                                  "42",
@@ -187,7 +187,7 @@ TEST(NumberText, readsIntegersLikeC)
     EXPECT_EQ(vo::detail::ParseInt("99999999999"), 1215752191);
 }
 
-TEST(NumberText, readsSizesLikeAStream)
+TEST(NumberText, ReadsSizesLikeAStream)
 {
     const char* const texts[] = {"",
                                  "7",
@@ -214,7 +214,7 @@ TEST(NumberText, readsSizesLikeAStream)
     }
 }
 
-TEST(NumberText, garbageReadsAsZero)
+TEST(NumberText, GarbageReadsAsZero)
 {
     const VoString garbage("garbage");
     EXPECT_EQ(garbage.toInt(), 0);
@@ -222,7 +222,7 @@ TEST(NumberText, garbageReadsAsZero)
     EXPECT_EQ(garbage.toSizeT(), 0u);
 }
 
-TEST(VoStringLongLongConverter, roundTripsAndRefusesEverythingElse)
+TEST(VoStringLongLongConverter, RoundTripsAndRefusesEverythingElse)
 {
     VoStringLongLongConverter converter;
     for (const long long value : {0LL, -1LL, 42LL, LLONG_MAX, LLONG_MIN})

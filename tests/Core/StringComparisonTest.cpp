@@ -52,7 +52,7 @@ void ExpectOrderWithEveryKindOfText(const A& a, const VoString& b, int sign)
     EXPECT_TRUE(AreEqual(a, VoUrl(b), sign == 0));
 }
 
-TEST(StringComparison, agreesAmongAllKindsOfTexts)
+TEST(StringComparison, AgreesAmongAllKindsOfTexts)
 {
     for (const char* left : {"apple", "Mango", "zebra"}) {
         for (const char* right : {"APPLE", "banana", "Zebra"}) {
@@ -84,23 +84,23 @@ TEST(StringComparison, agreesAmongAllKindsOfTexts)
 }
 
 template <typename T, typename = void>
-constexpr bool isDereferenced = false;
+constexpr bool IsDereferenced = false;
 template <typename T>
-constexpr bool isDereferenced<T, std::void_t<decltype(*std::declval<T>())>> = true;
+constexpr bool IsDereferenced<T, std::void_t<decltype(*std::declval<T>())>> = true;
 template <typename A, typename B, typename = void>
-constexpr bool isSubtracted = false;
+constexpr bool IsSubtracted = false;
 template <typename A, typename B>
-constexpr bool isSubtracted<A, B, std::void_t<decltype(std::declval<A>() - std::declval<B>())>> = true;
+constexpr bool IsSubtracted<A, B, std::void_t<decltype(std::declval<A>() - std::declval<B>())>> = true;
 template <typename A, typename B, typename = void>
-constexpr bool isCompared = false;
+constexpr bool IsCompared = false;
 template <typename A, typename B>
-constexpr bool isCompared<A, B, std::void_t<decltype(std::declval<A>() < std::declval<B>())>> = true;
+constexpr bool IsCompared<A, B, std::void_t<decltype(std::declval<A>() < std::declval<B>())>> = true;
 
 // What the conversion to a pointer would let in by accident.
-static_assert(isCompared<VoString, const char*> && !isCompared<VoString, int> && !isCompared<long, VoStringView>);
-static_assert(!isDereferenced<VoString> && !isDereferenced<const VoCaseSensitiveString&>);
-static_assert(!isSubtracted<VoString, int> && !isSubtracted<VoString, VoString> &&
-              !isSubtracted<const char*, VoString>);
+static_assert(IsCompared<VoString, const char*> && !IsCompared<VoString, int> && !IsCompared<long, VoStringView>);
+static_assert(!IsDereferenced<VoString> && !IsDereferenced<const VoCaseSensitiveString&>);
+static_assert(!IsSubtracted<VoString, int> && !IsSubtracted<VoString, VoString> &&
+              !IsSubtracted<const char*, VoString>);
 static_assert(!std::is_convertible_v<VoString, bool> && !std::is_convertible_v<VoString, const void*>);
 
 // A view kept of a temporary would dangle.
@@ -108,7 +108,7 @@ static_assert(!std::is_constructible_v<VoStringView, decltype(VoString().trimmed
 static_assert(!std::is_constructible_v<VoStringView, decltype(VoString().tokenize(",")[0])>);
 static_assert(!std::is_constructible_v<VoStringView, decltype(VoFilePath("a").path())>);
 
-TEST(TemporaryString, givesTextsThatOutliveIt)
+TEST(TemporaryString, GivesTextsThatOutliveIt)
 {
     const auto read = [](const char* text) { return VoString(text) + " that is too long to be kept inside an object"; };
     std::string pieces;

@@ -37,7 +37,7 @@ protected:
     }
 };
 
-TEST_F(StringLocale, isCapturedOnceFromTheGlobalLocale)
+TEST_F(StringLocale, IsCapturedOnceFromTheGlobalLocale)
 {
     const VoString early("[");
     const VoString late = odd("[");
@@ -52,7 +52,7 @@ TEST_F(StringLocale, isCapturedOnceFromTheGlobalLocale)
     EXPECT_EQ(early.locale(), std::locale::classic());
 }
 
-TEST_F(StringLocale, ofTheLeftOperandDecides)
+TEST_F(StringLocale, OfTheLeftOperandDecides)
 {
     const VoString classic("[");
     const VoString other = odd("{");
@@ -62,7 +62,7 @@ TEST_F(StringLocale, ofTheLeftOperandDecides)
     EXPECT_EQ(classic.compare(other), -32);
 }
 
-TEST_F(StringLocale, goesWithCopiesAndStaysOnAssignmentFromText)
+TEST_F(StringLocale, GoesWithCopiesAndStaysOnAssignmentFromText)
 {
     const VoString source = odd("[Ab");
     VoString text(source);
@@ -87,7 +87,7 @@ TEST_F(StringLocale, goesWithCopiesAndStaysOnAssignmentFromText)
     EXPECT_EQ(text.locale(), m_odd);
 }
 
-TEST_F(StringLocale, isSharedByViewsAndNotByWhatIsMadeOfThem)
+TEST_F(StringLocale, IsSharedByViewsAndNotByWhatIsMadeOfThem)
 {
     const VoString source = odd("_a,[_");
     EXPECT_EQ(source.substring(1).locale(), m_odd);
@@ -101,7 +101,7 @@ TEST_F(StringLocale, isSharedByViewsAndNotByWhatIsMadeOfThem)
     EXPECT_EQ(VoString(tokens[1]).locale(), std::locale::classic());
 }
 
-TEST_F(StringLocale, classifiesBytes)
+TEST_F(StringLocale, ClassifiesBytes)
 {
     VoString text = odd("a_b#c");
     EXPECT_TRUE(text.containsWhiteSpace());
@@ -115,7 +115,7 @@ TEST_F(StringLocale, classifiesBytes)
     EXPECT_TRUE(VoString::IsWhiteSpace('_')) << "asks the global locale at the call";
 }
 
-TEST_F(StringLocale, withTheSameCharactersIsStillItsOwn)
+TEST_F(StringLocale, WithTheSameCharactersIsStillItsOwn)
 {
     const std::locale commas(std::locale::classic(), new DecimalComma);
     const ScopedGlobalLocale global(commas);
@@ -129,7 +129,7 @@ TEST_F(StringLocale, withTheSameCharactersIsStillItsOwn)
     EXPECT_EQ(VoString("1.234").toSizeT(), 1u);
 }
 
-TEST_F(StringLocale, hasOneRecordForTheProcess)
+TEST_F(StringLocale, HasOneRecordForTheProcess)
 {
     const vo::detail::LocalePtr record = vo::detail::RecordOf(m_odd);
     EXPECT_EQ(vo::detail::RecordOf(std::locale(m_odd)), record);
@@ -140,7 +140,7 @@ TEST_F(StringLocale, hasOneRecordForTheProcess)
     EXPECT_EQ(vo::detail::RecordOf(std::locale::classic()), vo::detail::ClassicLocale());
 }
 
-TEST_F(StringLocale, isUsedByManyThreadsAtOnce)
+TEST_F(StringLocale, IsUsedByManyThreadsAtOnce)
 {
     const VoString shared = odd("Shared[\xC4_");
     std::atomic<int> failures{0};
@@ -163,22 +163,22 @@ TEST_F(StringLocale, isUsedByManyThreadsAtOnce)
 }
 
 // Made before main and dropped after it, when the thread's variables are gone.
-const VoString atStart("Made at start");
+const VoString AtStart("Made at start");
 
 struct ComparesAtExit
 {
     ~ComparesAtExit()
     {
         const std::locale odd = OddCharacters::Locale();
-        if (atStart != "mADE AT START" || vo::detail::RecordOf(odd)->locale != odd)
+        if (AtStart != "mADE AT START" || vo::detail::RecordOf(odd)->locale != odd)
             std::terminate();
     }
 } const comparesAtExit;
 
-TEST_F(StringLocale, isUsableBeforeMain)
+TEST_F(StringLocale, IsUsableBeforeMain)
 {
-    EXPECT_EQ(atStart, "made at start");
-    EXPECT_EQ(atStart.locale(), std::locale::classic());
+    EXPECT_EQ(AtStart, "made at start");
+    EXPECT_EQ(AtStart.locale(), std::locale::classic());
 }
 
 } // namespace

@@ -25,7 +25,7 @@ std::string Decoded(const VoString& text)
     return std::string(bytes.cdata(), bytes.cdata() + bytes.length());
 }
 
-TEST(VoBase64ConverterCore, knownTexts)
+TEST(VoBase64ConverterCore, KnownTexts)
 {
     // From RFC 4648.
     const std::pair<const char*, const char*> rows[] = {{"", ""},
@@ -39,7 +39,7 @@ TEST(VoBase64ConverterCore, knownTexts)
         EXPECT_EQ(Encoded(bytes).toStdString(), text);
 }
 
-TEST(VoBase64ConverterCore, agreesWithAnotherCodecAndRoundTrips)
+TEST(VoBase64ConverterCore, AgreesWithAnotherCodecAndRoundTrips)
 {
     std::mt19937 engine(3);
     for (std::size_t length = 0; length < 400; ++length) {
@@ -56,7 +56,7 @@ TEST(VoBase64ConverterCore, agreesWithAnotherCodecAndRoundTrips)
     }
 }
 
-TEST(VoBase64ConverterCore, otherLengthsAreRefused)
+TEST(VoBase64ConverterCore, OtherLengthsAreRefused)
 {
     for (const char* text : {"", "A", "AA", "AAA", "AAAAA", "AAAAAAA"})
         EXPECT_THROW_MSG(VoBase64ConverterCore::Decode(VoString(text)), VoInvalidParameterException,
@@ -64,7 +64,7 @@ TEST(VoBase64ConverterCore, otherLengthsAreRefused)
 }
 
 // The rule for bytes outside the alphabet, worked out by hand: "=" counts 64, unknown ones 65.
-TEST(VoBase64ConverterCore, oddCharactersGiveFixedBytes)
+TEST(VoBase64ConverterCore, OddCharactersGiveFixedBytes)
 {
     struct Row
     {
@@ -87,7 +87,7 @@ TEST(VoBase64ConverterCore, oddCharactersGiveFixedBytes)
     EXPECT_EQ(Decoded(VoString("A\0AA", 4)), std::string("\x04\x10\0", 3));
 }
 
-TEST(VoBase64Converter, numbersKeepTheirBits)
+TEST(VoBase64Converter, NumbersKeepTheirBits)
 {
     VoBase64Converter converter;
     EXPECT_EQ(converter.encodeDouble(0.0), YString("AAAAAAAAAAA="));
@@ -108,7 +108,7 @@ TEST(VoBase64Converter, numbersKeepTheirBits)
         EXPECT_EQ(converter.decodeInteger(VoString(converter.encodeInteger(value))), value);
 }
 
-TEST(VoBase64Converter, shortAndLongTextsFillTheNumberFromTheFront)
+TEST(VoBase64Converter, ShortAndLongTextsFillTheNumberFromTheFront)
 {
     VoBase64Converter converter;
     EXPECT_EQ(converter.decodeInteger("Kg=="), 42);
@@ -119,14 +119,14 @@ TEST(VoBase64Converter, shortAndLongTextsFillTheNumberFromTheFront)
     EXPECT_THROW_MSG(converter.decodeInteger(""), VoInvalidParameterException, "Invalid string length");
 }
 
-TEST(VoBase64Converter, textsOfEveryLengthRoundTrip)
+TEST(VoBase64Converter, TextsOfEveryLengthRoundTrip)
 {
     VoBase64Converter converter;
     for (const char* text : {"A", "AB", "ABC", "ABCD", "\xC3\xA4"})
         EXPECT_EQ(converter.decodeString(VoString(converter.encodeString(text))), YString(text));
 }
 
-TEST(VoByteArrayOLD, copiesDeeplyAndIsEmptyAfterAMove)
+TEST(VoByteArrayOLD, CopiesDeeplyAndIsEmptyAfterAMove)
 {
     VoByteArrayOLD a("abc", 3);
     VoByteArrayOLD b(a);

@@ -62,7 +62,7 @@ protected:
 } // namespace
 
 // Known answers of the standard's own examples.
-TEST(VoChecksum, digestsAreThoseOfTheStandard)
+TEST(VoChecksum, DigestsAreThoseOfTheStandard)
 {
     EXPECT_EQ(DigestOf(""), DigestOfNothing);
     EXPECT_EQ(DigestOf("abc"), "3a985da74fe225b2045c172d6bd390bd855f086e3e9d525b46bfe24511431532");
@@ -71,7 +71,7 @@ TEST(VoChecksum, digestsAreThoseOfTheStandard)
     EXPECT_EQ(DigestOf(std::string(1000000, 'a')), "5c8875ae474a3634ba4fd55ec85bffd661f32aca75c6d699d0cdcb6c115891c1");
 }
 
-TEST(VoChecksum, takenWhileBytesPassItIsTheSameHoweverTheyAreCut)
+TEST(VoChecksum, TakenWhileBytesPassItIsTheSameHoweverTheyAreCut)
 {
     const std::string bytes = Bytes(10000);
     const std::string whole = DigestOf(bytes);
@@ -84,7 +84,7 @@ TEST(VoChecksum, takenWhileBytesPassItIsTheSameHoweverTheyAreCut)
     }
 }
 
-TEST(VoChecksum, onlyTheDefaultOneIsNull)
+TEST(VoChecksum, OnlyTheDefaultOneIsNull)
 {
     const VoChecksum null;
     EXPECT_TRUE(null.isNull());
@@ -96,7 +96,7 @@ TEST(VoChecksum, onlyTheDefaultOneIsNull)
     EXPECT_EQ(VoChecksum::Deserialize(""), null) << "no byte differs";
 }
 
-TEST(VoChecksum, copiesKeepTheDigestAndAMovedFromOneIsNull)
+TEST(VoChecksum, CopiesKeepTheDigestAndAMovedFromOneIsNull)
 {
     VoChecksum from(QByteArray("x"));
     VoChecksum copy;
@@ -110,7 +110,7 @@ TEST(VoChecksum, copiesKeepTheDigestAndAMovedFromOneIsNull)
     EXPECT_EQ((std::unordered_set<VoChecksum>{copy, moved, VoChecksum()}).size(), 2U);
 }
 
-TEST(VoChecksum, hexadecimalTextIsReadWithoutJudgement)
+TEST(VoChecksum, HexadecimalTextIsReadWithoutJudgement)
 {
     struct
     {
@@ -123,7 +123,7 @@ TEST(VoChecksum, hexadecimalTextIsReadWithoutJudgement)
     EXPECT_EQ(VoChecksum::Deserialize(VoChecksum::Serialize(digest)), digest);
 }
 
-TEST_F(VoChecksumOfFile, isThatOfItsBytes)
+TEST_F(VoChecksumOfFile, IsThatOfItsBytes)
 {
     for (const std::size_t size : {0UL, 1UL, 65536UL, 262143UL, 262144UL, 262145UL, 1000003UL}) {
         const std::string bytes = Bytes(size);
@@ -131,7 +131,7 @@ TEST_F(VoChecksumOfFile, isThatOfItsBytes)
     }
 }
 
-TEST_F(VoChecksumOfFile, aMissingFileADirectoryAndAnOverlongPathAreToldApart)
+TEST_F(VoChecksumOfFile, AMissingFileADirectoryAndAnOverlongPathAreToldApart)
 {
     const VoFilePath missing = m_directory.path("missing");
     EXPECT_THROW_MSG(VoChecksum(missing), VoFileNotFoundException, "File not found: " + missing.path());
@@ -145,7 +145,7 @@ TEST_F(VoChecksumOfFile, aMissingFileADirectoryAndAnOverlongPathAreToldApart)
 
 #if defined(__unix__)
 
-TEST_F(VoChecksumOfFile, aPipeIsRefusedInsteadOfWaitedFor)
+TEST_F(VoChecksumOfFile, APipeIsRefusedInsteadOfWaitedFor)
 {
     const VoFilePath pipe = m_directory.path("pipe");
     ASSERT_EQ(::mkfifo(vo::detail::ToNative(pipe).c_str(), 0600), 0);
@@ -153,7 +153,7 @@ TEST_F(VoChecksumOfFile, aPipeIsRefusedInsteadOfWaitedFor)
     EXPECT_THROW_MSG(VoChecksum(VoFilePath("/dev/zero")), VoCannotOpenFileException, "Cannot open file: \\dev\\zero");
 }
 
-TEST_F(VoChecksumOfFile, anUnreadableFileCannotBeOpened)
+TEST_F(VoChecksumOfFile, AnUnreadableFileCannotBeOpened)
 {
     if (::geteuid() == 0)
         GTEST_SKIP() << "the superuser reads everything";
@@ -163,7 +163,7 @@ TEST_F(VoChecksumOfFile, anUnreadableFileCannotBeOpened)
 }
 
 // The start of a process's memory is mapped by nobody, so that reading it fails where opening succeeded.
-TEST_F(VoChecksumOfFile, aReadErrorIsReported)
+TEST_F(VoChecksumOfFile, AReadErrorIsReported)
 {
     const VoFilePath memory("/proc/self/mem");
     if (!std::filesystem::exists("/proc/self/mem"))

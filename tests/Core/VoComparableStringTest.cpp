@@ -12,9 +12,9 @@
 namespace {
 
 using Mode = VoComparableString::Comparison;
-constexpr Mode insensitive = VoComparableString::CaseInsensitive;
-constexpr Mode sensitive = VoComparableString::CaseSensitive;
-constexpr std::size_t none = VoComparableString::invalid_position;
+constexpr Mode Insensitive = VoComparableString::CaseInsensitive;
+constexpr Mode Sensitive = VoComparableString::CaseSensitive;
+constexpr std::size_t None = VoComparableString::invalid_position;
 
 std::string Text(const VoComparableString& string)
 {
@@ -45,7 +45,7 @@ public:
     int difference(char a, char b, Mode mode) const
     {
         const auto& facet = std::use_facet<std::ctype<char>>(m_locale);
-        if (mode != sensitive) {
+        if (mode != Sensitive) {
             a = facet.tolower(a);
             b = facet.tolower(b);
         }
@@ -73,11 +73,11 @@ public:
     std::size_t find(const std::string& needle, std::size_t from, Mode mode) const
     {
         if (needle.empty() || from >= m_bytes.size())
-            return none;
+            return None;
         for (std::size_t i = from; i < m_bytes.size(); ++i)
             if (matches(i, needle, mode))
                 return i;
-        return none;
+        return None;
     }
 
     // Scans end positions, as the rule for tokens is put.
@@ -183,7 +183,7 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(ClassicAndOddLocale, AgainstTheDefinition, testing::Bool());
 
-TEST_P(AgainstTheDefinition, comparisonAgreesOnRandomTexts)
+TEST_P(AgainstTheDefinition, ComparisonAgreesOnRandomTexts)
 {
     for (int i = 0; i < 20000; ++i) {
         const std::string common = m_random.text(i % 2 ? 5 : 90);
@@ -195,7 +195,7 @@ TEST_P(AgainstTheDefinition, comparisonAgreesOnRandomTexts)
         const VoString string(a);
         const VoString other(b);
         const SlowString slow(a, m_locale);
-        for (const Mode mode : {insensitive, sensitive, Mode(2), Mode(-1)}) {
+        for (const Mode mode : {Insensitive, Sensitive, Mode(2), Mode(-1)}) {
             const int expected = slow.compare(b, mode);
             ASSERT_EQ(string.compare(other, mode), expected) << a << " and " << b << ", mode " << mode;
             ASSERT_EQ((*bare).compare(*otherBare, mode), expected);
@@ -203,7 +203,7 @@ TEST_P(AgainstTheDefinition, comparisonAgreesOnRandomTexts)
             ASSERT_EQ(string.startsWith(other, mode), slow.matches(0, b, mode));
             ASSERT_EQ(string.endsWith(other, mode), b.size() <= a.size() && slow.matches(a.size() - b.size(), b, mode));
         }
-        const int expected = slow.compare(b, insensitive);
+        const int expected = slow.compare(b, Insensitive);
         ASSERT_EQ(string == other, expected == 0);
         ASSERT_EQ(*bare == *otherBare, expected == 0);
         ASSERT_EQ(string != other, expected != 0);
@@ -218,7 +218,7 @@ TEST_P(AgainstTheDefinition, comparisonAgreesOnRandomTexts)
     }
 }
 
-TEST_P(AgainstTheDefinition, searchesAgreeOnRandomTexts)
+TEST_P(AgainstTheDefinition, SearchesAgreeOnRandomTexts)
 {
     for (int i = 0; i < 20000; ++i) {
         const std::string needle = m_random.text(i % 3 ? 4 : 40);
@@ -226,7 +226,7 @@ TEST_P(AgainstTheDefinition, searchesAgreeOnRandomTexts)
         const std::size_t from = m_random.number(text.size() + 3);
         const VoString string(text);
         const SlowString slow(text, m_locale);
-        for (const Mode mode : {insensitive, sensitive}) {
+        for (const Mode mode : {Insensitive, Sensitive}) {
             const std::size_t expected = slow.find(needle, from, mode);
             ASSERT_EQ(string.find(VoString(needle), from, mode), expected)
                 << needle << " in " << text << " from " << from << ", mode " << mode;
@@ -241,21 +241,21 @@ TEST_P(AgainstTheDefinition, searchesAgreeOnRandomTexts)
     }
 }
 
-TEST_P(AgainstTheDefinition, replacementAgreesOnRandomTexts)
+TEST_P(AgainstTheDefinition, ReplacementAgreesOnRandomTexts)
 {
     for (int i = 0; i < 10000; ++i) {
         const std::string from = m_random.text(3);
         std::string to = m_random.text(5);
         const std::string text = m_random.textAround(from, i % 2 ? 12 : 120);
         const std::string terminated = to.substr(0, to.find('\0'));
-        for (const Mode mode : {insensitive, sensitive, Mode(7)})
+        for (const Mode mode : {Insensitive, Sensitive, Mode(7)})
             ASSERT_EQ(VoString(text).replaced(VoString(from), VoString(to), mode).toStdString(),
                       SlowString(text, m_locale).replaced(from, terminated, mode))
                 << from << " to " << to << " in " << text << ", mode " << mode;
     }
 }
 
-TEST(VoComparableString, equalityFollowsTheLeftOperand)
+TEST(VoComparableString, EqualityFollowsTheLeftOperand)
 {
     const VoString lower("abc");
     const VoCaseSensitiveString exact(VoString("ABC"));
@@ -271,7 +271,7 @@ TEST(VoComparableString, equalityFollowsTheLeftOperand)
     EXPECT_TRUE(sliced == lower);
 }
 
-TEST(VoComparableString, caseSensitiveStringsKeepTheInsensitiveOrders)
+TEST(VoComparableString, CaseSensitiveStringsKeepTheInsensitiveOrders)
 {
     const VoCaseSensitiveString lower(VoString("abc"));
     const VoCaseSensitiveString upper(VoString("ABC"));
@@ -289,39 +289,39 @@ TEST(VoComparableString, caseSensitiveStringsKeepTheInsensitiveOrders)
     EXPECT_NE(hash(lower), hash(upper));
 }
 
-TEST(VoComparableString, compareGivesTheByteDifference)
+TEST(VoComparableString, CompareGivesTheByteDifference)
 {
-    EXPECT_EQ(VoString("abd").compare(VoString("abc"), sensitive), 1);
+    EXPECT_EQ(VoString("abd").compare(VoString("abc"), Sensitive), 1);
     EXPECT_EQ(VoString("ab").compare("abc"), -1);
-    EXPECT_EQ(VoString("a").compare("c", sensitive), -2);
-    EXPECT_EQ(VoString("a").compare("A", sensitive), 32);
+    EXPECT_EQ(VoString("a").compare("c", Sensitive), -2);
+    EXPECT_EQ(VoString("a").compare("A", Sensitive), 32);
     EXPECT_LT(VoString("\xC3\xA9").compare("a"), -100) << "bytes from 0x80 on are negative";
 }
 
-TEST(VoComparableString, oddSearchesFindNothing)
+TEST(VoComparableString, OddSearchesFindNothing)
 {
     const VoString text("abcabc");
-    EXPECT_EQ(text.find(""), none);
-    EXPECT_EQ(text.find(static_cast<const char*>(nullptr)), none);
-    EXPECT_EQ(text.find("a", text.size()), none);
-    EXPECT_EQ(text.find("a", none), none);
-    EXPECT_EQ(text.find("abcabca"), none);
-    EXPECT_EQ(text.find("a", 0, Mode(2)), none);
-    EXPECT_EQ(text.find('a', 0, Mode(-1)), none);
-    EXPECT_EQ(VoString().find('a'), none);
+    EXPECT_EQ(text.find(""), None);
+    EXPECT_EQ(text.find(static_cast<const char*>(nullptr)), None);
+    EXPECT_EQ(text.find("a", text.size()), None);
+    EXPECT_EQ(text.find("a", None), None);
+    EXPECT_EQ(text.find("abcabca"), None);
+    EXPECT_EQ(text.find("a", 0, Mode(2)), None);
+    EXPECT_EQ(text.find('a', 0, Mode(-1)), None);
+    EXPECT_EQ(VoString().find('a'), None);
     EXPECT_FALSE(text.contains("a", Mode(2)));
 }
 
-TEST(VoComparableString, aModeIsNotTakenForAStart)
+TEST(VoComparableString, AModeIsNotTakenForAStart)
 {
     const VoString text("xX");
-    EXPECT_EQ(text.find("X", sensitive), 1u);
-    EXPECT_EQ(text.find('X', sensitive), 1u);
-    EXPECT_EQ(text.find(VoString("X"), sensitive), 1u);
-    EXPECT_EQ(text.find("x", insensitive), 0u);
+    EXPECT_EQ(text.find("X", Sensitive), 1u);
+    EXPECT_EQ(text.find('X', Sensitive), 1u);
+    EXPECT_EQ(text.find(VoString("X"), Sensitive), 1u);
+    EXPECT_EQ(text.find("x", Insensitive), 0u);
 }
 
-TEST(VoComparableString, tokensAreWhatIsBetweenSeparators)
+TEST(VoComparableString, TokensAreWhatIsBetweenSeparators)
 {
     struct Row
     {
@@ -342,10 +342,10 @@ TEST(VoComparableString, tokensAreWhatIsBetweenSeparators)
     };
     for (const Row& row : rows)
         EXPECT_EQ(Texts(VoString(row.text).tokenize(row.separator)), row.tokens) << row.text << " by " << row.separator;
-    EXPECT_EQ(Texts(VoString("1x2X3").tokenize("X", sensitive)), (std::vector<std::string>{"1x2", "3"}));
+    EXPECT_EQ(Texts(VoString("1x2X3").tokenize("X", Sensitive)), (std::vector<std::string>{"1x2", "3"}));
 }
 
-TEST(VoComparableString, tokensOfViewsReferToTheString)
+TEST(VoComparableString, TokensOfViewsReferToTheString)
 {
     const VoString text("  key = value  ");
     const VoDeque<VoStringView> tokens = text.trimmed().tokenize("=");
@@ -354,7 +354,7 @@ TEST(VoComparableString, tokensOfViewsReferToTheString)
     EXPECT_EQ(&tokens[1].trimmed()[0], &text[8]);
 }
 
-TEST(VoComparableString, numbersAreRecognised)
+TEST(VoComparableString, NumbersAreRecognised)
 {
     struct Row
     {
@@ -398,7 +398,7 @@ TEST(VoComparableString, numbersAreRecognised)
     }
 }
 
-TEST(VoComparableString, printsZeroBytesAndHonoursTheWidth)
+TEST(VoComparableString, PrintsZeroBytesAndHonoursTheWidth)
 {
     std::ostringstream stream;
     stream << VoString(std::string("a\0b", 3)) << '|';

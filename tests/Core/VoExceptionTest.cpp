@@ -130,13 +130,13 @@ void ExpectCaughtAs(const Row& row)
 
 } // namespace
 
-TEST(VoException, everyClassReportsItsNameAndMessageThroughTheRoot)
+TEST(VoException, EveryClassReportsItsNameAndMessageThroughTheRoot)
 {
     for (const Row& row : GeneralRows())
         ExpectCaughtAs<VoException>(row);
 }
 
-TEST(VoException, fileClassesAreCaughtAsFileExceptions)
+TEST(VoException, FileClassesAreCaughtAsFileExceptions)
 {
     for (const Row& row : FileRows())
         ExpectCaughtAs<VoFileException>(row);
@@ -146,7 +146,7 @@ TEST(VoException, fileClassesAreCaughtAsFileExceptions)
         {"VoPathSizeFileException", tooLong.c_str(), Raise<VoPathSizeFileException>(VoFilePath(path.c_str()))});
 }
 
-TEST(VoException, mathsAndXmlClassesAreCaughtByTheirArea)
+TEST(VoException, MathsAndXmlClassesAreCaughtByTheirArea)
 {
     for (const Row& row : GeneralRows()) {
         const std::string name = row.name;
@@ -160,7 +160,7 @@ TEST(VoException, mathsAndXmlClassesAreCaughtByTheirArea)
     }
 }
 
-TEST(VoFileException, pathsTravelWithTheException)
+TEST(VoFileException, PathsTravelWithTheException)
 {
     const VoFileException two("m", VoFilePath("a/b"), VoFilePath("c"));
     EXPECT_EQ("a\\b", two.path1().path().toStdString());
@@ -179,7 +179,7 @@ TEST(VoFileException, pathsTravelWithTheException)
     EXPECT_EQ(two.path2(), assigned.path2());
 }
 
-TEST(VoFileException, aDeviceThatCannotBeOpenedTellsWhy)
+TEST(VoFileException, ADeviceThatCannotBeOpenedTellsWhy)
 {
     VoFileDevice device(VoFilePath("no/such/directory/file"));
     ASSERT_FALSE(device.open(VoIODevice::Write));
@@ -188,14 +188,14 @@ TEST(VoFileException, aDeviceThatCannotBeOpenedTellsWhy)
     EXPECT_EQ(device.path(), e.path1());
 }
 
-TEST(VoException, theMessageMayHoldZeroBytesWhereWhatEnds)
+TEST(VoException, TheMessageMayHoldZeroBytesWhereWhatEnds)
 {
     const VoNotFoundException e(VoString(std::string("a\0b", 3)));
     EXPECT_EQ(std::string("Item not found: a\0b", 19), e.message().toStdString());
     EXPECT_STREQ("Item not found: a", e.what());
 }
 
-TEST(VoException, travelsToAnotherThreadAndBack)
+TEST(VoException, TravelsToAnotherThreadAndBack)
 {
     std::exception_ptr caught;
     std::thread([&] {
@@ -208,7 +208,7 @@ TEST(VoException, travelsToAnotherThreadAndBack)
     EXPECT_THROW_MSG(std::rethrow_exception(caught), VoCannotOpenFileException, "Cannot open file: file");
 }
 
-TEST(CurrentExceptionText, describesWhateverIsInFlight)
+TEST(CurrentExceptionText, DescribesWhateverIsInFlight)
 {
     EXPECT_EQ("", vo::CurrentExceptionText().toStdString());
     const auto textOf = [](const std::function<void()>& raise) {

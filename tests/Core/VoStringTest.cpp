@@ -28,16 +28,16 @@ static_assert(std::is_nothrow_move_constructible_v<VoCaseSensitiveString>);
 static_assert(std::is_nothrow_swappable_v<VoString>);
 
 template <typename A, typename B, typename = void>
-constexpr bool canBeAdded = false;
+constexpr bool CanBeAdded = false;
 template <typename A, typename B>
-constexpr bool canBeAdded<A, B, std::void_t<decltype(std::declval<A>() + std::declval<B>())>> = true;
-static_assert(canBeAdded<const VoString&, char> && canBeAdded<VoString, char>);
-static_assert(!canBeAdded<const VoString&, int> && !canBeAdded<int, const VoString&>);
-static_assert(!canBeAdded<const VoString&, double> && !canBeAdded<const VoString&, bool>);
+constexpr bool CanBeAdded<A, B, std::void_t<decltype(std::declval<A>() + std::declval<B>())>> = true;
+static_assert(CanBeAdded<const VoString&, char> && CanBeAdded<VoString, char>);
+static_assert(!CanBeAdded<const VoString&, int> && !CanBeAdded<int, const VoString&>);
+static_assert(!CanBeAdded<const VoString&, double> && !CanBeAdded<const VoString&, bool>);
 
-const std::string withZero("a\0b", 3);
+const std::string WithZero("a\0b", 3);
 
-TEST(VoString, isMadeFromEveryKindOfText)
+TEST(VoString, IsMadeFromEveryKindOfText)
 {
     const QString wide = QString::fromUtf8("x\xC3\xA9y");
     const VoString hello("hello");
@@ -45,15 +45,15 @@ TEST(VoString, isMadeFromEveryKindOfText)
     EXPECT_EQ(VoString().toStdString(), "");
     EXPECT_EQ(VoString("text").toStdString(), "text");
     EXPECT_EQ(VoString(nullptr).toStdString(), "");
-    EXPECT_EQ(VoString(withZero).toStdString(), withZero);
-    EXPECT_EQ(VoString(withZero.c_str()).toStdString(), "a");
-    EXPECT_EQ(VoString(withZero.data(), withZero.size()).toStdString(), withZero);
+    EXPECT_EQ(VoString(WithZero).toStdString(), WithZero);
+    EXPECT_EQ(VoString(WithZero.c_str()).toStdString(), "a");
+    EXPECT_EQ(VoString(WithZero.data(), WithZero.size()).toStdString(), WithZero);
     EXPECT_EQ(VoString('c').toStdString(), "c");
     EXPECT_EQ(VoString('c', 3).toStdString(), "ccc");
     EXPECT_EQ(VoString(3, 'a').toStdString(), std::string(97, '\3')) << "the byte comes first";
     EXPECT_EQ(VoString(wide).toStdString(), "x\xC3\xA9y");
     EXPECT_EQ(VoString(wide.midRef(1)).toStdString(), "\xC3\xA9y");
-    EXPECT_EQ(VoString(YString(withZero)).toStdString(), withZero);
+    EXPECT_EQ(VoString(YString(WithZero)).toStdString(), WithZero);
     EXPECT_EQ(VoString(TempString::Own("temp")).toStdString(), "temp");
     EXPECT_EQ(VoString(hello.substring(1, 3)).toStdString(), "ell");
     EXPECT_EQ(VoString(uuid).toStdString(), "{ABC}");
@@ -61,7 +61,7 @@ TEST(VoString, isMadeFromEveryKindOfText)
     EXPECT_TRUE(sliced == "{abc}") << "a plain copy ignores case";
 }
 
-TEST(VoString, isMadeFromNumbers)
+TEST(VoString, IsMadeFromNumbers)
 {
     EXPECT_EQ(VoString(-42).toStdString(), "-42");
     EXPECT_EQ(VoString(INT_MIN).toStdString(), "-2147483648");
@@ -77,7 +77,7 @@ TEST(VoString, isMadeFromNumbers)
     EXPECT_EQ(VoString(1e308).size(), 316u);
 }
 
-TEST(VoString, mixesWithOtherTexts)
+TEST(VoString, MixesWithOtherTexts)
 {
     const VoString s("Ab");
     const QString q = QString::fromLatin1("aB");
@@ -102,7 +102,7 @@ TEST(VoString, mixesWithOtherTexts)
     EXPECT_EQ(s[1], 'b');
 }
 
-TEST(VoString, assignmentTakesTextsAndNullClears)
+TEST(VoString, AssignmentTakesTextsAndNullClears)
 {
     VoString s("start");
     s = "text";
@@ -118,7 +118,7 @@ TEST(VoString, assignmentTakesTextsAndNullClears)
     EXPECT_TRUE(s.isEmpty());
 }
 
-TEST(VoString, movedFromStringsReadAsEmptyAndCanBeUsedAgain)
+TEST(VoString, MovedFromStringsReadAsEmptyAndCanBeUsedAgain)
 {
     VoString source("a text too long to be stored without the heap");
     const VoStringView view(source);
@@ -152,7 +152,7 @@ TEST(VoString, movedFromStringsReadAsEmptyAndCanBeUsedAgain)
     EXPECT_EQ(source.toStdString(), "new");
 }
 
-TEST(VoString, copiesAreIndependent)
+TEST(VoString, CopiesAreIndependent)
 {
     VoString a("one");
     VoString b(a);
@@ -171,7 +171,7 @@ TEST(VoString, copiesAreIndependent)
     EXPECT_EQ(a.toStdString(), "One");
 }
 
-TEST(VoString, accessBeyondTheEndIsRefused)
+TEST(VoString, AccessBeyondTheEndIsRefused)
 {
     VoString s("abc");
     EXPECT_EQ(s.at(2), 'c');
@@ -190,7 +190,7 @@ TEST(VoString, accessBeyondTheEndIsRefused)
     EXPECT_EQ(s.toStdString(), "xbc");
 }
 
-TEST(VoString, argumentsMayBePartsOfTheStringItself)
+TEST(VoString, ArgumentsMayBePartsOfTheStringItself)
 {
     VoString s("abcdefghijklmnopqrstuvwxyz");
     s += s;
@@ -210,17 +210,17 @@ TEST(VoString, argumentsMayBePartsOfTheStringItself)
     EXPECT_EQ(s.toStdString(), "bccbcc");
 }
 
-TEST(VoString, replacementsAreNotSearchedAgain)
+TEST(VoString, ReplacementsAreNotSearchedAgain)
 {
     EXPECT_EQ(VoString("aaa").replaced("a", "aa").toStdString(), "aaaaaa");
     EXPECT_EQ(VoString("aa").replaced("aa", "").toStdString(), "");
     EXPECT_EQ(VoString("xAbx").replaced("aB", "-").toStdString(), "x-x");
     EXPECT_EQ(VoString("xAbx").replaced("aB", "-", VoString::CaseSensitive).toStdString(), "xAbx");
     EXPECT_EQ(VoString("abc").replaced("", "x").toStdString(), "abc");
-    EXPECT_EQ(VoString("a").replaced("a", VoString(withZero)).toStdString(), "a") << "up to the zero byte";
+    EXPECT_EQ(VoString("a").replaced("a", VoString(WithZero)).toStdString(), "a") << "up to the zero byte";
 }
 
-TEST(VoString, editsInPlace)
+TEST(VoString, EditsInPlace)
 {
     struct Row
     {
@@ -252,7 +252,7 @@ TEST(VoString, editsInPlace)
     EXPECT_EQ(grown.toStdString(), "a");
 }
 
-TEST(VoString, answersQuestions)
+TEST(VoString, AnswersQuestions)
 {
     const VoString s("Hello World");
     EXPECT_TRUE(s.contains("WORLD") && s.contains('w') && s.contains(std::string("o w")));
@@ -269,7 +269,7 @@ TEST(VoString, answersQuestions)
     EXPECT_THROW_MSG(VoString().findLastOf('x'), VoNotFoundException, "Item not found: x");
 }
 
-TEST(VoString, convertsToWideTexts)
+TEST(VoString, ConvertsToWideTexts)
 {
     const VoString text("a\xC3\xA9\xF0\x9F\x98\x80");
     EXPECT_EQ(text.toWString(), (std::wstring{L'a', 0xE9, 0xD83D, 0xDE00})) << "UTF-16 units";
@@ -277,25 +277,25 @@ TEST(VoString, convertsToWideTexts)
     EXPECT_EQ(text.toQString().size(), 4);
     EXPECT_EQ(VoString(text.toQString()).toStdString(), text.toStdString());
 
-    const VoString withZeroByte(withZero);
+    const VoString withZeroByte(WithZero);
     EXPECT_EQ(withZeroByte.toQString(), QStringLiteral("a"));
     EXPECT_EQ(withZeroByte.toWString(), std::wstring(L"a\0b", 3));
     EXPECT_EQ(VoString("\xFF").toWString(), std::wstring(1, 0xFFFD));
     EXPECT_EQ(VoString("\xFF").toQString(), QString(QChar(0xFFFD)));
 }
 
-TEST(VoString, convertsToTheHostsTypes)
+TEST(VoString, ConvertsToTheHostsTypes)
 {
-    const VoString text(withZero);
-    EXPECT_EQ(text.toYString(), YString(withZero));
-    EXPECT_EQ(YString(text), YString(withZero));
+    const VoString text(WithZero);
+    EXPECT_EQ(text.toYString(), YString(WithZero));
+    EXPECT_EQ(YString(text), YString(WithZero));
     const PrintfArg argument = text;
     EXPECT_EQ(argument.text(), text.c_str());
     const char* terminated = text;
     EXPECT_EQ(terminated, text.tocs());
 }
 
-TEST(VoString, padsDigitsWithZeros)
+TEST(VoString, PadsDigitsWithZeros)
 {
     struct Row
     {
@@ -309,7 +309,7 @@ TEST(VoString, padsDigitsWithZeros)
         EXPECT_EQ(VoString::Pad(row.value, row.width).toStdString(), row.text);
 }
 
-TEST(VoString, randomTextsUseTheirWholeAlphabetAndNothingElse)
+TEST(VoString, RandomTextsUseTheirWholeAlphabetAndNothingElse)
 {
     const std::string lower = "abcdefghijklmnopqrstuvwxyz";
     const std::string upper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
@@ -328,12 +328,12 @@ TEST(VoString, randomTextsUseTheirWholeAlphabetAndNothingElse)
     EXPECT_NE(VoString::Random(40, VoString::Letters), VoString::Random(40, VoString::Letters));
 }
 
-TEST(VoString, newLineIsTheSameOnEveryPlatform)
+TEST(VoString, NewLineIsTheSameOnEveryPlatform)
 {
     EXPECT_EQ(VoString::NewLine().toStdString(), "\r\n");
 }
 
-TEST(VoString, onlyAsciiLettersAreLetters)
+TEST(VoString, OnlyAsciiLettersAreLetters)
 {
     int letters = 0;
     for (int c = 0; c < 256; ++c)
@@ -343,7 +343,7 @@ TEST(VoString, onlyAsciiLettersAreLetters)
                 VoString::IsLetter('Z'));
 }
 
-TEST(VoString, hashedSetsIgnoreCaseAndCaseSensitiveOnesDoNot)
+TEST(VoString, HashedSetsIgnoreCaseAndCaseSensitiveOnesDoNot)
 {
     const std::unordered_set<VoString> any{VoString("Key"), VoString("KEY"), VoString("other")};
     EXPECT_EQ(any.size(), 2u);

@@ -13,7 +13,7 @@ std::string Text(const VoStringView& view)
     return view.toString().toStdString();
 }
 
-TEST(VoStringView, viewsPartsWithoutCopying)
+TEST(VoStringView, ViewsPartsWithoutCopying)
 {
     const VoString text("Hello World");
     const VoStringView world(text, 6, VoStringView::npos);
@@ -28,7 +28,7 @@ TEST(VoStringView, viewsPartsWithoutCopying)
     EXPECT_TRUE(VoStringView(nullptr, 5).isEmpty());
 }
 
-TEST(VoStringView, boundsAreThoseOfTheView)
+TEST(VoStringView, BoundsAreThoseOfTheView)
 {
     const VoString text("abcdef");
     const VoStringView view(text, 1, 3);
@@ -42,7 +42,7 @@ TEST(VoStringView, boundsAreThoseOfTheView)
     EXPECT_EQ(view.find("C"), 1u) << "relative to the view";
 }
 
-TEST(VoStringView, lastOccurrenceIsSoughtBackwardsFromTheIndex)
+TEST(VoStringView, LastOccurrenceIsSoughtBackwardsFromTheIndex)
 {
     const VoString text("a.b.c.");
     const VoStringView view(text, 0, 5);
@@ -53,7 +53,7 @@ TEST(VoStringView, lastOccurrenceIsSoughtBackwardsFromTheIndex)
     EXPECT_THROW_MSG(VoStringView().findLastOf('x', 3), VoNotFoundException, "Item not found: x");
 }
 
-TEST(VoStringView, numbersAndTextsEndWithTheView)
+TEST(VoStringView, NumbersAndTextsEndWithTheView)
 {
     const VoString text("123\0tail", 8);
     EXPECT_EQ(text.substring(0, 2).toInt(), 12);
@@ -64,7 +64,7 @@ TEST(VoStringView, numbersAndTextsEndWithTheView)
     EXPECT_EQ(Text(text.substring(2, 3)), std::string("3\0t", 3));
 }
 
-TEST(VoStringView, comparesWithEveryKindOfText)
+TEST(VoStringView, ComparesWithEveryKindOfText)
 {
     const VoString text("xABCx");
     const VoStringView view = text.substring(1, 3);
@@ -74,7 +74,7 @@ TEST(VoStringView, comparesWithEveryKindOfText)
     EXPECT_TRUE(VoString("ABC").equal(view, VoString::CaseSensitive));
 }
 
-TEST(VoStringView, copiesAndMovesLikeAValue)
+TEST(VoStringView, CopiesAndMovesLikeAValue)
 {
     const VoString text("abc");
     VoStringView a(text);

@@ -19,7 +19,7 @@ std::string Text(const VoUUID& uuid)
 
 } // namespace
 
-TEST(VoUUID, newIdentifiersAreRandomOnesInBraces)
+TEST(VoUUID, NewIdentifiersAreRandomOnesInBraces)
 {
     const std::string text = Text(VoUUID());
     ASSERT_EQ(text.size(), 38U);
@@ -28,13 +28,13 @@ TEST(VoUUID, newIdentifiersAreRandomOnesInBraces)
     EXPECT_TRUE(std::regex_match(text.substr(1, 36), RandomIdentifier)) << text;
 }
 
-TEST(VoUUID, everyFormatMeansWithoutBraces)
+TEST(VoUUID, EveryFormatMeansWithoutBraces)
 {
     for (const int format : {0, 1, 7, -1})
         EXPECT_TRUE(std::regex_match(Text(VoUUID(static_cast<VoUUID::Format>(format))), RandomIdentifier)) << format;
 }
 
-TEST(VoUUID, newIdentifiersDiffer)
+TEST(VoUUID, NewIdentifiersDiffer)
 {
     std::set<std::string> texts;
     for (int i = 0; i < 1000; ++i)
@@ -42,7 +42,7 @@ TEST(VoUUID, newIdentifiersDiffer)
     EXPECT_EQ(texts.size(), 1000U);
 }
 
-TEST(VoUUID, takesAnyTextAsItIs)
+TEST(VoUUID, TakesAnyTextAsItIs)
 {
     for (const char* text : {"", " ", "{A}", "no identifier at all", "\xff\xfe"}) {
         EXPECT_EQ(Text(VoUUID(text)), text);
@@ -53,7 +53,7 @@ TEST(VoUUID, takesAnyTextAsItIs)
     EXPECT_EQ(Text(VoUUID(static_cast<const char*>(nullptr))), "");
 }
 
-TEST(VoUUID, caseCountsWhicheverOperandComesFirst)
+TEST(VoUUID, CaseCountsWhicheverOperandComesFirst)
 {
     const VoUUID lower("ab-c");
     const VoString upper("AB-C");
@@ -72,20 +72,20 @@ TEST(VoUUID, caseCountsWhicheverOperandComesFirst)
     EXPECT_FALSE(lower != "ab-c");
 }
 
-TEST(VoUUID, orderIsThatOfTheBytes)
+TEST(VoUUID, OrderIsThatOfTheBytes)
 {
     EXPECT_LT(VoUUID("B"), VoUUID("a"));
     EXPECT_FALSE(VoUUID("a") < VoUUID("B"));
     EXPECT_FALSE(VoUUID("a") < VoUUID("a"));
 }
 
-TEST(VoUUID, hashesKeepIdentifiersOfDifferentCaseApart)
+TEST(VoUUID, HashesKeepIdentifiersOfDifferentCaseApart)
 {
     const std::unordered_set<VoUUID> set = {VoUUID("a"), VoUUID("A"), VoUUID("a")};
     EXPECT_EQ(set.size(), 2U);
 }
 
-TEST(VoUUID, aMovedFromIdentifierIsEmptyAndCanBeAssigned)
+TEST(VoUUID, AMovedFromIdentifierIsEmptyAndCanBeAssigned)
 {
     VoUUID from("abc");
     const VoUUID to(std::move(from));
@@ -95,7 +95,7 @@ TEST(VoUUID, aMovedFromIdentifierIsEmptyAndCanBeAssigned)
     EXPECT_EQ(Text(from), "abc");
 }
 
-TEST(VoUUID, convertsToTheHostsStringAndPrintsItsText)
+TEST(VoUUID, ConvertsToTheHostsStringAndPrintsItsText)
 {
     const YString host = VoUUID("abc");
     EXPECT_STREQ(host.c_str(), "abc");

@@ -35,7 +35,7 @@ std::vector<VoVariant> OneOfEach()
 
 } // namespace
 
-TEST(VoVariant, everyKindShowsItsTextAndOnlyItsOwnAccessorAnswers)
+TEST(VoVariant, EveryKindShowsItsTextAndOnlyItsOwnAccessorAnswers)
 {
     const char* const texts[] = {"null", "true", "C:\\a", "[C:\\a,b]", "3", "2.5", "3", "text", "[a,b]"};
     const auto accessors = std::vector<std::function<void(const VoVariant&)>>{
@@ -61,7 +61,7 @@ TEST(VoVariant, everyKindShowsItsTextAndOnlyItsOwnAccessorAnswers)
     }
 }
 
-TEST(VoVariant, theArgumentsTypeChoosesTheKind)
+TEST(VoVariant, TheArgumentsTypeChoosesTheKind)
 {
     EXPECT_EQ(VoVariant(5u).type(), VoVariant::Size);
     EXPECT_EQ(VoVariant(5ULL).asSize(), 5u);
@@ -79,7 +79,7 @@ TEST(VoVariant, theArgumentsTypeChoosesTheKind)
     EXPECT_FALSE((std::is_constructible_v<VoVariant, char>));
 }
 
-TEST(VoVariant, kindsAreOrderedByNumberAndValuesByTheirOwnRules)
+TEST(VoVariant, KindsAreOrderedByNumberAndValuesByTheirOwnRules)
 {
     const double nan = std::nan("");
     struct
@@ -114,7 +114,7 @@ TEST(VoVariant, kindsAreOrderedByNumberAndValuesByTheirOwnRules)
     }
 }
 
-TEST(VoVariant, kindNamesAreFoundWithoutRegardToCase)
+TEST(VoVariant, KindNamesAreFoundWithoutRegardToCase)
 {
     for (int kind = VoVariant::Boolean; kind <= VoVariant::StringPair; ++kind) {
         const auto type = static_cast<VoVariant::Type>(kind);
@@ -127,7 +127,7 @@ TEST(VoVariant, kindNamesAreFoundWithoutRegardToCase)
     EXPECT_STREQ(VoVariant::TypeString(static_cast<VoVariant::Type>(-1)), "Unknown");
 }
 
-TEST(VoVariant, movedFromIsNullAndCopiesAreTheirOwn)
+TEST(VoVariant, MovedFromIsNullAndCopiesAreTheirOwn)
 {
     for (const VoVariant& value : OneOfEach()) {
         VoVariant source = value;
@@ -147,7 +147,7 @@ TEST(VoVariant, movedFromIsNullAndCopiesAreTheirOwn)
     }
 }
 
-TEST(VoProperties, addingAKnownNameReplacesTheValueInPlace)
+TEST(VoProperties, AddingAKnownNameReplacesTheValueInPlace)
 {
     VoProperties set{{"Width", 1}, {"Name", "x"}, {"WIDTH", 2}};
     set << VoProperty("", VoVariant(3.0));
@@ -158,7 +158,7 @@ TEST(VoProperties, addingAKnownNameReplacesTheValueInPlace)
     EXPECT_EQ(VoProperties({"a", 1}).size(), 1u);
 }
 
-TEST(VoProperties, lookupsAnswerOrThrowAndNeverAdd)
+TEST(VoProperties, LookupsAnswerOrThrowAndNeverAdd)
 {
     const VoProperties set{{"Width", 1}};
     EXPECT_EQ(set.get("wIDTH").name().toStdString(), "Width");
@@ -172,7 +172,7 @@ TEST(VoProperties, lookupsAnswerOrThrowAndNeverAdd)
     EXPECT_THROW_MSG(VoProperties().getReference(""), VoNotFoundException, "Item not found: ");
 }
 
-TEST(VoProperties, equalityLooksAtOrderNamesAndValues)
+TEST(VoProperties, EqualityLooksAtOrderNamesAndValues)
 {
     const VoProperties set{{"a", 1}, {"b", "x"}};
     EXPECT_EQ(set, (VoProperties{{"A", 1}, {"B", "X"}}));

@@ -23,14 +23,14 @@ VoVersion Version(int major, int minor, int revision, int build = 0)
 
 } // namespace
 
-TEST(VoVersion, textHasTheBuildTypeBeforeTheRevision)
+TEST(VoVersion, TextHasTheBuildTypeBeforeTheRevision)
 {
     EXPECT_EQ(VoVersion(4, 2, 17, VoVersion::Beta).toString().toStdString(), "4.2.1.17");
     EXPECT_EQ(VoVersion().toString().toStdString(), "0.0.0.0");
     EXPECT_EQ(Version(-1, 0, std::numeric_limits<int>::min(), 99).toString().toStdString(), "-1.0.99.-2147483648");
 }
 
-TEST(VoVersion, anyTextIsRead)
+TEST(VoVersion, AnyTextIsRead)
 {
     struct
     {
@@ -58,12 +58,12 @@ TEST(VoVersion, anyTextIsRead)
         EXPECT_EQ(PartsOf(VoVersion::Deserialize(row.text)), row.parts) << '"' << row.text << '"';
 }
 
-TEST(VoVersion, aTextOfManyDotsIsReadAtOnce)
+TEST(VoVersion, ATextOfManyDotsIsReadAtOnce)
 {
     EXPECT_EQ(PartsOf(VoVersion::Deserialize(VoString("7" + std::string(1000000, '.')))), Parts(7, 0, 0, 0));
 }
 
-TEST(VoVersion, whatIsWrittenIsReadBack)
+TEST(VoVersion, WhatIsWrittenIsReadBack)
 {
     const int numbers[] = {0, 1, 9, 10, 1000000, -3, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()};
     for (const int a : numbers)
@@ -73,7 +73,7 @@ TEST(VoVersion, whatIsWrittenIsReadBack)
         }
 }
 
-TEST(VoVersion, orderIsThatOfMajorMinorAndRevision)
+TEST(VoVersion, OrderIsThatOfMajorMinorAndRevision)
 {
     const VoVersion ascending[] = {Version(-1, 9, 9), Version(0, 0, 0), Version(0, 0, 1), Version(0, 2, 0),
                                    Version(1, 0, 0),  Version(1, 0, 9), Version(1, 1, 0), Version(10, 0, 0)};
@@ -90,7 +90,7 @@ TEST(VoVersion, orderIsThatOfMajorMinorAndRevision)
         }
 }
 
-TEST(VoVersion, buildTypesDoNotCountInComparisonsAndHashes)
+TEST(VoVersion, BuildTypesDoNotCountInComparisonsAndHashes)
 {
     const std::unordered_set<VoVersion> set = {VoVersion(1, 2, 3, VoVersion::Release),
                                                VoVersion(1, 2, 3, VoVersion::Development), Version(1, 3, 2)};
@@ -99,7 +99,7 @@ TEST(VoVersion, buildTypesDoNotCountInComparisonsAndHashes)
     EXPECT_TRUE(VoVersion(1, 2, 3, VoVersion::Alpha) <= VoVersion(1, 2, 3, VoVersion::Beta));
 }
 
-TEST(VoVersion, incrementsLeaveTheLowerPartsAlone)
+TEST(VoVersion, IncrementsLeaveTheLowerPartsAlone)
 {
     EXPECT_EQ(PartsOf(Version(1, 4, 7, 2).incrementMajor()), Parts(2, 4, 7, 2));
     EXPECT_EQ(PartsOf(Version(1, 4, 7, 2).incrementMinor()), Parts(1, 5, 7, 2));
@@ -107,7 +107,7 @@ TEST(VoVersion, incrementsLeaveTheLowerPartsAlone)
     EXPECT_EQ(Version(std::numeric_limits<int>::max(), 0, 0).incrementMajor().major(), std::numeric_limits<int>::max());
 }
 
-TEST(VoVersion, partsAreSetInAChain)
+TEST(VoVersion, PartsAreSetInAChain)
 {
     VoVersion version;
     version.setMajor(1).setMinor(2).setRevision(3).setBuild(VoVersion::Alpha);

@@ -97,8 +97,8 @@ std::vector<std::string> NaughtyTexts()
     return texts;
 }
 
-const std::vector<std::string> naughtyTexts = NaughtyTexts();
-const std::size_t textsInEveryEncoding = naughtyTexts.size() - 3;
+const std::vector<std::string> Naughty = NaughtyTexts();
+const std::size_t TextsInEveryEncoding = Naughty.size() - 3;
 
 using Encoding = VoCSVFormat::Encoding;
 
@@ -142,7 +142,7 @@ VoVariant RandomValue(std::mt19937_64& random, std::size_t texts)
                                  : static_cast<double>(random()) / static_cast<double>(1 + random() % 1000000);
     }
     case 4:
-        return VoVariant(VoString(naughtyTexts[random() % texts]));
+        return VoVariant(VoString(Naughty[random() % texts]));
     default: {
         std::string text(random() % 12, '\0');
         for (char& c : text)
@@ -154,7 +154,7 @@ VoVariant RandomValue(std::mt19937_64& random, std::size_t texts)
 
 } // namespace
 
-TEST(CsvReader, readsRowsWhereverABlockEnds)
+TEST(CsvReader, ReadsRowsWhereverABlockEnds)
 {
     struct
     {
@@ -182,7 +182,7 @@ TEST(CsvReader, readsRowsWhereverABlockEnds)
     EXPECT_EQ(RowsOf("a;;b;c;;\"d\";;", 1, Separated(";;")), (Rows{{"a", "b;c", "[d]", ""}}));
 }
 
-TEST(CsvReader, namesTheRowThatIsNotWellFormedAndStaysThere)
+TEST(CsvReader, NamesTheRowThatIsNotWellFormedAndStaysThere)
 {
     for (const auto& [text, message] :
          {std::pair("a\n\"b\nc", "Unterminated quoted field in CSV at row 2"),
@@ -201,7 +201,7 @@ TEST(CsvReader, namesTheRowThatIsNotWellFormedAndStaysThere)
     }
 }
 
-TEST(CsvReader, boundsWhatAFieldAndARowMayTake)
+TEST(CsvReader, BoundsWhatAFieldAndARowMayTake)
 {
     EXPECT_THROW_MSG(RowsOf(std::string((64 << 20) + 1, 'x')), VoInvalidParameterException,
                      "Field too long in CSV at row 1");
@@ -212,7 +212,7 @@ TEST(CsvReader, boundsWhatAFieldAndARowMayTake)
     EXPECT_EQ(RowsOf(std::string(300000, 'x') + "," + std::string(300000, 'y')).front().back().size(), 300000u);
 }
 
-TEST(Csv, formatsThatCannotBeReadBackAreRefused)
+TEST(Csv, FormatsThatCannotBeReadBackAreRefused)
 {
     VoStringDevice device;
     VoCSVFormat sameQuote;
@@ -228,7 +228,7 @@ TEST(Csv, formatsThatCannotBeReadBackAreRefused)
     }
 }
 
-TEST(CsvWriter, quotesOnlyWhereItMust)
+TEST(CsvWriter, QuotesOnlyWhereItMust)
 {
     EXPECT_EQ(TextOf({VoVariant(), true, -3, 3.0, 0.1, "a b", "", "3", "x\"y", "a,b", " c", VoVariant(7u)}),
               ",true,-3,3.0,0.1,a b,\"\",\"3\",\"x\"\"y\",\"a,b\",\" c\",7\r\n");
@@ -242,7 +242,7 @@ TEST(CsvWriter, quotesOnlyWhereItMust)
     EXPECT_EQ(TextOf({"=1+1", "@x", "-5", "-x", -5, "a=b"}, format), "\"'=1+1\",\"'@x\",\"-5\",\"'-x\",-5,a=b\r\n");
 }
 
-TEST(CsvWriter, deviceFailureIsReportedOnceAndByFinish)
+TEST(CsvWriter, DeviceFailureIsReportedOnceAndByFinish)
 {
     struct FullDevice : VoStringDevice
     {
@@ -254,7 +254,7 @@ TEST(CsvWriter, deviceFailureIsReportedOnceAndByFinish)
     EXPECT_NO_THROW(writer.finish());
 }
 
-TEST(CsvTypes, fieldsWithoutQuotesAreDetected)
+TEST(CsvTypes, FieldsWithoutQuotesAreDetected)
 {
     struct
     {
@@ -317,7 +317,7 @@ TEST(CsvTypes, fieldsWithoutQuotesAreDetected)
     EXPECT_EQ(VoVariantTable(",", true).at(0, 1).type(), VoVariant::Null);
 }
 
-TEST(CsvTypes, raggedRowsAreFilledUpButNotOutOfProportion)
+TEST(CsvTypes, RaggedRowsAreFilledUpButNotOutOfProportion)
 {
     const VoVariantTable table("a\n1,2,3\n\n", true);
     EXPECT_EQ(table.numberRows(), 3u);
@@ -329,14 +329,14 @@ TEST(CsvTypes, raggedRowsAreFilledUpButNotOutOfProportion)
                      "Rows of CSV differ too much in length");
 }
 
-TEST(CsvTypes, randomTablesComeBackInEveryFormat)
+TEST(CsvTypes, RandomTablesComeBackInEveryFormat)
 {
     std::mt19937_64 random(5);
     const std::locale global = std::locale::global(std::locale(std::locale::classic(), new CommaNumbers));
     std::setlocale(LC_ALL, "de_DE.UTF-8"); // where the machine has it
     for (int i = 0; i < 1000; ++i) {
         const VoCSVFormat format = i == 0 ? VoCSVFormat() : RandomFormat(random);
-        const std::size_t texts = IsUnicode(format.encoding) ? naughtyTexts.size() : textsInEveryEncoding;
+        const std::size_t texts = IsUnicode(format.encoding) ? Naughty.size() : TextsInEveryEncoding;
         VoVariantTable table(random() % 6, random() % 5 + 1);
         table.forEach([&](std::size_t, std::size_t, VoVariant& value) { value = RandomValue(random, texts); });
         VoStringDevice device;
@@ -356,7 +356,7 @@ TEST(CsvTypes, randomTablesComeBackInEveryFormat)
     std::setlocale(LC_ALL, "C");
 }
 
-TEST(CsvTypes, headersFindColumns)
+TEST(CsvTypes, HeadersFindColumns)
 {
     VoStringDevice device("x;2024;\n2024;V;v;V\n1;2,5;007;\n");
     VoCSVFormat format = Separated(";");
@@ -374,7 +374,7 @@ TEST(CsvTypes, headersFindColumns)
     EXPECT_THROW_MSG(VoVariantTable().columnNumber("a"), VoNotFoundException, "Item not found: a");
 }
 
-TEST(CsvEncodings, bytesThatAreNoTextAreAnErrorWithAPlace)
+TEST(CsvEncodings, BytesThatAreNoTextAreAnErrorWithAPlace)
 {
     struct
     {
@@ -409,7 +409,7 @@ TEST(CsvEncodings, bytesThatAreNoTextAreAnErrorWithAPlace)
         }
 }
 
-TEST(CsvEncodings, whatCannotBeReadBackIsNotWritten)
+TEST(CsvEncodings, WhatCannotBeReadBackIsNotWritten)
 {
     VoCSVFormat format;
     format.encoding = Encoding::Windows1252;
@@ -427,7 +427,7 @@ TEST(CsvEncodings, whatCannotBeReadBackIsNotWritten)
 }
 
 // The same files read by Python, written back by us and read by it again; and numbers judged by its decimal arithmetic.
-TEST(Csv, anotherLibraryReadsTheSameRowsAndKeepsTheSameNumbers)
+TEST(Csv, AnotherLibraryReadsTheSameRowsAndKeepsTheSameNumbers)
 {
     const vo::test::ScratchFolder folder;
     ASSERT_EQ(folder.python(R"(

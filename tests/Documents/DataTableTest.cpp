@@ -166,7 +166,7 @@ std::string XmlSheetOf(const std::string& spreadsheet)
 
 } // namespace
 
-TEST(DataTable, shortRowsAreFilledUpOnVisits)
+TEST(DataTable, ShortRowsAreFilledUpOnVisits)
 {
     VoDataTable table;
     table.addRow(Items{VoDataTableItem("a"), VoDataTableItem("b", 2)}, VoDataTable::SubHeader);
@@ -186,7 +186,7 @@ TEST(DataTable, shortRowsAreFilledUpOnVisits)
     EXPECT_EQ(table.numberColumns() + table.numberRows() + table.numberSpreadsheetRows(), 0u);
 }
 
-TEST(DataTable, anItemsValueIsSingle)
+TEST(DataTable, AnItemsValueIsSingle)
 {
     for (const auto& [values, count] : {std::pair(Values{}, "0"), std::pair(Values{1, 2}, "2")}) {
         VoDataTable table;
@@ -197,7 +197,7 @@ TEST(DataTable, anItemsValueIsSingle)
     }
 }
 
-TEST(DataTable, whatCannotBeAddedChangesNothing)
+TEST(DataTable, WhatCannotBeAddedChangesNothing)
 {
     VoDataTable table = Column({1});
     const VoDataTable before = table;
@@ -213,7 +213,7 @@ TEST(DataTable, whatCannotBeAddedChangesNothing)
     EXPECT_NE(table, before) << "copies have items of their own";
 }
 
-TEST(DataTable, valuesAreFlattenedOntoSheetRows)
+TEST(DataTable, ValuesAreFlattenedOntoSheetRows)
 {
     struct
     {
@@ -239,7 +239,7 @@ TEST(DataTable, valuesAreFlattenedOntoSheetRows)
     }
 }
 
-TEST(DataTable, sortsWithinARangeAndKeepsEqualRowsInOrder)
+TEST(DataTable, SortsWithinARangeAndKeepsEqualRowsInOrder)
 {
     const double nan = std::nan("");
     VoDataTable table = Column({nan, "b", 2.0, VoVariant(), "B", 1.0, nan, -1, "a"});
@@ -254,7 +254,7 @@ TEST(DataTable, sortsWithinARangeAndKeepsEqualRowsInOrder)
     EXPECT_EQ(Shown(table), "0/0=2 1/0=0 2/0=9 3/0=3 4/0=1 ");
 }
 
-TEST(DataTable, sortingRefusesBeforeItMovesAnything)
+TEST(DataTable, SortingRefusesBeforeItMovesAnything)
 {
     VoDataTable table = Column({3, 2});
     table.addRow(Items{VoDataTableItem(Values{1, 1})}, VoDataTable::Data);
@@ -270,7 +270,7 @@ TEST(DataTable, sortingRefusesBeforeItMovesAnything)
     EXPECT_EQ(table.value(0, 0), VoVariant(2));
 }
 
-TEST(DataTableXML, randomTablesComeBackThroughStreamsTreesAndRules)
+TEST(DataTableXML, RandomTablesComeBackThroughStreamsTreesAndRules)
 {
     std::mt19937_64 random(3);
     for (int i = 0; i < 200; ++i) {
@@ -289,7 +289,7 @@ TEST(DataTableXML, randomTablesComeBackThroughStreamsTreesAndRules)
     }
 }
 
-TEST(DataTableXML, readsItsOwnFormatAndRefusesSpansThatAreNone)
+TEST(DataTableXML, ReadsItsOwnFormatAndRefusesSpansThatAreNone)
 {
     const VoDataTable table = TableOf("<T><Other/><Rows><Row header='0'><Item hspan='2'><Value/><Value><Integer>1"
                                       "</Integer></Value></Item></Row><Row><Item/><Bogus/></Row></Rows></T>");
@@ -308,7 +308,7 @@ TEST(DataTableXML, readsItsOwnFormatAndRefusesSpansThatAreNone)
     EXPECT_THROW(TableOf("<T><Rows><Row>" + wide + "</Row></Rows></T>"), VoInvalidParameterException);
 }
 
-TEST(DataTableExport, everyValueStandsInItsOwnColumnOfTheWorksheet)
+TEST(DataTableExport, EveryValueStandsInItsOwnColumnOfTheWorksheet)
 {
     struct
     {
@@ -339,7 +339,7 @@ TEST(DataTableExport, everyValueStandsInItsOwnColumnOfTheWorksheet)
     EXPECT_EQ(SheetOf(folder.path("empty.xlsx")), "");
 }
 
-TEST(DataTableExport, aFailedExportLeavesTheOldWorkbook)
+TEST(DataTableExport, AFailedExportLeavesTheOldWorkbook)
 {
     const vo::test::ScratchFolder folder;
     const VoFilePath file = folder.write("t.xlsx", "last week's");
@@ -350,7 +350,7 @@ TEST(DataTableExport, aFailedExportLeavesTheOldWorkbook)
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.native()), {}), 1) << "nothing beside it";
 }
 
-TEST(DataTableExport, csvHasAFieldForEachColumnAndARowForEachStackedValue)
+TEST(DataTableExport, CsvHasAFieldForEachColumnAndARowForEachStackedValue)
 {
     VoDataTable table;
     table.addRow(Items{VoDataTableItem("h", 3)}, VoDataTable::Header);
@@ -362,7 +362,7 @@ TEST(DataTableExport, csvHasAFieldForEachColumnAndARowForEachStackedValue)
     EXPECT_EQ(device.content().toStdString(), "h,,\r\n,1,c\r\n,2.0,\r\n,5,\r\n");
 }
 
-TEST(VariantTable, comparesShapesAndThenOnlyWhetherCellsDiffer)
+TEST(VariantTable, ComparesShapesAndThenOnlyWhetherCellsDiffer)
 {
     const VoVariantTable two(1, 2, 5);
     EXPECT_EQ(VoVariantTable(1, 1).compare(two), -1);
@@ -375,7 +375,7 @@ TEST(VariantTable, comparesShapesAndThenOnlyWhetherCellsDiffer)
     EXPECT_THROW(VoVariantTable(std::numeric_limits<std::size_t>::max() / 2, 3), VoOverflowException);
 }
 
-TEST(VariantTable, rowsAndColumnsReferToTheCells)
+TEST(VariantTable, RowsAndColumnsReferToTheCells)
 {
     VoVariantTable table(2, 3);
     int next = 0;
@@ -395,7 +395,7 @@ TEST(VariantTable, rowsAndColumnsReferToTheCells)
     EXPECT_EQ(taken.numberColumns(), 3u);
 }
 
-TEST(VariantTable, conversionsTakeTheirKindsAndFollowTheRule)
+TEST(VariantTable, ConversionsTakeTheirKindsAndFollowTheRule)
 {
     const VoVariantTable table("1,2.5,x,\r\n", true);
     const auto doubles = table.toDoubleTable(VoVariantTable::UseDefault);

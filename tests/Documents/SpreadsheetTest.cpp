@@ -127,7 +127,7 @@ class GermanNumbers : public std::numpunct<char>
 
 } // namespace
 
-TEST_F(Workbook, everyPartIsWhatProgramsExpect)
+TEST_F(Workbook, EveryPartIsWhatProgramsExpect)
 {
     {
         VoOOXMLWriter workbook(file(), VoOOXMLWriter::Spreadsheet);
@@ -190,7 +190,7 @@ TEST_F(Workbook, everyPartIsWhatProgramsExpect)
         EXPECT_EQ(part(name), declaration + content + "\n") << name;
 }
 
-TEST_F(Workbook, cellsFlowAroundWhatIsMerged)
+TEST_F(Workbook, CellsFlowAroundWhatIsMerged)
 {
     const std::string empty = sheetData([](VoOOXMLWriterSpreadsheet& sheet) {
         sheet.startRow();
@@ -213,7 +213,7 @@ TEST_F(Workbook, cellsFlowAroundWhatIsMerged)
                      "<mergeCell ref=\"A2:D2\"/><mergeCell ref=\"A4:A5\"/></mergeCells>");
 }
 
-TEST_F(Workbook, theShortWayWritesWhatTheXmlWriterWouldWrite)
+TEST_F(Workbook, TheShortWayWritesWhatTheXmlWriterWouldWrite)
 {
     std::mt19937 random(7);
     const auto texts = NaughtyTexts();
@@ -286,7 +286,7 @@ TEST_F(Workbook, theShortWayWritesWhatTheXmlWriterWouldWrite)
     EXPECT_EQ(log.texts("spreadsheet").size(), 1U) << "cutting is reported, but not a million times";
 }
 
-TEST_F(Workbook, anotherLibraryReadsTheSameValuesTypesAndRanges)
+TEST_F(Workbook, AnotherLibraryReadsTheSameValuesTypesAndRanges)
 {
     const vo::test::LogCapture log;
     QJsonArray expected; // coordinate, type, value
@@ -344,7 +344,7 @@ for at, kind, value in json.load(open("expected.json")):
               "['All kinds & 100%', 'Second'] ['A37:C38']\n");
 }
 
-TEST_F(Workbook, neitherDayNorLocaleNorUmaskChangesAByte)
+TEST_F(Workbook, NeitherDayNorLocaleNorUmaskChangesAByte)
 {
     const auto write = [this] {
         VoOOXMLWriter workbook(file(), VoOOXMLWriter::Spreadsheet);
@@ -369,7 +369,7 @@ TEST_F(Workbook, neitherDayNorLocaleNorUmaskChangesAByte)
     EXPECT_GT(before.size(), 10000U);
 }
 
-TEST_F(Workbook, namesOfSheetsAreThoseThatProgramsAccept)
+TEST_F(Workbook, NamesOfSheetsAreThoseThatProgramsAccept)
 {
     VoOOXMLWriter workbook(file(), VoOOXMLWriter::Spreadsheet);
     const auto first = workbook.addSheet("First");
@@ -389,7 +389,7 @@ TEST_F(Workbook, namesOfSheetsAreThoseThatProgramsAccept)
     EXPECT_EQ(m_scratch.python("import openpyxl\nprint(len(openpyxl.load_workbook('book.xlsx').sheetnames))"), "7\n");
 }
 
-TEST_F(Workbook, whatIsClosedOrCannotBeCompletedSaysSo)
+TEST_F(Workbook, WhatIsClosedOrCannotBeCompletedSaysSo)
 {
     {
         VoOOXMLWriter workbook(file(), VoOOXMLWriter::Spreadsheet);
@@ -425,7 +425,7 @@ TEST_F(Workbook, whatIsClosedOrCannotBeCompletedSaysSo)
     EXPECT_NE(part("xl/worksheets/b.xml").find("<c r=\"B1\"><v>2</v></c>"), std::string::npos);
 }
 
-TEST_F(Workbook, aWorksheetOutlivesItsDeviceInPeace)
+TEST_F(Workbook, AWorksheetOutlivesItsDeviceInPeace)
 {
     auto device = VoSharedPtr<VoStringDevice>::Make();
     VoOOXMLWriterSpreadsheet sheet{VoWeakPtr<VoIODevice>(device)};
@@ -439,7 +439,7 @@ TEST_F(Workbook, aWorksheetOutlivesItsDeviceInPeace)
 }
 
 #if defined(__unix__)
-TEST_F(Workbook, aFullDiskIsReportedAtTheLatestByTheClose)
+TEST_F(Workbook, AFullDiskIsReportedAtTheLatestByTheClose)
 {
     for (const int rows : {1, 30000}) {
         const vo::test::LogCapture log; // the destructors' words on it
@@ -461,7 +461,7 @@ TEST_F(Workbook, aFullDiskIsReportedAtTheLatestByTheClose)
 }
 #endif
 
-TEST(WorkbookColumns, haveLettersCountedFromA)
+TEST(WorkbookColumns, HaveLettersCountedFromA)
 {
     const std::pair<std::size_t, const char*> rows[] = {{0, ""},    {1, "A"},    {26, "Z"},    {27, "AA"},
                                                         {28, "AB"}, {702, "ZZ"}, {703, "AAA"}, {16384, "XFD"}};
@@ -469,7 +469,7 @@ TEST(WorkbookColumns, haveLettersCountedFromA)
         EXPECT_EQ(VoOOXMLWriterSpreadsheet::NumberToLetterString(column).toStdString(), letters);
 }
 
-TEST(XmlSpreadsheet, writesTheFormatOfOneFile)
+TEST(XmlSpreadsheet, WritesTheFormatOfOneFile)
 {
     VoStringDevice device;
     VoXMLSpreadsheetWriter writer(device);
@@ -496,7 +496,7 @@ TEST(XmlSpreadsheet, writesTheFormatOfOneFile)
     EXPECT_THROW_MSG(writer.addCell(1), VoInvalidXMLOperation, "Invalid attempt to start element");
 }
 
-TEST_F(Workbook, anXmlSpreadsheetIsNotWrittenToADeviceForReading)
+TEST_F(Workbook, AnXmlSpreadsheetIsNotWrittenToADeviceForReading)
 {
     m_scratch.write("in", "text");
     VoFileDevice device(m_scratch.path("in"));

@@ -64,7 +64,7 @@ Ranges RangesOf(const WorksheetLayout& layout)
 
 } // namespace
 
-TEST(WorksheetLayout, coversTheSamePositionsAsWritingThemAllDown)
+TEST(WorksheetLayout, CoversTheSamePositionsAsWritingThemAllDown)
 {
     for (unsigned seed = 0; seed < 300; ++seed) {
         std::mt19937 random(seed);
@@ -94,7 +94,7 @@ TEST(WorksheetLayout, coversTheSamePositionsAsWritingThemAllDown)
     }
 }
 
-TEST(WorksheetLayout, aHugeRangeCostsNoMoreThanASmallOne)
+TEST(WorksheetLayout, AHugeRangeCostsNoMoreThanASmallOne)
 {
     WorksheetLayout layout;
     layout.startRow();
@@ -106,7 +106,7 @@ TEST(WorksheetLayout, aHugeRangeCostsNoMoreThanASmallOne)
     }
 }
 
-TEST(WorksheetLayout, refusesWhatAWorksheetCannotHaveAndChangesNothing)
+TEST(WorksheetLayout, RefusesWhatAWorksheetCannotHaveAndChangesNothing)
 {
     constexpr const char* message = "Cell lies outside the limits of a worksheet";
     WorksheetLayout layout;

@@ -56,7 +56,7 @@ protected:
 
 } // namespace
 
-TEST_F(ZipArchive, entriesOfEverySizeAndLevelComeBackInAnyOrder)
+TEST_F(ZipArchive, EntriesOfEverySizeAndLevelComeBackInAnyOrder)
 {
     const std::size_t sizes[] = {0, 1, 65535, 65536, 65537, 1500000};
     const auto levels = {VoZipArchive::NoCompression, VoZipArchive::Fastest, VoZipArchive::Best, VoZipArchive::Default,
@@ -87,7 +87,7 @@ TEST_F(ZipArchive, entriesOfEverySizeAndLevelComeBackInAnyOrder)
     }
 }
 
-TEST_F(ZipArchive, aThreadThatCompressesChangesNoByte)
+TEST_F(ZipArchive, AThreadThatCompressesChangesNoByte)
 {
     std::vector<std::string> archives;
     for (const auto threads : {vo::detail::ZipOutput::Threads::Never, vo::detail::ZipOutput::Threads::Always}) {
@@ -108,7 +108,7 @@ TEST_F(ZipArchive, aThreadThatCompressesChangesNoByte)
 }
 
 #if defined(__unix__)
-TEST_F(ZipArchive, aFullDiskIsReportedByAWriteOrAtTheLatestByTheClose)
+TEST_F(ZipArchive, AFullDiskIsReportedByAWriteOrAtTheLatestByTheClose)
 {
     for (const auto threads : {vo::detail::ZipOutput::Threads::Never, vo::detail::ZipOutput::Threads::Always}) {
         for (const std::size_t size : {std::size_t{1000}, std::size_t{9000000}}) {
@@ -135,7 +135,7 @@ TEST_F(ZipArchive, aFullDiskIsReportedByAWriteOrAtTheLatestByTheClose)
 }
 #endif
 
-TEST_F(ZipArchive, onlyTheActiveEntryWorks)
+TEST_F(ZipArchive, OnlyTheActiveEntryWorks)
 {
     {
         VoZipArchive archive(file(), VoZipArchive::Write);
@@ -170,7 +170,7 @@ TEST_F(ZipArchive, onlyTheActiveEntryWorks)
                      "Cannot open zip archive file: Unzip end of list of file in missing\\x");
 }
 
-TEST_F(ZipArchive, everyCodeHasItsText)
+TEST_F(ZipArchive, EveryCodeHasItsText)
 {
     const struct
     {
@@ -190,7 +190,7 @@ TEST_F(ZipArchive, everyCodeHasItsText)
     }
 }
 
-TEST_F(ZipArchive, whatIsNoArchiveIsRefused)
+TEST_F(ZipArchive, WhatIsNoArchiveIsRefused)
 {
     EXPECT_THROW_MSG(VoZipArchive(file(), VoZipArchive::Read), VoFileNotFoundException,
                      "File not found: " + file().path());
@@ -230,7 +230,7 @@ TEST_F(ZipArchive, whatIsNoArchiveIsRefused)
     }
 }
 
-TEST_F(ZipArchive, damagedAndLyingEntriesAreNotReadAsGood)
+TEST_F(ZipArchive, DamagedAndLyingEntriesAreNotReadAsGood)
 {
     const struct
     {
@@ -274,7 +274,7 @@ TEST_F(ZipArchive, damagedAndLyingEntriesAreNotReadAsGood)
     }
 }
 
-TEST_F(ZipArchive, aFailedEntryIsAtItsEndAndFailsAgain)
+TEST_F(ZipArchive, AFailedEntryIsAtItsEndAndFailsAgain)
 {
     VoZipArchive archive(write(RawArchive({{"a", "0123456789", 0, 0, 50}})), VoZipArchive::Read);
     const auto entry = archive.open("a");
@@ -284,7 +284,7 @@ TEST_F(ZipArchive, aFailedEntryIsAtItsEndAndFailsAgain)
     EXPECT_TRUE(entry->atEnd()) << "else loops until the end would never end";
 }
 
-TEST_F(ZipArchive, namesComeBackAsTheyAreStored)
+TEST_F(ZipArchive, NamesComeBackAsTheyAreStored)
 {
     const std::string zero = std::string("a") + '\0' + "tail";
     VoZipArchive archive(write(RawArchive({{"dir/", ""},
@@ -307,7 +307,7 @@ TEST_F(ZipArchive, namesComeBackAsTheyAreStored)
     EXPECT_THROW(archive.open("B"), VoInvalidParameterException) << "names in archives are told apart by case";
 }
 
-TEST_F(ZipArchive, noCutOrDamagedByteMakesAnEntryVanishUnnoticed)
+TEST_F(ZipArchive, NoCutOrDamagedByteMakesAnEntryVanishUnnoticed)
 {
     const std::string whole = RawArchive({{"a", "first"}, {"b", "second", 0, 0, -1, 0, 0, true}});
     std::vector<std::string> archives;
@@ -332,7 +332,7 @@ TEST_F(ZipArchive, noCutOrDamagedByteMakesAnEntryVanishUnnoticed)
     EXPECT_GT(refused, static_cast<int>(whole.size()));
 }
 
-TEST_F(ZipArchive, manyEntriesAreReadByAllPrograms)
+TEST_F(ZipArchive, ManyEntriesAreReadByAllPrograms)
 {
     for (const int count : {65534, 65537}) { // around what the format's old counters hold
         {
@@ -358,7 +358,7 @@ TEST_F(ZipArchive, manyEntriesAreReadByAllPrograms)
 }
 
 // What the library's own header lacks must be right whether there was room for it from the beginning or not.
-TEST_F(ZipArchive, anEntryExpectedToBeLargeIsReadByAllPrograms)
+TEST_F(ZipArchive, AnEntryExpectedToBeLargeIsReadByAllPrograms)
 {
     {
         vo::detail::ZipOutput output(vo::detail::ZipHandle(m_scratch.native("a.zip")));
@@ -376,7 +376,7 @@ TEST_F(ZipArchive, anEntryExpectedToBeLargeIsReadByAllPrograms)
     EXPECT_EQ(std::system(("test \"$(bsdtar -xOf - <" + path + ")\" = contentcontent").c_str()), 0);
 }
 
-TEST_F(ZipArchive, insertingMovesWhatStandsBehind)
+TEST_F(ZipArchive, InsertingMovesWhatStandsBehind)
 {
     const std::string before = Bytes(2500000, 1);
     const auto opened = vo::detail::ArchiveFile::Open(m_scratch.native("a.zip"), true);

@@ -85,7 +85,7 @@ protected:
 
 } // namespace
 
-TEST_F(Zipper, archivesOfOtherProgramsAreUnpacked)
+TEST_F(Zipper, ArchivesOfOtherProgramsAreUnpacked)
 {
     const Tree expected = plantTree("in");
     const char* commands[] = {
@@ -112,7 +112,7 @@ TEST_F(Zipper, archivesOfOtherProgramsAreUnpacked)
     }
 }
 
-TEST_F(Zipper, otherProgramsUnpackOurArchives)
+TEST_F(Zipper, OtherProgramsUnpackOurArchives)
 {
     const Tree expected = plantTree("in");
     fs::create_directory(m_scratch.native("in/hollow")); // holds no file and is left out
@@ -133,7 +133,7 @@ TEST_F(Zipper, otherProgramsUnpackOurArchives)
     }
 }
 
-TEST_F(Zipper, aSingleFileIsStoredUnderItsBareName)
+TEST_F(Zipper, ASingleFileIsStoredUnderItsBareName)
 {
     plant("in/sub/file.txt", "text");
     for (const char* source : {"in/sub/file.txt", "in/sub"}) {
@@ -144,7 +144,7 @@ TEST_F(Zipper, aSingleFileIsStoredUnderItsBareName)
     }
 }
 
-TEST_F(Zipper, theSameTreeGivesTheSameBytesOnAnyDay)
+TEST_F(Zipper, TheSameTreeGivesTheSameBytesOnAnyDay)
 {
     plantTree("in");
     VoZipper::Zip(path("a.zip"), path("in"));
@@ -157,7 +157,7 @@ TEST_F(Zipper, theSameTreeGivesTheSameBytesOnAnyDay)
     EXPECT_TRUE(m_scratch.read("a.zip") == m_scratch.read("b.zip"));
 }
 
-TEST_F(Zipper, anArchiveInItsOwnSourceIsNotPackedAndKeptUntilTheNewOneIsWhole)
+TEST_F(Zipper, AnArchiveInItsOwnSourceIsNotPackedAndKeptUntilTheNewOneIsWhole)
 {
     plant("in/file", "text");
     const Tree expected = tree("in");
@@ -185,7 +185,7 @@ TEST_F(Zipper, anArchiveInItsOwnSourceIsNotPackedAndKeptUntilTheNewOneIsWhole)
     EXPECT_EQ(tree("in").size(), 2U) << "nothing is left beside it";
 }
 
-TEST_F(Zipper, hostileArchivesAreRefusedBeforeAnythingIsWritten)
+TEST_F(Zipper, HostileArchivesAreRefusedBeforeAnythingIsWritten)
 {
     const auto invalid = [](const std::string& name) { return "Invalid path in zip archive: " + name; };
     const std::string zero("a\0b", 3);
@@ -259,7 +259,7 @@ TEST_F(Zipper, hostileArchivesAreRefusedBeforeAnythingIsWritten)
     }
 }
 
-TEST_F(Zipper, aClaimThatNoDiskCanHoldIsRefusedBeforeAnythingIsWritten)
+TEST_F(Zipper, AClaimThatNoDiskCanHoldIsRefusedBeforeAnythingIsWritten)
 {
     std::vector<RawEntry> entries(5000, {"", "x", 0, 0, 0xFFFFFFFE});
     for (std::size_t i = 0; i < entries.size(); ++i)
@@ -270,7 +270,7 @@ TEST_F(Zipper, aClaimThatNoDiskCanHoldIsRefusedBeforeAnythingIsWritten)
     EXPECT_FALSE(fs::exists(m_scratch.native("out")));
 }
 
-TEST_F(Zipper, damagedContentLeavesTheFilesBeforeItAndNothingOfItself)
+TEST_F(Zipper, DamagedContentLeavesTheFilesBeforeItAndNothingOfItself)
 {
     m_scratch.write("a.zip", RawArchive({{"d/good", "fine"}, {"d/bad", "0123456789", 0, 0, -1, 1}, {"last", "x"}}));
     plant("out/d/bad", "as it was");
@@ -279,7 +279,7 @@ TEST_F(Zipper, damagedContentLeavesTheFilesBeforeItAndNothingOfItself)
     EXPECT_EQ(tree("out"), (Tree{{"d/", ""}, {"d/bad", "as it was"}, {"d/good", "fine"}}));
 }
 
-TEST_F(Zipper, unpackingReplacesFilesAndLinksButNoDirectories)
+TEST_F(Zipper, UnpackingReplacesFilesAndLinksButNoDirectories)
 {
     plant("outside", "mine");
     plant("out/old", "old");

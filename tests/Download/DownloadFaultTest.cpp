@@ -110,12 +110,12 @@ std::vector<Row> Rows()
     const ScriptedAnswer good = ScriptedAnswer::Body(Content);
     const auto failing = [good](Fault fault, std::int64_t at) { return ScriptedAnswer(good).failing(fault, at); };
     const auto impatient = [](VoDownloadPolicy& policy) { policy.stallTimeout = VoMilliseconds(200); };
-    constexpr auto BeforeHeaders = ScriptedAnswer::BeforeHeaders;
+    constexpr auto beforeHeaders = ScriptedAnswer::BeforeHeaders;
 
     std::vector<Row> rows = {
         {"connection refused", {}, "Header request failed: Connection refused", Kind::Transient},
-        {"reset before the headers", Body(failing(Fault::Reset, BeforeHeaders)), "Connection closed", Kind::Transient},
-        {"closed before the headers", Body(failing(Fault::Close, BeforeHeaders)), "Connection closed", Kind::Transient},
+        {"reset before the headers", Body(failing(Fault::Reset, beforeHeaders)), "Connection closed", Kind::Transient},
+        {"closed before the headers", Body(failing(Fault::Close, beforeHeaders)), "Connection closed", Kind::Transient},
         {"reset after the headers", Body(failing(Fault::Reset, 0)), "Connection closed", Kind::Transient},
         {"reset within the body", Body(failing(Fault::Reset, 1000)), "Connection closed", Kind::Transient},
         {"body shorter than announced", Body(failing(Fault::Close, 1000)), "Connection closed", Kind::Transient},
@@ -136,14 +136,14 @@ std::vector<Row> Rows()
          "/file",
          "Download incomplete: SERVER/file"},
         {"body in a trickle", Body(Trickling(good)), Complete, Kind::Final, 0, Content, impatient},
-        {"stall before the headers", Body(failing(Fault::Stall, BeforeHeaders)), "Download timed out", Kind::Transient,
+        {"stall before the headers", Body(failing(Fault::Stall, beforeHeaders)), "Download timed out", Kind::Transient,
          0, Content, impatient},
         {"stall within the body", Body(failing(Fault::Stall, 1000)), "Download timed out", Kind::Transient, 0, Content,
          impatient},
         {"stall at HEAD",
          [=](ScriptedHttpServer& s) {
              s.get("/file", good);
-             s.head("/file", {failing(Fault::Stall, BeforeHeaders)});
+             s.head("/file", {failing(Fault::Stall, beforeHeaders)});
          },
          "Header request failed: Download timed out", Kind::Transient, 0, Content, impatient},
         {"200 with no body", Body(ScriptedAnswer::Body("")), Complete, Kind::Final, 0, ""},

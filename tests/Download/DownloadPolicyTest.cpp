@@ -23,9 +23,9 @@ QUrl Url(const char* text)
 
 TEST(RedirectPolicy, AllowsOnlyTheConfiguredHostsAndOnlyHttpsForAnotherScheme)
 {
-    constexpr auto Approved = RedirectVerdict::Approved;
-    constexpr auto UnsafeScheme = RedirectVerdict::UnsafeScheme;
-    constexpr auto UnsafeDomain = RedirectVerdict::UnsafeDomain;
+    constexpr auto approved = RedirectVerdict::Approved;
+    constexpr auto unsafeScheme = RedirectVerdict::UnsafeScheme;
+    constexpr auto unsafeDomain = RedirectVerdict::UnsafeDomain;
     const struct
     {
         const char* from;
@@ -34,27 +34,27 @@ TEST(RedirectPolicy, AllowsOnlyTheConfiguredHostsAndOnlyHttpsForAnotherScheme)
         const char* secondary;
         RedirectVerdict verdict;
     } rows[] = {
-        {"http://a.test/x", "https://good.test/x", "good.test", "", Approved},
-        {"https://a.test/x", "http://good.test/x", "good.test", "", UnsafeScheme},
-        {"https://a.test/x", "https://evil.test/x", "good.test", "", UnsafeDomain},
-        {"http://a.test/x", "http://good.test/y", "good.test", "", Approved},
-        {"http://a.test/x", "ftp://good.test/y", "good.test", "", UnsafeScheme},
-        {"http://a.test/x", "file:///etc/passwd", "good.test", "", UnsafeScheme},
-        {"https://a.test/x", "https://a.test/y", "", "", UnsafeDomain}, // the same host is no reason
-        {"https://a.test/x", "https:///y", "", "", UnsafeDomain},
-        {"https://a.test/x", "https://GOOD.Test/y", "good.test", "", Approved},
-        {"https://a.test/x", "https://good.test./y", "good.test", "", Approved},
-        {"https://a.test/x", "https://good.test:8443/y", "good.test", "", Approved},
-        {"https://a.test/x", "https://sub.good.test/y", "good.test", "", UnsafeDomain},
-        {"https://a.test/x", "https://good.test@evil.test/y", "good.test", "", UnsafeDomain},
-        {"https://a.test/x", "https://cdn.example.com/y", "", "example.com", Approved},
-        {"https://a.test/x", "https://cdn.example.com/y", "", ".example.com", Approved},
-        {"https://a.test/x", "https://example.com/y", "", "example.com", Approved},
-        {"https://a.test/x", "https://evilexample.com/y", "", "example.com", UnsafeDomain},
-        {"https://a.test/x", "https://example.com.evil.test/y", "", "example.com", UnsafeDomain},
-        {"https://a.test/x", "https://xn--mller-kva.test/y", "m\xC3\xBCller.test", "", Approved},
-        {"http://a.test/x", "http://127.0.0.1:81/y", "127.0.0.1", "", Approved},
-        {"http://a.test/x", "http://[::1]:81/y", "::1", "", Approved},
+        {"http://a.test/x", "https://good.test/x", "good.test", "", approved},
+        {"https://a.test/x", "http://good.test/x", "good.test", "", unsafeScheme},
+        {"https://a.test/x", "https://evil.test/x", "good.test", "", unsafeDomain},
+        {"http://a.test/x", "http://good.test/y", "good.test", "", approved},
+        {"http://a.test/x", "ftp://good.test/y", "good.test", "", unsafeScheme},
+        {"http://a.test/x", "file:///etc/passwd", "good.test", "", unsafeScheme},
+        {"https://a.test/x", "https://a.test/y", "", "", unsafeDomain}, // the same host is no reason
+        {"https://a.test/x", "https:///y", "", "", unsafeDomain},
+        {"https://a.test/x", "https://GOOD.Test/y", "good.test", "", approved},
+        {"https://a.test/x", "https://good.test./y", "good.test", "", approved},
+        {"https://a.test/x", "https://good.test:8443/y", "good.test", "", approved},
+        {"https://a.test/x", "https://sub.good.test/y", "good.test", "", unsafeDomain},
+        {"https://a.test/x", "https://good.test@evil.test/y", "good.test", "", unsafeDomain},
+        {"https://a.test/x", "https://cdn.example.com/y", "", "example.com", approved},
+        {"https://a.test/x", "https://cdn.example.com/y", "", ".example.com", approved},
+        {"https://a.test/x", "https://example.com/y", "", "example.com", approved},
+        {"https://a.test/x", "https://evilexample.com/y", "", "example.com", unsafeDomain},
+        {"https://a.test/x", "https://example.com.evil.test/y", "", "example.com", unsafeDomain},
+        {"https://a.test/x", "https://xn--mller-kva.test/y", "m\xC3\xBCller.test", "", approved},
+        {"http://a.test/x", "http://127.0.0.1:81/y", "127.0.0.1", "", approved},
+        {"http://a.test/x", "http://[::1]:81/y", "::1", "", approved},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(vo::detail::RedirectDecision(Url(row.from), Url(row.to), {row.primary, row.secondary}), row.verdict)

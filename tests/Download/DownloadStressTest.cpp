@@ -28,8 +28,8 @@ using vo::test::ScriptedAnswer;
 // whatever the order: every download ends exactly once, and nobody waits for ever.
 TEST(DownloadStress, ManyThreadsMayDoEverythingAtOnce)
 {
-    constexpr int Threads = 8;
-    constexpr int Rounds = 12;
+    constexpr int threadCount = 8;
+    constexpr int rounds = 12;
     const vo::test::LogCapture quiet;
     const vo::test::ScratchFolder folder;
     vo::test::ScriptedHttpServer server;
@@ -42,11 +42,11 @@ TEST(DownloadStress, ManyThreadsMayDoEverythingAtOnce)
             ++ends[notification->id().toString().toStdString()];
     });
 
-    std::atomic<int> running{Threads};
+    std::atomic<int> running{threadCount};
     std::atomic<int> outcomes{0};
     const auto work = [&](int thread) {
         const VoUrl url(VoString(server.url("/file")));
-        for (int round = 0; round < Rounds; ++round) {
+        for (int round = 0; round < rounds; ++round) {
             const std::string name = std::to_string(thread) + "-" + std::to_string(round);
             const VoReceiver receiver = VoDownloadManager::Connect([](const auto&) {});
             try {
@@ -87,7 +87,7 @@ TEST(DownloadStress, ManyThreadsMayDoEverythingAtOnce)
         --running;
     };
     std::vector<std::thread> threads;
-    for (int i = 0; i < Threads; ++i)
+    for (int i = 0; i < threadCount; ++i)
         threads.emplace_back(work, i);
     vo::test::RunServiceUntil([&] { return running == 0; });
     for (std::thread& thread : threads)
@@ -95,8 +95,8 @@ TEST(DownloadStress, ManyThreadsMayDoEverythingAtOnce)
     // A last one behind all requests that nobody waited for.
     VoDownloadManager::RequestWait(VoUrl(VoString(server.url("/file"))), folder.path("last"));
 
-    EXPECT_EQ(outcomes, Threads * Rounds);
-    EXPECT_GE(ends.size(), static_cast<std::size_t>(Threads * Rounds));
+    EXPECT_EQ(outcomes, threadCount * rounds);
+    EXPECT_GE(ends.size(), static_cast<std::size_t>(threadCount * rounds));
     for (const auto& [id, times] : ends)
         EXPECT_EQ(times, 1) << id;
 }

@@ -180,9 +180,9 @@ TEST_F(DownloadManager, TellsTheWholeStoryOfADownloadToItsOwnCallbackOnly)
 
 TEST_F(DownloadManager, ProgressOfAGroupOnlyGrowsAndIsExactAtTheEndAlthoughFilesAreFetchedAnew)
 {
-    constexpr int Files = 40;
+    constexpr int files = 40;
     auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
-    for (int i = 0; i < Files; ++i) {
+    for (int i = 0; i < files; ++i) {
         const std::string target = "/" + std::to_string(i);
         const ScriptedAnswer good = ScriptedAnswer::Body(std::string(50000, static_cast<char>('A' + i)));
         ScriptedAnswer slow = good;
@@ -216,10 +216,10 @@ TEST_F(DownloadManager, ProgressOfAGroupOnlyGrowsAndIsExactAtTheEndAlthoughFiles
         const std::int64_t received = notification->asProgressMessage().received().bytes();
         EXPECT_GE(received, before);
         before = received;
-        EXPECT_EQ(notification->asProgressMessage().total().bytes(), Files * 50000);
+        EXPECT_EQ(notification->asProgressMessage().total().bytes(), files * 50000);
     }
-    EXPECT_EQ(before, Files * 50000);
-    for (int i = 0; i < Files; ++i) {
+    EXPECT_EQ(before, files * 50000);
+    for (int i = 0; i < files; ++i) {
         EXPECT_EQ(m_folder.read(std::to_string(i)), std::string(50000, static_cast<char>('A' + i)));
         EXPECT_EQ(m_server.count("GET", "/" + std::to_string(i)), i % 10 == 0 ? 2U : 1U) << "only what failed again";
     }
@@ -541,15 +541,15 @@ TEST_F(DownloadManager, FetchesTwoThousandFilesWithTwoHundredAndFiftySixDescript
 
 TEST_F(DownloadManager, MemoryDoesNotGrowWithTheSizeOfAFile)
 {
-    constexpr std::size_t Size = std::size_t{64} * 1024 * 1024;
+    constexpr std::size_t size = std::size_t{64} * 1024 * 1024;
     const auto peak = [] {
         rusage usage = {};
         getrusage(RUSAGE_SELF, &usage);
         return usage.ru_maxrss; // kilobytes
     };
     // The server's own copies of the body are there before the measurement: one kept, one being sent.
-    m_server.get("/warm", ScriptedAnswer::Body(std::string(Size, 'w')));
-    m_server.get("/file", ScriptedAnswer::Body(std::string(Size, 'x')));
+    m_server.get("/warm", ScriptedAnswer::Body(std::string(size, 'w')));
+    m_server.get("/file", ScriptedAnswer::Body(std::string(size, 'x')));
     VoDownloadManager::RequestWait(url("/warm"), m_folder.path("warm"));
     m_server.get("/warm", ScriptedAnswer::Body(""));
     const long before = peak();
@@ -559,7 +559,7 @@ TEST_F(DownloadManager, MemoryDoesNotGrowWithTheSizeOfAFile)
 #else
     static_cast<void>(before);
 #endif
-    EXPECT_EQ(std::filesystem::file_size(m_folder.native("file")), Size);
+    EXPECT_EQ(std::filesystem::file_size(m_folder.native("file")), size);
 }
 #endif
 

@@ -15,7 +15,7 @@ class NativePath : public vo::test::FileSystemFixture
 
 } // namespace
 
-TEST_F(NativePath, zeroBytesAreRefusedAndNotCutAt)
+TEST_F(NativePath, ZeroBytesAreRefusedAndNotCutAt)
 {
     const VoFilePath path(VoString(std::string("a\0.exe", 6)));
     EXPECT_THROW_MSG(ToNative(path), VoInvalidPathFileException, "Invalid path: ");
@@ -24,7 +24,7 @@ TEST_F(NativePath, zeroBytesAreRefusedAndNotCutAt)
 
 #if defined(__unix__)
 
-TEST_F(NativePath, bytesPassAsTheyAre)
+TEST_F(NativePath, BytesPassAsTheyAre)
 {
     EXPECT_EQ(ToNative(VoFilePath("\\tmp\\\xff\xfe x")).string(), "/tmp/\xff\xfe x");
     EXPECT_EQ(FromNative("/tmp/\xff x ").path().toStdString(), "\\tmp\\\xff x ");
@@ -32,14 +32,14 @@ TEST_F(NativePath, bytesPassAsTheyAre)
     EXPECT_EQ(ChildFromNative(VoFilePath("\\tmp\\"), " x ").path().toStdString(), "\\tmp\\ x ");
 }
 
-TEST_F(NativePath, aBackslashInANameIsNoSeparator)
+TEST_F(NativePath, ABackslashInANameIsNoSeparator)
 {
     EXPECT_THROW_MSG(FromNative("/tmp/a\\b"), VoInvalidPathFileException, "Name contains a backslash: /tmp/a\\b");
 }
 
 #endif
 
-TEST_F(NativePath, overlongPathsAreRefusedBeforeTheDiskIsTouched)
+TEST_F(NativePath, OverlongPathsAreRefusedBeforeTheDiskIsTouched)
 {
     const VoFilePath longest(VoString('x', 260));
     EXPECT_NO_THROW(RequireValidLength(longest));
@@ -52,7 +52,7 @@ TEST_F(NativePath, overlongPathsAreRefusedBeforeTheDiskIsTouched)
                  VoPathSizeFileException);
 }
 
-TEST_F(NativePath, canonicalContainmentFollowsEveryLink)
+TEST_F(NativePath, CanonicalContainmentFollowsEveryLink)
 {
     write("in\\side\\file");
     write("out\\file");
@@ -75,7 +75,7 @@ TEST_F(NativePath, canonicalContainmentFollowsEveryLink)
     EXPECT_FALSE(IsInsideCanonical(root().directory("missing"), at("missing\\file")));
 }
 
-TEST_F(NativePath, newFilesAreMadeOnlyUnderFreeNames)
+TEST_F(NativePath, NewFilesAreMadeOnlyUnderFreeNames)
 {
     write("taken", "theirs");
     link("nowhere", "link");

@@ -42,7 +42,7 @@ std::string RandomText(std::mt19937& random, const std::string& alphabet)
 
 } // namespace
 
-TEST(PathText, isNormalisedWhenAPathIsMade)
+TEST(PathText, IsNormalisedWhenAPathIsMade)
 {
     const std::pair<const char*, const char*> rows[] = {
         {" C:/Temp//x/ ", "C:\\Temp\\x\\"},
@@ -62,7 +62,7 @@ TEST(PathText, isNormalisedWhenAPathIsMade)
         EXPECT_EQ(Normalised(text), normalised) << '"' << text << '"';
 }
 
-TEST(PathText, isNormalisedAsTheSlowRuleSaysAndOnlyOnce)
+TEST(PathText, IsNormalisedAsTheSlowRuleSaysAndOnlyOnce)
 {
     std::mt19937 random(1);
     for (int i = 0; i < 20000; ++i) {
@@ -72,12 +72,12 @@ TEST(PathText, isNormalisedAsTheSlowRuleSaysAndOnlyOnce)
     }
 }
 
-TEST(PathText, aLongRunOfSeparatorsTakesNoLongTime)
+TEST(PathText, ALongRunOfSeparatorsTakesNoLongTime)
 {
     EXPECT_EQ(Normalised("a" + std::string(4000000, '/') + "b"), "a\\b");
 }
 
-TEST(PathText, rootIsTheServerOrEverythingToTheFirstColon)
+TEST(PathText, RootIsTheServerOrEverythingToTheFirstColon)
 {
     struct
     {
@@ -106,7 +106,7 @@ TEST(PathText, rootIsTheServerOrEverythingToTheFirstColon)
     }
 }
 
-TEST(PathText, resolvingRemovesEachClimbWithThePieceBeforeIt)
+TEST(PathText, ResolvingRemovesEachClimbWithThePieceBeforeIt)
 {
     const std::pair<const char*, const char*> rows[] = {
         {"C:\\a\\..\\b\\", "C:\\b\\"},
@@ -127,7 +127,7 @@ TEST(PathText, resolvingRemovesEachClimbWithThePieceBeforeIt)
     }
 }
 
-TEST(PathText, nothingClimbsOverARoot)
+TEST(PathText, NothingClimbsOverARoot)
 {
     for (const char* text :
          {"..\\x\\", "C:\\..\\x\\", "\\..\\x\\", "\\\\srv\\..\\x\\", "a\\..\\..\\", "C:x\\..\\y\\"}) {
@@ -137,7 +137,7 @@ TEST(PathText, nothingClimbsOverARoot)
     }
 }
 
-TEST(PathText, aClimbWithoutSeparatorIsLeftAloneUnlessAnotherIsResolved)
+TEST(PathText, AClimbWithoutSeparatorIsLeftAloneUnlessAnotherIsResolved)
 {
     const VoDirectoryPath base("C:\\d\\");
     EXPECT_EQ(base.file("a\\..").path().toStdString(), "C:\\d\\a\\..");
@@ -146,7 +146,7 @@ TEST(PathText, aClimbWithoutSeparatorIsLeftAloneUnlessAnotherIsResolved)
 }
 
 // A stack of names is what a path stands for.
-TEST(PathText, resolvingAgreesWithAStackOfNames)
+TEST(PathText, ResolvingAgreesWithAStackOfNames)
 {
     std::mt19937 random(2);
     const std::vector<std::string> names = {"..", "a", "b", "..x", "."};

@@ -7,7 +7,7 @@
 using vo::detail::SafeName;
 using vo::detail::SafeRelativePath;
 
-TEST(SafePath, identifiersThatAreFileNamesEverywhereAreAccepted)
+TEST(SafePath, IdentifiersThatAreFileNamesEverywhereAreAccepted)
 {
     for (const char* name : {"a", "{f81d4fae-7dec-41d0-a765-00a0c91e6bf6}", "f81d4fae", "com", "com10", "lpt", "consul",
                              "a.b", "packages2", "x packages", "\xc3\xa9", "a b", "nulls", "-", "#"})
@@ -15,7 +15,7 @@ TEST(SafePath, identifiersThatAreFileNamesEverywhereAreAccepted)
     EXPECT_TRUE(SafeName(VoString(std::string(128, 'x'))));
 }
 
-TEST(SafePath, identifiersThatWouldHarmSomewhereAreRefused)
+TEST(SafePath, IdentifiersThatWouldHarmSomewhereAreRefused)
 {
     for (const char* name : {"",       ".",       "..",     "a.",          ".a",   " a",       "a ",         "a\\b",
                              "a/b",    "C:x",     "a*",     "a?",          "a\"",  "a<b",      "a>b",        "a|b",
@@ -26,14 +26,14 @@ TEST(SafePath, identifiersThatWouldHarmSomewhereAreRefused)
     EXPECT_FALSE(SafeName(VoString(std::string("a\0b", 3))));
 }
 
-TEST(SafePath, pathsThatStayBelowTheirDirectoryAreAccepted)
+TEST(SafePath, PathsThatStayBelowTheirDirectoryAreAccepted)
 {
     for (const char* path : {"a", "a\\b", "a/b\\c.txt", ".hidden", "..x\\y", " leading", "...x", "{id}\\x", "packages"})
         EXPECT_TRUE(SafeRelativePath(VoString(path))) << path;
     EXPECT_TRUE(SafeRelativePath(VoString(std::string(260, 'x'))));
 }
 
-TEST(SafePath, pathsThatCouldLeaveTheirDirectoryAreRefused)
+TEST(SafePath, PathsThatCouldLeaveTheirDirectoryAreRefused)
 {
     for (const char* path :
          {"",        "\\",     "/etc/passwd", "\\etc\\passwd", "\\\\srv\\x", "C:\\x",     "C:x",   "a:b",
@@ -48,7 +48,7 @@ TEST(SafePath, pathsThatCouldLeaveTheirDirectoryAreRefused)
 }
 
 // Whatever passes must land below its directory, in the library's paths as on disk.
-TEST(SafePath, acceptedPathsSurviveNormalisationUnchanged)
+TEST(SafePath, AcceptedPathsSurviveNormalisationUnchanged)
 {
     const std::string alphabet = "a.\\/ :";
     std::string path;

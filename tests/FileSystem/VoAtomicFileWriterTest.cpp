@@ -49,7 +49,7 @@ struct SavesAtExit
 
 } // namespace
 
-TEST_F(AtomicFileWriter, theTargetShowsOldContentUntilTheCommitAndNewContentAfterIt)
+TEST_F(AtomicFileWriter, TheTargetShowsOldContentUntilTheCommitAndNewContentAfterIt)
 {
     write("file", "old");
     VoAtomicFileWriter writer(at("file"));
@@ -60,7 +60,7 @@ TEST_F(AtomicFileWriter, theTargetShowsOldContentUntilTheCommitAndNewContentAfte
     EXPECT_EQ(names(), Names{"file"}) << "nothing is left beside it";
 }
 
-TEST_F(AtomicFileWriter, aTargetThatWasNotThereAppearsWithTheCommit)
+TEST_F(AtomicFileWriter, ATargetThatWasNotThereAppearsWithTheCommit)
 {
     VoAtomicFileWriter writer(at("file"));
     EXPECT_FALSE(exists("file"));
@@ -69,7 +69,7 @@ TEST_F(AtomicFileWriter, aTargetThatWasNotThereAppearsWithTheCommit)
     EXPECT_EQ(read("file"), "");
 }
 
-TEST_F(AtomicFileWriter, withoutACommitNothingHappened)
+TEST_F(AtomicFileWriter, WithoutACommitNothingHappened)
 {
     write("file", "old");
     {
@@ -80,7 +80,7 @@ TEST_F(AtomicFileWriter, withoutACommitNothingHappened)
     EXPECT_EQ(names(), Names{"file"});
 }
 
-TEST_F(AtomicFileWriter, blocksOfAllSizesArriveInOrder)
+TEST_F(AtomicFileWriter, BlocksOfAllSizesArriveInOrder)
 {
     std::string expected;
     VoAtomicFileWriter writer(at("file"));
@@ -96,7 +96,7 @@ TEST_F(AtomicFileWriter, blocksOfAllSizesArriveInOrder)
     EXPECT_EQ(read("file"), expected);
 }
 
-TEST_F(AtomicFileWriter, theDeviceIsOpenForWritingUntilTheCommit)
+TEST_F(AtomicFileWriter, TheDeviceIsOpenForWritingUntilTheCommit)
 {
     VoAtomicFileWriter writer(at("file"));
     EXPECT_EQ(writer.device().mode(), VoIODevice::Write);
@@ -107,7 +107,7 @@ TEST_F(AtomicFileWriter, theDeviceIsOpenForWritingUntilTheCommit)
     EXPECT_EQ(read("file"), "text");
 }
 
-TEST_F(AtomicFileWriter, aDeviceThatItsUserClosedCanBeCommitted)
+TEST_F(AtomicFileWriter, ADeviceThatItsUserClosedCanBeCommitted)
 {
     VoAtomicFileWriter writer(at("file"));
     writer.device().write("text");
@@ -116,7 +116,7 @@ TEST_F(AtomicFileWriter, aDeviceThatItsUserClosedCanBeCommitted)
     EXPECT_EQ(read("file"), "text");
 }
 
-TEST_F(AtomicFileWriter, commitsOnce)
+TEST_F(AtomicFileWriter, CommitsOnce)
 {
     VoAtomicFileWriter writer(at("file"));
     writer.commit();
@@ -124,7 +124,7 @@ TEST_F(AtomicFileWriter, commitsOnce)
     EXPECT_THROW_MSG(writer.write("x", 1), VoInvalidCallException, "File already committed");
 }
 
-TEST_F(AtomicFileWriter, aMovedWriterGoesOnAndTheOneItReplacesIsDiscarded)
+TEST_F(AtomicFileWriter, AMovedWriterGoesOnAndTheOneItReplacesIsDiscarded)
 {
     VoAtomicFileWriter first(at("first"));
     write(first, "1");
@@ -140,7 +140,7 @@ TEST_F(AtomicFileWriter, aMovedWriterGoesOnAndTheOneItReplacesIsDiscarded)
     EXPECT_THROW_MSG(first.device(), VoInvalidCallException, "No file to write");
 }
 
-TEST_F(AtomicFileWriter, onlyFilesCanBeReplaced)
+TEST_F(AtomicFileWriter, OnlyFilesCanBeReplaced)
 {
     write("directory\\x");
     link("directory", "link");
@@ -153,7 +153,7 @@ TEST_F(AtomicFileWriter, onlyFilesCanBeReplaced)
     EXPECT_THROW(VoAtomicFileWriter(VoFilePath(VoString('x', 261))), VoPathSizeFileException);
 }
 
-TEST_F(AtomicFileWriter, theLongestPathHasRoomForItsTemporaryName)
+TEST_F(AtomicFileWriter, TheLongestPathHasRoomForItsTemporaryName)
 {
     const std::string name(VoFilePath::MaximumLength - root().path().size(), 'n');
     VoAtomicFileWriter writer(at(name.c_str()));
@@ -162,7 +162,7 @@ TEST_F(AtomicFileWriter, theLongestPathHasRoomForItsTemporaryName)
     EXPECT_EQ(names(), Names{name});
 }
 
-TEST_F(AtomicFileWriter, aTargetThatBecameADirectoryMakesTheCommitFailWithoutATrace)
+TEST_F(AtomicFileWriter, ATargetThatBecameADirectoryMakesTheCommitFailWithoutATrace)
 {
     VoAtomicFileWriter writer(at("file"));
     write("file\\x");
@@ -171,7 +171,7 @@ TEST_F(AtomicFileWriter, aTargetThatBecameADirectoryMakesTheCommitFailWithoutATr
     EXPECT_EQ(read("file\\x"), "content");
 }
 
-TEST_F(AtomicFileWriter, aLinkIsReplacedAndWhatItLedToStays)
+TEST_F(AtomicFileWriter, ALinkIsReplacedAndWhatItLedToStays)
 {
     write("real", "old");
     link("real", "link");
@@ -185,7 +185,7 @@ TEST_F(AtomicFileWriter, aLinkIsReplacedAndWhatItLedToStays)
 
 #if defined(__unix__)
 
-TEST_F(AtomicFileWriter, aReplacedFileKeepsItsPermissions)
+TEST_F(AtomicFileWriter, AReplacedFileKeepsItsPermissions)
 {
     namespace fs = std::filesystem;
     write("file", "old");
@@ -195,7 +195,7 @@ TEST_F(AtomicFileWriter, aReplacedFileKeepsItsPermissions)
     EXPECT_EQ(fs::status(native("file")).permissions(), static_cast<fs::perms>(0751));
 }
 
-TEST_F(AtomicFileWriter, aFullDiskLeavesTheOldContentAndNothingBesideIt)
+TEST_F(AtomicFileWriter, AFullDiskLeavesTheOldContentAndNothingBesideIt)
 {
     write("file", "old");
     for (const std::size_t size : {5000UL, 1000000UL}) {
@@ -212,7 +212,7 @@ TEST_F(AtomicFileWriter, aFullDiskLeavesTheOldContentAndNothingBesideIt)
     EXPECT_EQ(read("file"), "old");
 }
 
-TEST_F(AtomicFileWriter, theFirstFailureStaysWhenThereIsRoomAgain)
+TEST_F(AtomicFileWriter, TheFirstFailureStaysWhenThereIsRoomAgain)
 {
     write("file", "old");
     VoAtomicFileWriter writer(at("file"));
@@ -225,7 +225,7 @@ TEST_F(AtomicFileWriter, theFirstFailureStaysWhenThereIsRoomAgain)
     EXPECT_EQ(read("file"), "old");
 }
 
-TEST_F(AtomicFileWriter, aKilledProcessLeavesTheTargetAsItWas)
+TEST_F(AtomicFileWriter, AKilledProcessLeavesTheTargetAsItWas)
 {
     write("file", "old");
     const pid_t child = ::fork();

@@ -21,7 +21,7 @@ std::vector<std::string> Chunks(const VoDirectoryPath& path)
 
 } // namespace
 
-TEST(VoDirectoryPath, acceptsDirectoriesOnly)
+TEST(VoDirectoryPath, AcceptsDirectoriesOnly)
 {
     for (const char* text : {"", "C:\\a\\", "a\\b\\", "\\", "/tmp/", "\\\\srv\\", "/tmp/a:b/"})
         EXPECT_NO_THROW(VoDirectoryPath{text}) << text;
@@ -31,7 +31,7 @@ TEST(VoDirectoryPath, acceptsDirectoriesOnly)
         EXPECT_THROW_MSG(VoDirectoryPath{text}, VoInvalidPathException, "Invalid : in path name") << text;
 }
 
-TEST(VoDirectoryPath, theOffendingPathTravelsWithTheException)
+TEST(VoDirectoryPath, TheOffendingPathTravelsWithTheException)
 {
     try {
         VoDirectoryPath path(" C:/Temp ");
@@ -41,14 +41,14 @@ TEST(VoDirectoryPath, theOffendingPathTravelsWithTheException)
     }
 }
 
-TEST(VoDirectoryPath, missingSeparatorIsAddedToTextsOfPeople)
+TEST(VoDirectoryPath, MissingSeparatorIsAddedToTextsOfPeople)
 {
     EXPECT_EQ(VoDirectoryPath::FromText("/tmp").path().toStdString(), "\\tmp\\");
     EXPECT_EQ(VoDirectoryPath::FromText("/tmp/ ").path().toStdString(), "\\tmp\\");
     EXPECT_TRUE(VoDirectoryPath::FromText("  ").isNull());
 }
 
-TEST(VoDirectoryPath, asksItsTextNotTheDisk)
+TEST(VoDirectoryPath, AsksItsTextNotTheDisk)
 {
     const VoDirectoryPath null;
     EXPECT_TRUE(null.isNull());
@@ -60,7 +60,7 @@ TEST(VoDirectoryPath, asksItsTextNotTheDisk)
     EXPECT_TRUE(VoDirectoryPath("C:\\a\\").isDirectory());
 }
 
-TEST(VoDirectoryPath, hasPieces)
+TEST(VoDirectoryPath, HasPieces)
 {
     using Texts = std::vector<std::string>;
     EXPECT_EQ(Chunks("C:\\a\\b\\"), (Texts{"C:", "a", "b"}));
@@ -80,7 +80,7 @@ TEST(VoDirectoryPath, hasPieces)
     EXPECT_EQ(drive.top().toString().toStdString(), "");
 }
 
-TEST(VoDirectoryPath, climbsToItsParentAndAtLastToNull)
+TEST(VoDirectoryPath, ClimbsToItsParentAndAtLastToNull)
 {
     const std::pair<const char*, const char*> rows[] = {
         {"C:\\a\\b\\", "C:\\a\\"},
@@ -99,7 +99,7 @@ TEST(VoDirectoryPath, climbsToItsParentAndAtLastToNull)
         EXPECT_EQ(VoDirectoryPath(text).parent().path().toStdString(), parent) << text;
 }
 
-TEST(VoDirectoryPath, appends)
+TEST(VoDirectoryPath, Appends)
 {
     const VoDirectoryPath base("C:\\a\\b\\");
     EXPECT_EQ(base.appended(VoDirectoryPath("..\\y\\")).path().toStdString(), "C:\\a\\y\\");
@@ -116,13 +116,13 @@ TEST(VoDirectoryPath, appends)
     EXPECT_EQ(inPlace.path().toStdString(), "C:\\a\\b\\c\\d\\");
 }
 
-TEST(VoDirectoryPath, keepsWhatBeginsWithASeparatorInside)
+TEST(VoDirectoryPath, KeepsWhatBeginsWithASeparatorInside)
 {
     EXPECT_EQ(VoDirectoryPath("a\\").appended(VoFilePath("/etc/x")).path().toStdString(), "a\\etc\\x");
     EXPECT_EQ(VoDirectoryPath("\\").appended(VoFilePath("\\tmp\\x")).path().toStdString(), "\\tmp\\x");
 }
 
-TEST(VoDirectoryPath, refusesAbsolutePathsBehindIt)
+TEST(VoDirectoryPath, RefusesAbsolutePathsBehindIt)
 {
     VoDirectoryPath base("C:\\a\\");
     EXPECT_THROW_MSG(base.append(VoDirectoryPath("D:\\b\\")), VoInvalidPathFileException,
@@ -134,7 +134,7 @@ TEST(VoDirectoryPath, refusesAbsolutePathsBehindIt)
     EXPECT_EQ(base, VoString("C:\\a\\")) << "unchanged after the failures";
 }
 
-TEST(VoDirectoryPath, comparesHashesAndPrintsItsTextWithoutRegardToCase)
+TEST(VoDirectoryPath, ComparesHashesAndPrintsItsTextWithoutRegardToCase)
 {
     EXPECT_EQ(VoDirectoryPath("C:\\TEMP\\"), VoDirectoryPath("c:\\temp\\"));
     EXPECT_TRUE(VoString("c:\\temp\\") == VoDirectoryPath("C:\\TEMP\\"));
@@ -148,7 +148,7 @@ TEST(VoDirectoryPath, comparesHashesAndPrintsItsTextWithoutRegardToCase)
     EXPECT_EQ(VoDirectoryPath::Deserialize(VoDirectoryPath::Serialize("A\\")).path().toStdString(), "A\\");
 }
 
-TEST(VoDirectoryPathFragment, isRelativeAndEndsWithASeparator)
+TEST(VoDirectoryPathFragment, IsRelativeAndEndsWithASeparator)
 {
     EXPECT_EQ(VoDirectoryPathFragment(VoString("a/b/")).path().toStdString(), "a\\b\\");
     EXPECT_TRUE(VoDirectoryPathFragment(VoString("")).isNull());
@@ -157,7 +157,7 @@ TEST(VoDirectoryPathFragment, isRelativeAndEndsWithASeparator)
                          "Not a valid directory path: " + VoString(text));
 }
 
-TEST(VoDirectoryPathFragment, givesFilesBelowIt)
+TEST(VoDirectoryPathFragment, GivesFilesBelowIt)
 {
     const VoDirectoryPathFragment fragment(VoString("a\\b\\"));
     EXPECT_EQ(fragment.file("x").path().toStdString(), "a\\b\\x");

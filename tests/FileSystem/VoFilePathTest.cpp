@@ -20,7 +20,7 @@ std::string Text(const VoStringView& view)
 
 } // namespace
 
-TEST(VoFilePath, nameIsSplitAtItsLastDot)
+TEST(VoFilePath, NameIsSplitAtItsLastDot)
 {
     struct
     {
@@ -50,7 +50,7 @@ TEST(VoFilePath, nameIsSplitAtItsLastDot)
     }
 }
 
-TEST(VoFilePath, parentEndsAtTheRoot)
+TEST(VoFilePath, ParentEndsAtTheRoot)
 {
     const std::pair<const char*, const char*> rows[] = {
         {"C:\\a\\x", "C:\\a\\"},
@@ -72,19 +72,19 @@ TEST(VoFilePath, parentEndsAtTheRoot)
     }
 }
 
-TEST(VoFilePath, takesAnyTextButItsParentMustBeADirectoryPath)
+TEST(VoFilePath, TakesAnyTextButItsParentMustBeADirectoryPath)
 {
     const VoFilePath path("C:\\a:b\\x");
     EXPECT_THROW_MSG(path.parent(), VoInvalidPathException, "Invalid : in path name");
 }
 
-TEST(VoFilePath, uncheckedTextStaysAsItIs)
+TEST(VoFilePath, UncheckedTextStaysAsItIs)
 {
     EXPECT_EQ(Text(VoFilePath::CreateUnchecked(" a//b ")), " a//b ");
     EXPECT_TRUE(VoFilePath::CreateUnchecked("").isNull());
 }
 
-TEST(VoFilePath, isLongestAt260Bytes)
+TEST(VoFilePath, IsLongestAt260Bytes)
 {
     EXPECT_TRUE(VoFilePath(VoString('x', 260)).validLength());
     EXPECT_FALSE(VoFilePath(VoString('x', 261)).validLength());
@@ -97,7 +97,7 @@ TEST(VoFilePath, isLongestAt260Bytes)
               "Path exceeds maximum length by 2 characters for: " + accents);
 }
 
-TEST(VoFilePath, becomesAbsoluteAgainstADirectoryOrTheDirectoryOfAFile)
+TEST(VoFilePath, BecomesAbsoluteAgainstADirectoryOrTheDirectoryOfAFile)
 {
     EXPECT_EQ(Text(VoFilePath("x").absolute("C:\\a\\")), "C:\\a\\x");
     EXPECT_EQ(Text(VoFilePath("x").absolute("C:\\a\\b.txt")), "C:\\a\\x");
@@ -111,7 +111,7 @@ TEST(VoFilePath, becomesAbsoluteAgainstADirectoryOrTheDirectoryOfAFile)
     EXPECT_EQ(Text(VoFilePath::Resolve("sub//x", "C:\\a\\")), "C:\\a\\sub\\x");
 }
 
-TEST(VoFilePath, isSeenFromABase)
+TEST(VoFilePath, IsSeenFromABase)
 {
     struct
     {
@@ -138,7 +138,7 @@ TEST(VoFilePath, isSeenFromABase)
         EXPECT_EQ(Text(VoFilePath(row.path).relative(row.base)), row.relative) << row.path << " from " << row.base;
 }
 
-TEST(VoFilePath, relativeAndAbsoluteAreEachOthersInverse)
+TEST(VoFilePath, RelativeAndAbsoluteAreEachOthersInverse)
 {
     const char* const directories[] = {"\\", "\\a\\", "\\a\\b\\", "\\a\\c\\d\\", "\\e\\"};
     for (const char* base : directories)
@@ -148,7 +148,7 @@ TEST(VoFilePath, relativeAndAbsoluteAreEachOthersInverse)
         }
 }
 
-TEST(VoFilePath, isAncestorOfWhatLiesBelowPieceByPiece)
+TEST(VoFilePath, IsAncestorOfWhatLiesBelowPieceByPiece)
 {
     struct
     {
@@ -166,7 +166,7 @@ TEST(VoFilePath, isAncestorOfWhatLiesBelowPieceByPiece)
         EXPECT_EQ(VoFilePath(row.ancestor).isAncestor(row.path), row.is) << row.ancestor << " of " << row.path;
 }
 
-TEST(VoFilePath, appendsToDirectoriesOnly)
+TEST(VoFilePath, AppendsToDirectoriesOnly)
 {
     EXPECT_EQ(Text(VoFilePath("a\\").appended("b\\x")), "a\\b\\x");
     EXPECT_EQ(Text(VoFilePath().appended("C:\\x")), "C:\\x");
@@ -177,7 +177,7 @@ TEST(VoFilePath, appendsToDirectoriesOnly)
                      "Cannot append absolute path to path: C:\\b");
 }
 
-TEST(VoFilePath, comparesWithPathsAndTextsOnEitherSideWithoutRegardToCase)
+TEST(VoFilePath, ComparesWithPathsAndTextsOnEitherSideWithoutRegardToCase)
 {
     const VoFilePath path("C:\\Temp");
     EXPECT_TRUE(path == VoFilePath("c:\\TEMP"));
@@ -192,7 +192,7 @@ TEST(VoFilePath, comparesWithPathsAndTextsOnEitherSideWithoutRegardToCase)
     EXPECT_EQ((std::unordered_set<VoFilePath>{"A", "a", "b"}).size(), 2U);
 }
 
-TEST(VoFilePath, copiesAndMovesAsAValue)
+TEST(VoFilePath, CopiesAndMovesAsAValue)
 {
     VoFilePath from("a");
     VoFilePath copy;
@@ -208,7 +208,7 @@ TEST(VoFilePath, copiesAndMovesAsAValue)
     EXPECT_EQ(Text(copy), "a");
 }
 
-TEST(VoFilePath, convertsFromDirectoriesAndToWideText)
+TEST(VoFilePath, ConvertsFromDirectoriesAndToWideText)
 {
     EXPECT_EQ(Text(VoDirectoryPath("C:\\a\\").toFilePath()), "C:\\a\\");
     EXPECT_EQ(VoFilePath("\xc3\xa9").toWString(), std::wstring(1, static_cast<wchar_t>(0xe9)));

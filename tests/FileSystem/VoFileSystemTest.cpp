@@ -101,7 +101,7 @@ private:
 
 } // namespace
 
-TEST_F(FileSystem, tellsWhatExists)
+TEST_F(FileSystem, TellsWhatExists)
 {
     write("file");
     write("directory\\x");
@@ -131,7 +131,7 @@ TEST_F(FileSystem, tellsWhatExists)
     EXPECT_FALSE(VoFileSystem::Exists(root().file(VoString('x', 300)))) << "no name can be that long";
 }
 
-TEST_F(FileSystem, measuresFiles)
+TEST_F(FileSystem, MeasuresFiles)
 {
     EXPECT_EQ(VoFileSystem::FileSize(write("file", std::string(12345, 'x'))), 12345U);
     EXPECT_THROW_MSG(VoFileSystem::FileSize(at("missing")), VoFileNotFoundException,
@@ -140,7 +140,7 @@ TEST_F(FileSystem, measuresFiles)
     EXPECT_EQ(VoFileSystem::Checksum(at("file")), VoChecksum(QByteArray(12345, 'x')));
 }
 
-TEST_F(FileSystem, filesAreTheSameWhenTheyAreOneOnDisk)
+TEST_F(FileSystem, FilesAreTheSameWhenTheyAreOneOnDisk)
 {
     write("file");
     write("equal");
@@ -154,7 +154,7 @@ TEST_F(FileSystem, filesAreTheSameWhenTheyAreOneOnDisk)
     EXPECT_FALSE(VoFileSystem::Same(at("missing"), at("missing")));
 }
 
-TEST_F(FileSystem, pathsThatAreEqualMayBeTwoFiles)
+TEST_F(FileSystem, PathsThatAreEqualMayBeTwoFiles)
 {
     write("A");
     write("a");
@@ -164,7 +164,7 @@ TEST_F(FileSystem, pathsThatAreEqualMayBeTwoFiles)
     EXPECT_FALSE(VoFileSystem::Same(at("A"), at("a")));
 }
 
-TEST_F(FileSystem, removesFilesLinksAndEmptyDirectories)
+TEST_F(FileSystem, RemovesFilesLinksAndEmptyDirectories)
 {
     write("file");
     write("full\\x");
@@ -179,7 +179,7 @@ TEST_F(FileSystem, removesFilesLinksAndEmptyDirectories)
     EXPECT_EQ(read("full\\x"), "content");
 }
 
-TEST_F(FileSystem, removesTreesAndCounts)
+TEST_F(FileSystem, RemovesTreesAndCounts)
 {
     write("tree\\a\\x");
     write("tree\\a\\y");
@@ -189,7 +189,7 @@ TEST_F(FileSystem, removesTreesAndCounts)
     EXPECT_TRUE(names().empty());
 }
 
-TEST_F(FileSystem, removingATreeFollowsNoLinks)
+TEST_F(FileSystem, RemovingATreeFollowsNoLinks)
 {
     write("kept\\x");
     fs::create_directory(native("tree"));
@@ -201,7 +201,7 @@ TEST_F(FileSystem, removingATreeFollowsNoLinks)
 }
 
 // Nothing here names the root of this machine: a fault would be found by losing it.
-TEST_F(FileSystem, rootsAreNotRemoved)
+TEST_F(FileSystem, RootsAreNotRemoved)
 {
     for (const char* path : {"", "C:\\", "\\\\nobody\\"})
         EXPECT_THROW_MSG(VoFileSystem::RemoveAll(path), VoInvalidCallException,
@@ -210,7 +210,7 @@ TEST_F(FileSystem, rootsAreNotRemoved)
 
 #if defined(__unix__)
 
-TEST_F(FileSystem, rootsAreNotRemovedWhateverTheyAreCalled)
+TEST_F(FileSystem, RootsAreNotRemovedWhateverTheyAreCalled)
 {
     write("file");
     fs::create_directory(native("a"));
@@ -243,7 +243,7 @@ TEST_F(FileSystem, rootsAreNotRemovedWhateverTheyAreCalled)
 
 #endif
 
-TEST_F(FileSystem, makesDirectories)
+TEST_F(FileSystem, MakesDirectories)
 {
     EXPECT_TRUE(VoFileSystem::CreateDirectory(root().directory("a")));
     EXPECT_FALSE(VoFileSystem::CreateDirectory(root().directory("a")));
@@ -259,7 +259,7 @@ TEST_F(FileSystem, makesDirectories)
                      "create_directories: Not a directory");
 }
 
-TEST_F(FileSystem, copiesAsTheOptionSays)
+TEST_F(FileSystem, CopiesAsTheOptionSays)
 {
     struct
     {
@@ -292,7 +292,7 @@ TEST_F(FileSystem, copiesAsTheOptionSays)
     }
 }
 
-TEST_F(FileSystem, aRefusedCopyNamesBothFilesAndTheSystemsReason)
+TEST_F(FileSystem, ARefusedCopyNamesBothFilesAndTheSystemsReason)
 {
     try {
         VoFileSystem::CopyFile(at("missing"), at("to"));
@@ -319,7 +319,7 @@ TEST_F(FileSystem, aRefusedCopyNamesBothFilesAndTheSystemsReason)
     EXPECT_EQ(names(), (Texts{"directory", "file"}));
 }
 
-TEST_F(FileSystem, aFileCopiedOntoItselfIsNotLost)
+TEST_F(FileSystem, AFileCopiedOntoItselfIsNotLost)
 {
     write("file");
     link("file", "link");
@@ -332,7 +332,7 @@ TEST_F(FileSystem, aFileCopiedOntoItselfIsNotLost)
     EXPECT_EQ(read("file"), "content");
 }
 
-TEST_F(FileSystem, contentOfAnySizeIsCopied)
+TEST_F(FileSystem, ContentOfAnySizeIsCopied)
 {
     for (const std::size_t size : {0UL, 1UL, 262144UL, 262145UL, 3000000UL}) {
         std::string content(size, '\0');
@@ -344,7 +344,7 @@ TEST_F(FileSystem, contentOfAnySizeIsCopied)
     }
 }
 
-TEST_F(FileSystem, movesFilesAndDirectories)
+TEST_F(FileSystem, MovesFilesAndDirectories)
 {
     write("from", "new");
     write("to", "old");
@@ -359,7 +359,7 @@ TEST_F(FileSystem, movesFilesAndDirectories)
     EXPECT_EQ(names(), (Texts{"moved", "to"}));
 }
 
-TEST_F(FileSystem, movingOneNameOfAFileToAnotherLeavesTheOther)
+TEST_F(FileSystem, MovingOneNameOfAFileToAnotherLeavesTheOther)
 {
     write("from");
     fs::create_hard_link(native("from"), native("to"));
@@ -376,7 +376,7 @@ TEST_F(FileSystem, movingOneNameOfAFileToAnotherLeavesTheOther)
 
 #if defined(__unix__)
 
-TEST_F(FileSystem, copiesKeepPermissionsAndReplaceLinks)
+TEST_F(FileSystem, CopiesKeepPermissionsAndReplaceLinks)
 {
     write("from", "new");
     fs::permissions(native("from"), static_cast<fs::perms>(0640));
@@ -388,7 +388,7 @@ TEST_F(FileSystem, copiesKeepPermissionsAndReplaceLinks)
     EXPECT_EQ(permissions("link"), static_cast<fs::perms>(0640));
 }
 
-TEST_F(FileSystem, aCopyThatFindsTheDiskFullLeavesTheTargetAndNothingElse)
+TEST_F(FileSystem, ACopyThatFindsTheDiskFullLeavesTheTargetAndNothingElse)
 {
     write("from", std::string(100000, 'n'));
     write("to", "old");
@@ -399,14 +399,14 @@ TEST_F(FileSystem, aCopyThatFindsTheDiskFullLeavesTheTargetAndNothingElse)
     EXPECT_EQ(names(), (Texts{"from", "to"}));
 }
 
-TEST_F(FileSystem, aPipeIsNotCopied)
+TEST_F(FileSystem, APipeIsNotCopied)
 {
     ASSERT_EQ(::mkfifo(native("pipe").c_str(), 0600), 0);
     EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("pipe"), at("to")), VoFileException, "Operation not supported");
     EXPECT_FALSE(exists("to"));
 }
 
-TEST_F(FileSystem, aFileMovesToAnotherVolumeWithPermissionsAndTime)
+TEST_F(FileSystem, AFileMovesToAnotherVolumeWithPermissionsAndTime)
 {
     const OtherVolume other(root());
     if (!other)
@@ -425,7 +425,7 @@ TEST_F(FileSystem, aFileMovesToAnotherVolumeWithPermissionsAndTime)
     EXPECT_EQ(fs::last_write_time(other.native("to")), time);
 }
 
-TEST_F(FileSystem, aMoveToAnotherVolumeThatFailsKeepsTheSource)
+TEST_F(FileSystem, AMoveToAnotherVolumeThatFailsKeepsTheSource)
 {
     const OtherVolume other(root());
     if (!other)
@@ -443,7 +443,7 @@ TEST_F(FileSystem, aMoveToAnotherVolumeThatFailsKeepsTheSource)
     EXPECT_EQ(read("directory\\x"), "content");
 }
 
-TEST_F(FileSystem, aLinkMovesToAnotherVolumeAsALink)
+TEST_F(FileSystem, ALinkMovesToAnotherVolumeAsALink)
 {
     const OtherVolume other(root());
     if (!other)
@@ -456,7 +456,7 @@ TEST_F(FileSystem, aLinkMovesToAnotherVolumeAsALink)
 
 #endif
 
-TEST_F(FileSystem, walksInTheOrderOfTheBytes)
+TEST_F(FileSystem, WalksInTheOrderOfTheBytes)
 {
     for (const char* name : {"b", "B", "a\\z", "a\\c\\x", "a.txt", "\xc3\xa9", "a b"})
         write(name);
@@ -468,7 +468,7 @@ TEST_F(FileSystem, walksInTheOrderOfTheBytes)
     EXPECT_EQ(VoFileSystem::NumberFiles(root(), true, true), 9U);
 }
 
-TEST_F(FileSystem, walksDirectories)
+TEST_F(FileSystem, WalksDirectories)
 {
     write("a\\b\\x");
     write("c\\x");
@@ -481,7 +481,7 @@ TEST_F(FileSystem, walksDirectories)
     EXPECT_EQ(found, (Texts{"a\\", "a\\b\\", "c\\"}));
 }
 
-TEST_F(FileSystem, walksDeliverLinksToDirectoriesAsFilesAndDoNotEnterThem)
+TEST_F(FileSystem, WalksDeliverLinksToDirectoriesAsFilesAndDoNotEnterThem)
 {
     write("a\\x");
     link("..", "a\\up");
@@ -490,7 +490,7 @@ TEST_F(FileSystem, walksDeliverLinksToDirectoriesAsFilesAndDoNotEnterThem)
     EXPECT_EQ(files(true, false), (Texts{"a\\up", "a\\x", "b", "c"}));
 }
 
-TEST_F(FileSystem, namesWithBlanksAtTheirEndsAreDeliveredAsTheyAre)
+TEST_F(FileSystem, NamesWithBlanksAtTheirEndsAreDeliveredAsTheyAre)
 {
     std::ofstream(vo::detail::ToNative(root()) / " x ") << "1";
     const Texts found = files(false, false);
@@ -516,7 +516,7 @@ TEST_F(FileSystem, namesWithBlanksAtTheirEndsAreDeliveredAsTheyAre)
     EXPECT_EQ(pathOf([&] { throw VoFileException("text", "/a/b "); }), "\\a\\b") << "a text is made a path";
 }
 
-TEST_F(FileSystem, callbacksMayRemoveWhatIsStillToCome)
+TEST_F(FileSystem, CallbacksMayRemoveWhatIsStillToCome)
 {
     for (const char* name : {"a", "b", "c\\x", "d"})
         write(name);
@@ -530,7 +530,7 @@ TEST_F(FileSystem, callbacksMayRemoveWhatIsStillToCome)
     EXPECT_EQ(found, (Texts{"a", "d"}));
 }
 
-TEST_F(FileSystem, aDirectoryThatItsCallbackRemovesIsNotEntered)
+TEST_F(FileSystem, ADirectoryThatItsCallbackRemovesIsNotEntered)
 {
     write("a\\x");
     write("b");
@@ -543,7 +543,7 @@ TEST_F(FileSystem, aDirectoryThatItsCallbackRemovesIsNotEntered)
     EXPECT_EQ(found, (Texts{"a\\", "b"}));
 }
 
-TEST_F(FileSystem, exceptionsOfACallbackEndTheWalkAndPassThrough)
+TEST_F(FileSystem, ExceptionsOfACallbackEndTheWalkAndPassThrough)
 {
     write("a");
     write("b");
@@ -557,7 +557,7 @@ TEST_F(FileSystem, exceptionsOfACallbackEndTheWalkAndPassThrough)
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(FileSystem, whatCannotBeWalkedIsReported)
+TEST_F(FileSystem, WhatCannotBeWalkedIsReported)
 {
     EXPECT_THROW_MSG(VoFileSystem::ForEachFile(root(), true, true, nullptr), VoInvalidParameterException,
                      "Invalid callback");
@@ -575,7 +575,7 @@ TEST_F(FileSystem, whatCannotBeWalkedIsReported)
 #endif
 }
 
-TEST_F(FileSystem, anUnreadableDirectoryIsReported)
+TEST_F(FileSystem, AnUnreadableDirectoryIsReported)
 {
     if (IsSuperuser())
         GTEST_SKIP() << "the superuser reads everything";
@@ -586,7 +586,7 @@ TEST_F(FileSystem, anUnreadableDirectoryIsReported)
     fs::permissions(native("secret"), fs::perms::owner_all);
 }
 
-TEST_F(FileSystem, wellKnownDirectoriesFollowTheEnvironmentAtEachCall)
+TEST_F(FileSystem, WellKnownDirectoriesFollowTheEnvironmentAtEachCall)
 {
     const Environment data("VOAPPDATAPATH", "/data/app");
     const Environment documents("VODOCSPATH", "/data/docs/");
@@ -602,7 +602,7 @@ TEST_F(FileSystem, wellKnownDirectoriesFollowTheEnvironmentAtEachCall)
                      VoInvalidParameterException, "Unknown directory identifier: 3");
 }
 
-TEST_F(FileSystem, theTemporaryDirectoryFollowsTheEnvironment)
+TEST_F(FileSystem, TheTemporaryDirectoryFollowsTheEnvironment)
 {
     {
         const Environment place("TMPDIR", QByteArray::fromStdString(vo::detail::ToNative(root()).string()));
@@ -612,7 +612,7 @@ TEST_F(FileSystem, theTemporaryDirectoryFollowsTheEnvironment)
     EXPECT_THROW(VoFileSystem::TempDirectory(), VoFileException);
 }
 
-TEST_F(FileSystem, freeSpaceIsThatOfTheVolumeAlsoForDirectoriesToCome)
+TEST_F(FileSystem, FreeSpaceIsThatOfTheVolumeAlsoForDirectoriesToCome)
 {
     const std::uint64_t total = fs::space(vo::detail::ToNative(root())).capacity;
     for (const VoDirectoryPath& directory :
@@ -624,14 +624,14 @@ TEST_F(FileSystem, freeSpaceIsThatOfTheVolumeAlsoForDirectoriesToCome)
     EXPECT_LE(VoFileSystem::FreeSpace(root().directory("not\\yet")), total);
 }
 
-TEST_F(FileSystem, namesOfADirectoryAreForcedToDisk)
+TEST_F(FileSystem, NamesOfADirectoryAreForcedToDisk)
 {
     EXPECT_NO_THROW(VoFileSystem::SyncDirectory(root()));
     EXPECT_THROW_MSG(VoFileSystem::SyncDirectory(root().directory("missing")), VoFileException,
                      "sync: No such file or directory");
 }
 
-TEST_F(FileSystem, nothingIsOpenedWithoutAGraphicalApplication)
+TEST_F(FileSystem, NothingIsOpenedWithoutAGraphicalApplication)
 {
     EXPECT_THROW(VoFileSystem::OpenFile(write("file")), VoInvalidCallException);
     EXPECT_THROW(VoFileSystem::OpenDirectory(root()), VoInvalidCallException);

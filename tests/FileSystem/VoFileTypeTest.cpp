@@ -14,7 +14,7 @@ class VoFileTypeOnDisk : public vo::test::FileSystemFixture
 
 } // namespace
 
-TEST(VoFileType, namesAndFiltersAreThoseThatSettingsHold)
+TEST(VoFileType, NamesAndFiltersAreThoseThatSettingsHold)
 {
     struct
     {
@@ -59,7 +59,7 @@ TEST(VoFileType, namesAndFiltersAreThoseThatSettingsHold)
     }
 }
 
-TEST(VoFileType, isFoundByItsNameWhateverTheCase)
+TEST(VoFileType, IsFoundByItsNameWhateverTheCase)
 {
     for (int number = VoFileType::AEExamples; number <= VoFileType::Zip; ++number) {
         const auto type = static_cast<VoFileType::Type>(number);
@@ -70,7 +70,7 @@ TEST(VoFileType, isFoundByItsNameWhateverTheCase)
         EXPECT_EQ(VoFileType::FromName(unknown), VoFileType::Undefined) << unknown;
 }
 
-TEST(VoFileType, isFoundByTheLastExtensionAndTheFirstRowWins)
+TEST(VoFileType, IsFoundByTheLastExtensionAndTheFirstRowWins)
 {
     const std::pair<const char*, VoFileType::Type> rows[] = {
         {"a\\x.vogph", VoFileType::Graph},  {"X.VOGPX", VoFileType::Graph},       {"x.cir", VoFileType::Model},
@@ -83,7 +83,7 @@ TEST(VoFileType, isFoundByTheLastExtensionAndTheFirstRowWins)
         EXPECT_EQ(VoFileType(VoFilePath(path)), type) << path;
 }
 
-TEST_F(VoFileTypeOnDisk, aDirectoryOnDiskIsOneWhateverItsName)
+TEST_F(VoFileTypeOnDisk, ADirectoryOnDiskIsOneWhateverItsName)
 {
     write("archive.zip\\x");
     EXPECT_EQ(VoFileType::FromPath(at("archive.zip")), VoFileType::Directory);
@@ -91,7 +91,7 @@ TEST_F(VoFileTypeOnDisk, aDirectoryOnDiskIsOneWhateverItsName)
     EXPECT_EQ(VoFileType::FromPath(at("file.zip")), VoFileType::Zip);
 }
 
-TEST(VoFileType, listsItsExtensionsAndPrintsItsName)
+TEST(VoFileType, ListsItsExtensionsAndPrintsItsName)
 {
     const VoDeque<VoString> extensions = VoFileType(VoFileType::Image).extensions();
     ASSERT_EQ(extensions.size(), 5U);

@@ -19,7 +19,7 @@ protected:
 
 } // namespace
 
-TEST_F(VoTemporary, aDirectoryLivesAsLongAsItsObjectWithAllItHolds)
+TEST_F(VoTemporary, ADirectoryLivesAsLongAsItsObjectWithAllItHolds)
 {
     VoDirectoryPath path;
     {
@@ -35,14 +35,14 @@ TEST_F(VoTemporary, aDirectoryLivesAsLongAsItsObjectWithAllItHolds)
     EXPECT_TRUE(names().empty());
 }
 
-TEST_F(VoTemporary, byDefaultThingsAreMadeInTheTemporaryDirectory)
+TEST_F(VoTemporary, ByDefaultThingsAreMadeInTheTemporaryDirectory)
 {
     const VoFilePath place = VoFileSystem::TempDirectory().toFilePath();
     EXPECT_TRUE(place.isAncestor(VoTemporaryDir().path().toFilePath()));
     EXPECT_TRUE(place.isAncestor(VoTemporaryFile().path()));
 }
 
-TEST_F(VoTemporary, linksInADirectoryAreNotFollowedWhenItIsRemoved)
+TEST_F(VoTemporary, LinksInADirectoryAreNotFollowedWhenItIsRemoved)
 {
     write("kept\\file");
     {
@@ -52,7 +52,7 @@ TEST_F(VoTemporary, linksInADirectoryAreNotFollowedWhenItIsRemoved)
     EXPECT_EQ(read("kept\\file"), "content");
 }
 
-TEST_F(VoTemporary, releasedThingsStay)
+TEST_F(VoTemporary, ReleasedThingsStay)
 {
     const VoDirectoryPath directory = VoTemporaryDir(root()).release();
     const VoFilePath file = VoTemporaryFile(root()).release();
@@ -64,7 +64,7 @@ TEST_F(VoTemporary, releasedThingsStay)
     EXPECT_TRUE(released.release().isNull());
 }
 
-TEST_F(VoTemporary, movesHandTheThingOverAndEndTheOneBefore)
+TEST_F(VoTemporary, MovesHandTheThingOverAndEndTheOneBefore)
 {
     VoTemporaryFile a(root());
     VoTemporaryFile b(root());
@@ -80,7 +80,7 @@ TEST_F(VoTemporary, movesHandTheThingOverAndEndTheOneBefore)
     EXPECT_TRUE(VoFileSystem::IsDirectory(d.path()));
 }
 
-TEST_F(VoTemporary, aFileThatWasMovedAwayIsNoFailure)
+TEST_F(VoTemporary, AFileThatWasMovedAwayIsNoFailure)
 {
     {
         const VoTemporaryFile file(root());
@@ -89,7 +89,7 @@ TEST_F(VoTemporary, aFileThatWasMovedAwayIsNoFailure)
     EXPECT_EQ(names(), std::vector<std::string>{"moved"});
 }
 
-TEST_F(VoTemporary, nothingIsMadeWhereThereIsNoDirectory)
+TEST_F(VoTemporary, NothingIsMadeWhereThereIsNoDirectory)
 {
     EXPECT_THROW(VoTemporaryFile(root().directory("missing")), VoCannotOpenFileException);
     EXPECT_THROW_MSG(VoTemporaryDir(root().directory("missing")), VoFileException,
@@ -98,7 +98,7 @@ TEST_F(VoTemporary, nothingIsMadeWhereThereIsNoDirectory)
 
 #if defined(__unix__)
 
-TEST_F(VoTemporary, nobodyElseMayReadThem)
+TEST_F(VoTemporary, NobodyElseMayReadThem)
 {
     EXPECT_EQ(Permissions(VoTemporaryDir(root()).path().toFilePath()), 0700U);
     EXPECT_EQ(Permissions(VoTemporaryFile(root()).path()), 0600U);

@@ -8,7 +8,7 @@
 #include <string>
 #include <unordered_set>
 
-TEST(VoUrl, keepsItsTextWithoutTheBlanksAround)
+TEST(VoUrl, KeepsItsTextWithoutTheBlanksAround)
 {
     EXPECT_EQ(VoUrl(" http://Host/a b \n").toString().toStdString(), "http://Host/a b");
     EXPECT_TRUE(VoUrl(" ").isNull());
@@ -16,7 +16,7 @@ TEST(VoUrl, keepsItsTextWithoutTheBlanksAround)
     EXPECT_EQ(VoUrl::Deserialize(VoUrl::Serialize(VoUrl("x:y"))).toString().toStdString(), "x:y");
 }
 
-TEST(VoUrl, hasParts)
+TEST(VoUrl, HasParts)
 {
     const VoUrl url("HTTPS://User@Host.Example:8443/dir/a%20file.xml?q=1#f");
     EXPECT_EQ(url.scheme().toStdString(), "https");
@@ -28,7 +28,7 @@ TEST(VoUrl, hasParts)
     EXPECT_EQ(url.toQUrl().query().toStdString(), "q=1");
 }
 
-TEST(VoUrl, isValidWithSchemeAndHost)
+TEST(VoUrl, IsValidWithSchemeAndHost)
 {
     for (const char* text : {"http://h", "https://h/x y", "file:///tmp/x"})
         EXPECT_TRUE(VoUrl(text).isValid()) << text;
@@ -36,7 +36,7 @@ TEST(VoUrl, isValidWithSchemeAndHost)
         EXPECT_FALSE(VoUrl(text).isValid()) << text;
 }
 
-TEST(VoUrl, parentEndsWithTheLastSlashOfThePath)
+TEST(VoUrl, ParentEndsWithTheLastSlashOfThePath)
 {
     const std::pair<const char*, const char*> rows[] = {
         {"http://h/a/b.xml", "http://h/a/"},
@@ -53,7 +53,7 @@ TEST(VoUrl, parentEndsWithTheLastSlashOfThePath)
         EXPECT_EQ(VoUrl(text).parent().toString().toStdString(), parent) << text;
 }
 
-TEST(VoUrl, appendsPathsPieceByPieceAndEncoded)
+TEST(VoUrl, AppendsPathsPieceByPieceAndEncoded)
 {
     const std::pair<const char*, const char*> rows[] = {
         {"chunks\\{a-b}", "http://h/r/chunks/%7Ba-b%7D"},
@@ -67,7 +67,7 @@ TEST(VoUrl, appendsPathsPieceByPieceAndEncoded)
             EXPECT_EQ(VoUrl(base).appended(path).toString().toStdString(), url) << base << " and " << path;
 }
 
-TEST(VoUrl, whatIsAppendedDecodesToTheSamePath)
+TEST(VoUrl, WhatIsAppendedDecodesToTheSamePath)
 {
     std::string all;
     for (int byte = 1; byte < 128; ++byte)
@@ -77,14 +77,14 @@ TEST(VoUrl, whatIsAppendedDecodesToTheSamePath)
     EXPECT_EQ(url.toQUrl().path(QUrl::FullyDecoded).toStdString(), "/r/" + all);
 }
 
-TEST(VoUrl, nothingAppendedLeavesTheFolderOrTheHost)
+TEST(VoUrl, NothingAppendedLeavesTheFolderOrTheHost)
 {
     for (const char* path :
          {"", "\\x", "\\\\evil\\x", "C:\\x", "http://evil/x", "..\\x", "a\\..\\x", "a\\..", ".", "a\\.\\b"})
         EXPECT_THROW_MSG(VoUrl("http://h/r/").appended(path), VoInvalidPathFileException, "Invalid path: ") << path;
 }
 
-TEST(VoUrl, comparesWithoutRegardToCase)
+TEST(VoUrl, ComparesWithoutRegardToCase)
 {
     EXPECT_EQ(VoUrl("HTTP://H/x"), VoUrl("http://h/X"));
     EXPECT_TRUE(VoUrl("a") < VoUrl("B") && VoUrl("B") > VoUrl("a") && VoUrl("A") <= VoUrl("a"));

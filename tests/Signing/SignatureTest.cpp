@@ -35,7 +35,7 @@ bool Minisign(const std::string& arguments)
 
 } // namespace
 
-TEST(Signature, minisignVerifiesOursAndWeVerifyItsOwn)
+TEST(Signature, MinisignVerifiesOursAndWeVerifyItsOwn)
 {
     ASSERT_TRUE(Minisign("-v")) << "minisign is not installed";
     const vo::test::ScratchFolder folder;
@@ -62,7 +62,7 @@ TEST(Signature, minisignVerifiesOursAndWeVerifyItsOwn)
     }
 }
 
-TEST(Signature, aSealedKeyOpensWithItsPassphraseOnlyAndForMinisignToo)
+TEST(Signature, ASealedKeyOpensWithItsPassphraseOnlyAndForMinisignToo)
 {
     const vo::test::ScratchFolder folder;
     const SecretKey key = SecretKey::Generate();
@@ -83,7 +83,7 @@ TEST(Signature, aSealedKeyOpensWithItsPassphraseOnlyAndForMinisignToo)
     Verify(key.publicKey(), "text", folder.read("document.minisig"));
 }
 
-TEST(Signature, noBitOfASignatureOrADocumentCanBeTurned)
+TEST(Signature, NoBitOfASignatureOrADocumentCanBeTurned)
 {
     const SecretKey key = SecretKey::Generate();
     const PublicKey publicKey = key.publicKey();
@@ -109,7 +109,7 @@ TEST(Signature, noBitOfASignatureOrADocumentCanBeTurned)
     EXPECT_THROW_MSG(Verify(publicKey, document, moved), VoValidationException, "Trusted comment was changed");
 }
 
-TEST(Signature, brokenFilesAreRefusedForWhatTheyAre)
+TEST(Signature, BrokenFilesAreRefusedForWhatTheyAre)
 {
     const SecretKey key = SecretKey::Generate();
     const std::string sealed = key.toString(Words("x"), SecretKey::Effort::Quick).toStdString();

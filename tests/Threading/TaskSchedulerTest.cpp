@@ -55,7 +55,7 @@ struct Blocker
 
 } // namespace
 
-TEST(SerialScheduler, runsInOrderOfArrivalOnOneThread)
+TEST(SerialScheduler, RunsInOrderOfArrivalOnOneThread)
 {
     VoSerialTaskScheduler scheduler;
     std::vector<int> order;
@@ -73,7 +73,7 @@ TEST(SerialScheduler, runsInOrderOfArrivalOnOneThread)
     EXPECT_EQ(5, scheduler.add([] { return 5; }).get()) << "work added after finish() starts the thread again";
 }
 
-TEST(SerialScheduler, futuresCarryResultsAndExceptionsOfAnyType)
+TEST(SerialScheduler, FuturesCarryResultsAndExceptionsOfAnyType)
 {
     VoSerialTaskScheduler scheduler;
     EXPECT_EQ("text", scheduler.add([] { return std::string("text"); }).get());
@@ -82,7 +82,7 @@ TEST(SerialScheduler, futuresCarryResultsAndExceptionsOfAnyType)
     EXPECT_THROW(scheduler.add([]() -> int { throw 1; }).get(), int);
 }
 
-TEST(SerialScheduler, terminateCancelsTheQueueAndStopsTheRunningTask)
+TEST(SerialScheduler, TerminateCancelsTheQueueAndStopsTheRunningTask)
 {
     VoSerialTaskScheduler scheduler;
     std::promise<void> entered;
@@ -105,7 +105,7 @@ TEST(SerialScheduler, terminateCancelsTheQueueAndStopsTheRunningTask)
     EXPECT_THROW_MSG(future.get(), VoUserCancelledException, "User cancelled");
 }
 
-TEST(SerialScheduler, startedFunctionsRunInTurnAndTheirFailuresAreOnlyLogged)
+TEST(SerialScheduler, StartedFunctionsRunInTurnAndTheirFailuresAreOnlyLogged)
 {
     const vo::test::LogCapture log;
     VoSerialTaskScheduler scheduler;
@@ -130,7 +130,7 @@ TEST(SerialScheduler, startedFunctionsRunInTurnAndTheirFailuresAreOnlyLogged)
     ending.join();
 }
 
-TEST(TaskHandle, stopsOneTaskAndTellsWhatBecameOfEach)
+TEST(TaskHandle, StopsOneTaskAndTellsWhatBecameOfEach)
 {
     VoSerialTaskScheduler scheduler;
     Blocker blocker;
@@ -159,7 +159,7 @@ TEST(TaskHandle, stopsOneTaskAndTellsWhatBecameOfEach)
     EXPECT_EQ(TaskHandle::State::Failed, cancelledByItself.state()) << "nobody had asked it to stop";
 }
 
-TEST(Schedulers, aTaskMayWaitForTasksItHasAddedEvenOnOneWorker)
+TEST(Schedulers, ATaskMayWaitForTasksItHasAddedEvenOnOneWorker)
 {
     VoParallelTaskScheduler scheduler(1);
     std::vector<int> order;
@@ -175,7 +175,7 @@ TEST(Schedulers, aTaskMayWaitForTasksItHasAddedEvenOnOneWorker)
     EXPECT_EQ((std::vector<int>{1, 2, 3}), order);
 }
 
-TEST(Schedulers, refuseToEndThemselvesAndNothing)
+TEST(Schedulers, RefuseToEndThemselvesAndNothing)
 {
     VoParallelTaskScheduler scheduler(2);
     EXPECT_THROW_MSG(scheduler.add([&] { scheduler.finish(); }).get(), VoInvalidCallException,
@@ -183,7 +183,7 @@ TEST(Schedulers, refuseToEndThemselvesAndNothing)
     EXPECT_THROW_MSG(scheduler.add(VoSharedPtr<AbstractTask>()), VoNullPointerException, "Null task");
 }
 
-TEST(Schedulers, aTaskMayDestroyItsOwnScheduler)
+TEST(Schedulers, ATaskMayDestroyItsOwnScheduler)
 {
     for (int round = 0; round < 100; ++round) {
         auto scheduler = std::make_unique<VoParallelTaskScheduler>(2);
@@ -205,7 +205,7 @@ TEST(Schedulers, aTaskMayDestroyItsOwnScheduler)
     }
 }
 
-TEST(ParallelScheduler, parallelForCoversEveryIndexOnceWhateverTheGrain)
+TEST(ParallelScheduler, ParallelForCoversEveryIndexOnceWhateverTheGrain)
 {
     VoParallelTaskScheduler scheduler(3);
     for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{7}, std::size_t{1000}})
@@ -221,7 +221,7 @@ TEST(ParallelScheduler, parallelForCoversEveryIndexOnceWhateverTheGrain)
         }
 }
 
-TEST(ParallelScheduler, parallelForNestsWithoutDeadlock)
+TEST(ParallelScheduler, ParallelForNestsWithoutDeadlock)
 {
     VoParallelTaskScheduler scheduler(2);
     std::atomic<int> sum{0};
@@ -232,7 +232,7 @@ TEST(ParallelScheduler, parallelForNestsWithoutDeadlock)
     EXPECT_EQ(80, sum);
 }
 
-TEST(ParallelScheduler, parallelForThrowsTheFirstFailureAfterAllHaveReturned)
+TEST(ParallelScheduler, ParallelForThrowsTheFirstFailureAfterAllHaveReturned)
 {
     const vo::test::LogCapture log;
     VoParallelTaskScheduler scheduler(2);
@@ -253,18 +253,18 @@ TEST(ParallelScheduler, parallelForThrowsTheFirstFailureAfterAllHaveReturned)
     EXPECT_EQ(static_cast<std::size_t>(calls - 1), log.texts("tasks").size()) << "the other failures are logged";
 }
 
-TEST(ParallelScheduler, noWorkerSleepsWhileThereIsWorkForIt)
+TEST(ParallelScheduler, NoWorkerSleepsWhileThereIsWorkForIt)
 {
-    constexpr int Workers = 3;
-    VoParallelTaskScheduler scheduler(Workers);
+    constexpr int workers = 3;
+    VoParallelTaskScheduler scheduler(workers);
     for (int round = 0; round < 300; ++round) {
         // All must be at it at the same time, else none goes on.
         std::atomic<int> present{0};
         std::vector<std::future<void>> all;
-        for (int i = 0; i < Workers; ++i)
+        for (int i = 0; i < workers; ++i)
             all.push_back(scheduler.add([&] {
                 ++present;
-                while (present < Workers)
+                while (present < workers)
                     std::this_thread::yield();
             }));
         for (std::future<void>& each : all)
@@ -273,7 +273,7 @@ TEST(ParallelScheduler, noWorkerSleepsWhileThereIsWorkForIt)
     }
 }
 
-TEST(ParallelScheduler, survivesManyThreadsAddingWaitingAndStopping)
+TEST(ParallelScheduler, SurvivesManyThreadsAddingWaitingAndStopping)
 {
     std::atomic<int> ran{0};
     {

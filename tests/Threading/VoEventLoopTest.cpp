@@ -93,7 +93,7 @@ private:
 
 } // namespace
 
-TEST(VoEventLoop, finishRunsWhatIsQueuedInOrderAndTheLoopCanBeStartedAgain)
+TEST(VoEventLoop, FinishRunsWhatIsQueuedInOrderAndTheLoopCanBeStartedAgain)
 {
     VoEventLoop loop;
     std::vector<int> order;
@@ -112,7 +112,7 @@ TEST(VoEventLoop, finishRunsWhatIsQueuedInOrderAndTheLoopCanBeStartedAgain)
     EXPECT_EQ(9, order.back());
 }
 
-TEST(VoEventLoop, terminateLetsTheRunningEventEndAndDiscardsTheOthers)
+TEST(VoEventLoop, TerminateLetsTheRunningEventEndAndDiscardsTheOthers)
 {
     VoEventLoop loop;
     Gate running, release;
@@ -135,7 +135,7 @@ TEST(VoEventLoop, terminateLetsTheRunningEventEndAndDiscardsTheOthers)
     EXPECT_EQ(0, later);
 }
 
-TEST(VoEventLoop, anEventMayEndItsOwnLoop)
+TEST(VoEventLoop, AnEventMayEndItsOwnLoop)
 {
     VoEventLoop loop;
     bool after = false;
@@ -151,7 +151,7 @@ TEST(VoEventLoop, anEventMayEndItsOwnLoop)
     EXPECT_TRUE(after);
 }
 
-TEST(VoEventLoop, anEventMayDestroyItsOwnLoop)
+TEST(VoEventLoop, AnEventMayDestroyItsOwnLoop)
 {
     for (int round = 0; round < 100; ++round) { // also while run() has not returned yet
         auto loop = std::make_unique<VoEventLoop>();
@@ -169,7 +169,7 @@ TEST(VoEventLoop, anEventMayDestroyItsOwnLoop)
     }
 }
 
-TEST(VoEventLoop, anAbortAddedByAnybodyEndsTheLoopWhichMayThenRunAgain)
+TEST(VoEventLoop, AnAbortAddedByAnybodyEndsTheLoopWhichMayThenRunAgain)
 {
     VoEventLoop loop;
     loop.add(VoSharedPtr<VoEvent>(new VoEvent(VoEvent::ABORT)));
@@ -188,7 +188,7 @@ TEST(VoEventLoop, anAbortAddedByAnybodyEndsTheLoopWhichMayThenRunAgain)
     EXPECT_TRUE(ran) << "what stood behind the ABORT runs in the next run";
 }
 
-TEST(VoEventLoop, aFailedEventIsLoggedAndTheNextOneRuns)
+TEST(VoEventLoop, AFailedEventIsLoggedAndTheNextOneRuns)
 {
     const vo::test::LogCapture log;
     VoEventLoop loop;
@@ -205,7 +205,7 @@ TEST(VoEventLoop, aFailedEventIsLoggedAndTheNextOneRuns)
               log.texts("eventloop"));
 }
 
-TEST(VoEventLoop, theNewestQueuedEventOfTheTypeAbsorbsMergeableOnes)
+TEST(VoEventLoop, TheNewestQueuedEventOfTheTypeAbsorbsMergeableOnes)
 {
     std::vector<int> results;
     VoEventLoop loop;
@@ -225,7 +225,7 @@ TEST(VoEventLoop, theNewestQueuedEventOfTheTypeAbsorbsMergeableOnes)
     EXPECT_EQ(5, results.back()) << "an event that has run absorbs nothing more";
 }
 
-TEST(VoEventLoop, manyMergeableEventsBehindOthersStayLinear)
+TEST(VoEventLoop, ManyMergeableEventsBehindOthersStayLinear)
 {
     std::vector<int> results;
     VoEventLoop loop;
@@ -239,13 +239,13 @@ TEST(VoEventLoop, manyMergeableEventsBehindOthersStayLinear)
     EXPECT_EQ((std::vector<int>{100000}), results);
 }
 
-TEST(VoEventLoop, refusesNothing)
+TEST(VoEventLoop, RefusesNothing)
 {
     VoEventLoop loop;
     EXPECT_THROW_MSG(loop.add(nullptr), VoNullPointerException, "Null event");
 }
 
-TEST(VoEventLoop, eventsAddedFromManyThreadsAllRunOnce)
+TEST(VoEventLoop, EventsAddedFromManyThreadsAllRunOnce)
 {
     VoEventLoop loop;
     loop.run();
@@ -262,7 +262,7 @@ TEST(VoEventLoop, eventsAddedFromManyThreadsAllRunOnce)
     EXPECT_EQ(std::vector<int>(4, 2000), counts);
 }
 
-TEST(VoStoppableEvent, stoppedBeforeItsTurnItNeverRuns)
+TEST(VoStoppableEvent, StoppedBeforeItsTurnItNeverRuns)
 {
     const VoSharedPtr<Stoppable> event(new Stoppable);
     VoEventLoop loop;
@@ -274,7 +274,7 @@ TEST(VoStoppableEvent, stoppedBeforeItsTurnItNeverRuns)
     EXPECT_FALSE(event->isRunning());
 }
 
-TEST(VoStoppableEvent, stoppedWhileItRunsItEndsItsWorkItself)
+TEST(VoStoppableEvent, StoppedWhileItRunsItEndsItsWorkItself)
 {
     const VoSharedPtr<Stoppable> event(new Stoppable);
     VoEventLoop loop;
@@ -288,7 +288,7 @@ TEST(VoStoppableEvent, stoppedWhileItRunsItEndsItsWorkItself)
     EXPECT_FALSE(event->isRunning());
 }
 
-TEST(VoEventLoopDeathTest, afterShutDownNoLoopRuns)
+TEST(VoEventLoopDeathTest, AfterShutDownNoLoopRuns)
 {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     // In a process of its own: the others still need their loops.

@@ -38,7 +38,7 @@ struct Recorder
 
 } // namespace
 
-TEST(VoIntervalTimer, callsAtStartAndPeriodsHoweverLateTheCallBeforeWas)
+TEST(VoIntervalTimer, CallsAtStartAndPeriodsHoweverLateTheCallBeforeWas)
 {
     Recorder a;
     a.then = [&] {
@@ -54,7 +54,7 @@ TEST(VoIntervalTimer, callsAtStartAndPeriodsHoweverLateTheCallBeforeWas)
     EXPECT_TRUE(a.timer.isActive());
 }
 
-TEST(VoIntervalTimer, isStartedAnewAndCancelledAlsoFromItsCallback)
+TEST(VoIntervalTimer, IsStartedAnewAndCancelledAlsoFromItsCallback)
 {
     Recorder a;
     a.timer.startOnce(VoSeconds(5));
@@ -80,7 +80,7 @@ TEST(VoIntervalTimer, isStartedAnewAndCancelledAlsoFromItsCallback)
     EXPECT_THROW_MSG(VoIntervalTimer(nullptr), VoInvalidParameterException, "Invalid callback");
 }
 
-TEST(VoIntervalTimer, mayEndInItsCallbackAndLogsWhatThatThrows)
+TEST(VoIntervalTimer, MayEndInItsCallbackAndLogsWhatThatThrows)
 {
     const vo::test::LogCapture log;
     const auto clock = std::make_shared<VoManualClock>();
@@ -99,7 +99,7 @@ TEST(VoIntervalTimer, mayEndInItsCallbackAndLogsWhatThatThrows)
     EXPECT_EQ(log.texts("timers"), std::vector<std::string>(2, "Exception in timer callback: no"));
 }
 
-TEST(VoIntervalTimer, onALoopOneCallStandsForAllThatWereDueMeanwhile)
+TEST(VoIntervalTimer, OnALoopOneCallStandsForAllThatWereDueMeanwhile)
 {
     const auto clock = std::make_shared<VoManualClock>();
     VoEventLoop loop;
@@ -124,7 +124,7 @@ TEST(VoIntervalTimer, onALoopOneCallStandsForAllThatWereDueMeanwhile)
     EXPECT_NE(thread, std::this_thread::get_id());
 }
 
-TEST(VoIntervalTimer, onTheFrameworksLoopCallsComeOnTheThreadThatMadeIt)
+TEST(VoIntervalTimer, OnTheFrameworksLoopCallsComeOnTheThreadThatMadeIt)
 {
     int count = 0;
     char name[] = "test";
@@ -148,7 +148,7 @@ TEST(VoIntervalTimer, onTheFrameworksLoopCallsComeOnTheThreadThatMadeIt)
     EXPECT_EQ(thread, std::this_thread::get_id());
 }
 
-TEST(VoIntervalTimer, endingWaitsForTheCallbackThatRuns)
+TEST(VoIntervalTimer, EndingWaitsForTheCallbackThatRuns)
 {
     std::promise<void> entered, leave;
     std::atomic<bool> left{false};
@@ -169,7 +169,7 @@ TEST(VoIntervalTimer, endingWaitsForTheCallbackThatRuns)
 }
 
 // Nothing is called after its timer has ended, whatever the threads are at.
-TEST(VoIntervalTimer, timersComeAndGoOnManyThreadsWhileTheyFire)
+TEST(VoIntervalTimer, TimersComeAndGoOnManyThreadsWhileTheyFire)
 {
     VoEventLoop loop;
     loop.run();

@@ -17,7 +17,7 @@ VoThread Start(std::function<void()> function)
 
 } // namespace
 
-TEST(VoThread, anEmptyHandleCanBeNeitherJoinedNorDetached)
+TEST(VoThread, AnEmptyHandleCanBeNeitherJoinedNorDetached)
 {
     VoThread thread;
     EXPECT_FALSE(thread.joinable());
@@ -26,7 +26,7 @@ TEST(VoThread, anEmptyHandleCanBeNeitherJoinedNorDetached)
     EXPECT_THROW_MSG(thread.detach(), VoDetachThreadException, "Invalid thread detach call");
 }
 
-TEST(VoThread, isJoinedOnceAndMovesWithItsThread)
+TEST(VoThread, IsJoinedOnceAndMovesWithItsThread)
 {
     std::thread::id inside;
     VoThread thread = Start([&] { inside = std::this_thread::get_id(); });
@@ -39,7 +39,7 @@ TEST(VoThread, isJoinedOnceAndMovesWithItsThread)
     EXPECT_THROW_MSG(moved.detach(), VoDetachThreadException, "Invalid thread detach call");
 }
 
-TEST(VoThread, isDetachedOnce)
+TEST(VoThread, IsDetachedOnce)
 {
     const auto done = std::make_shared<std::promise<void>>(); // the thread may outlive this test by an instant
     std::future<void> ended = done->get_future();
@@ -49,7 +49,7 @@ TEST(VoThread, isDetachedOnce)
     ended.wait();
 }
 
-TEST(VoThread, cannotJoinItself)
+TEST(VoThread, CannotJoinItself)
 {
     std::promise<VoThread*> handle;
     bool refused = false;
@@ -65,7 +65,7 @@ TEST(VoThread, cannotJoinItself)
     EXPECT_TRUE(refused);
 }
 
-TEST(VoThreadDeathTest, aJoinableHandleThatEndsTakesTheProcessWithIt)
+TEST(VoThreadDeathTest, AJoinableHandleThatEndsTakesTheProcessWithIt)
 {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
     EXPECT_DEATH({ VoThread thread = Start([] {}); }, "Thread destroyed whilst still running");

@@ -21,14 +21,14 @@ namespace {
 
 // Zones with summer time in both hemispheres, changes of half an hour and of two, whole days left out, mean times until
 // long after 1900, rules that follow the moon, and none of these.
-const char* const zones[] = {"America/New_York", "Europe/Berlin",     "Europe/London",     "Asia/Tokyo",
+const char* const Zones[] = {"America/New_York", "Europe/Berlin",     "Europe/London",     "Asia/Tokyo",
                              "Australia/Sydney", "Asia/Kolkata",      "America/Sao_Paulo", "Africa/Cairo",
                              "Asia/Tehran",      "Pacific/Auckland",  "America/St_Johns",  "Asia/Kathmandu",
                              "Europe/Moscow",    "Africa/Casablanca", "Europe/Dublin",     "Antarctica/Troll",
                              "Pacific/Apia",     "America/Caracas",   "Asia/Pyongyang",    "Australia/Lord_Howe"};
 
-constexpr std::int64_t beginOf1900 = -2208988800;
-constexpr std::int64_t beginOf2100 = 4102444800;
+constexpr std::int64_t BeginOf1900 = -2208988800;
+constexpr std::int64_t BeginOf2100 = 4102444800;
 
 VoDateTime At(std::int64_t seconds, const VoTimeZone& zone)
 {
@@ -45,11 +45,11 @@ std::string CLibrarysText(std::time_t instant)
 
 } // namespace
 
-TEST(VoTimeZone, localAndNamedTimesAreTheCLibrarysInTwentyZonesAndTwoCenturies)
+TEST(VoTimeZone, LocalAndNamedTimesAreTheCLibrarysInTwentyZonesAndTwoCenturies)
 {
     std::mt19937_64 random(1);
-    std::uniform_int_distribution<std::int64_t> instants(beginOf1900, beginOf2100);
-    for (const char* name : zones) {
+    std::uniform_int_distribution<std::int64_t> instants(BeginOf1900, BeginOf2100);
+    for (const char* name : Zones) {
         const ScopedTimeZone here(name);
         const VoTimeZone zone{VoString(name)};
         for (int i = 0; i < 4000; ++i) {
@@ -61,7 +61,7 @@ TEST(VoTimeZone, localAndNamedTimesAreTheCLibrarysInTwentyZonesAndTwoCenturies)
     }
 }
 
-TEST(ZoneRule, goesOnForEverAsTheCLibrarysDoes)
+TEST(ZoneRule, GoesOnForEverAsTheCLibrarysDoes)
 {
     std::mt19937_64 random(5);
     std::uniform_int_distribution<std::int64_t> instants(0, 250 * std::int64_t{31556952});
@@ -84,7 +84,7 @@ TEST(ZoneRule, goesOnForEverAsTheCLibrarysDoes)
         EXPECT_FALSE(vo::detail::ZoneRule::Read(text)) << text;
 }
 
-TEST(VoTimeZone, unknownIdentifiersAndWaysOutOfTheZoneDataAreRefused)
+TEST(VoTimeZone, UnknownIdentifiersAndWaysOutOfTheZoneDataAreRefused)
 {
     for (const char* id : {"", "Mars/Phobos", "../../../etc/passwd", "/etc/localtime", "Europe/Berlin\n", "Europe"})
         EXPECT_THROW_MSG(VoTimeZone{VoString(id)}, VoInvalidParameterException, VoString("Unknown time zone: ") + id);
@@ -99,14 +99,14 @@ TEST(VoTimeZone, unknownIdentifiersAndWaysOutOfTheZoneDataAreRefused)
 
 // Every change of the clocks in twenty zones and two centuries, and what is around it: by an independent, slow search
 // among all instants that could be meant.
-TEST(VoDateTime, aTimeOfAZoneMeansTheInstantsAtWhichItsClocksShowIt)
+TEST(VoDateTime, ATimeOfAZoneMeansTheInstantsAtWhichItsClocksShowIt)
 {
     std::int64_t skipped = 0, repeated = 0;
-    for (const char* name : zones) {
+    for (const char* name : Zones) {
         const VoTimeZone zone{VoString(name)};
         const auto offset = [&](std::int64_t instant) { return At(instant, zone).offsetSeconds(); };
         std::mt19937_64 random(2);
-        for (std::int64_t day = beginOf1900; day < beginOf2100; day += 86400) {
+        for (std::int64_t day = BeginOf1900; day < BeginOf2100; day += 86400) {
             if (offset(day) == offset(day + 86400))
                 continue;
             std::int64_t change = day, end = day + 86400;
@@ -150,7 +150,7 @@ TEST(VoDateTime, aTimeOfAZoneMeansTheInstantsAtWhichItsClocksShowIt)
     EXPECT_GT(repeated, 500);
 }
 
-TEST(VoDateTime, refusalsOfTheClockAndZonesInTextsAreToldByName)
+TEST(VoDateTime, RefusalsOfTheClockAndZonesInTextsAreToldByName)
 {
     const VoTimeZone berlin("Europe/Berlin");
     const auto parse = [&](const char* text) {
@@ -171,7 +171,7 @@ TEST(VoDateTime, refusalsOfTheClockAndZonesInTextsAreToldByName)
         EXPECT_THROW(VoDateTime::Deserialize(wrong), VoInvalidConversionException) << wrong;
 }
 
-TEST(VoDateTime, theCalendarCountsByTheClocksOfTheZoneAndDurationsByRealTime)
+TEST(VoDateTime, TheCalendarCountsByTheClocksOfTheZoneAndDurationsByRealTime)
 {
     const VoTimeZone berlin("Europe/Berlin");
     const VoDateTime noon = VoDateTime::From(VoDate(2024, 3, 30), VoTimeOfDay(12), berlin);
@@ -182,7 +182,7 @@ TEST(VoDateTime, theCalendarCountsByTheClocksOfTheZoneAndDurationsByRealTime)
     EXPECT_THROW(noon.addYears(300), VoOverflowException);
 }
 
-TEST(VoDate, agreesWithTheFrameworksCalendar)
+TEST(VoDate, AgreesWithTheFrameworksCalendar)
 {
     const QLocale english(QLocale::C);
     for (VoDate date(1, 1, 1); date.year() < 9999; date = date.addDays(date.year() / 200 == 9 ? 1 : 89)) {
@@ -207,7 +207,7 @@ TEST(VoDate, agreesWithTheFrameworksCalendar)
     EXPECT_THROW_MSG(VoDate(2023, 2, 29), VoInvalidParameterException, "Invalid date or time");
 }
 
-TEST(VoDate, monthsAreAddedAsTheFrameworkDoesOrAsTheRuleSays)
+TEST(VoDate, MonthsAreAddedAsTheFrameworkDoesOrAsTheRuleSays)
 {
     std::mt19937 random(3);
     for (int i = 0; i < 5000; ++i) {
@@ -222,7 +222,7 @@ TEST(VoDate, monthsAreAddedAsTheFrameworkDoesOrAsTheRuleSays)
     EXPECT_THROW_MSG(last.addMonths(1, VoShortMonth::Refuse), VoInvalidParameterException, "Invalid date or time");
 }
 
-TEST(DatePatterns, textsThatDoNotFitAreRefused)
+TEST(DatePatterns, TextsThatDoNotFitAreRefused)
 {
     const std::pair<const char*, const char*> fitting[] = {
         {"%I:%M %p", "12:05 am"}, {"%H%M%S", "000500"}, {"%T.%3f", "00:05:00.000"}, {"%%%H:%M", "%00:05"}};
@@ -244,7 +244,7 @@ TEST(DatePatterns, textsThatDoNotFitAreRefused)
               "2024-05-10T20:55:36.000000000Z");
 }
 
-TEST(VoTimeOfDay, goesRoundTheClock)
+TEST(VoTimeOfDay, GoesRoundTheClock)
 {
     const VoTimeOfDay evening(23, 30);
     EXPECT_EQ(evening + VoHours(1), VoTimeOfDay(0, 30));
@@ -258,7 +258,7 @@ TEST(VoTimeOfDay, goesRoundTheClock)
     EXPECT_EQ(VoTimeOfDay::FromQTime(QTime(1, 2, 3, 4)).toQTime(), QTime(1, 2, 3, 4));
 }
 
-TEST(VoDateTime, theFrameworksKindComesBack)
+TEST(VoDateTime, TheFrameworksKindComesBack)
 {
     const VoTimePoint instant{VoTimeDuration(VoMilliseconds(1729989000250))};
     for (const VoTimeZone& zone : {VoTimeZone::Utc(), VoTimeZone::Local(), VoTimeZone("Asia/Kathmandu")}) {
@@ -270,7 +270,7 @@ TEST(VoDateTime, theFrameworksKindComesBack)
     EXPECT_THROW(VoDateTime::FromQDateTime(QDateTime()), VoInvalidParameterException);
 }
 
-TEST(VoTimeDuration, componentsAndIsoTextsComeBackAndTheirLikeAreRead)
+TEST(VoTimeDuration, ComponentsAndIsoTextsComeBackAndTheirLikeAreRead)
 {
     std::mt19937_64 random(4);
     std::vector<std::int64_t> counts = {
@@ -313,7 +313,7 @@ TEST(VoTimeDuration, componentsAndIsoTextsComeBackAndTheirLikeAreRead)
                          VoString("Invalid conversion from ") + text + " to VoTimeDuration");
 }
 
-TEST(VoTimeDuration, isMultipliedAndDividedWithinItsLimits)
+TEST(VoTimeDuration, IsMultipliedAndDividedWithinItsLimits)
 {
     const VoTimeDuration minute = VoMinutes(1);
     EXPECT_EQ(VoHours(1) + VoMinutes(3) - VoSeconds(1), VoTimeDuration(VoSeconds(3779)));

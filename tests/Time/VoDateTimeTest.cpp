@@ -19,7 +19,7 @@ VoDateTime LocalAt(std::int64_t seconds)
 
 } // namespace
 
-TEST(VoDateTime, universalTextsStandForInstants)
+TEST(VoDateTime, UniversalTextsStandForInstants)
 {
     struct
     {
@@ -42,7 +42,7 @@ TEST(VoDateTime, universalTextsStandForInstants)
     }
 }
 
-TEST(VoDateTime, localTextsTellTheTwoHoursThatSummerTimeRepeats)
+TEST(VoDateTime, LocalTextsTellTheTwoHoursThatSummerTimeRepeats)
 {
     const ScopedTimeZone zone("CET-1CEST,M3.5.0,M10.5.0/3");
     EXPECT_EQ(LocalAt(1729988999).toString().toStdString(), "2024-10-27T02:29:59.000000000+02:00");
@@ -52,7 +52,7 @@ TEST(VoDateTime, localTextsTellTheTwoHoursThatSummerTimeRepeats)
     EXPECT_EQ(LocalAt(0).components().minute, 30);
 }
 
-TEST(VoDateTime, everyInstantComesBackFromItsTextInAnyZone)
+TEST(VoDateTime, EveryInstantComesBackFromItsTextInAnyZone)
 {
     std::mt19937_64 random(7);
     for (const char* name : {"UTC0", "CET-1CEST,M3.5.0,M10.5.0/3", "XXX9:30", "YYY-14"}) {
@@ -68,7 +68,7 @@ TEST(VoDateTime, everyInstantComesBackFromItsTextInAnyZone)
     }
 }
 
-TEST(VoDateTime, readsIsoTextsStrictly)
+TEST(VoDateTime, ReadsIsoTextsStrictly)
 {
     for (const char* text : {"2024-05-01T12:34:56Z", "2024-05-01T12:34:56.0Z", "2024-05-01T14:34:56+02:00",
                              "2024-05-02T02:34:56.000000000+14:00", "2024-05-01T11:04:56-01:30"})
@@ -102,7 +102,7 @@ TEST(VoDateTime, readsIsoTextsStrictly)
                          VoString("Invalid conversion from ") + text + " to VoDateTime");
 }
 
-TEST(VoDateTime, datesThatNoCalendarOrClockHasAreRefused)
+TEST(VoDateTime, DatesThatNoCalendarOrClockHasAreRefused)
 {
     VoDateTime::Components parts;
     parts.day = 32;
@@ -115,7 +115,7 @@ TEST(VoDateTime, datesThatNoCalendarOrClockHasAreRefused)
     EXPECT_THROW(VoDateTime::FromUtc(parts), VoOverflowException);
 }
 
-TEST(VoTimer, neverRunsBackwards)
+TEST(VoTimer, NeverRunsBackwards)
 {
     VoTimer timer;
     const VoTimeDuration first = timer.elapsed();

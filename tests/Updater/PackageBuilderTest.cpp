@@ -29,14 +29,14 @@ namespace {
 using Files = std::map<std::string, std::string>;
 using Message = AbstractPackageBuilder::Message;
 
-const VoVersion version100(1, 0, 0, VoVersion::Release);
+const VoVersion Version100(1, 0, 0, VoVersion::Release);
 
 class PackageBuilding : public UpdaterTest
 {
 protected:
     PackageBuilding() { std::filesystem::create_directory(vo::detail::ToNative(directory("site"))); }
 
-    std::unique_ptr<PackageBuilder> builder(std::uint64_t chunkSize = 64, const VoVersion& version = version100,
+    std::unique_ptr<PackageBuilder> builder(std::uint64_t chunkSize = 64, const VoVersion& version = Version100,
                                             const char* id = "pack")
     {
         return std::make_unique<PackageBuilder>(VoUUID(id), "Examples", version, chunkSize, 6);
@@ -496,9 +496,9 @@ TEST_F(PackageBuilding, TheSameVersionBuiltAgainTakesThePlaceOfTheOlderBuild)
 
 TEST_F(PackageBuilding, PackageIDsMustBeFitForADirectoryOfTheirOwn)
 {
-    EXPECT_THROW_MSG(builder(10, version100, "a\\b"), VoValidationException, "Invalid identifier: a\\b");
+    EXPECT_THROW_MSG(builder(10, Version100, "a\\b"), VoValidationException, "Invalid identifier: a\\b");
     builder()->finalise(declarations());
-    EXPECT_THROW_MSG(builder(10, version100, "PACK")->finalise(declarations()), VoValidationException,
+    EXPECT_THROW_MSG(builder(10, Version100, "PACK")->finalise(declarations()), VoValidationException,
                      "Invalid identifier: PACK");
 }
 
@@ -509,7 +509,7 @@ TEST_F(PackageBuilding, PublicationsAtTheSameTimeAreAllDeclaredAndWhatIsNotAppro
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&, i] {
-            const auto packer = builder(64, version100, ("pack" + std::to_string(i)).c_str());
+            const auto packer = builder(64, Version100, ("pack" + std::to_string(i)).c_str());
             // Half of them give up, and take away what they made while others come.
             packer->setApproval([i](const AdvertisedPackages&) {
                 if (i % 2 != 0)

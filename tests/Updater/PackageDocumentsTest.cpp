@@ -17,9 +17,9 @@ using namespace vo::test;
 
 namespace {
 
-const char* const digest = "a7ffc6f8bf1ed76651c14756a061d662f580ff4de43b49fa82d80a4b80f8434a";
+const char* const Digest = "a7ffc6f8bf1ed76651c14756a061d662f580ff4de43b49fa82d80a4b80f8434a";
 
-const char* const smallDefinition = "<package packageID='p' versionID='v' name='n' version='1.0.0.0'><files>"
+const char* const SmallDefinition = "<package packageID='p' versionID='v' name='n' version='1.0.0.0'><files>"
                                     "<file target='a' id='f' checksum='00' size='1'>"
                                     "<chunkref chunkID='c' offset='0' length='1' index='0'/></file></files><chunks>"
                                     "<chunk id='c' checksum='00' size='9' path='chunks/c.vochk'/></chunks></package>";
@@ -54,11 +54,11 @@ AdvertisedPackageListing Sample()
     package.add(AdvertisedFileListing(VoFilePath("dir\\a.txt"),
                                       {ChunkReferenceListing(VoUUID("c-1"), 7, 3, 0),
                                        ChunkReferenceListing(VoUUID("c-2"), 0, 18446744073709551615u, 1)},
-                                      VoUUID("f-1"), VoChecksum::Deserialize(digest), Bytes(10)));
+                                      VoUUID("f-1"), VoChecksum::Deserialize(Digest), Bytes(10)));
     package.add(
-        AdvertisedFileListing(VoFilePath("empty"), {}, VoUUID("f-2"), VoChecksum::Deserialize(digest), Bytes(0)));
+        AdvertisedFileListing(VoFilePath("empty"), {}, VoUUID("f-2"), VoChecksum::Deserialize(Digest), Bytes(0)));
     package.add(
-        ChunkListing(VoUUID("c-1"), VoChecksum::Deserialize(digest), Bytes(99), VoFilePath("chunks\\c-1.vochk")));
+        ChunkListing(VoUUID("c-1"), VoChecksum::Deserialize(Digest), Bytes(99), VoFilePath("chunks\\c-1.vochk")));
     return package;
 }
 
@@ -67,7 +67,7 @@ AdvertisedPackageListing Sample()
 TEST_F(PackageDocuments, DefinitionHasItsFixedForm)
 {
     Sample().write(file("package.xml"));
-    const std::string d = digest;
+    const std::string d = Digest;
     EXPECT_EQ(
         ReadBytes(file("package.xml")),
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -189,7 +189,7 @@ TEST_F(PackageDocuments, NumbersAreStrict)
 
 TEST_F(PackageDocuments, NoAttributeIsOptional)
 {
-    const std::string whole = smallDefinition;
+    const std::string whole = SmallDefinition;
     ASSERT_EQ(openDefinition(whole)->files().size(), 1u);
     for (const char* name : {"packageID", "versionID", "name", "version", "target", "checksum", "chunkID", "offset",
                              "length", "index", "path", "size", "id"}) {
@@ -214,7 +214,7 @@ TEST_F(PackageDocuments, WhatALaterFormatAddsIsSkipped)
 
 TEST_F(PackageDocuments, ATruncatedDefinitionNeverLoads)
 {
-    const std::string whole = smallDefinition;
+    const std::string whole = SmallDefinition;
     for (std::size_t size = 0; size < whole.size(); ++size) {
         SCOPED_TRACE(size);
         EXPECT_THROW(openDefinition(whole.substr(0, size)), VoException);

@@ -19,17 +19,17 @@ ChunkListing ChunkAt(const char* path)
     return {VoUUID("c"), VoChecksum(), Bytes(1), VoFilePath::CreateUnchecked(path)};
 }
 
-const VoUUID c("c");
-constexpr std::uint64_t most = 18446744073709551615u;
+const VoUUID C("c");
+constexpr std::uint64_t Most = 18446744073709551615u;
 
 } // namespace
 
 TEST(PackageValidator, ASoundPackagePasses)
 {
     ValidatePackage(Package("{0a-1}", "v",
-                            {Listing("f1", "dir\\a", {{c, 0, 4, 0}, {VoUUID("C-2"), 0, 6, 1}}, 10),
-                             Listing("F1", "dir\\a.b", {{c, 4, 6, 0}}, 6), Listing("f3", "dira", {}, 0),
-                             Listing("f4", "d\xC3\xA9j\xC3\xA0\\vu", {{c, 9223372036854775806u, 1, 0}}, 1)},
+                            {Listing("f1", "dir\\a", {{C, 0, 4, 0}, {VoUUID("C-2"), 0, 6, 1}}, 10),
+                             Listing("F1", "dir\\a.b", {{C, 4, 6, 0}}, 6), Listing("f3", "dira", {}, 0),
+                             Listing("f4", "d\xC3\xA9j\xC3\xA0\\vu", {{C, 9223372036854775806u, 1, 0}}, 1)},
                             {Chunk("c"), Chunk("C-2", 0)}));
 }
 
@@ -60,18 +60,18 @@ TEST(PackageValidator, RefusesEachFaultByName)
          "Invalid package definition: duplicate target \xC3\xA9"},
         {Package("p", "v", {Listing("f", "a.b", {}, 0), Listing("g", "A\\x\\y", {}, 0), Listing("h", "a", {}, 0)}),
          "Invalid package definition: target is also a directory: a"},
-        {Package("p", "v", {Listing("f", "a", {{c, 0, 1, 0}}, 1)}),
+        {Package("p", "v", {Listing("f", "a", {{C, 0, 1, 0}}, 1)}),
          "Invalid package definition: unknown chunk referenced by a"},
         {Package("p", "v", {Listing("f", "a", {}, -1)}), "Invalid package definition: negative size of a"},
         {Package("p", "v", {Listing("f", "a", {}, 1)}),
          "Invalid package definition: pieces do not add up to the size of a"},
-        {Package("p", "v", {Listing("f", "a", {{c, 0, 3, 0}}, 2)}, {Chunk("c")}),
+        {Package("p", "v", {Listing("f", "a", {{C, 0, 3, 0}}, 2)}, {Chunk("c")}),
          "Invalid package definition: pieces do not add up to the size of a"},
-        {Package("p", "v", {Listing("f", "a", {{c, most, 2, 0}}, 2)}, {Chunk("c")}),
+        {Package("p", "v", {Listing("f", "a", {{C, Most, 2, 0}}, 2)}, {Chunk("c")}),
          "Invalid package definition: piece out of range in a"},
-        {Package("p", "v", {Listing("f", "a", {{c, 1, 9223372036854775807u, 0}}, 1)}, {Chunk("c")}),
+        {Package("p", "v", {Listing("f", "a", {{C, 1, 9223372036854775807u, 0}}, 1)}, {Chunk("c")}),
          "Invalid package definition: piece out of range in a"},
-        {Package("p", "v", {Listing("f", "a", {{c, 0, 1u << 31, 0}, {c, 0, 9223372036854775807u, 1}}, 1)},
+        {Package("p", "v", {Listing("f", "a", {{C, 0, 1u << 31, 0}, {C, 0, 9223372036854775807u, 1}}, 1)},
                  {Chunk("c")}),
          "Invalid package definition: piece out of range in a"},
     };

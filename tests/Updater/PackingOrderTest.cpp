@@ -14,7 +14,7 @@ using namespace vo::test;
 
 namespace {
 
-constexpr std::uint64_t capacity = 1000;
+constexpr std::uint64_t Capacity = 1000;
 
 /// A tree that changes from release to release: of 60 files some are rewritten, removed and added each time. Contents
 /// are numbered, so that none comes back.
@@ -88,9 +88,9 @@ protected:
         const VoVersion version(1, minor, 0, VoVersion::Release);
         std::unique_ptr<AbstractPackageBuilder> builder;
         if (base)
-            builder = std::make_unique<UpdatePackageBuilder>(*base, version, capacity, 1);
+            builder = std::make_unique<UpdatePackageBuilder>(*base, version, Capacity, 1);
         else
-            builder = std::make_unique<PackageBuilder>(VoUUID("pack"), "Examples", version, capacity, 1);
+            builder = std::make_unique<PackageBuilder>(VoUUID("pack"), "Examples", version, Capacity, 1);
         if (byAge)
             builder->addByAge(source, declarations());
         else
@@ -131,16 +131,16 @@ TEST_F(PackingOrderTest, AnUpdateFromAnyReleaseFetchesHardlyMoreThanItsFiles)
             // The last turn is the first installation.
             const Cost cost = UpdateCost(from < to ? releases[from].get() : nullptr, *releases[to]);
             EXPECT_GT(cost.needed, 0u);
-            EXPECT_LE(cost.held, cost.needed + capacity / 16) << from << " to " << to;
+            EXPECT_LE(cost.held, cost.needed + Capacity / 16) << from << " to " << to;
         }
     }
     // What the order is for: in the order of paths the next update fetches more.
     const auto aged = publish(12, tree.files(), releases.back().get(), true);
     const auto sorted = publish(13, tree.files(), releases.back().get(), false);
     EXPECT_LE(UpdateCost(releases.back().get(), *aged).held,
-              UpdateCost(releases.back().get(), *aged).needed + capacity / 16);
+              UpdateCost(releases.back().get(), *aged).needed + Capacity / 16);
     EXPECT_GT(UpdateCost(releases.back().get(), *sorted).held,
-              UpdateCost(releases.back().get(), *sorted).needed + capacity);
+              UpdateCost(releases.back().get(), *sorted).needed + Capacity);
 }
 
 TEST_F(PackingOrderTest, AgeIsCountedOverUnbrokenRunsOfOneContent)

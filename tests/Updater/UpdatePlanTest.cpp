@@ -36,20 +36,20 @@ std::vector<std::string> ChunkIDs(const UpdatePlan& plan)
     return ids;
 }
 
-const VoUUID c1("c1");
-const VoUUID c2("c2");
-const VoUUID c3("c3");
+const VoUUID C1("c1");
+const VoUUID C2("c2");
+const VoUUID C3("c3");
 
 } // namespace
 
 TEST(UpdatePlan, OnlyChunksOfAddedAndModifiedFilesAreNeeded)
 {
     const auto old = Package("p", "1",
-                             {Pieces("kept", "k", {{c1, 0, 5, 0}}), Pieces("changed", "old", {{c1, 5, 7, 0}}),
-                              Pieces("gone", "g", {{c1, 12, 3, 0}})});
+                             {Pieces("kept", "k", {{C1, 0, 5, 0}}), Pieces("changed", "old", {{C1, 5, 7, 0}}),
+                              Pieces("gone", "g", {{C1, 12, 3, 0}})});
     const auto fresh = Package("p", "2",
-                               {Pieces("added", "a", {{c3, 0, 8, 0}, {c2, 9, 1, 1}}),
-                                Pieces("changed", "new", {{c3, 8, 2, 0}}), Pieces("kept", "k", {{c1, 0, 5, 0}})},
+                               {Pieces("added", "a", {{C3, 0, 8, 0}, {C2, 9, 1, 1}}),
+                                Pieces("changed", "new", {{C3, 8, 2, 0}}), Pieces("kept", "k", {{C1, 0, 5, 0}})},
                                {Chunk("c3", 30), Chunk("c1", 10), Chunk("c2", 20)});
     const InstalledPackageListing installed = Installed(old);
     const UpdatePlan plan = PlanUpdate(&installed, fresh);
@@ -76,7 +76,7 @@ TEST(UpdatePlan, OnlyChunksOfAddedAndModifiedFilesAreNeeded)
 TEST(UpdatePlan, WithoutAnInstalledReleaseEverythingIsAdded)
 {
     const auto package =
-        Package("p", "1", {Pieces("a", "a", {{c1, 0, 1, 0}}), Pieces("empty", "", {})}, {Chunk("c1"), Chunk("c2")});
+        Package("p", "1", {Pieces("a", "a", {{C1, 0, 1, 0}}), Pieces("empty", "", {})}, {Chunk("c1"), Chunk("c2")});
     const UpdatePlan plan = PlanUpdate(nullptr, package);
     EXPECT_EQ(plan.added, 2u);
     EXPECT_EQ(plan.unchanged, 0u);
@@ -85,7 +85,7 @@ TEST(UpdatePlan, WithoutAnInstalledReleaseEverythingIsAdded)
 
 TEST(UpdatePlan, AnInstalledReleaseNeedsNothing)
 {
-    const auto package = Package("p", "1", {Pieces("a", "a", {{c1, 0, 1, 0}})}, {Chunk("c1")});
+    const auto package = Package("p", "1", {Pieces("a", "a", {{C1, 0, 1, 0}})}, {Chunk("c1")});
     const InstalledPackageListing installed = Installed(package);
     const UpdatePlan plan = PlanUpdate(&installed, package);
     EXPECT_TRUE(plan.isEmpty());
@@ -98,7 +98,7 @@ TEST(UpdatePlan, HostileNumbersAndNamesDoNoHarm)
     constexpr std::uint64_t most = 18446744073709551615u;
     const auto package =
         Package("p", "1",
-                {AdvertisedFileListing(VoFilePath("a"), {{c1, most, 1, 0}, {VoUUID("unknown"), 0, 1, 1}}, VoUUID("a"),
+                {AdvertisedFileListing(VoFilePath("a"), {{C1, most, 1, 0}, {VoUUID("unknown"), 0, 1, 1}}, VoUUID("a"),
                                        VoChecksum(), Bytes(-1))},
                 {Chunk("c1", -5), Chunk("c1", 7)});
     PackageDifferences differences = Differences(nullptr, package);

@@ -96,7 +96,7 @@ struct CommaNumbers : std::numpunct<char>
 INSTANTIATE_TEST_SUITE_P(OnBoth, XMLObject, testing::Values(Kind::Stream, Kind::Dom),
                          [](const auto& row) { return row.param == Kind::Stream ? "Stream" : "Dom"; });
 
-TEST_P(XMLObject, everyTypeComesBackEqual)
+TEST_P(XMLObject, EveryTypeComesBackEqual)
 {
     for (int value : {0, -1, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()})
         EXPECT_EQ(Returned(value), value);
@@ -130,7 +130,7 @@ TEST_P(XMLObject, everyTypeComesBackEqual)
     EXPECT_TRUE(SameBits(point.x, 0.1) && SameBits(point.y, -0.0));
 }
 
-TEST_P(XMLObject, everyVariantKindComesBackEqualAlsoNestedInProperties)
+TEST_P(XMLObject, EveryVariantKindComesBackEqualAlsoNestedInProperties)
 {
     VoProperties all;
     const VoVariant values[] = {VoVariant(), true,     VoFilePath("C:\\x"), Paths("a", "b\\"), -7, 0.1,
@@ -144,14 +144,14 @@ TEST_P(XMLObject, everyVariantKindComesBackEqualAlsoNestedInProperties)
     EXPECT_EQ(Returned(all), all);
 }
 
-TEST_P(XMLObject, textsComeBackTrimmedAndThroughAStreamWithLineFeeds)
+TEST_P(XMLObject, TextsComeBackTrimmedAndThroughAStreamWithLineFeeds)
 {
     const char* const lines = GetParam() == Kind::Stream ? "a\nb" : "a\r\nb";
     EXPECT_EQ(Returned(VoString("  a\r\nb\t")).toStdString(), lines);
     EXPECT_THROW_MSG(Document(VoString("\x01")), VoInvalidXMLOperation, "Character not allowed in XML");
 }
 
-TEST_P(XMLObject, childrenAreFoundByNameAndTheFirstCounts)
+TEST_P(XMLObject, ChildrenAreFoundByNameAndTheFirstCounts)
 {
     EXPECT_EQ(ValueOf<VoPoint>("<r><Z><X>9</X></Z><Y>2</Y><x> 1 </x><X>bad</X></r>"), VoPoint(1, 2));
     EXPECT_EQ(ValueOf<VoDeque<int>>("<r>text<Other>x</Other><Item>1</Item><!-- --><Item>2</Item></r>"),
@@ -164,7 +164,7 @@ TEST_P(XMLObject, childrenAreFoundByNameAndTheFirstCounts)
               (VoProperties{{"a", 1u}}));
 }
 
-TEST_P(XMLObject, whatIsNoSuchValueIsRefused)
+TEST_P(XMLObject, WhatIsNoSuchValueIsRefused)
 {
     for (const char* text : {"", "x", "5.0", "+5", "2147483648", "-2147483649", "0x5", "1 2"})
         EXPECT_THROW_MSG(ValueOf<int>("<r>" + std::string(text) + "</r>"), VoInvalidConversionException,
@@ -187,7 +187,7 @@ TEST_P(XMLObject, whatIsNoSuchValueIsRefused)
                      "Invalid conversion from mars to VoDateTime");
 }
 
-TEST_P(XMLObject, aLocaleWithCommasChangesNoDocument)
+TEST_P(XMLObject, ALocaleWithCommasChangesNoDocument)
 {
     const VoProperties values{{"i", 1234567}, {"d", 1234.5}, {"s", 7654321u}};
     const std::string document = Document(values);
@@ -200,7 +200,7 @@ TEST_P(XMLObject, aLocaleWithCommasChangesNoDocument)
     std::setlocale(LC_ALL, before.c_str());
 }
 
-TEST(XMLObjectFormat, childrenLieInTheTypesNamespaceInTheOrderOfTheFormat)
+TEST(XMLObjectFormat, ChildrenLieInTheTypesNamespaceInTheOrderOfTheFormat)
 {
     const auto document = Written([](VoXMLStreamWriter& w) {
         const auto root = w.createElement("root");
@@ -217,7 +217,7 @@ TEST(XMLObjectFormat, childrenLieInTheTypesNamespaceInTheOrderOfTheFormat)
     EXPECT_EQ(date, "<r rep=\"utc\">2024-05-01T12:34:56.000000000Z</r>\n");
 }
 
-TEST(XMLObjectFormat, aDateIsLoadedFromItsElement)
+TEST(XMLObjectFormat, ADateIsLoadedFromItsElement)
 {
     TextReader reader("<r rep='local'>2024-05-01T12:34:56.5-01:30</r>");
     const VoUniquePtr<VoDateTime> date = VoDateTime::XMLLoader(*reader->nextElement());

@@ -28,7 +28,7 @@ protected:
     }
 };
 
-TEST_F(AnalysisCommands, lpPrintsTheAnswerAndItsProof)
+TEST_F(AnalysisCommands, LpPrintsTheAnswerAndItsProof)
 {
     write("sample.lp", "maximize 3 x + 2 y subject to a: x + y <= 4 b: x + 3 y <= 6 end");
     const Outcome run = vo("lp @sample.lp");
@@ -41,7 +41,7 @@ TEST_F(AnalysisCommands, lpPrintsTheAnswerAndItsProof)
     EXPECT_EQ(answer[QStringLiteral("parameters")].toArray().size(), 2);
 }
 
-TEST_F(AnalysisCommands, lpEndsWithACodeOfItsOwnUnlessTheAnswerIsProven)
+TEST_F(AnalysisCommands, LpEndsWithACodeOfItsOwnUnlessTheAnswerIsProven)
 {
     write("degenerate.lp", "max 2x + 3y st x + 2y <= 2 x + y <= 1 end");
     const QJsonObject wrong = voJson("lp @degenerate.lp", 7);
@@ -51,7 +51,7 @@ TEST_F(AnalysisCommands, lpEndsWithACodeOfItsOwnUnlessTheAnswerIsProven)
     EXPECT_FALSE(voJson("lp @sample.lp --iterations 0", 7)[QStringLiteral("found")].toBool());
 }
 
-TEST_F(AnalysisCommands, reportWritesThePageOfEachKind)
+TEST_F(AnalysisCommands, ReportWritesThePageOfEachKind)
 {
     using Analysis = XMLReportHeader::Analysis;
     for (const auto& [analysis, kind, title] :

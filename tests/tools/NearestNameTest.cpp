@@ -7,26 +7,26 @@ using namespace vo::tool;
 
 namespace {
 
-const std::vector<std::string_view> verbs = {"publish", "releases",  "show",           "diff",
+const std::vector<std::string_view> Verbs = {"publish", "releases",  "show",           "diff",
                                              "plan",    "install",   "installed",      "verify",
                                              "repair",  "uninstall", "verify-release", "checksum"};
 
 /// The definition taken literally, for short texts.
-std::size_t slowDistance(std::string_view a, std::string_view b)
+std::size_t SlowDistance(std::string_view a, std::string_view b)
 {
     if (a.empty() || b.empty())
         return std::max(a.size(), b.size());
-    std::size_t best = slowDistance(a.substr(1), b.substr(1)) + (a[0] == b[0] ? 0 : 1);
-    best = std::min(best, slowDistance(a.substr(1), b) + 1);
-    best = std::min(best, slowDistance(a, b.substr(1)) + 1);
+    std::size_t best = SlowDistance(a.substr(1), b.substr(1)) + (a[0] == b[0] ? 0 : 1);
+    best = std::min(best, SlowDistance(a.substr(1), b) + 1);
+    best = std::min(best, SlowDistance(a, b.substr(1)) + 1);
     if (a.size() > 1 && b.size() > 1 && a[0] == b[1] && a[1] == b[0])
-        best = std::min(best, slowDistance(a.substr(2), b.substr(2)) + 1);
+        best = std::min(best, SlowDistance(a.substr(2), b.substr(2)) + 1);
     return best;
 }
 
 } // namespace
 
-TEST(NearestName, findsWhatWasMeant)
+TEST(NearestName, FindsWhatWasMeant)
 {
     struct
     {
@@ -53,7 +53,7 @@ TEST(NearestName, findsWhatWasMeant)
         {"ver", nullptr}, // begins two of them
     };
     for (const auto& row : rows) {
-        const auto nearest = NearestName(row.typed, verbs);
+        const auto nearest = NearestName(row.typed, Verbs);
         EXPECT_EQ(nearest.has_value(), row.meant != nullptr) << row.typed << " gave " << nearest.value_or("nothing");
         if (nearest && row.meant != nullptr) {
             EXPECT_EQ(*nearest, row.meant) << row.typed;
@@ -61,13 +61,13 @@ TEST(NearestName, findsWhatWasMeant)
     }
 }
 
-TEST(NearestName, aHugeTextIsNotMeasured)
+TEST(NearestName, AHugeTextIsNotMeasured)
 {
-    EXPECT_FALSE(NearestName(std::string(10000000, 'i'), verbs));
+    EXPECT_FALSE(NearestName(std::string(10000000, 'i'), Verbs));
     EXPECT_FALSE(NearestName("anything", {}));
 }
 
-TEST(NearestName, distancesAgreeWithTheDefinition)
+TEST(NearestName, DistancesAgreeWithTheDefinition)
 {
     std::mt19937 random(7);
     for (int i = 0; i < 500; ++i) {
@@ -76,6 +76,6 @@ TEST(NearestName, distancesAgreeWithTheDefinition)
             for (auto length = random() % 7; length > 0; --length)
                 text += static_cast<char>('a' + random() % 3);
         }
-        EXPECT_EQ(EditDistance(texts[0], texts[1]), slowDistance(texts[0], texts[1])) << texts[0] << ' ' << texts[1];
+        EXPECT_EQ(EditDistance(texts[0], texts[1]), SlowDistance(texts[0], texts[1])) << texts[0] << ' ' << texts[1];
     }
 }

@@ -8,68 +8,68 @@ using namespace vo::tool;
 
 namespace {
 
-constexpr std::size_t wide = 200;
+constexpr std::size_t Wide = 200;
 
-VoTimePoint at(std::int64_t milliseconds)
+VoTimePoint At(std::int64_t milliseconds)
 {
     return VoTimePoint() + VoTimeDuration(VoMilliseconds(milliseconds));
 }
 
-std::string textOf(const ProgressLine& line, std::size_t width = wide)
+std::string TextOf(const ProgressLine& line, std::size_t width = Wide)
 {
     return line.text(width).toStdString();
 }
 
 } // namespace
 
-TEST(ProgressLine, showsAmountsRateAndTimeLeft)
+TEST(ProgressLine, ShowsAmountsRateAndTimeLeft)
 {
     ProgressLine line("Installing", ProgressLine::Unit::Files);
-    line.update(0, 1000, at(0));
-    EXPECT_EQ(textOf(line), "Installing      0 of 1000 files   0 %");
-    line.update(200, 1000, at(1000));
-    line.update(400, 1000, at(2000));
-    EXPECT_EQ(textOf(line), "Installing    400 of 1000 files   40 %   200 files/s   0:03 left");
-    line.update(1000, 1000, at(3000));
-    EXPECT_EQ(textOf(line), "Installing   1000 of 1000 files   100 %   333 files/s");
+    line.update(0, 1000, At(0));
+    EXPECT_EQ(TextOf(line), "Installing      0 of 1000 files   0 %");
+    line.update(200, 1000, At(1000));
+    line.update(400, 1000, At(2000));
+    EXPECT_EQ(TextOf(line), "Installing    400 of 1000 files   40 %   200 files/s   0:03 left");
+    line.update(1000, 1000, At(3000));
+    EXPECT_EQ(TextOf(line), "Installing   1000 of 1000 files   100 %   333 files/s");
 }
 
-TEST(ProgressLine, showsBytesInTheUnitsOfDownloads)
+TEST(ProgressLine, ShowsBytesInTheUnitsOfDownloads)
 {
     ProgressLine line("Downloading", ProgressLine::Unit::Bytes);
-    line.update(0, 6000000, at(0));
-    line.update(3000000, 6000000, at(2000));
-    EXPECT_EQ(textOf(line), "Downloading   3.0 MB of 6.0 MB   50 %   1.5 MB/s   0:02 left");
+    line.update(0, 6000000, At(0));
+    line.update(3000000, 6000000, At(2000));
+    EXPECT_EQ(TextOf(line), "Downloading   3.0 MB of 6.0 MB   50 %   1.5 MB/s   0:02 left");
 }
 
-TEST(ProgressLine, withoutATotalShowsOnlyWhatIsDone)
+TEST(ProgressLine, WithoutATotalShowsOnlyWhatIsDone)
 {
     ProgressLine line("Packing", ProgressLine::Unit::Files);
-    line.update(12, 0, at(0));
-    EXPECT_EQ(textOf(line), "Packing   12 files");
+    line.update(12, 0, At(0));
+    EXPECT_EQ(TextOf(line), "Packing   12 files");
     EXPECT_EQ(line.percent(), -1);
     EXPECT_LT(line.timeLeft().count(), 0);
 }
 
-TEST(ProgressLine, whatIsBehindGivesWayOnANarrowTerminal)
+TEST(ProgressLine, WhatIsBehindGivesWayOnANarrowTerminal)
 {
     ProgressLine line("Installing", ProgressLine::Unit::Files);
-    line.update(7, 9, at(0));
-    EXPECT_EQ(textOf(line, 20), "Installing   7 of 9 ");
-    EXPECT_EQ(textOf(line, 0), "");
+    line.update(7, 9, At(0));
+    EXPECT_EQ(TextOf(line, 20), "Installing   7 of 9 ");
+    EXPECT_EQ(TextOf(line, 0), "");
 }
 
-TEST(ProgressLine, oneHundredPercentIsSaidOnlyWhenAllIsDone)
+TEST(ProgressLine, OneHundredPercentIsSaidOnlyWhenAllIsDone)
 {
     constexpr auto huge = std::numeric_limits<std::uint64_t>::max();
     ProgressLine line("Downloading", ProgressLine::Unit::Bytes);
-    line.update(huge - 1, huge, at(0));
+    line.update(huge - 1, huge, At(0));
     EXPECT_EQ(line.percent(), 99);
-    line.update(huge, huge, at(1));
+    line.update(huge, huge, At(1));
     EXPECT_EQ(line.percent(), 100);
 }
 
-TEST(ProgressLine, neverGoesBackwardsNorBeyondTheEndWhateverItIsTold)
+TEST(ProgressLine, NeverGoesBackwardsNorBeyondTheEndWhateverItIsTold)
 {
     std::mt19937_64 random(11);
     ProgressLine line("Installing", ProgressLine::Unit::Files);
@@ -78,35 +78,35 @@ TEST(ProgressLine, neverGoesBackwardsNorBeyondTheEndWhateverItIsTold)
     std::int64_t clock = 0;
     for (int i = 0; i < 2000; ++i) {
         clock += static_cast<std::int64_t>(random() % 300) - 50; // the system's clock may be set back
-        line.update(random() % 2000, random() % 1500, at(clock));
+        line.update(random() % 2000, random() % 1500, At(clock));
         EXPECT_GE(line.done(), done);
         EXPECT_GE(line.percent(), percent);
         EXPECT_LE(line.percent(), 100);
-        EXPECT_EQ(textOf(line).find('-'), std::string::npos) << textOf(line);
+        EXPECT_EQ(TextOf(line).find('-'), std::string::npos) << TextOf(line);
         done = line.done();
         percent = line.percent();
     }
 }
 
-TEST(ProgressLine, theFirstSecondMakesNoGuess)
+TEST(ProgressLine, TheFirstSecondMakesNoGuess)
 {
     ProgressLine line("Installing", ProgressLine::Unit::Files);
-    line.update(0, 100, at(0));
-    line.update(10, 100, at(500));
+    line.update(0, 100, At(0));
+    line.update(10, 100, At(500));
     EXPECT_LT(line.timeLeft().count(), 0);
-    line.update(20, 100, at(1000));
+    line.update(20, 100, At(1000));
     EXPECT_EQ(ClockText(line.timeLeft()).toStdString(), "0:04");
 }
 
-TEST(ProgressLine, stalledWorkHasNoTimeLeftToShow)
+TEST(ProgressLine, StalledWorkHasNoTimeLeftToShow)
 {
     ProgressLine line("Installing", ProgressLine::Unit::Files);
     for (int i = 0; i < 50; ++i)
-        line.update(10, 100, at(i * 1000));
-    EXPECT_EQ(textOf(line), "Installing    10 of 100 files   10 %");
+        line.update(10, 100, At(i * 1000));
+    EXPECT_EQ(TextOf(line), "Installing    10 of 100 files   10 %");
 }
 
-TEST(ClockText, isReadLikeAClock)
+TEST(ClockText, IsReadLikeAClock)
 {
     struct
     {

@@ -33,7 +33,7 @@ protected:
 
 } // namespace
 
-TEST_F(ReleaseChoice, theNewestReleaseIsTakenWhenNoneIsNamed)
+TEST_F(ReleaseChoice, TheNewestReleaseIsTakenWhenNoneIsNamed)
 {
     declare("p", "1.0.0.0", "first");
     declare("p", "1.10.0.0", "newest");
@@ -42,7 +42,7 @@ TEST_F(ReleaseChoice, theNewestReleaseIsTakenWhenNoneIsNamed)
     EXPECT_EQ(chosen(nullptr), "newest");
 }
 
-TEST_F(ReleaseChoice, aReleaseIsFoundByItsNumber)
+TEST_F(ReleaseChoice, AReleaseIsFoundByItsNumber)
 {
     declare("p", "1.0.0.0", "first");
     declare("p", "1.0.0.7", "seventh");
@@ -52,7 +52,7 @@ TEST_F(ReleaseChoice, aReleaseIsFoundByItsNumber)
     EXPECT_EQ(chosen("3.0.0"), "option --release: release 3.0.0 is not declared");
 }
 
-TEST_F(ReleaseChoice, theBuildTypeDecidesAmongReleasesOfOneNumber)
+TEST_F(ReleaseChoice, TheBuildTypeDecidesAmongReleasesOfOneNumber)
 {
     declare("p", "1.0.1.0", "beta");
     EXPECT_EQ(chosen("1.0.0"), "beta") << "the only one";
@@ -64,7 +64,7 @@ TEST_F(ReleaseChoice, theBuildTypeDecidesAmongReleasesOfOneNumber)
     EXPECT_EQ(chosen("1.0.1.0"), "beta");
 }
 
-TEST_F(ReleaseChoice, thePackageNeedsNoNameWhenItIsTheOnlyOne)
+TEST_F(ReleaseChoice, ThePackageNeedsNoNameWhenItIsTheOnlyOne)
 {
     EXPECT_THROW(ChoosePackage(declared, std::nullopt), Failure) << "none is declared";
     declare("p", "1.0.0.0", "first");

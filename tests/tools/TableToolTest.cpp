@@ -21,14 +21,14 @@ protected:
     }
 };
 
-bool contains(const std::string& text, const std::string& piece)
+bool Contains(const std::string& text, const std::string& piece)
 {
     return text.find(piece) != std::string::npos;
 }
 
 } // namespace
 
-TEST_F(TableTool, csvIsCleanedWithoutTouchingAField)
+TEST_F(TableTool, CsvIsCleanedWithoutTouchingAField)
 {
     write("in.csv", "\xef\xbb\xbfName;Value\n\"a\";1.50\n007;\"5\"\n\"x;y\"; z\n\n\"q\"\"q\";,\"");
     EXPECT_EQ(voJson("table --separator ; @in.csv @out.csv")[QStringLiteral("rows")].toInt(), 6);
@@ -47,7 +47,7 @@ TEST_F(TableTool, csvIsCleanedWithoutTouchingAField)
     EXPECT_EQ(read("out.csv").toStdString(), "\"1\",,\"true\"\r\n");
 }
 
-TEST_F(TableTool, severalFilesBecomeSheetsOfAWorkbook)
+TEST_F(TableTool, SeveralFilesBecomeSheetsOfAWorkbook)
 {
     write("one.csv", "Year,2024\nx,1.5\n\"7\",12345678901\n3.1415926535,\n0402,+49,NaN,12345678901234567890,\x80\n");
     write("sub/One.csv", "a\n");
@@ -55,24 +55,24 @@ TEST_F(TableTool, severalFilesBecomeSheetsOfAWorkbook)
     EXPECT_EQ(done[QStringLiteral("rounded")].toInt(), 1);
     EXPECT_EQ(done[QStringLiteral("keptAsText")].toInt(), 2);
     const std::string workbook = part("out.xlsx", "xl\\workbook.xml");
-    EXPECT_TRUE(contains(workbook, "\"one\"") && contains(workbook, "\"One (2)\"")) << workbook;
+    EXPECT_TRUE(Contains(workbook, "\"one\"") && Contains(workbook, "\"One (2)\"")) << workbook;
     const std::string sheet = part("out.xlsx", "xl\\worksheets\\one.xml");
     for (const char* piece :
          {"<t>2024</t>", "<v>1.5</v>", "<t>7</t>", "<t>12345678901</t>", "<v>3.14159</v>", "<t>0402</t>", "<t>+49</t>",
           "<t>NaN</t>", "<t>12345678901234567890</t>", "<t>\xe2\x82\xac</t>"})
-        EXPECT_TRUE(contains(sheet, piece)) << piece << " in " << sheet;
+        EXPECT_TRUE(Contains(sheet, piece)) << piece << " in " << sheet;
 }
 
-TEST_F(TableTool, anXmlSpreadsheetIsWritten)
+TEST_F(TableTool, AnXmlSpreadsheetIsWritten)
 {
     write("in.csv", "a,,1\n");
     EXPECT_EQ(vo("table @in.csv @out.xml").code, 0);
     const std::string document = read("out.xml").toStdString();
-    EXPECT_TRUE(contains(document, ">a<") && contains(document, ">1<")) << document;
-    EXPECT_FALSE(contains(document, "null"));
+    EXPECT_TRUE(Contains(document, ">a<") && Contains(document, ">1<")) << document;
+    EXPECT_FALSE(Contains(document, "null"));
 }
 
-TEST_F(TableTool, showAlignsColumnsAndHidesControlCharacters)
+TEST_F(TableTool, ShowAlignsColumnsAndHidesControlCharacters)
 {
     write("in.csv", "Name,Value\nR1,1.5\n\xc3\xa9t\xc3\xa9,100\nlonger,\nx\x1b,-2\n" + QByteArray(60, 'w') + "\n");
     const Outcome run = vo("table --show --header 1 @in.csv");
@@ -85,7 +85,7 @@ TEST_F(TableTool, showAlignsColumnsAndHidesControlCharacters)
     EXPECT_EQ(rows.at(1).toObject()[QStringLiteral("cells")].toArray().at(1).toString(), QStringLiteral("1.5"));
 }
 
-TEST(TableToolNames, aFilesNameBecomesASheetName)
+TEST(TableToolNames, AFilesNameBecomesASheetName)
 {
     using vo::tool::SheetName;
     for (const auto& [name, sheet] :

@@ -69,7 +69,7 @@ protected:
 
 } // namespace
 
-TEST_F(ToldErrors, aDocumentThatCannotBeReadIsNamedAsItWasTyped)
+TEST_F(ToldErrors, ADocumentThatCannotBeReadIsNamedAsItWasTyped)
 {
     struct
     {
@@ -102,7 +102,7 @@ TEST_F(ToldErrors, aDocumentThatCannotBeReadIsNamedAsItWasTyped)
     EXPECT_EQ(vo("releases page.html -v").err.find("\\"), std::string::npos) << "paths of this system";
 }
 
-TEST_F(ToldErrors, whatWasWantedTheUsersNameAndTheSystemsReason)
+TEST_F(ToldErrors, WhatWasWantedTheUsersNameAndTheSystemsReason)
 {
     write("bad.csv", "a\n\"b\n");
     write("latin.csv", "a\n\xc3\xa9\xe9\n");
@@ -155,7 +155,7 @@ TEST_F(ToldErrors, whatWasWantedTheUsersNameAndTheSystemsReason)
         EXPECT_EQ(left.count(file), 0u) << file;
 }
 
-TEST_F(ToldErrors, aServersAnswerIsToldOnceAndWithItsUrl)
+TEST_F(ToldErrors, AServersAnswerIsToldOnceAndWithItsUrl)
 {
     int noArguments = 0;
     const QCoreApplication application(noArguments, nullptr); // for the server's thread
@@ -183,7 +183,7 @@ TEST_F(ToldErrors, aServersAnswerIsToldOnceAndWithItsUrl)
 #if !defined(_WIN32)
 
 // The system refuses to let a file grow, which stands for every write that fails half-way.
-TEST_F(ToldErrors, aFileThatCannotBeWrittenIsNamed)
+TEST_F(ToldErrors, AFileThatCannotBeWrittenIsNamed)
 {
     ASSERT_EQ(vo("zip whole.zip src").code, 0);
     const std::string chunk =

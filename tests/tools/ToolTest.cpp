@@ -10,18 +10,18 @@
 
 namespace {
 
-int number(const QJsonObject& document, const char* key)
+int Number(const QJsonObject& document, const char* key)
 {
     return document[QLatin1String(key)].toInt(-1);
 }
 
-std::string textOf(const QJsonObject& document, const char* key)
+std::string TextOf(const QJsonObject& document, const char* key)
 {
     return document[QLatin1String(key)].toString().toStdString();
 }
 
 /// One member of every row of a list.
-std::multiset<std::string> column(const QJsonObject& document, const char* list, const char* key)
+std::multiset<std::string> Column(const QJsonObject& document, const char* list, const char* key)
 {
     std::multiset<std::string> values;
     for (const QJsonValue& row : document[QLatin1String(list)].toArray())
@@ -53,29 +53,29 @@ protected:
     QJsonObject second;
 };
 
-TEST_F(Tool, aReleaseGoesTheWholeRoadFromPublicationToUninstallation)
+TEST_F(Tool, AReleaseGoesTheWholeRoadFromPublicationToUninstallation)
 {
     publishTwo();
-    EXPECT_EQ(textOf(first, "package"), textOf(second, "package")) << "the name tells that it is the next release";
-    EXPECT_EQ(number(first, "files"), 40);
+    EXPECT_EQ(TextOf(first, "package"), TextOf(second, "package")) << "the name tells that it is the next release";
+    EXPECT_EQ(Number(first, "files"), 40);
 
     voJson("install @pub/declarations.xml --release 1.0.0 --to @app");
     EXPECT_TRUE(tree("app") == tree("one"));
-    EXPECT_EQ(number(voJson("install @pub/declarations.xml --release 1.0.0", 3), "exitCode"), 3);
+    EXPECT_EQ(Number(voJson("install @pub/declarations.xml --release 1.0.0", 3), "exitCode"), 3);
 
     const QJsonObject update = voJson("install @pub/declarations.xml");
     EXPECT_TRUE(tree("app") == tree("two"));
-    EXPECT_EQ(number(update, "added"), 2);
-    EXPECT_EQ(number(update, "modified"), 1);
-    EXPECT_EQ(number(update, "removed"), 2);
-    EXPECT_EQ(textOf(update, "installedRelease"), "1.0.0.0");
-    EXPECT_LT(number(update, "chunksFetched"), number(second, "chunks"));
+    EXPECT_EQ(Number(update, "added"), 2);
+    EXPECT_EQ(Number(update, "modified"), 1);
+    EXPECT_EQ(Number(update, "removed"), 2);
+    EXPECT_EQ(TextOf(update, "installedRelease"), "1.0.0.0");
+    EXPECT_LT(Number(update, "chunksFetched"), Number(second, "chunks"));
     EXPECT_EQ(vo("install @pub/declarations.xml").code, 3);
     EXPECT_TRUE(tree("app") == tree("two"));
-    EXPECT_FALSE(exists("data/updates/download/" + textOf(second, "package"))) << "staged chunks are gone";
+    EXPECT_FALSE(exists("data/updates/download/" + TextOf(second, "package"))) << "staged chunks are gone";
 
     const Outcome installed = vo("installed");
-    EXPECT_EQ(installed.out, textOf(second, "package") + "  Examples  1.1.0  40 files  " + text("app") + "\n");
+    EXPECT_EQ(installed.out, TextOf(second, "package") + "  Examples  1.1.0  40 files  " + text("app") + "\n");
 
     EXPECT_EQ(vo("uninstall Examples").code, 0);
     EXPECT_FALSE(exists("app"));
@@ -83,11 +83,11 @@ TEST_F(Tool, aReleaseGoesTheWholeRoadFromPublicationToUninstallation)
     EXPECT_EQ(vo("uninstall Examples").code, 3);
 }
 
-TEST_F(Tool, nothingOfOthersIsReplacedUnasked)
+TEST_F(Tool, NothingOfOthersIsReplacedUnasked)
 {
     publishTwo();
     write("app/file0.txt", "mine");
-    EXPECT_EQ(column(voJson("plan @pub/declarations.xml --to @app", 6), "claims", "path"), (Texts{"file0.txt"}));
+    EXPECT_EQ(Column(voJson("plan @pub/declarations.xml --to @app", 6), "claims", "path"), (Texts{"file0.txt"}));
     const Outcome refused = vo("install @pub/declarations.xml --to @app");
     EXPECT_EQ(refused.code, 6);
     EXPECT_NE(refused.out.find("replace file0.txt"), std::string::npos);
@@ -103,10 +103,10 @@ TEST_F(Tool, nothingOfOthersIsReplacedUnasked)
 }
 
 // As it is when a process was killed between the files, the listing, the registry and the record of the source.
-TEST_F(Tool, whatIsNotRecordedWhollyIsNotUpToDate)
+TEST_F(Tool, WhatIsNotRecordedWhollyIsNotUpToDate)
 {
     publishTwo();
-    const std::string package = textOf(second, "package");
+    const std::string package = TextOf(second, "package");
     ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
     remove("data/updates/installed/packages.xml");
     EXPECT_EQ(vo("install @pub/declarations.xml").code, 0);
@@ -122,7 +122,7 @@ TEST_F(Tool, whatIsNotRecordedWhollyIsNotUpToDate)
     EXPECT_EQ(vo("uninstall Examples").code, 3);
 }
 
-TEST_F(Tool, uninstallingKeepsForeignFilesAndTheirFolders)
+TEST_F(Tool, UninstallingKeepsForeignFilesAndTheirFolders)
 {
     publishTwo();
     ASSERT_EQ(vo("install @pub/declarations.xml --to @app/inner").code, 0);
@@ -131,7 +131,7 @@ TEST_F(Tool, uninstallingKeepsForeignFilesAndTheirFolders)
     EXPECT_EQ(tree("app"), (Tree{{"inner/", ""}, {"inner/board 1/", ""}, {"inner/board 1/mine.txt", "mine"}}));
 }
 
-TEST_F(Tool, damageIsFoundNamedAndRepaired)
+TEST_F(Tool, DamageIsFoundNamedAndRepaired)
 {
     publishTwo();
     ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
@@ -144,19 +144,19 @@ TEST_F(Tool, damageIsFoundNamedAndRepaired)
     write("app/moved", flipped);
     write("app/board 1/extra", "not ours");
     const QJsonObject found = voJson("verify Examples", 4);
-    EXPECT_EQ(column(found, "findings", "path"),
+    EXPECT_EQ(Column(found, "findings", "path"),
               (Texts{text("app/added"), text("app/moved"), text("app/board 1/extra")}));
-    EXPECT_EQ(column(found, "findings", "kind"), (Texts{"missing", "changed", "extra"}));
+    EXPECT_EQ(Column(found, "findings", "kind"), (Texts{"missing", "changed", "extra"}));
 
-    const QJsonObject repaired = voJson("repair " + textOf(second, "package"));
-    EXPECT_EQ(number(repaired, "restored"), 2);
+    const QJsonObject repaired = voJson("repair " + TextOf(second, "package"));
+    EXPECT_EQ(Number(repaired, "restored"), 2);
     Tree expected = tree("two");
     expected["board 1/extra"] = "not ours";
     EXPECT_EQ(tree("app"), expected);
     EXPECT_EQ(vo("verify").code, 0) << "extra files are no difference";
 }
 
-TEST_F(Tool, repairFindsTheReleaseAlsoWhereItIsToldTo)
+TEST_F(Tool, RepairFindsTheReleaseAlsoWhereItIsToldTo)
 {
     publishTwo();
     ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0 --to @app").code, 0);
@@ -169,7 +169,7 @@ TEST_F(Tool, repairFindsTheReleaseAlsoWhereItIsToldTo)
     EXPECT_TRUE(tree("app") == tree("one"));
 }
 
-TEST_F(Tool, aPlanSaysWhatInstallingThenDoesAndChangesNothing)
+TEST_F(Tool, APlanSaysWhatInstallingThenDoesAndChangesNothing)
 {
     publishTwo();
     ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0.0 --to @app").code, 0);
@@ -181,22 +181,22 @@ TEST_F(Tool, aPlanSaysWhatInstallingThenDoesAndChangesNothing)
     dryRun.remove(QStringLiteral("command"));
     EXPECT_EQ(plan, dryRun);
 
-    EXPECT_EQ(column(plan, "files", "path"), (Texts{"added", "file0.txt", "file10", "file5", "moved"}));
-    EXPECT_EQ(column(plan, "files", "action"), (Texts{"add", "copy", "remove", "remove", "update"}));
-    EXPECT_EQ(column(plan, "files", "from"), (Texts{"", "", "", "", "file10"}));
+    EXPECT_EQ(Column(plan, "files", "path"), (Texts{"added", "file0.txt", "file10", "file5", "moved"}));
+    EXPECT_EQ(Column(plan, "files", "action"), (Texts{"add", "copy", "remove", "remove", "update"}));
+    EXPECT_EQ(Column(plan, "files", "from"), (Texts{"", "", "", "", "file10"}));
     const QJsonObject done = voJson("install @pub/declarations.xml");
-    EXPECT_EQ(number(done, "chunksFetched"), number(plan, "chunksToFetch"));
-    EXPECT_EQ(number(done, "bytesFetched"), number(plan, "bytesToFetch"));
-    EXPECT_EQ(number(done, "bytesWritten"), number(plan, "bytesToWrite"));
+    EXPECT_EQ(Number(done, "chunksFetched"), Number(plan, "chunksToFetch"));
+    EXPECT_EQ(Number(done, "bytesFetched"), Number(plan, "bytesToFetch"));
+    EXPECT_EQ(Number(done, "bytesWritten"), Number(plan, "bytesToWrite"));
     EXPECT_EQ(vo("plan @pub/declarations.xml").code, 3);
 }
 
-TEST_F(Tool, onlyChunksOfAddedAndChangedFilesAreReadInAnUpdate)
+TEST_F(Tool, OnlyChunksOfAddedAndChangedFilesAreReadInAnUpdate)
 {
     publishTwo();
     ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0.0 --to @app").code, 0);
     const QJsonObject plan = voJson("plan @pub/declarations.xml");
-    const Texts needed = column(plan, "chunks", "id");
+    const Texts needed = Column(plan, "chunks", "id");
     ASSERT_FALSE(needed.empty());
     const std::string folder = definition(second).substr(0, definition(second).rfind('/')) + "/chunks";
     std::size_t spared = 0;
@@ -212,7 +212,7 @@ TEST_F(Tool, onlyChunksOfAddedAndChangedFilesAreReadInAnUpdate)
     EXPECT_TRUE(tree("app") == tree("two"));
 }
 
-TEST_F(Tool, anOlderReleaseIsRefusedUnlessAllowed)
+TEST_F(Tool, AnOlderReleaseIsRefusedUnlessAllowed)
 {
     publishTwo();
     ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
@@ -227,58 +227,58 @@ TEST_F(Tool, anOlderReleaseIsRefusedUnlessAllowed)
     EXPECT_TRUE(tree("app") == tree("one"));
 }
 
-TEST_F(Tool, releasesAreListedShownAndCompared)
+TEST_F(Tool, ReleasesAreListedShownAndCompared)
 {
     publishTwo();
-    const std::string id = textOf(first, "package");
+    const std::string id = TextOf(first, "package");
     EXPECT_EQ(vo("releases @pub/declarations.xml").out,
               id + "  Examples  1.0.0\n" + id + "  Examples  1.1.0  newest\n");
 
     const QJsonObject shown = voJson("show @pub/declarations.xml --release 1.0.0");
-    EXPECT_EQ(textOf(shown, "versionID"), textOf(first, "versionID"));
-    EXPECT_EQ(column(shown, "files", "target").size(), 40u);
-    EXPECT_EQ(number(shown, "bytes"), number(first, "bytesIn"));
+    EXPECT_EQ(TextOf(shown, "versionID"), TextOf(first, "versionID"));
+    EXPECT_EQ(Column(shown, "files", "target").size(), 40u);
+    EXPECT_EQ(Number(shown, "bytes"), Number(first, "bytesIn"));
     EXPECT_EQ(voJson("show @" + definition(first))[QStringLiteral("files")], shown[QStringLiteral("files")]);
 
     const std::string definitions = "@" + definition(first) + " @" + definition(second);
     const QJsonObject differences = voJson("diff " + definitions);
-    EXPECT_EQ(column(differences, "differences", "target"), (Texts{"added", "file0.txt", "file10", "file5", "moved"}));
-    EXPECT_EQ(number(differences, "added"), 2);
+    EXPECT_EQ(Column(differences, "differences", "target"), (Texts{"added", "file0.txt", "file10", "file5", "moved"}));
+    EXPECT_EQ(Number(differences, "added"), 2);
     const Outcome text = vo("diff " + definitions);
     EXPECT_NE(text.out.find("added     added  3.0 B\n"), std::string::npos) << text;
     EXPECT_NE(text.out.find("modified  file0.txt  0.0 B -> 7.0 B\n"), std::string::npos) << text;
 }
 
-TEST_F(Tool, theMatrixSaysWhatEveryUpdateTakes)
+TEST_F(Tool, TheMatrixSaysWhatEveryUpdateTakes)
 {
     publishTwo();
     const QJsonArray updates = voJson("plan @pub/declarations.xml --matrix")[QStringLiteral("updates")].toArray();
     ASSERT_EQ(updates.size(), 3);
     const QJsonObject install = updates[0].toObject();
-    EXPECT_EQ(textOf(install, "to"), "1.0.0.0");
-    EXPECT_EQ(number(install, "files"), 40);
-    EXPECT_EQ(number(install, "chunks"), number(first, "chunks"));
-    EXPECT_EQ(number(install, "bytesToFetch"), number(first, "bytesOut"));
-    EXPECT_EQ(number(updates[1].toObject(), "bytesToFetch"), number(second, "bytesOut"));
+    EXPECT_EQ(TextOf(install, "to"), "1.0.0.0");
+    EXPECT_EQ(Number(install, "files"), 40);
+    EXPECT_EQ(Number(install, "chunks"), Number(first, "chunks"));
+    EXPECT_EQ(Number(install, "bytesToFetch"), Number(first, "bytesOut"));
+    EXPECT_EQ(Number(updates[1].toObject(), "bytesToFetch"), Number(second, "bytesOut"));
     const QJsonObject update = updates[2].toObject();
-    EXPECT_EQ(textOf(update, "from") + " " + textOf(update, "to"), "1.0.0.0 1.1.0.0");
-    EXPECT_EQ(number(update, "files"), 3);
-    EXPECT_LT(number(update, "bytesToFetch"), number(second, "bytesOut"));
+    EXPECT_EQ(TextOf(update, "from") + " " + TextOf(update, "to"), "1.0.0.0 1.1.0.0");
+    EXPECT_EQ(Number(update, "files"), 3);
+    EXPECT_LT(Number(update, "bytesToFetch"), Number(second, "bytesOut"));
     EXPECT_EQ(vo("plan @pub/declarations.xml --matrix --to @app").code, 2);
 }
 
-TEST_F(Tool, aReleaseIsCheckedAgainstItsSource)
+TEST_F(Tool, AReleaseIsCheckedAgainstItsSource)
 {
     publishTwo();
     EXPECT_EQ(vo("verify-release @" + definition(first) + " --source @one").code, 0);
     write("one/file0.txt", "other");
     remove("one/file5");
     const QJsonObject found = voJson("verify-release @" + definition(first) + " --source @one", 4);
-    EXPECT_EQ(number(found, "differences"), 2);
+    EXPECT_EQ(Number(found, "differences"), 2);
     EXPECT_FALSE(exists("data/updates/installed")) << "nothing is recorded as installed";
 }
 
-TEST_F(Tool, digestsAreThoseOfTheStandard)
+TEST_F(Tool, DigestsAreThoseOfTheStandard)
 {
     write("abc", "abc");
     write("empty", "");
@@ -292,17 +292,17 @@ TEST_F(Tool, digestsAreThoseOfTheStandard)
     EXPECT_EQ(std::count(missing.err.begin(), missing.err.end(), '\n'), 2);
 }
 
-TEST_F(Tool, relativePathsAreTakenFromTheCurrentDirectory)
+TEST_F(Tool, RelativePathsAreTakenFromTheCurrentDirectory)
 {
     fillSource("one", 3);
     const Outcome published = vo("publish one --to pub/declarations.xml --name Examples --release 1.0.0");
     EXPECT_EQ(published.code, 0) << published;
     EXPECT_EQ(vo("install ./pub/../pub/declarations.xml --to app").code, 0);
-    EXPECT_EQ(textOf(voJson("installed")[QStringLiteral("packages")].toArray()[0].toObject(), "directory"),
+    EXPECT_EQ(TextOf(voJson("installed")[QStringLiteral("packages")].toArray()[0].toObject(), "directory"),
               text("app"));
 }
 
-TEST_F(Tool, theUpdatersDirectoryMayBeElsewhere)
+TEST_F(Tool, TheUpdatersDirectoryMayBeElsewhere)
 {
     publishTwo();
     EXPECT_EQ(vo("install @pub/declarations.xml --to @app --updates-dir @elsewhere").code, 0);
@@ -311,7 +311,7 @@ TEST_F(Tool, theUpdatersDirectoryMayBeElsewhere)
     EXPECT_NE(vo("verify Examples").code, 0) << "not known there";
 }
 
-TEST_F(Tool, namesThatAreNotAsciiGoThroughInAnyLocale)
+TEST_F(Tool, NamesThatAreNotAsciiGoThroughInAnyLocale)
 {
     write("Qu\xc3\xa4lle/\xe2\x82\xac \xd0\xb6.txt", "text");
     qputenv("LC_ALL", "C");
@@ -324,7 +324,7 @@ TEST_F(Tool, namesThatAreNotAsciiGoThroughInAnyLocale)
     EXPECT_EQ(tree("app"), tree("Qu\xc3\xa4lle"));
 }
 
-TEST_F(Tool, aDocumentCannotSteerTheTerminal)
+TEST_F(Tool, ADocumentCannotSteerTheTerminal)
 {
     fillSource("one", 1);
     publish("one", "1.0.0");
@@ -335,7 +335,7 @@ TEST_F(Tool, aDocumentCannotSteerTheTerminal)
     EXPECT_NE(json.out.find("a\\u009b2Jb\\nvo: forged\\u202e"), std::string::npos) << json;
 }
 
-TEST_F(Tool, aProgressLineIsDrawnOnlyWhenWanted)
+TEST_F(Tool, AProgressLineIsDrawnOnlyWhenWanted)
 {
     publishTwo();
     const Outcome plain = vo("install @pub/declarations.xml --to @app");
@@ -346,17 +346,17 @@ TEST_F(Tool, aProgressLineIsDrawnOnlyWhenWanted)
     EXPECT_EQ(drawn.err.back(), '\r') << "the line is taken away";
 }
 
-TEST_F(Tool, hostileDefinitionsAreRefusedAndNothingIsWritten)
+TEST_F(Tool, HostileDefinitionsAreRefusedAndNothingIsWritten)
 {
     fillSource("one", 6);
     const QJsonObject published = publish("one", "1.0.0");
     ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
     const QByteArray sound = read(definition(published));
-    const auto firstChunk = column(voJson("plan @" + definition(published) + " --to @other --move"), "chunks", "id");
+    const auto firstChunk = Column(voJson("plan @" + definition(published) + " --to @other --move"), "chunks", "id");
     ASSERT_EQ(firstChunk.size(), 1u);
     const QByteArray chunkPath = "chunks\\" + QByteArray::fromStdString(*firstChunk.begin()) + ".vochk";
     ASSERT_TRUE(sound.contains(chunkPath) && sound.contains("\"file5\""));
-    const QByteArray packageID = textOf(published, "package").c_str();
+    const QByteArray packageID = TextOf(published, "package").c_str();
 
     struct
     {
@@ -396,13 +396,13 @@ TEST_F(Tool, hostileDefinitionsAreRefusedAndNothingIsWritten)
     EXPECT_EQ(vo("verify").code, 0) << "what was installed before";
 }
 
-TEST_F(Tool, damagedReleasesFailAndLeaveEverythingAsItWas)
+TEST_F(Tool, DamagedReleasesFailAndLeaveEverythingAsItWas)
 {
     publishTwo();
     ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0.0 --to @app").code, 0);
     const auto plan = voJson("plan @pub/declarations.xml");
     const std::string folder = definition(second).substr(0, definition(second).rfind('/'));
-    const std::string chunk = folder + "/chunks/" + *column(plan, "chunks", "id").begin() + ".vochk";
+    const std::string chunk = folder + "/chunks/" + *Column(plan, "chunks", "id").begin() + ".vochk";
     QByteArray flipped = read(chunk);
     flipped[flipped.size() / 2] = static_cast<char>(flipped[flipped.size() / 2] ^ 16);
     const QByteArray declarations = read("pub/declarations.xml");
@@ -441,7 +441,7 @@ TEST_F(Tool, damagedReleasesFailAndLeaveEverythingAsItWas)
     EXPECT_TRUE(tree("app") == tree("two"));
 }
 
-TEST_F(Tool, aFolderWhoseFilesDifferOnlyInCaseIsNotPublished)
+TEST_F(Tool, AFolderWhoseFilesDifferOnlyInCaseIsNotPublished)
 {
     write("clash/file", "a");
     write("clash/FILE", "b");
@@ -451,7 +451,7 @@ TEST_F(Tool, aFolderWhoseFilesDifferOnlyInCaseIsNotPublished)
     EXPECT_FALSE(exists("pub")) << "nothing shows before all is done";
 }
 
-TEST_F(Tool, publishingTakesNothingAwayUnasked)
+TEST_F(Tool, PublishingTakesNothingAwayUnasked)
 {
     publishTwo();
     write("two/more.pdb", "left out");
@@ -486,18 +486,18 @@ TEST_F(Tool, publishingTakesNothingAwayUnasked)
 
 namespace {
 
-void interrupt(QProcess& process)
+void Interrupt(QProcess& process)
 {
     ::kill(static_cast<pid_t>(process.processId()), SIGINT);
 }
 
 } // namespace
 
-TEST_F(Tool, controlCStopsAnInstallationThatTheSameCommandThenFinishes)
+TEST_F(Tool, ControlCStopsAnInstallationThatTheSameCommandThenFinishes)
 {
     publishTwo(400, "--chunk-size 64K");
     const std::string command = "install @pub/declarations.xml --to @app";
-    const Outcome stopped = voUntil(command + " -v", 20, interrupt);
+    const Outcome stopped = voUntil(command + " -v", 20, Interrupt);
     EXPECT_EQ(stopped.code, 5) << stopped.err.substr(stopped.err.size() -
                                                      std::min<std::size_t>(2000, stopped.err.size()));
     EXPECT_NE(stopped.err.find("vo: stopped as asked; nothing is left half-written, and the same command goes on from "
@@ -511,16 +511,16 @@ TEST_F(Tool, controlCStopsAnInstallationThatTheSameCommandThenFinishes)
     EXPECT_EQ(vo("verify").code, 0);
 }
 
-TEST_F(Tool, controlCStopsAPublicationAndNothingShows)
+TEST_F(Tool, ControlCStopsAPublicationAndNothingShows)
 {
     fillSource("one", 600);
     const std::string command = "publish @one --to @pub/declarations.xml --name Examples --release 1.0.0";
-    EXPECT_EQ(voUntil(command + " -v", 5, interrupt).code, 5);
+    EXPECT_EQ(voUntil(command + " -v", 5, Interrupt).code, 5);
     EXPECT_FALSE(exists("pub"));
     EXPECT_EQ(vo(command).code, 0);
 }
 
-TEST_F(Tool, anInstallationKilledAnywhereIsCompletedByTheSameCommand)
+TEST_F(Tool, AnInstallationKilledAnywhereIsCompletedByTheSameCommand)
 {
     publishTwo(300, "--chunk-size 64K");
     const std::string old = "install @pub/declarations.xml --release 1.0.0 --to @app";

@@ -4,7 +4,7 @@ class Usage : public VoProgram
 {
 };
 
-TEST_F(Usage, aWrongCommandLineGivesOneHelpfulLineAndTheExitCodeTwo)
+TEST_F(Usage, AWrongCommandLineGivesOneHelpfulLineAndTheExitCodeTwo)
 {
     fillSource("source", 2);
     struct
@@ -83,7 +83,7 @@ TEST_F(Usage, aWrongCommandLineGivesOneHelpfulLineAndTheExitCodeTwo)
     EXPECT_FALSE(exists("data"));
 }
 
-TEST_F(Usage, helpNamesEveryCommandAndExitCode)
+TEST_F(Usage, HelpNamesEveryCommandAndExitCode)
 {
     const Outcome overview = vo("help");
     EXPECT_EQ(overview.code, 0);
@@ -109,12 +109,12 @@ TEST_F(Usage, helpNamesEveryCommandAndExitCode)
     EXPECT_LE(widest, 110u);
 }
 
-TEST_F(Usage, theVersionIsThatOfTheProject)
+TEST_F(Usage, TheVersionIsThatOfTheProject)
 {
     EXPECT_EQ(vo("--version").out, "vo " VO_VERSION "\n");
 }
 
-TEST_F(Usage, aResultThatCannotBeWrittenIsAFailure)
+TEST_F(Usage, AResultThatCannotBeWrittenIsAFailure)
 {
     write("file", "abc");
     QProcess shell;

@@ -3,7 +3,7 @@
 
 using namespace vo::tool;
 
-TEST(ParseBytes, takesDigitsAndOneSuffixOnly)
+TEST(ParseBytes, TakesDigitsAndOneSuffixOnly)
 {
     struct
     {
@@ -24,14 +24,14 @@ TEST(ParseBytes, takesDigitsAndOneSuffixOnly)
         EXPECT_FALSE(ParseBytes(text)) << text;
 }
 
-TEST(ParseInteger, takesTheWholeText)
+TEST(ParseInteger, TakesTheWholeText)
 {
     EXPECT_EQ(ParseInteger("-12"), -12);
     for (const char* text : {"", "1a", "1.0", " 1", "9223372036854775808"})
         EXPECT_FALSE(ParseInteger(text)) << text;
 }
 
-TEST(ParseRelease, readsTheBuildTypeInTheThirdOfFourPlaces)
+TEST(ParseRelease, ReadsTheBuildTypeInTheThirdOfFourPlaces)
 {
     const auto number = ParseRelease("4.2.1.17");
     ASSERT_TRUE(number);
@@ -41,7 +41,7 @@ TEST(ParseRelease, readsTheBuildTypeInTheThirdOfFourPlaces)
     EXPECT_EQ(ReleaseText(number->version).toStdString(), "4.2.17 (build type 1)");
 }
 
-TEST(ParseRelease, fillsMissingPartsWithZero)
+TEST(ParseRelease, FillsMissingPartsWithZero)
 {
     struct
     {
@@ -55,7 +55,7 @@ TEST(ParseRelease, fillsMissingPartsWithZero)
     }
 }
 
-TEST(ParseRelease, refusesWhatIsNoNumber)
+TEST(ParseRelease, RefusesWhatIsNoNumber)
 {
     for (const char* text : {"", ".", "1.", ".1", "1..2", "-1.2.3", "1.-2.3", "1.2.3.4.5", "v1", "1.2.x", " 1", "1.2 ",
                              "2147483648", "99999999999.1"})

@@ -9,16 +9,16 @@
 
 namespace {
 
-constexpr int timeout = 120000; // milliseconds; a sanitised program on a busy machine is slow
+constexpr int Timeout = 120000; // milliseconds; a sanitised program on a busy machine is slow
 
-QString q(const std::string& text)
+QString Q(const std::string& text)
 {
     return QString::fromStdString(text);
 }
 
-Outcome finished(QProcess& process)
+Outcome Finished(QProcess& process)
 {
-    EXPECT_TRUE(process.state() == QProcess::NotRunning || process.waitForFinished(timeout))
+    EXPECT_TRUE(process.state() == QProcess::NotRunning || process.waitForFinished(Timeout))
         << "the program does not end";
     Outcome run;
     run.code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
@@ -53,7 +53,7 @@ QProcessEnvironment VoProgram::environment() const
 
 QStringList VoProgram::words(const std::string& arguments) const
 {
-    QStringList words = q(arguments).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    QStringList words = Q(arguments).split(QLatin1Char(' '), Qt::SkipEmptyParts);
     for (QString& word : words) {
         if (word.startsWith(QLatin1Char('@')))
             word = path(word.mid(1).toStdString());
@@ -67,7 +67,7 @@ Outcome VoProgram::run(const QString& program, const QStringList& arguments)
     process.setProcessEnvironment(environment());
     process.setWorkingDirectory(path("."));
     process.start(program, arguments);
-    return finished(process);
+    return Finished(process);
 }
 
 Outcome VoProgram::vo(const QStringList& arguments)
@@ -102,7 +102,7 @@ Outcome VoProgram::voUntil(const std::string& arguments, int lines, const std::f
     process.start(QStringLiteral(VO_PROGRAM), words(arguments));
     std::string err;
     for (int seen = 0; seen < lines;) {
-        if (!process.canReadLine() && !process.waitForReadyRead(timeout))
+        if (!process.canReadLine() && !process.waitForReadyRead(Timeout))
             break;
         while (seen < lines && process.canReadLine()) {
             err += process.readLine().toStdString();
@@ -110,14 +110,14 @@ Outcome VoProgram::voUntil(const std::string& arguments, int lines, const std::f
         }
     }
     act(process);
-    Outcome run = finished(process);
+    Outcome run = Finished(process);
     run.err = err + run.err;
     return run;
 }
 
 QString VoProgram::path(const std::string& name) const
 {
-    return m_scratch.filePath(q(name));
+    return m_scratch.filePath(Q(name));
 }
 
 void VoProgram::write(const std::string& name, const QByteArray& bytes) const

@@ -16,7 +16,7 @@ protected:
 
 } // namespace
 
-TEST_F(ZipTool, aFolderComesBackFromItsArchive)
+TEST_F(ZipTool, AFolderComesBackFromItsArchive)
 {
     fillSource("in", 20);
     const QJsonObject packed = voJson("zip @a.zip @in");
@@ -29,7 +29,7 @@ TEST_F(ZipTool, aFolderComesBackFromItsArchive)
     EXPECT_EQ(voJson("unzip --list @a.zip")[QLatin1String("entries")].toArray().size(), 20);
 }
 
-TEST_F(ZipTool, hostileArchivesAreListedButRefusedAsUnsafe)
+TEST_F(ZipTool, HostileArchivesAreListedButRefusedAsUnsafe)
 {
     writeArchive({{"good", "x"}, {"../evil\x1b[31m", "xyz"}});
     const Outcome list = vo("unzip --list @a.zip");
@@ -44,7 +44,7 @@ TEST_F(ZipTool, hostileArchivesAreListedButRefusedAsUnsafe)
     EXPECT_FALSE(exists("out"));
 }
 
-TEST_F(ZipTool, aDamagedArchiveLeavesNothing)
+TEST_F(ZipTool, ADamagedArchiveLeavesNothing)
 {
     writeArchive({{"a", "0123456789", 0, 0, -1, 1}});
     EXPECT_EQ(vo("unzip @a.zip @damaged").code, 1);

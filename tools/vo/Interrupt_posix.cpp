@@ -18,14 +18,14 @@ constexpr char Finish = 'f';
 /// functions of others.
 std::atomic<int> writingEnd{-1};
 
-void onSignal(int)
+void OnSignal(int)
 {
     const int savedError = errno;
     [[maybe_unused]] const auto written = write(writingEnd.load(), &Stop, 1);
     errno = savedError;
 }
 
-void raiseOnMessage(int readingEnd, VoStopFlag flag)
+void RaiseOnMessage(int readingEnd, VoStopFlag flag)
 {
     for (char message = 0;;) {
         const auto count = read(readingEnd, &message, 1);
@@ -56,10 +56,10 @@ Interrupt::Interrupt(const VoStopFlag& flag)
         fcntl(end, F_SETFD, FD_CLOEXEC);
     d->readingEnd = ends[0];
     writingEnd = ends[1];
-    d->watcher = std::thread(raiseOnMessage, d->readingEnd, flag);
+    d->watcher = std::thread(RaiseOnMessage, d->readingEnd, flag);
 
     struct sigaction action = {};
-    action.sa_handler = onSignal;
+    action.sa_handler = OnSignal;
     action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     sigemptyset(&action.sa_mask);
     for (std::size_t i = 0; i < std::size(Signals); ++i) {

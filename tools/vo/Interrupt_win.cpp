@@ -11,7 +11,7 @@ namespace {
 /// itself.
 std::atomic<VoStopFlag*> currentFlag{nullptr};
 
-BOOL WINAPI onControl(DWORD)
+BOOL WINAPI OnControl(DWORD)
 {
     // The second time there is no flag any more, and the system ends the process.
     VoStopFlag* const flag = currentFlag.exchange(nullptr);
@@ -32,12 +32,12 @@ Interrupt::Interrupt(const VoStopFlag& flag)
     : d(std::make_unique<Private>(Private{flag}))
 {
     currentFlag = &d->flag;
-    SetConsoleCtrlHandler(onControl, TRUE);
+    SetConsoleCtrlHandler(OnControl, TRUE);
 }
 
 Interrupt::~Interrupt()
 {
-    SetConsoleCtrlHandler(onControl, FALSE);
+    SetConsoleCtrlHandler(OnControl, FALSE);
     currentFlag = nullptr;
 }
 

@@ -23,7 +23,7 @@
 namespace vo::tool {
 namespace {
 
-bool wantsProgress(const Arguments& arguments)
+bool WantsProgress(const Arguments& arguments)
 {
     const VoString wanted = arguments.text("progress").value_or("");
     if (!wanted.isEmpty() && wanted != "always" && wanted != "never")
@@ -33,7 +33,7 @@ bool wantsProgress(const Arguments& arguments)
     return wanted.isEmpty() && !arguments.has("quiet") && ErrorOutputIsTerminal();
 }
 
-Console::Settings settingsOf(const Arguments& arguments)
+Console::Settings SettingsOf(const Arguments& arguments)
 {
     if (arguments.has("quiet") && arguments.has("verbose"))
         throw UsageError("options --quiet and --verbose exclude each other");
@@ -41,7 +41,7 @@ Console::Settings settingsOf(const Arguments& arguments)
     settings.json = arguments.has("json");
     settings.quiet = arguments.has("quiet");
     settings.verbose = arguments.has("verbose");
-    settings.progress = wantsProgress(arguments);
+    settings.progress = WantsProgress(arguments);
     return settings;
 }
 
@@ -95,7 +95,7 @@ private:
 };
 
 /// Runs the command and turns whatever it throws into a message and a code.
-ExitCode guarded(const Command& command, Session& session, LogView& log)
+ExitCode Guarded(const Command& command, Session& session, LogView& log)
 {
     try {
         const ExitCode code = Doing(session.arguments, "", "", [&] { return command.run(session); });
@@ -108,7 +108,7 @@ ExitCode guarded(const Command& command, Session& session, LogView& log)
     }
 }
 
-ExitCode runCommand(const Arguments& arguments, Console& console)
+ExitCode RunCommand(const Arguments& arguments, Console& console)
 {
     const Command& command = *arguments.command();
     const VoStopFlag stop;
@@ -123,11 +123,11 @@ ExitCode runCommand(const Arguments& arguments, Console& console)
         VoUpdater::OverrideUpdateSystemDirectory(*directory);
     DownloadCounts counts;
     Session session{arguments, console, stop, PrepareDownloads(arguments, console, counts), counts};
-    return console.finish(command.name, guarded(command, session, log));
+    return console.finish(command.name, Guarded(command, session, log));
 }
 
 /// Ends a run that did not come to its command.
-ExitCode refuse(const CommandError& error, const QStringList& texts)
+ExitCode Refuse(const CommandError& error, const QStringList& texts)
 {
     Console::Settings settings;
     settings.json = texts.contains(QStringLiteral("--json"));
@@ -148,12 +148,12 @@ ExitCode RunProgram(const QStringList& texts)
             return PrintHelp(arguments.command());
         if (arguments.command() == nullptr)
             throw UsageError("no command is given; see vo help");
-        Console console(settingsOf(arguments));
-        return runCommand(arguments, console);
+        Console console(SettingsOf(arguments));
+        return RunCommand(arguments, console);
     } catch (const CommandError& error) {
-        return refuse(error, texts);
+        return Refuse(error, texts);
     } catch (...) {
-        return refuse(Failure(CurrentExceptionText()), texts);
+        return Refuse(Failure(CurrentExceptionText()), texts);
     }
 }
 

@@ -12,19 +12,19 @@
 namespace vo::detail {
 namespace {
 
-constexpr unsigned char caseBit = 0x20;
-constexpr std::size_t blockSize = 32;
-constexpr std::size_t wordSize = sizeof(std::uint64_t);
+constexpr unsigned char CaseBit = 0x20;
+constexpr std::size_t BlockSize = 32;
+constexpr std::size_t WordSize = sizeof(std::uint64_t);
 
 constexpr unsigned char FoldAscii(unsigned char c)
 {
-    return static_cast<unsigned char>(c - 'A') < 26 ? static_cast<unsigned char>(c | caseBit) : c;
+    return static_cast<unsigned char>(c - 'A') < 26 ? static_cast<unsigned char>(c | CaseBit) : c;
 }
 
 std::uint64_t LoadWord(const char* bytes)
 {
     std::uint64_t word;
-    std::memcpy(&word, bytes, wordSize);
+    std::memcpy(&word, bytes, WordSize);
     return word;
 }
 
@@ -45,7 +45,7 @@ std::uint64_t FoldAsciiWord(std::uint64_t word)
 bool BlocksDifferFoldedAscii(const char* a, const char* b)
 {
     unsigned char difference = 0;
-    for (std::size_t i = 0; i < blockSize; ++i) {
+    for (std::size_t i = 0; i < BlockSize; ++i) {
         const unsigned char foldedA = FoldAscii(static_cast<unsigned char>(a[i]));
         const unsigned char foldedB = FoldAscii(static_cast<unsigned char>(b[i]));
         difference = static_cast<unsigned char>(difference | (foldedA ^ foldedB));
@@ -71,13 +71,13 @@ std::size_t SkipIdentical(const char* a, const char* b, std::size_t length)
 std::size_t MismatchFoldedAscii(const char* a, const char* b, std::size_t length, const LocaleRecord& locale)
 {
     std::size_t i = SkipIdentical(a, b, length);
-    while (i + blockSize <= length && !BlocksDifferFoldedAscii(a + i, b + i))
-        i += blockSize;
-    while (i + wordSize <= length && WordsEqualFoldedAscii(a + i, b + i))
-        i += wordSize;
+    while (i + BlockSize <= length && !BlocksDifferFoldedAscii(a + i, b + i))
+        i += BlockSize;
+    while (i + WordSize <= length && WordsEqualFoldedAscii(a + i, b + i))
+        i += WordSize;
     // The last word overlaps what is known to be equal.
-    if (i + wordSize > length && length >= wordSize &&
-        WordsEqualFoldedAscii(a + length - wordSize, b + length - wordSize))
+    if (i + WordSize > length && length >= WordSize &&
+        WordsEqualFoldedAscii(a + length - WordSize, b + length - WordSize))
         return length;
     while (i < length && locale.folded(a[i]) == locale.folded(b[i]))
         ++i;
@@ -88,11 +88,11 @@ std::size_t MismatchFoldedByTable(const char* a, const char* b, std::size_t leng
 {
     std::size_t i = 0;
     while (i < length) {
-        if (i + wordSize <= length && LoadWord(a + i) == LoadWord(b + i)) {
-            i += wordSize;
+        if (i + WordSize <= length && LoadWord(a + i) == LoadWord(b + i)) {
+            i += WordSize;
             continue;
         }
-        const std::size_t end = std::min(i + wordSize, length);
+        const std::size_t end = std::min(i + WordSize, length);
         for (; i < end; ++i)
             if (locale.folded(a[i]) != locale.folded(b[i]))
                 return i;
@@ -111,7 +111,7 @@ struct BytePattern
     {
         const unsigned char folded = FoldAscii(static_cast<unsigned char>(c));
         const bool isLetter = static_cast<unsigned char>(folded - 'a') < 26;
-        return {isLetter ? caseBit : static_cast<unsigned char>(0), folded};
+        return {isLetter ? CaseBit : static_cast<unsigned char>(0), folded};
     }
     bool matches(char c) const { return (static_cast<unsigned char>(c) | mask) == value; }
 };
@@ -120,7 +120,7 @@ struct BytePattern
 bool BlockHasCandidate(const char* firsts, BytePattern first, const char* lasts, BytePattern last)
 {
     unsigned char found = 0;
-    for (std::size_t i = 0; i < blockSize; ++i) {
+    for (std::size_t i = 0; i < BlockSize; ++i) {
         const auto firstFits = static_cast<unsigned char>(first.matches(firsts[i]));
         const auto lastFits = static_cast<unsigned char>(last.matches(lasts[i]));
         found = static_cast<unsigned char>(found | (firstFits & lastFits));
@@ -140,10 +140,10 @@ std::size_t FindByFirstAndLast(std::string_view text, std::size_t needleLength, 
     const std::size_t end = text.size() - needleLength + 1;
     std::size_t i = from;
     while (i < end) {
-        const std::size_t blockEnd = std::min(i + blockSize, end);
+        const std::size_t blockEnd = std::min(i + BlockSize, end);
         // The last block overlaps the one before.
-        const std::size_t block = std::min(i, end < from + blockSize ? end : end - blockSize);
-        if (end >= from + blockSize && !BlockHasCandidate(firsts + block, first, lasts + block, last)) {
+        const std::size_t block = std::min(i, end < from + BlockSize ? end : end - BlockSize);
+        if (end >= from + BlockSize && !BlockHasCandidate(firsts + block, first, lasts + block, last)) {
             i = blockEnd;
             continue;
         }
@@ -340,8 +340,8 @@ LocalePtr RecordOf(const std::locale& locale)
 std::size_t MismatchExact(const char* a, const char* b, std::size_t length)
 {
     std::size_t i = SkipIdentical(a, b, length);
-    while (i + wordSize <= length && LoadWord(a + i) == LoadWord(b + i))
-        i += wordSize;
+    while (i + WordSize <= length && LoadWord(a + i) == LoadWord(b + i))
+        i += WordSize;
     while (i < length && a[i] == b[i])
         ++i;
     return i;
@@ -390,13 +390,13 @@ std::size_t FindFolded(std::string_view text, std::string_view needle, std::size
 
 std::size_t HashFolded(std::string_view text, const LocaleRecord& locale)
 {
-    constexpr std::size_t chunkSize = 8 * wordSize;
+    constexpr std::size_t chunkSize = 8 * WordSize;
     std::uint64_t hash = Mix(0, text.size());
     while (!text.empty()) {
         const std::size_t length = std::min(text.size(), chunkSize);
         unsigned char folded[chunkSize] = {};
         FoldBytes(text.data(), length, locale, folded);
-        for (std::size_t i = 0; i < length; i += wordSize)
+        for (std::size_t i = 0; i < length; i += WordSize)
             hash = Mix(hash, LoadWord(reinterpret_cast<const char*>(folded) + i));
         text.remove_prefix(length);
     }

@@ -10,13 +10,13 @@ namespace vo::detail {
 namespace {
 
 // The largest double has 309 digits before the point.
-constexpr std::size_t longestNumber = 384;
+constexpr std::size_t LongestNumber = 384;
 
 template <typename... Arguments>
 std::string ToText(Arguments... arguments)
 {
-    char buffer[longestNumber];
-    const std::to_chars_result result = std::to_chars(buffer, buffer + longestNumber, arguments...);
+    char buffer[LongestNumber];
+    const std::to_chars_result result = std::to_chars(buffer, buffer + LongestNumber, arguments...);
     return std::string(buffer, result.ptr);
 }
 

@@ -20,30 +20,30 @@ public:
     /// The next header in question.
     void offer(const VoVariant& value, std::size_t column)
     {
-        if (m_alike != none || value.isNull())
+        if (m_alike != NoColumn || value.isNull())
             return;
         const VoString text = value.toString();
         if (text.equal(m_header, VoString::CaseSensitive))
             m_alike = column;
-        else if (m_similar == none && text.equal(m_header, VoString::CaseInsensitive))
+        else if (m_similar == NoColumn && text.equal(m_header, VoString::CaseInsensitive))
             m_similar = column;
     }
 
     /// @throws VoNotFoundException
     std::size_t found() const
     {
-        const std::size_t column = m_alike != none ? m_alike : m_similar;
-        if (column == none)
+        const std::size_t column = m_alike != NoColumn ? m_alike : m_similar;
+        if (column == NoColumn)
             throw VoNotFoundException(m_header);
         return column;
     }
 
 private:
-    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+    static constexpr std::size_t NoColumn = static_cast<std::size_t>(-1);
 
     const VoString& m_header;
-    std::size_t m_alike = none;
-    std::size_t m_similar = none;
+    std::size_t m_alike = NoColumn;
+    std::size_t m_similar = NoColumn;
 };
 
 } // namespace vo::detail

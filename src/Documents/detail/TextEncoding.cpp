@@ -16,24 +16,24 @@ struct Named
 };
 
 // The first name of an encoding is the one it is called by.
-constexpr Named names[] = {{"UTF-8", TextEncoding::UTF8},         {"UTF-16LE", TextEncoding::UTF16LE},
+constexpr Named Names[] = {{"UTF-8", TextEncoding::UTF8},         {"UTF-16LE", TextEncoding::UTF16LE},
                            {"UTF-16BE", TextEncoding::UTF16BE},   {"UTF-32LE", TextEncoding::UTF32LE},
                            {"UTF-32BE", TextEncoding::UTF32BE},   {"Windows-1252", TextEncoding::Windows1252},
                            {"CP1252", TextEncoding::Windows1252}, {"ISO-8859-1", TextEncoding::ISO88591},
                            {"Latin1", TextEncoding::ISO88591}};
 
 // That of UTF-32LE begins with that of UTF-16LE and so comes first.
-constexpr EncodingMark marks[] = {{TextEncoding::UTF8, {"\xef\xbb\xbf", 3}},
+constexpr EncodingMark Marks[] = {{TextEncoding::UTF8, {"\xef\xbb\xbf", 3}},
                                   {TextEncoding::UTF32LE, {"\xff\xfe\0\0", 4}},
                                   {TextEncoding::UTF32BE, {"\0\0\xfe\xff", 4}},
                                   {TextEncoding::UTF16LE, {"\xff\xfe", 2}},
                                   {TextEncoding::UTF16BE, {"\xfe\xff", 2}}};
 
 // Windows-1252 differs from ISO 8859-1 from 0x80 to 0x9F only; 0 is no character.
-constexpr std::array<char16_t, 32> windows1252 = {0x20ac, 0,      0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021,
-                                                  0x02c6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017d, 0,
-                                                  0,      0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014,
-                                                  0x02dc, 0x2122, 0x0161, 0x203a, 0x0153, 0,      0x017e, 0x0178};
+constexpr std::array<char16_t, 32> Windows1252Codes = {0x20ac, 0,      0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021,
+                                                       0x02c6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017d, 0,
+                                                       0,      0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014,
+                                                       0x02dc, 0x2122, 0x0161, 0x203a, 0x0153, 0,      0x017e, 0x0178};
 
 bool IsSurrogate(char32_t code)
 {
@@ -80,7 +80,7 @@ DecodedCharacter DecodeWindows1252(unsigned char byte)
 {
     if (byte < 0x80 || byte >= 0xa0)
         return {byte, 1, State::Whole};
-    const char32_t code = windows1252[byte - 0x80U];
+    const char32_t code = Windows1252Codes[byte - 0x80U];
     return {code, 1, code == 0 ? State::Invalid : State::Whole};
 }
 
@@ -90,10 +90,10 @@ std::optional<unsigned char> ByteOf(char32_t code, TextEncoding encoding)
     const bool isWindows = encoding == TextEncoding::Windows1252;
     if (code < 0x80 || (code < 0x100 && (code >= 0xa0 || !isWindows)))
         return static_cast<unsigned char>(code);
-    const auto found = std::find(windows1252.begin(), windows1252.end(), code);
-    if (!isWindows || found == windows1252.end())
+    const auto found = std::find(Windows1252Codes.begin(), Windows1252Codes.end(), code);
+    if (!isWindows || found == Windows1252Codes.end())
         return std::nullopt;
-    return static_cast<unsigned char>(0x80 + std::distance(windows1252.begin(), found));
+    return static_cast<unsigned char>(0x80 + std::distance(Windows1252Codes.begin(), found));
 }
 
 bool IsUnicode(TextEncoding encoding)
@@ -145,14 +145,14 @@ bool EqualsWithoutCase(std::string_view a, std::string_view b)
 
 const char* EncodingName(TextEncoding encoding)
 {
-    return std::find_if(std::begin(names), std::end(names),
+    return std::find_if(std::begin(Names), std::end(Names),
                         [&](const Named& known) { return known.encoding == encoding; })
         ->name;
 }
 
 std::optional<TextEncoding> EncodingNamed(std::string_view name)
 {
-    for (const Named& known : names) {
+    for (const Named& known : Names) {
         if (EqualsWithoutCase(known.name, name))
             return known.encoding;
     }
@@ -161,7 +161,7 @@ std::optional<TextEncoding> EncodingNamed(std::string_view name)
 
 std::optional<EncodingMark> MarkOf(std::string_view bytes)
 {
-    for (const EncodingMark& mark : marks) {
+    for (const EncodingMark& mark : Marks) {
         if (bytes.substr(0, mark.bytes.size()) == mark.bytes)
             return mark;
     }
@@ -198,7 +198,7 @@ std::optional<char32_t> FirstUnwritable(std::string_view text, TextEncoding enco
             rest.remove_prefix(character.size);
         }
     }
-    return valid == text.size() ? std::nullopt : std::optional<char32_t>(notUTF8);
+    return valid == text.size() ? std::nullopt : std::optional<char32_t>(NotUTF8);
 }
 
 void AppendEncoded(std::string& bytes, std::string_view text, TextEncoding encoding)

@@ -27,7 +27,7 @@ struct EncodingMark
     std::string_view bytes;
 };
 
-constexpr std::size_t longestEncodingMark = 4;
+constexpr std::size_t LongestEncodingMark = 4;
 
 /// The mark that a file begins with, seen in its first bytes.
 std::optional<EncodingMark> MarkOf(std::string_view bytes);
@@ -37,7 +37,7 @@ DecodedCharacter Decode(std::string_view bytes, TextEncoding encoding);
 
 /// The first character of a text that cannot be written in the encoding; notUTF8 for bytes that are none.
 std::optional<char32_t> FirstUnwritable(std::string_view text, TextEncoding encoding);
-constexpr char32_t notUTF8 = 0xffffffff;
+constexpr char32_t NotUTF8 = 0xffffffff;
 
 /// Appends a text without unwritable characters, which is UTF-8, in another encoding.
 void AppendEncoded(std::string& bytes, std::string_view text, TextEncoding encoding);

@@ -7,7 +7,7 @@
 namespace vo::detail {
 namespace {
 
-constexpr std::size_t rawBlockSize = 64 * 1024;
+constexpr std::size_t RawBlockSize = 64 * 1024;
 
 // LF and a CR end a line, an LF behind a CR does not once more. The compiler makes vector code of this.
 std::size_t LineEndsIn(std::string_view text, char before)
@@ -63,9 +63,9 @@ std::size_t TextInput::take(char* target, std::size_t room)
 
 void TextInput::readMark()
 {
-    while (m_raw.size() < longestEncodingMark && !m_isAtEnd) {
-        char bytes[longestEncodingMark];
-        m_raw.append(bytes, take(bytes, longestEncodingMark - m_raw.size()));
+    while (m_raw.size() < LongestEncodingMark && !m_isAtEnd) {
+        char bytes[LongestEncodingMark];
+        m_raw.append(bytes, take(bytes, LongestEncodingMark - m_raw.size()));
     }
     m_hasReadMark = true;
     const auto mark = MarkOf(m_raw);
@@ -112,7 +112,7 @@ std::size_t TextInput::readDecoded(char* target, std::size_t room)
 
 void TextInput::decodeMore()
 {
-    std::string block(rawBlockSize, '\0');
+    std::string block(RawBlockSize, '\0');
     m_raw.append(block, 0, take(block.data(), block.size()));
     std::string_view rest = m_raw;
     while (!rest.empty()) {

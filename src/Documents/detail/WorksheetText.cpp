@@ -217,7 +217,7 @@ std::string_view WorksheetText::shortened(std::size_t column, std::string_view t
 
 void WorksheetText::appendText(std::string_view text)
 {
-    static constexpr char Digits[] = "0123456789ABCDEF";
+    static constexpr char digits[] = "0123456789ABCDEF";
     std::size_t done = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
@@ -237,8 +237,8 @@ void WorksheetText::appendText(std::string_view text)
             m_text += "_x005F_";
         } else if (byte < 0x20) {
             m_text += "_x00";
-            m_text += Digits[byte >> 4];
-            m_text += Digits[byte & 0xF];
+            m_text += digits[byte >> 4];
+            m_text += digits[byte & 0xF];
             m_text += '_';
         } else if (StartsWithNonCharacter(text.substr(i))) {
             m_text += text[i + 2] == '\xBE' ? "_xFFFE_" : "_xFFFF_";

@@ -72,21 +72,21 @@ DownloadFailure StatusFailure(QNetworkReply& reply, const QUrl& url)
 
 std::optional<VoTimeDuration> RetryAfter(const QByteArray& value, const QDateTime& now)
 {
-    constexpr qint64 Longest = 1000000000; // seconds; what is longer is never waited for anyway
+    constexpr qint64 longest = 1000000000; // seconds; what is longer is never waited for anyway
     const QByteArray text = value.trimmed();
     if (text.isEmpty())
         return std::nullopt;
     if (std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; })) {
         bool fits = false;
         const qint64 seconds = text.toLongLong(&fits);
-        return VoTimeDuration(VoSeconds(fits ? std::min(seconds, Longest) : Longest));
+        return VoTimeDuration(VoSeconds(fits ? std::min(seconds, longest) : longest));
     }
     QDateTime date =
         QLocale::c().toDateTime(QString::fromLatin1(text), QStringLiteral("ddd, dd MMM yyyy hh:mm:ss 'GMT'"));
     if (!date.isValid())
         return std::nullopt;
     date.setTimeSpec(Qt::UTC);
-    return VoTimeDuration(VoSeconds(std::clamp(now.secsTo(date), qint64{0}, Longest)));
+    return VoTimeDuration(VoSeconds(std::clamp(now.secsTo(date), qint64{0}, longest)));
 }
 
 VoString DisplayText(const QUrl& url)

@@ -52,10 +52,10 @@ bool IsRedirect(int status)
 // What a server calls a version of a file; nothing that could not be sent back as it came.
 VoString TagOf(const QNetworkReply& reply)
 {
-    constexpr int Longest = 256;
+    constexpr int longest = 256;
     const QByteArray tag = reply.rawHeader("ETag").trimmed();
     const auto isPlain = [](char c) { return c > 0x20 && c < 0x7F; };
-    if (tag.size() > Longest || !std::all_of(tag.begin(), tag.end(), isPlain))
+    if (tag.size() > longest || !std::all_of(tag.begin(), tag.end(), isPlain))
         return VoString();
     return VoString(tag.toStdString());
 }
@@ -74,8 +74,8 @@ QString ConnectionName(const QUrl& url)
 
 double Jitter()
 {
-    constexpr long long Steps = 1000;
-    return static_cast<double>(VoMaths::RandomInteger(0, Steps)) / static_cast<double>(Steps);
+    constexpr long long steps = 1000;
+    return static_cast<double>(VoMaths::RandomInteger(0, steps)) / static_cast<double>(steps);
 }
 
 } // namespace

@@ -7,7 +7,7 @@ namespace vo::detail {
 // The lock is that nobody else may open the file; the system closes it with the process.
 FileLock::Handle FileLock::Take(const std::filesystem::path& path, std::error_code& openError, std::error_code&)
 {
-    constexpr int Attempts = 50;
+    constexpr int attempts = 50;
     for (int attempt = 0;; ++attempt) {
         const HANDLE handle = ::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
                                             OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -17,7 +17,7 @@ FileLock::Handle FileLock::Take(const std::filesystem::path& path, std::error_co
         if (error == ERROR_SHARING_VIOLATION)
             return NoHandle;
         // Also told while the file of the last holder is going away.
-        if (error != ERROR_ACCESS_DENIED || attempt == Attempts) {
+        if (error != ERROR_ACCESS_DENIED || attempt == attempts) {
             openError = std::error_code(static_cast<int>(error), std::system_category());
             return NoHandle;
         }

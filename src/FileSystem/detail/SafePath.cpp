@@ -45,12 +45,12 @@ bool IsPortNumber(std::string_view text) noexcept
 // Names that some systems take for a device whatever their extension.
 bool NamesDevice(std::string_view piece) noexcept
 {
-    static constexpr std::array<std::string_view, 7> Devices = {"CON",    "PRN",     "AUX",   "NUL",
+    static constexpr std::array<std::string_view, 7> devices = {"CON",    "PRN",     "AUX",   "NUL",
                                                                 "CONIN$", "CONOUT$", "CLOCK$"};
     std::string_view stem = piece.substr(0, piece.find('.'));
     while (!stem.empty() && stem.back() == ' ')
         stem.remove_suffix(1);
-    if (std::any_of(Devices.begin(), Devices.end(),
+    if (std::any_of(devices.begin(), devices.end(),
                     [&](std::string_view device) { return EqualIgnoringCase(stem, device); }))
         return true;
     const std::string_view port = stem.substr(0, 3);
@@ -70,10 +70,10 @@ const char* PieceProblem(std::string_view piece) noexcept
 
 bool SafeName(std::string_view name) noexcept
 {
-    static constexpr std::string_view Forbidden = "\\/:*?\"<>|";
+    static constexpr std::string_view forbidden = "\\/:*?\"<>|";
     if (name.size() > MaximumNameLength || PieceProblem(name) || IsBlankOrDot(name.front()))
         return false;
-    if (std::any_of(name.begin(), name.end(), IsControl) || name.find_first_of(Forbidden) != std::string_view::npos)
+    if (std::any_of(name.begin(), name.end(), IsControl) || name.find_first_of(forbidden) != std::string_view::npos)
         return false;
     return !EqualIgnoringCase(name, "packages");
 }

@@ -35,9 +35,9 @@ inline std::filesystem::path SiblingPath(const std::filesystem::path& file)
 template <typename Make>
 std::error_code MakeUnderNewName(Make make)
 {
-    constexpr int Attempts = 100;
+    constexpr int attempts = 100;
     std::error_code error;
-    for (int attempt = 0; attempt < Attempts; ++attempt) {
+    for (int attempt = 0; attempt < attempts; ++attempt) {
         error = make();
         if (error != std::errc::file_exists)
             break;

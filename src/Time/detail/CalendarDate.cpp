@@ -3,9 +3,9 @@
 namespace vo::detail {
 namespace {
 
-constexpr std::int64_t daysPerEra = 146097;
+constexpr std::int64_t DaysPerEra = 146097;
 // From 0000-03-01 to 1970-01-01.
-constexpr std::int64_t daysBefore1970 = 719468;
+constexpr std::int64_t DaysBefore1970 = 719468;
 
 } // namespace
 
@@ -17,9 +17,9 @@ std::int64_t FloorDivide(std::int64_t dividend, std::int64_t divisor)
 // Counts in eras of 400 years that begin on a first of March, so that the leap day is the last of its year.
 CalendarDate DateOf(std::int64_t day)
 {
-    const std::int64_t sinceMarch0000 = day + daysBefore1970;
-    const std::int64_t era = FloorDivide(sinceMarch0000, daysPerEra);
-    const std::int64_t dayOfEra = sinceMarch0000 - era * daysPerEra;
+    const std::int64_t sinceMarch0000 = day + DaysBefore1970;
+    const std::int64_t era = FloorDivide(sinceMarch0000, DaysPerEra);
+    const std::int64_t dayOfEra = sinceMarch0000 - era * DaysPerEra;
     const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
     const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
     const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
@@ -34,7 +34,7 @@ std::int64_t DayOf(const CalendarDate& date)
     const std::int64_t yearOfEra = year - era * 400;
     const std::int64_t monthFromMarch = date.month > 2 ? date.month - 3 : date.month + 9;
     const std::int64_t dayOfYear = (153 * monthFromMarch + 2) / 5 + date.day - 1;
-    return era * daysPerEra + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - daysBefore1970;
+    return era * DaysPerEra + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - DaysBefore1970;
 }
 
 bool IsDate(const CalendarDate& date)

@@ -10,16 +10,16 @@
 namespace vo::detail {
 namespace {
 
-constexpr std::string_view months[] = {"January", "February", "March",     "April",   "May",      "June",
+constexpr std::string_view Months[] = {"January", "February", "March",     "April",   "May",      "June",
                                        "July",    "August",   "September", "October", "November", "December"};
-constexpr std::string_view weekdays[] = {"Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday", "Sunday"};
-constexpr std::size_t shortName = 3;
+constexpr std::string_view Weekdays[] = {"Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday", "Sunday"};
+constexpr std::size_t ShortName = 3;
 
-constexpr std::string_view dateLetters = "YmdejaAbBuGVyF";
-constexpr std::string_view timeLetters = "HIMSfpT";
-constexpr std::string_view zoneLetters = "zZ";
+constexpr std::string_view DateLetters = "YmdejaAbBuGVyF";
+constexpr std::string_view TimeLetters = "HIMSfpT";
+constexpr std::string_view ZoneLetters = "zZ";
 // Read back neither: the year of the week, the week, a year without its century and the zone's name.
-constexpr std::string_view onlyShown = "GVyZ";
+constexpr std::string_view OnlyShown = "GVyZ";
 
 [[noreturn]] void Refuse(std::string_view pattern)
 {
@@ -41,9 +41,9 @@ bool IsOneOf(char letter, std::string_view letters)
 
 bool HasMeaning(char letter, DateParts parts)
 {
-    return (parts != DateParts::Time && IsOneOf(letter, dateLetters)) ||
-           (parts != DateParts::Date && IsOneOf(letter, timeLetters)) ||
-           (parts == DateParts::All && IsOneOf(letter, zoneLetters));
+    return (parts != DateParts::Time && IsOneOf(letter, DateLetters)) ||
+           (parts != DateParts::Date && IsOneOf(letter, TimeLetters)) ||
+           (parts == DateParts::All && IsOneOf(letter, ZoneLetters));
 }
 
 // Calls back for each piece; %F and %T are taken apart into theirs.
@@ -96,7 +96,7 @@ std::int64_t DayOfYear(const CalendarDate& date)
 
 std::string_view WeekdayName(const DateFields& fields)
 {
-    return weekdays[WeekdayOf(DayOfFields(fields)) - 1];
+    return Weekdays[WeekdayOf(DayOfFields(fields)) - 1];
 }
 
 std::string DateText(char letter, const DateFields& fields)
@@ -115,13 +115,13 @@ std::string DateText(char letter, const DateFields& fields)
     case 'j':
         return Padded(DayOfYear({fields.year, fields.month, fields.day}), 3);
     case 'a':
-        return std::string(WeekdayName(fields).substr(0, shortName));
+        return std::string(WeekdayName(fields).substr(0, ShortName));
     case 'A':
         return std::string(WeekdayName(fields));
     case 'b':
-        return std::string(months[fields.month - 1].substr(0, shortName));
+        return std::string(Months[fields.month - 1].substr(0, ShortName));
     case 'B':
-        return std::string(months[fields.month - 1]);
+        return std::string(Months[fields.month - 1]);
     case 'u':
         return std::to_string(WeekdayOf(DayOfFields(fields)));
     case 'G':
@@ -167,7 +167,7 @@ public:
     {
         if (piece.letter == 0)
             m_scanner.expect(piece.plain);
-        else if (IsOneOf(piece.letter, dateLetters))
+        else if (IsOneOf(piece.letter, DateLetters))
             readDate(piece.letter);
         else
             readTime(piece);
@@ -207,7 +207,7 @@ private:
             break;
         case 'b':
         case 'B':
-            m_fields.month = name(months, letter == 'b');
+            m_fields.month = name(Months, letter == 'b');
             break;
         case 'u':
             m_weekday = m_scanner.number(1);
@@ -215,7 +215,7 @@ private:
                 m_scanner.fail();
             break;
         default: // 'a' and 'A'
-            m_weekday = name(weekdays, letter == 'a');
+            m_weekday = name(Weekdays, letter == 'a');
         }
     }
 
@@ -263,7 +263,7 @@ private:
     int name(const std::string_view (&names)[size], bool isShort)
     {
         for (std::size_t i = 0; i < size; ++i) {
-            if (m_scanner.acceptWord(isShort ? names[i].substr(0, shortName) : names[i]))
+            if (m_scanner.acceptWord(isShort ? names[i].substr(0, ShortName) : names[i]))
                 return static_cast<int>(i) + 1;
         }
         m_scanner.fail();
@@ -299,7 +299,7 @@ std::string FormatDate(std::string_view pattern, DateParts parts, const DateFiel
     ForEachPiece(pattern, parts, [&](const Piece& piece) {
         if (piece.letter == 0)
             text += piece.plain;
-        else if (IsOneOf(piece.letter, dateLetters))
+        else if (IsOneOf(piece.letter, DateLetters))
             text += DateText(piece.letter, fields);
         else
             text += TimeText(piece, fields);
@@ -311,7 +311,7 @@ bool ParseDate(std::string_view pattern, DateParts parts, std::string_view text,
 {
     Reader reader(text, fields);
     ForEachPiece(pattern, parts, [&](const Piece& piece) {
-        if (piece.letter != 0 && IsOneOf(piece.letter, onlyShown))
+        if (piece.letter != 0 && IsOneOf(piece.letter, OnlyShown))
             Refuse(pattern);
         reader.read(piece);
     });

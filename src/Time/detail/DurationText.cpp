@@ -13,18 +13,18 @@
 namespace vo::detail {
 namespace {
 
-constexpr std::int64_t secondUnit = 1000000000;
-constexpr std::int64_t minuteUnit = 60 * secondUnit;
-constexpr std::int64_t hourUnit = 60 * minuteUnit;
-constexpr std::int64_t dayUnit = 24 * hourUnit;
+constexpr std::int64_t SecondUnit = 1000000000;
+constexpr std::int64_t MinuteUnit = 60 * SecondUnit;
+constexpr std::int64_t HourUnit = 60 * MinuteUnit;
+constexpr std::int64_t DayUnit = 24 * HourUnit;
 
 using Units = std::pair<std::string_view, std::int64_t>;
 
 // Of two that begin alike the longer one stands first.
-constexpr Units namedUnits[] = {{"d", dayUnit},    {"h", hourUnit},   {"min", minuteUnit}, {"ms", 1000000},
-                                {"m", minuteUnit}, {"s", secondUnit}, {"us", 1000},        {"ns", 1}};
-constexpr Units isoDateUnits[] = {{"W", 7 * dayUnit}, {"D", dayUnit}};
-constexpr Units isoTimeUnits[] = {{"H", hourUnit}, {"M", minuteUnit}, {"S", secondUnit}};
+constexpr Units NamedUnits[] = {{"d", DayUnit},    {"h", HourUnit},   {"min", MinuteUnit}, {"ms", 1000000},
+                                {"m", MinuteUnit}, {"s", SecondUnit}, {"us", 1000},        {"ns", 1}};
+constexpr Units IsoDateUnits[] = {{"W", 7 * DayUnit}, {"D", DayUnit}};
+constexpr Units IsoTimeUnits[] = {{"H", HourUnit}, {"M", MinuteUnit}, {"S", SecondUnit}};
 
 // ".5" of nanoseconds, without zeros at the end.
 std::string Fraction(int nanoseconds)
@@ -66,7 +66,7 @@ private:
         while (goesOn()) {
             readNumber();
             m_scanner.accept(' ');
-            readUnit(namedUnits, [this](std::string_view name) { return m_scanner.acceptWord(name); });
+            readUnit(NamedUnits, [this](std::string_view name) { return m_scanner.acceptWord(name); });
             // A blank is for the next component.
             if (m_scanner.accept(' ') && m_scanner.rest().empty())
                 m_scanner.fail();
@@ -78,13 +78,13 @@ private:
         const auto accepts = [this](std::string_view letter) { return m_scanner.accept(letter.front()); };
         while (goesOn() && !m_scanner.accept('T')) {
             readNumber();
-            readUnit(isoDateUnits, accepts);
+            readUnit(IsoDateUnits, accepts);
             if (m_scanner.rest().empty())
                 return;
         }
         do { // behind the T something must come
             readNumber();
-            readUnit(isoTimeUnits, accepts);
+            readUnit(IsoTimeUnits, accepts);
         } while (goesOn());
     }
 

@@ -14,8 +14,8 @@
 namespace vo::detail {
 namespace {
 
-constexpr std::size_t headerSize = 44;
-constexpr std::size_t largestFile = 1 << 20; // the largest of the database has a few kilobytes
+constexpr std::size_t HeaderSize = 44;
+constexpr std::size_t LargestFile = 1 << 20; // the largest of the database has a few kilobytes
 
 std::int64_t BigEndian(std::string_view bytes)
 {
@@ -29,7 +29,7 @@ std::string ContentOf(const std::string& id)
 {
     const char* folder = std::getenv("TZDIR");
     std::ifstream file(std::string(folder && *folder ? folder : "/usr/share/zoneinfo") + '/' + id, std::ios::binary);
-    std::string content(largestFile, '\0');
+    std::string content(LargestFile, '\0');
     file.read(content.data(), static_cast<std::streamsize>(content.size()));
     content.resize(static_cast<std::size_t>(file.gcount()));
     return content;
@@ -40,7 +40,7 @@ class Header
 {
 public:
     explicit Header(std::string_view text)
-        : m_isValid(text.size() >= headerSize && text.substr(0, 4) == "TZif" && text[4] >= '2')
+        : m_isValid(text.size() >= HeaderSize && text.substr(0, 4) == "TZif" && text[4] >= '2')
     {
         for (std::size_t i = 0; m_isValid && i < std::size(m_counts); ++i)
             m_counts[i] = static_cast<std::uint32_t>(BigEndian(text.substr(20 + 4 * i, 4)));
@@ -70,13 +70,13 @@ public:
     static std::shared_ptr<const ZoneData> Read(std::string_view content)
     {
         const Header old(content);
-        content.remove_prefix(std::min<std::uint64_t>(content.size(), headerSize + old.dataSize(4)));
+        content.remove_prefix(std::min<std::uint64_t>(content.size(), HeaderSize + old.dataSize(4)));
         const Header header(content);
         if (!old.isValid() || !header.isValid() || header.types() == 0 ||
-            content.size() - headerSize < header.dataSize(8))
+            content.size() - HeaderSize < header.dataSize(8))
             return nullptr;
         auto zone = std::make_shared<RecordedZone>();
-        content.remove_prefix(headerSize);
+        content.remove_prefix(HeaderSize);
         if (!zone->readChanges(content, header))
             return nullptr;
         content.remove_prefix(static_cast<std::size_t>(header.dataSize(8)));

@@ -5,7 +5,7 @@
 namespace vo::detail {
 namespace {
 
-constexpr std::int64_t secondsPerDay = 86400;
+constexpr std::int64_t SecondsPerDay = 86400;
 
 // "<+0330>" or at least three letters.
 void SkipName(TextScanner& scanner)
@@ -79,7 +79,7 @@ std::int64_t ZoneRuleDate::day(std::int64_t year) const
 
 std::int64_t ZoneRuleDate::wallClock(std::int64_t year) const
 {
-    return day(year) * secondsPerDay + m_time;
+    return day(year) * SecondsPerDay + m_time;
 }
 
 std::optional<ZoneRule> ZoneRule::Read(std::string_view text)
@@ -107,7 +107,7 @@ int ZoneRule::offset(std::int64_t instant) const
 {
     if (!m_hasSummer)
         return m_standard;
-    const std::int64_t year = DateOf(FloorDivide(instant + m_standard, secondsPerDay)).year;
+    const std::int64_t year = DateOf(FloorDivide(instant + m_standard, SecondsPerDay)).year;
     const std::int64_t begin = m_begin.wallClock(year) - m_standard;
     const std::int64_t end = m_end.wallClock(year) - m_summer;
     // In the south a year begins and ends in summer.

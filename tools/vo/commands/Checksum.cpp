@@ -8,7 +8,7 @@
 namespace vo::tool {
 namespace {
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     bool failed = false;
     session.console.list("files");
@@ -39,7 +39,7 @@ Command ChecksumCommand()
         {},
         1,
         AnyNumber,
-        run};
+        Run};
 }
 
 } // namespace vo::tool

@@ -19,16 +19,16 @@ struct Totals
     std::uint64_t removed = 0;
 };
 
-const AdvertisedFileListing* fileOf(const AdvertisedPackageListing& package, const VoUUID& id)
+const AdvertisedFileListing* FileOf(const AdvertisedPackageListing& package, const VoUUID& id)
 {
     return static_cast<const AdvertisedFileListing*>(package.file(id));
 }
 
-void showDifference(Console& console, const FileDifference& difference, const AdvertisedPackageListing& from,
+void ShowDifference(Console& console, const FileDifference& difference, const AdvertisedPackageListing& from,
                     const AdvertisedPackageListing& to, Totals& totals)
 {
-    const AdvertisedFileListing* const before = fileOf(from, difference.fileID());
-    const AdvertisedFileListing* const after = fileOf(to, difference.fileID());
+    const AdvertisedFileListing* const before = FileOf(from, difference.fileID());
+    const AdvertisedFileListing* const after = FileOf(to, difference.fileID());
     const VoString target = PathText((after != nullptr ? after : before)->target());
     const auto record = JsonRecord()("target", target)("id", difference.fileID());
     const auto with = [&](const char* type) { return JsonRecord(record)("type", type); };
@@ -52,7 +52,7 @@ void showDifference(Console& console, const FileDifference& difference, const Ad
     }
 }
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     Console& console = session.console;
     const auto from = ReadDefinition(session, session.arguments.fileArgument(0));
@@ -62,7 +62,7 @@ ExitCode run(Session& session)
     Totals totals;
     console.list("differences");
     for (const FileDifference& difference : differences->fileDifferences())
-        showDifference(console, difference, *from, *to, totals);
+        ShowDifference(console, difference, *from, *to, totals);
     console.fact("from", "from", ReleaseText(from->version()), from->version().toString());
     console.fact("to", "to", ReleaseText(to->version()), to->version().toString());
     console.fact("added", "added", totals.added);
@@ -83,7 +83,7 @@ Command DiffCommand()
             {},
             2,
             2,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

@@ -5,7 +5,7 @@
 namespace vo::tool {
 namespace {
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     if (session.arguments.count() == 0)
         return PrintHelp(nullptr);
@@ -25,7 +25,7 @@ Command HelpCommand()
             {},
             0,
             1,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

@@ -21,7 +21,7 @@ namespace {
 
 /// Remembers where the release came from, also of one that was installed before from elsewhere, or by a run that was
 /// killed before it could.
-void recordSource(const InstallJob& job)
+void Record(const InstallJob& job)
 {
     const auto recorded = RecordedSource(job.plan.packageID);
     if (!recorded || LocationText(*recorded) != LocationText(job.definition))
@@ -29,7 +29,7 @@ void recordSource(const InstallJob& job)
 }
 
 /// Installs, and returns whether the check of the installed files at the end found them right.
-bool install(Session& session, InstallJob& job)
+bool Install(Session& session, InstallJob& job)
 {
     std::atomic<bool> intact{true};
     std::atomic<bool> recorded{false};
@@ -49,7 +49,7 @@ bool install(Session& session, InstallJob& job)
                                        OptionsOfInstalling(session));
         },
         job.definition);
-    recordSource(job);
+    Record(job);
     session.console.endProgress();
     if (!recorded)
         throw Failure("the files are installed, but " + PathText(VoUpdater::InstalledPackagesPath()) +
@@ -57,7 +57,7 @@ bool install(Session& session, InstallJob& job)
     return intact;
 }
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     Console& console = session.console;
     InstallJob job = PrepareInstall(session);
@@ -66,7 +66,7 @@ ExitCode run(Session& session)
     ShowClaims(console, job.plan, job.directory);
     RequireAllowed(session, job);
     if (job.plan.isUpToDate()) {
-        recordSource(job);
+        Record(job);
         console.fact("package", "package", job.plan.packageID.toString(), job.plan.packageID);
         console.fact("release", "release", ReleaseText(job.plan.version), job.plan.version.toString());
         ShowDownloadCounts(session, job.definition);
@@ -77,7 +77,7 @@ ExitCode run(Session& session)
     job.plan.files.clear(); // may be many thousands, and the installation plans anew
     const VoTimer timer;
     const bool intact = Doing(session.arguments, "install to", NameOf(session.arguments, job.directory),
-                              [&] { return install(session, job); });
+                              [&] { return Install(session, job); });
     ShowInstalledFigures(console, job.plan, job.directory);
     ShowDownloadCounts(session, job.definition);
     const double seconds = timer.elapsed().seconds();
@@ -88,7 +88,7 @@ ExitCode run(Session& session)
     return ExitCode::Differences;
 }
 
-std::vector<Option> options()
+std::vector<Option> Options()
 {
     std::vector<Option> all = InstallOptions();
     all.push_back({"dry-run", nullptr, "only show what would be done, as vo plan"});
@@ -110,10 +110,10 @@ Command InstallCommand()
         "file is ever seen half-written; a run that was interrupted goes on when the same command is given again. An\n"
         "older release than the installed one is refused, and so is one from another place or for another folder, and\n"
         "one in whose places there are files that belong to no package; files of another package are never replaced.\n",
-        options(),
+        Options(),
         1,
         1,
-        run};
+        Run};
 }
 
 } // namespace vo::tool

@@ -11,7 +11,7 @@ using namespace updater;
 
 namespace {
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     Console& console = session.console;
     ExitCode code = ExitCode::Done;
@@ -48,7 +48,7 @@ Command InstalledCommand()
             {},
             0,
             0,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

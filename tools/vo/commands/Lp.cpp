@@ -18,12 +18,12 @@ using Verdict = VoLinearProblemCertificate::Verdict;
 
 constexpr std::int64_t DefaultIterations = 1'000'000;
 
-VoString text(double value)
+VoString Text(double value)
 {
     return VoString(detail::GeneralText(value, 12));
 }
 
-VoString verdictText(Verdict verdict)
+VoString VerdictText(Verdict verdict)
 {
     switch (verdict) {
     case Verdict::Optimal:
@@ -36,13 +36,13 @@ VoString verdictText(Verdict verdict)
     return VoString();
 }
 
-VoLinearProblemText read(Session& session)
+VoLinearProblemText Read(Session& session)
 {
     return Doing(session.arguments, "read", session.arguments.argument(0),
                  [&] { return VoLinearProblemText::Read(session.arguments.fileArgument(0)); });
 }
 
-VoLinearProblemSolution solve(Session& session, const VoLinearProblem& problem, std::int64_t mostIterations)
+VoLinearProblemSolution Solve(Session& session, const VoLinearProblem& problem, std::int64_t mostIterations)
 {
     try {
         return VoLinearProblemSolution::Solve(problem, static_cast<std::size_t>(mostIterations));
@@ -52,26 +52,26 @@ VoLinearProblemSolution solve(Session& session, const VoLinearProblem& problem, 
     }
 }
 
-void showSolution(Console& console, const VoLinearProblemText& read, const VoLinearProblemSolution& solution)
+void ShowSolution(Console& console, const VoLinearProblemText& read, const VoLinearProblemSolution& solution)
 {
-    console.fact("value", "value", text(solution.value), solution.value);
+    console.fact("value", "value", Text(solution.value), solution.value);
     console.list("parameters");
     for (std::size_t i = 0; i < solution.parameters.size(); ++i) {
         const VoString& name = read.parameterNames.at(i);
         const double value = solution.parameters.at(i);
-        console.row("parameters", "  " + Printable(name) + " = " + text(value),
+        console.row("parameters", "  " + Printable(name) + " = " + Text(value),
                     JsonRecord()("name", name)("value", value));
     }
     console.fact("iterations", "iterations", solution.iterations);
     console.member("found", solution.found);
 }
 
-void showCertificate(Console& console, const VoLinearProblemCertificate& certificate)
+void ShowCertificate(Console& console, const VoLinearProblemCertificate& certificate)
 {
     const auto figure = [&console](const char* key, const char* label, double value) {
-        console.fact(key, label, text(value), value);
+        console.fact(key, label, Text(value), value);
     };
-    const VoString verdict = verdictText(certificate.verdict());
+    const VoString verdict = VerdictText(certificate.verdict());
     console.fact("verdict", "verdict", verdict, verdict);
     figure("primalResidual", "primal residual", certificate.largestPrimalResidual());
     figure("dualResidual", "dual residual", certificate.largestDualResidual());
@@ -82,15 +82,15 @@ void showCertificate(Console& console, const VoLinearProblemCertificate& certifi
         console.note("a constraint that allowed no step was passed over: the answer may be wrong");
 }
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     const std::int64_t mostIterations =
         session.arguments.integer("iterations", DefaultIterations, 0, std::numeric_limits<std::int64_t>::max());
-    const VoLinearProblemText problem = read(session);
-    const VoLinearProblemSolution solution = solve(session, problem.problem, mostIterations);
+    const VoLinearProblemText problem = Read(session);
+    const VoLinearProblemSolution solution = Solve(session, problem.problem, mostIterations);
     const VoLinearProblemCertificate certificate(problem.problem, solution);
-    showSolution(session.console, problem, solution);
-    showCertificate(session.console, certificate);
+    ShowSolution(session.console, problem, solution);
+    ShowCertificate(session.console, certificate);
     if (!solution.found)
         session.console.note("stopped after " + VoString(solution.iterations) + " iterations without a solution");
     return certificate.verdict() == Verdict::Optimal ? ExitCode::Done : ExitCode::NotProven;
@@ -111,7 +111,7 @@ Command LpCommand()
         {{"iterations", "N", "make at most N iterations, instead of 1000000"}},
         1,
         1,
-        run};
+        Run};
 }
 
 } // namespace vo::tool

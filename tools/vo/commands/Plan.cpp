@@ -5,14 +5,14 @@
 namespace vo::tool {
 namespace {
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     if (session.arguments.has("matrix"))
         return ShowUpdateMatrix(session);
     return ShowPlan(session, PrepareInstall(session));
 }
 
-std::vector<Option> options()
+std::vector<Option> Options()
 {
     std::vector<Option> all = InstallOptions();
     all.push_back({"matrix", nullptr, "show what the update between any two releases of a package takes"});
@@ -32,10 +32,10 @@ Command PlanCommand()
         "\n"
         "With --matrix prints instead, for every two declared releases of the package, the files that an update from\n"
         "the older to the newer writes, and the chunks and bytes that it fetches when no file has only moved.\n",
-        options(),
+        Options(),
         1,
         1,
-        run};
+        Run};
 }
 
 } // namespace vo::tool

@@ -35,7 +35,7 @@ struct Request
     bool older;
 };
 
-Request readRequest(const Arguments& arguments)
+Request ReadRequest(const Arguments& arguments)
 {
     const auto release = arguments.release("release");
     const auto declarations = arguments.file("to");
@@ -56,7 +56,7 @@ Request readRequest(const Arguments& arguments)
 }
 
 /// The declared package that the request continues, if there is one: the one with the ID, or else with the name.
-std::optional<VoUUID> declaredPackage(const AdvertisedPackages& declared, const Request& request)
+std::optional<VoUUID> DeclaredPackage(const AdvertisedPackages& declared, const Request& request)
 {
     std::optional<VoUUID> found;
     for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
@@ -82,17 +82,17 @@ struct Base
     bool operator==(const Base& other) const { return packageID == other.packageID && versionID == other.versionID; }
 };
 
-Base findBase(const AdvertisedPackages& declared, const Request& request)
+Base FindBase(const AdvertisedPackages& declared, const Request& request)
 {
     Base base;
-    base.packageID = declaredPackage(declared, request);
+    base.packageID = DeclaredPackage(declared, request);
     if (base.packageID)
         base.versionID = declared.newestPackage(*base.packageID).versionID();
     return base;
 }
 
 /// Refuses what takes something away from the declarations without having been asked for.
-void requireAllowed(const AdvertisedPackages& declared, const VoUUID& packageID, const Request& request)
+void RequireAllowed(const AdvertisedPackages& declared, const VoUUID& packageID, const Request& request)
 {
     for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
         if (declaration.packageID() == packageID && declaration.version() == request.version &&
@@ -108,23 +108,23 @@ void requireAllowed(const AdvertisedPackages& declared, const VoUUID& packageID,
 }
 
 /// Asked before anything is packed, and again when nobody else can publish any more.
-void approve(const AdvertisedPackages& declared, const Base& base, const Request& request)
+void Approve(const AdvertisedPackages& declared, const Base& base, const Request& request)
 {
-    const Base now = findBase(declared, request);
+    const Base now = FindBase(declared, request);
     if (now.packageID)
-        requireAllowed(declared, *now.packageID, request);
+        RequireAllowed(declared, *now.packageID, request);
     if (!(now == base))
         throw Failure("a release of the package was published by another run meanwhile; give the command again");
 }
 
 /// The builder of the package's next release, or of its first one.
-std::unique_ptr<AbstractPackageBuilder> makeBuilder(const Session& session, const Request& request, Base& base)
+std::unique_ptr<AbstractPackageBuilder> MakeBuilder(const Session& session, const Request& request, Base& base)
 {
     VoUniquePtr<AdvertisedPackages> declared;
     if (VoFileSystem::Exists(request.declarations)) {
         declared = OpenDeclarations(session, request.declarations);
-        base = findBase(*declared, request);
-        approve(*declared, base, request);
+        base = FindBase(*declared, request);
+        Approve(*declared, base, request);
     }
     if (!base.packageID) {
         if (!request.name)
@@ -140,7 +140,7 @@ std::unique_ptr<AbstractPackageBuilder> makeBuilder(const Session& session, cons
     return std::make_unique<UpdatePackageBuilder>(*package, request.version, request.chunkSize, request.level);
 }
 
-void leaveOut(AbstractPackageBuilder& builder, const Session& session, const Request& request)
+void LeaveOut(AbstractPackageBuilder& builder, const Session& session, const Request& request)
 {
     const VoFilePath list = request.folder.file(".voignore");
     if (VoFileSystem::Exists(list)) {
@@ -151,7 +151,7 @@ void leaveOut(AbstractPackageBuilder& builder, const Session& session, const Req
         builder.exclude(pattern);
 }
 
-void pack(AbstractPackageBuilder& builder, const Session& session, const Request& request)
+void Pack(AbstractPackageBuilder& builder, const Session& session, const Request& request)
 {
     const auto refuse = [&] {
         const CommandError told = ToldFailure(session.arguments, "publish", NameOf(session.arguments, request.folder));
@@ -170,7 +170,7 @@ void pack(AbstractPackageBuilder& builder, const Session& session, const Request
         throw Failure("cannot publish " + NameOf(session.arguments, request.folder) + ": it holds no files");
 }
 
-void build(Session& session, AbstractPackageBuilder& builder, const Request& request, const Base& base)
+void Build(Session& session, AbstractPackageBuilder& builder, const Request& request, const Base& base)
 {
     Console& console = session.console;
     std::uint64_t begun = 0;
@@ -181,14 +181,14 @@ void build(Session& session, AbstractPackageBuilder& builder, const Request& req
         if (message->message().startsWith("Adding file to package: "))
             console.progress("Packing", ProgressLine::Unit::Files, begun++, builder.filesListed());
     });
-    builder.setApproval([&](const AdvertisedPackages& declared) { approve(declared, base, request); });
-    leaveOut(builder, session, request);
-    pack(builder, session, request);
+    builder.setApproval([&](const AdvertisedPackages& declared) { Approve(declared, base, request); });
+    LeaveOut(builder, session, request);
+    Pack(builder, session, request);
     builder.finalise(request.declarations);
     console.endProgress();
 }
 
-void showRelease(Console& console, const AdvertisedPackageListing& package, double seconds)
+void ShowRelease(Console& console, const AdvertisedPackageListing& package, double seconds)
 {
     const std::uint64_t in = TotalBytes(package.files());
     const std::uint64_t out = TotalBytes(package.chunks());
@@ -206,16 +206,16 @@ void showRelease(Console& console, const AdvertisedPackageListing& package, doub
     console.fact("seconds", "seconds", SecondsText(seconds), seconds);
 }
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
-    const Request request = readRequest(session.arguments);
+    const Request request = ReadRequest(session.arguments);
     RequireFolder(session.arguments, request.folder, "publish");
     const VoTimer timer;
     Base base;
-    const auto builder = makeBuilder(session, request, base);
+    const auto builder = MakeBuilder(session, request, base);
     Doing(session.arguments, "publish", NameOf(session.arguments, request.folder),
-          [&] { build(session, *builder, request, base); });
-    showRelease(session.console, builder->package(), timer.elapsed().seconds());
+          [&] { Build(session, *builder, request, base); });
+    ShowRelease(session.console, builder->package(), timer.elapsed().seconds());
     return ExitCode::Done;
 }
 
@@ -250,7 +250,7 @@ Command PublishCommand()
          {"level", "N", "compression from 0 (none) to 9 (the default is 6)"}},
         1,
         1,
-        run};
+        Run};
 }
 
 } // namespace vo::tool

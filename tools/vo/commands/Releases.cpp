@@ -12,7 +12,7 @@ using Declaration = updater::AdvertisedPackages::Declaration;
 
 namespace {
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     Console& console = session.console;
     const auto declared = OpenDeclarations(session, session.arguments.locationArgument(0));
@@ -48,7 +48,7 @@ Command ReleasesCommand()
             DownloadOptions(),
             1,
             1,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

@@ -21,7 +21,7 @@ namespace {
 
 /// The definition of the installed release: named on the command line, itself or by its declarations, or recorded when
 /// the package was installed.
-Location definitionOf(const Session& session, const InstalledPackageListing& installed)
+Location DefinitionOf(const Session& session, const InstalledPackageListing& installed)
 {
     const auto from = session.arguments.location("from");
     if (!from) {
@@ -36,21 +36,21 @@ Location definitionOf(const Session& session, const InstalledPackageListing& ins
     return DefinitionLocation(declared->package(installed.packageID(), installed.versionID()), *from);
 }
 
-VerificationReport repair(const Session& session, const Location& definition)
+VerificationReport Repair(const Session& session, const Location& definition)
 {
     if (const VoUrl* url = std::get_if<VoUrl>(&definition))
         return InstalledPackages::Repair(*url, session.stop, session.downloads);
     return InstalledPackages::Repair(std::get<VoFilePath>(definition), session.stop);
 }
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     Console& console = session.console;
     const VoString& name = session.arguments.argument(0);
     const VoUUID packageID = RequireInstalled(name);
     const auto installed =
         Doing(session.arguments, "read the listing of", name, [&] { return InstalledPackages::Package(packageID); });
-    const Location definition = definitionOf(session, *installed);
+    const Location definition = DefinitionOf(session, *installed);
     std::atomic<bool> intact{true};
     const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
         ShowUpdateMessage(console, message);
@@ -61,7 +61,7 @@ ExitCode run(Session& session)
             intact = true;
     });
     const VerificationReport found =
-        Doing(session.arguments, "repair", name, [&] { return repair(session, definition); });
+        Doing(session.arguments, "repair", name, [&] { return Repair(session, definition); });
     console.endProgress();
 
     ShowFindings(console, found);
@@ -80,7 +80,7 @@ ExitCode run(Session& session)
     return ExitCode::NothingToDo;
 }
 
-std::vector<Option> options()
+std::vector<Option> Options()
 {
     std::vector<Option> all = DownloadOptions();
     all.insert(all.begin(), {"from", "FILE|URL",
@@ -98,10 +98,10 @@ Command RepairCommand()
         "restore missing and changed files of a package",
         "Restores the missing and changed files of an installed package (an ID or a name), fetching only the chunks\n"
         "that these need. Lists what was wrong.\n",
-        options(),
+        Options(),
         1,
         1,
-        run};
+        Run};
 }
 
 } // namespace vo::tool

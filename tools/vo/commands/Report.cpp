@@ -21,33 +21,33 @@ struct Kind
     const char* name;
 };
 
-constexpr Kind kinds[] = {
+constexpr Kind Kinds[] = {
     {Analysis::Sensitivity, "sensitivity"}, {Analysis::MonteCarlo, "montecarlo"}, {Analysis::WorstCase, "worstcase"}};
 
-VoString nameOf(Analysis analysis)
+VoString NameOf(Analysis analysis)
 {
-    for (const Kind& kind : kinds)
+    for (const Kind& kind : Kinds)
         if (kind.analysis == analysis)
             return kind.name;
     return VoString();
 }
 
-Analysis analysisOf(const VoString& name)
+Analysis AnalysisOf(const VoString& name)
 {
-    for (const Kind& kind : kinds)
+    for (const Kind& kind : Kinds)
         if (name.equal(kind.name, VoString::CaseSensitive))
             return kind.analysis;
     throw UsageError("\"" + name + "\" is no kind of report: sensitivity, montecarlo or worstcase");
 }
 
-int sortColumn(const Arguments& arguments, Analysis analysis)
+int SortColumn(const Arguments& arguments, Analysis analysis)
 {
     if (analysis != Analysis::Sensitivity && arguments.has("sort"))
         throw UsageError("option --sort: only sensitivity reports are sorted");
     return static_cast<int>(arguments.integer("sort", 0, 0, std::numeric_limits<int>::max()));
 }
 
-VoString styleFile(Session& session)
+VoString StyleFile(Session& session)
 {
     const auto style = session.arguments.file("style");
     if (!style)
@@ -57,7 +57,7 @@ VoString styleFile(Session& session)
     return style->toString();
 }
 
-ReportDataFile read(const Session& session, const VoFilePath& results)
+ReportDataFile Read(const Session& session, const VoFilePath& results)
 {
     try {
         return Doing(session.arguments, "read", session.arguments.argument(1),
@@ -68,7 +68,7 @@ ReportDataFile read(const Session& session, const VoFilePath& results)
     }
 }
 
-bool write(const ReportDataFile& data, const VoFilePath& page, const VoString& style, int column)
+bool Write(const ReportDataFile& data, const VoFilePath& page, const VoString& style, int column)
 {
     switch (data.header.analysis) {
     case Analysis::Sensitivity:
@@ -81,22 +81,22 @@ bool write(const ReportDataFile& data, const VoFilePath& page, const VoString& s
     return false;
 }
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     const Arguments& arguments = session.arguments;
-    const Analysis analysis = analysisOf(arguments.argument(0));
-    const int column = sortColumn(arguments, analysis);
+    const Analysis analysis = AnalysisOf(arguments.argument(0));
+    const int column = SortColumn(arguments, analysis);
     const VoFilePath results = arguments.fileArgument(1);
     const VoFilePath page = arguments.fileArgument(2);
 
-    const ReportDataFile data = read(session, results);
+    const ReportDataFile data = Read(session, results);
     if (data.header.analysis != analysis)
         throw Failure(arguments.argument(1) +
-                      " holds the results of another analysis: " + nameOf(data.header.analysis));
-    const VoString style = styleFile(session);
+                      " holds the results of another analysis: " + NameOf(data.header.analysis));
+    const VoString style = StyleFile(session);
     Doing(arguments, "write", arguments.argument(2), [&] {
         const vo::detail::PageFailure failure;
-        if (!write(data, page, style, column))
+        if (!Write(data, page, style, column))
             failure.rethrow();
     });
 
@@ -120,7 +120,7 @@ Command ReportCommand()
              {"sort", "COLUMN", "sort a sensitivity report by that column, instead of 0"}},
             3,
             3,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

@@ -12,7 +12,7 @@ using namespace updater;
 
 namespace {
 
-void showFiles(Console& console, const AdvertisedPackageListing& package)
+void ShowFiles(Console& console, const AdvertisedPackageListing& package)
 {
     console.list("files");
     for (const AdvertisedFileListing& file : package.files()) {
@@ -23,7 +23,7 @@ void showFiles(Console& console, const AdvertisedPackageListing& package)
     }
 }
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     Console& console = session.console;
     const ChosenRelease chosen = OpenChosenRelease(session);
@@ -31,7 +31,7 @@ ExitCode run(Session& session)
 
     const std::uint64_t content = TotalBytes(package.files());
     const std::uint64_t transfer = TotalBytes(package.chunks());
-    showFiles(console, package);
+    ShowFiles(console, package);
     console.fact("package", "package", package.packageID().toString(), package.packageID());
     console.fact("name", "name", package.name());
     console.fact("release", "release", ReleaseText(package.version()), package.version().toString());
@@ -44,7 +44,7 @@ ExitCode run(Session& session)
     return ExitCode::Done;
 }
 
-std::vector<Option> options()
+std::vector<Option> Options()
 {
     std::vector<Option> all = DownloadOptions();
     all.insert(all.begin(), {{"package", "ID", "the package; needed when several are declared"},
@@ -61,10 +61,10 @@ Command ShowCommand()
             "show one release and its files",
             "Lists the files of a release (digest, bytes and target) and its figures. Of a declarations file the\n"
             "newest release is shown unless --release names another.\n",
-            options(),
+            Options(),
             1,
             1,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

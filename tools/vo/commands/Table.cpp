@@ -30,7 +30,7 @@ struct Input
     bool asTexts;
 };
 
-VoString separatorOption(const Arguments& arguments)
+VoString SeparatorOption(const Arguments& arguments)
 {
     const auto separator = arguments.text("separator");
     if (!separator)
@@ -42,7 +42,7 @@ VoString separatorOption(const Arguments& arguments)
     return *separator;
 }
 
-VoCSVFormat::Encoding encodingOption(const Arguments& arguments)
+VoCSVFormat::Encoding EncodingOption(const Arguments& arguments)
 {
     const auto name = arguments.text("encoding");
     if (!name)
@@ -53,14 +53,14 @@ VoCSVFormat::Encoding encodingOption(const Arguments& arguments)
                      "\" is none of utf-8, utf-16le, utf-16be, utf-32le, utf-32be, windows-1252 and iso-8859-1");
 }
 
-Input inputOptions(const Arguments& arguments)
+Input InputOptions(const Arguments& arguments)
 {
     Input input;
     input.headerRows =
         static_cast<std::size_t>(arguments.integer("header", 0, 0, std::numeric_limits<std::int32_t>::max()));
     input.asTexts = arguments.has("text");
-    input.format.separator = separatorOption(arguments);
-    input.format.encoding = encodingOption(arguments);
+    input.format.separator = SeparatorOption(arguments);
+    input.format.encoding = EncodingOption(arguments);
     input.format.decimalComma = arguments.has("decimal-comma");
     if (input.format.decimalComma && input.format.separator.contains(","))
         throw UsageError("--decimal-comma needs a --separator without a comma, for example --separator \";\"");
@@ -113,7 +113,7 @@ private:
     std::uint64_t m_done = 0;
 };
 
-std::uint64_t bytesOf(const Arguments& arguments, std::size_t files)
+std::uint64_t BytesOf(const Arguments& arguments, std::size_t files)
 {
     std::uint64_t bytes = 0;
     for (std::size_t i = 0; i < files; ++i)
@@ -121,12 +121,12 @@ std::uint64_t bytesOf(const Arguments& arguments, std::size_t files)
     return bytes;
 }
 
-ExitCode show(Session& session)
+ExitCode Show(Session& session)
 {
-    const Input input = inputOptions(session.arguments);
+    const Input input = InputOptions(session.arguments);
     if (session.arguments.count() != 1)
         throw UsageError("--show takes one file");
-    Rows rows(session, "Reading", bytesOf(session.arguments, 1) * 2);
+    Rows rows(session, "Reading", BytesOf(session.arguments, 1) * 2);
     TableView view(input.format);
     rows.read(0, input.format, [&](const VoCSVReader& row) { view.measure(row, row.rowNumber() <= input.headerRows); });
     session.console.list("rows");
@@ -148,13 +148,13 @@ public:
         : m_session(session)
         , m_arguments(session.arguments)
         , m_files(files)
-        , m_input(inputOptions(m_arguments))
+        , m_input(InputOptions(m_arguments))
     {
     }
 
     ExitCode run()
     {
-        const std::uint64_t bytes = bytesOf(m_arguments, m_files); // a missing file is met before anything is made
+        const std::uint64_t bytes = BytesOf(m_arguments, m_files); // a missing file is met before anything is made
         const auto sheet = m_arguments.text("sheet");
         if (sheet && m_files > 1)
             throw UsageError("--sheet names one sheet; several files are named by their own names");
@@ -223,10 +223,10 @@ private:
     std::uint64_t m_cells = 0;
 };
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     if (session.arguments.has("show"))
-        return show(session);
+        return Show(session);
     if (session.arguments.count() < 2)
         throw UsageError("an input and an output file are needed");
     return Conversion(session, session.arguments.count() - 1).run();
@@ -255,7 +255,7 @@ Command TableCommand()
              {"show", nullptr, "print the table"}},
             1,
             AnyNumber,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

@@ -15,7 +15,7 @@ using namespace updater;
 
 namespace {
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     Console& console = session.console;
     const VoUUID packageID = ChooseInstalled(session.arguments.argument(0));
@@ -55,7 +55,7 @@ Command UninstallCommand()
             {},
             1,
             1,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

@@ -12,7 +12,7 @@
 namespace vo::tool {
 namespace {
 
-ExitCode list(Session& session)
+ExitCode List(Session& session)
 {
     VoZipArchive archive(session.arguments.fileArgument(0), VoZipArchive::Read);
     vo::detail::ZipInput& entries = *archive.internal().input;
@@ -28,12 +28,12 @@ ExitCode list(Session& session)
     return ExitCode::Done;
 }
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     if (session.arguments.has("list")) {
         if (session.arguments.count() != 1)
             throw UsageError("--list takes an archive and no folder");
-        return Doing(session.arguments, "read", session.arguments.argument(0), [&] { return list(session); });
+        return Doing(session.arguments, "read", session.arguments.argument(0), [&] { return List(session); });
     }
     if (session.arguments.count() != 2)
         throw UsageError("unzip needs an archive and a folder");
@@ -59,7 +59,7 @@ Command UnzipCommand()
         {{"list", nullptr, "print the names in the archive, as they are stored, instead of unpacking"}},
         1,
         2,
-        run};
+        Run};
 }
 
 } // namespace vo::tool

@@ -14,7 +14,7 @@ using namespace updater;
 
 namespace {
 
-std::vector<VoUUID> packagesToVerify(const Arguments& arguments)
+std::vector<VoUUID> PackagesToVerify(const Arguments& arguments)
 {
     if (arguments.count() > 0)
         return {RequireInstalled(arguments.argument(0))};
@@ -24,7 +24,7 @@ std::vector<VoUUID> packagesToVerify(const Arguments& arguments)
     return all;
 }
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     Console& console = session.console;
     const VoReceiver receiver = InstalledPackages::Connect(
@@ -34,7 +34,7 @@ ExitCode run(Session& session)
     std::size_t missing = 0;
     std::size_t changed = 0;
     std::size_t extra = 0;
-    const std::vector<VoUUID> packages = packagesToVerify(session.arguments);
+    const std::vector<VoUUID> packages = PackagesToVerify(session.arguments);
     console.list("findings");
     for (const VoUUID& packageID : packages) {
         const VerificationReport report = Doing(session.arguments, "verify", packageID.toString(),
@@ -67,7 +67,7 @@ Command VerifyCommand()
             {},
             0,
             1,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

@@ -15,12 +15,12 @@ using namespace updater;
 namespace {
 
 /// Whether a message tells of a file that is not as its source.
-bool isFinding(const AbstractMessage& message)
+bool IsFinding(const AbstractMessage& message)
 {
     return message.type() == AbstractMessage::FileMismatch || message.type() == AbstractMessage::FileMissing;
 }
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     Console& console = session.console;
     const VoFilePath definition = session.arguments.fileArgument(0);
@@ -40,7 +40,7 @@ ExitCode run(Session& session)
             [&](const VoSharedPtr<AbstractMessage>& message) {
                 ShowUpdateMessage(console, message);
                 const auto* update = dynamic_cast<const AbstractUpdateMessage*>(message.get());
-                if (update == nullptr || !isFinding(*message))
+                if (update == nullptr || !IsFinding(*message))
                     return;
                 ++findings;
                 const VoString text = TextOfLibrary(update->message());
@@ -66,7 +66,7 @@ Command VerifyReleaseCommand()
             {{"source", "FOLDER", "the folder that the release was published from"}},
             1,
             1,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

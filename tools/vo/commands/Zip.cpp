@@ -8,7 +8,7 @@
 namespace vo::tool {
 namespace {
 
-ExitCode run(Session& session)
+ExitCode Run(Session& session)
 {
     const VoFilePath archive = session.arguments.fileArgument(0);
     Doing(session.arguments, "zip", session.arguments.argument(1),
@@ -32,7 +32,7 @@ Command ZipCommand()
             {},
             2,
             2,
-            run};
+            Run};
 }
 
 } // namespace vo::tool

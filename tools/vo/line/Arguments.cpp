@@ -14,7 +14,7 @@
 namespace vo::tool {
 namespace {
 
-VoString suggestion(const VoString& typed, const std::vector<std::string_view>& names, const char* prefix)
+VoString Suggestion(const VoString& typed, const std::vector<std::string_view>& names, const char* prefix)
 {
     const auto nearest = NearestName(typed.toStdString(), names);
     return nearest ? VoString("; did you mean ") + prefix + std::string(*nearest) + "?" : VoString();
@@ -25,7 +25,7 @@ VoString suggestion(const VoString& typed, const std::vector<std::string_view>& 
     std::vector<std::string_view> names;
     for (const Command& command : Commands())
         names.push_back(command.name);
-    const VoString hint = suggestion(typed, names, "");
+    const VoString hint = Suggestion(typed, names, "");
     throw UsageError("unknown command \"" + typed + "\"" + (hint.isEmpty() ? "; see vo help" : hint));
 }
 
@@ -35,11 +35,11 @@ VoString suggestion(const VoString& typed, const std::vector<std::string_view>& 
     for (const Option& option : options)
         names.push_back(option.name);
     const char* dashes = typed.size() == 1 ? "-" : "--";
-    throw UsageError(VoString("unknown option ") + dashes + typed + suggestion(typed, names, "--"));
+    throw UsageError(VoString("unknown option ") + dashes + typed + Suggestion(typed, names, "--"));
 }
 
 /// The common options and those of the command, if there is one yet.
-std::vector<Option> optionsOf(const Command* command)
+std::vector<Option> OptionsOf(const Command* command)
 {
     std::vector<Option> options = CommonOptions();
     if (command != nullptr)
@@ -47,7 +47,7 @@ std::vector<Option> optionsOf(const Command* command)
     return options;
 }
 
-void declare(QCommandLineParser& parser, const std::vector<Option>& options)
+void Declare(QCommandLineParser& parser, const std::vector<Option>& options)
 {
     for (const Option& option : options) {
         QStringList names(QString::fromLatin1(option.name));
@@ -59,11 +59,11 @@ void declare(QCommandLineParser& parser, const std::vector<Option>& options)
 }
 
 /// The first argument that is no option and no option's value; empty without one.
-QString commandName(const QStringList& arguments)
+QString CommandName(const QStringList& arguments)
 {
     QCommandLineParser parser;
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    declare(parser, CommonOptions());
+    Declare(parser, CommonOptions());
     parser.parse(arguments);
     return parser.positionalArguments().value(0);
 }
@@ -73,7 +73,7 @@ QString commandName(const QStringList& arguments)
     throw UsageError(VoString("option --") + option + ": \"" + value + "\" is not " + expected);
 }
 
-VoString nameOf(const char* option)
+VoString NameOf(const char* option)
 {
     return VoString("option --") + option;
 }
@@ -92,11 +92,11 @@ void Arguments::parse(const QStringList& arguments)
 {
     // The parser takes the first text for the program's name.
     const QStringList all = QStringList(QStringLiteral("vo")) + arguments;
-    const VoString name(commandName(all));
+    const VoString name(CommandName(all));
     m_command = FindCommand(name.toStdString());
-    const std::vector<Option> options = optionsOf(m_command);
+    const std::vector<Option> options = OptionsOf(m_command);
     QCommandLineParser parser;
-    declare(parser, options);
+    Declare(parser, options);
     const bool understood = parser.parse(all);
     if (m_command == nullptr && !name.isEmpty())
         throwUnknownCommand(name);
@@ -115,12 +115,12 @@ void Arguments::parse(const QStringList& arguments)
             continue;
         const QStringList values = parser.values(key);
         if (values.size() > 1 && !option.repeatable)
-            throw UsageError(nameOf(option.name) + " is given more than once");
+            throw UsageError(NameOf(option.name) + " is given more than once");
         if (option.value == nullptr)
             m_given.push_back({option.name, VoString()});
         for (const QString& value : values) {
             if (value.isEmpty())
-                throw UsageError(nameOf(option.name) + " needs a value: " + option.value);
+                throw UsageError(NameOf(option.name) + " needs a value: " + option.value);
             m_given.push_back({option.name, VoString(value)});
         }
     }
@@ -143,7 +143,7 @@ void Arguments::checkCount() const
 
 VoString Arguments::CommandOf(const QStringList& arguments)
 {
-    return VoString(commandName(QStringList(QStringLiteral("vo")) + arguments));
+    return VoString(CommandName(QStringList(QStringLiteral("vo")) + arguments));
 }
 
 std::string Arguments::typedName(const std::string& path) const
@@ -187,7 +187,7 @@ VoString Arguments::requiredText(const char* option) const
 {
     const auto value = text(option);
     if (!value)
-        throw UsageError(nameOf(option) + " is missing");
+        throw UsageError(NameOf(option) + " is missing");
     return *value;
 }
 
@@ -243,7 +243,7 @@ std::optional<VoFilePath> Arguments::file(const char* option) const
     const auto value = text(option);
     if (!value)
         return std::nullopt;
-    return TypedFile(nameOf(option), *value);
+    return TypedFile(NameOf(option), *value);
 }
 
 std::optional<VoDirectoryPath> Arguments::directory(const char* option) const
@@ -251,7 +251,7 @@ std::optional<VoDirectoryPath> Arguments::directory(const char* option) const
     const auto value = text(option);
     if (!value)
         return std::nullopt;
-    return TypedDirectory(nameOf(option), *value);
+    return TypedDirectory(NameOf(option), *value);
 }
 
 std::optional<Location> Arguments::location(const char* option) const
@@ -259,7 +259,7 @@ std::optional<Location> Arguments::location(const char* option) const
     const auto value = text(option);
     if (!value)
         return std::nullopt;
-    return TypedLocation(nameOf(option), *value);
+    return TypedLocation(NameOf(option), *value);
 }
 
 VoFilePath Arguments::fileArgument(std::size_t index) const

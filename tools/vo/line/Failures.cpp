@@ -52,19 +52,19 @@ struct Known
     ExitCode code = ExitCode::Failed;
 };
 
-bool contains(const std::string& text, const std::string& part)
+bool Contains(const std::string& text, const std::string& part)
 {
     return text.find(part) != std::string::npos;
 }
 
-std::string withoutEnd(const std::string& text, const std::string& end)
+std::string WithoutEnd(const std::string& text, const std::string& end)
 {
     const bool ends = text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
     return ends ? text.substr(0, text.size() - end.size()) : text;
 }
 
 /// What the library calls an operation, or says of it, as it is told to people. The file's name follows.
-std::string sentence(const std::string& operation)
+std::string Sentence(const std::string& operation)
 {
     struct Row
     {
@@ -113,7 +113,7 @@ std::string sentence(const std::string& operation)
 }
 
 /// Takes the exception that is being handled apart; its class decides the code.
-Known knownOfCurrentException()
+Known KnownOfCurrentException()
 {
     const auto coded = [](ExitCode code, Known failure) {
         failure.code = code;
@@ -127,7 +127,7 @@ Known knownOfCurrentException()
         try {
             std::rethrow_exception(exception.cause());
         } catch (...) {
-            return knownOfCurrentException();
+            return KnownOfCurrentException();
         }
     } catch (const VoUserCancelledException& exception) {
         return coded(ExitCode::Cancelled, Known(exception));
@@ -149,7 +149,7 @@ Known knownOfCurrentException()
         return failure;
     } catch (const VoDownloadException& exception) {
         Known failure(exception);
-        failure.isOfFile = !contains(failure.subject, "://");
+        failure.isOfFile = !Contains(failure.subject, "://");
         if (!failure.isOfFile)
             failure.told = failure.reason;
         return coded(exception.isCancelled() ? ExitCode::Cancelled : ExitCode::Failed, failure);
@@ -165,11 +165,11 @@ Known knownOfCurrentException()
 }
 
 /// The operation that the message of a file's failure names, without the file and the reason, which are told apart.
-std::string operationOf(const Known& failure)
+std::string OperationOf(const Known& failure)
 {
-    std::string text = withoutEnd(failure.message, ": " + failure.subject);
+    std::string text = WithoutEnd(failure.message, ": " + failure.subject);
     text = text.substr(0, text.find(failure.reason));
-    return withoutEnd(text.substr(0, text.find(" (")), ": ");
+    return WithoutEnd(text.substr(0, text.find(" (")), ": ");
 }
 
 class Telling
@@ -192,7 +192,7 @@ private:
     std::string detail(const Known& failure) const
     {
         const std::string done =
-            failure.isOfFile && !failure.reason.empty() ? sentence(operationOf(failure)) : std::string();
+            failure.isOfFile && !failure.reason.empty() ? Sentence(OperationOf(failure)) : std::string();
         if (done.empty())
             return words(failure);
         if (failure.subject.empty())
@@ -209,11 +209,11 @@ private:
     {
         std::string words = failure.told.empty() ? failure.message : failure.told;
         if (!failure.subject.empty())
-            words = withoutEnd(withoutEnd(words, ": " + failure.subject), ": ");
-        if (!failure.reason.empty() && !contains(words, failure.reason))
+            words = WithoutEnd(WithoutEnd(words, ": " + failure.subject), ": ");
+        if (!failure.reason.empty() && !Contains(words, failure.reason))
             words += ": " + failure.reason;
         const std::string subject = shown(failure.subject);
-        const bool isInFront = !isNamed(subject) && !contains(words, failure.subject);
+        const bool isInFront = !isNamed(subject) && !Contains(words, failure.subject);
         return (isInFront ? subject + ": " : std::string()) + TextOfLibrary(VoString(words)).toStdString();
     }
 
@@ -225,7 +225,7 @@ private:
     /// As the user named it; a URL is one already.
     std::string shown(const std::string& subject) const
     {
-        const bool isPath = !subject.empty() && !contains(subject, "://");
+        const bool isPath = !subject.empty() && !Contains(subject, "://");
         return isPath ? m_arguments.typedName(NativeText(subject)) : subject;
     }
 
@@ -238,7 +238,7 @@ private:
 
 CommandError ToldFailure(const Arguments& arguments, const VoString& wanted, const VoString& name)
 {
-    const Known failure = knownOfCurrentException();
+    const Known failure = KnownOfCurrentException();
     CommandError error{failure.code,
                        "stopped as asked; nothing is left half-written, and the same command goes on from here"};
     if (failure.code != ExitCode::Cancelled)
@@ -265,7 +265,7 @@ void RequireFolder(const Arguments& arguments, const VoDirectoryPath& folder, co
     Doing(arguments, wanted, name, [&] {
         if (VoFileSystem::IsDirectory(folder))
             return;
-        if (!VoFileSystem::Exists(VoFilePath(withoutEnd(folder.path().toStdString(), "\\"))))
+        if (!VoFileSystem::Exists(VoFilePath(WithoutEnd(folder.path().toStdString(), "\\"))))
             throw VoFileNotFoundException(folder);
         throw Failure(VoString("cannot ") + wanted + " " + name + ": it is no folder");
     });
@@ -278,7 +278,7 @@ VoString TextOfLibrary(const VoString& text)
     // the library takes no name that holds a backslash where that does not separate.
     std::size_t start = 0;
     while (start < bytes.size() &&
-           !(bytes[start] == '\\' && (start == 0 || contains(" \"([", std::string(1, bytes[start - 1])))))
+           !(bytes[start] == '\\' && (start == 0 || Contains(" \"([", std::string(1, bytes[start - 1])))))
         ++start;
     return VoString(bytes.substr(0, start) + NativeText(bytes.substr(start)));
 }

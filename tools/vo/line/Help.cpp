@@ -9,7 +9,7 @@ namespace vo::tool {
 namespace {
 
 /// Rows of two columns, aligned and indented.
-VoString table(const std::vector<std::pair<VoString, VoString>>& rows)
+VoString Table(const std::vector<std::pair<VoString, VoString>>& rows)
 {
     std::size_t width = 0;
     for (const auto& row : rows)
@@ -23,7 +23,7 @@ VoString table(const std::vector<std::pair<VoString, VoString>>& rows)
     return text;
 }
 
-VoString optionTable(const std::vector<Option>& options)
+VoString OptionTable(const std::vector<Option>& options)
 {
     std::vector<std::pair<VoString, VoString>> rows;
     for (const Option& option : options) {
@@ -33,12 +33,12 @@ VoString optionTable(const std::vector<Option>& options)
             left += VoString("=") + option.value;
         rows.emplace_back(left, option.help);
     }
-    return table(rows);
+    return Table(rows);
 }
 
-VoString exitCodeTable()
+VoString ExitCodeTable()
 {
-    return table({
+    return Table({
         {"0", "done"},
         {"1", "failed"},
         {"2", "wrong usage"},
@@ -50,7 +50,7 @@ VoString exitCodeTable()
     });
 }
 
-ExitCode print(const VoString& text)
+ExitCode Print(const VoString& text)
 {
     std::fwrite(text.c_str(), 1, text.size(), stdout);
     return std::fflush(stdout) == 0 ? ExitCode::Done : ExitCode::Failed;
@@ -68,15 +68,15 @@ VoString OverviewText()
            "Publishes folders as releases, and installs, verifies and removes releases.\n"
            "\n"
            "commands:\n" +
-           table(rows) +
+           Table(rows) +
            "\n"
            "options of every command:\n" +
-           optionTable(CommonOptions()) +
+           OptionTable(CommonOptions()) +
            "\n"
            "Results go to standard output, messages and progress to standard error.\n"
            "\n"
            "exit codes:\n" +
-           exitCodeTable() +
+           ExitCodeTable() +
            "\n"
            "\"vo help COMMAND\" tells more.\n";
 }
@@ -85,18 +85,18 @@ VoString CommandText(const Command& command)
 {
     VoString text = VoString("usage: vo ") + command.name + " " + command.arguments + "\n\n" + command.description;
     if (!command.options.empty())
-        text += "\noptions:\n" + optionTable(command.options);
-    return text + "\noptions of every command:\n" + optionTable(CommonOptions());
+        text += "\noptions:\n" + OptionTable(command.options);
+    return text + "\noptions of every command:\n" + OptionTable(CommonOptions());
 }
 
 ExitCode PrintHelp(const Command* command)
 {
-    return print(command != nullptr ? CommandText(*command) : OverviewText());
+    return Print(command != nullptr ? CommandText(*command) : OverviewText());
 }
 
 ExitCode PrintVersion()
 {
-    return print("vo " VOCORE_VERSION "\n");
+    return Print("vo " VOCORE_VERSION "\n");
 }
 
 } // namespace vo::tool

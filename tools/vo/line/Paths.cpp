@@ -15,7 +15,7 @@ namespace {
 
 /// Turns failures into a message that tells where the text came from.
 template <typename Make>
-auto typedPath(const VoString& source, const VoString& text, Make make)
+auto TypedPath(const VoString& source, const VoString& text, Make make)
 {
     const auto unusable = [&](const VoString& why) {
         return UsageError(source + ": \"" + text + "\" cannot be used as a path: " + why);
@@ -32,7 +32,7 @@ auto typedPath(const VoString& source, const VoString& text, Make make)
     }
 }
 
-std::string withoutEnd(std::string text)
+std::string WithoutEnd(std::string text)
 {
     if (text.size() > 1 && (text.back() == '/' || text.back() == '\\'))
         text.pop_back();
@@ -43,12 +43,12 @@ std::string withoutEnd(std::string text)
 
 VoFilePath TypedFile(const VoString& source, const VoString& text)
 {
-    return typedPath(source, text, [](VoFilePath path) { return path; });
+    return TypedPath(source, text, [](VoFilePath path) { return path; });
 }
 
 VoDirectoryPath TypedDirectory(const VoString& source, const VoString& text)
 {
-    return typedPath(source, text, [](const VoFilePath& path) { return VoDirectoryPath::FromText(path.path()); });
+    return TypedPath(source, text, [](const VoFilePath& path) { return VoDirectoryPath::FromText(path.path()); });
 }
 
 std::string NativeText(const std::string& path)
@@ -56,13 +56,13 @@ std::string NativeText(const std::string& path)
     std::string text = path;
     if constexpr (std::filesystem::path::preferred_separator == '/')
         std::replace(text.begin(), text.end(), '\\', '/');
-    return withoutEnd(std::move(text));
+    return WithoutEnd(std::move(text));
 }
 
 std::string AbsoluteText(const std::string& typed)
 {
     try {
-        return withoutEnd(std::filesystem::absolute(std::filesystem::u8path(typed)).lexically_normal().u8string());
+        return WithoutEnd(std::filesystem::absolute(std::filesystem::u8path(typed)).lexically_normal().u8string());
     } catch (const std::exception&) {
         return typed;
     }
@@ -75,7 +75,7 @@ VoString PathText(const VoFilePath& path)
 
 VoString PathText(const VoDirectoryPath& path)
 {
-    return VoString(withoutEnd(vo::detail::ToNative(path).u8string()));
+    return VoString(WithoutEnd(vo::detail::ToNative(path).u8string()));
 }
 
 VoString PathTextBelow(const VoDirectoryPath& directory, const VoFilePath& path)

@@ -12,7 +12,7 @@ namespace vo::tool {
 namespace {
 
 template <typename Integer>
-std::optional<Integer> parseAll(std::string_view text)
+std::optional<Integer> ParseAll(std::string_view text)
 {
     Integer value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -22,7 +22,7 @@ std::optional<Integer> parseAll(std::string_view text)
 }
 
 /// The shift of a suffix; none for a character that is no suffix.
-std::optional<unsigned> shiftOf(char suffix)
+std::optional<unsigned> ShiftOf(char suffix)
 {
     switch (suffix) {
     case 'K':
@@ -43,18 +43,18 @@ std::optional<unsigned> shiftOf(char suffix)
 
 std::optional<std::int64_t> ParseInteger(const VoString& text)
 {
-    return parseAll<std::int64_t>(text.toStdString());
+    return ParseAll<std::int64_t>(text.toStdString());
 }
 
 std::optional<std::uint64_t> ParseBytes(const VoString& text)
 {
     std::string_view digits = text.toStdString();
     unsigned shift = 0;
-    if (const auto suffix = digits.empty() ? std::nullopt : shiftOf(digits.back())) {
+    if (const auto suffix = digits.empty() ? std::nullopt : ShiftOf(digits.back())) {
         shift = *suffix;
         digits.remove_suffix(1);
     }
-    const auto value = parseAll<std::uint64_t>(digits);
+    const auto value = ParseAll<std::uint64_t>(digits);
     if (!value || *value > (std::numeric_limits<std::uint64_t>::max() >> shift))
         return std::nullopt;
     return *value << shift;
@@ -65,7 +65,7 @@ std::optional<ReleaseNumber> ParseRelease(const VoString& text)
     std::vector<int> parts;
     for (std::string_view rest = text.toStdString();;) {
         const std::size_t dot = std::min(rest.find('.'), rest.size());
-        const auto part = parseAll<int>(rest.substr(0, dot));
+        const auto part = ParseAll<int>(rest.substr(0, dot));
         if (!part || *part < 0 || parts.size() == 4)
             return std::nullopt;
         parts.push_back(*part);

@@ -20,7 +20,7 @@ namespace {
 constexpr std::int64_t UsualRetries = 3;
 
 /// Adds certificate authorities to those that the system trusts.
-void trust(const VoFilePath& authorities)
+void Trust(const VoFilePath& authorities)
 {
     const VoString name = PathText(authorities);
     QFile file(QString::fromUtf8(name.c_str()));
@@ -34,7 +34,7 @@ void trust(const VoFilePath& authorities)
     QSslConfiguration::setDefaultConfiguration(configuration);
 }
 
-const VoUrl& requireUrl(const Location& location, const VoString& problem)
+const VoUrl& RequireUrl(const Location& location, const VoString& problem)
 {
     if (const VoUrl* url = std::get_if<VoUrl>(&location))
         return *url;
@@ -42,16 +42,16 @@ const VoUrl& requireUrl(const Location& location, const VoString& problem)
 }
 
 /// The mirror holds what stands beside the document that the command names: by --from where it has that, else first.
-void setMirror(VoDownloadPolicy& policy, const Arguments& arguments)
+void SetMirror(VoDownloadPolicy& policy, const Arguments& arguments)
 {
     const auto mirror = arguments.location("mirror");
     if (!mirror)
         return;
     const VoString text = *arguments.text("mirror");
-    policy.mirrors.pushBack(requireUrl(*mirror, "\"" + text + "\" is not an http or https URL"));
+    policy.mirrors.pushBack(RequireUrl(*mirror, "\"" + text + "\" is not an http or https URL"));
     const auto from = arguments.location("from");
     policy.mirrored =
-        requireUrl(from ? *from : arguments.locationArgument(0), "no document on a server is named").parent();
+        RequireUrl(from ? *from : arguments.locationArgument(0), "no document on a server is named").parent();
 }
 
 } // namespace
@@ -78,13 +78,13 @@ VoDownloadPolicy PrepareDownloads(const Arguments& arguments, Console& console, 
         ++counts.retries;
         console.note("trying again: " + retry.url.toString() + ": " + retry.reason);
     };
-    setMirror(policy, arguments);
+    SetMirror(policy, arguments);
     const VoString host = arguments.text("redirect-host").value_or("");
     const VoString domain = arguments.text("redirect-domain").value_or("");
     if (!host.isEmpty() || !domain.isEmpty())
         VoDownloadManager::SetRedirectHosts(host, domain);
     if (const auto authorities = arguments.file("ca-file"))
-        trust(*authorities);
+        Trust(*authorities);
     return policy;
 }
 

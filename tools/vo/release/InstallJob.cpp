@@ -18,7 +18,7 @@ using updater::InstalledPackages;
 
 namespace {
 
-VoDirectoryPath installationDirectory(const Session& session, const VoUUID& packageID)
+VoDirectoryPath InstallationDirectory(const Session& session, const VoUUID& packageID)
 {
     if (const auto directory = session.arguments.directory("to"))
         return *directory;
@@ -60,7 +60,7 @@ InstallJob PrepareInstall(const Session& session)
     InstallJob job;
     ChosenRelease release = OpenChosenRelease(session);
     job.definition = release.definition;
-    job.directory = installationDirectory(session, release.package->packageID());
+    job.directory = InstallationDirectory(session, release.package->packageID());
     job.package = std::move(release.package);
     job.plan = Doing(session.arguments, "install to", NameOf(session.arguments, job.directory), [&] {
         return InstalledPackages::Plan(*job.package, job.directory, OptionsOfInstalling(session));
@@ -70,7 +70,7 @@ InstallJob PrepareInstall(const Session& session)
 
 namespace {
 
-void requireAllowedPlace(const Session& session, const InstallJob& job)
+void RequireAllowedPlace(const Session& session, const InstallJob& job)
 {
     if (session.arguments.has("move") || !job.plan.isInstalled)
         return;
@@ -83,7 +83,7 @@ void requireAllowedPlace(const Session& session, const InstallJob& job)
                                                  "; --move lets a release from another place replace it"};
 }
 
-void requireAllowedFiles(const Session& session, const InstallationPlan& plan)
+void RequireAllowedFiles(const Session& session, const InstallationPlan& plan)
 {
     if (!plan.conflicts.isEmpty())
         throw CommandError{ExitCode::Unsafe, "files of other packages are in the places of its files: " +
@@ -98,12 +98,12 @@ void requireAllowedFiles(const Session& session, const InstallationPlan& plan)
 void RequireAllowed(const Session& session, const InstallJob& job)
 {
     const InstallationPlan& plan = job.plan;
-    requireAllowedPlace(session, job);
+    RequireAllowedPlace(session, job);
     if (plan.isDowngrade() && !session.arguments.has("allow-downgrade"))
         throw CommandError{ExitCode::Unsafe, "release " + ReleaseText(plan.version) + " is older than release " +
                                                  ReleaseText(plan.installedVersion) +
                                                  ", which is installed; --allow-downgrade installs it all the same"};
-    requireAllowedFiles(session, plan);
+    RequireAllowedFiles(session, plan);
 }
 
 ExitCode ShowPlan(Session& session, const InstallJob& job)

@@ -19,19 +19,19 @@ using Declaration = AdvertisedPackages::Declaration;
 
 namespace {
 
-bool fits(const VoVersion& version, const ReleaseNumber& wanted)
+bool Fits(const VoVersion& version, const ReleaseNumber& wanted)
 {
     return version == wanted.version && (!wanted.hasBuildType || version.build() == wanted.version.build());
 }
 
 /// A definition file named on the command line must be the one that the options ask for.
-void requireAskedFor(const AdvertisedPackageListing& package, const Arguments& arguments)
+void RequireAskedFor(const AdvertisedPackageListing& package, const Arguments& arguments)
 {
     const auto packageID = arguments.identifier("package");
     if (packageID && !(package.packageID() == *packageID))
         throw Failure("option --package: the definition is of package " + package.packageID().toString());
     const auto release = arguments.release("release");
-    if (release && !fits(package.version(), *release))
+    if (release && !Fits(package.version(), *release))
         throw Failure("option --release: the definition is of release " + ReleaseText(package.version()));
 }
 
@@ -64,7 +64,7 @@ const Declaration& ChooseRelease(const AdvertisedPackages& declared, const VoUUI
         return declared.newestPackage(packageID);
     std::vector<const Declaration*> fitting;
     for (const Declaration& declaration : declared.declarations()) {
-        if (declaration.packageID() == packageID && fits(declaration.version(), *wanted))
+        if (declaration.packageID() == packageID && Fits(declaration.version(), *wanted))
             fitting.push_back(&declaration);
     }
     if (fitting.empty())
@@ -120,7 +120,7 @@ ChosenRelease OpenChosenRelease(const Session& session)
     const VoUniquePtr<AdvertisedPackages> declared = ReadDeclarations(session, location);
     if (!declared) {
         ChosenRelease chosen{location, ReadDefinition(session, location)};
-        requireAskedFor(*chosen.package, arguments);
+        RequireAskedFor(*chosen.package, arguments);
         return chosen;
     }
     const VoUUID packageID = ChoosePackage(*declared, arguments.identifier("package"));

@@ -25,21 +25,21 @@ namespace {
 
 constexpr std::size_t LongestRecord = 8192;
 
-VoDirectoryPath recordDirectory()
+VoDirectoryPath RecordDirectory()
 {
     return VoUpdater::UpdateSystemDirectory().directory("sources");
 }
 
-VoFilePath recordPath(const VoUUID& packageID)
+VoFilePath RecordPath(const VoUUID& packageID)
 {
     if (!vo::detail::SafeName(packageID.toString()))
         throw VoValidationException("Invalid identifier: " + packageID.toString());
-    return recordDirectory().file(packageID.toString() + ".txt");
+    return RecordDirectory().file(packageID.toString() + ".txt");
 }
 
 /// The folder of the declarations beside which a definition was published
 /// (FOLDER/packages/PACKAGE/RELEASE/package.xml), or else that of the definition.
-std::string publishedPlace(const Location& definition)
+std::string PublishedPlace(const Location& definition)
 {
     const VoFilePath* file = std::get_if<VoFilePath>(&definition);
     std::string text = (file != nullptr ? file->path() : LocationText(definition)).toStdString();
@@ -60,8 +60,8 @@ void RecordSource(const VoUUID& packageID, const Location& definition)
     const VoFilePath* file = std::get_if<VoFilePath>(&definition);
     const VoString text = file != nullptr ? file->path() : LocationText(definition);
     const auto write = [&] {
-        VoFileSystem::CreateDirectory(recordDirectory(), true);
-        VoAtomicFileWriter writer(recordPath(packageID));
+        VoFileSystem::CreateDirectory(RecordDirectory(), true);
+        VoAtomicFileWriter writer(RecordPath(packageID));
         writer.write(text.c_str(), text.size());
         writer.commit();
     };
@@ -75,7 +75,7 @@ void RecordSource(const VoUUID& packageID, const Location& definition)
 
 std::optional<Location> RecordedSource(const VoUUID& packageID)
 {
-    const VoFilePath path = recordPath(packageID);
+    const VoFilePath path = RecordPath(packageID);
     if (!VoFileSystem::Exists(path))
         return std::nullopt;
     // A longer text is no record of ours.
@@ -101,8 +101,8 @@ bool IsSamePlace(const Location& a, const Location& b)
 {
     if (a.index() != b.index())
         return false;
-    const std::string placeA = publishedPlace(a);
-    const std::string placeB = publishedPlace(b);
+    const std::string placeA = PublishedPlace(a);
+    const std::string placeB = PublishedPlace(b);
     // Two names of one folder, such as a link, are one place.
     return placeA == placeB || (std::holds_alternative<VoFilePath>(a) &&
                                 VoFileSystem::Same(VoFilePath(VoString(placeA)), VoFilePath(VoString(placeB))));
@@ -110,10 +110,10 @@ bool IsSamePlace(const Location& a, const Location& b)
 
 void ForgetSource(const VoUUID& packageID)
 {
-    VoFileSystem::Remove(recordPath(packageID));
+    VoFileSystem::Remove(RecordPath(packageID));
     // Fails while it holds the records of others, and that is right.
     std::error_code ignored;
-    std::filesystem::remove(vo::detail::ToNative(recordDirectory()), ignored);
+    std::filesystem::remove(vo::detail::ToNative(RecordDirectory()), ignored);
 }
 
 } // namespace vo::tool

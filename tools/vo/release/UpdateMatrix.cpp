@@ -17,7 +17,7 @@ using Releases = std::vector<VoUniquePtr<AdvertisedPackageListing>>;
 
 namespace {
 
-Releases openReleases(const Session& session, const AdvertisedPackages& declared, const VoUUID& packageID,
+Releases OpenReleases(const Session& session, const AdvertisedPackages& declared, const VoUUID& packageID,
                       const Location& location)
 {
     Releases releases;
@@ -30,22 +30,22 @@ Releases openReleases(const Session& session, const AdvertisedPackages& declared
     return releases;
 }
 
-VoString padded(const VoString& text, std::size_t width)
+VoString Padded(const VoString& text, std::size_t width)
 {
     VoString result(text);
     result.resize(std::max(width, text.size()), ' ');
     return result + "  ";
 }
 
-void showUpdate(Console& console, const AdvertisedPackageListing* from, const AdvertisedPackageListing& to)
+void ShowUpdate(Console& console, const AdvertisedPackageListing* from, const AdvertisedPackageListing& to)
 {
     const updater::detail::UpdatePlan plan =
         from ? updater::detail::PlanUpdate(*from->compare(to), nullptr, to) : updater::detail::PlanUpdate(nullptr, to);
     const std::uint64_t files = plan.added + plan.modified;
     const VoString start = from ? ReleaseText(from->version()) : VoString("nothing");
     console.row("updates",
-                padded(start, 10) + padded(ReleaseText(to.version()), 10) + padded(VoString(files), 8) +
-                    padded(VoString(plan.chunks.size()), 8) + BytesText(plan.bytesToTransfer),
+                Padded(start, 10) + Padded(ReleaseText(to.version()), 10) + Padded(VoString(files), 8) +
+                    Padded(VoString(plan.chunks.size()), 8) + BytesText(plan.bytesToTransfer),
                 JsonRecord()("from", from ? from->version().toString() : VoString())("to", to.version().toString())(
                     "files", files)("chunks", plan.chunks.size())("bytesToFetch", plan.bytesToTransfer)(
                     "bytesToWrite", plan.bytesToWrite));
@@ -62,14 +62,14 @@ ExitCode ShowUpdateMatrix(Session& session)
     const Location location = session.arguments.locationArgument(0);
     const auto declared = OpenDeclarations(session, location);
     const Releases releases =
-        openReleases(session, *declared, ChoosePackage(*declared, session.arguments.identifier("package")), location);
-    session.console.line(padded("from", 10) + padded("to", 10) + padded("files", 8) + padded("chunks", 8) + "bytes");
+        OpenReleases(session, *declared, ChoosePackage(*declared, session.arguments.identifier("package")), location);
+    session.console.line(Padded("from", 10) + Padded("to", 10) + Padded("files", 8) + Padded("chunks", 8) + "bytes");
     session.console.list("updates");
     for (std::size_t to = 0; to < releases.size(); ++to) {
-        showUpdate(session.console, nullptr, *releases[to]);
+        ShowUpdate(session.console, nullptr, *releases[to]);
         for (std::size_t from = 0; from < to; ++from) {
             session.stop.throwIfStopped();
-            showUpdate(session.console, releases[from].get(), *releases[to]);
+            ShowUpdate(session.console, releases[from].get(), *releases[to]);
         }
     }
     return ExitCode::Done;

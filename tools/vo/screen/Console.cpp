@@ -19,13 +19,13 @@ constexpr std::int64_t DrawInterval = 50 * 1000 * 1000; // nanoseconds
 /// Where the texts behind the labels begin.
 constexpr std::size_t LabelWidth = 18;
 
-void write(std::FILE* file, const VoString& text)
+void Write(std::FILE* file, const VoString& text)
 {
     std::fwrite(text.c_str(), 1, text.size(), file);
 }
 
 // JSON with the escapes for what Printable() shows by its own: it is read on terminals too.
-std::string printable(std::string_view json)
+std::string PrintableJson(std::string_view json)
 {
     std::string text;
     while (!json.empty()) {
@@ -40,7 +40,7 @@ std::string printable(std::string_view json)
     return text;
 }
 
-const char* statusName(ExitCode code)
+const char* StatusName(ExitCode code)
 {
     switch (code) {
     case ExitCode::Done:
@@ -76,7 +76,7 @@ void Console::line(const VoString& text)
     if (m_settings.json)
         return;
     erase();
-    write(stdout, Printable(text) + "\n");
+    Write(stdout, Printable(text) + "\n");
 }
 
 void Console::labelled(const char* label, const VoString& text)
@@ -104,7 +104,7 @@ void Console::row(const char* key, const VoString& text, const QJsonObject& reco
 void Console::message(const VoString& text)
 {
     erase();
-    write(stderr, "vo: " + Printable(text) + "\n");
+    Write(stderr, "vo: " + Printable(text) + "\n");
 }
 
 void Console::note(const VoString& text)
@@ -164,7 +164,7 @@ void Console::draw(bool force)
     VoString blank;
     if (text.size() < m_drawn)
         blank = VoString(' ', m_drawn - text.size());
-    write(stderr, "\r" + text + blank);
+    Write(stderr, "\r" + text + blank);
     std::fflush(stderr);
     m_drawn = text.size();
 }
@@ -173,7 +173,7 @@ void Console::erase()
 {
     if (m_drawn == 0)
         return;
-    write(stderr, "\r" + VoString(' ', m_drawn) + "\r");
+    Write(stderr, "\r" + VoString(' ', m_drawn) + "\r");
     std::fflush(stderr);
     m_drawn = 0;
 }
@@ -191,10 +191,10 @@ ExitCode Console::finish(const VoString& command, ExitCode code)
     if (m_settings.json) {
         for (const auto& [key, rows] : m_lists)
             m_document.insert(key, rows);
-        m_document("command", command)("status", statusName(code))("exitCode", static_cast<int>(code));
+        m_document("command", command)("status", StatusName(code))("exitCode", static_cast<int>(code));
         if (!m_error.isEmpty())
             m_document("error", m_error);
-        write(stdout, VoString(printable(QJsonDocument(m_document.object()).toJson().toStdString())));
+        Write(stdout, VoString(PrintableJson(QJsonDocument(m_document.object()).toJson().toStdString())));
     }
     const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
     if (written)

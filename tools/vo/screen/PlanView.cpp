@@ -13,7 +13,7 @@ using updater::InstallationPlan;
 
 namespace {
 
-const char* verbOf(const InstallationPlan::File& file)
+const char* VerbOf(const InstallationPlan::File& file)
 {
     if (!file.copiedFrom.isNull())
         return "copy";
@@ -28,27 +28,27 @@ const char* verbOf(const InstallationPlan::File& file)
     return "";
 }
 
-VoString column(const char* text)
+VoString Column(const char* text)
 {
     VoString padded(text);
     padded.resize(8, ' ');
     return padded;
 }
 
-void showChunk(Console& console, const ChunkListing& chunk, bool staged)
+void ShowChunk(Console& console, const ChunkListing& chunk, bool staged)
 {
-    console.row("chunks", column(staged ? "staged" : "fetch") + PathText(chunk.path()) + "  " + chunk.size().toString(),
+    console.row("chunks", Column(staged ? "staged" : "fetch") + PathText(chunk.path()) + "  " + chunk.size().toString(),
                 JsonRecord()("id", chunk.id())("path", PathText(chunk.path()))("bytes", chunk.size().bytes())("staged",
                                                                                                               staged));
 }
 
-void showClaim(Console& console, const char* action, const VoDirectoryPath& directory, const VoFilePath& file,
+void ShowClaim(Console& console, const char* action, const VoDirectoryPath& directory, const VoFilePath& file,
                const char* remark, const updater::InstallationPlan::OwnedFile* owned = nullptr)
 {
     const VoString path = PathTextBelow(directory, file);
     JsonRecord record;
     record("action", action)("path", path);
-    VoString line = column(action) + path + "  " + remark;
+    VoString line = Column(action) + path + "  " + remark;
     if (owned) {
         record("package", owned->packageID)("name", owned->name);
         line = line + owned->name + " " + owned->packageID.toString();
@@ -56,7 +56,7 @@ void showClaim(Console& console, const char* action, const VoDirectoryPath& dire
     console.row("claims", line, record);
 }
 
-void showIdentity(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+void ShowIdentity(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
 {
     console.fact("package", "package", plan.packageID.toString(), plan.packageID);
     console.fact("name", "name", plan.name);
@@ -73,13 +73,13 @@ void ShowClaims(Console& console, const InstallationPlan& plan, const VoDirector
 {
     console.list("claims");
     for (const auto& owned : plan.conflicts)
-        showClaim(console, "refuse", directory, owned.path, "belongs to ", &owned);
+        ShowClaim(console, "refuse", directory, owned.path, "belongs to ", &owned);
     for (const VoFilePath& file : plan.foreignFiles)
-        showClaim(console, "replace", directory, file, "belongs to no package");
+        ShowClaim(console, "replace", directory, file, "belongs to no package");
     for (const VoFilePath& file : plan.adoptedFiles)
-        showClaim(console, "adopt", directory, file, "has the content of the release's file");
+        ShowClaim(console, "adopt", directory, file, "has the content of the release's file");
     for (const auto& owned : plan.keptFiles)
-        showClaim(console, "keep", directory, owned.path, "belongs to ", &owned);
+        ShowClaim(console, "keep", directory, owned.path, "belongs to ", &owned);
 }
 
 void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
@@ -88,8 +88,8 @@ void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirec
     for (const InstallationPlan::File& file : plan.files) {
         const VoString path = PathTextBelow(directory, file.path);
         JsonRecord record;
-        record("action", verbOf(file))("path", path)("id", file.id)("bytes", file.bytes);
-        VoString line = column(verbOf(file)) + path + "  " + BytesText(file.bytes);
+        record("action", VerbOf(file))("path", path)("id", file.id)("bytes", file.bytes);
+        VoString line = Column(VerbOf(file)) + path + "  " + BytesText(file.bytes);
         if (!file.copiedFrom.isNull()) {
             const VoString source = PathTextBelow(directory, file.copiedFrom);
             record("from", source);
@@ -100,14 +100,14 @@ void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirec
     ShowClaims(console, plan, directory);
     console.list("chunks");
     for (const ChunkListing& chunk : plan.stagedChunks)
-        showChunk(console, chunk, true);
+        ShowChunk(console, chunk, true);
     for (const ChunkListing& chunk : plan.chunks)
-        showChunk(console, chunk, false);
+        ShowChunk(console, chunk, false);
 }
 
 void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
 {
-    showIdentity(console, plan, directory);
+    ShowIdentity(console, plan, directory);
     console.fact("added", "files to add", plan.addedFiles);
     if (plan.copiedFiles > 0)
         console.fact("copied", "of them to copy", plan.copiedFiles);
@@ -123,7 +123,7 @@ void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDir
 
 void ShowInstalledFigures(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
 {
-    showIdentity(console, plan, directory);
+    ShowIdentity(console, plan, directory);
     console.fact("added", "files added", plan.addedFiles);
     if (plan.copiedFiles > 0)
         console.fact("copied", "of them copied", plan.copiedFiles);

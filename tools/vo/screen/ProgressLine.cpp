@@ -17,7 +17,7 @@ constexpr std::int64_t SampleInterval = NanosecondsPerSecond / 10;
 /// Before this a guess would jump about.
 constexpr std::int64_t FirstGuess = NanosecondsPerSecond;
 
-int percentOf(std::uint64_t done, std::uint64_t total)
+int PercentOf(std::uint64_t done, std::uint64_t total)
 {
     if (done >= total)
         return 100;
@@ -39,7 +39,7 @@ void ProgressLine::update(std::uint64_t done, std::uint64_t total, const VoTimeP
     m_total = std::max(m_total, total);
     m_done = std::max(m_done, complete ? m_total : m_total == 0 ? done : std::min(done, m_total));
     if (m_total != 0)
-        m_percent = std::max(m_percent, percentOf(m_done, m_total));
+        m_percent = std::max(m_percent, PercentOf(m_done, m_total));
     if (m_sampled && (now - m_lastSample).count() < SampleInterval)
         return;
     if (!m_sampled)

@@ -23,53 +23,53 @@ namespace {
 
 constexpr int LongestSheetName = 31;
 
-VoString text(const VoCSVReader& row, std::size_t index)
+VoString Text(const VoCSVReader& row, std::size_t index)
 {
     const std::string_view field = row.field(index);
     return VoString(field.data(), field.size());
 }
 
 // "12345678901", and nothing that is no number.
-bool isWholeNumber(std::string_view field)
+bool IsWholeNumber(std::string_view field)
 {
     field.remove_prefix(!field.empty() && field.front() == '-' ? 1 : 0);
     return !field.empty() && field.front() != '0' && field.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-std::string withPoint(std::string_view number)
+std::string WithPoint(std::string_view number)
 {
-    std::string text(number);
-    std::replace(text.begin(), text.end(), ',', '.');
-    return text;
+    std::string Text(number);
+    std::replace(Text.begin(), Text.end(), ',', '.');
+    return Text;
 }
 
-bool hasSixDigits(double value)
+bool HasSixDigits(double value)
 {
     return detail::ParseDouble(detail::GeneralText(value)).value == value;
 }
 
 // What a spreadsheet shows for a field. Cells of numbers get six significant digits: fractions are rounded, but long
 // whole numbers are names of something more often than amounts, and stay texts.
-VoVariant cellValue(const VoCSVReader& row, std::size_t index, const VoCSVFormat& format, bool asTexts,
+VoVariant CellValue(const VoCSVReader& row, std::size_t index, const VoCSVFormat& format, bool asTexts,
                     TableOutput::Losses& losses)
 {
     const std::string_view field = row.field(index);
     if (field.empty() && !row.isQuoted(index))
         return VoVariant();
     if (asTexts || row.isQuoted(index))
-        return text(row, index);
+        return Text(row, index);
     VoVariant value = detail::DetectedValue(field, format);
     if (value.type() != VoVariant::Double && value.type() != VoVariant::String)
         return value;
     const bool isNumber = value.type() == VoVariant::Double && std::isfinite(value.asDouble());
-    if (isNumber && hasSixDigits(value.asDouble()))
+    if (isNumber && HasSixDigits(value.asDouble()))
         return value;
-    if (isNumber && !isWholeNumber(field)) {
+    if (isNumber && !IsWholeNumber(field)) {
         ++losses.rounded;
         return value;
     }
-    losses.keptAsText += isWholeNumber(field) ? 1 : 0;
-    return text(row, index);
+    losses.keptAsText += IsWholeNumber(field) ? 1 : 0;
+    return Text(row, index);
 }
 
 class CsvOutput : public TableOutput
@@ -104,7 +104,7 @@ private:
     void addField(std::string_view field, bool isText)
     {
         if (!isText && m_input.decimalComma && detail::DetectedType(field, m_input) == VoVariant::Double)
-            return m_writer.addText(withPoint(field));
+            return m_writer.addText(WithPoint(field));
         const bool needsQuotes = isText && detail::DetectedType(field, m_output) != VoVariant::String;
         m_writer.addText(field, needsQuotes ? VoCSVWriter::Quotes::Always : VoCSVWriter::Quotes::WhenNeeded);
     }
@@ -132,7 +132,7 @@ public:
     {
         m_sheet->startRow();
         for (std::size_t i = 0; i < row.numberFields(); ++i)
-            m_sheet->addCell(cellValue(row, i, m_input, asTexts, m_losses));
+            m_sheet->addCell(CellValue(row, i, m_input, asTexts, m_losses));
     }
 
     void finish() override
@@ -165,7 +165,7 @@ public:
     {
         m_writer.startRow();
         for (std::size_t i = 0; i < row.numberFields(); ++i) {
-            const VoVariant value = cellValue(row, i, m_input, asTexts, m_losses);
+            const VoVariant value = CellValue(row, i, m_input, asTexts, m_losses);
             m_writer.addCell(value.isNull() ? VoVariant("") : value); // Null would be shown as a word
         }
     }

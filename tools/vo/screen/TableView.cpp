@@ -15,7 +15,7 @@
 namespace vo::tool {
 namespace {
 
-const std::string gap = "  ";
+const std::string Gap = "  ";
 
 struct Cell
 {
@@ -23,28 +23,28 @@ struct Cell
     std::size_t width; ///< In characters.
 };
 
-bool isContinuation(char c)
+bool IsContinuation(char c)
 {
     return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
 }
 
-std::size_t widthOf(std::string_view text)
+std::size_t WidthOf(std::string_view text)
 {
-    return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isContinuation));
+    return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsContinuation));
 }
 
-Cell shown(std::string_view field, std::size_t widest)
+Cell Shown(std::string_view field, std::size_t widest)
 {
     // More bytes than can be shown are not looked at: a field may be as large as the file.
     std::string text = Printable(VoString(field.data(), std::min(field.size(), widest * 4 + 4))).toStdString();
-    const std::size_t width = widthOf(text);
+    const std::size_t width = WidthOf(text);
     if (width <= widest)
         return {std::move(text), width};
     std::size_t end = 0;
-    for (std::size_t characters = 0; characters + 1 < widest || isContinuation(text[end]); ++end)
-        characters += isContinuation(text[end]) ? 0 : 1;
+    for (std::size_t characters = 0; characters + 1 < widest || IsContinuation(text[end]); ++end)
+        characters += IsContinuation(text[end]) ? 0 : 1;
     text.resize(end);
-    return {text + "\xe2\x80\xa6", widthOf(text) + 1};
+    return {text + "\xe2\x80\xa6", WidthOf(text) + 1};
 }
 
 } // namespace
@@ -67,7 +67,7 @@ void TableView::measure(const VoCSVReader& row, bool isHeader)
         m_columns.resize(row.numberFields());
     for (std::size_t i = 0; i < row.numberFields(); ++i) {
         Column& column = m_columns[i];
-        column.width = std::max(column.width, shown(row.field(i), m_widest).width);
+        column.width = std::max(column.width, Shown(row.field(i), m_widest).width);
         if (isHeader || row.field(i).empty())
             continue;
         (isNumber(row, i) ? column.hasNumbers : column.hasTexts) = true;
@@ -79,10 +79,10 @@ VoString TableView::line(const VoCSVReader& row) const
     std::string line;
     for (std::size_t i = 0; i < row.numberFields() && i < m_columns.size(); ++i) {
         const Column& column = m_columns[i];
-        const Cell cell = shown(row.field(i), m_widest);
+        const Cell cell = Shown(row.field(i), m_widest);
         const std::string blanks(column.width - std::min(cell.width, column.width), ' ');
         if (i > 0)
-            line += gap;
+            line += Gap;
         line += column.hasNumbers && !column.hasTexts ? blanks + cell.text : cell.text + blanks;
     }
     line.erase(line.find_last_not_of(' ') + 1);
@@ -93,7 +93,7 @@ VoString TableView::rule() const
 {
     std::string line;
     for (const Column& column : m_columns)
-        line += (line.empty() ? "" : gap) + std::string(column.width, '-');
+        line += (line.empty() ? "" : Gap) + std::string(column.width, '-');
     return VoString(line);
 }
 

@@ -9,19 +9,19 @@ using namespace updater;
 
 namespace {
 
-std::uint64_t known(const VoDownloadSize& amount)
+std::uint64_t Known(const VoDownloadSize& amount)
 {
     return amount.isUnknown() ? 0 : static_cast<std::uint64_t>(amount.bytes());
 }
 
 /// Shows progress, if the message is one of its kinds.
-bool showProgress(Console& console, const AbstractMessage& message)
+bool ShowProgress(Console& console, const AbstractMessage& message)
 {
     using Unit = ProgressLine::Unit;
     if (const auto* download = dynamic_cast<const DownloadProgressMessage*>(&message))
-        console.progress("Downloading", Unit::Bytes, known(download->processed()), known(download->total()));
+        console.progress("Downloading", Unit::Bytes, Known(download->processed()), Known(download->total()));
     else if (const auto* installation = dynamic_cast<const InstallationProgressMessage*>(&message))
-        console.progress("Installing", Unit::Files, known(installation->processed()), known(installation->total()));
+        console.progress("Installing", Unit::Files, Known(installation->processed()), Known(installation->total()));
     else if (const auto* verification = dynamic_cast<const VerificationProgressMessage*>(&message))
         console.progress("Verifying", Unit::Files, verification->processed(), verification->total());
     else if (const auto* removal = dynamic_cast<const UninstallProgressMessage*>(&message))
@@ -35,7 +35,7 @@ bool showProgress(Console& console, const AbstractMessage& message)
 
 void ShowUpdateMessage(Console& console, const VoSharedPtr<AbstractMessage>& message)
 {
-    if (!message || showProgress(console, *message))
+    if (!message || ShowProgress(console, *message))
         return;
     const auto* update = dynamic_cast<const AbstractUpdateMessage*>(message.get());
     if (update != nullptr && !update->message().isEmpty())

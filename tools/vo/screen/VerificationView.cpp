@@ -6,7 +6,7 @@
 namespace vo::tool {
 namespace {
 
-void showAll(Console& console, const VoUUID& packageID, const char* kind, const VoDeque<VoFilePath>& paths)
+void ShowAll(Console& console, const VoUUID& packageID, const char* kind, const VoDeque<VoFilePath>& paths)
 {
     VoString column(kind);
     column.resize(9, ' ');
@@ -21,9 +21,9 @@ void showAll(Console& console, const VoUUID& packageID, const char* kind, const 
 void ShowFindings(Console& console, const updater::VerificationReport& report)
 {
     console.list("findings");
-    showAll(console, report.packageID, "missing", report.missing);
-    showAll(console, report.packageID, "changed", report.changed);
-    showAll(console, report.packageID, "extra", report.extra);
+    ShowAll(console, report.packageID, "missing", report.missing);
+    ShowAll(console, report.packageID, "changed", report.changed);
+    ShowAll(console, report.packageID, "extra", report.extra);
 }
 
 } // namespace vo::tool

@@ -11,32 +11,32 @@
 namespace vo::updater::detail {
 
 namespace tag {
-inline constexpr const char* packages = "packages";
-inline constexpr const char* package = "package";
-inline constexpr const char* files = "files";
-inline constexpr const char* file = "file";
-inline constexpr const char* chunkReference = "chunkref";
-inline constexpr const char* chunks = "chunks";
-inline constexpr const char* chunk = "chunk";
-inline constexpr const char* directories = "directories";
-inline constexpr const char* path = "path";
+inline constexpr const char* Packages = "packages";
+inline constexpr const char* Package = "package";
+inline constexpr const char* Files = "files";
+inline constexpr const char* File = "file";
+inline constexpr const char* ChunkReference = "chunkref";
+inline constexpr const char* Chunks = "chunks";
+inline constexpr const char* Chunk = "chunk";
+inline constexpr const char* Directories = "directories";
+inline constexpr const char* Path = "path";
 } // namespace tag
 
 namespace attribute {
-inline constexpr const char* packageID = "packageID";
-inline constexpr const char* versionID = "versionID";
-inline constexpr const char* name = "name";
-inline constexpr const char* version = "version";
-inline constexpr const char* id = "id";
-inline constexpr const char* checksum = "checksum";
-inline constexpr const char* size = "size";
-inline constexpr const char* target = "target";
-inline constexpr const char* path = "path";
-inline constexpr const char* directory = "directory";
-inline constexpr const char* chunkID = "chunkID";
-inline constexpr const char* offset = "offset";
-inline constexpr const char* length = "length";
-inline constexpr const char* index = "index";
+inline constexpr const char* PackageID = "packageID";
+inline constexpr const char* VersionID = "versionID";
+inline constexpr const char* Name = "name";
+inline constexpr const char* Version = "version";
+inline constexpr const char* Id = "id";
+inline constexpr const char* Checksum = "checksum";
+inline constexpr const char* Size = "size";
+inline constexpr const char* Target = "target";
+inline constexpr const char* Path = "path";
+inline constexpr const char* Directory = "directory";
+inline constexpr const char* ChunkID = "chunkID";
+inline constexpr const char* Offset = "offset";
+inline constexpr const char* Length = "length";
+inline constexpr const char* Index = "index";
 } // namespace attribute
 
 /// @{ A value in its own text form.

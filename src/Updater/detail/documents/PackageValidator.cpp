@@ -25,7 +25,7 @@ namespace vo::updater::detail {
 
 namespace {
 
-constexpr std::size_t longestIdentifier = 128;
+constexpr std::size_t LongestIdentifier = 128;
 
 bool IsControl(char c)
 {
@@ -88,7 +88,7 @@ bool IsBuiltName(const VoFilePath& target)
 void RequireShowableIdentifier(const VoUUID& id)
 {
     const std::string& text = id.toString().toStdString();
-    if (text.empty() || text.size() > longestIdentifier || std::any_of(text.begin(), text.end(), IsControl))
+    if (text.empty() || text.size() > LongestIdentifier || std::any_of(text.begin(), text.end(), IsControl))
         throw VoValidationException("Invalid identifier: " + id.toString());
 }
 

@@ -8,18 +8,18 @@ namespace vo::updater::detail {
 
 VoString ChunkFileName(const VoUUID& chunkID)
 {
-    return chunkID.toString() + Layout::chunkSuffix;
+    return chunkID.toString() + Layout::ChunkSuffix;
 }
 
 VoFilePath ChunkPath(const VoUUID& chunkID)
 {
-    return VoDirectoryPath().directory(Layout::chunksDirectory).file(ChunkFileName(chunkID));
+    return VoDirectoryPath().directory(Layout::ChunksDirectory).file(ChunkFileName(chunkID));
 }
 
 VoDirectoryPath ReleaseDirectory(const VoUUID& packageID, const VoVersion& version)
 {
     return VoDirectoryPath()
-        .directory(Layout::packagesDirectory)
+        .directory(Layout::PackagesDirectory)
         .directory(packageID.toString())
         .directory(version.toString());
 }

@@ -16,10 +16,10 @@ namespace vo::updater::detail {
 /// The names of the published layout.
 struct Layout
 {
-    static constexpr const char* packagesDirectory = "packages";
-    static constexpr const char* chunksDirectory = "chunks";
-    static constexpr const char* definitionName = "package.xml";
-    static constexpr const char* chunkSuffix = ".vochk";
+    static constexpr const char* PackagesDirectory = "packages";
+    static constexpr const char* ChunksDirectory = "chunks";
+    static constexpr const char* DefinitionName = "package.xml";
+    static constexpr const char* ChunkSuffix = ".vochk";
 };
 
 /// The name of a chunk's file, published and staged: chunkID + ".vochk".

@@ -61,7 +61,7 @@ std::optional<VoDirectoryPath> InstallationDirectory(const VoFilePath& listing)
     QXmlStreamReader reader(&file);
     if (!reader.readNextStartElement())
         return std::nullopt;
-    const VoString text(reader.attributes().value(QLatin1String(attribute::directory)).toString());
+    const VoString text(reader.attributes().value(QLatin1String(attribute::Directory)).toString());
     try {
         return text.isEmpty() ? std::nullopt : std::make_optional(VoDirectoryPath::Deserialize(text));
     } catch (const VoException&) {

@@ -48,14 +48,14 @@ void WritePaths(VoXMLElementWriter& element, const char* name, const VoDeque<Pat
 {
     const auto container = element.createElement(name);
     for (const Path& path : paths)
-        container->createElement(tag::path)->writeAttribute(attribute::path, Path::Serialize(path));
+        container->createElement(tag::Path)->writeAttribute(attribute::Path, Path::Serialize(path));
 }
 
 template <typename Path>
 void ReadPaths(VoXMLStreamElementLoader& container, VoDeque<Path>& paths)
 {
     container.processChildren(
-        [&paths](VoXMLStreamElementLoader& child) { paths.pushBack(ReadAttribute<Path>(child, attribute::path)); });
+        [&paths](VoXMLStreamElementLoader& child) { paths.pushBack(ReadAttribute<Path>(child, attribute::Path)); });
 }
 
 void ReadChanges(VoXMLStreamElementLoader& container, VoDeque<PlaceChange>& changes)
@@ -65,7 +65,7 @@ void ReadChanges(VoXMLStreamElementLoader& container, VoDeque<PlaceChange>& chan
         if (kind == std::end(KindTags))
             return;
         changes.pushBack({static_cast<Kind>(kind - std::begin(KindTags)),
-                          ReadAttribute<VoFilePath>(child, attribute::path),
+                          ReadAttribute<VoFilePath>(child, attribute::Path),
                           ReadAttribute<VoFilePath>(child, AsideAttribute)});
     });
 }
@@ -205,7 +205,7 @@ RunNotes::RunNotes(VoXMLStreamElementLoader& element)
 {
     element.processChildren([this](VoXMLStreamElementLoader& child) {
         const VoString name = child.name();
-        if (name == tag::package)
+        if (name == tag::Package)
             result = InstalledPackageListing(child);
         else if (name == ChangesTag)
             ReadChanges(child, changes);
@@ -230,12 +230,12 @@ void RunNotes::writeAttributes(VoXMLElementWriter& element) const
 
 void RunNotes::writeElements(VoXMLElementWriter& element) const
 {
-    WriteChild(element, tag::package, result);
+    WriteChild(element, tag::Package, result);
     {
         const auto container = element.createElement(ChangesTag);
         for (const PlaceChange& change : changes) {
             const auto child = container->createElement(KindTags[static_cast<std::size_t>(change.kind)]);
-            WriteAttribute(*child, attribute::path, change.place);
+            WriteAttribute(*child, attribute::Path, change.place);
             WriteAttribute(*child, AsideAttribute, change.aside);
         }
     }
@@ -278,7 +278,7 @@ VoUniquePtr<RunNotes> InstallationJournal::read(Phase phase) const
     try {
         VoXMLStreamLoader loader;
         loader.addGlobalRule(JournalTag, Build<RunNotes>);
-        loader.addGlobalRule(tag::file, Build<InstalledFileListing>);
+        loader.addGlobalRule(tag::File, Build<InstalledFileListing>);
         if (auto notes = DynamicCast<RunNotes>(LoadDocument(loader, path(phase), VoString())))
             return notes;
         Log().warning("Journal of an interrupted installation is another document: " + path(phase).path());

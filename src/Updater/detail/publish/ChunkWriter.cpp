@@ -25,16 +25,16 @@ namespace vo::updater::detail {
 
 namespace {
 
-constexpr std::uint64_t largestChunk = 2147483647;
+constexpr std::uint64_t LargestChunk = 2147483647;
 
 // Checked when a builder is made, not when the first chunk has been filled: that may be hours later.
 std::size_t CheckedChunkSize(std::uint64_t size)
 {
     if (size == 0)
         throw VoInvalidParameterException("Chunk size must be greater than zero");
-    if (size > largestChunk)
+    if (size > LargestChunk)
         throw VoOverflowException("Cannot compress byte array as length is beyond maximum allowed size. Array size " +
-                                  VoString(size) + " bytes, maximum size " + VoString(largestChunk) + " bytes.");
+                                  VoString(size) + " bytes, maximum size " + VoString(LargestChunk) + " bytes.");
     return static_cast<std::size_t>(size);
 }
 

@@ -74,7 +74,7 @@ void Publication::lock(const std::function<void()>& waiting)
         makeDirectory(directory);
         m_outside = m_madeDirectories.size();
         try {
-            m_lock.emplace(directory.file(lockName), waiting);
+            m_lock.emplace(directory.file(LockName), waiting);
             return;
         } catch (const VoCannotOpenFileException&) {
             // Another publication that failed may have taken away the directory that it had made.

@@ -23,7 +23,7 @@ class VOCORE_PRIVATE_EXPORT Publication
 {
 public:
     /// The name of the lock's file, beside the declarations.
-    static constexpr const char* lockName = ".packages.lock";
+    static constexpr const char* LockName = ".packages.lock";
 
     /// Makes the directory of the document where needed, waits for others who publish there (`waiting` is called again
     /// and again, and may end that by throwing) and reads the document, which need not exist.

@@ -49,8 +49,8 @@ public:
             return;
         const std::filesystem::path base = below == "." ? std::filesystem::path() : below;
         m_declarations = vo::detail::FromNative(base / vo::detail::ToNative(declarationsFile).filename()).path();
-        m_packages = vo::detail::FromNative(base / Layout::packagesDirectory).path() + "\\";
-        m_lock = vo::detail::FromNative(base / Publication::lockName).path();
+        m_packages = vo::detail::FromNative(base / Layout::PackagesDirectory).path() + "\\";
+        m_lock = vo::detail::FromNative(base / Publication::LockName).path();
     }
 
     bool contains(const VoFilePath& target) const

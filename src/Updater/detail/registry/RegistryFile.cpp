@@ -23,7 +23,7 @@ namespace {
 VoUniquePtr<InstalledPackages> Load(const VoFilePath& path)
 {
     VoXMLStreamLoader loader;
-    loader.addGlobalRule(tag::packages, Build<InstalledPackages>);
+    loader.addGlobalRule(tag::Packages, Build<InstalledPackages>);
     return DynamicCast<InstalledPackages>(LoadDocument(loader, path, VoString()));
 }
 
