@@ -12,7 +12,7 @@
 #include <limits>
 #include <ostream>
 
-#include <zlib.h>
+#include <libdeflate.h>
 
 namespace {
 
@@ -22,6 +22,12 @@ constexpr std::size_t PrefixSize = 4;
 
 // Two bits of a deflate stream give at most 258 bytes.
 constexpr std::uint64_t BestRatio = 1032;
+
+constexpr int DefaultLevel = 6;
+constexpr int SmallestLevel = 12;
+
+using Compressor = std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)>;
+using Decompressor = std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)>;
 
 void RequireQtSize(std::size_t size, const char* verb)
 {
@@ -35,16 +41,6 @@ void RequireQtSize(std::size_t size, const char* verb)
 [[noreturn]] void FailInvalidData()
 {
     throw VoInvalidConversionException("Cannot decompress byte array as data is invalid");
-}
-
-const Bytef* ZlibBytes(const char* bytes)
-{
-    return reinterpret_cast<const Bytef*>(bytes);
-}
-
-Bytef* ZlibBytes(char* bytes)
-{
-    return reinterpret_cast<Bytef*>(bytes);
 }
 
 void PutBigEndian(char* place, std::size_t value)
@@ -61,21 +57,23 @@ std::size_t BigEndian(const char* place)
     return value;
 }
 
-// Inflates the whole of a zlib stream; the number of bytes it gave, or more than the room when it is invalid.
-std::size_t Inflate(const char* stream, std::size_t streamSize, char* target, std::size_t room)
+Compressor NewCompressor(int level)
 {
-    z_stream state{};
-    state.next_in = const_cast<Bytef*>(ZlibBytes(stream));
-    state.avail_in = static_cast<uInt>(streamSize);
-    state.next_out = ZlibBytes(target);
-    state.avail_out = static_cast<uInt>(room);
-    if (inflateInit(&state) != Z_OK)
-        vo::detail::ThrowBadAlloc("zlib");
-    const int result = inflate(&state, Z_FINISH);
-    inflateEnd(&state);
-    if (result == Z_MEM_ERROR)
-        vo::detail::ThrowBadAlloc("zlib");
-    return result == Z_STREAM_END ? room - state.avail_out : room + 1;
+    const bool known = level >= 0 && level <= SmallestLevel;
+    Compressor compressor(libdeflate_alloc_compressor(known ? level : DefaultLevel), &libdeflate_free_compressor);
+    if (!compressor)
+        vo::detail::ThrowBadAlloc("compression");
+    return compressor;
+}
+
+// Whether the stream is whole and gives exactly so many bytes.
+bool Inflate(const char* stream, std::size_t streamSize, char* target, std::size_t size)
+{
+    const Decompressor decompressor(libdeflate_alloc_decompressor(), &libdeflate_free_decompressor);
+    if (!decompressor)
+        vo::detail::ThrowBadAlloc("decompression");
+    return libdeflate_zlib_decompress(decompressor.get(), stream, streamSize, target, size, nullptr) ==
+           LIBDEFLATE_SUCCESS;
 }
 
 } // namespace
@@ -235,13 +233,12 @@ VoByteArray VoByteArray::compress(int level) const
         result.resize(PrefixSize);
         return result;
     }
-    uLongf streamSize = compressBound(static_cast<uLong>(m_size));
-    result.allocate(PrefixSize + streamSize);
+    const Compressor compressor = NewCompressor(level);
+    const std::size_t room = libdeflate_zlib_compress_bound(compressor.get(), m_size);
+    result.allocate(PrefixSize + room);
     PutBigEndian(result.data(), m_size);
-    const int known = level >= Z_NO_COMPRESSION && level <= Z_BEST_COMPRESSION ? level : Z_DEFAULT_COMPRESSION;
-    if (compress2(ZlibBytes(result.data() + PrefixSize), &streamSize, ZlibBytes(cdata()), static_cast<uLong>(m_size),
-                  known) != Z_OK)
-        vo::detail::ThrowBadAlloc("zlib");
+    const std::size_t streamSize =
+        libdeflate_zlib_compress(compressor.get(), cdata(), m_size, result.data() + PrefixSize, room);
     result.m_size = PrefixSize + streamSize;
     result.reallocate(result.m_size);
     return result;
@@ -261,8 +258,8 @@ VoByteArray VoByteArray::decompress() const
     if (size > MaximumSize || size > BestRatio * streamSize)
         FailInvalidData();
     VoByteArray result;
-    result.allocate(std::max<std::size_t>(size, 1)); // zlib wants room even for nothing
-    if (Inflate(cdata() + PrefixSize, streamSize, result.data(), size) != size)
+    result.allocate(std::max<std::size_t>(size, 1)); // a null pointer is no room, not even for nothing
+    if (!Inflate(cdata() + PrefixSize, streamSize, result.data(), size))
         FailInvalidData();
     result.m_size = size;
     return result;

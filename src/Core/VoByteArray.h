@@ -59,7 +59,8 @@ public:
     void clear() noexcept;                             ///< Makes the array empty and keeps its memory.
 
     /// The bytes in Qt's compressed form: their number as four bytes, most significant first, then a zlib stream.
-    /// Nothing compresses to four zero bytes. `level` is 0 (store) to 9 (smallest); any other value is zlib's default.
+    /// Nothing compresses to four zero bytes. `level` is 0 (store) to 12 (smallest, many times slower than 9); any other
+    /// value is 6. The sizes are about those of zlib's levels: of text up to 0.6 % more, of programs 1 % less.
     /// @throws VoOverflowException from 2147483648 bytes on ("Cannot compress byte array as length is beyond maximum
     /// allowed size. Array size " ...)
     VoByteArray compress(int level = -1) const;

@@ -37,4 +37,9 @@ VoChecksum Sha3::finish()
     return checksum;
 }
 
+VoChecksum Sha3::Digest(const char* bytes)
+{
+    return VoChecksum::FromDigest(QByteArray(bytes, 32));
+}
+
 } // namespace vo::detail

@@ -21,6 +21,8 @@ public:
     void add(const char* data, std::size_t size);
     /// The digest of everything added since construction or the last finish(); begins anew.
     VoChecksum finish();
+    /// The checksum whose 32 bytes these are.
+    static VoChecksum Digest(const char* bytes);
 
 private:
     struct Private;

@@ -50,7 +50,7 @@ Request ReadRequest(const Arguments& arguments)
                    arguments.identifier("package"),
                    version,
                    arguments.bytes("chunk-size", 4u << 20, 1, 0x7fffffff),
-                   static_cast<int>(arguments.integer("level", 6, -1, 9)),
+                   static_cast<int>(arguments.integer("level", 6, -1, 12)),
                    arguments.has("replace"),
                    arguments.has("older")};
 }
@@ -247,7 +247,7 @@ Command PublishCommand()
          {"replace", nullptr, "let the release take the place of one that is declared already"},
          {"older", nullptr, "let the release be older than the newest that is declared"},
          {"chunk-size", "N", "bytes that a chunk holds before compression, such as 512K (the default is 4M)"},
-         {"level", "N", "compression from 0 (none) to 9 (the default is 6)"}},
+         {"level", "N", "compression from 0 (none) to 12 (smallest, slow; the default is 6)"}},
         1,
         1,
         Run};
