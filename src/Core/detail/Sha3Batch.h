@@ -24,7 +24,7 @@ public:
     /// With so many lanes, which must be among Available().
     explicit Sha3Batch(std::size_t lanes = Available().back());
 
-    /// Hashes the messages 0 to @p count - 1, begun in that order.
+    /// Hashes the messages 0 to `count` - 1, begun in that order.
     void hash(std::size_t count, const Read& read, const Done& done) const;
 
     /// The numbers of lanes that this processor has, rising; 1 is always among them.
