@@ -135,17 +135,14 @@ VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::runSteps(const st
         if (m_private->prepare)
             m_private->prepare();
         obtain();
-        diagnostic("Starting installation");
-        broadcast(Message<BasicUpdateMessage<3>>("Starting installation", packageID(), versionID()));
+        m_private->report.report(AbstractMessage::InstallationStarted, "Starting installation");
         VoUniquePtr<InstalledPackageListing> listing = install(stop);
-        diagnostic("Installation complete");
-        broadcast(Message<BasicUpdateMessage<5>>("Installation complete", packageID(), versionID()));
+        m_private->report.report(AbstractMessage::InstallationComplete, "Installation complete");
         cleanStagingDirectory();
         return listing;
     } catch (...) {
         const VoString text = WithText("Installation failed", FailureText());
-        error(text);
-        broadcast(Message<BasicUpdateMessage<18>>(text, packageID(), versionID()));
+        m_private->report.report(AbstractMessage::InstallationFailed, text);
         throw VoInstallationFailedException(text, std::current_exception());
     }
 }
@@ -194,8 +191,7 @@ void AbstractPackageInstaller::download(const VoUrl& advertUrl, const VoStopFlag
             diagnostic("No download required");
             return;
         }
-        diagnostic("Starting download");
-        broadcast(Message<BasicUpdateMessage<0>>(packageID(), versionID()));
+        m_private->report.report(AbstractMessage::DownloadStarted, VoString(), "Starting download");
         const std::size_t attempts = std::max<std::size_t>(downloads.retries, downloads.mirrors.size()) + 1;
         fetch(chunks, advertUrl, stop, downloads);
         // A chunk that stays damaged is left to the building of the files, which decides by their checksums.
@@ -207,8 +203,7 @@ void AbstractPackageInstaller::download(const VoUrl& advertUrl, const VoStopFlag
             reportDamaged(chunks, url, attempt, downloads);
             fetch(chunks, url, stop, policy);
         }
-        diagnostic("Download complete");
-        broadcast(Message<BasicUpdateMessage<2>>(packageID(), versionID()));
+        m_private->report.report(AbstractMessage::DownloadComplete, VoString(), "Download complete");
     } catch (...) {
         error(WithText("Download failed", FailureText()));
         throw;
@@ -234,7 +229,7 @@ void AbstractPackageInstaller::fetch(const VoDeque<ChunkListing>& chunks, const 
     for (const ChunkListing& chunk : chunks)
         files.pushBack({BesideDocument(advertUrl, chunk.path()), directory.chunkPath(chunk.id()), chunk.size()});
     FetchFiles(files, stop, downloads, [this](const VoDownloadProgress& progress) {
-        broadcast(Message<DownloadProgressMessage>(progress, packageID(), versionID()));
+        m_private->report.send<DownloadProgressMessage>(progress);
     });
 }
 
@@ -408,26 +403,19 @@ void AbstractPackageInstaller::cleanStagingDirectory()
     }
 }
 
-VoString AbstractPackageInstaller::withIdentity(const VoString& text) const
-{
-    return text + " [package=" + packageID().toString() + "] [version=" + versionID().toString() + "]";
-}
-
 void AbstractPackageInstaller::diagnostic(const VoString& text) const
 {
-    vo::logging::Logger& log = vo::logging::Logger::Get("updater");
-    if (log.isEnabled(vo::logging::Level::Diagnostic))
-        log.diagnostic(withIdentity(text));
+    m_private->report.diagnostic(text);
 }
 
 void AbstractPackageInstaller::warning(const VoString& text) const
 {
-    vo::logging::Logger::Get("updater").warning(withIdentity(text));
+    m_private->report.warning(text);
 }
 
 void AbstractPackageInstaller::error(const VoString& text) const
 {
-    vo::logging::Logger::Get("updater").error(withIdentity(text));
+    m_private->report.error(text);
 }
 
 } // namespace vo::updater

@@ -133,7 +133,6 @@ private:
     bool writePiece(const ChunkReferenceListing& piece, detail::FileInstaller& built);
     void logDamagedChunks(const AdvertisedFileListing& file) const;
     void logInstalled(const AdvertisedFileListing& file, const VoFilePath& place) const;
-    VoString withIdentity(const VoString& text) const;
 
     struct Private;
     std::unique_ptr<Private> m_private;

@@ -301,6 +301,17 @@ void InstalledPackages::Broadcast(const VoSharedPtr<AbstractMessage>& message)
     isBroadcasting = wasBroadcasting;
 }
 
+EventReport InstalledPackages::Events(const VoUUID& packageID, const VoUUID& versionID)
+{
+    return EventReport(packageID, versionID, Broadcast, &Log(), EventReport::Label::None);
+}
+
+// Whoever asked for a check is told what it finds; the log has nothing to say of it.
+EventReport InstalledPackages::Unlogged(const InstalledPackageListing& listing)
+{
+    return EventReport(listing.packageID(), listing.versionID(), Broadcast, nullptr, EventReport::Label::None);
+}
+
 VoReceiver InstalledPackages::Connect(std::function<void(const VoSharedPtr<AbstractMessage>&)> callback)
 {
     return State().broadcaster.connect(std::move(callback));
@@ -388,7 +399,7 @@ void InstalledPackages::Recover(const VoUUID& packageID)
     detail::Recover(JournalOf(packageID), [](const InstalledPackageListing& listing) {
         if (!Record(listing))
             return false;
-        Broadcast(Message<PackagesUpdatedMessage>());
+        Broadcast(VoSharedPtr<PackagesUpdatedMessage>::Make());
         return true;
     });
 }
@@ -506,7 +517,7 @@ void InstalledPackages::RunAndRecord(VoUniquePtr<AdvertisedPackageListing> adver
     });
     run(installer);
     if (isRecorded)
-        Broadcast(Message<PackagesUpdatedMessage>());
+        Broadcast(VoSharedPtr<PackagesUpdatedMessage>::Make());
 }
 
 // The listing first: should the process end before the registry is written, the next operation does both again.
@@ -554,8 +565,7 @@ void InstalledPackages::Attempt(const std::function<void()>& work, const VoUUID&
         throw;
     } catch (...) {
         const VoString text = WithText("Installation failed", FailureText());
-        Log().error(text);
-        Broadcast(Message<BasicUpdateMessage<18>>(text, packageID, versionID));
+        Events(packageID, versionID).report(AbstractMessage::InstallationFailed, text);
         throw VoInstallationFailedException(text, std::current_exception());
     }
 }
@@ -564,7 +574,7 @@ VerificationReport InstalledPackages::Verify(const VoUUID& packageID, VoStopFlag
 {
     const VoUniquePtr<InstalledPackageListing> listing = Package(packageID);
     FileOwners owners = FileOwners::Others(packageID, {listing->installationDirectory()});
-    return CheckPackage(*listing, owners, stop, Broadcast).report;
+    return CheckPackage(*listing, owners, stop, Unlogged(*listing)).report;
 }
 
 VerificationReport InstalledPackages::Repair(const VoFilePath& definitionFile, VoStopFlag stop)
@@ -610,7 +620,7 @@ VerificationReport InstalledPackages::Repair(VoUniquePtr<AdvertisedPackageListin
         if (installed->versionID() != versionID)
             throw VoInvalidParameterException("Definition is not that of the installed release: " + place);
         FileOwners owners = FileOwners::Others(packageID, {installed->installationDirectory()});
-        PackageCheck check = CheckPackage(*installed, owners, stop, Broadcast);
+        PackageCheck check = CheckPackage(*installed, owners, stop, Unlogged(*installed));
         report = check.report;
         if (report.isIntact() && !IsUnfinished(packageID, installed.get()))
             return;
@@ -632,22 +642,23 @@ void InstalledPackages::Uninstall(const VoUUID& packageID, VoStopFlag stop)
 {
     const VoFilePath path = InstalledPackageListingPath(packageID);
     Operation operation;
-    Log().diagnostic("Uninstall requested for " + packageID.toString());
-    Broadcast(Message<BasicUninstallMessage<7>>(packageID));
+    const EventReport events = Events(packageID, VoUUID(""));
+    events.report(AbstractMessage::UninstallStarted, "Uninstall requested for " + packageID.toString());
     try {
         if (VoFileSystem::IsDirectory(VoUpdater::UpdateSystemDirectory()))
             operation.begin();
-        RemovePackage(packageID, path, stop);
+        RemovePackage(packageID, path, stop, events);
         if (operation.processes && Forget(packageID))
             EraseFile(RemovedPath(packageID));
     } catch (...) {
-        Broadcast(Message<UninstallFailedMessage>(FailureText(), packageID));
+        Broadcast(VoSharedPtr<UninstallFailedMessage>::Make(FailureText(), packageID));
         throw;
     }
-    Broadcast(Message<BasicUninstallMessage<8>>(packageID));
+    events.report(AbstractMessage::UninstallComplete, VoString());
 }
 
-void InstalledPackages::RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStopFlag& stop)
+void InstalledPackages::RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStopFlag& stop,
+                                      const EventReport& events)
 {
     Recover(packageID);
     const InstallationJournal journal = InstallationJournal::OfListing(path);
@@ -655,8 +666,8 @@ void InstalledPackages::RemovePackage(const VoUUID& packageID, const VoFilePath&
     if (VoFileSystem::Exists(path)) {
         listing = InstalledPackageListing::Open(path);
     } else {
-        Log().warning("Package definition file not found for " + packageID.toString());
-        Broadcast(Message<BasicUninstallMessage<9>>(packageID));
+        events.report(AbstractMessage::PackageDefinitionNotFound,
+                      "Package definition file not found for " + packageID.toString());
     }
     Uninstaller(packageID, path, listing.get(), journal, Broadcast).run(stop);
     for (const auto phase : {InstallationJournal::Phase::Pending, InstallationJournal::Phase::Replaced})
@@ -667,8 +678,7 @@ void InstalledPackages::RemovePackage(const VoUUID& packageID, const VoFilePath&
         return;
     // Still there under another name until the registry has forgotten the package: so its name finds it.
     MoveAside(path, RemovedPath(packageID));
-    Log().diagnostic("Package definition removed for " + packageID.toString());
-    Broadcast(Message<BasicUninstallMessage<10>>(packageID));
+    events.report(AbstractMessage::PackageDefinitionRemoved, "Package definition removed for " + packageID.toString());
 }
 
 // True when the registry has no entry of the package any more.
@@ -681,7 +691,7 @@ bool InstalledPackages::Forget(const VoUUID& packageID)
     guard.unlock();
     if (!Write(registry))
         return false;
-    Broadcast(Message<PackagesUpdatedMessage>());
+    Broadcast(VoSharedPtr<PackagesUpdatedMessage>::Make());
     return true;
 }
 

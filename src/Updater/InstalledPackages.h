@@ -22,8 +22,9 @@ struct VoDownloadPolicy;
 namespace vo::updater {
 
 namespace detail {
+class EventReport;
 struct InstallerSettings;
-}
+} // namespace detail
 
 class AdvertisedPackageListing;
 class PackageInstaller;
@@ -172,6 +173,8 @@ private:
     static Shared& State();
     static InstalledPackages& Get();
     static void Broadcast(const VoSharedPtr<AbstractMessage>& message);
+    static detail::EventReport Events(const VoUUID& packageID, const VoUUID& versionID);
+    static detail::EventReport Unlogged(const InstalledPackageListing& listing);
     static void Attempt(const std::function<void()>& work); // of a package that is not known yet
     static void Attempt(const std::function<void()>& work, const VoUUID& packageID, const VoUUID& versionID);
     static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& installationDirectory,
@@ -188,7 +191,8 @@ private:
     static bool Record(const InstalledPackageListing& listing);
     static bool Update(const InstalledPackageListing& listing);
     static bool Write(const InstalledPackages& registry);
-    static void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStopFlag& stop);
+    static void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStopFlag& stop,
+                              const detail::EventReport& events);
     static bool Forget(const VoUUID& packageID);
 
     void set(const VoUUID& packageID, const VoVersion& version);

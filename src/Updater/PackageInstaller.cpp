@@ -1,6 +1,5 @@
 #include <Updater/PackageInstaller.h>
 
-#include <Core/VoChecksum.h>
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
@@ -9,14 +8,13 @@
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileByteStream.h>
 #include <Subsystem/VoLogging.h>
-#include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/InstalledPackages.h>
 #include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/install/FileCheck.h>
 #include <Updater/detail/install/FileClaims.h>
-#include <Updater/detail/install/FileContent.h>
 #include <Updater/detail/install/FileInstaller.h>
 #include <Updater/detail/install/FileOwners.h>
 #include <Updater/detail/install/FileReuse.h>
@@ -93,29 +91,9 @@ VoDeque<ChunkListing> Listings(const VoDeque<PlannedChunk>& chunks)
     return result;
 }
 
-// What the check of an installed file found.
-struct Finding
-{
-    VoFilePath path;
-    bool isThere = false;
-    bool isSound = false;
-
-    // Of no value when the flag is raised.
-    void examine(const AdvertisedFileListing& file, const VoStopFlag& stop)
-    {
-        try {
-            isSound = HasChecksum(path, file.checksum(), stop);
-            isThere = isSound || VoFileSystem::Exists(path);
-        } catch (const VoUserCancelledException&) {
-            // The thread that waits for this one will notice.
-        }
-    }
-};
-
 bool IsInPlace(const InstalledFileListing& file, const VoFilePath& place)
 {
-    return Bytes(file.path()) == Bytes(place) && VoFileSystem::Exists(place) && !VoFileSystem::IsDirectory(place) &&
-           file.size() == VoFileSystem::FileSize(place);
+    return Bytes(file.path()) == Bytes(place) && HasSize(Expected(place, file), Links::Followed);
 }
 
 } // namespace
@@ -447,7 +425,8 @@ void PackageInstaller::buildFiles(const VoStopFlag& stop)
     for (const PlannedFile* file : order) {
         stop.throwIfStopped();
         buildFile(*file, durability, stop);
-        broadcast(Message<InstallationProgressMessage>(++done, m_private->plan.files.size(), packageID(), versionID()));
+        AbstractPackageInstaller::m_private->report.send<InstallationProgressMessage>(++done,
+                                                                                      m_private->plan.files.size());
     }
     if (durability == Durability::Later)
         SyncVolume(installationDirectory());
@@ -545,55 +524,16 @@ std::vector<const PlannedFile*> PackageInstaller::buildOrder(std::uint64_t cache
 
 void PackageInstaller::verify(const VoStopFlag& stop)
 {
-    diagnostic("Starting installation verification");
-    broadcast(Message<BasicUpdateMessage<12>>("Starting installation verification", packageID(), versionID()));
+    const EventReport& report = AbstractPackageInstaller::m_private->report;
     const VoDeque<AdvertisedFileListing>& files = advertisedPackage().files();
-    background_task::VoParallelTaskScheduler scheduler;
-    const std::size_t batch = 32 * scheduler.workers();
-    std::vector<Finding> findings;
+    const auto expected = [&](std::size_t i) { return Expected(resolvedPath(files[i]), files[i]); };
     VoDeque<VoUUID> damaged;
-    for (std::size_t first = 0; first < files.size(); first += batch) {
-        const std::size_t last = std::min(first + batch, files.size());
-        findings.clear();
-        for (std::size_t i = first; i < last; ++i)
-            findings.push_back({resolvedPath(files[i])});
-        scheduler.parallelFor(first, last, 1, [&](std::size_t begin, std::size_t end) {
-            for (std::size_t i = begin; i < end; ++i)
-                findings[i - first].examine(files[i], stop);
-        });
-        for (std::size_t i = first; i < last; ++i) {
-            stop.throwIfStopped();
-            const Finding& finding = findings[i - first];
-            if (!reportFile(finding.path, finding.isThere, finding.isSound))
-                damaged.pushBack(files[i].id());
-            broadcast(Message<VerificationProgressMessage>(i + 1, files.size(), packageID(), versionID()));
-        }
-    }
-    if (damaged.isEmpty()) {
-        diagnostic("Installation verification success");
-        broadcast(Message<BasicUpdateMessage<16>>("Installation verification success", packageID(), versionID()));
-    } else {
-        // Before the installation is recorded: a record that comes to nothing only lets files be written once more.
-        if (!AbstractPackageInstaller::m_private->settings.isTemporary)
-            RecordDamage(packageID(), damaged);
-        error("Installation verification failed");
-        broadcast(Message<BasicUpdateMessage<17>>("Installation verification failed", packageID(), versionID()));
-    }
-}
-
-bool PackageInstaller::reportFile(const VoFilePath& path, bool isThere, bool isSound)
-{
-    if (!isThere) {
-        error("File missing " + path.path());
-        broadcast(Message<BasicUpdateMessage<15>>("File missing: " + path.path(), packageID(), versionID()));
-        return false;
-    }
-    if (isSound)
-        return true;
-    const VoString text = "File checksum mismatch: " + path.path();
-    error(text);
-    broadcast(Message<BasicUpdateMessage<14>>(text, packageID(), versionID()));
-    return false;
+    for (const FileFinding& finding : VerifyFiles(files.size(), expected, report, stop))
+        damaged.pushBack(files[finding.number].id());
+    // Before the installation is recorded: a record that comes to nothing only lets files be written once more.
+    if (!damaged.isEmpty() && !AbstractPackageInstaller::m_private->settings.isTemporary)
+        RecordDamage(packageID(), damaged);
+    ReportVerified(damaged.isEmpty(), report);
 }
 
 } // namespace vo::updater

@@ -89,7 +89,6 @@ private:
     const AdvertisedFileListing* builtFile(const detail::PlannedFile& planned) const;
     std::vector<const detail::PlannedFile*> buildOrder(std::uint64_t cacheLimit) const;
     void verify(const VoStopFlag& stop);
-    bool reportFile(const VoFilePath& path, bool isThere, bool isSound);
 
     struct Private;
     std::unique_ptr<Private> m_private;

@@ -7,7 +7,8 @@
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/PackageInstaller.h>
-#include <Updater/detail/install/FileContent.h>
+#include <Updater/detail/install/EventReport.h>
+#include <Updater/detail/install/FileCheck.h>
 #include <Updater/detail/install/InstallerPrivate.h>
 
 namespace vo::updater {
@@ -15,6 +16,11 @@ namespace vo::updater {
 using namespace detail;
 
 namespace {
+
+vo::logging::Logger& Log()
+{
+    return vo::logging::Logger::Get("update builder");
+}
 
 bool IsSame(const VoFilePath& a, const VoFilePath& b)
 {
@@ -31,12 +37,10 @@ bool IsSame(const VoFilePath& a, const VoFilePath& b)
 class Comparison
 {
 public:
-    using Callback = std::function<void(const VoSharedPtr<AbstractMessage>&)>;
-
-    Comparison(const AdvertisedPackageListing& package, const Callback& callback)
+    Comparison(const AdvertisedPackageListing& package, const MessageReceiver& callback)
         : m_package(package)
-        , m_callback(callback)
         , m_ids(package.packageID().toString() + ", " + package.versionID().toString())
+        , m_report(package.packageID(), package.versionID(), callback, &Log(), EventReport::Label::None)
     {
     }
 
@@ -57,28 +61,26 @@ private:
     bool compare(const VoFilePath& target, const VoFilePath& source, const VoFilePath& installed) const
     {
         if (!VoFileSystem::Exists(source))
-            return fail<15>("Original file missing for listing: ", "Original file missing ", target);
+            return fail(AbstractMessage::FileMissing, "Original file missing for listing: ", "Original file missing ",
+                        target);
         if (!VoFileSystem::Exists(installed))
-            return fail<15>("Installed file missing for listing: ", "Installed file missing ", target);
+            return fail(AbstractMessage::FileMissing, "Installed file missing for listing: ", "Installed file missing ",
+                        target);
         if (!IsSame(source, installed))
-            return fail<14>("Files do not match: ", "Files do not math ", target);
+            return fail(AbstractMessage::FileMismatch, "Files do not match: ", "Files do not math ", target);
         return true;
     }
 
-    template <int Code>
-    bool fail(const char* message, const char* logged, const VoFilePath& target) const
+    bool fail(AbstractMessage::Type type, const char* message, const char* logged, const VoFilePath& target) const
     {
-        vo::logging::Logger::Get("update builder")
-            .error("Package verification failed for [" + m_ids + "]: " + logged + target.path());
-        if (m_callback)
-            m_callback(Message<BasicUpdateMessage<Code>>(message + target.path(), m_package.packageID(),
-                                                         m_package.versionID()));
+        m_report.report(type, message + target.path(),
+                        "Package verification failed for [" + m_ids + "]: " + logged + target.path());
         return false;
     }
 
     const AdvertisedPackageListing& m_package;
-    const Callback& m_callback;
     const VoString m_ids;
+    const EventReport m_report;
 };
 
 } // namespace
@@ -96,8 +98,7 @@ bool PackageVerifier::Verify(VoUniquePtr<AdvertisedPackageListing> package, cons
 {
     const AdvertisedPackageListing advert = *package;
     const Comparison comparison(advert, callback);
-    vo::logging::Logger& log = vo::logging::Logger::Get("update builder");
-    log.diagnostic("Starting package verification process for [" + comparison.ids() + "]");
+    Log().diagnostic("Starting package verification process for [" + comparison.ids() + "]");
 
     const VoTemporaryDir temporary;
     const VoDirectoryPath installed = temporary.path().directory("installed");
@@ -110,9 +111,9 @@ bool PackageVerifier::Verify(VoUniquePtr<AdvertisedPackageListing> package, cons
 
     const bool isSame = comparison.run(sourceDirectory, installed, stop);
     if (isSame)
-        log.diagnostic("Package verification success [" + comparison.ids() + "]");
+        Log().diagnostic("Package verification success [" + comparison.ids() + "]");
     else
-        log.error("Package verification failed [" + comparison.ids() + "]");
+        Log().error("Package verification failed [" + comparison.ids() + "]");
     return isSame;
 }
 

@@ -83,20 +83,12 @@ AbstractMessage::Type BasicUninstallMessage<N>::type() const
     return static_cast<Type>(N);
 }
 
-template class BasicUpdateMessage<0>;
-template class BasicUpdateMessage<2>;
-template class BasicUpdateMessage<3>;
-template class BasicUpdateMessage<5>;
-template class BasicUpdateMessage<12>;
-template class BasicUpdateMessage<14>;
-template class BasicUpdateMessage<15>;
-template class BasicUpdateMessage<16>;
-template class BasicUpdateMessage<17>;
-template class BasicUpdateMessage<18>;
-template class BasicUninstallMessage<7>;
-template class BasicUninstallMessage<8>;
-template class BasicUninstallMessage<9>;
-template class BasicUninstallMessage<10>;
+#define VOCORE_MESSAGE(name, level) template class BasicUpdateMessage<AbstractMessage::name>;
+VOCORE_BASIC_UPDATE_MESSAGES(VOCORE_MESSAGE)
+#undef VOCORE_MESSAGE
+#define VOCORE_MESSAGE(name, level) template class BasicUninstallMessage<AbstractMessage::name>;
+VOCORE_BASIC_UNINSTALL_MESSAGES(VOCORE_MESSAGE)
+#undef VOCORE_MESSAGE
 
 DownloadProgressMessage::DownloadProgressMessage(const VoDownloadSize& processed, const VoDownloadSize& total,
                                                  const VoTransferRate& rate, const VoUUID& packageID,

@@ -122,21 +122,34 @@ public:
     Type type() const override; ///< N
 };
 
+/// The types whose message is a BasicUpdateMessage, and how grave a line the log gets of each. A new one stands here
+/// and in AbstractMessage::Type, and nowhere else.
+#define VOCORE_BASIC_UPDATE_MESSAGES(MESSAGE)                                                                          \
+    MESSAGE(DownloadStarted, Diagnostic)                                                                               \
+    MESSAGE(DownloadComplete, Diagnostic)                                                                              \
+    MESSAGE(InstallationStarted, Diagnostic)                                                                           \
+    MESSAGE(InstallationComplete, Diagnostic)                                                                          \
+    MESSAGE(VerificationStarted, Diagnostic)                                                                           \
+    MESSAGE(FileMismatch, Error)                                                                                       \
+    MESSAGE(FileMissing, Error)                                                                                        \
+    MESSAGE(VerificationSuccess, Diagnostic)                                                                           \
+    MESSAGE(VerificationFailed, Error)                                                                                 \
+    MESSAGE(InstallationFailed, Error)
+
+/// The same of BasicUninstallMessage.
+#define VOCORE_BASIC_UNINSTALL_MESSAGES(MESSAGE)                                                                       \
+    MESSAGE(UninstallStarted, Diagnostic)                                                                              \
+    MESSAGE(UninstallComplete, Diagnostic)                                                                             \
+    MESSAGE(PackageDefinitionNotFound, Warning)                                                                        \
+    MESSAGE(PackageDefinitionRemoved, Diagnostic)
+
 // Made once, in the library: a cast on the other side of its boundary must find the same type.
-extern template class BasicUpdateMessage<0>;
-extern template class BasicUpdateMessage<2>;
-extern template class BasicUpdateMessage<3>;
-extern template class BasicUpdateMessage<5>;
-extern template class BasicUpdateMessage<12>;
-extern template class BasicUpdateMessage<14>;
-extern template class BasicUpdateMessage<15>;
-extern template class BasicUpdateMessage<16>;
-extern template class BasicUpdateMessage<17>;
-extern template class BasicUpdateMessage<18>;
-extern template class BasicUninstallMessage<7>;
-extern template class BasicUninstallMessage<8>;
-extern template class BasicUninstallMessage<9>;
-extern template class BasicUninstallMessage<10>;
+#define VOCORE_MESSAGE(name, level) extern template class BasicUpdateMessage<AbstractMessage::name>;
+VOCORE_BASIC_UPDATE_MESSAGES(VOCORE_MESSAGE)
+#undef VOCORE_MESSAGE
+#define VOCORE_MESSAGE(name, level) extern template class BasicUninstallMessage<AbstractMessage::name>;
+VOCORE_BASIC_UNINSTALL_MESSAGES(VOCORE_MESSAGE)
+#undef VOCORE_MESSAGE
 
 /// How far the download of the required chunks is.
 class VOCORE_EXPORT DownloadProgressMessage : public AbstractUpdateMessage

@@ -63,13 +63,16 @@ VoDirectoryPath AsDirectory(const VoFilePath& file)
     return VoDirectoryPath(file.path() + "\\");
 }
 
-FileKind KindOf(const VoFilePath& path)
+FileKind KindOf(const VoFilePath& path, Links links)
 {
+    const bool isFollowed = links == Links::Followed;
+    const fs::path native = ToNative(path);
     std::error_code error;
-    switch (fs::symlink_status(ToNative(path), error).type()) {
+    switch ((isFollowed ? fs::status(native, error) : fs::symlink_status(native, error)).type()) {
     case fs::file_type::none:
         if (!vo::detail::MeansMissing(error))
-            throw vo::detail::Because(error, VoFileException("status: " + VoString(error.message()), path));
+            throw vo::detail::Because(
+                error, VoFileException((isFollowed ? "exists: " : "status: ") + VoString(error.message()), path));
         return FileKind::None;
     case fs::file_type::not_found:
         return FileKind::None;

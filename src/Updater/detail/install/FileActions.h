@@ -44,7 +44,14 @@ VOCORE_PRIVATE_EXPORT VoFilePath AsFile(const VoDirectoryPath& directory);
 VOCORE_PRIVATE_EXPORT VoDirectoryPath AsDirectory(const VoFilePath& file);
 /// @}
 
-/// What bears a path; links count as what they are, not as what they lead to.
+/// What a link counts as.
+enum class Links
+{
+    Kept,     ///< What it is.
+    Followed, ///< What it leads to.
+};
+
+/// What bears a path.
 enum class FileKind
 {
     None,
@@ -52,9 +59,9 @@ enum class FileKind
     Directory,
     Other, ///< A link, a pipe, a device.
 };
-/// @throws VoFileException ("status: " + reason) when the system does not let one look: a file that cannot be seen is
-/// not one that is gone
-VOCORE_PRIVATE_EXPORT FileKind KindOf(const VoFilePath& path);
+/// @throws VoFileException ("status: " + reason, "exists: " where links are followed) when the system does not let one
+/// look: a file that cannot be seen is not one that is gone
+VOCORE_PRIVATE_EXPORT FileKind KindOf(const VoFilePath& path, Links links = Links::Kept);
 
 /// Makes one directory; nothing when it is there.
 /// @throws VoFileException ("Cannot create directory: " + reason + ": " + path)

@@ -1,15 +1,13 @@
 #include <Updater/detail/install/FileClaims.h>
 
-#include <Core/VoChecksum.h>
 #include <Core/VoString.h>
-#include <Download/VoDownloadSize.h>
-#include <FileSystem/VoFileSystem.h>
+#include <Threading/VoStopFlag.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/PackageDifferences.h>
 #include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/install/FileActions.h>
-#include <Updater/detail/install/FileContent.h>
+#include <Updater/detail/install/FileCheck.h>
 #include <Updater/detail/install/FileOwners.h>
 #include <Updater/detail/install/PathIndex.h>
 
@@ -49,12 +47,6 @@ private:
     std::optional<PathIndex> m_index;
 };
 
-bool HasContent(const VoFilePath& place, const AdvertisedFileListing& file)
-{
-    return KindOf(place) == FileKind::File && file.size() == VoFileSystem::FileSize(place) &&
-           HasChecksum(place, file.checksum());
-}
-
 } // namespace
 
 FileClaims FindClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
@@ -81,7 +73,7 @@ FileClaims FindClaims(const PackageDifferences& differences, const InstalledPack
         const bool isOwn = own.find(file->id(), place) != nullptr;
         if (owned && !(isOwn && owned->file.checksum() == file->checksum())) {
             claims.conflicts.pushBack({place, owned->packageID, owned->name});
-        } else if (!isOwn && HasContent(place, *file)) {
+        } else if (!isOwn && Examine(Expected(place, *file), Links::Kept, VoStopFlag()) == FileState::Sound) {
             claims.adopted.pushBack(place);
             claims.adoptedIDs.insert(file->id());
         } else if (!isOwn) {

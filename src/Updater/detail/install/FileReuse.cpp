@@ -4,12 +4,10 @@
 #include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Download/VoDownloadSize.h>
-#include <FileSystem/VoFileSystem.h>
-#include <Threading/VoParallelTaskScheduler.h>
+#include <Threading/VoStopFlag.h>
 #include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/documents/PackageValidator.h>
-#include <Updater/detail/install/FileActions.h>
-#include <Updater/detail/install/FileContent.h>
+#include <Updater/detail/install/FileCheck.h>
 
 #include <algorithm>
 #include <string>
@@ -60,29 +58,13 @@ private:
     std::unordered_set<std::string> m_directories;
 };
 
-// An installed file that has the bytes of some added ones.
-struct Candidate
-{
-    const InstalledFileListing* file;
-    bool hasBytes;
-};
-
 bool IsStillThere(const InstalledFileListing& file)
 {
     try {
-        return KindOf(file.path()) == FileKind::File && file.size() == VoFileSystem::FileSize(file.path());
+        return HasSize(Expected(file.path(), file), Links::Kept);
     } catch (const VoException&) {
         return false;
     }
-}
-
-void ReadAll(std::vector<Candidate>& candidates)
-{
-    background_task::VoParallelTaskScheduler scheduler;
-    scheduler.parallelFor(0, candidates.size(), 1, [&](std::size_t first, std::size_t last) {
-        for (std::size_t i = first; i < last; ++i)
-            candidates[i].hasBytes = HasChecksum(candidates[i].file->path(), candidates[i].file->checksum());
-    });
 }
 
 } // namespace
@@ -105,25 +87,24 @@ ReusedFiles FindReusableFiles(const PackageDifferences& differences, const Insta
     for (const AdvertisedFileListing& file : advertised.files())
         tree.add(placeOf(file));
     Containment inside(installed.installationDirectory());
-    std::vector<Candidate> candidates;
+    std::vector<const InstalledFileListing*> candidates; // that may have the bytes of some added ones
     for (const InstalledFileListing& file : installed.files()) {
         const auto match = wanted.find(file.checksum());
         if (match != wanted.end() && match->second->size() == file.size() && inside.holds(file.path()) &&
             !tree.displaces(file.path()) && IsStillThere(file))
-            candidates.push_back({&file, false});
+            candidates.push_back(&file);
     }
-    ReadAll(candidates);
 
     ReusedFiles reused;
-    for (const Candidate& candidate : candidates) {
-        if (!candidate.hasBytes)
-            continue;
-        const auto [first, last] = wanted.equal_range(candidate.file->checksum());
-        for (auto added = first; added != last; ++added) {
-            if (added->second->size() == candidate.file->size())
-                reused.emplace(added->second->id(), candidate.file->path());
+    const auto expected = [&](std::size_t i) { return Expected(candidates[i]->path(), *candidates[i]); };
+    ExamineAll(candidates.size(), expected, Links::Kept, VoStopFlag(), [&](std::size_t i, FileState state) {
+        const InstalledFileListing& file = *candidates[i];
+        const auto [first, last] = wanted.equal_range(file.checksum());
+        for (auto added = first; state == FileState::Sound && added != last; ++added) {
+            if (added->second->size() == file.size())
+                reused.emplace(added->second->id(), file.path());
         }
-    }
+    });
     return reused;
 }
 

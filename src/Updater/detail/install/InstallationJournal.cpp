@@ -1,15 +1,14 @@
 #include <Updater/detail/install/InstallationJournal.h>
 
-#include <Core/VoChecksum.h>
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
-#include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFileSystem.h>
 #include <Subsystem/VoLogging.h>
 #include <Updater/detail/documents/Attributes.h>
 #include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/install/FileCheck.h>
 #include <Updater/detail/install/FileInstaller.h>
 #include <XML/VoXMLStreamLoader.h>
 
@@ -151,9 +150,7 @@ private:
     bool hasNewContent(const VoFilePath& place) const
     {
         const auto file = m_files.find(Bytes(place));
-        return file != m_files.end() && KindOf(place) == FileKind::File &&
-               file->second->size() == VoFileSystem::FileSize(place) &&
-               VoFileSystem::Checksum(place) == file->second->checksum();
+        return file != m_files.end() && IsSound(Expected(place, *file->second));
     }
 
     void moveBack(const PlaceChange& change)

@@ -4,10 +4,11 @@
 
 #include <Core/VoString.h>
 #include <FileSystem/VoDirectoryPath.h>
-#include <Threading/VoBroadcaster.h>
+#include <Subsystem/VoLogging.h>
 #include <Updater/AbstractPackageInstaller.h>
 #include <Updater/detail/install/ChunkCache.h>
 #include <Updater/detail/install/ChunkReader.h>
+#include <Updater/detail/install/EventReport.h>
 #include <Updater/detail/install/InstallerSettings.h>
 #include <Updater/detail/install/StagingDirectory.h>
 
@@ -18,27 +19,6 @@
 
 namespace vo::updater {
 
-namespace detail {
-
-using MessageBroadcaster = VoBroadcaster<VoSharedPtr<AbstractMessage>>;
-
-template <typename M, typename... Arguments>
-VoSharedPtr<AbstractMessage> Message(Arguments&&... arguments)
-{
-    return VoSharedPtr<M>::Make(std::forward<Arguments>(arguments)...);
-}
-
-/// Sends a message. What a receiver throws is logged: work goes on whatever they do.
-void BroadcastGuarded(MessageBroadcaster& broadcaster, const VoSharedPtr<AbstractMessage>& message);
-
-/// The text of the exception in flight; empty for one that is neither of the library nor of the standard.
-VoString FailureText();
-
-/// "sentence: text", or the sentence alone when there is no text.
-VoString WithText(const char* sentence, const VoString& text);
-
-} // namespace detail
-
 struct AbstractPackageInstaller::Private
 {
     Private(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& installationDirectory,
@@ -47,6 +27,10 @@ struct AbstractPackageInstaller::Private
         , directory(installationDirectory)
         , settings(runSettings)
         , cache(runSettings.cacheLimit)
+        , report(
+              package->packageID(), package->versionID(),
+              [this](const VoSharedPtr<AbstractMessage>& message) { detail::BroadcastGuarded(broadcaster, message); },
+              &vo::logging::Logger::Get("updater"), detail::EventReport::Label::IDs)
     {
     }
 
@@ -60,6 +44,7 @@ struct AbstractPackageInstaller::Private
     std::unique_ptr<detail::ChunkReader> reader; // while files are built
     detail::ChunkCache cache;
     detail::MessageBroadcaster broadcaster;
+    const detail::EventReport report;
 };
 
 } // namespace vo::updater

@@ -5,15 +5,13 @@
 #include <Core/VoUUID.h>
 #include <Updater/VerificationReport.h>
 
-#include <functional>
-
 namespace vo::updater {
-class AbstractMessage;
 class InstalledPackageListing;
-} // namespace vo::updater
+}
 
 namespace vo::updater::detail {
 
+class EventReport;
 class FileOwners;
 
 /// What a check found, and the IDs of the files that a repair has to write.
@@ -24,9 +22,9 @@ struct PackageCheck
 };
 
 /// Looks at every installed file of a package, and at what else lies in the directories made for it that no other
-/// package owns. Changes nothing. Progress and findings go to `broadcast`.
+/// package owns. Changes nothing. Progress and findings go to `events`.
 /// @throws VoUserCancelledException when the flag is raised
 PackageCheck CheckPackage(const InstalledPackageListing& listing, FileOwners& owners, const VoStopFlag& stop,
-                          const std::function<void(const VoSharedPtr<AbstractMessage>&)>& broadcast);
+                          const EventReport& events);
 
 } // namespace vo::updater::detail

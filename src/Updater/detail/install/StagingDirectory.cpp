@@ -1,15 +1,14 @@
 #include <Updater/detail/install/StagingDirectory.h>
 
 #include <Core/VoByteArray.h>
-#include <Core/VoChecksum.h>
 #include <Core/VoFileException.h>
 #include <Core/VoUUID.h>
-#include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileByteStream.h>
 #include <Updater/ChunkListing.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/install/FileCheck.h>
 
 namespace vo::updater::detail {
 
@@ -73,9 +72,7 @@ void StagingDirectory::create() const
 
 bool StagingDirectory::holds(const ChunkListing& chunk) const
 {
-    const VoFilePath path = chunkPath(chunk.id());
-    return KindOf(path) == FileKind::File && chunk.size() == VoFileSystem::FileSize(path) &&
-           VoFileSystem::Checksum(path) == chunk.checksum();
+    return IsSound(Expected(chunkPath(chunk.id()), chunk));
 }
 
 void StagingDirectory::copy(const VoFilePath& source, const VoUUID& chunkID) const

@@ -1,13 +1,14 @@
 #include <Updater/detail/registry/Uninstaller.h>
 
 #include <Core/VoFileException.h>
+#include <Core/VoSharedPtr.h>
 #include <FileSystem/VoFileSystem.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/UpdateMessages.h>
 #include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/install/FileActions.h>
 #include <Updater/detail/install/FileOwners.h>
-#include <Updater/detail/install/InstallerPrivate.h>
 
 #include <algorithm>
 #include <vector>
@@ -81,7 +82,7 @@ void Uninstaller::removeFiles(const VoStopFlag& stop)
         });
         if (!isDone)
             m_remaining.pushBack(file);
-        m_broadcast(Message<UninstallProgressMessage>(++done, m_listing->files().size(), m_packageID));
+        m_broadcast(VoSharedPtr<UninstallProgressMessage>::Make(++done, m_listing->files().size(), m_packageID));
     }
 }
 
