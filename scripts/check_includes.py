@@ -23,7 +23,7 @@ UPWARDS = {
     # What a destructor cannot throw, it logs.
     ("FileSystem/VoTemporaryDir", "Subsystem"), ("FileSystem/VoTemporaryFile", "Subsystem"),
     # Log sinks are kept as broadcasters keep their callbacks.
-    ("Subsystem/VoLogging", "Threading"),
+    ("Subsystem/VoLogging", "Threading"), ("Subsystem/LogConfiguration", "Threading"),
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 
