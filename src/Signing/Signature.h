@@ -55,6 +55,9 @@ public:
     ///     document", "Trusted comment was changed"
     void verify(const void* data, std::size_t size, const Signature& signature) const;
 
+    /// Whether two keys verify the same signatures, whatever numbers they go by.
+    bool isSameKey(const PublicKey& other) const { return m_key == other.m_key; }
+
     /// Comparison of the whole keys. @{
     friend bool operator==(const PublicKey& a, const PublicKey& b)
     {

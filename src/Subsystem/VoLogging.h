@@ -65,8 +65,7 @@ public:
     bool isEnabled(Level level) const noexcept;
 
     const VoString& category() const noexcept; ///< The logger's name.
-    Level level() const noexcept;              ///< Records below this level are dropped; at first Diagnostic, or what
-                                               ///< Configure() has said. Critical also where nothing is logged.
+    Level level() const noexcept;              ///< Records below this level are dropped; Diagnostic at first.
     void setLevel(Level level) noexcept;       ///< Sets level().
 
 private:

@@ -21,6 +21,7 @@
 #include <Updater/detail/publish/DeclaredHistory.h>
 #include <Updater/detail/publish/IgnoreRules.h>
 #include <Updater/detail/publish/Publication.h>
+#include <Updater/detail/publish/PublishingFolder.h>
 #include <Updater/detail/publish/SourceTree.h>
 
 #include <string>
@@ -94,12 +95,16 @@ struct AbstractPackageBuilder::Private
 {
     AdvertisedPackageListing package;
     VoTemporaryDir intermediateDirectory;
+    const LivingFolder living{intermediateDirectory.path()};
     std::unique_ptr<ChunkWriter> chunks;
     std::unordered_map<std::string, VoFilePath> targets; // by their folded names
     std::vector<VoDirectoryPath> directories;            // added whole, their output not left out
     std::vector<VoDirectoryPath> published;              // where finalise has moved chunks, also when it failed
     IgnoreRules ignored;
     Approval approval;
+    ReleaseTerms terms;
+    ReleaseSigning signing;
+    ManifestState manifest;
     std::size_t listed = 0;
     unsigned waits = 0;
     bool busy = false;
@@ -360,7 +365,8 @@ void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
     publication.writeDefinition(m_private->package, places.definition, places.relative);
 
     m_private->broadcast("Updating declarations file: " + declarationsFile.path(), *this);
-    publication.declare(m_private->package, places.relative);
+    m_private->manifest =
+        publication.declare(m_private->package, places.relative, m_private->terms, m_private->signing);
     m_private->finalised = true;
 
     try {
@@ -373,6 +379,17 @@ void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
 void AbstractPackageBuilder::setApproval(Approval approval)
 {
     m_private->approval = std::move(approval);
+}
+
+void AbstractPackageBuilder::setTerms(const ReleaseTerms& terms, const ReleaseSigning& signing)
+{
+    m_private->terms = terms;
+    m_private->signing = signing;
+}
+
+const ManifestState& AbstractPackageBuilder::manifestState() const
+{
+    return m_private->manifest;
 }
 
 void AbstractPackageBuilder::requireDeclarable(const AdvertisedPackages& declarations) const

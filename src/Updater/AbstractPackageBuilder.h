@@ -5,6 +5,7 @@
 #include <Core/VoSharedPtr.h>
 #include <Threading/VoReceiver.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/ReleaseSigning.h>
 
 #include <cstdint>
 #include <functional>
@@ -102,9 +103,15 @@ public:
     /// release is published.
     void setApproval(Approval approval);
 
+    /// Sets to whom the release is offered, and with what the manifest of the folder is signed (ReleaseSigner). A folder
+    /// without a manifest gets one by signing only.
+    void setTerms(const ReleaseTerms& terms, const ReleaseSigning& signing = ReleaseSigning());
+    /// How the folder's manifest stands after finalise.
+    const ManifestState& manifestState() const;
+
     /// Publishes the release: writes the last chunk, moves the chunks to the release directory, writes "package.xml"
-    /// there and enters the release in `declarationsFile` (created when missing) as the last step, so that a crash at
-    /// any point leaves the old declarations valid. Others who publish in the same directory, also in other processes,
+    /// there and enters the release in `declarationsFile` (created when missing) and, where there is one, in the
+    /// manifest as the last step, so that a crash at any point leaves the old declarations valid. Others who publish in the same directory, also in other processes,
     /// are waited for, with messages "Waiting for another publication to: " now and then.
     ///
     ///     <directory of declarationsFile>\packages\<packageID>\<version>\package.xml

@@ -25,6 +25,28 @@ struct AdvertisedPackageListing::Private
     ListingTable<ChunkListing> chunks;
 };
 
+namespace {
+
+VoXMLStreamLoader Rules()
+{
+    VoXMLStreamLoader loader;
+    loader.addGlobalRule(tag::Package, Build<AdvertisedPackageListing>);
+    loader.addGlobalRule(tag::File, Build<AdvertisedFileListing>);
+    loader.addGlobalRule(tag::Chunk, Build<ChunkListing>);
+    AdvertisedFileListing::AddDefinitions(loader);
+    return loader;
+}
+
+VoUniquePtr<AdvertisedPackageListing> Require(VoUniquePtr<VoAbstractXMLStreamLoaderObject> loaded, const VoString& name)
+{
+    auto package = DynamicCast<AdvertisedPackageListing>(std::move(loaded));
+    if (!package)
+        FailLoading(name, "Package advert failed to load");
+    return package;
+}
+
+} // namespace
+
 AdvertisedPackageListing::AdvertisedPackageListing() = default;
 
 AdvertisedPackageListing::AdvertisedPackageListing(const VoUUID& packageID, const VoUUID& versionID,
@@ -73,16 +95,14 @@ VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoFil
 
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Load(const VoFilePath& path, const VoString& name)
 {
-    VoXMLStreamLoader loader;
-    loader.addGlobalRule(tag::Package, Build<AdvertisedPackageListing>);
-    loader.addGlobalRule(tag::File, Build<AdvertisedFileListing>);
-    loader.addGlobalRule(tag::Chunk, Build<ChunkListing>);
-    AdvertisedFileListing::AddDefinitions(loader);
+    VoXMLStreamLoader loader = Rules();
+    return Require(LoadDocument(loader, path, name), name);
+}
 
-    auto package = DynamicCast<AdvertisedPackageListing>(LoadDocument(loader, path, name));
-    if (!package)
-        FailLoading(name, "Package advert failed to load");
-    return package;
+VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Parse(const VoString& bytes, const VoString& name)
+{
+    VoXMLStreamLoader loader = Rules();
+    return Require(ParseDocument(loader, bytes, name), name);
 }
 
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl& url)

@@ -41,6 +41,15 @@ void RemoveIf(VoDeque<AdvertisedPackages::Declaration>& declarations, Predicate 
     declarations.erase(std::remove_if(declarations.begin(), declarations.end(), predicate), declarations.end());
 }
 
+VoXMLStreamLoader Rules()
+{
+    VoXMLStreamLoader loader;
+    loader.addGlobalRule(tag::Packages, Build<AdvertisedPackages>);
+    // By its path, because a definition's root has the same name: such a document must count as no declarations at all.
+    loader.addSpecificRule(VoXMLPath({tag::Packages, tag::Package}), Build<AdvertisedPackages::Declaration>);
+    return loader;
+}
+
 } // namespace
 
 AdvertisedPackages::Declaration::Declaration() = default;
@@ -136,11 +145,14 @@ VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoFilePath& path)
 
 VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Load(const VoFilePath& path, const VoString& name)
 {
-    VoXMLStreamLoader loader;
-    loader.addGlobalRule(tag::Packages, Build<AdvertisedPackages>);
-    // By its path, because a definition's root has the same name: such a document must count as no declarations at all.
-    loader.addSpecificRule(VoXMLPath({tag::Packages, tag::Package}), Build<Declaration>);
+    VoXMLStreamLoader loader = Rules();
     return DynamicCast<AdvertisedPackages>(LoadDocument(loader, path, name));
+}
+
+VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Parse(const VoString& bytes, const VoString& name)
+{
+    VoXMLStreamLoader loader = Rules();
+    return DynamicCast<AdvertisedPackages>(ParseDocument(loader, bytes, name));
 }
 
 VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url)

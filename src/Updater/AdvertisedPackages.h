@@ -85,6 +85,9 @@ public:
     static VoUniquePtr<AdvertisedPackages> Open(const VoUrl& url, VoStopFlag stop, const VoDownloadPolicy& downloads);
     /// @}
 
+    /// Loads declarations from memory, as Open does from a file; @p name is what errors and the log call them.
+    static VoUniquePtr<AdvertisedPackages> Parse(const VoString& bytes, const VoString& name);
+
     /// Declares a release, as the last one. An earlier declaration with the same package and version ID is replaced.
     void add(const AdvertisedPackageListing& package, const VoFilePath& path);
     /// Drops all declarations of a package that name this definition path (compared as paths, ignoring case). A release

@@ -3,7 +3,11 @@
 #include <Core/VoExport.h>
 #include <Download/VoDownloadPolicy.h>
 
+#include <memory>
+
 namespace vo::updater {
+
+class ReleaseProof;
 
 /// How an installation goes about its work. A plain value.
 struct VOCORE_EXPORT InstallationOptions
@@ -23,6 +27,10 @@ struct VOCORE_EXPORT InstallationOptions
     /// Whether a release older than the installed one is refused ("Release is older than the installed one: " +
     /// version) instead of being installed with a warning.
     bool refuseOlder = false;
+
+    /// That the release was verified (TrustedReleases): its publisher is remembered, and from then on releases of the
+    /// package without such a proof, or of another publisher, are refused. Null: nobody has verified it.
+    std::shared_ptr<const ReleaseProof> proof;
 
     /// How documents and chunks are fetched from a server; by default every transfer is tried once. Its onReceived
     /// hears of documents.

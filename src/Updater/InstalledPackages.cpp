@@ -29,6 +29,7 @@
 #include <Updater/detail/registry/DamageRecord.h>
 #include <Updater/detail/registry/OperationGate.h>
 #include <Updater/detail/registry/RegistryFile.h>
+#include <Updater/detail/registry/TrustPin.h>
 #include <Updater/detail/registry/Uninstaller.h>
 
 #include <algorithm>
@@ -481,6 +482,7 @@ void InstalledPackages::Install(VoUniquePtr<AdvertisedPackageListing> advert,
         RequireNoOtherSpelling(packageID);
         Recover(packageID);
         VoUniquePtr<InstalledPackageListing> installed = PackageInstaller::FindInstalled(packageID);
+        AdmitRelease(*advert, options.proof.get(), installed.get());
         RunAndRecord(std::move(advert), AbsoluteDirectory(installationDirectory), std::move(installed),
                      PackageInstaller::SettingsOf(options), run);
     };
@@ -619,6 +621,7 @@ VerificationReport InstalledPackages::Repair(VoUniquePtr<AdvertisedPackageListin
         VoUniquePtr<InstalledPackageListing> installed = Package(packageID);
         if (installed->versionID() != versionID)
             throw VoInvalidParameterException("Definition is not that of the installed release: " + place);
+        AdmitRepair(*advert, *installed);
         FileOwners owners = FileOwners::Others(packageID, {installed->installationDirectory()});
         PackageCheck check = CheckPackage(*installed, owners, stop, Unlogged(*installed));
         report = check.report;
@@ -674,6 +677,7 @@ void InstalledPackages::RemovePackage(const VoUUID& packageID, const VoFilePath&
         journal.remove(phase);
     StagingOf(packageID).remove();
     ForgetDamage(packageID);
+    ForgetPin(packageID);
     if (!listing)
         return;
     // Still there under another name until the registry has forgotten the package: so its name finds it.

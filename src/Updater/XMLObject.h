@@ -26,6 +26,9 @@ public:
         InstalledPackage = 7,   ///< InstalledPackageListing
         InstalledPackages = 8,  ///< InstalledPackages
         RunNotes = 9,           ///< What an installation notes about itself; of no use to others.
+        ReleaseManifest = 10,   ///< ReleaseManifest
+        ReleaseKeys = 11,       ///< ReleaseKeys
+        TrustPin = 12,          ///< What is remembered of a package's publisher; of no use to others.
     };
 
     ~XMLObject() override;

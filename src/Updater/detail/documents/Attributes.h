@@ -20,6 +20,12 @@ inline constexpr const char* Chunks = "chunks";
 inline constexpr const char* Chunk = "chunk";
 inline constexpr const char* Directories = "directories";
 inline constexpr const char* Path = "path";
+inline constexpr const char* Manifest = "manifest";
+inline constexpr const char* Declarations = "declarations";
+inline constexpr const char* Release = "release";
+inline constexpr const char* Keys = "keys";
+inline constexpr const char* Key = "key";
+inline constexpr const char* Pin = "pin";
 } // namespace tag
 
 namespace attribute {
@@ -37,6 +43,21 @@ inline constexpr const char* ChunkID = "chunkID";
 inline constexpr const char* Offset = "offset";
 inline constexpr const char* Length = "length";
 inline constexpr const char* Index = "index";
+inline constexpr const char* Serial = "serial";
+inline constexpr const char* Made = "made";
+inline constexpr const char* Expires = "expires";
+inline constexpr const char* Lowest = "lowest";
+inline constexpr const char* Channel = "channel";
+inline constexpr const char* Share = "share";
+inline constexpr const char* Start = "start";
+inline constexpr const char* From = "from";
+inline constexpr const char* Withdrawn = "withdrawn";
+inline constexpr const char* Notes = "notes";
+inline constexpr const char* Number = "number";
+inline constexpr const char* Releases = "releases";
+inline constexpr const char* Keys = "keys";
+inline constexpr const char* Line = "line";
+inline constexpr const char* Origin = "origin";
 } // namespace attribute
 
 /// @{ A value in its own text form.

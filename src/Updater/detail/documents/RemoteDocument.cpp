@@ -20,8 +20,6 @@ namespace vo::updater::detail {
 
 namespace {
 
-constexpr std::int64_t LargestDocument = std::int64_t{64} << 20;
-
 // To the updater a cancelled download is a wish of its user like any other.
 template <typename Request, typename... Callback>
 void Fetch(const VoSharedPtr<Request>& request, const VoStopFlag& stop, Callback... callback)
@@ -37,7 +35,8 @@ void Fetch(const VoSharedPtr<Request>& request, const VoStopFlag& stop, Callback
 
 } // namespace
 
-VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const VoDownloadPolicy& policy)
+VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const VoDownloadPolicy& policy,
+                              std::uint64_t most)
 {
     VoTemporaryFile file;
     const DocumentCache cache(url);
@@ -45,7 +44,7 @@ VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const Vo
     const auto receipt = std::make_shared<VoDownloadReceipt>();
     const auto request = VoSharedPtr<VoDownloadRequest>::Make(url, file.path());
     VoDownloadPolicy forDocuments = policy;
-    forDocuments.sizeLimit = LargestDocument;
+    forDocuments.sizeLimit = VoDownloadSize(static_cast<std::int64_t>(most));
     forDocuments.bypassCaches = true;
     forDocuments.acceptCompressed = true;
     forDocuments.knownTag = cache.tag();

@@ -6,6 +6,7 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoTemporaryFile.h>
 #include <FileSystem/VoUrl.h>
+#include <Updater/detail/documents/XMLDocument.h>
 
 #include <functional>
 
@@ -16,11 +17,12 @@ namespace vo::updater::detail {
 
 /// Fetches a document into a temporary file, which lives as long as the result: compressed where the server can do
 /// that, and only when it has changed since it was fetched last (DocumentCache). The policy's onReceived hears of it.
-/// The one place where the documents of the updater meet the download service. Documents of more than 64 MiB are
-/// refused, compressed or not.
+/// The one place where the documents of the updater meet the download service. Documents of more than @p most bytes
+/// are refused, compressed or not.
 /// @throws VoDownloadException
 /// @throws VoUserCancelledException when the flag is raised
-VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const VoDownloadPolicy& policy);
+VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const VoDownloadPolicy& policy,
+                              std::uint64_t most = LargestDocument);
 
 /// A file to fetch, and the size that it may not exceed.
 struct RemoteFile

@@ -10,6 +10,7 @@
 #include <XML/VoXMLElementWriter.h>
 #include <XML/VoXMLStreamElementLoader.h>
 
+#include <cstdint>
 #include <utility>
 
 namespace vo::updater {
@@ -18,17 +19,33 @@ class XMLObject;
 
 namespace vo::updater::detail {
 
+/// No document of the updater has more bytes.
+constexpr std::uint64_t LargestDocument = std::uint64_t{64} << 20;
+
 /// Loads a file by the loader's rules; empty when its root has no rule. Refuses document type declarations with
 /// VoDocumentTypeException. Every failure is logged as an error (category "updater") and rethrown; log and exception
 /// are about `name`, which is where a document of another machine came from, and the path when it is empty.
 VOCORE_PRIVATE_EXPORT VoUniquePtr<VoAbstractXMLStreamLoaderObject>
 LoadDocument(VoXMLStreamLoader& loader, const VoFilePath& path, const VoString& name);
 
+/// The same for a document in memory: what was checked there is what is read.
+VOCORE_PRIVATE_EXPORT VoUniquePtr<VoAbstractXMLStreamLoaderObject>
+ParseDocument(VoXMLStreamLoader& loader, const VoString& bytes, const VoString& name);
+
+/// The bytes of a file. Throws VoFileNotFoundException, VoCannotOpenFileException, and VoValidationException
+/// ("Document larger than allowed: " + path) for one of more than @p most bytes.
+VOCORE_PRIVATE_EXPORT VoString ReadDocument(const VoFilePath& path, std::uint64_t most = LargestDocument);
+/// Replaces a file by bytes, atomically.
+VOCORE_PRIVATE_EXPORT void WriteBytes(const VoFilePath& path, const VoString& bytes);
+
 /// Logs a document that is well formed but something else than wanted, and throws VoNullPointerException(message).
 [[noreturn]] void FailLoading(const VoString& name, const char* message);
 
 /// Writes a document with one root element of the given name, replacing the file atomically.
 VOCORE_PRIVATE_EXPORT void WriteDocument(const VoFilePath& path, const VoString& rootName, const XMLObject& root);
+
+/// The document that WriteDocument writes.
+VOCORE_PRIVATE_EXPORT VoString DocumentText(const VoString& rootName, const XMLObject& root);
 
 /// Writes one child element named `name`, filled by `object`.
 void WriteChild(VoXMLElementWriter& parent, const VoString& name, const XMLObject& object);

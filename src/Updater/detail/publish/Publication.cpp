@@ -4,12 +4,11 @@
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
-#include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativePath.h>
-#include <IO/VoFileDevice.h>
 #include <Subsystem/VoLogging.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/detail/documents/XMLDocument.h>
 
 #include <filesystem>
 #include <system_error>
@@ -25,14 +24,6 @@ VoUniquePtr<AdvertisedPackages> OpenDeclarations(const VoFilePath& path)
     VoUniquePtr<AdvertisedPackages> declarations = AdvertisedPackages::Open(path);
     *declarations; // throws when it is another document
     return declarations;
-}
-
-VoString ReadWhole(const VoFilePath& path)
-{
-    VoFileDevice device(path);
-    if (!device.open(VoIODevice::Read))
-        throw VoCannotOpenFileException(device);
-    return device.readAll();
 }
 
 // One step back; the others are taken whatever becomes of it.
@@ -55,6 +46,7 @@ Publication::Publication(const VoFilePath& declarationsFile, const std::function
     try {
         lock(waiting);
         m_declarations = OpenDeclarations(m_path);
+        m_manifest.emplace(m_path.parent());
     } catch (...) {
         undo();
         throw;
@@ -122,21 +114,49 @@ void Publication::writeDefinition(const AdvertisedPackageListing& package, const
     VoFileSystem::SyncDirectory(definition.parent());
 }
 
-void Publication::declare(const AdvertisedPackageListing& package, const VoFilePath& relative)
+ManifestState Publication::declare(const AdvertisedPackageListing& package, const VoFilePath& relative,
+                                   const ReleaseTerms& terms, const ReleaseSigning& signing)
 {
     m_declarations->add(package, relative);
-    m_declarations->write(m_path);
+    return writeDeclarations(terms, signing);
+}
+
+ManifestState Publication::redeclare(const AdvertisedPackages& declarations, const ReleaseSigning& signing)
+{
+    *m_declarations = declarations;
+    return writeDeclarations(ReleaseTerms(), signing);
+}
+
+ManifestState Publication::writeDeclarations(const ReleaseTerms& terms, const ReleaseSigning& signing)
+{
+    replace(m_path, [this] { m_declarations->write(m_path); });
+    ManifestState state;
+    if (m_manifest->exists() || !signing.keys.empty())
+        state = m_manifest->update({VoFilePath(VoString(m_path.filename())), terms, {}, false}, signing);
     m_isDeclared = true;
+    return state;
 }
 
 // Keeps what a file held before it was first written.
 void Publication::replace(const VoFilePath& path, const std::function<void()>& write)
 {
     Replaced before{path, std::nullopt};
-    if (VoFileSystem::Exists(path))
-        before.bytes = ReadWhole(path);
+    if (VoFileSystem::Exists(path)) {
+        before.bytes = ReadDocument(path);
+        keepListed(path, *before.bytes);
+    }
     write();
     m_replaced.push_back(std::move(before));
+}
+
+// For clients that read the manifest before there is another one.
+void Publication::keepListed(const VoFilePath& path, const VoString& bytes)
+{
+    const auto copy = m_manifest->copyName(m_path.parent().relativeFile(path), bytes);
+    if (!copy || VoFileSystem::Exists(m_manifest->path(*copy)))
+        return;
+    WriteBytes(m_manifest->path(*copy), bytes);
+    m_replaced.push_back({m_manifest->path(*copy), std::nullopt});
 }
 
 void Publication::undo() noexcept
@@ -148,9 +168,7 @@ void Publication::undo() noexcept
                 VoFileSystem::Remove(file->path);
                 return;
             }
-            VoAtomicFileWriter writer(file->path);
-            writer.write(file->bytes->c_str(), file->bytes->size());
-            writer.commit();
+            WriteBytes(file->path, *file->bytes);
         });
     }
     for (auto file = m_moved.rbegin(); file != m_moved.rend(); ++file)

@@ -8,6 +8,7 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/detail/FileLock.h>
 #include <Updater/AdvertisedPackages.h>
+#include <Updater/detail/publish/ManifestFolder.h>
 
 #include <functional>
 #include <optional>
@@ -36,6 +37,9 @@ public:
     /// What is declared now.
     const AdvertisedPackages& declarations() const { return *m_declarations; }
 
+    /// The manifest and keys of the folder.
+    ManifestFolder& manifest() { return *m_manifest; }
+
     /// Makes a directory with those above it.
     void makeDirectory(const VoDirectoryPath& directory);
     /// Moves a file in.
@@ -45,8 +49,11 @@ public:
     /// that of another.
     void writeDefinition(const AdvertisedPackageListing& package, const VoFilePath& definition,
                          const VoFilePath& relative);
-    /// Declares the release, as the last step.
-    void declare(const AdvertisedPackageListing& package, const VoFilePath& relative);
+    /// Declares the release, and lists it in the manifest of a folder that has one or is signed now, as the last step.
+    ManifestState declare(const AdvertisedPackageListing& package, const VoFilePath& relative,
+                          const ReleaseTerms& terms = ReleaseTerms(), const ReleaseSigning& signing = ReleaseSigning());
+    /// Writes the document with other declarations, and the manifest as declare() does.
+    ManifestState redeclare(const AdvertisedPackages& declarations, const ReleaseSigning& signing);
 
 private:
     struct Replaced
@@ -57,6 +64,8 @@ private:
 
     void lock(const std::function<void()>& waiting);
     void replace(const VoFilePath& path, const std::function<void()>& write);
+    void keepListed(const VoFilePath& path, const VoString& bytes);
+    ManifestState writeDeclarations(const ReleaseTerms& terms, const ReleaseSigning& signing);
     void eraseDirectories(std::size_t first) noexcept;
     void undo() noexcept;
 
@@ -67,6 +76,7 @@ private:
     std::vector<Replaced> m_replaced;
     std::optional<vo::detail::FileLock> m_lock;
     VoUniquePtr<AdvertisedPackages> m_declarations;
+    std::optional<ManifestFolder> m_manifest;
     bool m_isDeclared = false;
 };
 

@@ -28,17 +28,17 @@ VoUniquePtr<InstalledPackages> Load(const VoFilePath& path)
 }
 
 // "<a document of ours>.tmp<letters>", as the atomic writer names what it has not committed.
-bool IsTemporaryDocument(std::string_view name)
+bool IsTemporaryDocument(std::string_view name, std::initializer_list<std::string_view> suffixes)
 {
     constexpr std::string_view mark = ".tmp";
     const std::size_t start = name.rfind('.');
     if (start == std::string_view::npos || start == 0 || name.compare(start, mark.size(), mark) != 0)
         return false;
     const std::string_view document = name.substr(0, start);
-    const auto endsWith = [document](std::string_view suffix) {
+    const auto isEnd = [document](std::string_view suffix) {
         return document.size() > suffix.size() && document.substr(document.size() - suffix.size()) == suffix;
     };
-    return name.size() > start + mark.size() && (endsWith(".xml") || endsWith(".pending") || endsWith(".damaged"));
+    return name.size() > start + mark.size() && std::any_of(suffixes.begin(), suffixes.end(), isEnd);
 }
 
 } // namespace
@@ -60,12 +60,12 @@ VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path, VoString& wh
     return {};
 }
 
-void EraseTemporaryDocuments(const VoDirectoryPath& directory)
+void EraseTemporaryDocuments(const VoDirectoryPath& directory, std::initializer_list<std::string_view> suffixes)
 {
     if (!VoFileSystem::IsDirectory(directory))
         return;
-    VoFileSystem::ForEachFile(directory, false, false, [&directory](const VoFilePath& path) {
-        if (IsTemporaryDocument(Bytes(path).substr(Bytes(directory).size())))
+    VoFileSystem::ForEachFile(directory, false, false, [&](const VoFilePath& path) {
+        if (IsTemporaryDocument(Bytes(path).substr(Bytes(directory).size()), suffixes))
             EraseFile(path);
     });
 }

@@ -6,7 +6,9 @@
 #include <Core/VoForward.h>
 #include <Core/VoUniquePtr.h>
 
+#include <initializer_list>
 #include <memory>
+#include <string_view>
 
 namespace vo::detail {
 class FileLock;
@@ -23,7 +25,9 @@ VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path, VoString& wh
 
 /// Removes what killed processes left in the directory of the listings while they replaced a document. Only while no
 /// other process can be replacing one.
-VOCORE_PRIVATE_EXPORT void EraseTemporaryDocuments(const VoDirectoryPath& directory);
+VOCORE_PRIVATE_EXPORT void EraseTemporaryDocuments(const VoDirectoryPath& directory,
+                                                   std::initializer_list<std::string_view> suffixes = {
+                                                       ".xml", ".pending", ".damaged"});
 
 /// Keeps all other processes from changing what is installed, as long as it lives.
 class VOCORE_PRIVATE_EXPORT ProcessLock

@@ -1,0 +1,365 @@
+#include <Updater/TrustedReleases.h>
+
+#include <Core/VoFileException.h>
+#include <Core/VoVersion.h>
+#include <Core/detail/Completed.h>
+#include <Core/detail/Sha3Hasher.h>
+#include <Download/VoDownloadPolicy.h>
+#include <FileSystem/VoUrl.h>
+#include <FileSystem/detail/SafePath.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/InstalledPackageListing.h>
+#include <Updater/InstalledPackages.h>
+#include <Updater/VoUntrustedReleaseException.h>
+#include <Updater/detail/documents/DocumentPlace.h>
+#include <Updater/detail/documents/KeyChain.h>
+#include <Updater/detail/registry/ReleaseProof.h>
+#include <Updater/detail/registry/RolloutPlace.h>
+#include <Updater/detail/registry/TrustPin.h>
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace vo::updater {
+
+using namespace detail;
+using Declaration = AdvertisedPackages::Declaration;
+using Kind = VoUntrustedReleaseException::Kind;
+
+namespace {
+
+[[noreturn]] void Refuse(Kind kind, const VoString& message)
+{
+    throw VoUntrustedReleaseException(kind, message);
+}
+
+// Empty when the bytes are those that the manifest lists.
+VoString Difference(const VoString& bytes, const ReleaseManifest::Document& listed)
+{
+    if (bytes.size() != listed.size)
+        return VoString(bytes.size()) + " bytes instead of " + VoString(listed.size);
+    vo::detail::Sha3 hash;
+    hash.add(bytes.c_str(), bytes.size());
+    return hash.finish() == listed.checksum ? VoString() : VoString("another digest");
+}
+
+VoTimePoint Clock(const TrustPolicy& policy)
+{
+    return policy.now == VoTimePoint() ? VoTimePoint::Now() : policy.now;
+}
+
+ReleaseKeys FirstKeys(const TrustPolicy& policy)
+{
+    ReleaseKeys first;
+    first.releaseThreshold = policy.threshold;
+    first.keyThreshold = policy.threshold;
+    for (const signing::PublicKey& key : policy.keys)
+        first.keys.pushBack({key, true, true});
+    first.validate();
+    return first;
+}
+
+VoUniquePtr<InstalledPackageListing> Installed(const VoUUID& packageID)
+{
+    try {
+        return InstalledPackages::Package(packageID);
+    } catch (const VoException&) {
+        return {}; // none, or one that an installation replaces
+    }
+}
+
+VoString KeyNames(const ReleaseKeys& keys)
+{
+    VoString names;
+    for (const ReleaseKeys::Key& key : keys.keys) {
+        if (key.signsReleases)
+            names += (names.isEmpty() ? "" : ", ") + key.key.id();
+    }
+    return names;
+}
+
+} // namespace
+
+class TrustedReleases::Private
+{
+public:
+    Private(const std::pair<DocumentPlace, VoFilePath>& document, TrustPolicy trust)
+        : place(document.first)
+        , name(document.second)
+        , policy(std::move(trust))
+    {
+    }
+
+    DocumentPlace place;
+    VoFilePath name; // of the document that was opened, at the place
+    TrustPolicy policy;
+    VoString bytes; // of the document
+    VoUniquePtr<AdvertisedPackages> declarations;
+    VoString manifestBytes;
+    std::optional<ReleaseManifest> manifest;
+    mutable std::map<std::string, std::optional<TrustPin>> verified; // by package ID; none: nobody asks for it
+
+    void open();
+    void readManifest();
+    VoString checked(const VoFilePath& path, const VoString& first) const;
+    const std::optional<TrustPin>& verify(const VoUUID& packageID) const;
+    std::optional<TrustPin> verifyNow(const VoUUID& packageID) const;
+    void requireSigned(const ReleaseKeys& keys, const std::optional<TrustPin>& known) const;
+    void requireFresh(const ReleaseKeys& keys, const std::optional<TrustPin>& known) const;
+    std::optional<TrustPin> known(const VoUUID& packageID) const;
+    Release release(VoUniquePtr<AdvertisedPackageListing> package, const VoFilePath& path) const;
+    VoString whyNotOffered(const AbstractPackage& release) const;
+};
+
+TrustedReleases::TrustedReleases(std::unique_ptr<Private> state) noexcept
+    : m_private(std::move(state))
+{
+}
+
+TrustedReleases::TrustedReleases(TrustedReleases&& other) noexcept = default;
+TrustedReleases& TrustedReleases::operator=(TrustedReleases&& other) noexcept = default;
+TrustedReleases::~TrustedReleases() = default;
+
+TrustedReleases TrustedReleases::Open(const VoFilePath& document, const TrustPolicy& policy)
+{
+    auto state = std::make_unique<Private>(DocumentPlace::Of(document), policy);
+    state->open();
+    return TrustedReleases(std::move(state));
+}
+
+TrustedReleases TrustedReleases::Open(const VoUrl& document, const TrustPolicy& policy, VoStopFlag stop,
+                                      const VoDownloadPolicy& downloads)
+{
+    auto state = std::make_unique<Private>(DocumentPlace::Of(document, stop, downloads), policy);
+    state->open();
+    return TrustedReleases(std::move(state));
+}
+
+void TrustedReleases::Private::open()
+{
+    bytes = place.read(name);
+    declarations = AdvertisedPackages::Parse(bytes, place.nameOf(name));
+    if (!declarations)
+        std::tie(place, name) = place.ofPublication(name);
+    readManifest();
+    if (!manifest)
+        return;
+    bytes = checked(name, bytes);
+    if (declarations)
+        declarations = AdvertisedPackages::Parse(bytes, place.nameOf(name));
+}
+
+void TrustedReleases::Private::readManifest()
+{
+    const VoFilePath path(ReleaseManifest::FileName);
+    manifest.reset();
+    if (auto found = place.find(path, ReleaseManifest::LargestSize)) {
+        manifestBytes = std::move(*found);
+        manifest = ReleaseManifest::Parse(manifestBytes, place.nameOf(path));
+    }
+}
+
+// While a release is published, documents and manifest are of different ages for a moment. The publisher keeps what the
+// manifest lists beside its successor, named by its digest.
+VoString TrustedReleases::Private::checked(const VoFilePath& path, const VoString& first) const
+{
+    const ReleaseManifest::Document* listed = manifest->document(path);
+    if (!listed)
+        Refuse(Kind::Mixed, "Document is not listed by the manifest: " + place.nameOf(path));
+    const VoString difference = Difference(first, *listed);
+    if (difference.isEmpty())
+        return first;
+    const VoFilePath copy = Suffixed(path, "." + listed->checksum.toString());
+    for (const VoFilePath& again : {copy, path}) {
+        const auto other = place.find(again);
+        if (other && Difference(*other, *listed).isEmpty())
+            return *other;
+    }
+    Refuse(Kind::Mixed, "Document is not the one that the manifest lists: " + place.nameOf(path) + ": " + difference);
+}
+
+std::optional<TrustPin> TrustedReleases::Private::known(const VoUUID& packageID) const
+{
+    const bool isAsked = !(policy.allowOtherPublisher && !policy.keys.isEmpty());
+    // Another ID is that of no installed package, and no installation takes it.
+    return isAsked && vo::detail::SafeName(packageID.toString()) ? ReadPin(packageID) : std::nullopt;
+}
+
+const std::optional<TrustPin>& TrustedReleases::Private::verify(const VoUUID& packageID) const
+{
+    const std::string id = packageID.toString().toStdString();
+    const auto found = verified.find(id);
+    return found != verified.end() ? found->second : verified.emplace(id, verifyNow(packageID)).first->second;
+}
+
+std::optional<TrustPin> TrustedReleases::Private::verifyNow(const VoUUID& packageID) const
+{
+    const auto before = known(packageID);
+    if (!before && policy.keys.isEmpty() && !policy.requireSignature)
+        return std::nullopt;
+    if (!manifest)
+        Refuse(Kind::Unsigned, "Releases are not signed: " + place.nameOf(ReleaseManifest::FileName) + " is missing");
+    if (!before && policy.keys.isEmpty())
+        Refuse(Kind::Signature, "No key is known that could vouch for " + place.nameOf(ReleaseManifest::FileName));
+    TrustPin seen;
+    seen.packageID = packageID;
+    seen.origin = place.nameOf(name);
+    seen.serial = manifest->serial;
+    seen.lowest = std::max(manifest->lowest(packageID), before ? before->lowest : VoVersion());
+    seen.keys = NewestKeys(before ? before->keys : FirstKeys(policy), place);
+    requireSigned(seen.keys, before);
+    requireFresh(seen.keys, before);
+    if (before)
+        RaisePin(seen);
+    return seen;
+}
+
+void TrustedReleases::Private::requireSigned(const ReleaseKeys& keys, const std::optional<TrustPin>& before) const
+{
+    const Signers signers = SignersOfManifest(manifestBytes, *manifest, keys, place);
+    if (signers.count >= keys.releaseThreshold)
+        return;
+    const VoString document = place.nameOf(ReleaseManifest::FileName);
+    if (signers.count > 0)
+        Refuse(Kind::Signature, "Too few signatures: " + document + " is signed by " + VoString(signers.count) +
+                                    " of the " + VoString(keys.releaseThreshold) + " keys that it takes");
+    const VoString who = before ? "the publisher of the installed package" : "any known key";
+    Refuse(Kind::Signature, "Signature is " + VoString(signers.why.isEmpty() ? "missing" : "wrong") + ": " + document +
+                                " is not signed by " + who + " (" + KeyNames(keys) + ")" +
+                                (signers.why.isEmpty() ? VoString() : ": " + signers.why));
+}
+
+void TrustedReleases::Private::requireFresh(const ReleaseKeys& keys, const std::optional<TrustPin>& before) const
+{
+    // Whoever had a key could count up to any number: what a retired key may have signed counts no more.
+    const bool isForgotten = !before || keys.retiresKeyOf(before->keys);
+    const std::uint64_t least = std::max(keys.serial, isForgotten ? 0 : before->serial);
+    if (manifest->serial < least)
+        Refuse(Kind::RolledBack,
+               "Manifest is older than one that was seen before: " + place.nameOf(ReleaseManifest::FileName) +
+                   " has serial " + VoString(manifest->serial) + " after " + VoString(least));
+    const VoTimePoint now = Clock(policy);
+    if (manifest->expires < now && !policy.allowExpired)
+        Refuse(Kind::Expired, "Manifest has expired: " + place.nameOf(ReleaseManifest::FileName) + " was good until " +
+                                  manifest->expires.toString() + ", and this machine's clock says " + now.toString());
+}
+
+const AdvertisedPackages* TrustedReleases::declarations() const
+{
+    return m_private->declarations.get();
+}
+
+const ReleaseManifest* TrustedReleases::manifest() const
+{
+    return m_private->manifest ? &*m_private->manifest : nullptr;
+}
+
+bool TrustedReleases::verify(const VoUUID& packageID) const
+{
+    return m_private->verify(packageID).has_value();
+}
+
+VoString TrustedReleases::nameOf(const VoFilePath& relative) const
+{
+    return m_private->place.nameOf(relative);
+}
+
+VoString TrustedReleases::whyNotOffered(const AbstractPackage& release) const
+{
+    return m_private->whyNotOffered(release);
+}
+
+VoString TrustedReleases::Private::whyNotOffered(const AbstractPackage& release) const
+{
+    const std::optional<TrustPin>& pin = verify(release.packageID());
+    const VoVersion lowest = pin ? pin->lowest : manifest ? manifest->lowest(release.packageID()) : VoVersion();
+    if (release.version() < lowest)
+        return "it is older than " + lowest.toString() + ", the lowest release that may be installed";
+    if (!manifest)
+        return VoString();
+    const ReleaseManifest::Release* terms = manifest->release(release.packageID(), release.versionID());
+    if (!terms)
+        return "the manifest does not list it";
+    if (terms->isWithdrawn)
+        return "it was withdrawn by its publisher";
+    const auto installed = Installed(release.packageID());
+    if (installed && installed->versionID() == release.versionID())
+        return VoString();
+    const bool isFollowed = terms->channel == VoUpdater::ReleaseChannel ||
+                            (terms->channel == policy.channel && policy.channel == VoUpdater::BetaChannel);
+    if (!isFollowed)
+        return "it is of the channel \"" + terms->channel + "\"";
+    if (Clock(policy) < terms->start)
+        return "its roll-out begins at " + terms->start.toString();
+    if (terms->share < ReleaseManifest::WholeShare && !terms->isOfferedTo(RolloutPlace(release.versionID())))
+        return "it is rolled out to a share of the installations that this one is not in";
+    if (installed && installed->version() < terms->from)
+        return "it updates no release older than " + terms->from.toString();
+    return VoString();
+}
+
+const Declaration& TrustedReleases::newest(const VoUUID& packageID) const
+{
+    const Declaration& newestDeclared = m_private->declarations->newestPackage(packageID);
+    const Declaration* newest = nullptr;
+    for (const Declaration& declaration : m_private->declarations->declarations()) {
+        const bool isNewer =
+            declaration.packageID() == packageID && (!newest || declaration.version() > newest->version());
+        if (isNewer && whyNotOffered(declaration).isEmpty())
+            newest = &declaration;
+    }
+    if (!newest)
+        Refuse(Kind::NotOffered,
+               "Release " + newestDeclared.version().toString() + " is not offered: " + whyNotOffered(newestDeclared));
+    return *newest;
+}
+
+TrustedReleases::Release TrustedReleases::Private::release(VoUniquePtr<AdvertisedPackageListing> package,
+                                                           const VoFilePath& path) const
+{
+    const VoString why = whyNotOffered(*package);
+    if (!why.isEmpty())
+        Refuse(Kind::NotOffered, "Release " + package->version().toString() + " is not offered: " + why);
+    Release result{std::move(package), path, nullptr};
+    if (const std::optional<TrustPin>& pin = verify(result.package->packageID())) {
+        auto proof = std::make_shared<ReleaseProof>();
+        proof->pin = *pin;
+        proof->before = known(result.package->packageID());
+        proof->versionID = result.package->versionID();
+        proof->from = manifest->release(result.package->packageID(), result.package->versionID())->from;
+        proof->allowOtherPublisher = policy.allowOtherPublisher && !policy.keys.isEmpty();
+        result.proof = std::move(proof);
+    }
+    return result;
+}
+
+TrustedReleases::Release TrustedReleases::open(const Declaration& declaration) const
+{
+    const Private& state = *m_private;
+    const VoString why = whyNotOffered(declaration);
+    if (!why.isEmpty())
+        Refuse(Kind::NotOffered, "Release " + declaration.version().toString() + " is not offered: " + why);
+    // Refuses a path that leads elsewhere.
+    declaration.definitionPath(VoFilePath("\\"));
+    const VoString name = state.place.nameOf(declaration.path());
+    VoString bytes = state.place.read(declaration.path());
+    if (state.manifest)
+        bytes = state.checked(declaration.path(), bytes);
+    auto package = AdvertisedPackageListing::Parse(bytes, name);
+    if (package->packageID() != declaration.packageID() || package->versionID() != declaration.versionID())
+        throw VoValidationException("Invalid package definition: not the declared release: " + name);
+    return state.release(std::move(package), declaration.path());
+}
+
+TrustedReleases::Release TrustedReleases::openDefinition() const
+{
+    const Private& state = *m_private;
+    if (state.declarations)
+        throw VoInvalidCallException("No definition was opened");
+    return state.release(AdvertisedPackageListing::Parse(state.bytes, state.place.nameOf(state.name)), state.name);
+}
+
+} // namespace vo::updater

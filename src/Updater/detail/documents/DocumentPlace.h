@@ -1,0 +1,65 @@
+#pragma once
+
+// Where the documents of a folder of releases are read: each at once and whole, into memory, so that what was checked
+// is what is used.
+
+#include <Core/VoExport.h>
+#include <Core/VoString.h>
+#include <Download/VoDownloadPolicy.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFilePath.h>
+#include <FileSystem/VoUrl.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/detail/documents/XMLDocument.h>
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <variant>
+
+namespace vo::updater::detail {
+
+/// A folder of releases on this machine or on a server.
+class VOCORE_PRIVATE_EXPORT DocumentPlace
+{
+public:
+    explicit DocumentPlace(const VoDirectoryPath& folder);
+    DocumentPlace(const VoUrl& folder, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
+
+    /// The place of a document and the document's name there.
+    /// @{
+    static std::pair<DocumentPlace, VoFilePath> Of(const VoFilePath& document);
+    static std::pair<DocumentPlace, VoFilePath> Of(const VoUrl& document, const VoStopFlag& stop,
+                                                   const VoDownloadPolicy& downloads);
+    /// @}
+
+    /// The place beside whose declarations a definition was published, with the definition's name there: four names
+    /// further up, when these are "packages", an ID, a release and a name; else the place and name as they are.
+    std::pair<DocumentPlace, VoFilePath> ofPublication(const VoFilePath& definition) const;
+
+    /// The bytes of a document; none when it is not there: when no file bears its name, or the server says that there
+    /// is none for us (403, 404 and 410). Throws VoDownloadException for more than @p most bytes and whatever else
+    /// keeps a document from coming; what ReadDocument throws; VoUserCancelledException.
+    std::optional<VoString> find(const VoFilePath& relative, std::uint64_t most = LargestDocument) const;
+    /// As find(); a document that is not there is a failure like others.
+    VoString read(const VoFilePath& relative, std::uint64_t most = LargestDocument) const;
+
+    /// What a document here is called: its path, or its URL without user name and password.
+    VoString nameOf(const VoFilePath& relative) const;
+
+private:
+    VoUrl urlOf(const VoFilePath& relative) const;
+    DocumentPlace parent() const;
+
+    std::variant<VoDirectoryPath, VoUrl> m_folder;
+    VoStopFlag m_stop;
+    VoDownloadPolicy m_downloads;
+};
+
+/// The place's parent folder and last name of a path.
+inline VoFilePath Suffixed(const VoFilePath& path, const VoString& suffix)
+{
+    return VoFilePath(path.path() + suffix);
+}
+
+} // namespace vo::updater::detail

@@ -1,0 +1,193 @@
+#include <Updater/detail/publish/Clearance.h>
+
+#include <Core/VoString.h>
+#include <Core/VoVersion.h>
+#include <FileSystem/VoFileSystem.h>
+#include <Updater/AdvertisedPackageListing.h>
+#include <Updater/ReleaseManifest.h>
+#include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/documents/XMLDocument.h>
+#include <Updater/detail/install/FileActions.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace vo::updater::detail {
+
+namespace {
+
+using Declaration = AdvertisedPackages::Declaration;
+
+constexpr std::size_t DigestLength = 64;
+
+bool EndsWith(std::string_view text, std::string_view end)
+{
+    return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+bool StartsWith(std::string_view text, std::string_view start)
+{
+    return text.substr(0, start.size()) == start;
+}
+
+std::string NameOf(const VoFilePath& file)
+{
+    return VoString(file.filename()).toStdString();
+}
+
+// Without what the atomic writer adds to the name of a file that it has not finished; empty when nothing was added.
+std::string_view Unfinished(std::string_view name)
+{
+    constexpr std::size_t letters = 12;
+    constexpr std::string_view mark = ".tmp";
+    if (name.size() <= mark.size() + letters)
+        return {};
+    const std::string_view end = name.substr(name.size() - letters);
+    const bool isRandom = std::all_of(end.begin(), end.end(), [](char c) { return c >= 'a' && c <= 'z'; });
+    const std::string_view start = name.substr(0, name.size() - letters);
+    return isRandom && EndsWith(start, mark) ? start.substr(0, start.size() - mark.size()) : std::string_view();
+}
+
+bool IsChunk(std::string_view name)
+{
+    return EndsWith(name, Layout::ChunkSuffix);
+}
+
+bool IsDefinition(std::string_view name)
+{
+    const std::string_view plain(Layout::DefinitionName);
+    return name == plain || (StartsWith(name, plain) && name.size() == plain.size() + 1 + DigestLength);
+}
+
+std::string Folded(const VoString& text)
+{
+    return FoldedName(text).toStdString();
+}
+
+// By a look at the beginning: among the files of a web server's folder are pages and pictures.
+bool LooksLikeDeclarations(const VoFilePath& file)
+{
+    constexpr std::size_t beginning = 4096;
+    if (VoFileSystem::FileSize(file) > LargestDocument)
+        return false;
+    std::string start = ReadDocument(file).toStdString().substr(0, beginning);
+    start.erase(std::remove(start.begin(), start.end(), '\0'), start.end()); // of wider encodings
+    return start.find("<packages") != std::string::npos;
+}
+
+} // namespace
+
+std::pair<AdvertisedPackages, VoDeque<VoString>> NewestOnly(const AdvertisedPackages& declared, std::size_t keep)
+{
+    const auto isOld = [&](const Declaration& declaration) {
+        const auto isNewer = [&](const Declaration& other) {
+            return other.packageID() == declaration.packageID() && other.version() > declaration.version();
+        };
+        const auto& all = declared.declarations();
+        return static_cast<std::size_t>(std::count_if(all.begin(), all.end(), isNewer)) >= keep;
+    };
+    std::pair<AdvertisedPackages, VoDeque<VoString>> result{declared, {}};
+    for (const Declaration& declaration : declared.declarations()) {
+        if (!isOld(declaration))
+            continue;
+        result.first.remove(declaration.packageID(), declaration.path());
+        result.second.pushBack(declaration.name() + " " + declaration.version().toString());
+    }
+    return result;
+}
+
+Clearance::Clearance(const VoDirectoryPath& folder)
+    : m_folder(folder)
+{
+}
+
+void Clearance::keep(const AdvertisedPackages& declarations)
+{
+    for (const Declaration& declaration : declarations.declarations())
+        m_kept.insert(Folded(declaration.path().path()));
+}
+
+void Clearance::keep(const ReleaseManifest& manifest)
+{
+    for (const ReleaseManifest::Release& release : manifest.releases) {
+        m_kept.insert(Folded(release.path.path()));
+        m_kept.insert(Folded(release.path.path() + "." + release.checksum.toString()));
+    }
+}
+
+void Clearance::keepOtherDeclarations(const VoFilePath& except)
+{
+    VoFileSystem::ForEachFile(m_folder, false, false, [&](const VoFilePath& file) {
+        if (file == except || KindOf(file) != FileKind::File || !LooksLikeDeclarations(file))
+            return;
+        if (const auto declarations = AdvertisedPackages::Open(file))
+            keep(*declarations);
+    });
+}
+
+bool Clearance::isKept(const VoFilePath& file) const
+{
+    return m_kept.count(Folded(m_folder.relativeFile(file).path())) != 0;
+}
+
+void Clearance::forEachRelease(const std::function<void(const VoDirectoryPath&)>& visit) const
+{
+    const VoDirectoryPath packages = m_folder.directory(Layout::PackagesDirectory);
+    if (!VoFileSystem::IsDirectory(packages))
+        return;
+    VoFileSystem::ForEachDirectory(packages, false, [&](const VoDirectoryPath& package) {
+        VoFileSystem::ForEachDirectory(package, false, visit);
+    });
+}
+
+// The names of the chunks that the definitions which stay refer to.
+std::set<std::string> Clearance::chunksOf(const VoDirectoryPath& release) const
+{
+    std::set<std::string> chunks;
+    VoFileSystem::ForEachFile(release, false, false, [&](const VoFilePath& file) {
+        if (!IsDefinition(NameOf(file)) || !isKept(file))
+            return;
+        for (const ChunkListing& chunk : AdvertisedPackageListing::Open(file)->chunks())
+            chunks.insert(Folded(VoString(chunk.path().filename())));
+    });
+    return chunks;
+}
+
+void Clearance::findInRelease(const VoDirectoryPath& release, const std::function<void(const VoFilePath&)>& tell) const
+{
+    const std::set<std::string> chunks = chunksOf(release);
+    VoFileSystem::ForEachFile(release, false, false, [&](const VoFilePath& file) {
+        const std::string name = NameOf(file);
+        if (IsDefinition(name) ? !isKept(file) : IsDefinition(Unfinished(name)))
+            tell(file);
+    });
+    const VoDirectoryPath directory = release.directory(Layout::ChunksDirectory);
+    if (!VoFileSystem::IsDirectory(directory))
+        return;
+    VoFileSystem::ForEachFile(directory, false, false, [&](const VoFilePath& file) {
+        const std::string name = NameOf(file);
+        if (IsChunk(name) ? chunks.count(Folded(VoString(name))) == 0 : IsChunk(Unfinished(name)))
+            tell(file);
+    });
+}
+
+void Clearance::find(const std::function<void(const VoFilePath&)>& tell) const
+{
+    VoFileSystem::ForEachFile(m_folder, false, false, [&](const VoFilePath& file) {
+        const std::string whole(Unfinished(NameOf(file)));
+        if (EndsWith(whole, ".xml") || EndsWith(whole, ".minisig"))
+            tell(file);
+    });
+    forEachRelease([&](const VoDirectoryPath& release) { findInRelease(release, tell); });
+}
+
+void Clearance::removeEmptyFolders() const
+{
+    forEachRelease([](const VoDirectoryPath& release) {
+        if (EraseDirectoryIfEmpty(release.directory(Layout::ChunksDirectory)) && EraseDirectoryIfEmpty(release))
+            EraseDirectoryIfEmpty(release.parent());
+    });
+}
+
+} // namespace vo::updater::detail
