@@ -31,61 +31,81 @@ function(vocore_target_defaults target)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
 endfunction()
 
-# vocore_sources(PUBLIC header... PRIVATE file... [QOBJECTS header...])
-# Adds the files of one folder of src/ to the library. PUBLIC headers are installed, enter VoCore.h and are compiled
-# alone by the header check; PRIVATE ones stay in the tree. QOBJECTS names those headers, listed before, that Qt's
-# meta-object compiler must see.
+# vocore_sources([TARGET library] PUBLIC header... PRIVATE file... [QOBJECTS header...])
+# Adds the files of one folder of src/ to a library, VoCore unless another is named. PUBLIC headers are installed, enter
+# the library's umbrella header and are compiled alone by the header check; PRIVATE ones stay in the tree. QOBJECTS names
+# those headers, listed before, that Qt's meta-object compiler must see.
 function(vocore_sources)
-    cmake_parse_arguments(arg "" "" "PUBLIC;PRIVATE;QOBJECTS" ${ARGN})
+    cmake_parse_arguments(arg "" "TARGET" "PUBLIC;PRIVATE;QOBJECTS" ${ARGN})
+    if(NOT arg_TARGET)
+        set(arg_TARGET VoCore)
+    endif()
     file(RELATIVE_PATH folder "${PROJECT_SOURCE_DIR}/src" "${CMAKE_CURRENT_SOURCE_DIR}")
-    target_sources(VoCore PRIVATE ${arg_PUBLIC} ${arg_PRIVATE})
+    target_sources(${arg_TARGET} PRIVATE ${arg_PUBLIC} ${arg_PRIVATE})
     foreach(header IN LISTS arg_PUBLIC)
-        set_property(GLOBAL APPEND PROPERTY VOCORE_PUBLIC_HEADERS "${folder}/${header}")
+        set_property(TARGET ${arg_TARGET} APPEND PROPERTY VOCORE_PUBLIC_HEADERS "${folder}/${header}")
     endforeach()
     foreach(header IN LISTS arg_QOBJECTS)
-        set_property(GLOBAL APPEND PROPERTY VOCORE_QOBJECT_HEADERS "src/${folder}/${header}")
+        set_property(TARGET ${arg_TARGET} APPEND PROPERTY VOCORE_QOBJECT_HEADERS "src/${folder}/${header}")
     endforeach()
     if(arg_PUBLIC)
         install(FILES ${arg_PUBLIC} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/VoCore/${folder}" COMPONENT Development)
     endif()
 endfunction()
 
+# vocore_public_headers(variable): the public headers of all libraries that are built, as users include them.
+function(vocore_public_headers variable)
+    set(all)
+    foreach(library IN ITEMS VoCore VoCoreGui)
+        if(TARGET ${library})
+            get_property(headers TARGET ${library} PROPERTY VOCORE_PUBLIC_HEADERS)
+            list(APPEND all ${headers})
+        endif()
+    endforeach()
+    set(${variable} "${all}" PARENT_SCOPE)
+endfunction()
+
 # Adds what the meta-object compiler makes. Called where the target was made: its rules belong to that directory.
 function(vocore_add_meta_objects target)
-    get_property(headers GLOBAL PROPERTY VOCORE_QOBJECT_HEADERS)
+    get_property(headers TARGET ${target} PROPERTY VOCORE_QOBJECT_HEADERS)
     qt5_wrap_cpp(sources ${headers})
     target_sources(${target} PRIVATE ${sources})
 endfunction()
 
-# Writes VoCore.h, which includes every public header, so that it cannot go stale.
+# Writes the library's umbrella header (VoCore.h), which includes every public one, so that it cannot go stale.
 function(vocore_generate_umbrella_header target)
-    get_property(headers GLOBAL PROPERTY VOCORE_PUBLIC_HEADERS)
+    get_property(headers TARGET ${target} PROPERTY VOCORE_PUBLIC_HEADERS)
     set(lines "// Made by the build from the list of public headers.\n#pragma once\n\n")
     foreach(header IN LISTS headers)
         string(APPEND lines "#include <${header}>\n")
     endforeach()
-    file(GENERATE OUTPUT "${PROJECT_BINARY_DIR}/generated/VoCore.h" CONTENT "${lines}")
-    install(FILES "${PROJECT_BINARY_DIR}/generated/VoCore.h"
+    file(GENERATE OUTPUT "${PROJECT_BINARY_DIR}/generated/${target}.h" CONTENT "${lines}")
+    install(FILES "${PROJECT_BINARY_DIR}/generated/${target}.h"
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/VoCore" COMPONENT Development)
 endfunction()
 
-# Install rules: the library, the CMake package VoCore and the pkg-config file.
-function(vocore_install target)
+# Install rules of one library: its files, its targets for the CMake package, its pkg-config file.
+function(vocore_install_library target)
     set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/VoCore")
-    install(TARGETS ${target} EXPORT VoCoreTargets
+    install(TARGETS ${target} EXPORT ${target}Targets
         RUNTIME COMPONENT Runtime
         LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
         ARCHIVE COMPONENT Development)
-    install(EXPORT VoCoreTargets NAMESPACE VoCore:: DESTINATION "${package_directory}" COMPONENT Development)
+    install(EXPORT ${target}Targets NAMESPACE VoCore:: DESTINATION "${package_directory}" COMPONENT Development)
+    file(RELATIVE_PATH VOCORE_PC_TO_PREFIX "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+    string(REGEX REPLACE "/$" "" VOCORE_PC_TO_PREFIX "${VOCORE_PC_TO_PREFIX}")
+    configure_file(packaging/${target}.pc.in "${PROJECT_BINARY_DIR}/${target}.pc" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${target}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT Development)
+endfunction()
+
+# The CMake package VoCore, of which the libraries are components.
+function(vocore_install_package)
+    set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/VoCore")
     configure_package_config_file(packaging/VoCoreConfig.cmake.in "${PROJECT_BINARY_DIR}/VoCoreConfig.cmake"
         INSTALL_DESTINATION "${package_directory}")
     write_basic_package_version_file("${PROJECT_BINARY_DIR}/VoCoreConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
     install(FILES "${PROJECT_BINARY_DIR}/VoCoreConfig.cmake" "${PROJECT_BINARY_DIR}/VoCoreConfigVersion.cmake"
         DESTINATION "${package_directory}" COMPONENT Development)
-    file(RELATIVE_PATH VOCORE_PC_TO_PREFIX "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
-    string(REGEX REPLACE "/$" "" VOCORE_PC_TO_PREFIX "${VOCORE_PC_TO_PREFIX}")
-    configure_file(packaging/VoCore.pc.in "${PROJECT_BINARY_DIR}/VoCore.pc" @ONLY)
-    install(FILES "${PROJECT_BINARY_DIR}/VoCore.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT Development)
 endfunction()
 
 # vocore_test(Name SOURCES file... [LIBRARIES target...] [DEFINITIONS definition...])

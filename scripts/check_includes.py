@@ -10,7 +10,7 @@ import sys
 
 SRC = pathlib.Path(__file__).resolve().parent.parent / "src"
 ROWS = ["Core", "Time", "FileSystem", "IO", "Subsystem", "Threading", "Actions", "XML", "Documents", "Maths", "Download",
-        "Signing", "Misc/XMLReport", "Updater", "Application"]
+        "Signing", "Misc/XMLReport", "Updater", "Application", "Gui"]
 UPWARDS = {
     # The public values of Core whose text or content is a path's, a file's or an element's; their places are fixed.
     ("Core/VoFileException", "FileSystem"), ("Core/VoXMLException", "FileSystem"), ("Core/VoXMLException", "XML"),
@@ -23,7 +23,7 @@ UPWARDS = {
     # What a destructor cannot throw, it logs.
     ("FileSystem/VoTemporaryDir", "Subsystem"), ("FileSystem/VoTemporaryFile", "Subsystem"),
     # Log sinks are kept as broadcasters keep their callbacks.
-    ("Subsystem/VoLogging", "Threading"),
+    ("Subsystem/VoLogging", "Threading"), ("Subsystem/LogConfiguration", "Threading"),
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 

@@ -13,11 +13,9 @@
 #include <FileSystem/detail/TemporaryName.h>
 
 #include <QtCore/QStandardPaths>
-#include <QtCore/QUrl>
-#include <QtGui/QDesktopServices>
-#include <QtGui/QGuiApplication>
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <new>
@@ -361,16 +359,14 @@ VoDirectoryPath PlaceOr(const char* variable, QStandardPaths::StandardLocation s
     return AsDirectory(value.isEmpty() ? VoString(QStandardPaths::writableLocation(standard)) : value);
 }
 
-void OpenOnDesktop(const VoString& path)
+std::atomic<VoFileSystem::Opener> opener = nullptr;
+
+void Open(const VoFilePath& path)
 {
-    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
-        throw VoInvalidCallException("Cannot open " + path + ": no graphical application");
-    const QString local = Guarded([&] {
-        const fs::path absolute = fs::absolute(vo::detail::ToNative(VoFilePath::CreateUnchecked(VoString(path))));
-        return QString::fromStdU16String(absolute.generic_u16string());
-    });
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(local)))
-        throw VoInvalidCallException("Cannot open " + path);
+    const VoFileSystem::Opener open = opener;
+    if (!open)
+        throw VoInvalidCallException("Cannot open " + path.path() + ": no desktop services are installed");
+    open(path);
 }
 
 } // namespace
@@ -596,10 +592,15 @@ VoDirectoryPath VoFileSystem::Directory(DirectoryIdentifier identifier)
 
 void VoFileSystem::OpenFile(const VoFilePath& path)
 {
-    OpenOnDesktop(path.path());
+    Open(path);
 }
 
 void VoFileSystem::OpenDirectory(const VoDirectoryPath& path)
 {
-    OpenOnDesktop(path.path());
+    Open(VoFilePath::CreateUnchecked(VoString(path.path())));
+}
+
+VoFileSystem::Opener VoFileSystem::SetOpener(Opener open) noexcept
+{
+    return opener.exchange(open);
 }

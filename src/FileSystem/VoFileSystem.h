@@ -144,11 +144,24 @@ public:
     /// @throws VoInvalidParameterException "Unknown directory identifier: " and the number
     static VoDirectoryPath Directory(DirectoryIdentifier identifier);
 
-    /// Hands a file or directory to the desktop's default application. REQUIRES a graphical application object.
-    /// @throws VoInvalidCallException when there is none, or when the desktop refuses
+    /// @}
+    /// @name The desktop
+    /// This library shows nothing itself: a program with a display links VoCoreGui and calls
+    /// VoDesktopServices::Install() once.
+    /// @{
+
+    /// Hands a file or directory to the desktop's default application.
+    /// @throws VoInvalidCallException "Cannot open " + path + ": no desktop services are installed" without an opener
+    /// @throws what the opener throws, as VoDesktopServices tells
     /// @{
     static void OpenFile(const VoFilePath& path);
     static void OpenDirectory(const VoDirectoryPath& path);
     /// @}
+
+    /// What opens a path, a directory's too.
+    using Opener = void (*)(const VoFilePath& path);
+    /// Sets what OpenFile() and OpenDirectory() call, or nothing; returns what was set before. Code that is called so
+    /// must not be unloaded. From any thread.
+    static Opener SetOpener(Opener opener) noexcept;
     /// @}
 };

@@ -5,10 +5,12 @@
 #include <Core/detail/Printable.h>
 #include <FileSystem/VoFilePath.h>
 #include <Subsystem/detail/LogFiles.h>
+#include <Subsystem/detail/LogLevels.h>
 #include <Threading/detail/CallbackList.h>
 
 #include <QtCore/QtGlobal>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <map>
@@ -19,8 +21,6 @@
 namespace vo::logging {
 
 namespace {
-
-constexpr int Nothing = static_cast<int>(Level::Critical) + 1; // above every level
 
 // Set while this thread runs sinks: what they log is dropped.
 thread_local bool t_sending = false;
@@ -64,7 +64,7 @@ private:
     void refreshMinimum();
 
     std::mutex m_refreshMutex;
-    std::atomic<int> m_minimum{Nothing}; // the lowest level that any sink wants
+    std::atomic<int> m_minimum{NoLevel}; // the lowest level that any sink wants
 };
 
 VoReceiver SinkList::addSink(Sink sink, Level minimum)
@@ -95,7 +95,7 @@ void SinkList::send(const Record& record)
 void SinkList::refreshMinimum()
 {
     const std::lock_guard lock(m_refreshMutex);
-    int minimum = Nothing;
+    int minimum = NoLevel;
     inspectEach([&](const Entry& entry) {
         minimum = std::min(minimum, static_cast<int>(static_cast<const SinkEntry&>(entry).minimum));
     });
@@ -120,10 +120,40 @@ bool StandardErrorWants(Level level)
     return static_cast<int>(level) >= StandardErrorMinimum().load(std::memory_order_relaxed);
 }
 
+std::atomic<bool>& StandardErrorColours()
+{
+    static std::atomic<bool> wanted{false};
+    return wanted;
+}
+
+const char* ColourOf(Level level)
+{
+    switch (level) {
+    case Level::Diagnostic:
+        return "\x1b[2m"; // faint
+    case Level::Information:
+        return "";
+    case Level::Warning:
+        return "\x1b[33m"; // yellow
+    case Level::Error:
+        return "\x1b[31m"; // red
+    case Level::Critical:
+        break;
+    }
+    return "\x1b[1;31m"; // bold red
+}
+
+VoString StandardErrorLine(const Record& record)
+{
+    if (!StandardErrorColours().load(std::memory_order_relaxed))
+        return FormatRecord(record) + "\n";
+    return ColourOf(record.level) + FormatRecord(record) + "\x1b[0m\n";
+}
+
 void Send(const Record& record)
 {
     if (StandardErrorWants(record.level)) {
-        const VoString line = FormatRecord(record) + "\n";
+        const VoString line = StandardErrorLine(record);
         std::fwrite(line.c_str(), 1, line.size(), stderr); // one call, so that lines do not mix
     }
     Sinks().send(record);
@@ -178,21 +208,45 @@ const char* LevelName(Level level) noexcept
 struct Logger::Private
 {
     VoString category;
-    std::atomic<Level> level{Level::Diagnostic};
+    std::atomic<int> threshold{static_cast<int>(Level::Diagnostic)}; // NoLevel: nothing passes
 };
 
 struct LoggerRegistry
 {
     std::mutex mutex;
     std::map<VoString, Logger*> loggers; // the strings compare without case
+    VoDeque<LevelRule> rules;
+
+    // Never destroyed: static objects log while the process ends.
+    static LoggerRegistry& Get()
+    {
+        static LoggerRegistry& registry = *new LoggerRegistry;
+        return registry;
+    }
 
     Logger& get(const VoString& category)
     {
         const std::lock_guard lock(mutex);
         Logger*& logger = loggers[category];
-        if (!logger)
+        if (!logger) {
             logger = new Logger(category);
+            setThreshold(*logger);
+        }
         return *logger;
+    }
+
+    void apply(const VoDeque<LevelRule>& wanted)
+    {
+        const std::lock_guard lock(mutex);
+        rules = wanted;
+        for (const auto& [category, logger] : loggers)
+            setThreshold(*logger);
+    }
+
+private:
+    void setThreshold(Logger& logger) const
+    {
+        logger.m_private->threshold.store(ThresholdOf(logger.category(), rules), std::memory_order_relaxed);
     }
 };
 
@@ -206,8 +260,7 @@ Logger::~Logger() = default;
 
 Logger& Logger::Get(const VoString& category)
 {
-    static LoggerRegistry& registry = *new LoggerRegistry;
-    return registry.get(category);
+    return LoggerRegistry::Get().get(category);
 }
 
 void Logger::diagnostic(const VoString& text) noexcept
@@ -249,7 +302,8 @@ void Logger::log(Level level, const VoString& text) noexcept
 
 bool Logger::isEnabled(Level level) const noexcept
 {
-    return level >= this->level() && (Sinks().wants(level) || StandardErrorWants(level));
+    return static_cast<int>(level) >= m_private->threshold.load(std::memory_order_relaxed) &&
+           (Sinks().wants(level) || StandardErrorWants(level));
 }
 
 const VoString& Logger::category() const noexcept
@@ -259,12 +313,23 @@ const VoString& Logger::category() const noexcept
 
 Level Logger::level() const noexcept
 {
-    return m_private->level.load(std::memory_order_relaxed);
+    return static_cast<Level>(
+        std::min(m_private->threshold.load(std::memory_order_relaxed), static_cast<int>(Level::Critical)));
 }
 
 void Logger::setLevel(Level level) noexcept
 {
-    m_private->level.store(level, std::memory_order_relaxed);
+    m_private->threshold.store(static_cast<int>(level), std::memory_order_relaxed);
+}
+
+void ApplyLevelRules(const VoDeque<LevelRule>& rules)
+{
+    LoggerRegistry::Get().apply(rules);
+}
+
+void ColourStandardError(bool wanted) noexcept
+{
+    StandardErrorColours().store(wanted, std::memory_order_relaxed);
 }
 
 void SetLevel(const VoString& category, Level level)
@@ -286,7 +351,7 @@ void EnableStandardError(Level minimum)
 
 void DisableStandardError()
 {
-    StandardErrorMinimum().store(Nothing, std::memory_order_relaxed);
+    StandardErrorMinimum().store(NoLevel, std::memory_order_relaxed);
 }
 
 VoReceiver SetUp(const VoFilePath& directory)

@@ -65,7 +65,8 @@ public:
     bool isEnabled(Level level) const noexcept;
 
     const VoString& category() const noexcept; ///< The logger's name.
-    Level level() const noexcept;              ///< Records below this level are dropped; Diagnostic at first.
+    Level level() const noexcept;              ///< Records below this level are dropped; at first Diagnostic, or what
+                                               ///< Configure() has said. Critical also where nothing is logged.
     void setLevel(Level level) noexcept;       ///< Sets level().
 
 private:

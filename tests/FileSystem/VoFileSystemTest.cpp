@@ -631,8 +631,17 @@ TEST_F(FileSystem, NamesOfADirectoryAreForcedToDisk)
                      "sync: No such file or directory");
 }
 
-TEST_F(FileSystem, NothingIsOpenedWithoutAGraphicalApplication)
+TEST_F(FileSystem, PathsAreOpenedByWhatIsSetForThat)
 {
-    EXPECT_THROW(VoFileSystem::OpenFile(write("file")), VoInvalidCallException);
+    const VoFilePath file = write("file");
+    EXPECT_THROW_MSG(VoFileSystem::OpenFile(file), VoInvalidCallException,
+                     "Cannot open " + file.path() + ": no desktop services are installed");
     EXPECT_THROW(VoFileSystem::OpenDirectory(root()), VoInvalidCallException);
+    static VoString opened;
+    VoFileSystem::SetOpener([](const VoFilePath& path) { opened = path.path(); });
+    VoFileSystem::OpenFile(file);
+    EXPECT_EQ(std::exchange(opened, VoString()), file.path());
+    VoFileSystem::OpenDirectory(root());
+    EXPECT_EQ(std::exchange(opened, VoString()), root().path());
+    EXPECT_NE(VoFileSystem::SetOpener(nullptr), nullptr);
 }

@@ -62,3 +62,21 @@ run("${SCRATCH}/by-pkg-config" "${SCRATCH}/folder" "${SCRATCH}/published/again.x
 if(NOT output STREQUAL expected)
     message(FATAL_ERROR "the consumer built with pkg-config prints \"${output}\"")
 endif()
+
+# The component for programs with a display, by both ways.
+if(GUI)
+    set(gui "${CMAKE_CURRENT_LIST_DIR}/gui")
+    run("${CMAKE_COMMAND}" -S "${gui}" -B "${SCRATCH}/gui" -G Ninja "-DCMAKE_CXX_COMPILER=${CXX}"
+        "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Werror")
+    run("${CMAKE_COMMAND}" --build "${SCRATCH}/gui")
+    run(pkg-config --cflags --libs VoCoreGui)
+    string(STRIP "${output}" flags)
+    separate_arguments(flags UNIX_COMMAND "${flags}")
+    run("${CXX}" -std=c++17 -o "${SCRATCH}/gui/by-pkg-config" "${gui}/main.cpp" ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")
+    foreach(program IN ITEMS gui-consumer by-pkg-config)
+        run("${SCRATCH}/gui/${program}")
+        if(NOT output MATCHES "^Cannot open .*: no graphical application\n$")
+            message(FATAL_ERROR "the consumer with a display prints \"${output}\"")
+        endif()
+    endforeach()
+endif()

@@ -8,7 +8,9 @@
 #include <vo/release/Downloads.h>
 #include <vo/screen/Terminal.h>
 
+#include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
+#include <Subsystem/LogConfiguration.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoReceiver.h>
 #include <Updater/VoUpdater.h>
@@ -108,6 +110,16 @@ ExitCode Guarded(const Command& command, Session& session, LogView& log)
     }
 }
 
+/// What VO_LOG asks for comes beside what commands show.
+void ConfigureLog()
+{
+    try {
+        logging::Configure(logging::Configuration::FromEnvironment());
+    } catch (const VoException& failure) {
+        throw UsageError(failure.message());
+    }
+}
+
 ExitCode RunCommand(const Arguments& arguments, Console& console)
 {
     const Command& command = *arguments.command();
@@ -115,6 +127,8 @@ ExitCode RunCommand(const Arguments& arguments, Console& console)
     const Interrupt interrupt(stop);
     LogView log(console);
     logging::DisableStandardError();
+    if (!qEnvironmentVariableIsEmpty("VO_LOG"))
+        ConfigureLog();
     logging::InstallQtHandler(); // what Qt warns of may be a server's text
     const VoReceiver sink =
         logging::AddSink([&log](const logging::Record& record) { log.show(record); },

@@ -1,0 +1,361 @@
+#include <Subsystem/LogConfiguration.h>
+
+#include <Core/VoFileException.h>
+#include <Core/VoProperties.h>
+#include <Subsystem/detail/CrashRing.h>
+#include <Subsystem/detail/LogFiles.h>
+#include <Subsystem/detail/LogLevels.h>
+#include <Threading/VoReceiver.h>
+
+#include <LogCapture.h>
+#include <ScratchFolder.h>
+#include <VoTestSupport.h>
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+#include <cstdlib>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+using vo::logging::Colours;
+using vo::logging::Configuration;
+using vo::logging::Configure;
+using vo::logging::Level;
+using vo::logging::Logger;
+using vo::logging::Record;
+
+namespace {
+
+// Puts back what a process has that configures nothing.
+struct Unconfigured
+{
+    ~Unconfigured() { Configure({}); }
+};
+
+std::vector<std::string> LinesIn(const std::filesystem::path& directory)
+{
+    std::set<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(directory))
+        files.insert(entry.path());
+    std::vector<std::string> lines;
+    for (const std::filesystem::path& file : files) {
+        std::ifstream stream(file);
+        for (std::string line; std::getline(stream, line);)
+            lines.push_back(line);
+    }
+    return lines;
+}
+
+VoString PathText(const vo::test::ScratchFolder& folder, const char* name)
+{
+    return folder.path(name).path();
+}
+
+} // namespace
+
+TEST(LogConfiguration, TheMostParticularRuleDecides)
+{
+    const auto rules = Configuration::FromText("updater=diagnostic, *=error ,up*=warning,upd*er=information,"
+                                               "update builder=off\nDOWN*LOAD=critical,*a*b*=off,*a*c*=diagnostic")
+                           .levels;
+    const std::pair<const char*, int> rows[] = {
+        {"updater", 0}, {"UPDATER", 0}, {"upstairs", 2}, {"upd-er", 1}, {"update builder", 5}, {"download", 4},
+        {"dload", 3},   {"other", 3},   {"", 3},         {"xaxbx", 5},  {"aabbc", 0}};
+    for (const auto& [category, threshold] : rows)
+        EXPECT_EQ(vo::logging::ThresholdOf(category, rules), threshold) << category;
+    EXPECT_EQ(vo::logging::ThresholdOf("other", Configuration::FromText("updater=off").levels), 2);
+    EXPECT_EQ(vo::logging::ThresholdOf("other", {}), 0);
+    EXPECT_FALSE(vo::logging::Matches("a*a", "a"));
+}
+
+TEST(LogConfiguration, SettingsAreReadFromTextsFilesAndProperties)
+{
+    const vo::test::ScratchFolder folder;
+    const Configuration text = Configuration::FromText("@folder=c:/a,@json=b,@size=2K,@files=7,@days=30,@system=error,"
+                                                       "@crash=c.txt,@colour=never,@stderr=off");
+    const VoFilePath path =
+        folder.write("log.conf", "# all of it\r\n@folder=c:/a\n\n@json = b\n@size=2048\n@files=7\n"
+                                 "@days=30\n@SYSTEM=Error\n@crash=c.txt\n@colour=never\n@stderr=off");
+    const VoProperties properties{{"log.folder", VoFilePath("c:\\a")},
+                                  {"Log.json", "b"},
+                                  {"log.size", 2048},
+                                  {"log.files", std::size_t(7)},
+                                  {"log.days", 30},
+                                  {"log.system", "error"},
+                                  {"log.crash", "c.txt"},
+                                  {"log.colour", "never"},
+                                  {"log.stderr", "off"},
+                                  {"logger", "other"}};
+    for (const Configuration& c : {text, Configuration::FromFile(path), Configuration::FromProperties(properties)}) {
+        EXPECT_EQ(c.folder, VoFilePath("c:\\a"));
+        EXPECT_EQ(c.jsonFolder, VoFilePath("b"));
+        EXPECT_EQ(c.fileSize, 2048u);
+        EXPECT_EQ(c.files, 7u);
+        EXPECT_EQ(c.days, 30u);
+        EXPECT_EQ(c.systemLog, Level::Error);
+        EXPECT_EQ(c.crashFile, VoFilePath("c.txt"));
+        EXPECT_EQ(c.colours, Colours::Never);
+        EXPECT_EQ(c.standardError, std::nullopt);
+    }
+    EXPECT_EQ(Configuration::FromText("").standardError, Level::Warning);
+    EXPECT_EQ(Configuration::FromText("error").standardError, Level::Diagnostic);
+    EXPECT_EQ(Configuration::FromProperties({{"log", "error"}}).levels.size(), 1u);
+}
+
+TEST(LogConfiguration, WrongSettingsAreRefusedWithWhatWouldBeRight)
+{
+    const std::pair<const char*, const char*> rows[] = {
+        {"*=loud", "*=loud: the level is diagnostic, information, warning, error, critical or off"},
+        {"a=off,warn", "warn: the level is diagnostic, information, warning, error, critical or off"},
+        {"=error", "=error: the category is missing"},
+        {"@files=0", "@files=0: expected a whole number from 1 to 1000"},
+        {"@days=-1", "@days=-1: expected a whole number from 0 to 36500"},
+        {"@size=1T", "@size=1T: expected a whole number from 1 to 1099511627776"},
+        {"@size=2000000G", "@size=2000000G: expected a whole number from 1 to 1024"},
+        {"@size=", "@size=: expected a whole number from 1 to 1099511627776"},
+        {"@colour=\x1b[31m", "@colour=\\x1b[31m: expected auto, always or never"},
+        {"@folder", "@folder: expected a path"},
+        {"@fodler=x",
+         "@fodler=x: unknown; there are @stderr, @colour, @folder, @json, @size, @files, @days, @system and "
+         "@crash"}};
+    for (const auto& [text, message] : rows)
+        EXPECT_THROW_MSG(Configuration::FromText(text), VoInvalidParameterException,
+                         VoString("Invalid log setting ") + message);
+    qputenv("VO_LOG", "x=y");
+    EXPECT_THROW_MSG(
+        Configuration::FromEnvironment(), VoInvalidParameterException,
+        "Invalid log setting x=y in VO_LOG: the level is diagnostic, information, warning, error, critical "
+        "or off");
+    qunsetenv("VO_LOG");
+    const vo::test::ScratchFolder folder;
+    folder.write("file", "");
+    EXPECT_THROW(Configure(Configuration::FromText("@folder=" + PathText(folder, "file"))), VoFileException);
+}
+
+TEST(LogConfiguration, IsChangedWhileThreadsLogAndNoRecordIsLost)
+{
+    const Unconfigured restored;
+    const vo::test::LogCapture quiet;
+    const vo::test::ScratchFolder folder;
+    const VoString lines = PathText(folder, "lines");
+    Configure(Configuration::FromText("test keep=information,@stderr=off,@size=20K,@files=1000,@folder=" + lines));
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 3; ++t) {
+        threads.emplace_back([t] {
+            for (int i = 0; i < 300; ++i) {
+                Logger::Get("test keep").information("record " + VoString(t * 1000 + i));
+                Logger::Get("test keep").diagnostic("dropped");
+                Logger::Get("test other").information("dropped");
+            }
+        });
+    }
+    for (int i = 0; i < 20; ++i)
+        Configure(Configuration::FromText("test keep=information,@stderr=off,@size=20K,@files=1000,@folder=" + lines +
+                                          (i % 2 ? VoString() : ",@json=" + PathText(folder, "json"))));
+    for (std::thread& thread : threads)
+        thread.join();
+    std::set<std::string> records;
+    for (const std::string& line : LinesIn(folder.native("lines")))
+        records.insert(line.substr(line.find(") ") + 2));
+    EXPECT_EQ(records.size(), 900u);
+    EXPECT_EQ(records.count("dropped"), 0u);
+}
+
+TEST(LogConfiguration, JSONLinesComeBackAsTheyWereLogged)
+{
+    const Unconfigured restored;
+    const vo::test::LogCapture quiet;
+    const vo::test::ScratchFolder folder;
+    Configure(Configuration::FromText("@stderr=off,@json=" + PathText(folder, "json")));
+    const std::string text = "a \"quoted\"\n\x1b[31m \xc3\xa4 \\ text";
+    Logger::Get("test json").warning(VoString(text));
+    const std::vector<std::string> lines = LinesIn(folder.native("json"));
+    ASSERT_EQ(lines.size(), 1u);
+    const QJsonObject object = QJsonDocument::fromJson(QByteArray::fromStdString(lines[0])).object();
+    EXPECT_EQ(object[QStringLiteral("text")].toString().toStdString(), text);
+    EXPECT_EQ(object[QStringLiteral("level")].toString().toStdString(), "warning");
+    EXPECT_EQ(object[QStringLiteral("category")].toString().toStdString(), "test json");
+}
+
+TEST(LogConfiguration, StandardErrorIsColouredWhereThatIsWanted)
+{
+    const Unconfigured restored;
+    for (const char* const colour : {"always", "auto", "never"}) { // captured, it is no terminal
+        Configure(Configuration::FromText(VoString("error,@colour=") + colour));
+        testing::internal::CaptureStderr();
+        Logger::Get("test colour").error("text");
+        Logger::Get("test colour").warning("dropped");
+        const std::string shown = testing::internal::GetCapturedStderr();
+        const bool isColoured = shown.find("\x1b[31m") == 0 && shown.find("text\x1b[0m\n") != std::string::npos;
+        EXPECT_EQ(isColoured, std::string(colour) == "always") << shown;
+        EXPECT_NE(shown.find(" error [test colour] ("), std::string::npos);
+        EXPECT_EQ(shown.find("dropped"), std::string::npos);
+    }
+}
+
+TEST(LogFiles, SharedOnesAreKeptWithinSizeNumberAndAgeAndRemovalByOthersIsNoticed)
+{
+    const vo::test::ScratchFolder folder;
+    vo::logging::LogFiles::Settings settings;
+    settings.capacity = 1000;
+    settings.count = 4;
+    settings.days = 3;
+    settings.shared = true;
+    folder.write("2024-02-25-0001.log", "five days ago");
+    folder.write("2024-02-26-0001.log", "");
+    folder.write("2020-01-01-0001.jsonl", "another format");
+    vo::logging::LogFiles first(folder.path("."), settings);
+    vo::logging::LogFiles second(folder.path("."), settings);              // as another process would
+    const VoTimePoint time{VoTimeDuration(VoMilliseconds(1709209800250))}; // 2024-02-29
+    for (int i = 0; i < 60; ++i)
+        (i % 2 ? first : second).write({Level::Information, "test", "number " + VoString(i), time, {}});
+    std::map<std::string, std::size_t> sizes;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.native()))
+        sizes[entry.path().filename().string()] = entry.file_size();
+    EXPECT_EQ(sizes.count("2024-02-25-0001.log"), 0u);
+    EXPECT_EQ(sizes.count("2020-01-01-0001.jsonl"), 1u);
+    EXPECT_EQ(sizes.size(), 5u);
+    for (const auto& [name, size] : sizes)
+        EXPECT_LT(size, 1100u) << name;
+    const std::string last = std::prev(sizes.end())->first;
+    std::filesystem::remove(folder.native(last));
+    first.write({Level::Information, "test", "after the removal", time, {}});
+    EXPECT_NE(LinesIn(folder.native()).back().find("after the removal"), std::string::npos);
+}
+
+TEST(CrashRing, KeepsTheLastLinesWholeWhileThreadsAdd)
+{
+    vo::logging::CrashRing ring;
+    const auto lines = [&ring] {
+        std::string text;
+        ring.readEach([](void* context, const char* bytes,
+                         std::size_t size) { static_cast<std::string*>(context)->append(bytes, size); },
+                      &text);
+        std::istringstream stream(text);
+        std::vector<std::string> result;
+        for (std::string line; std::getline(stream, line);)
+            result.push_back(line);
+        return result;
+    };
+    EXPECT_TRUE(lines().empty());
+    for (int i = 0; i < 300; ++i)
+        ring.add("line " + std::to_string(i));
+    EXPECT_EQ(lines().size(), 256u);
+    EXPECT_EQ(lines().front(), "line 44");
+    EXPECT_EQ(lines().back(), "line 299");
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 3; ++t) {
+        threads.emplace_back([&ring, t] {
+            for (int i = 0; i < 20000; ++i)
+                ring.add(std::string(static_cast<std::size_t>(i % 600), static_cast<char>('a' + t)));
+        });
+    }
+    for (int i = 0; i < 200; ++i) {
+        for (const std::string& line : lines()) {
+            EXPECT_TRUE(line.rfind("line ", 0) == 0 ||
+                        line.find_first_not_of(line.empty() ? 'a' : line[0]) == std::string::npos)
+                << line;
+            EXPECT_LE(line.size(), 480u);
+        }
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+#if !defined(_WIN32)
+
+namespace {
+
+std::filesystem::path OverflowStack(int depth)
+{
+    volatile char space[4096] = {};
+    space[depth % 4096] = 1;
+    return depth < 0 ? std::filesystem::path() : OverflowStack(depth + 1) / std::to_string(space[depth % 4096]);
+}
+
+// Runs in a child process, which ends by a signal; gives that signal.
+int SignalThatEnds(const std::function<void()>& child)
+{
+    const pid_t process = fork();
+    if (process == 0) {
+        child();
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(process, &status, 0);
+    return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+}
+
+} // namespace
+
+TEST(CrashHandler, TheLastRecordsAreOnDiskAndTheProcessEndsByItsSignal)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers take the signals";
+#endif
+    const vo::test::ScratchFolder folder;
+    const std::pair<int, std::function<void()>> rows[] = {
+        {SIGSEGV, [] { std::raise(SIGSEGV); }},
+        {SIGSEGV, [] { kill(getpid(), SIGSEGV); }},
+        {SIGABRT, [] { std::abort(); }},
+        {SIGSEGV, [] { OverflowStack(0); }},
+        {SIGFPE, [] { std::thread([] { std::raise(SIGFPE); }).join(); }}};
+    std::size_t crashes = 0;
+    for (const auto& [signal, crash] : rows) {
+        EXPECT_EQ(SignalThatEnds([&folder, &crash = crash] {
+                      vo::logging::DisableStandardError();
+                      Configure(Configuration::FromText("@stderr=off,@crash=" + PathText(folder, "crash.txt")));
+                      for (int i = 0; i < 300; ++i)
+                          Logger::Get("test crash").diagnostic("record " + VoString(i));
+                      crash();
+                  }),
+                  signal);
+        const std::string content = folder.read("crash.txt");
+        std::size_t last = 0;
+        std::size_t found = 0;
+        for (std::size_t at = content.find("record 299\n"); at != std::string::npos;
+             at = content.find("record 299\n", at + 1)) {
+            ++found;
+            last = at;
+        }
+        EXPECT_EQ(found, ++crashes);
+        EXPECT_EQ(last + 11, content.size());
+        EXPECT_EQ(content.find("record 43\n"), std::string::npos);
+    }
+    EXPECT_NE(folder.read("crash.txt").find(" ended by SIGFPE; last records:\n"), std::string::npos);
+}
+
+TEST(CrashHandler, AProcessThatEndsWellLeavesNoFileAndOneThatTookTheSignalKeepsIt)
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers take the signals";
+#endif
+    const vo::test::ScratchFolder folder;
+    EXPECT_EQ(SignalThatEnds([&] {
+                  std::signal(SIGSEGV, [](int) { _exit(0); }); // the application's own handler
+                  Configure(Configuration::FromText("@stderr=off,@crash=" + PathText(folder, "crash.txt")));
+                  std::raise(SIGSEGV);
+              }),
+              0);
+    EXPECT_NE(folder.read("crash.txt"), "");
+    EXPECT_EQ(SignalThatEnds([&] {
+                  Configure(Configuration::FromText("@stderr=off,@crash=" + PathText(folder, "none.txt")));
+                  Configure({});
+                  std::raise(SIGABRT);
+              }),
+              SIGABRT);
+    EXPECT_FALSE(std::filesystem::exists(folder.native("none.txt")));
+}
+
+#endif
