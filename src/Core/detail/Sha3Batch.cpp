@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t BlockSize = 136;
 constexpr std::size_t StateWords = 25;
 constexpr std::size_t DigestSize = 32;
-constexpr std::size_t BlocksInRoom = 481; // 64 KiB, the last one for the padding
+constexpr std::size_t BlocksInRoom = 121; // 16 KiB, which stay in the processor's caches; the last one for the padding
 
 KeccakAbsorb AbsorbOf([[maybe_unused]] std::size_t lanes)
 {
