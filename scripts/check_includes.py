@@ -10,7 +10,7 @@ import sys
 
 SRC = pathlib.Path(__file__).resolve().parent.parent / "src"
 ROWS = ["Core", "Time", "FileSystem", "IO", "Subsystem", "Threading", "Actions", "XML", "Documents", "Maths", "Download",
-        "Signing", "Misc/XMLReport", "Updater", "Application", "Gui"]
+        "Signing", "Misc/XMLReport", "Updater", "Application", "Shell", "Gui"]
 UPWARDS = {
     # The public values of Core whose text or content is a path's, a file's or an element's; their places are fixed.
     ("Core/VoFileException", "FileSystem"), ("Core/VoXMLException", "FileSystem"), ("Core/VoXMLException", "XML"),

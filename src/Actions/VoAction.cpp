@@ -1,8 +1,8 @@
 #include <Actions/VoAction.h>
 
-#include <Actions/detail/Guarded.h>
 #include <Core/VoException.h>
 #include <Threading/VoBroadcaster.h>
+#include <Threading/detail/Guarded.h>
 
 #include <deque>
 #include <utility>
@@ -137,7 +137,7 @@ bool VoAction::trigger()
 
 VoReceiver VoAction::connect(std::function<void(Property)> callback)
 {
-    return m_private->changes.connect(vo::detail::Guarded<Property>(std::move(callback)));
+    return m_private->changes.connect(vo::detail::Guarded<Property>("actions", std::move(callback)));
 }
 
 void VoAction::changeText(VoString& kept, VoString text, Property property)

@@ -1,9 +1,9 @@
 #include <Actions/VoUndoStack.h>
 
 #include <Actions/VoCommand.h>
-#include <Actions/detail/Guarded.h>
 #include <Core/VoException.h>
 #include <Threading/VoBroadcaster.h>
+#include <Threading/detail/Guarded.h>
 
 #include <algorithm>
 #include <deque>
@@ -373,7 +373,7 @@ const VoString& VoUndoStack::text(std::size_t index) const
 
 VoReceiver VoUndoStack::connect(std::function<void(const State&)> callback)
 {
-    return m_private->changes.connect(vo::detail::Guarded<const State&>(std::move(callback)));
+    return m_private->changes.connect(vo::detail::Guarded<const State&>("actions", std::move(callback)));
 }
 
 VoUndoStack::Group::Group(VoUndoStack& stack, VoString text)

@@ -1,20 +1,16 @@
 #include <Maths/VoLinearProblemText.h>
 
-#include <Core/VoFileException.h>
-#include <Core/detail/Completed.h>
 #include <FileSystem/VoFilePath.h>
-#include <FileSystem/detail/NativeFile.h>
-#include <FileSystem/detail/NativePath.h>
-#include <IO/VoIOException.h>
+#include <IO/detail/WholeFile.h>
 #include <Maths/VoLinearProblemExceptions.h>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -535,25 +531,8 @@ VoLinearProblemText VoLinearProblemText::Parse(const VoString& text)
 
 VoLinearProblemText VoLinearProblemText::Read(const VoFilePath& path)
 {
-    std::error_code error;
-    auto file = vo::detail::NativeFile::OpenForReading(vo::detail::ToNative(path), error);
-    if (error == std::errc::no_such_file_or_directory)
-        throw VoFileNotFoundException(path);
-    if (!file.isOpen())
-        throw vo::detail::Because(error, VoCannotOpenFileException(path));
-
-    constexpr std::size_t block = std::size_t(1) << 18;
-    std::string text;
-    for (;;) {
-        const std::size_t size = text.size();
-        if (size > MostBytes)
-            throw VoLinearProblemException("File is too large");
-        text.resize(size + block);
-        text.resize(size + file.read(text.data() + size, block, error));
-        if (error)
-            throw vo::detail::Because(
-                error, vo::detail::Completed(VoIOException("Error occurred on reading from file"), path.path()));
-        if (text.size() < size + block)
-            return Parser(text).parse();
-    }
+    const std::optional<std::string> text = vo::detail::ReadWholeFile(path, MostBytes);
+    if (!text)
+        throw VoLinearProblemException("File is too large");
+    return Parser(*text).parse();
 }

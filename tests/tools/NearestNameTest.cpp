@@ -1,9 +1,10 @@
+#include <Core/detail/NearestName.h>
+
 #include <VoTestSupport.h>
-#include <vo/line/NearestName.h>
 
 #include <random>
 
-using namespace vo::tool;
+using namespace vo::detail;
 
 namespace {
 

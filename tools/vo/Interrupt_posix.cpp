@@ -12,20 +12,21 @@ namespace {
 
 constexpr int Signals[] = {SIGINT, SIGTERM, SIGHUP};
 constexpr char Stop = 's';
+constexpr char End = 'e'; // Stop, and not of this object's work alone
 constexpr char Finish = 'f';
 
 /// The pipe's end that the signal handler writes to. A handler may do little more than that; raising the flag calls
 /// functions of others.
 std::atomic<int> writingEnd{-1};
 
-void OnSignal(int)
+void OnSignal(int signal)
 {
     const int savedError = errno;
-    [[maybe_unused]] const auto written = write(writingEnd.load(), &Stop, 1);
+    [[maybe_unused]] const auto written = write(writingEnd.load(), signal == SIGINT ? &Stop : &End, 1);
     errno = savedError;
 }
 
-void RaiseOnMessage(int readingEnd, VoStopFlag flag)
+void RaiseOnMessage(int readingEnd, int outerEnd, VoStopFlag flag)
 {
     for (char message = 0;;) {
         const auto count = read(readingEnd, &message, 1);
@@ -33,6 +34,8 @@ void RaiseOnMessage(int readingEnd, VoStopFlag flag)
             continue;
         if (count != 1 || message == Finish)
             return;
+        if (message == End && outerEnd >= 0) [[maybe_unused]]
+            const auto written = write(outerEnd, &End, 1);
         flag.stop();
     }
 }
@@ -42,6 +45,7 @@ void RaiseOnMessage(int readingEnd, VoStopFlag flag)
 struct Interrupt::Private
 {
     int readingEnd = -1;
+    int outerEnd = -1; // of the object around this one
     struct sigaction previous[std::size(Signals)] = {};
     std::thread watcher;
 };
@@ -55,8 +59,8 @@ Interrupt::Interrupt(const VoStopFlag& flag)
     for (const int end : ends)
         fcntl(end, F_SETFD, FD_CLOEXEC);
     d->readingEnd = ends[0];
-    writingEnd = ends[1];
-    d->watcher = std::thread(RaiseOnMessage, d->readingEnd, flag);
+    d->outerEnd = writingEnd.exchange(ends[1]);
+    d->watcher = std::thread(RaiseOnMessage, d->readingEnd, d->outerEnd, flag);
 
     struct sigaction action = {};
     action.sa_handler = OnSignal;
@@ -76,7 +80,7 @@ Interrupt::~Interrupt()
         return;
     for (std::size_t i = 0; i < std::size(Signals); ++i)
         sigaction(Signals[i], &d->previous[i], nullptr);
-    const int end = writingEnd.exchange(-1);
+    const int end = writingEnd.exchange(d->outerEnd);
     [[maybe_unused]] const auto written = write(end, &Finish, 1);
     d->watcher.join();
     close(end);

@@ -26,19 +26,20 @@ BOOL WINAPI OnControl(DWORD)
 struct Interrupt::Private
 {
     VoStopFlag flag;
+    VoStopFlag* outer = nullptr; // of the object around this one
 };
 
 Interrupt::Interrupt(const VoStopFlag& flag)
-    : d(std::make_unique<Private>(Private{flag}))
+    : d(std::make_unique<Private>(Private{flag, nullptr}))
 {
-    currentFlag = &d->flag;
+    d->outer = currentFlag.exchange(&d->flag);
     SetConsoleCtrlHandler(OnControl, TRUE);
 }
 
 Interrupt::~Interrupt()
 {
     SetConsoleCtrlHandler(OnControl, FALSE);
-    currentFlag = nullptr;
+    currentFlag = d->outer;
 }
 
 } // namespace vo::tool

@@ -1,9 +1,9 @@
 #include <vo/line/Arguments.h>
 
 #include <vo/line/CommandError.h>
-#include <vo/line/NearestName.h>
 #include <vo/line/Paths.h>
 
+#include <Core/detail/NearestName.h>
 #include <FileSystem/detail/SafePath.h>
 
 #include <QtCore/QCommandLineParser>
@@ -16,7 +16,7 @@ namespace {
 
 VoString Suggestion(const VoString& typed, const std::vector<std::string_view>& names, const char* prefix)
 {
-    const auto nearest = NearestName(typed.toStdString(), names);
+    const auto nearest = detail::NearestName(typed.toStdString(), names);
     return nearest ? VoString("; did you mean ") + prefix + std::string(*nearest) + "?" : VoString();
 }
 

@@ -10,11 +10,14 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoIOException.h>
+#include <Shell/VoScriptException.h>
 #include <Updater/VoInstallationFailedException.h>
 
 #include <algorithm>
 #include <exception>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace vo::tool {
 namespace {
@@ -47,7 +50,8 @@ struct Known
     std::string told;   ///< Better words than those of the message; empty when there are none.
     std::string reason; ///< Of the system.
     std::string subject;
-    std::string second;    ///< Where two files are concerned.
+    std::string second;                                     ///< Where two files are concerned.
+    std::vector<std::pair<std::string, std::size_t>> lines; ///< Of scripts, the outermost first, that led there.
     bool isOfFile = false; ///< The message says what was done to the file, and no more.
     ExitCode code = ExitCode::Failed;
 };
@@ -121,6 +125,14 @@ Known KnownOfCurrentException()
     };
     try {
         throw;
+    } catch (const VoScriptException& exception) {
+        try {
+            std::rethrow_exception(exception.cause());
+        } catch (...) {
+            Known failure = KnownOfCurrentException();
+            failure.lines.insert(failure.lines.begin(), {exception.script().toStdString(), exception.line()});
+            return failure;
+        }
     } catch (const VoInstallationFailedException& exception) {
         if (!exception.cause())
             return Known(exception);
@@ -184,8 +196,12 @@ public:
 
     VoString text(const Known& failure) const
     {
-        return VoString(m_wanted.empty() ? detail(failure)
-                                         : "cannot " + m_wanted + " " + m_name + ": " + detail(failure));
+        std::string text;
+        for (const auto& [script, line] : failure.lines)
+            text += m_arguments.typedName(script) + ", line " + std::to_string(line) + ": ";
+        if (!m_wanted.empty())
+            text += "cannot " + m_wanted + " " + m_name + ": ";
+        return VoString(text + detail(failure));
     }
 
 private:

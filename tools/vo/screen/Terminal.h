@@ -9,6 +9,9 @@ namespace vo::tool {
 /// Whether standard error is shown to a person, so that a line may be drawn over.
 bool ErrorOutputIsTerminal();
 
+/// Whether standard input and output are a person's.
+bool InputIsTerminal();
+
 /// Columns of the terminal behind standard error; 80 when it cannot be told.
 std::size_t TerminalWidth();
 

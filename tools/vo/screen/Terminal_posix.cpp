@@ -12,6 +12,11 @@ bool ErrorOutputIsTerminal()
     return isatty(STDERR_FILENO) == 1;
 }
 
+bool InputIsTerminal()
+{
+    return isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1;
+}
+
 std::size_t TerminalWidth()
 {
     winsize size{};

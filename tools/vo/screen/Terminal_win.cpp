@@ -14,6 +14,11 @@ bool ErrorOutputIsTerminal()
     return _isatty(_fileno(stderr)) != 0;
 }
 
+bool InputIsTerminal()
+{
+    return _isatty(_fileno(stdin)) != 0 && _isatty(_fileno(stdout)) != 0;
+}
+
 std::size_t TerminalWidth()
 {
     CONSOLE_SCREEN_BUFFER_INFO information{};

@@ -1,12 +1,18 @@
-#include <vo/line/NearestName.h>
+#include <Core/detail/NearestName.h>
 
 #include <algorithm>
+#include <utility>
 
-namespace vo::tool {
+namespace vo::detail {
 namespace {
 
 /// Longer texts than any name are a mistake of another kind, and the table of distances grows with their length.
 constexpr std::size_t LongestTyped = 64;
+
+bool IsForgiven(std::size_t distance, std::string_view name)
+{
+    return distance <= std::max<std::size_t>(1, name.size() / 3);
+}
 
 std::optional<std::string_view> OnlyNameStartingWith(std::string_view typed, const std::vector<std::string_view>& names)
 {
@@ -54,9 +60,29 @@ std::optional<std::string_view> NearestName(std::string_view typed, const std::v
             smallest = distance;
         }
     }
-    if (nearest && smallest <= std::max<std::size_t>(1, nearest->size() / 3))
+    if (nearest && IsForgiven(smallest, *nearest))
         return nearest;
     return OnlyNameStartingWith(typed, names);
 }
 
-} // namespace vo::tool
+std::vector<std::string_view> NearestNames(std::string_view typed, const std::vector<std::string_view>& names,
+                                           std::size_t most)
+{
+    if (typed.empty() || typed.size() > LongestTyped)
+        return {};
+    std::vector<std::pair<std::size_t, std::string_view>> near;
+    for (const std::string_view name : names) {
+        const std::size_t distance = EditDistance(typed, name);
+        if (IsForgiven(distance, name) || name.substr(0, typed.size()) == typed)
+            near.emplace_back(distance, name);
+    }
+    std::sort(near.begin(), near.end());
+    std::vector<std::string_view> nearest;
+    for (const auto& candidate : near) {
+        if (nearest.size() < most)
+            nearest.push_back(candidate.second);
+    }
+    return nearest;
+}
+
+} // namespace vo::detail

@@ -10,17 +10,18 @@
 
 namespace vo::detail {
 
-/// A listener whose exceptions are logged: what it is told has been done already, and who did it cannot take it back.
+/// A listener whose exceptions are logged in a category, a literal: what it is told has been done already, and who did
+/// it cannot take it back.
 template <typename T>
-std::function<void(T)> Guarded(std::function<void(T)> callback)
+std::function<void(T)> Guarded(const char* category, std::function<void(T)> callback)
 {
     if (!callback)
         throw VoInvalidParameterException("Invalid callback");
-    return [callback = std::move(callback)](T value) {
+    return [category, callback = std::move(callback)](T value) {
         try {
             callback(value);
         } catch (...) {
-            logging::Logger::Get("actions").error("Exception in listener: " + CurrentExceptionText());
+            logging::Logger::Get(category).error("Exception in listener: " + CurrentExceptionText());
         }
     };
 }
