@@ -7,7 +7,6 @@
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoTemporaryDir.h>
 #include <FileSystem/detail/NativePath.h>
-#include <IO/detail/WholeFile.h>
 #include <Shell/VoFunctionRegistry.h>
 #include <Shell/detail/Expectations.h>
 #include <Shell/detail/ShellInterpreter.h>
@@ -19,8 +18,6 @@
 #include <string>
 
 namespace {
-
-constexpr std::size_t MostHead = std::size_t(16) << 20; // as scripts may be large
 
 class KeptValues
 {
@@ -60,9 +57,9 @@ VoTimeDuration LimitOf(const VoFilePath& file, const std::string& text)
 VoScriptedTest VoScriptedTest::Read(const VoFilePath& file, const VoString& name)
 {
     VoScriptedTest test{file, name};
-    std::istringstream lines(vo::detail::ReadWholeFile(file, MostHead).value_or(std::string()));
+    std::istringstream lines(vo::detail::ReadScript(file));
     for (std::string line; std::getline(lines, line);) {
-        const std::size_t start = line.find_first_not_of(" \t\r\xef\xbb\xbf");
+        const std::size_t start = line.find_first_not_of(" \t\r");
         if (start != std::string::npos && line[start] != '#')
             break;
         if (const auto tags = Remark(line, "tags:")) {

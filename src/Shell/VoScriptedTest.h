@@ -34,7 +34,7 @@ struct VOCORE_EXPORT VoScriptedTest
 
     /// The test that a file holds. Nothing is carried out.
     /// @throws VoFileNotFoundException, VoCannotOpenFileException, VoIOException when it cannot be read
-    /// @throws VoInvalidUseException "Invalid limit in " + path + ": " + text
+    /// @throws VoInvalidUseException "Script is too large: " + path; "Invalid limit in " + path + ": " + text
     static VoScriptedTest Read(const VoFilePath& file, const VoString& name);
 
     /// The tests in a folder and its folders: the files named *.vo, in the order of their names. Throws as Read(), and

@@ -14,8 +14,9 @@
 /// Runs scripted tests, each in a process of its own, several at a time.
 ///
 /// A process is a program that carries out one script by VoScriptedTest::run() and ends with 0 when it passed; else
-/// its last line on standard error says why. Its current directory and, by the environment variable VOAPPDATAPATH, its application data are an empty folder that
-/// goes when it has ended. A process that takes longer than the test's limit is killed.
+/// its last line on standard error says why. Its current directory and, by the environment variable VOAPPDATAPATH, its
+/// application data are an empty folder that goes when it has ended. A process that takes longer than the test's limit
+/// is killed.
 ///
 ///     VoScriptedTestRun run;
 ///     run.program = "/usr/bin/vo";

@@ -61,6 +61,16 @@ VoString FirstSentence(const VoString& text)
 
 } // namespace
 
+std::string ReadScript(const VoFilePath& file)
+{
+    std::optional<std::string> text = ReadWholeFile(file, LargestScript);
+    if (!text)
+        throw VoInvalidUseException("Script is too large: " + file.path());
+    if (text->compare(0, 3, "\xef\xbb\xbf") == 0)
+        text->erase(0, 3);
+    return *std::move(text);
+}
+
 ShellInterpreter::ShellInterpreter(std::function<void(const VoString&)> output,
                                    const VoAbstractFunctionRegistry& registry)
     : functions(registry)
@@ -218,13 +228,9 @@ void ShellInterpreter::runText(const VoString& text, const VoString& name, const
 void ShellInterpreter::runScript(const VoFilePath& path, const VoStopFlag& stop)
 {
     const VoFilePath file = rooted(path);
-    std::optional<std::string> text = ReadWholeFile(file, LargestScript);
-    if (!text)
-        throw VoInvalidUseException("Script is too large: " + file.path());
-    if (text->compare(0, 3, "\xef\xbb\xbf") == 0)
-        text->erase(0, 3);
+    const std::string text = ReadScript(file);
     const Instead<VoDirectoryPath> folder(m_folder, file.parent());
-    runText(VoString(*std::move(text)), VoString(ToNative(file).u8string()), stop);
+    runText(VoString(text), VoString(ToNative(file).u8string()), stop);
 }
 
 void ShellInterpreter::print(const VoString& text) const

@@ -7,9 +7,13 @@
 #include <Shell/detail/ShellLine.h>
 
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace vo::detail {
+
+/// The lines of a script, without a byte-order mark. Throws as VoShell::runScript().
+std::string ReadScript(const VoFilePath& file);
 
 /// Carries out lines. Its statements are what needs more than arguments: the interpreter itself, or the rest of a line.
 class ShellInterpreter

@@ -82,17 +82,15 @@ public:
     {
         const Interrupt idle{VoStopFlag()}; // Ctrl-C between two lines is meant for the one that has just ended
         m_session.console.note("help lists the functions; exit or Ctrl-D ends the shell");
-        while (const std::optional<VoString> line = m_editor.read("vo> ")) {
-            const VoString text = line->trimmed().toString();
-            if (text == "exit" || text == "quit")
-                break;
-            if (text.isEmpty())
+        for (std::optional<VoString> line = next(); line; line = next()) {
+            if (line->isEmpty())
                 continue;
-            m_editor.remember(text);
-            m_history.add(text);
-            carryOut(text);
+            m_editor.remember(*line);
+            m_history.add(*line);
+            carryOut(*line);
         }
         kept([this] { m_history.save(); });
+        m_session.stop.throwIfStopped();
         return ExitCode::Done;
     }
 
@@ -101,6 +99,17 @@ private:
     {
         const VoShell::Completions completions = shell.completions(line, line.size());
         return {completions.start, completions.words};
+    }
+
+    /// None at the end.
+    std::optional<VoString> next()
+    {
+        const std::optional<VoString> line = m_editor.read("vo> ");
+        if (!line && !m_session.stop.isStopped())
+            m_session.console.line(VoString()); // the terminal's own prompt begins a line
+        if (!line || line->trimmed() == "exit" || line->trimmed() == "quit")
+            return std::nullopt;
+        return line->trimmed().toString();
     }
 
     void carryOut(const VoString& line)
