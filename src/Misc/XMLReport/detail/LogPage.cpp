@@ -1,5 +1,7 @@
 #include <Misc/XMLReport/detail/LogPage.h>
 
+#include <Core/VoColour.h>
+#include <Core/VoString.h>
 #include <Core/detail/NumberText.h>
 
 #include <algorithm>
@@ -18,7 +20,7 @@ constexpr std::string_view Refinements =
     ".runs td:nth-child(2),.runs th:nth-child(2){position:sticky;left:72px;min-width:200px;max-width:340px;"
     "white-space:normal;overflow-wrap:anywhere}"
     ".runs td:nth-child(-n+2){z-index:1}.runs th:nth-child(-n+2){z-index:3}"
-    ".minimum{color:#0d47a1;font-weight:bold}.maximum{color:#b71c1c;font-weight:bold}"
+    ".minimum,.maximum{font-weight:bold}"
     "@media(max-width:900px){.runs td:nth-child(2),.runs th:nth-child(2){min-width:150px;max-width:200px}}"
     ".seeds td:nth-child(2),.seeds th:nth-child(2),.parameters td:nth-child(2),.parameters th:nth-child(2)"
     "{text-align:right}"
@@ -33,6 +35,16 @@ constexpr std::string_view Refinements =
     ".statistics{font-size:inherit}"
     ".statistics th{text-align:left;font-weight:normal;color:#555;padding-right:12px}"
     ".statistics td{text-align:right;font-variant-numeric:tabular-nums}";
+
+// Texts in the colours of the chart's series.
+std::string ExtremeRules()
+{
+    constexpr VoColour paper(255, 255, 255);
+    const auto rule = [paper](const char* name, std::size_t series) {
+        return std::string(name) + "{color:" + VoSeriesColour(series).readableOn(paper).toString().toStdString() + "}";
+    };
+    return rule(".minimum", 0) + rule(".maximum", 1);
+}
 
 void WriteParameters(ReportPage& page, const XMLReportInfo& info)
 {
@@ -116,7 +128,7 @@ void WriteHeaderTable(ReportPage& page, const XMLReportHeader& header, std::stri
 void WriteLogHeader(ReportPage& page, const char* heading, const XMLReportHeader& header)
 {
     page << "\t<h1>" << heading << "</h1>\n\t";
-    page.refinements(Refinements) << "\n\t<table class=\"headertable\">\n";
+    page.refinements(std::string(Refinements) + ExtremeRules()) << "\n\t<table class=\"headertable\">\n";
     WriteHeaderTable(page, header, "\t\t", "\n");
     page << "\t</table>\n";
 }

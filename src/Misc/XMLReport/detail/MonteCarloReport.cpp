@@ -1,6 +1,8 @@
 #include <Misc/XMLReport/ReportPages.h>
 #include <Misc/XMLReport/detail/LogPage.h>
 
+#include <Core/VoColour.h>
+#include <Core/VoString.h>
 #include <Maths/VoHistogram.h>
 #include <Maths/VoStatistics.h>
 
@@ -122,12 +124,17 @@ void WriteCounts(ReportPage& page, std::uint64_t highest)
     }
 }
 
+std::string SeriesColour(std::size_t series)
+{
+    return VoSeriesColour(series).toString().toStdString();
+}
+
 // All bars as one outline.
 void WriteBars(ReportPage& page, const VoHistogram& histogram)
 {
     const auto highest = static_cast<double>(histogram.count(histogram.mode()));
     const double width = static_cast<double>(PlotWidth) / static_cast<double>(histogram.bins());
-    page << "<path fill=\"#4CAF50\" stroke=\"#fff\" stroke-width=\"0.5\" d=\"";
+    page << "<path fill=\"" << SeriesColour(0) << "\" stroke=\"#fff\" stroke-width=\"0.5\" d=\"";
     for (std::size_t i = 0; i < histogram.bins(); ++i) {
         if (histogram.count(i) == 0)
             continue;
@@ -148,7 +155,7 @@ void WriteNominalMark(ReportPage& page, const VoHistogram& histogram, double nom
     const double high = histogram.edges()[histogram.bins()];
     if (!(nominal >= low && nominal <= high))
         return;
-    page << "<path stroke=\"#b71c1c\" stroke-width=\"1.5\" stroke-dasharray=\"4 3\" d=\"M";
+    page << "<path stroke=\"" << SeriesColour(1) << "\" stroke-width=\"1.5\" stroke-dasharray=\"4 3\" d=\"M";
     page.number(Left + PlotWidth * (nominal / 2 - low / 2) / (high / 2 - low / 2))
         << " " << std::to_string(Top) << "v" << std::to_string(PlotHeight) << "\"><title>Nominal</title></path>";
 }
