@@ -28,17 +28,15 @@ public:
     /// An action of the framework that is kept the same as another one, both ways: text (an "&" in it is no mnemonic),
     /// description, icon (from VoIcons), shortcut, and whether it is enabled, checkable and checked go there; text,
     /// shortcut and whether it is enabled come back at once when somebody changes them, whether it is checked from the
-    /// event loop. Triggering the one triggers the other.
-    /// @param failure told of what the action throws; without it that is logged in the category "actions"
+    /// event loop. Triggering the one triggers the other. What the action throws is told to `failure`; without that it
+    /// is logged in the category "actions".
     static QAction* Make(VoAction& action, QObject* parent, Failure failure = nullptr);
 
-    /// @name An action that undoes or makes again what is next in a history
-    /// Its text is `prefix`, a blank, and what the history calls that; it has the icon and the shortcut that the
-    /// platform has for it, and is enabled while there is something.
-    /// @{
+    /// An action that undoes what is next in a history. Its text is `prefix`, a blank, and what the history calls that;
+    /// it has an icon, the shortcut that the platform has for it, and is enabled while there is something.
     static QAction* MakeUndo(VoUndoStack& history, QObject* parent, const VoString& prefix = "Undo",
                              Failure failure = nullptr);
+    /// The same of what was undone last.
     static QAction* MakeRedo(VoUndoStack& history, QObject* parent, const VoString& prefix = "Redo",
                              Failure failure = nullptr);
-    /// @}
 };
