@@ -70,8 +70,8 @@ public:
     /// The icon of a type of files, of texts for those that have none.
     static QIcon Icon(const VoFileType& type);
 
-    /// The icon as a PNG image. Its sides have `size` pixels of a screen of ratio 1, from 1 to 1024, and `ratio` pixels,
-    /// from 1 to 4, for each of these.
+    /// The icon as a PNG image. Its sides have `size` pixels of a screen of ratio 1, from 1 to 1024, and `ratio`
+    /// pixels, from 1 to 4, for each of these.
     /// @throws VoDomainException for a size or a ratio beyond that
     static VoByteArray PNG(const VoString& name, int size, double ratio = 1, State state = State::Normal,
                            Background background = Background::Any);
