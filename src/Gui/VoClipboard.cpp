@@ -4,6 +4,7 @@
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
 #include <Core/VoMathsException.h>
+#include <Core/detail/Callback.h>
 #include <Documents/VoDataTable.h>
 #include <Documents/VoVariantTable.h>
 #include <Gui/VoMimeData.h>
@@ -119,10 +120,13 @@ VoBroadcaster<bool>& Changes()
     return *changes;
 }
 
-void Tell(const QClipboard& clipboard) noexcept
+// Nothing may be thrown through the framework's event loop, and one callback that throws must not keep the others from
+// hearing of a change.
+template <typename Operation>
+void Guarded(Operation operation) noexcept
 {
     try {
-        Changes().broadcast(clipboard.ownsClipboard());
+        operation();
     } catch (...) {
         vo::logging::Logger::Get("clipboard").error(vo::CurrentExceptionText());
     }
@@ -231,12 +235,13 @@ VoVariantTable VoClipboard::VariantTable()
 VoReceiver VoClipboard::Connect(std::function<void(bool own)> callback)
 {
     QClipboard& clipboard = Clipboard();
+    vo::detail::RequireCallback(callback);
     constexpr const char* watched = "VoClipboard";
     if (!clipboard.property(watched).toBool()) {
         clipboard.setProperty(watched, true);
         // From the event loop: a callback that copies something would otherwise be called within itself.
-        QObject::connect(
-            &clipboard, &QClipboard::dataChanged, &clipboard, [&clipboard] { Tell(clipboard); }, Qt::QueuedConnection);
+        const auto tell = [&clipboard] { Guarded([&] { Changes().broadcast(clipboard.ownsClipboard()); }); };
+        QObject::connect(&clipboard, &QClipboard::dataChanged, &clipboard, tell, Qt::QueuedConnection);
     }
-    return Changes().connect(std::move(callback));
+    return Changes().connect([callback = std::move(callback)](bool own) { Guarded([&] { callback(own); }); });
 }
