@@ -14,7 +14,7 @@ void use(const AdvertisedPackages& declared, const Scratch& scratch)
     for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
         declared.newestPackage(declaration.packageID());
         Allow([&] {
-            const VoFilePath definition = declaration.definitionPath(scratch.file("declarations.xml"));
+            const VoFilePath definition = declaration.definition(scratch.file("declarations.xml")).file();
             Require(scratch.directory().toFilePath().isAncestor(definition),
                     "a definition stays below its declarations");
         });

@@ -19,7 +19,7 @@ void requireSafe(const AdvertisedPackageListing& package, const VoDirectoryPath&
                 "a safe target stays in the installation directory");
     }
     const auto plan = vo::updater::detail::PlanUpdate(nullptr, package);
-    Require(plan.added == package.files().size(), "everything is added where nothing is installed");
+    Require(plan.addedFiles == package.files().size(), "everything is added where nothing is installed");
 }
 
 } // namespace

@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const AdvertisedPackageListing empty(listing->packageID(), listing->versionID(), listing->name(),
                                              listing->version());
         const auto plan = vo::updater::detail::PlanUpdate(listing.get(), empty);
-        Require(plan.removed <= listing->files().size() && plan.added == 0, "an empty release only removes");
+        Require(plan.removedFiles <= listing->files().size() && plan.addedFiles == 0, "an empty release only removes");
     });
     return 0;
 }

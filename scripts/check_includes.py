@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Fails when includes run upwards between the folders of src/, or in a circle between its files.
+"""Fails when includes run upwards between the folders of src/ or the rooms of its updater, or in a circle between files.
 
 A folder may include itself and those that stand before it in ROWS. The few arrows that run the other way are in UPWARDS,
 each with its reason; one that is not used any more fails too, so that the list stays true.
 """
+import fnmatch
 import pathlib
 import re
 import sys
@@ -25,11 +26,34 @@ UPWARDS = {
     # Log sinks are kept as broadcasters keep their callbacks.
     ("Subsystem/VoLogging", "Threading"), ("Subsystem/LogConfiguration", "Threading"),
 }
+# The rooms of Updater/detail, and the public files that stand in the row of each.
+ROOMS = {
+    "documents": ["XMLObject", "Abstract*Listing", "AbstractPackage", "Advertised*", "Chunk*Listing", "Installed*Listing",
+                  "PackageDifferences", "ReleaseKeys", "ReleaseManifest", "ReleaseSigning", "TrustPolicy",
+                  "VoUntrustedReleaseException", "VoUpdater", "VoDataProgress"],
+    "files": [],
+    "publish": ["AbstractPackageBuilder", "PackageBuilder", "UpdatePackageBuilder", "PackingOrder", "ReleaseSigner"],
+    "registry": [],
+    "install": ["UpdateMessages", "AbstractPackageInstaller", "PackageInstaller", "PackageVerifier", "InstallationOptions",
+                "InstallationPlan", "VerificationReport", "VoInstallationFailedException"],
+    "operations": ["InstalledPackages", "TrustedReleases"],
+}
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 
 
 def folder(name):
     return next((row for row in ROWS if name.startswith(row + "/")), None)
+
+
+def room(name):
+    """The number of a file's room in the updater; None elsewhere."""
+    stem, _, private = name.rsplit(".", 1)[0].removeprefix("Updater/").partition("detail/")
+    if not name.startswith("Updater/"):
+        return None
+    for number, (title, public) in enumerate(ROOMS.items()):
+        if private.startswith(title + "/") or any(fnmatch.fnmatchcase(stem, pattern) for pattern in public):
+            return number
+    return -1
 
 
 def circle(edges):
@@ -58,7 +82,11 @@ def main():
         if folder(name) is None:
             problems.append(f"{name}: its folder has no row")
             continue
+        if room(name) == -1:
+            problems.append(f"{name}: the updater has no room for it")
         for other in others:
+            if room(name) is not None and room(other) is not None and room(other) > room(name):
+                problems.append(f"{name} includes {other}: that room stands above its own")
             if ROWS.index(folder(other)) <= ROWS.index(folder(name)):
                 continue
             arrow = (name.rsplit(".", 1)[0], folder(other))

@@ -1,25 +1,22 @@
 #include <Updater/AbstractPackageInstaller.h>
 
-#include <Core/VoByteArray.h>
-#include <Core/VoChecksum.h>
-#include <Core/VoFileException.h>
-#include <Core/VoMathsException.h>
+#include <Core/VoException.h>
 #include <Core/VoPair.h>
 #include <Download/VoDownloadPolicy.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/VoUrl.h>
+#include <FileSystem/VoLocation.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/VoInstallationFailedException.h>
-#include <Updater/VoUpdater.h>
-#include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/RemoteDocument.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
-#include <Updater/detail/install/FileActions.h>
-#include <Updater/detail/install/FileInstaller.h>
-#include <Updater/detail/install/InstallerPrivate.h>
+#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/install/ChunkSource.h>
+#include <Updater/detail/install/EventReport.h>
+#include <Updater/detail/install/InstallerSettings.h>
 
 #include <algorithm>
 #include <utility>
@@ -28,25 +25,35 @@ namespace vo::updater {
 
 using namespace detail;
 
-namespace {
+struct AbstractPackageInstaller::Private
+{
+    Private(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& installationDirectory,
+            const InstallerSettings& runSettings)
+        : package(std::move(advert))
+        , directory(installationDirectory)
+        , settings(runSettings)
+        , events(
+              package->packageID(), package->versionID(),
+              [this](const VoSharedPtr<AbstractMessage>& message) { BroadcastGuarded(broadcaster, message); },
+              &vo::logging::Logger::Get("updater"), EventReport::Label::IDs)
+    {
+    }
 
-// What a chunk may hold beyond the bytes that the advert refers to: a builder can leave pieces in it that no file uses.
-constexpr std::uint64_t ChunkSlack = std::uint64_t{64} << 20;
+    const VoUniquePtr<AdvertisedPackageListing> package;
+    const VoDirectoryPath directory;
+    const InstallerSettings settings;
+    MessageBroadcaster broadcaster;
+    const EventReport events;
+    std::unique_ptr<ChunkSource> chunks; // null: not needed yet
+    bool isValid = false;                // whether the advert has passed the checks
+};
+
+namespace {
 
 VoUniquePtr<AdvertisedPackageListing> Required(VoUniquePtr<AdvertisedPackageListing> package)
 {
     *package;
     return package;
-}
-
-std::uint64_t LargestExtent(const AdvertisedPackageListing& package)
-{
-    std::uint64_t largest = 0;
-    for (const AdvertisedFileListing& file : package.files()) {
-        for (const ChunkReferenceListing& piece : file.chunks())
-            largest = std::max(largest, piece.offset() + piece.length());
-    }
-    return largest;
 }
 
 // The advert's URL and the policy for another attempt at what arrived damaged: the places in a circle, so that the next
@@ -64,11 +71,6 @@ std::pair<VoUrl, VoDownloadPolicy> StartingElsewhere(const VoUrl& advertUrl, con
     for (std::size_t i = 1; i < adverts.size(); ++i)
         policy.mirrors.pushBack(adverts[(first + i) % adverts.size()].parent());
     return {adverts[first], policy};
-}
-
-bool IsPieceInside(const ChunkReferenceListing& piece, const VoByteArray& bytes)
-{
-    return piece.offset() <= bytes.size() && piece.length() <= bytes.size() - piece.offset();
 }
 
 } // namespace
@@ -104,46 +106,41 @@ VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoUrl& 
     return run(advertUrl, std::move(stop), VoDownloadPolicy());
 }
 
-VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoUrl& advertUrl, VoStopFlag stop,
-                                                                   const VoDownloadPolicy& downloads)
-{
-    return runSteps(
-        [&] {
-            diagnostic("Requesting download of required files");
-            download(advertUrl, stop, downloads);
-            diagnostic("Required files downloaded");
-        },
-        stop);
-}
-
 VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoFilePath& definitionFile, VoStopFlag stop)
 {
-    return runSteps(
-        [&] {
-            diagnostic("Starting to obtain required files");
-            obtainChunks(definitionFile, stop);
-            diagnostic("Required files obtained");
-        },
-        stop);
+    return run(definitionFile, std::move(stop), VoDownloadPolicy());
 }
 
-VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::runSteps(const std::function<void()>& obtain,
-                                                                        const VoStopFlag& stop)
+VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoLocation& definition, VoStopFlag stop,
+                                                                   const VoDownloadPolicy& downloads)
 {
     try {
         requireValid();
-        if (m_private->prepare)
-            m_private->prepare();
-        obtain();
-        m_private->report.report(AbstractMessage::InstallationStarted, "Starting installation");
+        prepare();
+        obtain(definition, stop, downloads);
+        events().report(AbstractMessage::InstallationStarted, "Starting installation");
         VoUniquePtr<InstalledPackageListing> listing = install(stop);
-        m_private->report.report(AbstractMessage::InstallationComplete, "Installation complete");
+        events().report(AbstractMessage::InstallationComplete, "Installation complete");
         cleanStagingDirectory();
         return listing;
     } catch (...) {
         const VoString text = WithText("Installation failed", FailureText());
-        m_private->report.report(AbstractMessage::InstallationFailed, text);
+        events().report(AbstractMessage::InstallationFailed, text);
         throw VoInstallationFailedException(text, std::current_exception());
+    }
+}
+
+void AbstractPackageInstaller::obtain(const VoLocation& definition, const VoStopFlag& stop,
+                                      const VoDownloadPolicy& downloads)
+{
+    if (definition.isUrl()) {
+        diagnostic("Requesting download of required files");
+        download(definition.url(), stop, downloads);
+        diagnostic("Required files downloaded");
+    } else {
+        diagnostic("Starting to obtain required files");
+        obtainChunks(definition.file(), stop);
+        diagnostic("Required files obtained");
     }
 }
 
@@ -157,27 +154,43 @@ void AbstractPackageInstaller::requireValid() const
     m_private->isValid = true;
 }
 
-StagingDirectory AbstractPackageInstaller::staging() const
+void AbstractPackageInstaller::prepare() {}
+
+VoDeque<ChunkListing> AbstractPackageInstaller::chunksToObtain() const
 {
-    if (!m_private->settings.staging.isNull())
-        return StagingDirectory(m_private->settings.staging);
-    return StagingDirectory(VoUpdater::DownloadDirectory().directory(packageID().toString()));
+    return requiredChunks();
+}
+
+const InstallerSettings& AbstractPackageInstaller::settings() const
+{
+    return m_private->settings;
+}
+
+const EventReport& AbstractPackageInstaller::events() const
+{
+    return m_private->events;
+}
+
+// Made when it is first needed: an identifier that is no directory's name is refused before.
+ChunkSource& AbstractPackageInstaller::chunkSource() const
+{
+    if (!m_private->chunks) {
+        const StagingDirectory staging = settings().staging.isNull() ? StagingDirectory::OfPackage(packageID())
+                                                                     : StagingDirectory(settings().staging);
+        m_private->chunks =
+            std::make_unique<ChunkSource>(advertisedPackage(), staging, settings().cacheLimit, events());
+    }
+    return *m_private->chunks;
 }
 
 VoDeque<ChunkListing> AbstractPackageInstaller::chunksToFetch(const VoStopFlag& stop) const
 {
-    const StagingDirectory directory = staging();
-    VoDeque<ChunkListing> result;
+    const VoDeque<ChunkListing> chunks = chunkSource().missing(chunksToObtain(), stop);
     std::uint64_t bytes = 0;
-    for (const ChunkListing& chunk : m_private->needed ? *m_private->needed : requiredChunks()) {
-        stop.throwIfStopped();
-        if (directory.holds(chunk))
-            continue;
+    for (const ChunkListing& chunk : chunks)
         bytes += static_cast<std::uint64_t>(std::max<std::int64_t>(chunk.size().bytes(), 0));
-        result.pushBack(chunk);
-    }
-    RequireFreeSpace(directory.path(), bytes);
-    return result;
+    RequireFreeSpace(chunkSource().staging().path(), bytes);
+    return chunks;
 }
 
 void AbstractPackageInstaller::download(const VoUrl& advertUrl, const VoStopFlag& stop,
@@ -185,13 +198,13 @@ void AbstractPackageInstaller::download(const VoUrl& advertUrl, const VoStopFlag
 {
     try {
         diagnostic("Preparing download");
-        staging().create();
+        chunkSource().staging().create();
         VoDeque<ChunkListing> chunks = chunksToFetch(stop);
         if (chunks.isEmpty()) {
             diagnostic("No download required");
             return;
         }
-        m_private->report.report(AbstractMessage::DownloadStarted, VoString(), "Starting download");
+        events().report(AbstractMessage::DownloadStarted, VoString(), "Starting download");
         const std::size_t attempts = std::max<std::size_t>(downloads.retries, downloads.mirrors.size()) + 1;
         fetch(chunks, advertUrl, stop, downloads);
         // A chunk that stays damaged is left to the building of the files, which decides by their checksums.
@@ -203,7 +216,7 @@ void AbstractPackageInstaller::download(const VoUrl& advertUrl, const VoStopFlag
             reportDamaged(chunks, url, attempt, downloads);
             fetch(chunks, url, stop, policy);
         }
-        m_private->report.report(AbstractMessage::DownloadComplete, VoString(), "Download complete");
+        events().report(AbstractMessage::DownloadComplete, VoString(), "Download complete");
     } catch (...) {
         error(WithText("Download failed", FailureText()));
         throw;
@@ -214,8 +227,8 @@ void AbstractPackageInstaller::reportDamaged(const VoDeque<ChunkListing>& chunks
                                              std::size_t attempt, const VoDownloadPolicy& downloads) const
 {
     for (const ChunkListing& chunk : chunks) {
-        const VoUrl url = BesideDocument(advertUrl, chunk.path());
-        warning("Chunk checksum mismatch, fetched again: " + staging().chunkPath(chunk.id()).path());
+        const VoUrl url = advertUrl.parent().appended(chunk.path());
+        warning("Chunk checksum mismatch, fetched again: " + chunkSource().staging().chunkPath(chunk.id()).path());
         if (downloads.onRetry)
             downloads.onRetry({url, static_cast<unsigned>(attempt + 1), VoTimeDuration(), "Chunk checksum mismatch"});
     }
@@ -224,27 +237,26 @@ void AbstractPackageInstaller::reportDamaged(const VoDeque<ChunkListing>& chunks
 void AbstractPackageInstaller::fetch(const VoDeque<ChunkListing>& chunks, const VoUrl& advertUrl,
                                      const VoStopFlag& stop, const VoDownloadPolicy& downloads)
 {
-    const StagingDirectory directory = staging();
+    const StagingDirectory& directory = chunkSource().staging();
     VoDeque<RemoteFile> files;
     for (const ChunkListing& chunk : chunks)
-        files.pushBack({BesideDocument(advertUrl, chunk.path()), directory.chunkPath(chunk.id()), chunk.size()});
-    FetchFiles(files, stop, downloads, [this](const VoDownloadProgress& progress) {
-        m_private->report.send<DownloadProgressMessage>(progress);
-    });
+        files.pushBack({advertUrl.parent().appended(chunk.path()), directory.chunkPath(chunk.id()), chunk.size()});
+    FetchFiles(files, stop, downloads,
+               [this](const VoDownloadProgress& progress) { events().send<DownloadProgressMessage>(progress); });
 }
 
 void AbstractPackageInstaller::obtainChunks(const VoFilePath& definitionFile, const VoStopFlag& stop)
 {
     try {
         diagnostic("Starting chunk copy");
-        const StagingDirectory directory = staging();
+        const StagingDirectory& directory = chunkSource().staging();
         directory.create();
         const VoDeque<ChunkListing> chunks = chunksToFetch(stop);
         if (chunks.isEmpty())
             diagnostic("No chunk copying required");
         for (const ChunkListing& chunk : chunks) {
             stop.throwIfStopped();
-            directory.copy(BesideDocument(definitionFile, chunk.path()), chunk.id());
+            directory.copy(definitionFile.parent().appended(chunk.path()), chunk.id());
         }
         diagnostic("Chunk copy complete");
     } catch (...) {
@@ -285,24 +297,7 @@ void AbstractPackageInstaller::broadcast(const VoSharedPtr<AbstractMessage>& mes
 
 const VoByteArray& AbstractPackageInstaller::chunk(const ChunkReferenceListing& reference)
 {
-    const VoUUID& id = reference.chunkID();
-    if (const VoByteArray* cached = m_private->cache.find(id))
-        return *cached;
-    if (!advertisedPackage().chunk(id))
-        throw VoNullPointerException("Failed to find required chunk");
-    try {
-        return m_private->cache.insert(id, m_private->reader ? m_private->reader->take(id)
-                                                             : staging().read(id, chunkLimit()));
-    } catch (const VoFileNotFoundException&) {
-        throw VoNullPointerException("Failed to find required chunk");
-    }
-}
-
-std::uint64_t AbstractPackageInstaller::chunkLimit()
-{
-    if (m_private->chunkLimit == 0)
-        m_private->chunkLimit = std::max(LargestExtent(advertisedPackage()), ChunkSlack);
-    return m_private->chunkLimit;
+    return chunkSource().bytes(reference.chunkID());
 }
 
 void AbstractPackageInstaller::installFile(const AdvertisedFileListing& file, InstalledPackageListing& listing)
@@ -311,7 +306,7 @@ void AbstractPackageInstaller::installFile(const AdvertisedFileListing& file, In
     if (!Containment(installationDirectory()).holds(place))
         throw VoValidationException("Invalid target path: " + file.target().path());
     ensureDirectoryExists(place.parent(), listing);
-    buildFile(file, place, Durability::AtOnce, VoStopFlag());
+    chunkSource().build(file, place, Durability::AtOnce, VoStopFlag());
     PutInPlace(BuiltPath(place), place);
     listing.add(place, file.id(), file.checksum(), file.size());
     logInstalled(file, place);
@@ -326,57 +321,6 @@ void AbstractPackageInstaller::ensureDirectoryExists(const VoDirectoryPath& dire
     listing.add(directory);
 }
 
-// Every way in which the bytes can be wrong ends in the one exception about the file's checksum; the log tells which.
-void AbstractPackageInstaller::buildFile(const AdvertisedFileListing& file, const VoFilePath& place,
-                                         Durability durability, const VoStopFlag& stop)
-{
-    FileInstaller built(place, durability);
-    bool isSound = true;
-    for (const ChunkReferenceListing& piece : file.chunks()) {
-        stop.throwIfStopped();
-        isSound = isSound && writePiece(piece, built);
-        m_private->cache.release(piece.chunkID());
-    }
-    if (isSound && built.finish(file.checksum(), static_cast<std::uint64_t>(file.size().bytes())))
-        return;
-    logDamagedChunks(file);
-    throw VoDamagedContentException("File checksum does not match for: " + place.path());
-}
-
-bool AbstractPackageInstaller::writePiece(const ChunkReferenceListing& piece, FileInstaller& built)
-{
-    const VoByteArray* bytes = nullptr;
-    try {
-        bytes = &chunk(piece);
-    } catch (const VoInvalidConversionException& failure) {
-        warning(failure.message());
-        return false;
-    } catch (const VoOverflowException& failure) {
-        warning(failure.message());
-        return false;
-    }
-    if (!IsPieceInside(piece, *bytes)) {
-        warning("Piece lies outside of its chunk: " + staging().chunkPath(piece.chunkID()).path());
-        return false;
-    }
-    built.write(bytes->cdata() + piece.offset(), static_cast<std::size_t>(piece.length()));
-    return true;
-}
-
-void AbstractPackageInstaller::logDamagedChunks(const AdvertisedFileListing& file) const
-{
-    const StagingDirectory directory = staging();
-    VoUUID last("");
-    for (const ChunkReferenceListing& piece : file.chunks()) {
-        if (piece.chunkID() == last)
-            continue;
-        last = piece.chunkID();
-        const ChunkListing* chunk = advertisedPackage().chunk(last);
-        if (chunk && !directory.holds(*chunk))
-            warning("Chunk checksum mismatch: " + directory.chunkPath(last).path());
-    }
-}
-
 void AbstractPackageInstaller::logInstalled(const AdvertisedFileListing& file, const VoFilePath& place) const
 {
     vo::logging::Logger::Get("updater").diagnostic("Installed " + place.path() + " [" + file.id().toString() + "]");
@@ -385,7 +329,7 @@ void AbstractPackageInstaller::logInstalled(const AdvertisedFileListing& file, c
 void AbstractPackageInstaller::cleanStagingDirectory()
 {
     diagnostic("Cleaning staging directory");
-    const StagingDirectory directory = staging();
+    const StagingDirectory& directory = chunkSource().staging();
     for (const ChunkListing& chunk : advertisedPackage().chunks()) {
         const VoFilePath path = directory.chunkPath(chunk.id());
         diagnostic("Removing chunk: " + path.path());
@@ -405,17 +349,17 @@ void AbstractPackageInstaller::cleanStagingDirectory()
 
 void AbstractPackageInstaller::diagnostic(const VoString& text) const
 {
-    m_private->report.diagnostic(text);
+    events().diagnostic(text);
 }
 
 void AbstractPackageInstaller::warning(const VoString& text) const
 {
-    m_private->report.warning(text);
+    events().warning(text);
 }
 
 void AbstractPackageInstaller::error(const VoString& text) const
 {
-    m_private->report.error(text);
+    events().error(text);
 }
 
 } // namespace vo::updater

@@ -4,6 +4,7 @@
 #include <Core/VoForward.h>
 #include <Core/VoSharedPtr.h>
 #include <Core/VoUniquePtr.h>
+#include <FileSystem/VoLocation.h>
 #include <Threading/VoReceiver.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/InstalledPackageListing.h>
@@ -17,10 +18,9 @@ struct VoDownloadPolicy;
 namespace vo::updater {
 
 namespace detail {
-class FileInstaller;
-class StagingDirectory;
+class ChunkSource;
+class EventReport;
 struct InstallerSettings;
-enum class Durability;
 } // namespace detail
 
 /// Brings one release of a package onto the disk: obtains the chunks it needs into a staging directory, has a subclass
@@ -56,15 +56,15 @@ public:
     /// with "Installation failed: " and the cause's text ("Installation failed" when it has none); a raised stop flag
     /// is the failure "User cancelled".
     ///
-    /// The forms for a URL fetch as `downloads` says; without it every chunk is tried once. With retries or mirrors a
+    /// From a URL is fetched as `downloads` says; without it every chunk is tried once. With retries or mirrors a
     /// chunk that arrives with other bytes than advertised is fetched again, from another place where there is one.
     ///
     /// Every file is built and checked beside its place before the first one is put in place, so a failure up to then
     /// leaves the installed files, and the directory tree, as they were. Call it once.
     VoUniquePtr<InstalledPackageListing> run(const VoUrl& advertUrl, VoStopFlag stop);
-    VoUniquePtr<InstalledPackageListing> run(const VoUrl& advertUrl, VoStopFlag stop,
-                                             const VoDownloadPolicy& downloads);
     VoUniquePtr<InstalledPackageListing> run(const VoFilePath& definitionFile, VoStopFlag stop);
+    VoUniquePtr<InstalledPackageListing> run(const VoLocation& definition, VoStopFlag stop,
+                                             const VoDownloadPolicy& downloads);
     /// @}
 
     /// Receives the messages, on the installing thread; progress of a download comes on the download service's thread.
@@ -78,11 +78,16 @@ protected:
     /// @throws VoNullPointerException for an empty pointer
     AbstractPackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
                              const VoDirectoryPath& installationDirectory);
-    /// Copies the advert.
-    AbstractPackageInstaller(const AdvertisedPackageListing& package, const VoDirectoryPath& installationDirectory);
-    /// As the first, with the staging directory and the record of an interrupted run elsewhere than usual.
+    /// As above, for a run that differs from the usual one.
     AbstractPackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
                              const VoDirectoryPath& installationDirectory, const detail::InstallerSettings& settings);
+    /// Copies the advert.
+    AbstractPackageInstaller(const AdvertisedPackageListing& package, const VoDirectoryPath& installationDirectory);
+
+    /// What is done before anything is obtained, when the advert has passed its checks; nothing here.
+    virtual void prepare();
+    /// Those of the required chunks that have to be obtained: all of them here.
+    virtual VoDeque<ChunkListing> chunksToObtain() const;
 
     const AdvertisedPackageListing& advertisedPackage() const; ///< The release to install.
     const VoUUID& packageID() const;                           ///< advertisedPackage().packageID()
@@ -113,12 +118,16 @@ protected:
     void error(const VoString& text) const;
     /// @}
 
-private:
-    friend class PackageInstaller;
-
-    VoUniquePtr<InstalledPackageListing> runSteps(const std::function<void()>& obtain, const VoStopFlag& stop);
+    /// Throws what run() throws for an advert that is unsafe or unsound, unwrapped.
     void requireValid() const;
-    detail::StagingDirectory staging() const;
+    /// Logs that a file was put in its place.
+    void logInstalled(const AdvertisedFileListing& file, const VoFilePath& place) const;
+    const detail::InstallerSettings& settings() const; ///< How this run differs from the usual one.
+    const detail::EventReport& events() const;         ///< Where the events of the run are told.
+    detail::ChunkSource& chunkSource() const;          ///< The chunks of the release.
+
+private:
+    void obtain(const VoLocation& definition, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
     VoDeque<ChunkListing> chunksToFetch(const VoStopFlag& stop) const;
     void download(const VoUrl& advertUrl, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
     void reportDamaged(const VoDeque<ChunkListing>& chunks, const VoUrl& advertUrl, std::size_t attempt,
@@ -127,12 +136,6 @@ private:
                const VoDownloadPolicy& downloads);
     void obtainChunks(const VoFilePath& definitionFile, const VoStopFlag& stop);
     static void ensureDirectoryExists(const VoDirectoryPath& directory, InstalledPackageListing& listing);
-    std::uint64_t chunkLimit();
-    void buildFile(const AdvertisedFileListing& file, const VoFilePath& place, detail::Durability durability,
-                   const VoStopFlag& stop);
-    bool writePiece(const ChunkReferenceListing& piece, detail::FileInstaller& built);
-    void logDamagedChunks(const AdvertisedFileListing& file) const;
-    void logInstalled(const AdvertisedFileListing& file, const VoFilePath& place) const;
 
     struct Private;
     std::unique_ptr<Private> m_private;

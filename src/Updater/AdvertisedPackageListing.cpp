@@ -4,7 +4,7 @@
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
 #include <Download/VoDownloadPolicy.h>
-#include <Download/detail/DownloadFailure.h>
+#include <FileSystem/VoLocation.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoUrl.h>
 #include <Threading/VoStopFlag.h>
@@ -90,19 +90,7 @@ AdvertisedPackageListing::~AdvertisedPackageListing() = default;
 
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoFilePath& path)
 {
-    return Load(path, path.path());
-}
-
-VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Load(const VoFilePath& path, const VoString& name)
-{
-    VoXMLStreamLoader loader = Rules();
-    return Require(LoadDocument(loader, path, name), name);
-}
-
-VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Parse(const VoString& bytes, const VoString& name)
-{
-    VoXMLStreamLoader loader = Rules();
-    return Require(ParseDocument(loader, bytes, name), name);
+    return Open(path, VoStopFlag(), VoDownloadPolicy());
 }
 
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl& url)
@@ -115,11 +103,17 @@ VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl
     return Open(url, std::move(stop), VoDownloadPolicy());
 }
 
-VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl& url, VoStopFlag stop,
-                                                                     const VoDownloadPolicy& downloads)
+VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoLocation& location, VoStopFlag stop, const VoDownloadPolicy& downloads)
 {
-    const VoTemporaryFile file = FetchDocument(url, stop, downloads);
-    return Load(file.path(), vo::detail::DisplayText(url));
+    const DocumentFile document(location, stop, downloads);
+    VoXMLStreamLoader loader = Rules();
+    return Require(LoadDocument(loader, document.path(), document.name()), document.name());
+}
+
+VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Parse(const VoString& bytes, const VoString& name)
+{
+    VoXMLStreamLoader loader = Rules();
+    return Require(ParseDocument(loader, bytes, name), name);
 }
 
 void AdvertisedPackageListing::add(const AdvertisedFileListing& file)

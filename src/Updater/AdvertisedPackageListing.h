@@ -1,5 +1,6 @@
 #pragma once
 
+#include <FileSystem/VoLocation.h>
 #include <Updater/AbstractPackageListing.h>
 #include <Updater/AdvertisedFileListing.h>
 #include <Updater/ChunkListing.h>
@@ -53,15 +54,15 @@ public:
     /// The same from memory; @p name is what errors and the log call the document.
     static VoUniquePtr<AdvertisedPackageListing> Parse(const VoString& bytes, const VoString& name);
     /// @{
-    /// Fetches the definition into a temporary file and opens that. A transfer is tried once unless `downloads` says
-    /// otherwise.
+    /// Fetches the definition into a temporary file and opens that. A transfer is tried once.
     /// @throws VoDownloadException for what cannot be fetched, with its text (that of a raised flag is "Download
     /// cancelled"), and for a document of more than 64 MiB
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url);
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url, VoStopFlag stop);
-    static VoUniquePtr<AdvertisedPackageListing> Open(const VoUrl& url, VoStopFlag stop,
-                                                      const VoDownloadPolicy& downloads);
     /// @}
+    /// Opens the definition where it stands, as above; `stop` and `downloads` concern a URL.
+    static VoUniquePtr<AdvertisedPackageListing> Open(const VoLocation& location, VoStopFlag stop,
+                                                      const VoDownloadPolicy& downloads);
 
     void add(const AdvertisedFileListing& file); ///< Appends a file.
     void add(const ChunkListing& chunk);         ///< Appends a chunk.
@@ -85,8 +86,6 @@ protected:
     std::vector<const AbstractFileListing*> listedFiles() const override;
 
 private:
-    static VoUniquePtr<AdvertisedPackageListing> Load(const VoFilePath& path, const VoString& name);
-
     struct Private;
     std::unique_ptr<Private> m_private; // empty in a moved-from object
 };

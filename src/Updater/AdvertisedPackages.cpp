@@ -5,7 +5,7 @@
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
 #include <Download/VoDownloadPolicy.h>
-#include <Download/detail/DownloadFailure.h>
+#include <FileSystem/VoLocation.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/detail/documents/Attributes.h>
@@ -88,16 +88,10 @@ const VoFilePath& AdvertisedPackages::Declaration::path() const
     return Read(m_private).path;
 }
 
-VoFilePath AdvertisedPackages::Declaration::definitionPath(const VoFilePath& declarationsFile) const
+VoLocation AdvertisedPackages::Declaration::definition(const VoLocation& declarations) const
 {
     RequireSafeDefinitionPath(path());
-    return BesideDocument(declarationsFile, path());
-}
-
-VoUrl AdvertisedPackages::Declaration::definitionUrl(const VoUrl& declarationsUrl) const
-{
-    RequireSafeDefinitionPath(path());
-    return BesideDocument(declarationsUrl, path());
+    return declarations.beside(path());
 }
 
 XMLObject::Type AdvertisedPackages::Declaration::objectType() const
@@ -140,19 +134,7 @@ AdvertisedPackages::~AdvertisedPackages() = default;
 
 VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoFilePath& path)
 {
-    return Load(path, path.path());
-}
-
-VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Load(const VoFilePath& path, const VoString& name)
-{
-    VoXMLStreamLoader loader = Rules();
-    return DynamicCast<AdvertisedPackages>(LoadDocument(loader, path, name));
-}
-
-VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Parse(const VoString& bytes, const VoString& name)
-{
-    VoXMLStreamLoader loader = Rules();
-    return DynamicCast<AdvertisedPackages>(ParseDocument(loader, bytes, name));
+    return Open(path, VoStopFlag(), VoDownloadPolicy());
 }
 
 VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url)
@@ -165,11 +147,17 @@ VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url, VoSto
     return Open(url, std::move(stop), VoDownloadPolicy());
 }
 
-VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url, VoStopFlag stop,
-                                                         const VoDownloadPolicy& downloads)
+VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoLocation& location, VoStopFlag stop, const VoDownloadPolicy& downloads)
 {
-    const VoTemporaryFile file = FetchDocument(url, stop, downloads);
-    return Load(file.path(), vo::detail::DisplayText(url));
+    const DocumentFile document(location, stop, downloads);
+    VoXMLStreamLoader loader = Rules();
+    return DynamicCast<AdvertisedPackages>(LoadDocument(loader, document.path(), document.name()));
+}
+
+VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Parse(const VoString& bytes, const VoString& name)
+{
+    VoXMLStreamLoader loader = Rules();
+    return DynamicCast<AdvertisedPackages>(ParseDocument(loader, bytes, name));
 }
 
 void AdvertisedPackages::add(const AdvertisedPackageListing& package, const VoFilePath& path)

@@ -2,8 +2,7 @@
 
 #include <Core/VoDeque.h>
 #include <Core/VoUniquePtr.h>
-#include <FileSystem/VoFilePath.h>
-#include <FileSystem/VoUrl.h>
+#include <FileSystem/VoLocation.h>
 #include <Updater/AbstractPackage.h>
 
 struct VoDownloadPolicy;
@@ -40,13 +39,10 @@ public:
 
         /// The definition file relative to the directory of the declarations file, as it stands in the document.
         const VoFilePath& path() const;
-        /// @{
         /// Where the definition stands, given where the declarations were read from.
         /// @throws VoValidationException with "Invalid definition path: " + path() when that path is not safely
         /// relative: a document must not lead to another server or out of its directory
-        VoFilePath definitionPath(const VoFilePath& declarationsFile) const;
-        VoUrl definitionUrl(const VoUrl& declarationsUrl) const;
-        /// @}
+        VoLocation definition(const VoLocation& declarations) const;
 
         Type objectType() const override;
         void writeAttributes(VoXMLElementWriter& element) const override;
@@ -76,14 +72,15 @@ public:
     /// DTD), and what missing or malformed attributes throw
     static VoUniquePtr<AdvertisedPackages> Open(const VoFilePath& path);
     /// @{
-    /// Fetches the declarations into a temporary file and opens that. A transfer is tried once unless `downloads` says
-    /// otherwise.
+    /// Fetches the declarations into a temporary file and opens that. A transfer is tried once.
     /// @throws VoDownloadException for what cannot be fetched, with its text (that of a raised flag is "Download
     /// cancelled"), and for a document of more than 64 MiB
     static VoUniquePtr<AdvertisedPackages> Open(const VoUrl& url);
     static VoUniquePtr<AdvertisedPackages> Open(const VoUrl& url, VoStopFlag stop);
-    static VoUniquePtr<AdvertisedPackages> Open(const VoUrl& url, VoStopFlag stop, const VoDownloadPolicy& downloads);
     /// @}
+    /// Opens the declarations where they stand, as above; `stop` and `downloads` concern a URL.
+    static VoUniquePtr<AdvertisedPackages> Open(const VoLocation& location, VoStopFlag stop,
+                                                const VoDownloadPolicy& downloads);
 
     /// Loads declarations from memory, as Open does from a file; @p name is what errors and the log call them.
     static VoUniquePtr<AdvertisedPackages> Parse(const VoString& bytes, const VoString& name);
@@ -111,8 +108,6 @@ public:
     void writeElements(VoXMLElementWriter& element) const override;
 
 private:
-    static VoUniquePtr<AdvertisedPackages> Load(const VoFilePath& path, const VoString& name);
-
     struct Private;
     std::unique_ptr<Private> m_private; // empty in a moved-from object
 };

@@ -6,6 +6,7 @@
 #include <Core/VoUUID.h>
 #include <Core/VoUniquePtr.h>
 #include <Core/VoVersion.h>
+#include <FileSystem/VoLocation.h>
 #include <Threading/VoReceiver.h>
 #include <Updater/InstallationOptions.h>
 #include <Updater/InstallationPlan.h>
@@ -17,17 +18,9 @@
 #include <functional>
 #include <memory>
 
-struct VoDownloadPolicy;
-
 namespace vo::updater {
 
-namespace detail {
-class EventReport;
-struct InstallerSettings;
-} // namespace detail
-
 class AdvertisedPackageListing;
-class PackageInstaller;
 
 /// The registry of what is installed, and the way to install, repair and uninstall.
 ///
@@ -74,23 +67,20 @@ public:
     /// A place that another package owns is the failure "File belongs to another package: " + path. The options tell
     /// what else is refused.
     ///
-    /// The form for a URL needs the download service (VoDownloadManager).
+    /// A URL needs the download service (VoDownloadManager).
     static void Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
                         const InstallationOptions& options = InstallationOptions());
     static void Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
                         const InstallationOptions& options = InstallationOptions());
+    static void Install(const VoLocation& definition, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                        const InstallationOptions& options = InstallationOptions());
     /// @}
 
-    /// @{
     /// As above, for a definition that was read from there already. It is not read again: what is installed is what the
     /// caller has looked at, whatever the file or the server holds by now.
-    static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoFilePath& definitionFile,
+    static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation& definition,
                         const VoDirectoryPath& installationDirectory, VoStopFlag stop,
                         const InstallationOptions& options = InstallationOptions());
-    static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoUrl& advertUrl,
-                        const VoDirectoryPath& installationDirectory, VoStopFlag stop,
-                        const InstallationOptions& options = InstallationOptions());
-    /// @}
 
     /// @{
     /// What Install would do, without doing it; see PackageInstaller::plan. The first form throws what reading the
@@ -142,15 +132,12 @@ public:
     /// broadcast. Throws as Package, and VoUserCancelledException.
     static VerificationReport Verify(const VoUUID& packageID, VoStopFlag stop);
 
-    /// @{
     /// Reinstalls the missing and changed files of an installed release from its definition, fetching only the chunks
     /// that these need. Returns what was found before; nothing is written when the package was intact.
     /// @throws VoInstallationFailedException as Install does, also when the package is not installed or the definition
     /// is that of another release than the installed one
-    static VerificationReport Repair(const VoFilePath& definitionFile, VoStopFlag stop);
-    static VerificationReport Repair(const VoUrl& advertUrl, VoStopFlag stop);
-    static VerificationReport Repair(const VoUrl& advertUrl, VoStopFlag stop, const VoDownloadPolicy& downloads);
-    /// @}
+    static VerificationReport Repair(const VoLocation& definition, VoStopFlag stop,
+                                     const VoDownloadPolicy& downloads = VoDownloadPolicy());
 
     /// @{ A registry object is only made by reading one; see the static operations.
     InstalledPackages();
@@ -164,40 +151,6 @@ public:
     void writeElements(VoXMLElementWriter& element) const override;
 
 private:
-    friend class PackageInstaller;
-
-    using Run = std::function<VoUniquePtr<InstalledPackageListing>(PackageInstaller&)>;
-    struct Operation;
-    struct Shared;
-
-    static Shared& State();
-    static InstalledPackages& Get();
-    static void Broadcast(const VoSharedPtr<AbstractMessage>& message);
-    static detail::EventReport Events(const VoUUID& packageID, const VoUUID& versionID);
-    static detail::EventReport Unlogged(const InstalledPackageListing& listing);
-    static void Attempt(const std::function<void()>& work); // of a package that is not known yet
-    static void Attempt(const std::function<void()>& work, const VoUUID& packageID, const VoUUID& versionID);
-    static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& installationDirectory,
-                        const InstallationOptions& options, const Run& run);
-    static VerificationReport Repair(VoUniquePtr<AdvertisedPackageListing> advert, const VoString& place,
-                                     const VoStopFlag& stop, const Run& run);
-    static void RequireNoOtherSpelling(const VoUUID& packageID);
-    static void RecoverAll();
-    static void Recover(const VoUUID& packageID);
-    static bool IsUnfinished(const VoUUID& packageID, const InstalledPackageListing* installed);
-    static void RunAndRecord(VoUniquePtr<AdvertisedPackageListing> advert, const VoDirectoryPath& directory,
-                             VoUniquePtr<InstalledPackageListing> installed, detail::InstallerSettings settings,
-                             const Run& run);
-    static bool Record(const InstalledPackageListing& listing);
-    static bool Update(const InstalledPackageListing& listing);
-    static bool Write(const InstalledPackages& registry);
-    static void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStopFlag& stop,
-                              const detail::EventReport& events);
-    static bool Forget(const VoUUID& packageID);
-
-    void set(const VoUUID& packageID, const VoVersion& version);
-    bool erase(const VoUUID& packageID);
-
     struct Private;
     std::unique_ptr<Private> m_private;
 };

@@ -9,21 +9,25 @@
 #include <IO/VoFileByteStream.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/InstalledPackages.h>
-#include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/documents/PackageValidator.h>
-#include <Updater/detail/install/FileActions.h>
-#include <Updater/detail/install/FileCheck.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileCheck.h>
+#include <Updater/detail/files/FileInstaller.h>
+#include <Updater/detail/files/VolumeSync.h>
+#include <Updater/detail/install/ChunkSource.h>
+#include <Updater/detail/install/EventReport.h>
 #include <Updater/detail/install/FileClaims.h>
-#include <Updater/detail/install/FileInstaller.h>
-#include <Updater/detail/install/FileOwners.h>
 #include <Updater/detail/install/FileReuse.h>
-#include <Updater/detail/install/InstallationJournal.h>
-#include <Updater/detail/install/InstallerPrivate.h>
+#include <Updater/detail/install/InstallerSettings.h>
+#include <Updater/detail/install/PackageCheck.h>
 #include <Updater/detail/install/UpdatePlan.h>
 #include <Updater/detail/install/UpdateTransaction.h>
-#include <Updater/detail/install/VolumeSync.h>
 #include <Updater/detail/registry/DamageRecord.h>
+#include <Updater/detail/registry/FileOwners.h>
+#include <Updater/detail/registry/InstallationJournal.h>
+#include <Updater/detail/registry/PackageRecords.h>
 
 #include <QtCore/QScopeGuard>
 
@@ -40,11 +44,8 @@ struct PackageInstaller::Private
     VoUniquePtr<InstalledPackageListing> installed; // null: nothing is installed
     PackageDifferences differences;
     FileOwners owners;
-    FileClaims claims;
-    VoDeque<ChunkListing> required; // by the differences alone
-    UpdatePlan plan;                // without the files that are taken over as they are
-    ReusedFiles reused;             // files that are copied from installed ones
-    VoDeque<PlannedChunk> chunks{}; // what the others need
+    InstallationPlan plan;    // without the files that are taken over as they are
+    VoDeque<ChunkUse> chunks; // those of the plan
     bool isPrepared = false;
 };
 
@@ -55,11 +56,6 @@ constexpr std::uint64_t FewFiles = 64;
 
 // Bytes that are read at once from a file that is copied.
 constexpr std::size_t CopyBlock = 256 * 1024;
-
-bool IsListingOf(const InstalledPackageListing& listing, const VoUUID& packageID)
-{
-    return listing.packageID().toString() == packageID.toString();
-}
 
 template <typename Files>
 PackageDifferences Without(const PackageDifferences& differences, const Files& files)
@@ -83,12 +79,16 @@ PackageDifferences Without(const PackageDifferences& differences, const Files& f
     return result;
 }
 
-VoDeque<ChunkListing> Listings(const VoDeque<PlannedChunk>& chunks)
+void PlanCopying(InstallationPlan& plan, const ReusedFiles& reused)
 {
-    VoDeque<ChunkListing> result;
-    for (const PlannedChunk& chunk : chunks)
-        result.pushBack(chunk.listing);
-    return result;
+    for (InstallationPlan::File& file : plan.files) {
+        const auto source = reused.find(file.id);
+        if (source == reused.end())
+            continue;
+        file.copiedFrom = source->second;
+        plan.bytesToCopy += file.bytes;
+        ++plan.copiedFiles;
+    }
 }
 
 bool IsInPlace(const InstalledFileListing& file, const VoFilePath& place)
@@ -99,16 +99,9 @@ bool IsInPlace(const InstalledFileListing& file, const VoFilePath& place)
 } // namespace
 
 PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
-                                   const VoDirectoryPath& installationDirectory)
-    : PackageInstaller(std::move(package), installationDirectory, InstallerSettings())
+                                   const VoDirectoryPath& installationDirectory, const InstallationOptions& options)
+    : AbstractPackageInstaller(std::move(package), installationDirectory, InstallerSettings{options})
 {
-}
-
-PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
-                                   const VoDirectoryPath& installationDirectory, const InstallerSettings& settings)
-    : AbstractPackageInstaller(std::move(package), installationDirectory, settings)
-{
-    AbstractPackageInstaller::m_private->prepare = [this] { prepare(); };
     compare(FindInstalled(packageID()));
 }
 
@@ -117,93 +110,42 @@ PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package
                                    VoUniquePtr<InstalledPackageListing> installed, const InstallerSettings& settings)
     : AbstractPackageInstaller(std::move(package), installationDirectory, settings)
 {
-    AbstractPackageInstaller::m_private->prepare = [this] { prepare(); };
     compare(std::move(installed));
-}
-
-PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package,
-                                   const VoDirectoryPath& installationDirectory, const InstallationOptions& options)
-    : PackageInstaller(std::move(package), installationDirectory, SettingsOf(options))
-{
-}
-
-// The listing of the installed release. One that cannot be used must not keep the package from being installed anew.
-VoUniquePtr<InstalledPackageListing> PackageInstaller::FindInstalled(const VoUUID& packageID)
-{
-    try {
-        RequireSafeIdentifier(packageID);
-    } catch (const VoValidationException&) {
-        return {}; // the run refuses the advert
-    }
-    const VoFilePath path = InstalledPackages::InstalledPackageListingPath(packageID);
-    // Installed, though the record is still that of the release before.
-    if (const auto placed = InstallationJournal::OfListing(path).read(InstallationJournal::Phase::Placed))
-        return VoUniquePtr<InstalledPackageListing>::Make(std::move(placed->result));
-    if (!VoFileSystem::Exists(path))
-        return {};
-    VoString reason = "it is that of another package";
-    try {
-        VoUniquePtr<InstalledPackageListing> listing = InstalledPackageListing::Open(path);
-        if (IsListingOf(*listing, packageID))
-            return listing;
-    } catch (...) {
-        reason = CurrentExceptionText();
-    }
-    vo::logging::Logger::Get("updater").warning("Installed listing " + path.path() +
-                                                " cannot be used, so nothing counts as installed: " + reason);
-    return {};
-}
-
-InstallerSettings PackageInstaller::SettingsOf(const InstallationOptions& options)
-{
-    InstallerSettings settings;
-    settings.reuseInstalledFiles = options.reuseInstalledFiles;
-    settings.refuseForeignFiles = options.refuseForeignFiles;
-    settings.refuseOtherDirectory = options.refuseOtherDirectory;
-    settings.refuseOlder = options.refuseOlder;
-    return settings;
 }
 
 PackageInstaller::~PackageInstaller() = default;
 
 void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
 {
-    PackageDifferences differences = Differences(installed.get(), advertisedPackage());
+    const AdvertisedPackageListing& advert = advertisedPackage();
+    PackageDifferences differences = Differences(installed.get(), advert);
     if (installed)
         addFilesNotInPlace(*installed, differences);
     FileOwners owners;
-    if (!AbstractPackageInstaller::m_private->settings.isTemporary)
+    if (!settings().isTemporary)
         owners = FileOwners::Others(
             packageID(), {installationDirectory(), installed ? installed->installationDirectory() : VoDirectoryPath()});
     FileClaims claims = findClaims(differences, installed.get(), owners);
-    UpdatePlan plan = PlanUpdate(differences, installed.get(), advertisedPackage());
-    VoDeque<ChunkListing> required = Listings(plan.chunks);
-    const bool isAll = claims.adoptedIDs.empty();
-    if (!isAll)
-        plan = PlanUpdate(Without(differences, claims.adoptedIDs), installed.get(), advertisedPackage());
-    ReusedFiles reused;
-    if (installed && AbstractPackageInstaller::m_private->settings.reuseInstalledFiles)
-        reused = findReusable(Without(differences, claims.adoptedIDs), *installed);
-    m_private.reset(new Private{std::move(installed), std::move(differences), std::move(owners), std::move(claims),
-                                std::move(required), std::move(plan), std::move(reused)});
-    m_private->chunks = m_private->plan.chunks;
-    if (m_private->reused.empty() && isAll) {
-        AbstractPackageInstaller::m_private->needed.reset();
-        return;
-    }
-    if (!m_private->reused.empty())
-        m_private->chunks =
-            PlanUpdate(Without(Without(m_private->differences, m_private->claims.adoptedIDs), m_private->reused),
-                       m_private->installed.get(), advertisedPackage())
-                .chunks;
-    AbstractPackageInstaller::m_private->needed = Listings(m_private->chunks);
+
+    const PackageDifferences written = Without(differences, claims.adoptedIDs);
+    const ReusedFiles reused = findReusable(written, installed.get());
+    VoDeque<ChunkUse> chunks = ChunkUses(Without(written, reused), advert);
+    InstallationPlan plan = PlanFiles(written, installed.get(), advert);
+    PlanCopying(plan, reused);
+    PlanFetching(plan, Listings(chunks));
+    plan.foreignFiles = std::move(claims.foreign);
+    plan.adoptedFiles = std::move(claims.adopted);
+    plan.conflicts = std::move(claims.conflicts);
+    plan.keptFiles = std::move(claims.kept);
+    m_private.reset(new Private{std::move(installed), std::move(differences), std::move(owners), std::move(plan),
+                                std::move(chunks)});
 }
 
 // None for an advert that the run will refuse: its paths cannot be told.
 FileClaims PackageInstaller::findClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
                                         FileOwners& owners) const
 {
-    if (AbstractPackageInstaller::m_private->settings.isTemporary)
+    if (settings().isTemporary)
         return {};
     try {
         requireValid();
@@ -217,14 +159,16 @@ FileClaims PackageInstaller::findClaims(const PackageDifferences& differences, c
 
 // None for an advert that the run will refuse: its paths cannot be told.
 ReusedFiles PackageInstaller::findReusable(const PackageDifferences& differences,
-                                           const InstalledPackageListing& installed) const
+                                           const InstalledPackageListing* installed) const
 {
+    if (!installed || !settings().options.reuseInstalledFiles)
+        return {};
     try {
         requireValid();
     } catch (const VoException&) {
         return {};
     }
-    return FindReusableFiles(differences, installed, advertisedPackage(),
+    return FindReusableFiles(differences, *installed, advertisedPackage(),
                              [this](const AdvertisedFileListing& file) { return resolvedPath(file); });
 }
 
@@ -235,9 +179,8 @@ void PackageInstaller::addFilesNotInPlace(const InstalledPackageListing& install
     std::unordered_set<VoUUID> known;
     for (const FileDifference& difference : differences.fileDifferences())
         known.insert(difference.fileID());
-    const InstallerSettings& settings = AbstractPackageInstaller::m_private->settings;
-    std::unordered_set<VoUUID> damaged(settings.damaged.begin(), settings.damaged.end());
-    if (!settings.isTemporary) {
+    std::unordered_set<VoUUID> damaged(settings().damaged.begin(), settings().damaged.end());
+    if (!settings().isTemporary) {
         for (const VoUUID& file : DamagedFiles(packageID()))
             damaged.insert(file);
     }
@@ -268,56 +211,34 @@ const PackageDifferences& PackageInstaller::differences() const
 InstallationPlan PackageInstaller::plan() const
 {
     requireValid();
-    const UpdatePlan& update = m_private->plan;
-    const AdvertisedPackageListing& advert = advertisedPackage();
-    InstallationPlan result;
-    result.packageID = advert.packageID();
-    result.versionID = advert.versionID();
-    result.name = advert.name();
-    result.version = advert.version();
-    if (m_private->installed) {
+    InstallationPlan result = m_private->plan;
+    if (const auto& installed = m_private->installed) {
         result.isInstalled = true;
-        result.installedVersionID = m_private->installed->versionID();
-        result.installedVersion = m_private->installed->version();
-        result.installedDirectory = m_private->installed->installationDirectory();
+        result.installedVersionID = installed->versionID();
+        result.installedVersion = installed->version();
+        result.installedDirectory = installed->installationDirectory();
         result.isMove = isMove();
     }
-    result.isUnfinished = InstalledPackages::IsUnfinished(advert.packageID(), m_private->installed.get());
-    result.foreignFiles = m_private->claims.foreign;
-    result.adoptedFiles = m_private->claims.adopted;
-    result.conflicts = m_private->claims.conflicts;
-    result.keptFiles = m_private->claims.kept;
-    for (const PlannedFile& file : update.files) {
-        const AdvertisedFileListing* target = advert.file(file.id);
-        const bool isRemoved = file.type == FileDifference::Removed;
-        result.files.pushBack({file.type, file.id, isRemoved ? file.path : resolvedPath(*target), file.bytes});
-        if (const auto source = m_private->reused.find(file.id); source != m_private->reused.end()) {
-            result.files.back().copiedFrom = source->second;
-            result.bytesToCopy += file.bytes;
-            ++result.copiedFiles;
-        }
+    result.isUnfinished = IsUnfinished(packageID(), m_private->installed.get());
+    for (InstallationPlan::File& file : result.files) {
+        if (file.type != FileDifference::Removed)
+            file.path = resolvedPath(*advertisedPackage().file(file.id));
     }
-    result.addedFiles = update.added;
-    result.modifiedFiles = update.modified;
-    result.removedFiles = update.removed;
-    result.unchangedFiles = update.unchanged;
-    result.bytesToWrite = update.bytesToWrite;
-    result.bytesToRemove = update.bytesToRemove;
-    const StagingDirectory directory = staging();
-    for (const PlannedChunk& chunk : m_private->chunks) {
-        if (directory.holds(chunk.listing)) {
-            result.stagedChunks.pushBack(chunk.listing);
-        } else {
-            result.chunks.pushBack(chunk.listing);
-            result.bytesToFetch += static_cast<std::uint64_t>(chunk.listing.size().bytes());
-        }
-    }
+    VoDeque<ChunkListing> missing;
+    for (const ChunkListing& chunk : m_private->plan.chunks)
+        (chunkSource().staging().holds(chunk) ? result.stagedChunks : missing).pushBack(chunk);
+    PlanFetching(result, std::move(missing));
     return result;
 }
 
 VoDeque<ChunkListing> PackageInstaller::requiredChunks() const
 {
-    return m_private->required;
+    return Listings(ChunkUses(m_private->differences, advertisedPackage()));
+}
+
+VoDeque<ChunkListing> PackageInstaller::chunksToObtain() const
+{
+    return m_private->plan.chunks;
 }
 
 bool PackageInstaller::isMove() const
@@ -329,26 +250,26 @@ bool PackageInstaller::isMove() const
 // What is installed may have changed since the caller looked, so this is asked again when nobody else can change it.
 void PackageInstaller::requirePermitted() const
 {
-    const InstallerSettings& settings = AbstractPackageInstaller::m_private->settings;
-    const FileClaims& claims = m_private->claims;
-    if (!claims.conflicts.isEmpty()) {
-        const InstallationPlan::OwnedFile& first = claims.conflicts.front();
+    const InstallationOptions& options = settings().options;
+    const InstallationPlan& plan = m_private->plan;
+    if (!plan.conflicts.isEmpty()) {
+        const InstallationPlan::OwnedFile& first = plan.conflicts.front();
         throw VoValidationException("File belongs to another package: " + first.path.path() + " (" + first.name + " " +
                                     first.packageID.toString() + ")");
     }
-    if (settings.refuseOtherDirectory && isMove())
+    if (options.refuseOtherDirectory && isMove())
         throw VoValidationException("Package is installed in another directory: " +
                                     m_private->installed->installationDirectory().path());
     const bool isOlder = m_private->installed && advertisedPackage().version() < m_private->installed->version();
-    if (isOlder && settings.refuseOlder)
+    if (isOlder && options.refuseOlder)
         throw VoValidationException("Release is older than the installed one: " +
                                     advertisedPackage().version().toString());
-    if (settings.refuseForeignFiles && !claims.foreign.isEmpty())
-        throw VoValidationException("File belongs to no package: " + claims.foreign.front().path());
+    if (options.refuseForeignFiles && !plan.foreignFiles.isEmpty())
+        throw VoValidationException("File belongs to no package: " + plan.foreignFiles.front().path());
     if (isOlder)
         warning("Installing an older version " + advertisedPackage().version().toString() + " over " +
                 m_private->installed->version().toString());
-    for (const VoFilePath& path : claims.foreign)
+    for (const VoFilePath& path : plan.foreignFiles)
         warning("File that belongs to no package is replaced: " + path.path());
 }
 
@@ -359,8 +280,8 @@ void PackageInstaller::prepare()
     if (m_private->isPrepared)
         return;
     const InstallationJournal journal = this->journal();
-    if (!AbstractPackageInstaller::m_private->settings.record && journal.exists()) {
-        Recover(journal, InstalledPackages::Record);
+    if (!settings().record && journal.exists()) {
+        Recover(journal, RecordInstalled);
         compare(FindInstalled(packageID()));
     }
     requirePermitted();
@@ -381,7 +302,7 @@ VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
         stop.throwIfStopped();
         transaction.place([this](const TargetFile& target) { logInstalled(*target.file, target.place); });
         verify(stop);
-        transaction.commit(AbstractPackageInstaller::m_private->settings.record);
+        transaction.commit(settings().record);
     } catch (...) {
         transaction.rollBack();
         throw;
@@ -391,15 +312,15 @@ VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
 
 InstallationJournal PackageInstaller::journal() const
 {
-    if (AbstractPackageInstaller::m_private->settings.isTemporary)
+    if (settings().isTemporary)
         return InstallationJournal();
-    return InstallationJournal::OfListing(InstalledPackages::InstalledPackageListingPath(packageID()));
+    return InstallationJournal::OfListing(ListingPath(packageID()));
 }
 
 VoDeque<TargetFile> PackageInstaller::targets() const
 {
     std::unordered_set<VoUUID> written;
-    for (const PlannedFile& file : m_private->plan.files) {
+    for (const InstallationPlan::File& file : m_private->plan.files) {
         if (file.type != FileDifference::Removed)
             written.insert(file.id);
     }
@@ -411,28 +332,26 @@ VoDeque<TargetFile> PackageInstaller::targets() const
 
 void PackageInstaller::buildFiles(const VoStopFlag& stop)
 {
-    ChunkCache& cache = AbstractPackageInstaller::m_private->cache;
-    for (const PlannedChunk& chunk : m_private->chunks)
-        cache.expect(chunk.listing.id(), chunk.references);
+    ChunkSource& chunks = chunkSource();
+    for (const ChunkUse& chunk : m_private->chunks)
+        chunks.expect(chunk.listing.id(), chunk.references);
 
-    const std::uint64_t written = m_private->plan.added + m_private->plan.modified;
+    const std::uint64_t written = m_private->plan.addedFiles + m_private->plan.modifiedFiles;
     const Durability durability = written > FewFiles && CanSyncVolume() ? Durability::Later : Durability::AtOnce;
-    const std::vector<const PlannedFile*> order = buildOrder(cache.limit());
-    auto& reader = AbstractPackageInstaller::m_private->reader;
-    reader = std::make_unique<ChunkReader>(staging(), chunkLimit(), chunkOrder(order));
-    const auto endReading = qScopeGuard([&reader] { reader.reset(); });
+    const PlannedFiles order = buildOrder(chunks.cacheLimit());
+    chunks.readAhead(chunkOrder(order));
+    const auto endReading = qScopeGuard([&chunks] { chunks.endReading(); });
     std::uint64_t done = 0;
-    for (const PlannedFile* file : order) {
+    for (const InstallationPlan::File* file : order) {
         stop.throwIfStopped();
         buildFile(*file, durability, stop);
-        AbstractPackageInstaller::m_private->report.send<InstallationProgressMessage>(++done,
-                                                                                      m_private->plan.files.size());
+        events().send<InstallationProgressMessage>(++done, m_private->plan.files.size());
     }
     if (durability == Durability::Later)
         SyncVolume(installationDirectory());
 }
 
-void PackageInstaller::buildFile(const PlannedFile& planned, Durability durability, const VoStopFlag& stop)
+void PackageInstaller::buildFile(const InstallationPlan::File& planned, Durability durability, const VoStopFlag& stop)
 {
     if (planned.type == FileDifference::Removed) {
         diagnostic("Removing file: " + planned.path.path());
@@ -441,10 +360,10 @@ void PackageInstaller::buildFile(const PlannedFile& planned, Durability durabili
     const AdvertisedFileListing& file = *advertisedPackage().file(planned.id);
     const char* what = planned.type == FileDifference::Added ? "Adding file: " : "Updating file: ";
     diagnostic(what + file.target().path());
-    if (const auto source = m_private->reused.find(file.id()); source != m_private->reused.end())
-        copyFile(file, source->second, durability, stop);
+    if (planned.copiedFrom.isNull())
+        chunkSource().build(file, resolvedPath(file), durability, stop);
     else
-        AbstractPackageInstaller::buildFile(file, resolvedPath(file), durability, stop);
+        copyFile(file, planned.copiedFrom, durability, stop);
 }
 
 // A file that was changed since it was chosen ends the run; the next one does without it.
@@ -466,19 +385,19 @@ void PackageInstaller::copyFile(const AdvertisedFileListing& file, const VoFileP
 }
 
 // The file to build from chunks; null for one that is removed or copied.
-const AdvertisedFileListing* PackageInstaller::builtFile(const PlannedFile& planned) const
+const AdvertisedFileListing* PackageInstaller::builtFile(const InstallationPlan::File& planned) const
 {
-    if (planned.type == FileDifference::Removed || m_private->reused.count(planned.id) > 0)
+    if (planned.type == FileDifference::Removed || !planned.copiedFrom.isNull())
         return nullptr;
     return advertisedPackage().file(planned.id);
 }
 
 // Each chunk once, by its first use.
-std::vector<VoUUID> PackageInstaller::chunkOrder(const std::vector<const PlannedFile*>& order) const
+std::vector<VoUUID> PackageInstaller::chunkOrder(const PlannedFiles& order) const
 {
     std::vector<VoUUID> result;
     std::unordered_set<VoUUID> known;
-    for (const PlannedFile* planned : order) {
+    for (const InstallationPlan::File* planned : order) {
         const AdvertisedFileListing* file = builtFile(*planned);
         for (std::size_t i = 0; file && i < file->chunks().size(); ++i) {
             const VoUUID& id = file->chunks()[i].chunkID();
@@ -491,14 +410,14 @@ std::vector<VoUUID> PackageInstaller::chunkOrder(const std::vector<const Planned
 
 // The order of the differences, which the IDs make a random one, as long as all chunks can be held; else the order of
 // the chunks, so that each of them is still uncompressed only once.
-std::vector<const PlannedFile*> PackageInstaller::buildOrder(std::uint64_t cacheLimit) const
+PackageInstaller::PlannedFiles PackageInstaller::buildOrder(std::uint64_t cacheLimit) const
 {
-    std::vector<const PlannedFile*> order;
-    for (const PlannedFile& file : m_private->plan.files)
+    PlannedFiles order;
+    for (const InstallationPlan::File& file : m_private->plan.files)
         order.push_back(&file);
     std::uint64_t bytes = 0;
     std::unordered_map<VoUUID, std::size_t> positions;
-    for (const PlannedChunk& chunk : m_private->chunks) {
+    for (const ChunkUse& chunk : m_private->chunks) {
         bytes += std::min(chunk.extent, cacheLimit + 1);
         positions.emplace(chunk.listing.id(), positions.size());
     }
@@ -506,8 +425,8 @@ std::vector<const PlannedFile*> PackageInstaller::buildOrder(std::uint64_t cache
         return order;
     // The key of each file is looked up once, not in every comparison.
     using Position = std::pair<std::size_t, std::uint64_t>;
-    std::vector<std::pair<Position, const PlannedFile*>> sorted;
-    for (const PlannedFile* planned : order) {
+    std::vector<std::pair<Position, const InstallationPlan::File*>> sorted;
+    for (const InstallationPlan::File* planned : order) {
         const AdvertisedFileListing* file = builtFile(*planned);
         Position position(0, 0);
         if (file && !file->chunks().isEmpty()) {
@@ -524,16 +443,15 @@ std::vector<const PlannedFile*> PackageInstaller::buildOrder(std::uint64_t cache
 
 void PackageInstaller::verify(const VoStopFlag& stop)
 {
-    const EventReport& report = AbstractPackageInstaller::m_private->report;
     const VoDeque<AdvertisedFileListing>& files = advertisedPackage().files();
     const auto expected = [&](std::size_t i) { return Expected(resolvedPath(files[i]), files[i]); };
     VoDeque<VoUUID> damaged;
-    for (const FileFinding& finding : VerifyFiles(files.size(), expected, report, stop))
+    for (const FileFinding& finding : VerifyFiles(files.size(), expected, events(), stop))
         damaged.pushBack(files[finding.number].id());
     // Before the installation is recorded: a record that comes to nothing only lets files be written once more.
-    if (!damaged.isEmpty() && !AbstractPackageInstaller::m_private->settings.isTemporary)
+    if (!damaged.isEmpty() && !settings().isTemporary)
         RecordDamage(packageID(), damaged);
-    ReportVerified(damaged.isEmpty(), report);
+    ReportVerified(damaged.isEmpty(), events());
 }
 
 } // namespace vo::updater

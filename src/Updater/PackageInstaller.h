@@ -14,8 +14,8 @@ namespace detail {
 class FileOwners;
 class InstallationJournal;
 struct FileClaims;
-struct PlannedFile;
 struct TargetFile;
+enum class Durability;
 using ReusedFiles = std::unordered_map<VoUUID, VoFilePath>;
 } // namespace detail
 
@@ -35,12 +35,10 @@ class VOCORE_EXPORT PackageInstaller : public AbstractPackageInstaller
 {
 public:
     /// Compares the advert with the installed release that the registry has a listing of; a listing that cannot be read
-    /// counts as none, with a warning.
+    /// counts as none, with a warning. Files that may be copied, where the options allow that, are read here.
     /// @throws VoNullPointerException for an empty pointer
-    PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory);
-    /// As above, with options other than the usual ones. Files that may be copied are read here.
     PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
-                     const InstallationOptions& options);
+                     const InstallationOptions& options = InstallationOptions());
     ~PackageInstaller() override;
 
     /// What differs from the installed release, in the order in which it is worked through.
@@ -56,38 +54,33 @@ public:
     VoDeque<ChunkListing> requiredChunks() const override;
 
 protected:
-    /// For a caller who records the installation himself.
-    PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
-                     const detail::InstallerSettings& settings);
-    /// For a caller that knows what is installed (null: nothing) and where the run keeps its things.
+    /// For a caller that knows what is installed (null: nothing) and how the run differs from the usual one.
     PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
                      VoUniquePtr<InstalledPackageListing> installed, const detail::InstallerSettings& settings);
 
 private:
-    friend class InstalledPackages;
-    friend class PackageVerifier;
+    using PlannedFiles = std::vector<const InstallationPlan::File*>;
 
-    static VoUniquePtr<InstalledPackageListing> FindInstalled(const VoUUID& packageID);
-    static detail::InstallerSettings SettingsOf(const InstallationOptions& options);
     void compare(VoUniquePtr<InstalledPackageListing> installed);
     detail::ReusedFiles findReusable(const PackageDifferences& differences,
-                                     const InstalledPackageListing& installed) const;
+                                     const InstalledPackageListing* installed) const;
     void addFilesNotInPlace(const InstalledPackageListing& installed, PackageDifferences& differences) const;
     detail::FileClaims findClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
                                   detail::FileOwners& owners) const;
-    void prepare();
+    void prepare() override;
+    VoDeque<ChunkListing> chunksToObtain() const override;
     void requirePermitted() const;
     bool isMove() const;
     bool isInPlace(const InstalledFileListing& record, const AdvertisedFileListing& file) const;
     detail::InstallationJournal journal() const;
     VoDeque<detail::TargetFile> targets() const;
     void buildFiles(const VoStopFlag& stop);
-    void buildFile(const detail::PlannedFile& planned, detail::Durability durability, const VoStopFlag& stop);
+    void buildFile(const InstallationPlan::File& planned, detail::Durability durability, const VoStopFlag& stop);
     void copyFile(const AdvertisedFileListing& file, const VoFilePath& source, detail::Durability durability,
                   const VoStopFlag& stop);
-    std::vector<VoUUID> chunkOrder(const std::vector<const detail::PlannedFile*>& order) const;
-    const AdvertisedFileListing* builtFile(const detail::PlannedFile& planned) const;
-    std::vector<const detail::PlannedFile*> buildOrder(std::uint64_t cacheLimit) const;
+    std::vector<VoUUID> chunkOrder(const PlannedFiles& order) const;
+    const AdvertisedFileListing* builtFile(const InstallationPlan::File& planned) const;
+    PlannedFiles buildOrder(std::uint64_t cacheLimit) const;
     void verify(const VoStopFlag& stop);
 
     struct Private;

@@ -6,10 +6,9 @@
 #include <IO/VoIOException.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/PackageInstaller.h>
+#include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/install/EventReport.h>
-#include <Updater/detail/install/FileCheck.h>
-#include <Updater/detail/install/InstallerPrivate.h>
+#include <Updater/detail/install/InstallerSettings.h>
 
 namespace vo::updater {
 
@@ -105,7 +104,7 @@ bool PackageVerifier::Verify(VoUniquePtr<AdvertisedPackageListing> package, cons
     InstallerSettings settings;
     settings.staging = temporary.path().directory("staging");
     settings.isTemporary = true;
-    PackageInstaller installer(std::move(package), installed, {}, settings);
+    ConfiguredInstaller installer(std::move(package), installed, {}, settings);
     const VoReceiver receiver = callback ? installer.connect(callback) : VoReceiver();
     installer.run(definitionFile, stop);
 

@@ -5,7 +5,7 @@
 #include <Core/detail/Completed.h>
 #include <Core/detail/Sha3Hasher.h>
 #include <Download/VoDownloadPolicy.h>
-#include <FileSystem/VoUrl.h>
+#include <FileSystem/VoLocation.h>
 #include <FileSystem/detail/SafePath.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/InstalledPackageListing.h>
@@ -343,7 +343,7 @@ TrustedReleases::Release TrustedReleases::open(const Declaration& declaration) c
     if (!why.isEmpty())
         Refuse(Kind::NotOffered, "Release " + declaration.version().toString() + " is not offered: " + why);
     // Refuses a path that leads elsewhere.
-    declaration.definitionPath(VoFilePath("\\"));
+    declaration.definition(VoFilePath("\\"));
     const VoString name = state.place.nameOf(declaration.path());
     VoString bytes = state.place.read(declaration.path());
     if (state.manifest)

@@ -27,7 +27,7 @@ class ReleaseProof;
 ///     auto release = releases.open(releases.newest(packageID));
 ///     InstallationOptions options;
 ///     options.proof = release.proof;
-///     InstalledPackages::Install(std::move(release.package), release.definitionUrl, directory, stop, options);
+///     InstalledPackages::Install(std::move(release.package), definition, directory, stop, options);
 ///
 /// A package that was installed with a proof is bound to its publisher: what is remembered of him (keys, the highest
 /// manifest, the lowest release) decides from then on, whatever the policy says, until the package is uninstalled.

@@ -4,7 +4,7 @@
 
 #include <Core/VoFileException.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/VoUrl.h>
+#include <FileSystem/VoLocation.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/InstalledPackages.h>
@@ -13,7 +13,7 @@
 #include <Updater/UpdatePackageBuilder.h>
 #include <Updater/VoInstallationFailedException.h>
 #include <Updater/VoUpdater.h>
-#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/files/FileActions.h>
 
 #include <algorithm>
 #include <memory>

@@ -432,28 +432,6 @@ TEST_F(PackageInstallerTest, AnOlderReleaseIsInstalledWithAWarning)
     EXPECT_EQ(installed(), First);
 }
 
-namespace {
-
-// Installs with a cache that holds no more than the given bytes.
-class SmallCacheInstaller : public PackageInstaller
-{
-public:
-    SmallCacheInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& place, std::size_t limit)
-        : PackageInstaller(std::move(package), place, {}, Settings(limit))
-    {
-    }
-
-private:
-    static vo::updater::detail::InstallerSettings Settings(std::size_t limit)
-    {
-        vo::updater::detail::InstallerSettings settings;
-        settings.cacheLimit = limit;
-        return settings;
-    }
-};
-
-} // namespace
-
 // Files in the order of their IDs meet the chunks in a random order.
 TEST_F(PackageInstallerTest, EachChunkIsUncompressedOnceWhetherTheCacheHoldsAllOfThemOrNot)
 {
@@ -463,7 +441,10 @@ TEST_F(PackageInstallerTest, EachChunkIsUncompressedOnceWhetherTheCacheHoldsAllO
     const VoFilePath definition = publish("1.0.0", files, 1000);
     for (const std::size_t limit : {std::size_t{1} << 20, std::size_t{2000}}) {
         wipe();
-        SmallCacheInstaller installer(AdvertisedPackageListing::Open(definition), place(), limit);
+        vo::updater::detail::InstallerSettings settings;
+        settings.cacheLimit = limit;
+        vo::updater::detail::ConfiguredInstaller installer(AdvertisedPackageListing::Open(definition), place(), {},
+                                                           settings);
         const auto steps = StepsOf([&] { installer.run(definition, VoStopFlag()); });
         EXPECT_EQ(Count(steps, FileStep::ReadChunk), 6);
         EXPECT_EQ(installed(), files);

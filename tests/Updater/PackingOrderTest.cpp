@@ -65,11 +65,11 @@ struct Cost
 
 Cost UpdateCost(const AdvertisedPackageListing* from, const AdvertisedPackageListing& to)
 {
-    const UpdatePlan plan = PlanUpdate(from ? std::move(*from->compare(to)) : Differences(nullptr, to), nullptr, to);
+    const PackageDifferences differences = from ? std::move(*from->compare(to)) : Differences(nullptr, to);
     Cost cost;
-    for (const PlannedChunk& chunk : plan.chunks)
+    for (const ChunkUse& chunk : ChunkUses(differences, to))
         cost.held += chunk.extent;
-    cost.needed = plan.bytesToWrite;
+    cost.needed = PlanUpdate(differences, nullptr, to).bytesToWrite;
     return cost;
 }
 

@@ -210,7 +210,7 @@ TEST_F(RemoteInstall, TheDeclarationsLeadToTheDefinitionAndNowhereElse)
     serve();
     const auto declared = AdvertisedPackages::Open(url(declarations()));
     ASSERT_TRUE(declared);
-    const VoUrl newest = declared->newestPackage(packageID).definitionUrl(url(declarations()));
+    const VoUrl newest = declared->newestPackage(packageID).definition(url(declarations())).url();
     EXPECT_EQ(newest, url(second));
     EXPECT_EQ(AdvertisedPackageListing::Open(newest)->version().toString(), "1.1.0.0");
     EXPECT_FALSE(AdvertisedPackages::Open(newest)) << "another kind of document";

@@ -28,11 +28,11 @@ InstalledPackageListing Installed(const AdvertisedPackageListing& package)
     return installed;
 }
 
-std::vector<std::string> ChunkIDs(const UpdatePlan& plan)
+std::vector<std::string> ChunkIDs(const InstallationPlan& plan)
 {
     std::vector<std::string> ids;
-    for (const PlannedChunk& chunk : plan.chunks)
-        ids.push_back(chunk.listing.id().toString().toStdString());
+    for (const ChunkListing& chunk : plan.chunks)
+        ids.push_back(chunk.id().toString().toStdString());
     return ids;
 }
 
@@ -52,20 +52,21 @@ TEST(UpdatePlan, OnlyChunksOfAddedAndModifiedFilesAreNeeded)
                                 Pieces("changed", "new", {{C3, 8, 2, 0}}), Pieces("kept", "k", {{C1, 0, 5, 0}})},
                                {Chunk("c3", 30), Chunk("c1", 10), Chunk("c2", 20)});
     const InstalledPackageListing installed = Installed(old);
-    const UpdatePlan plan = PlanUpdate(&installed, fresh);
+    const InstallationPlan plan = PlanUpdate(&installed, fresh);
 
     EXPECT_EQ(ChunkIDs(plan), (std::vector<std::string>{"c3", "c2"}));
-    EXPECT_EQ(plan.chunks[0].references, 2u);
-    EXPECT_EQ(plan.chunks[0].extent, 10u);
-    EXPECT_EQ(plan.chunks[1].references, 1u);
-    EXPECT_EQ(plan.chunks[1].extent, 10u);
-    EXPECT_EQ(plan.bytesToTransfer, 50u);
+    const VoDeque<ChunkUse> uses = ChunkUses(Differences(&installed, fresh), fresh);
+    EXPECT_EQ(uses[0].references, 2u);
+    EXPECT_EQ(uses[0].extent, 10u);
+    EXPECT_EQ(uses[1].references, 1u);
+    EXPECT_EQ(uses[1].extent, 10u);
+    EXPECT_EQ(plan.bytesToFetch, 50u);
     EXPECT_EQ(plan.bytesToWrite, 11u);
     EXPECT_EQ(plan.bytesToRemove, 3u);
-    EXPECT_EQ(plan.added, 1u);
-    EXPECT_EQ(plan.modified, 1u);
-    EXPECT_EQ(plan.removed, 1u);
-    EXPECT_EQ(plan.unchanged, 1u);
+    EXPECT_EQ(plan.addedFiles, 1u);
+    EXPECT_EQ(plan.modifiedFiles, 1u);
+    EXPECT_EQ(plan.removedFiles, 1u);
+    EXPECT_EQ(plan.unchangedFiles, 1u);
     ASSERT_EQ(plan.files.size(), 3u);
     EXPECT_EQ(plan.files[0].path, "added");
     EXPECT_EQ(plan.files[1].path, "changed");
@@ -77,9 +78,9 @@ TEST(UpdatePlan, WithoutAnInstalledReleaseEverythingIsAdded)
 {
     const auto package =
         Package("p", "1", {Pieces("a", "a", {{C1, 0, 1, 0}}), Pieces("empty", "", {})}, {Chunk("c1"), Chunk("c2")});
-    const UpdatePlan plan = PlanUpdate(nullptr, package);
-    EXPECT_EQ(plan.added, 2u);
-    EXPECT_EQ(plan.unchanged, 0u);
+    const InstallationPlan plan = PlanUpdate(nullptr, package);
+    EXPECT_EQ(plan.addedFiles, 2u);
+    EXPECT_EQ(plan.unchangedFiles, 0u);
     EXPECT_EQ(ChunkIDs(plan), std::vector<std::string>{"c1"});
 }
 
@@ -87,10 +88,10 @@ TEST(UpdatePlan, AnInstalledReleaseNeedsNothing)
 {
     const auto package = Package("p", "1", {Pieces("a", "a", {{C1, 0, 1, 0}})}, {Chunk("c1")});
     const InstalledPackageListing installed = Installed(package);
-    const UpdatePlan plan = PlanUpdate(&installed, package);
+    const InstallationPlan plan = PlanUpdate(&installed, package);
     EXPECT_TRUE(plan.isEmpty());
     EXPECT_TRUE(plan.chunks.isEmpty());
-    EXPECT_EQ(plan.unchanged, 1u);
+    EXPECT_EQ(plan.unchangedFiles, 1u);
 }
 
 TEST(UpdatePlan, HostileNumbersAndNamesDoNoHarm)
@@ -104,12 +105,13 @@ TEST(UpdatePlan, HostileNumbersAndNamesDoNoHarm)
     PackageDifferences differences = Differences(nullptr, package);
     differences.fileModified(VoUUID("nowhere"));
     differences.fileRemoved(VoUUID("nowhere"));
-    const UpdatePlan plan = PlanUpdate(differences, nullptr, package);
+    const InstallationPlan plan = PlanUpdate(differences, nullptr, package);
     EXPECT_EQ(plan.files.size(), 1u);
     EXPECT_EQ(plan.bytesToWrite, 0u);
-    EXPECT_EQ(plan.bytesToTransfer, 0u);
-    ASSERT_EQ(plan.chunks.size(), 1u);
-    EXPECT_EQ(plan.chunks[0].extent, most);
+    EXPECT_EQ(plan.bytesToFetch, 0u);
+    const VoDeque<ChunkUse> uses = ChunkUses(differences, package);
+    ASSERT_EQ(uses.size(), 1u);
+    EXPECT_EQ(uses[0].extent, most);
 }
 
 TEST(UpdatePlan, AgreesWithASlowMethodOnRandomReleases)
@@ -132,7 +134,8 @@ TEST(UpdatePlan, AgreesWithASlowMethodOnRandomReleases)
         };
         const auto target = randomRelease("2");
         const InstalledPackageListing installed = Installed(randomRelease("1"));
-        const UpdatePlan plan = PlanUpdate(&installed, target);
+        const InstallationPlan plan = PlanUpdate(&installed, target);
+        const VoDeque<ChunkUse> uses = ChunkUses(Differences(&installed, target), target);
 
         std::multiset<std::string> references;
         for (const auto& file : target.files()) {
@@ -148,13 +151,13 @@ TEST(UpdatePlan, AgreesWithASlowMethodOnRandomReleases)
             const std::string id = chunk.id().toString().toStdString();
             if (references.count(id) == 0)
                 continue;
-            ASSERT_LT(expected.size(), plan.chunks.size());
-            EXPECT_EQ(plan.chunks[expected.size()].references, references.count(id));
+            ASSERT_LT(expected.size(), uses.size());
+            EXPECT_EQ(uses[expected.size()].references, references.count(id));
             expected.push_back(id);
             bytes += static_cast<std::int64_t>(chunk.size());
         }
         ASSERT_EQ(ChunkIDs(plan), expected) << "round " << round;
-        ASSERT_EQ(plan.bytesToTransfer, static_cast<std::uint64_t>(bytes));
-        ASSERT_EQ(plan.added + plan.modified + plan.unchanged, target.files().size());
+        ASSERT_EQ(plan.bytesToFetch, static_cast<std::uint64_t>(bytes));
+        ASSERT_EQ(plan.addedFiles + plan.modifiedFiles + plan.unchangedFiles, target.files().size());
     }
 }

@@ -1,6 +1,6 @@
 #include "UpdaterFixture.h"
 
-#include <FileSystem/VoUrl.h>
+#include <FileSystem/VoLocation.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoReceiver.h>
 #include <Updater/AdvertisedPackages.h>
@@ -37,11 +37,11 @@ TEST(UpdaterPaths, ThePublishedLayoutIsFixed)
 TEST(UpdaterPaths, ADefinitionIsFoundBesideTheDeclarations)
 {
     const auto declaration = Declared("packages\\{id}\\1.0.0.0\\a b#?%.xml");
-    EXPECT_EQ(declaration.definitionUrl(VoUrl("https://h:8/x/d.xml?q=/y#/z")).toString().toStdString(),
+    EXPECT_EQ(declaration.definition(VoUrl("https://h:8/x/d.xml?q=/y#/z")).toString().toStdString(),
               "https://h:8/x/packages/%7Bid%7D/1.0.0.0/a%20b%23%3F%25.xml");
-    EXPECT_EQ(declaration.definitionPath(VoFilePath("/srv/d.xml")).path().toStdString(),
+    EXPECT_EQ(declaration.definition(VoFilePath("/srv/d.xml")).toString().toStdString(),
               "\\srv\\packages\\{id}\\1.0.0.0\\a b#?%.xml");
-    EXPECT_EQ(Declared("r\\package.xml").definitionPath(VoFilePath("d.xml")).path().toStdString(), "r\\package.xml");
+    EXPECT_EQ(Declared("r\\package.xml").definition(VoFilePath("d.xml")).toString().toStdString(), "r\\package.xml");
 }
 
 TEST(UpdaterPaths, ADeclarationCannotLeadElsewhere)
@@ -50,8 +50,8 @@ TEST(UpdaterPaths, ADeclarationCannotLeadElsewhere)
         SCOPED_TRACE(path);
         const auto declaration = Declared(path);
         const VoString message = "Invalid definition path: " + VoFilePath(path).path();
-        EXPECT_THROW_MSG(declaration.definitionUrl(VoUrl("https://h/x/d.xml")), VoValidationException, message);
-        EXPECT_THROW_MSG(declaration.definitionPath(VoFilePath("/srv/d.xml")), VoValidationException, message);
+        EXPECT_THROW_MSG(declaration.definition(VoUrl("https://h/x/d.xml")), VoValidationException, message);
+        EXPECT_THROW_MSG(declaration.definition(VoFilePath("/srv/d.xml")), VoValidationException, message);
     }
 }
 

@@ -43,12 +43,8 @@ bool Install(Session& session, InstallJob& job)
         if (message->type() == AbstractMessage::PackagesUpdated)
             recorded = true;
     });
-    std::visit(
-        [&](const auto& definition) {
-            InstalledPackages::Install(std::move(job.package), definition, job.directory, session.stop,
-                                       OptionsOfInstalling(session));
-        },
-        job.definition);
+    InstalledPackages::Install(std::move(job.package), job.definition, job.directory, session.stop,
+                               OptionsOfInstalling(session));
     Record(job);
     session.console.endProgress();
     if (!recorded)

@@ -133,7 +133,7 @@ std::unique_ptr<AbstractPackageBuilder> MakeBuilder(const Session& session, cons
                                                 request.version, request.chunkSize, request.level);
     }
     const auto& newest = declared->newestPackage(*base.packageID);
-    const auto package = ReadDefinition(session, newest.definitionPath(request.declarations));
+    const auto package = ReadDefinition(session, newest.definition(request.declarations));
     if (request.name && !package->name().equal(*request.name, VoString::CaseSensitive))
         session.console.note("warning: the package keeps its name \"" + package->name() + "\"");
     session.console.fact("baseRelease", "after release", ReleaseText(newest.version()), newest.version().toString());

@@ -21,7 +21,7 @@ namespace {
 
 /// The definition of the installed release: named on the command line, itself or by its declarations, or recorded when
 /// the package was installed.
-Location DefinitionOf(const Session& session, const InstalledPackageListing& installed)
+VoLocation DefinitionOf(const Session& session, const InstalledPackageListing& installed)
 {
     const auto from = session.arguments.location("from");
     if (!from) {
@@ -33,14 +33,7 @@ Location DefinitionOf(const Session& session, const InstalledPackageListing& ins
     const auto declared = ReadDeclarations(session, *from);
     if (!declared)
         return *from;
-    return DefinitionLocation(declared->package(installed.packageID(), installed.versionID()), *from);
-}
-
-VerificationReport Repair(const Session& session, const Location& definition)
-{
-    if (const VoUrl* url = std::get_if<VoUrl>(&definition))
-        return InstalledPackages::Repair(*url, session.stop, session.downloads);
-    return InstalledPackages::Repair(std::get<VoFilePath>(definition), session.stop);
+    return declared->package(installed.packageID(), installed.versionID()).definition(*from);
 }
 
 ExitCode Run(Session& session)
@@ -50,7 +43,7 @@ ExitCode Run(Session& session)
     const VoUUID packageID = RequireInstalled(name);
     const auto installed =
         Doing(session.arguments, "read the listing of", name, [&] { return InstalledPackages::Package(packageID); });
-    const Location definition = DefinitionOf(session, *installed);
+    const VoLocation definition = DefinitionOf(session, *installed);
     std::atomic<bool> intact{true};
     const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
         ShowUpdateMessage(console, message);
@@ -60,8 +53,9 @@ ExitCode Run(Session& session)
         else if (message->type() == AbstractMessage::VerificationSuccess)
             intact = true;
     });
-    const VerificationReport found =
-        Doing(session.arguments, "repair", name, [&] { return Repair(session, definition); });
+    const VerificationReport found = Doing(session.arguments, "repair", name, [&] {
+        return InstalledPackages::Repair(definition, session.stop, session.downloads);
+    });
     console.endProgress();
 
     ShowFindings(console, found);

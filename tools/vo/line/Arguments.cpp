@@ -254,7 +254,7 @@ std::optional<VoDirectoryPath> Arguments::directory(const char* option) const
     return TypedDirectory(NameOf(option), *value);
 }
 
-std::optional<Location> Arguments::location(const char* option) const
+std::optional<VoLocation> Arguments::location(const char* option) const
 {
     const auto value = text(option);
     if (!value)
@@ -272,7 +272,7 @@ VoDirectoryPath Arguments::directoryArgument(std::size_t index) const
     return TypedDirectory("argument", argument(index));
 }
 
-Location Arguments::locationArgument(std::size_t index) const
+VoLocation Arguments::locationArgument(std::size_t index) const
 {
     return TypedLocation("argument", argument(index));
 }

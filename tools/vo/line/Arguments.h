@@ -47,7 +47,7 @@ public:
     std::uint64_t bytes(const char* option, std::uint64_t fallback, std::uint64_t lowest, std::uint64_t highest) const;
     std::optional<VoFilePath> file(const char* option) const;
     std::optional<VoDirectoryPath> directory(const char* option) const;
-    std::optional<Location> location(const char* option) const;
+    std::optional<VoLocation> location(const char* option) const;
     /// @}
 
     /// A file or folder, given as NativeText() writes it, as it was typed where the user named it; else as it is.
@@ -58,7 +58,7 @@ public:
     /// @{ An argument as an absolute path, or as a path or URL. The disk is not asked.
     VoFilePath fileArgument(std::size_t index) const;
     VoDirectoryPath directoryArgument(std::size_t index) const;
-    Location locationArgument(std::size_t index) const;
+    VoLocation locationArgument(std::size_t index) const;
     /// @}
 
 private:

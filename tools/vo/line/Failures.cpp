@@ -265,7 +265,7 @@ CommandError ToldFailure(const Arguments& arguments, const VoString& wanted, con
     return error;
 }
 
-VoString NameOf(const Arguments& arguments, const Location& location)
+VoString NameOf(const Arguments& arguments, const VoLocation& location)
 {
     return VoString(arguments.typedName(LocationText(location).toStdString()));
 }

@@ -31,7 +31,7 @@ auto Doing(const Arguments& arguments, const VoString& wanted, const VoString& n
 }
 
 /// What the user calls a place: as it was typed where he named it, else as LocationText().
-VoString NameOf(const Arguments& arguments, const Location& location);
+VoString NameOf(const Arguments& arguments, const VoLocation& location);
 VoString NameOf(const Arguments& arguments, const VoDirectoryPath& directory);
 
 /// @throws Failure unless the folder is there: "cannot <wanted> <its name>: ..."

@@ -5,11 +5,9 @@
 
 #include <Core/VoString.h>
 
-#include <QtCore/QUrl>
-
 namespace vo::tool {
 
-Location TypedLocation(const VoString& source, const VoString& text)
+VoLocation TypedLocation(const VoString& source, const VoString& text)
 {
     if (!text.contains("://"))
         return TypedFile(source, text);
@@ -19,11 +17,9 @@ Location TypedLocation(const VoString& source, const VoString& text)
     return url;
 }
 
-VoString LocationText(const Location& location)
+VoString LocationText(const VoLocation& location)
 {
-    if (const VoFilePath* file = std::get_if<VoFilePath>(&location))
-        return PathText(*file);
-    return VoString(std::get<VoUrl>(location).toQUrl().toString(QUrl::RemoveUserInfo | QUrl::FullyEncoded));
+    return location.isUrl() ? location.withoutUser().toString() : PathText(location.file());
 }
 
 } // namespace vo::tool

@@ -34,11 +34,11 @@ void Trust(const VoFilePath& authorities)
     QSslConfiguration::setDefaultConfiguration(configuration);
 }
 
-const VoUrl& RequireUrl(const Location& location, const VoString& problem)
+const VoUrl& RequireUrl(const VoLocation& location, const VoString& problem)
 {
-    if (const VoUrl* url = std::get_if<VoUrl>(&location))
-        return *url;
-    throw UsageError("option --mirror: " + problem);
+    if (!location.isUrl())
+        throw UsageError("option --mirror: " + problem);
+    return location.url();
 }
 
 /// The mirror holds what stands beside the document that the command names: by --from where it has that, else first.
@@ -88,9 +88,9 @@ VoDownloadPolicy PrepareDownloads(const Arguments& arguments, Console& console, 
     return policy;
 }
 
-void ShowDownloadCounts(Session& session, const Location& document)
+void ShowDownloadCounts(Session& session, const VoLocation& document)
 {
-    if (!std::holds_alternative<VoUrl>(document))
+    if (!document.isUrl())
         return;
     const std::uint64_t bytes = session.counts.documentBytes;
     session.console.fact("documentBytes", "documents", BytesText(bytes), bytes);

@@ -30,6 +30,6 @@ struct DownloadCounts
 VoDownloadPolicy PrepareDownloads(const Arguments& arguments, Console& console, DownloadCounts& counts);
 
 /// Shows what was counted, for a command that has read `document` from a server.
-void ShowDownloadCounts(Session& session, const Location& document);
+void ShowDownloadCounts(Session& session, const VoLocation& document);
 
 } // namespace vo::tool

@@ -16,7 +16,7 @@ class Session;
 /// What "vo plan" and "vo install" have in common: the release, where it goes and what that takes.
 struct InstallJob
 {
-    Location definition;                                    ///< Of the release.
+    VoLocation definition;                                  ///< Of the release.
     VoUniquePtr<updater::AdvertisedPackageListing> package; ///< As it was read there, once.
     VoDirectoryPath directory;
     updater::InstallationPlan plan;

@@ -80,32 +80,19 @@ const Declaration& ChooseRelease(const AdvertisedPackages& declared, const VoUUI
     return *fitting.front();
 }
 
-VoUniquePtr<AdvertisedPackages> ReadDeclarations(const Session& session, const Location& location)
+VoUniquePtr<AdvertisedPackages> ReadDeclarations(const Session& session, const VoLocation& location)
 {
-    return Doing(session.arguments, "read", NameOf(session.arguments, location), [&] {
-        if (const VoUrl* url = std::get_if<VoUrl>(&location))
-            return AdvertisedPackages::Open(*url, session.stop, session.downloads);
-        return AdvertisedPackages::Open(std::get<VoFilePath>(location));
-    });
+    return Doing(session.arguments, "read", NameOf(session.arguments, location),
+                 [&] { return AdvertisedPackages::Open(location, session.stop, session.downloads); });
 }
 
-VoUniquePtr<AdvertisedPackageListing> ReadDefinition(const Session& session, const Location& location)
+VoUniquePtr<AdvertisedPackageListing> ReadDefinition(const Session& session, const VoLocation& location)
 {
-    return Doing(session.arguments, "read", NameOf(session.arguments, location), [&] {
-        if (const VoUrl* url = std::get_if<VoUrl>(&location))
-            return AdvertisedPackageListing::Open(*url, session.stop, session.downloads);
-        return AdvertisedPackageListing::Open(std::get<VoFilePath>(location));
-    });
+    return Doing(session.arguments, "read", NameOf(session.arguments, location),
+                 [&] { return AdvertisedPackageListing::Open(location, session.stop, session.downloads); });
 }
 
-Location DefinitionLocation(const Declaration& declaration, const Location& declarations)
-{
-    if (const VoUrl* url = std::get_if<VoUrl>(&declarations))
-        return declaration.definitionUrl(*url);
-    return declaration.definitionPath(std::get<VoFilePath>(declarations));
-}
-
-VoUniquePtr<AdvertisedPackages> OpenDeclarations(const Session& session, const Location& location)
+VoUniquePtr<AdvertisedPackages> OpenDeclarations(const Session& session, const VoLocation& location)
 {
     VoUniquePtr<AdvertisedPackages> declared = ReadDeclarations(session, location);
     if (!declared)
@@ -116,7 +103,7 @@ VoUniquePtr<AdvertisedPackages> OpenDeclarations(const Session& session, const L
 ChosenRelease OpenChosenRelease(const Session& session)
 {
     const Arguments& arguments = session.arguments;
-    const Location location = arguments.locationArgument(0);
+    const VoLocation location = arguments.locationArgument(0);
     const VoUniquePtr<AdvertisedPackages> declared = ReadDeclarations(session, location);
     if (!declared) {
         ChosenRelease chosen{location, ReadDefinition(session, location)};
@@ -125,7 +112,7 @@ ChosenRelease OpenChosenRelease(const Session& session)
     }
     const VoUUID packageID = ChoosePackage(*declared, arguments.identifier("package"));
     const Declaration& declaration = ChooseRelease(*declared, packageID, arguments.release("release"));
-    const Location definition = DefinitionLocation(declaration, location);
+    const VoLocation definition = declaration.definition(location);
     ChosenRelease chosen{definition, ReadDefinition(session, definition)};
     if (!(chosen.package->packageID() == declaration.packageID()) ||
         !(chosen.package->versionID() == declaration.versionID()))

@@ -16,7 +16,7 @@ class Session;
 /// The release that a command works on.
 struct ChosenRelease
 {
-    Location definition; ///< Where its definition stands.
+    VoLocation definition; ///< Where its definition stands.
     VoUniquePtr<updater::AdvertisedPackageListing> package;
 };
 
@@ -40,16 +40,12 @@ ChosenRelease OpenChosenRelease(const Session& session);
 
 /// Opens declarations.
 /// @throws Failure when it is a document of another kind
-VoUniquePtr<updater::AdvertisedPackages> OpenDeclarations(const Session& session, const Location& location);
+VoUniquePtr<updater::AdvertisedPackages> OpenDeclarations(const Session& session, const VoLocation& location);
 
 /// @{ Read a document where it stands; what is on a server is fetched as the command line says. Throw
 /// CommandError; the first returns an empty pointer for a document of another kind.
-VoUniquePtr<updater::AdvertisedPackages> ReadDeclarations(const Session& session, const Location& location);
-VoUniquePtr<updater::AdvertisedPackageListing> ReadDefinition(const Session& session, const Location& location);
+VoUniquePtr<updater::AdvertisedPackages> ReadDeclarations(const Session& session, const VoLocation& location);
+VoUniquePtr<updater::AdvertisedPackageListing> ReadDefinition(const Session& session, const VoLocation& location);
 /// @}
-
-/// Where the definition of a declared release stands.
-/// @throws VoValidationException for a path that leads elsewhere
-Location DefinitionLocation(const updater::AdvertisedPackages::Declaration& declaration, const Location& declarations);
 
 } // namespace vo::tool

@@ -39,10 +39,9 @@ VoFilePath RecordPath(const VoUUID& packageID)
 
 /// The folder of the declarations beside which a definition was published
 /// (FOLDER/packages/PACKAGE/RELEASE/package.xml), or else that of the definition.
-std::string PublishedPlace(const Location& definition)
+std::string PublishedPlace(const VoLocation& definition)
 {
-    const VoFilePath* file = std::get_if<VoFilePath>(&definition);
-    std::string text = (file != nullptr ? file->path() : LocationText(definition)).toStdString();
+    std::string text = definition.withoutUser().toString().toStdString();
     std::replace(text.begin(), text.end(), '\\', '/');
     const auto parent = [](const std::string& path) { return path.substr(0, path.find_last_of('/')); };
     const std::string folder = parent(text);
@@ -55,10 +54,9 @@ std::string PublishedPlace(const Location& definition)
 
 } // namespace
 
-void RecordSource(const VoUUID& packageID, const Location& definition)
+void RecordSource(const VoUUID& packageID, const VoLocation& definition)
 {
-    const VoFilePath* file = std::get_if<VoFilePath>(&definition);
-    const VoString text = file != nullptr ? file->path() : LocationText(definition);
+    const VoString text = definition.withoutUser().toString();
     const auto write = [&] {
         VoFileSystem::CreateDirectory(RecordDirectory(), true);
         VoAtomicFileWriter writer(RecordPath(packageID));
@@ -73,7 +71,7 @@ void RecordSource(const VoUUID& packageID, const Location& definition)
     }
 }
 
-std::optional<Location> RecordedSource(const VoUUID& packageID)
+std::optional<VoLocation> RecordedSource(const VoUUID& packageID)
 {
     const VoFilePath path = RecordPath(packageID);
     if (!VoFileSystem::Exists(path))
@@ -97,15 +95,15 @@ std::optional<Location> RecordedSource(const VoUUID& packageID)
     return definition;
 }
 
-bool IsSamePlace(const Location& a, const Location& b)
+bool IsSamePlace(const VoLocation& a, const VoLocation& b)
 {
-    if (a.index() != b.index())
+    if (a.isUrl() != b.isUrl())
         return false;
     const std::string placeA = PublishedPlace(a);
     const std::string placeB = PublishedPlace(b);
     // Two names of one folder, such as a link, are one place.
-    return placeA == placeB || (std::holds_alternative<VoFilePath>(a) &&
-                                VoFileSystem::Same(VoFilePath(VoString(placeA)), VoFilePath(VoString(placeB))));
+    return placeA == placeB ||
+           (!a.isUrl() && VoFileSystem::Same(VoFilePath(VoString(placeA)), VoFilePath(VoString(placeB))));
 }
 
 void ForgetSource(const VoUUID& packageID)

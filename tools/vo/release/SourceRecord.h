@@ -16,11 +16,11 @@ namespace vo::tool {
 /// recorded.
 
 /// Records where the definition of an installed package stands. Throws what writing files throws.
-void RecordSource(const VoUUID& packageID, const Location& definition);
+void RecordSource(const VoUUID& packageID, const VoLocation& definition);
 /// The place recorded for a package, if any can be read.
-std::optional<Location> RecordedSource(const VoUUID& packageID);
+std::optional<VoLocation> RecordedSource(const VoUUID& packageID);
 /// Whether two definitions are of one published folder: of releases beside the same declarations, or in one folder.
-bool IsSamePlace(const Location& a, const Location& b);
+bool IsSamePlace(const VoLocation& a, const VoLocation& b);
 /// Forgets a package, and leaves no empty directory.
 void ForgetSource(const VoUUID& packageID);
 

@@ -18,12 +18,12 @@ using Releases = std::vector<VoUniquePtr<AdvertisedPackageListing>>;
 namespace {
 
 Releases OpenReleases(const Session& session, const AdvertisedPackages& declared, const VoUUID& packageID,
-                      const Location& location)
+                      const VoLocation& location)
 {
     Releases releases;
     for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
         if (declaration.packageID() == packageID)
-            releases.push_back(ReadDefinition(session, DefinitionLocation(declaration, location)));
+            releases.push_back(ReadDefinition(session, declaration.definition(location)));
     }
     std::stable_sort(releases.begin(), releases.end(),
                      [](const auto& a, const auto& b) { return a->version() < b->version(); });
@@ -39,15 +39,15 @@ VoString Padded(const VoString& text, std::size_t width)
 
 void ShowUpdate(Console& console, const AdvertisedPackageListing* from, const AdvertisedPackageListing& to)
 {
-    const updater::detail::UpdatePlan plan =
+    const InstallationPlan plan =
         from ? updater::detail::PlanUpdate(*from->compare(to), nullptr, to) : updater::detail::PlanUpdate(nullptr, to);
-    const std::uint64_t files = plan.added + plan.modified;
+    const std::uint64_t files = plan.addedFiles + plan.modifiedFiles;
     const VoString start = from ? ReleaseText(from->version()) : VoString("nothing");
     console.row("updates",
                 Padded(start, 10) + Padded(ReleaseText(to.version()), 10) + Padded(VoString(files), 8) +
-                    Padded(VoString(plan.chunks.size()), 8) + BytesText(plan.bytesToTransfer),
+                    Padded(VoString(plan.chunks.size()), 8) + BytesText(plan.bytesToFetch),
                 JsonRecord()("from", from ? from->version().toString() : VoString())("to", to.version().toString())(
-                    "files", files)("chunks", plan.chunks.size())("bytesToFetch", plan.bytesToTransfer)(
+                    "files", files)("chunks", plan.chunks.size())("bytesToFetch", plan.bytesToFetch)(
                     "bytesToWrite", plan.bytesToWrite));
 }
 
@@ -59,7 +59,7 @@ ExitCode ShowUpdateMatrix(Session& session)
         if (session.arguments.has(option))
             throw UsageError("option --matrix: goes with --package only, not with --" + VoString(option));
     }
-    const Location location = session.arguments.locationArgument(0);
+    const VoLocation location = session.arguments.locationArgument(0);
     const auto declared = OpenDeclarations(session, location);
     const Releases releases =
         OpenReleases(session, *declared, ChoosePackage(*declared, session.arguments.identifier("package")), location);

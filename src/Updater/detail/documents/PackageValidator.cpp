@@ -9,7 +9,7 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/detail/SafePath.h>
 #include <Updater/AdvertisedPackageListing.h>
-#include <Updater/detail/install/FileInstaller.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
 
 #include <QtCore/QString>
 
@@ -178,9 +178,14 @@ void RequireDistinctTargets(const VoDeque<AdvertisedFileListing>& files)
 
 } // namespace
 
+bool IsSafeIdentifier(const VoUUID& id)
+{
+    return vo::detail::SafeName(id.toString()) && SurvivesXML(id.toString().toStdString());
+}
+
 void RequireSafeIdentifier(const VoUUID& id)
 {
-    if (!vo::detail::SafeName(id.toString()) || !SurvivesXML(id.toString().toStdString()))
+    if (!IsSafeIdentifier(id))
         throw VoValidationException("Invalid identifier: " + id.toString());
 }
 

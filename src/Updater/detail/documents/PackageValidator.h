@@ -19,6 +19,7 @@ namespace vo::updater::detail {
 /// name, a path must stay below the directory it will be appended to, and both must survive being written to XML and
 /// read again.
 /// @{
+bool IsSafeIdentifier(const VoUUID& id);                                      ///< Whether the next one does not throw.
 VOCORE_PRIVATE_EXPORT void RequireSafeIdentifier(const VoUUID& id);           ///< "Invalid identifier: " + id
 VOCORE_PRIVATE_EXPORT void RequireSafeTarget(const VoFilePath& target);       ///< "Invalid target path: " + target
 VOCORE_PRIVATE_EXPORT void RequireSafeChunkPath(const VoFilePath& path);      ///< "Invalid chunk path: " + path

@@ -10,8 +10,9 @@
 #include <Download/VoDownloadRequest.h>
 #include <Download/VoGroupedDownloadRequest.h>
 #include <Download/detail/DownloadFailure.h>
+#include <FileSystem/VoLocation.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/UpdateMessages.h>
+#include <Updater/VoDataProgress.h>
 #include <Updater/detail/documents/DocumentCache.h>
 
 #include <memory>
@@ -60,6 +61,28 @@ VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const Vo
     else
         cache.keep(receipt->tag, file.path());
     return file;
+}
+
+DocumentFile::DocumentFile(const VoLocation& location, const VoStopFlag& stop, const VoDownloadPolicy& policy)
+{
+    if (location.isUrl()) {
+        m_fetched.emplace(FetchDocument(location.url(), stop, policy));
+        m_path = m_fetched->path();
+        m_name = vo::detail::DisplayText(location.url());
+    } else {
+        m_path = location.file();
+        m_name = m_path.path();
+    }
+}
+
+const VoFilePath& DocumentFile::path() const
+{
+    return m_path;
+}
+
+const VoString& DocumentFile::name() const
+{
+    return m_name;
 }
 
 void FetchFiles(const VoDeque<RemoteFile>& files, const VoStopFlag& stop, const VoDownloadPolicy& policy,

@@ -2,6 +2,7 @@
 
 #include <Core/VoDeque.h>
 #include <Core/VoForward.h>
+#include <Core/VoString.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoTemporaryFile.h>
@@ -9,9 +10,11 @@
 #include <Updater/detail/documents/XMLDocument.h>
 
 #include <functional>
+#include <optional>
 
 struct VoDownloadPolicy;
 class VoDownloadProgress;
+class VoLocation;
 
 namespace vo::updater::detail {
 
@@ -23,6 +26,23 @@ namespace vo::updater::detail {
 /// @throws VoUserCancelledException when the flag is raised
 VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const VoDownloadPolicy& policy,
                               std::uint64_t most = LargestDocument);
+
+/// A document to be read: a file where it stands, or what was fetched of a URL. The one place where the updater gets
+/// its documents from; the file lives as long as this.
+class DocumentFile
+{
+public:
+    /// Throws as FetchDocument, for a URL.
+    DocumentFile(const VoLocation& location, const VoStopFlag& stop, const VoDownloadPolicy& policy);
+
+    const VoFilePath& path() const; ///< What to read.
+    const VoString& name() const;   ///< What people are told that it is; no password is in it.
+
+private:
+    std::optional<VoTemporaryFile> m_fetched;
+    VoFilePath m_path;
+    VoString m_name;
+};
 
 /// A file to fetch, and the size that it may not exceed.
 struct RemoteFile

@@ -3,6 +3,8 @@
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
+#include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/PackageValidator.h>
 
 namespace vo::updater::detail {
 
@@ -24,14 +26,34 @@ VoDirectoryPath ReleaseDirectory(const VoUUID& packageID, const VoVersion& versi
         .directory(version.toString());
 }
 
-VoFilePath BesideDocument(const VoFilePath& document, const VoFilePath& relative)
+namespace {
+
+VoFilePath RecordPath(const VoUUID& packageID, const char* suffix)
 {
-    return document.parent().appended(relative);
+    RequireSafeIdentifier(packageID);
+    return VoUpdater::InstalledListingDirectory().file(packageID.toString() + suffix);
 }
 
-VoUrl BesideDocument(const VoUrl& document, const VoFilePath& relative)
+} // namespace
+
+VoFilePath ListingPath(const VoUUID& packageID)
 {
-    return document.parent().appended(relative);
+    return RecordPath(packageID, ".xml");
+}
+
+VoFilePath RemovedListingPath(const VoUUID& packageID)
+{
+    return RecordPath(packageID, RemovedSuffix);
+}
+
+VoFilePath DamageRecordPath(const VoUUID& packageID)
+{
+    return RecordPath(packageID, ".damaged");
+}
+
+VoDirectoryPath StagingPath(const VoUUID& packageID)
+{
+    return VoUpdater::DownloadDirectory().directory(packageID.toString());
 }
 
 } // namespace vo::updater::detail

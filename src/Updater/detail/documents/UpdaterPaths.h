@@ -9,7 +9,6 @@
 #include <Core/VoForward.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
-#include <FileSystem/VoUrl.h>
 
 namespace vo::updater::detail {
 
@@ -29,12 +28,21 @@ VOCORE_PRIVATE_EXPORT VoFilePath ChunkPath(const VoUUID& chunkID);
 /// A release's directory relative to the directory of the declarations: "packages" / packageID / version.
 VOCORE_PRIVATE_EXPORT VoDirectoryPath ReleaseDirectory(const VoUUID& packageID, const VoVersion& version);
 
-/// @{
-/// A safely relative path of a document, at the place of that document. For a URL each piece is percent-encoded and
-/// appended to the URL's parent, never resolved: a path such as "//other/x" must not lead to another server. The caller
-/// checks the path first (PackageValidator.h).
-VOCORE_PRIVATE_EXPORT VoFilePath BesideDocument(const VoFilePath& document, const VoFilePath& relative);
-VOCORE_PRIVATE_EXPORT VoUrl BesideDocument(const VoUrl& document, const VoFilePath& relative);
+/// How the listing of a package ends that is gone, until the registry has forgotten the package.
+inline constexpr const char* RemovedSuffix = ".removed";
+
+/// @{ What stands behind a path while the file that is to bear it is built beside it, and behind that of the old file
+/// that is kept there.
+inline constexpr const char* BuiltSuffix = ".vonew";
+inline constexpr const char* AsideSuffix = ".voold";
 /// @}
+
+/// @{ Where the records of a package stand that is, or was, installed.
+/// @throws VoValidationException ("Invalid identifier: " + packageID) for an ID that cannot be a file's name
+VoFilePath ListingPath(const VoUUID& packageID);
+VoFilePath RemovedListingPath(const VoUUID& packageID); ///< What is left of it until the registry has forgotten it.
+VoFilePath DamageRecordPath(const VoUUID& packageID);
+/// @}
+VoDirectoryPath StagingPath(const VoUUID& packageID); ///< Where its chunks are gathered.
 
 } // namespace vo::updater::detail

@@ -5,11 +5,11 @@
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/PackageDifferences.h>
-#include <Updater/detail/documents/Containment.h>
-#include <Updater/detail/install/FileActions.h>
-#include <Updater/detail/install/FileCheck.h>
-#include <Updater/detail/install/FileOwners.h>
-#include <Updater/detail/install/PathIndex.h>
+#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileCheck.h>
+#include <Updater/detail/files/PathIndex.h>
+#include <Updater/detail/registry/FileOwners.h>
 
 #include <optional>
 

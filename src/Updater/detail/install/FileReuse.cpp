@@ -5,9 +5,9 @@
 #include <Core/VoString.h>
 #include <Download/VoDownloadSize.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/documents/PackageValidator.h>
-#include <Updater/detail/install/FileCheck.h>
+#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/files/FileCheck.h>
 
 #include <algorithm>
 #include <string>

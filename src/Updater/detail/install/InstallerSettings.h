@@ -3,33 +3,38 @@
 #include <Core/VoDeque.h>
 #include <Core/VoUUID.h>
 #include <FileSystem/VoDirectoryPath.h>
+#include <Updater/InstallationOptions.h>
+#include <Updater/PackageInstaller.h>
 #include <Updater/detail/install/ChunkCache.h>
+#include <Updater/detail/install/UpdateTransaction.h>
 
 #include <cstddef>
-#include <functional>
-
-namespace vo::updater {
-class InstalledPackageListing;
-}
+#include <utility>
 
 namespace vo::updater::detail {
 
-/// How a run differs from the usual one.
+/// How a run goes about its work: what its user chose, and what those choose who run an installer for their own ends.
 struct InstallerSettings
 {
-    VoDirectoryPath staging;  ///< The staging directory; null: the package's own.
-    bool isTemporary = false; ///< Whether the installation itself is: then nothing is noted, and no package is asked.
-    /// Keeps the listing as the last step that can still be undone, and tells whether all of the keeping succeeded;
-    /// what it throws undoes the run. Empty: the caller keeps what the run returns.
-    std::function<bool(const InstalledPackageListing&)> record;
+    InstallationOptions options{};
+    VoDirectoryPath staging{}; ///< The staging directory; null: the package's own.
+    bool isTemporary = false;  ///< Whether the installation itself is: then nothing is noted, and no package is asked.
+    /// Keeps the listing as the last step that can still be undone; what it throws undoes the run. Empty: the caller
+    /// keeps what the run returns.
+    UpdateTransaction::Recorder record{};
     std::size_t cacheLimit = ChunkCache::UsualLimit; ///< Bytes of uncompressed chunks to hold.
-    VoDeque<VoUUID> damaged; ///< Files to write although the listings say that they are unchanged.
-    /// @{ As in InstallationOptions.
-    bool reuseInstalledFiles = false;
-    bool refuseForeignFiles = false;
-    bool refuseOtherDirectory = false;
-    bool refuseOlder = false;
-    /// @}
+    VoDeque<VoUUID> damaged{}; ///< Files to write although the listings say that they are unchanged.
+};
+
+/// An installer for those who know what is installed (null: nothing) and how the run differs from the usual one.
+class ConfiguredInstaller final : public PackageInstaller
+{
+public:
+    ConfiguredInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
+                        VoUniquePtr<InstalledPackageListing> installed, const InstallerSettings& settings)
+        : PackageInstaller(std::move(package), installationDirectory, std::move(installed), settings)
+    {
+    }
 };
 
 } // namespace vo::updater::detail

@@ -5,9 +5,9 @@
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/InstalledPackageListing.h>
-#include <Updater/detail/documents/Containment.h>
-#include <Updater/detail/install/FileCheck.h>
-#include <Updater/detail/install/FileOwners.h>
+#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/install/EventReport.h>
+#include <Updater/detail/registry/FileOwners.h>
 
 #include <algorithm>
 #include <string>
@@ -80,6 +80,33 @@ VoDeque<VoFilePath> FindExtra(const InstalledPackageListing& listing, FileOwners
 }
 
 } // namespace
+
+VoDeque<FileFinding> VerifyFiles(std::size_t count, const std::function<ExpectedFile(std::size_t)>& expected,
+                                 const EventReport& report, const VoStopFlag& stop)
+{
+    VoDeque<FileFinding> findings;
+    report.report(AbstractMessage::VerificationStarted, "Starting installation verification");
+    ExamineAll(count, expected, Links::Followed, stop, [&](std::size_t number, FileState state) {
+        if (state != FileState::Sound) {
+            const VoString path = expected(number).path.path();
+            if (state == FileState::Missing)
+                report.report(AbstractMessage::FileMissing, "File missing: " + path, "File missing " + path);
+            else
+                report.report(AbstractMessage::FileMismatch, "File checksum mismatch: " + path);
+            findings.pushBack({number, state});
+        }
+        report.send<VerificationProgressMessage>(number + 1, count);
+    });
+    return findings;
+}
+
+void ReportVerified(bool isIntact, const EventReport& report)
+{
+    if (isIntact)
+        report.report(AbstractMessage::VerificationSuccess, "Installation verification success");
+    else
+        report.report(AbstractMessage::VerificationFailed, "Installation verification failed");
+}
 
 PackageCheck CheckPackage(const InstalledPackageListing& listing, FileOwners& owners, const VoStopFlag& stop,
                           const EventReport& events)

@@ -4,6 +4,10 @@
 #include <Core/VoForward.h>
 #include <Core/VoUUID.h>
 #include <Updater/VerificationReport.h>
+#include <Updater/detail/files/FileCheck.h>
+
+#include <cstddef>
+#include <functional>
 
 namespace vo::updater {
 class InstalledPackageListing;
@@ -13,6 +17,20 @@ namespace vo::updater::detail {
 
 class EventReport;
 class FileOwners;
+
+/// A file that is not as it ought to be.
+struct FileFinding
+{
+    std::size_t number;
+    FileState state;
+};
+
+/// Examines installed files, following links, and tells of the beginning, of each finding and of the progress. Returns
+/// the findings; the caller reports the end with ReportVerified. Throws as ExamineAll.
+VoDeque<FileFinding> VerifyFiles(std::size_t count, const std::function<ExpectedFile(std::size_t)>& expected,
+                                 const EventReport& report, const VoStopFlag& stop);
+/// Tells of the end of it.
+void ReportVerified(bool isIntact, const EventReport& report);
 
 /// What a check found, and the IDs of the files that a repair has to write.
 struct PackageCheck

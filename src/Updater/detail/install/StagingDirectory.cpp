@@ -7,8 +7,8 @@
 #include <IO/VoFileByteStream.h>
 #include <Updater/ChunkListing.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
-#include <Updater/detail/install/FileActions.h>
-#include <Updater/detail/install/FileCheck.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileCheck.h>
 
 namespace vo::updater::detail {
 
@@ -52,6 +52,11 @@ std::uint64_t PromisedSize(const VoByteArray& compressed)
 StagingDirectory::StagingDirectory(const VoDirectoryPath& directory)
     : m_directory(directory)
 {
+}
+
+StagingDirectory StagingDirectory::OfPackage(const VoUUID& packageID)
+{
+    return StagingDirectory(StagingPath(packageID));
 }
 
 const VoDirectoryPath& StagingDirectory::path() const

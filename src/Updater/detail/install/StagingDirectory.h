@@ -19,6 +19,7 @@ class VOCORE_PRIVATE_EXPORT StagingDirectory
 {
 public:
     explicit StagingDirectory(const VoDirectoryPath& directory);
+    static StagingDirectory OfPackage(const VoUUID& packageID); ///< That of a package.
 
     const VoDirectoryPath& path() const; ///< The directory.
     /// The file of a chunk, there or not.

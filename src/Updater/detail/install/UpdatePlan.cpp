@@ -30,7 +30,8 @@ bool IsWritten(const FileDifference& difference)
     return difference.type() == FileDifference::Added || difference.type() == FileDifference::Modified;
 }
 
-void Append(UpdatePlan& plan, const FileDifference& difference, const VoFilePath& path, const VoDownloadSize& size)
+void Append(InstallationPlan& plan, const FileDifference& difference, const VoFilePath& path,
+            const VoDownloadSize& size)
 {
     plan.files.pushBack({difference.type(), difference.fileID(), path, Bytes(size)});
     std::uint64_t& bytes = IsWritten(difference) ? plan.bytesToWrite : plan.bytesToRemove;
@@ -71,19 +72,8 @@ ChunkNumbers Extents(const AdvertisedPackageListing& advertised)
     return extents;
 }
 
-// In the order of the advert, each once also when the advert lists it twice.
-VoDeque<ChunkListing> ReferredChunks(const AdvertisedPackageListing& advertised, ChunkNumbers references)
-{
-    VoDeque<ChunkListing> chunks;
-    for (const ChunkListing& chunk : advertised.chunks()) {
-        if (references.erase(Key(chunk.id())) != 0)
-            chunks.pushBack(chunk);
-    }
-    return chunks;
-}
-
-void PlanFiles(UpdatePlan& plan, const PackageDifferences& differences, const InstalledPackageListing* installed,
-               const AdvertisedPackageListing& advertised)
+void AddFiles(InstallationPlan& plan, const PackageDifferences& differences, const InstalledPackageListing* installed,
+              const AdvertisedPackageListing& advertised)
 {
     for (const FileDifference& difference : differences.fileDifferences()) {
         if (IsWritten(difference)) {
@@ -91,13 +81,14 @@ void PlanFiles(UpdatePlan& plan, const PackageDifferences& differences, const In
             if (!file)
                 continue;
             Append(plan, difference, file->target(), file->size());
-            ++(difference.type() == FileDifference::Added ? plan.added : plan.modified);
+            ++(difference.type() == FileDifference::Added ? plan.addedFiles : plan.modifiedFiles);
         } else if (const InstalledFileListing* file = installed ? installed->file(difference.fileID()) : nullptr) {
             Append(plan, difference, file->path(), file->size());
-            ++plan.removed;
+            ++plan.removedFiles;
         }
     }
-    plan.unchanged = advertised.files().size() - std::min(advertised.files().size(), plan.added + plan.modified);
+    plan.unchangedFiles =
+        advertised.files().size() - std::min(advertised.files().size(), plan.addedFiles + plan.modifiedFiles);
 }
 
 } // namespace
@@ -109,29 +100,60 @@ PackageDifferences Differences(const InstalledPackageListing* installed, const A
     return std::move(*InstalledPackageListing(advertised, VoDirectoryPath()).compare(advertised));
 }
 
-VoDeque<ChunkListing> RequiredChunks(const PackageDifferences& differences, const AdvertisedPackageListing& advertised)
-{
-    return ReferredChunks(advertised, CountReferences(differences, advertised));
-}
-
-UpdatePlan PlanUpdate(const InstalledPackageListing* installed, const AdvertisedPackageListing& advertised)
+InstallationPlan PlanUpdate(const InstalledPackageListing* installed, const AdvertisedPackageListing& advertised)
 {
     return PlanUpdate(Differences(installed, advertised), installed, advertised);
 }
 
-UpdatePlan PlanUpdate(const PackageDifferences& differences, const InstalledPackageListing* installed,
-                      const AdvertisedPackageListing& advertised)
+InstallationPlan PlanUpdate(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                            const AdvertisedPackageListing& advertised)
 {
-    UpdatePlan plan;
-    PlanFiles(plan, differences, installed, advertised);
-
-    const ChunkNumbers references = CountReferences(differences, advertised);
-    const ChunkNumbers extents = Extents(advertised);
-    for (const ChunkListing& chunk : ReferredChunks(advertised, references)) {
-        plan.chunks.pushBack({chunk, references.at(Key(chunk.id())), extents.at(Key(chunk.id()))});
-        plan.bytesToTransfer = SaturatedSum(plan.bytesToTransfer, Bytes(chunk.size()));
-    }
+    InstallationPlan plan = PlanFiles(differences, installed, advertised);
+    PlanFetching(plan, Listings(ChunkUses(differences, advertised)));
     return plan;
+}
+
+InstallationPlan PlanFiles(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                           const AdvertisedPackageListing& advertised)
+{
+    InstallationPlan plan;
+    plan.packageID = advertised.packageID();
+    plan.versionID = advertised.versionID();
+    plan.name = advertised.name();
+    plan.version = advertised.version();
+    AddFiles(plan, differences, installed, advertised);
+    return plan;
+}
+
+VoDeque<ChunkUse> ChunkUses(const PackageDifferences& differences, const AdvertisedPackageListing& advertised)
+{
+    ChunkNumbers references = CountReferences(differences, advertised);
+    const ChunkNumbers extents = Extents(advertised);
+    VoDeque<ChunkUse> uses;
+    for (const ChunkListing& chunk : advertised.chunks()) {
+        const auto count = references.find(Key(chunk.id()));
+        if (count == references.end())
+            continue;
+        uses.pushBack({chunk, count->second, extents.at(count->first)});
+        references.erase(count); // each once, also when the advert lists it twice
+    }
+    return uses;
+}
+
+VoDeque<ChunkListing> Listings(const VoDeque<ChunkUse>& chunks)
+{
+    VoDeque<ChunkListing> result;
+    for (const ChunkUse& chunk : chunks)
+        result.pushBack(chunk.listing);
+    return result;
+}
+
+void PlanFetching(InstallationPlan& plan, VoDeque<ChunkListing> chunks)
+{
+    plan.bytesToFetch = 0;
+    for (const ChunkListing& chunk : chunks)
+        plan.bytesToFetch = SaturatedSum(plan.bytesToFetch, Bytes(chunk.size()));
+    plan.chunks = std::move(chunks);
 }
 
 } // namespace vo::updater::detail

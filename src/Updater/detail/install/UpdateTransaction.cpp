@@ -9,11 +9,12 @@
 #include <FileSystem/detail/NativePath.h>
 #include <Subsystem/VoLogging.h>
 #include <Updater/AdvertisedPackageListing.h>
-#include <Updater/detail/documents/Containment.h>
-#include <Updater/detail/install/FileActions.h>
-#include <Updater/detail/install/FileInstaller.h>
-#include <Updater/detail/install/FileOwners.h>
-#include <Updater/detail/install/PathIndex.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileInstaller.h>
+#include <Updater/detail/files/PathIndex.h>
+#include <Updater/detail/registry/FileOwners.h>
 
 #include <algorithm>
 #include <string>

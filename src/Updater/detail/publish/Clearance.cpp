@@ -8,7 +8,7 @@
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/documents/XMLDocument.h>
-#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/files/FileActions.h>
 
 #include <algorithm>
 #include <string_view>

@@ -8,6 +8,7 @@
 #include <Core/VoVersion.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFileSystem.h>
+#include <FileSystem/VoLocation.h>
 #include <Threading/VoParallelTaskScheduler.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/AdvertisedPackages.h>
@@ -37,7 +38,7 @@ std::vector<VoFilePath> Definitions(const AdvertisedPackages& declared, const Vo
                      [](const auto* a, const auto* b) { return a->version() > b->version(); });
     std::vector<VoFilePath> definitions;
     for (const AdvertisedPackages::Declaration* release : releases)
-        definitions.push_back(release->definitionPath(declarationsFile));
+        definitions.push_back(release->definition(declarationsFile).file());
     return definitions;
 }
 

@@ -112,7 +112,7 @@ void ManifestFolder::list(ReleaseManifest& manifest, const VoFilePath& declarati
     for (const AdvertisedPackages::Declaration& declaration : declared->declarations()) {
         if (manifest.document(declaration.path()) || manifest.release(declaration.packageID(), declaration.versionID()))
             continue;                                   // another document declares it as well
-        declaration.definitionPath(path(declarations)); // refuses one that leads elsewhere
+        declaration.definition(path(declarations)); // refuses one that leads elsewhere
         ReleaseManifest::Release release = entry(declaration.path());
         release.packageID = declaration.packageID();
         release.versionID = declaration.versionID();

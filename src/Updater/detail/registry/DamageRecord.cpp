@@ -7,34 +7,23 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileDevice.h>
-#include <Updater/VoUpdater.h>
-#include <Updater/detail/documents/PackageValidator.h>
-#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/files/FileActions.h>
 
 #include <sstream>
 #include <string>
 
 namespace vo::updater::detail {
 
-namespace {
-
-VoFilePath PathOf(const VoUUID& packageID)
-{
-    RequireSafeIdentifier(packageID);
-    return VoUpdater::InstalledListingDirectory().file(packageID.toString() + ".damaged");
-}
-
-} // namespace
-
 bool HasDamageRecord(const VoUUID& packageID)
 {
-    return KindOf(PathOf(packageID)) != FileKind::None;
+    return KindOf(DamageRecordPath(packageID)) != FileKind::None;
 }
 
 VoDeque<VoUUID> DamagedFiles(const VoUUID& packageID)
 {
     VoDeque<VoUUID> files;
-    const VoFilePath path = PathOf(packageID);
+    const VoFilePath path = DamageRecordPath(packageID);
     if (KindOf(path) == FileKind::None)
         return files;
     VoFileDevice device(path);
@@ -48,7 +37,7 @@ VoDeque<VoUUID> DamagedFiles(const VoUUID& packageID)
 
 void RecordDamage(const VoUUID& packageID, const VoDeque<VoUUID>& files)
 {
-    const VoFilePath path = PathOf(packageID);
+    const VoFilePath path = DamageRecordPath(packageID);
     std::string text;
     for (const VoUUID& file : files)
         text += file.toString().toStdString() + "\n";
@@ -61,7 +50,7 @@ void RecordDamage(const VoUUID& packageID, const VoDeque<VoUUID>& files)
 
 void ForgetDamage(const VoUUID& packageID)
 {
-    EraseFile(PathOf(packageID));
+    EraseFile(DamageRecordPath(packageID));
 }
 
 } // namespace vo::updater::detail

@@ -6,11 +6,10 @@
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/FileLock.h>
 #include <Subsystem/VoLogging.h>
-#include <Updater/InstalledPackages.h>
 #include <Updater/detail/documents/Attributes.h>
-#include <Updater/detail/documents/Containment.h>
+#include <Updater/detail/files/Containment.h>
 #include <Updater/detail/documents/XMLDocument.h>
-#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/files/FileActions.h>
 #include <XML/VoXMLStreamLoader.h>
 
 #include <algorithm>
@@ -20,11 +19,11 @@ namespace vo::updater::detail {
 
 namespace {
 
-VoUniquePtr<InstalledPackages> Load(const VoFilePath& path)
+VoUniquePtr<Registry> Load(const VoFilePath& path)
 {
     VoXMLStreamLoader loader;
-    loader.addGlobalRule(tag::Packages, Build<InstalledPackages>);
-    return DynamicCast<InstalledPackages>(LoadDocument(loader, path, VoString()));
+    loader.addGlobalRule(tag::Packages, Build<Registry>);
+    return DynamicCast<Registry>(LoadDocument(loader, path, VoString()));
 }
 
 // "<a document of ours>.tmp<letters>", as the atomic writer names what it has not committed.
@@ -43,13 +42,13 @@ bool IsTemporaryDocument(std::string_view name, std::initializer_list<std::strin
 
 } // namespace
 
-VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path, VoString& whyNot)
+VoUniquePtr<Registry> ReadRegistry(const VoFilePath& path, VoString& whyNot)
 {
     if (!VoFileSystem::Exists(path))
-        return VoUniquePtr<InstalledPackages>::Make();
+        return VoUniquePtr<Registry>::Make();
     whyNot = "it is another kind of document";
     try {
-        if (VoUniquePtr<InstalledPackages> registry = Load(path))
+        if (VoUniquePtr<Registry> registry = Load(path))
             return registry;
     } catch (const VoException& exception) {
         whyNot = exception.reason().isEmpty() ? exception.message() : exception.reason();
@@ -58,6 +57,19 @@ VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path, VoString& wh
     }
     vo::logging::Logger::Get("updater").error("Installed packages file cannot be read " + path.path() + ": " + whyNot);
     return {};
+}
+
+bool WriteRegistry(const VoFilePath& path, const Registry& registry)
+{
+    try {
+        AtStep(FileStep::WriteDocument, path.path());
+        WriteDocument(path, tag::Packages, registry);
+        return true;
+    } catch (...) {
+        vo::logging::Logger::Get("updater").error("Installed packages file cannot be updated " + path.path() + ": " +
+                                                  CurrentExceptionText());
+        return false;
+    }
 }
 
 void EraseTemporaryDocuments(const VoDirectoryPath& directory, std::initializer_list<std::string_view> suffixes)

@@ -5,6 +5,7 @@
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
 #include <Core/VoUniquePtr.h>
+#include <Updater/detail/registry/Registry.h>
 
 #include <initializer_list>
 #include <memory>
@@ -13,15 +14,15 @@
 namespace vo::detail {
 class FileLock;
 }
-namespace vo::updater {
-class InstalledPackages;
-}
 
 namespace vo::updater::detail {
 
 /// Reads a registry file. A missing one gives an empty registry. One that cannot be read gives an empty pointer, after
 /// an error was logged, and `whyNot` the reason: a caller that began anew would erase what it records.
-VoUniquePtr<InstalledPackages> ReadRegistry(const VoFilePath& path, VoString& whyNot);
+VoUniquePtr<Registry> ReadRegistry(const VoFilePath& path, VoString& whyNot);
+
+/// Writes one. False when that failed, which is logged.
+bool WriteRegistry(const VoFilePath& path, const Registry& registry);
 
 /// Removes what killed processes left in the directory of the listings while they replaced a document. Only while no
 /// other process can be replacing one.

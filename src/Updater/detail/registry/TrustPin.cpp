@@ -14,7 +14,7 @@
 #include <Updater/detail/documents/Attributes.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/XMLDocument.h>
-#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/registry/RegistryFile.h>
 #include <Updater/detail/registry/ReleaseProof.h>
 #include <XML/VoXMLStreamLoader.h>

@@ -1,4 +1,4 @@
-#include <Updater/detail/install/FileOwners.h>
+#include <Updater/detail/registry/FileOwners.h>
 
 #include <Core/VoException.h>
 #include <Core/VoFileException.h>
@@ -7,12 +7,13 @@
 #include <FileSystem/detail/NativePath.h>
 #include <Subsystem/VoLogging.h>
 #include <Updater/InstalledPackageListing.h>
-#include <Updater/VoUpdater.h>
 #include <Updater/detail/documents/Attributes.h>
-#include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/documents/PackageValidator.h>
-#include <Updater/detail/install/FileActions.h>
-#include <Updater/detail/install/InstallationJournal.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/registry/InstallationJournal.h>
+#include <Updater/detail/registry/PackageRecords.h>
 
 #include <QtCore/QFile>
 #include <QtCore/QXmlStreamReader>
@@ -25,31 +26,6 @@
 namespace vo::updater::detail {
 
 namespace {
-
-bool EndsWith(std::string_view text, std::string_view suffix)
-{
-    return text.size() > suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
-}
-
-// The names of all listings, of packages that are installed and of those whose first installation was interrupted.
-std::vector<std::string> ListingNames(const VoDirectoryPath& directory)
-{
-    std::vector<std::string> names;
-    if (!VoFileSystem::IsDirectory(directory))
-        return names;
-    VoFileSystem::ForEachFile(directory, false, false, [&](const VoFilePath& path) {
-        std::string name(Bytes(path).substr(Bytes(directory).size()));
-        for (const std::string_view suffix : {".xml", ".pending", ".placed"}) {
-            if (EndsWith(name, suffix)) {
-                names.push_back(name.substr(0, name.size() - suffix.size()) + ".xml");
-                break;
-            }
-        }
-    });
-    std::sort(names.begin(), names.end());
-    names.erase(std::unique(names.begin(), names.end()), names.end());
-    return names;
-}
 
 // The folder that a listing names in its first element, so that most listings need not be read: they have a line for
 // each file. Empty when it has none; reading the listing will tell why.
@@ -71,9 +47,10 @@ std::optional<VoDirectoryPath> InstallationDirectory(const VoFilePath& listing)
 
 bool Holds(const std::string& outer, const std::string& inner)
 {
-    return outer == inner || (inner.size() > outer.size() && inner.compare(0, outer.size(), outer) == 0 &&
-                              (EndsWith(outer, "/") || EndsWith(outer, "\\") || inner[outer.size()] == '/' ||
-                               inner[outer.size()] == '\\'));
+    const auto isSeparator = [](char c) { return c == '/' || c == '\\'; };
+    return outer == inner ||
+           (!outer.empty() && inner.size() > outer.size() && inner.compare(0, outer.size(), outer) == 0 &&
+            (isSeparator(inner[outer.size()]) || isSeparator(outer.back())));
 }
 
 /// Folders, by their real names without regard to case.
@@ -127,13 +104,11 @@ VoUniquePtr<InstalledPackageListing> ReadListing(const VoFilePath& path)
 FileOwners FileOwners::Others(const VoUUID& packageID, std::initializer_list<VoDirectoryPath> directories)
 {
     FileOwners owners;
-    const VoDirectoryPath installed = VoUpdater::InstalledListingDirectory();
     const Folders folders(directories);
-    const std::string own = packageID.toString().toStdString() + ".xml";
-    for (const std::string& name : ListingNames(installed)) {
-        if (name == own || name == "packages.xml")
+    for (const VoUUID& other : PackagesWith({".xml", ".pending", ".placed"})) {
+        if (other == packageID)
             continue;
-        const VoFilePath path = installed.file(VoString(name));
+        const VoFilePath path = ListingPath(other);
         if (KindOf(path) != FileKind::None) {
             const auto directory = InstallationDirectory(path);
             const auto listing =
@@ -141,7 +116,7 @@ FileOwners FileOwners::Others(const VoUUID& packageID, std::initializer_list<VoD
             if (listing && folders.overlap(listing->installationDirectory()))
                 owners.add(*listing);
         }
-        const InstallationJournal journal = InstallationJournal::OfListing(path);
+        const InstallationJournal journal = JournalOf(other);
         for (const auto phase : {InstallationJournal::Phase::Pending, InstallationJournal::Phase::Placed}) {
             const auto notes = journal.read(phase);
             if (notes && folders.overlap(notes->result.installationDirectory()))

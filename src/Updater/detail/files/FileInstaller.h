@@ -11,12 +11,6 @@
 
 namespace vo::updater::detail {
 
-/// What stands behind a path while the file that is to bear it is being built beside it.
-inline constexpr const char* BuiltSuffix = ".vonew";
-
-/// What stands behind a path while the old file that bore it is kept beside it.
-inline constexpr const char* AsideSuffix = ".voold";
-
 /// Where the file for a place is built: place + ".vonew".
 VOCORE_PRIVATE_EXPORT VoFilePath BuiltPath(const VoFilePath& place);
 

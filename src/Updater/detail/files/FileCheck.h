@@ -8,14 +8,12 @@
 #include <Core/VoForward.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFilePath.h>
-#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/files/FileActions.h>
 
 #include <cstddef>
 #include <functional>
 
 namespace vo::updater::detail {
-
-class EventReport;
 
 /// A file as it ought to be.
 struct ExpectedFile
@@ -59,20 +57,6 @@ bool IsSound(const ExpectedFile& file);
 /// throws is thrown here, when those before it have been told; so is VoUserCancelledException.
 void ExamineAll(std::size_t count, const std::function<ExpectedFile(std::size_t)>& expected, Links links,
                 const VoStopFlag& stop, const std::function<void(std::size_t, FileState)>& told);
-
-/// A file that is not as it ought to be.
-struct FileFinding
-{
-    std::size_t number;
-    FileState state;
-};
-
-/// Examines installed files, following links, and tells of the beginning, of each finding and of the progress. Returns
-/// the findings; the caller reports the end with ReportVerified. Throws as ExamineAll.
-VoDeque<FileFinding> VerifyFiles(std::size_t count, const std::function<ExpectedFile(std::size_t)>& expected,
-                                 const EventReport& report, const VoStopFlag& stop);
-/// Tells of the end of it.
-void ReportVerified(bool isIntact, const EventReport& report);
 
 /// Whether two files hold the same bytes; VoFileSystem::Same asks another question, whether they are one file.
 /// @throws VoFileNotFoundException for a missing one

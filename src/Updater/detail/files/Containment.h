@@ -22,6 +22,11 @@ std::string_view Bytes(const VoAbstractPath& path);
 /// @throws VoFileException ("canonical: " + reason) when the system does not let one look
 std::string RealDirectory(const VoDirectoryPath& directory);
 
+/// A directory, a relative one as seen from the current one.
+/// @throws VoInvalidParameterException ("No installation directory given") for a null one
+/// @throws VoFileException ("current_path: " + reason) when there is no current one
+VoDirectoryPath AbsoluteDirectory(const VoDirectoryPath& directory);
+
 /// Tells which paths lie inside a directory: by their texts, and with every link on the way followed. What a listing
 /// or an advert names outside of its installation directory is never written or removed. The questions throw
 /// VoFileException when the system does not let one look: what cannot be seen is not outside.

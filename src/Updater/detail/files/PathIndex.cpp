@@ -1,10 +1,10 @@
-#include <Updater/detail/install/PathIndex.h>
+#include <Updater/detail/files/PathIndex.h>
 
 #include <Core/VoString.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/files/Containment.h>
 
 #include <string_view>
 #include <utility>

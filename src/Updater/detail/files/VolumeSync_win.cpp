@@ -1,4 +1,4 @@
-#include <Updater/detail/install/VolumeSync.h>
+#include <Updater/detail/files/VolumeSync.h>
 
 namespace vo::updater::detail {
 

@@ -1,4 +1,4 @@
-#include <Updater/detail/registry/OperationGate.h>
+#include <Updater/detail/operations/OperationGate.h>
 
 #include <Core/VoException.h>
 #include <Download/VoDownloadManager.h>

@@ -1,4 +1,4 @@
-#include <Updater/detail/documents/Containment.h>
+#include <Updater/detail/files/Containment.h>
 
 #include <Core/VoFileException.h>
 #include <Core/detail/Completed.h>
@@ -56,6 +56,20 @@ std::string RealDirectory(const VoDirectoryPath& directory)
     if (error && !vo::detail::MeansMissing(error))
         throw vo::detail::Because(error, VoFileException("canonical: " + VoString(error.message()), directory));
     return (error ? native : real).string();
+}
+
+VoDirectoryPath AbsoluteDirectory(const VoDirectoryPath& directory)
+{
+    if (directory.isNull())
+        throw VoInvalidParameterException("No installation directory given");
+    if (directory.isRooted())
+        return directory;
+    std::error_code error;
+    const std::filesystem::path current = std::filesystem::current_path(error);
+    if (error)
+        throw vo::detail::Because(error,
+                                  VoFileException("current_path: " + VoString(error.message()), directory.path()));
+    return VoDirectoryPath::FromText(vo::detail::FromNative(current).path()).appended(directory);
 }
 
 Containment::Containment(const VoDirectoryPath& root)

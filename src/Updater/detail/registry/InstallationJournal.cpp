@@ -1,15 +1,15 @@
-#include <Updater/detail/install/InstallationJournal.h>
+#include <Updater/detail/registry/InstallationJournal.h>
 
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/VoFileSystem.h>
 #include <Subsystem/VoLogging.h>
 #include <Updater/detail/documents/Attributes.h>
-#include <Updater/detail/documents/Containment.h>
 #include <Updater/detail/documents/XMLDocument.h>
-#include <Updater/detail/install/FileActions.h>
-#include <Updater/detail/install/FileCheck.h>
-#include <Updater/detail/install/FileInstaller.h>
+#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileCheck.h>
+#include <Updater/detail/files/FileInstaller.h>
 #include <XML/VoXMLStreamLoader.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include <Updater/detail/install/FileInstaller.h>
+#include <Updater/detail/files/FileInstaller.h>
 
 #include <Core/VoChecksum.h>
 #include <Core/VoExceptionText.h>
@@ -6,7 +6,8 @@
 #include <Core/detail/Completed.h>
 #include <FileSystem/detail/NativePath.h>
 #include <Subsystem/VoLogging.h>
-#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/files/FileActions.h>
 
 #include <system_error>
 

@@ -1,4 +1,4 @@
-#include <Updater/detail/registry/Uninstaller.h>
+#include <Updater/detail/operations/Uninstaller.h>
 
 #include <Core/VoFileException.h>
 #include <Core/VoSharedPtr.h>
@@ -6,9 +6,9 @@
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/UpdateMessages.h>
-#include <Updater/detail/documents/Containment.h>
-#include <Updater/detail/install/FileActions.h>
-#include <Updater/detail/install/FileOwners.h>
+#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/registry/FileOwners.h>
 
 #include <algorithm>
 #include <vector>

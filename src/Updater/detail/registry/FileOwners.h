@@ -6,7 +6,7 @@
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Updater/InstalledFileListing.h>
-#include <Updater/detail/install/PathIndex.h>
+#include <Updater/detail/files/PathIndex.h>
 
 #include <initializer_list>
 

@@ -1,4 +1,4 @@
-#include <Updater/detail/install/FileCheck.h>
+#include <Updater/detail/files/FileCheck.h>
 
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
@@ -9,7 +9,6 @@
 #include <IO/VoFileByteStream.h>
 #include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoStopFlag.h>
-#include <Updater/detail/install/EventReport.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -173,33 +172,6 @@ void ExamineAll(std::size_t count, const std::function<ExpectedFile(std::size_t)
             told(first + i, batch[i].state);
         }
     }
-}
-
-VoDeque<FileFinding> VerifyFiles(std::size_t count, const std::function<ExpectedFile(std::size_t)>& expected,
-                                 const EventReport& report, const VoStopFlag& stop)
-{
-    VoDeque<FileFinding> findings;
-    report.report(AbstractMessage::VerificationStarted, "Starting installation verification");
-    ExamineAll(count, expected, Links::Followed, stop, [&](std::size_t number, FileState state) {
-        if (state != FileState::Sound) {
-            const VoString path = expected(number).path.path();
-            if (state == FileState::Missing)
-                report.report(AbstractMessage::FileMissing, "File missing: " + path, "File missing " + path);
-            else
-                report.report(AbstractMessage::FileMismatch, "File checksum mismatch: " + path);
-            findings.pushBack({number, state});
-        }
-        report.send<VerificationProgressMessage>(number + 1, count);
-    });
-    return findings;
-}
-
-void ReportVerified(bool isIntact, const EventReport& report)
-{
-    if (isIntact)
-        report.report(AbstractMessage::VerificationSuccess, "Installation verification success");
-    else
-        report.report(AbstractMessage::VerificationFailed, "Installation verification failed");
 }
 
 bool HaveSameContent(const VoFilePath& a, const VoFilePath& b)

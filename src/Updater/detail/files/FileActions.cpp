@@ -1,4 +1,4 @@
-#include <Updater/detail/install/FileActions.h>
+#include <Updater/detail/files/FileActions.h>
 
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>

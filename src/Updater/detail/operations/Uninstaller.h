@@ -6,7 +6,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <Updater/InstalledPackageListing.h>
-#include <Updater/detail/install/InstallationJournal.h>
+#include <Updater/detail/registry/InstallationJournal.h>
 
 #include <exception>
 #include <functional>

@@ -1,0 +1,316 @@
+#include <Updater/detail/operations/Operations.h>
+
+#include <Core/VoException.h>
+#include <Core/VoString.h>
+#include <Core/VoVersion.h>
+#include <FileSystem/VoFileSystem.h>
+#include <FileSystem/VoLocation.h>
+#include <Subsystem/VoLogging.h>
+#include <Threading/VoStopFlag.h>
+#include <Updater/VoInstallationFailedException.h>
+#include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/install/InstallerSettings.h>
+#include <Updater/detail/install/PackageCheck.h>
+#include <Updater/detail/install/StagingDirectory.h>
+#include <Updater/detail/operations/OperationGate.h>
+#include <Updater/detail/operations/Uninstaller.h>
+#include <Updater/detail/registry/DamageRecord.h>
+#include <Updater/detail/registry/FileOwners.h>
+#include <Updater/detail/registry/PackageRecords.h>
+#include <Updater/detail/registry/RegistryFile.h>
+#include <Updater/detail/registry/SharedRegistry.h>
+#include <Updater/detail/registry/TrustPin.h>
+
+#include <exception>
+#include <optional>
+#include <utility>
+
+namespace vo::updater::detail {
+
+namespace {
+
+// What the operations of a process share. Never destroyed: receivers and threads may outlive the static objects.
+struct Shared
+{
+    MessageBroadcaster broadcaster;
+    OperationGate gate; // a thread is inside for the whole of an operation
+};
+
+Shared& State()
+{
+    static Shared& shared = *new Shared;
+    return shared;
+}
+
+// Whether this thread is in the receivers of a message. Starting an operation from there would nest its messages.
+thread_local bool isBroadcasting = false;
+
+vo::logging::Logger& Log()
+{
+    return vo::logging::Logger::Get("updater");
+}
+
+void Broadcast(const VoSharedPtr<AbstractMessage>& message)
+{
+    const bool wasBroadcasting = std::exchange(isBroadcasting, true);
+    BroadcastGuarded(State().broadcaster, message);
+    isBroadcasting = wasBroadcasting;
+}
+
+EventReport Events(const VoUUID& packageID, const VoUUID& versionID)
+{
+    return EventReport(packageID, versionID, Broadcast, &Log(), EventReport::Label::None);
+}
+
+// Whoever asked for a check is told what it finds; the log has nothing to say of it.
+EventReport Unlogged(const InstalledPackageListing& listing)
+{
+    return EventReport(listing.packageID(), listing.versionID(), Broadcast, nullptr, EventReport::Label::None);
+}
+
+void AnnounceUpdate()
+{
+    Broadcast(VoSharedPtr<PackagesUpdatedMessage>::Make());
+}
+
+// True when the registry has no entry of the package any more.
+bool Forget(const VoUUID& packageID)
+{
+    SharedRegistry& registry = SharedRegistry::Get();
+    if (!registry.has(packageID))
+        return true;
+    const bool isForgotten = registry.erase(packageID);
+    if (isForgotten)
+        AnnounceUpdate();
+    return isForgotten;
+}
+
+// Ends what was interrupted on one package.
+void RecoverPackage(const VoUUID& packageID)
+{
+    const VoFilePath removed = RemovedListingPath(packageID);
+    if (KindOf(removed) != FileKind::None && Forget(packageID))
+        EraseFile(removed);
+    Recover(JournalOf(packageID), [](const InstalledPackageListing& listing) {
+        const bool isRecorded = RecordInstalled(listing);
+        if (isRecorded)
+            AnnounceUpdate();
+        return isRecorded;
+    });
+}
+
+// Trouble with one package does not keep the others from being worked on.
+void RecoverAll()
+{
+    for (const VoUUID& id : PackagesWith({".pending", ".placed", ".replaced", RemovedSuffix})) {
+        try {
+            RecoverPackage(id);
+        } catch (...) {
+            Log().error("Interrupted operation on package " + id.toString() + " cannot be completed: " + FailureText());
+        }
+    }
+}
+
+// One operation that changes what is installed. Its thread may not begin another: it would wait for itself.
+class Operation
+{
+public:
+    Operation()
+    {
+        if (isBroadcasting)
+            throw VoInvalidCallException("An installation is already running");
+        State().gate.enter();
+    }
+
+    ~Operation()
+    {
+        // Others would find the lock of this process in their way.
+        m_processes.reset();
+        State().gate.leave();
+    }
+
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+
+    // Keeps other processes out, learns what they did meanwhile and ends what was interrupted.
+    void begin()
+    {
+        m_processes.emplace(VoUpdater::UpdateSystemDirectory());
+        EraseTemporaryDocuments(VoUpdater::InstalledListingDirectory());
+        SharedRegistry::Get().readAnew();
+        RecoverAll();
+    }
+
+    bool hasBegun() const { return m_processes.has_value(); }
+
+private:
+    std::optional<ProcessLock> m_processes;
+};
+
+// Every failure is one of installing, and is told once.
+template <typename Work>
+void Attempt(const VoUUID& packageID, const VoUUID& versionID, Work work)
+{
+    try {
+        work();
+    } catch (const VoInstallationFailedException&) {
+        throw;
+    } catch (...) {
+        const VoString text = WithText("Installation failed", FailureText());
+        Events(packageID, versionID).report(AbstractMessage::InstallationFailed, text);
+        throw VoInstallationFailedException(text, std::current_exception());
+    }
+}
+
+// An operation on the release that a definition tells; until that is read, failures are those of no package.
+template <typename Work>
+void AttemptWith(const AdvertSource& source, Work work)
+{
+    Operation operation;
+    Attempt(VoUUID(""), VoUUID(""), [&] {
+        operation.begin();
+        VoUniquePtr<AdvertisedPackageListing> advert = source();
+        const VoUUID packageID = advert->packageID();
+        const VoUUID versionID = advert->versionID();
+        Attempt(packageID, versionID, [&] { work(std::move(advert)); });
+    });
+}
+
+// Two IDs that differ in letter case alone would share one listing where file names ignore case.
+void RequireNoOtherSpelling(const VoUUID& packageID)
+{
+    for (const VoPair<VoUUID, VoVersion>& entry : SharedRegistry::Get().packages()) {
+        if (entry.first != packageID && Bytes(FoldedName(entry.first)) == Bytes(FoldedName(packageID)))
+            throw VoValidationException("Invalid identifier: " + packageID.toString());
+    }
+}
+
+void RunAndRecord(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation& definition,
+                  const VoDirectoryPath& directory, VoUniquePtr<InstalledPackageListing> installed,
+                  InstallerSettings settings, const VoStopFlag& stop)
+{
+    bool isSound = true;
+    bool isRecorded = false;
+    settings.record = [&](const InstalledPackageListing& listing) {
+        if (!isSound)
+            Log().warning("Package recorded although its verification failed: " + listing.packageID().toString());
+        isRecorded = RecordInstalled(listing);
+        if (isSound)
+            ForgetDamage(listing.packageID());
+        return isRecorded;
+    };
+    ConfiguredInstaller installer(std::move(advert), directory, std::move(installed), settings);
+    const VoReceiver receiver = installer.connect([&isSound](const VoSharedPtr<AbstractMessage>& message) {
+        isSound = isSound && message->type() != AbstractMessage::VerificationFailed;
+        Broadcast(message);
+    });
+    installer.run(definition, stop, settings.options.downloads);
+    if (isRecorded)
+        AnnounceUpdate();
+}
+
+void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStopFlag& stop, const EventReport& events)
+{
+    RecoverPackage(packageID);
+    const InstallationJournal journal = InstallationJournal::OfListing(path);
+    VoUniquePtr<InstalledPackageListing> listing;
+    if (VoFileSystem::Exists(path))
+        listing = InstalledPackageListing::Open(path);
+    else
+        events.report(AbstractMessage::PackageDefinitionNotFound,
+                      "Package definition file not found for " + packageID.toString());
+    Uninstaller(packageID, path, listing.get(), journal, Broadcast).run(stop);
+    for (const auto phase : {InstallationJournal::Phase::Pending, InstallationJournal::Phase::Replaced})
+        journal.remove(phase);
+    StagingDirectory(StagingPath(packageID)).remove();
+    ForgetDamage(packageID);
+    ForgetPin(packageID);
+    if (!listing)
+        return;
+    // Still there under another name until the registry has forgotten the package: so its name finds it.
+    MoveAside(path, RemovedListingPath(packageID));
+    events.report(AbstractMessage::PackageDefinitionRemoved, "Package definition removed for " + packageID.toString());
+}
+
+} // namespace
+
+VoReceiver ConnectToOperations(MessageReceiver callback)
+{
+    return State().broadcaster.connect(std::move(callback));
+}
+
+void InstallPackage(const AdvertSource& source, const VoLocation& definition, const VoDirectoryPath& directory,
+                    const VoStopFlag& stop, const InstallationOptions& options)
+{
+    AttemptWith(source, [&](VoUniquePtr<AdvertisedPackageListing> advert) {
+        const VoUUID packageID = advert->packageID();
+        RequireSafeIdentifier(packageID);
+        RequireNoOtherSpelling(packageID);
+        RecoverPackage(packageID);
+        VoUniquePtr<InstalledPackageListing> installed = FindInstalled(packageID);
+        AdmitRelease(*advert, options.proof.get(), installed.get());
+        RunAndRecord(std::move(advert), definition, AbsoluteDirectory(directory), std::move(installed),
+                     InstallerSettings{options}, stop);
+    });
+}
+
+VerificationReport VerifyPackage(const VoUUID& packageID, const VoStopFlag& stop)
+{
+    const auto listing = InstalledPackageListing::Open(ListingPath(packageID));
+    FileOwners owners = FileOwners::Others(packageID, {listing->installationDirectory()});
+    return CheckPackage(*listing, owners, stop, Unlogged(*listing)).report;
+}
+
+VerificationReport RepairPackage(const VoLocation& definition, const VoStopFlag& stop,
+                                 const VoDownloadPolicy& downloads)
+{
+    VerificationReport report;
+    const auto open = [&] { return AdvertisedPackageListing::Open(definition, stop, downloads); };
+    AttemptWith(open, [&](VoUniquePtr<AdvertisedPackageListing> advert) {
+        const VoUUID packageID = advert->packageID();
+        RecoverPackage(packageID);
+        if (!VoFileSystem::Exists(ListingPath(packageID)))
+            throw VoNotFoundException(packageID.toString());
+        VoUniquePtr<InstalledPackageListing> installed = InstalledPackageListing::Open(ListingPath(packageID));
+        if (installed->versionID() != advert->versionID())
+            throw VoInvalidParameterException("Definition is not that of the installed release: " +
+                                              definition.toString());
+        AdmitRepair(*advert, *installed);
+        FileOwners owners = FileOwners::Others(packageID, {installed->installationDirectory()});
+        PackageCheck check = CheckPackage(*installed, owners, stop, Unlogged(*installed));
+        report = check.report;
+        if (report.isIntact() && !IsUnfinished(packageID, installed.get()))
+            return;
+        InstallerSettings settings;
+        settings.options.downloads = downloads;
+        settings.damaged = std::move(check.damaged);
+        const VoDirectoryPath directory = installed->installationDirectory();
+        RunAndRecord(std::move(advert), definition, directory, std::move(installed), std::move(settings), stop);
+    });
+    return report;
+}
+
+void UninstallPackage(const VoUUID& packageID, const VoStopFlag& stop)
+{
+    const VoFilePath path = ListingPath(packageID);
+    Operation operation;
+    const EventReport events = Events(packageID, VoUUID(""));
+    events.report(AbstractMessage::UninstallStarted, "Uninstall requested for " + packageID.toString());
+    try {
+        if (VoFileSystem::IsDirectory(VoUpdater::UpdateSystemDirectory()))
+            operation.begin();
+        RemovePackage(packageID, path, stop, events);
+        if (operation.hasBegun() && Forget(packageID))
+            EraseFile(RemovedListingPath(packageID));
+    } catch (...) {
+        Broadcast(VoSharedPtr<UninstallFailedMessage>::Make(FailureText(), packageID));
+        throw;
+    }
+    events.report(AbstractMessage::UninstallComplete, VoString());
+}
+
+} // namespace vo::updater::detail
