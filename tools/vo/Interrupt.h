@@ -1,8 +1,7 @@
 #pragma once
 
+#include <Application/detail/SignalWatch.h>
 #include <Threading/VoStopFlag.h>
-
-#include <memory>
 
 namespace vo::tool {
 
@@ -16,13 +15,9 @@ class Interrupt
 public:
     /// Failing to set up leaves the system's own treatment of Ctrl-C in place.
     explicit Interrupt(const VoStopFlag& flag);
-    ~Interrupt(); ///< Gives Ctrl-C back to the system.
-    Interrupt(const Interrupt&) = delete;
-    Interrupt& operator=(const Interrupt&) = delete;
 
 private:
-    struct Private;
-    std::unique_ptr<Private> d;
+    const detail::SignalWatch m_watch; // gives Ctrl-C back to the system
 };
 
 } // namespace vo::tool

@@ -50,11 +50,17 @@ protected:
     template <typename Function>
     void callEach(const Function& call)
     {
-        for (const std::shared_ptr<Entry>& entry : snapshot()) {
-            const Running running(*this, *entry);
-            if (running.permitted())
-                call(*entry);
-        }
+        for (const std::shared_ptr<Entry>& entry : snapshot())
+            callOne(*entry, call);
+    }
+
+    /// The same, those that were added last first.
+    template <typename Function>
+    void callEachBackwards(const Function& call)
+    {
+        const Entries entries = snapshot();
+        for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
+            callOne(**entry, call);
     }
 
     /// Calls `look` with each entry under the list's mutex.
@@ -85,6 +91,14 @@ private:
         const Running* m_outer;
         bool m_permitted;
     };
+
+    template <typename Function>
+    void callOne(Entry& entry, const Function& call)
+    {
+        const Running running(*this, entry);
+        if (running.permitted())
+            call(entry);
+    }
 
     Entries snapshot() const;
 

@@ -1,32 +1,36 @@
-#include <vo/Interrupt.h>
+#include <Application/detail/SignalWatch.h>
+
+#if !defined(_WIN32)
+
+#include <Threading/detail/ThreadFactory.h>
 
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <thread>
+#include <iterator>
 #include <unistd.h>
+#include <utility>
 
-namespace vo::tool {
+namespace vo::detail {
+
 namespace {
 
 constexpr int Signals[] = {SIGINT, SIGTERM, SIGHUP};
-constexpr char Stop = 's';
-constexpr char End = 'e'; // Stop, and not of this object's work alone
-constexpr char Finish = 'f';
+constexpr char Finish = 0; // no signal has this number
 
-/// The pipe's end that the signal handler writes to. A handler may do little more than that; raising the flag calls
-/// functions of others.
+// The pipe's end that the handler writes to. A handler may do little more than that.
 std::atomic<int> writingEnd{-1};
 
-void OnSignal(int signal)
+void OnSignal(int number)
 {
     const int savedError = errno;
-    [[maybe_unused]] const auto written = write(writingEnd.load(), signal == SIGINT ? &Stop : &End, 1);
+    const char message = static_cast<char>(number);
+    [[maybe_unused]] const auto written = write(writingEnd.load(), &message, 1);
     errno = savedError;
 }
 
-void RaiseOnMessage(int readingEnd, int outerEnd, VoStopFlag flag)
+void CallOnMessage(int readingEnd, int outerEnd, const std::function<void(int)>& function)
 {
     for (char message = 0;;) {
         const auto count = read(readingEnd, &message, 1);
@@ -34,23 +38,24 @@ void RaiseOnMessage(int readingEnd, int outerEnd, VoStopFlag flag)
             continue;
         if (count != 1 || message == Finish)
             return;
-        if (message == End && outerEnd >= 0) [[maybe_unused]]
-            const auto written = write(outerEnd, &End, 1);
-        flag.stop();
+        if (message != SIGINT && outerEnd >= 0) {
+            [[maybe_unused]] const auto written = write(outerEnd, &message, 1);
+        }
+        function(message);
     }
 }
 
 } // namespace
 
-struct Interrupt::Private
+struct SignalWatch::Private
 {
     int readingEnd = -1;
     int outerEnd = -1; // of the object around this one
     struct sigaction previous[std::size(Signals)] = {};
-    std::thread watcher;
+    VoThread watcher;
 };
 
-Interrupt::Interrupt(const VoStopFlag& flag)
+SignalWatch::SignalWatch(std::function<void(int)> function)
     : d(std::make_unique<Private>())
 {
     int ends[2];
@@ -60,7 +65,9 @@ Interrupt::Interrupt(const VoStopFlag& flag)
         fcntl(end, F_SETFD, FD_CLOEXEC);
     d->readingEnd = ends[0];
     d->outerEnd = writingEnd.exchange(ends[1]);
-    d->watcher = std::thread(RaiseOnMessage, d->readingEnd, d->outerEnd, flag);
+    d->watcher = CreateThread(
+        [end = ends[0], outer = d->outerEnd, function = std::move(function)] { CallOnMessage(end, outer, function); },
+        "vo signals");
 
     struct sigaction action = {};
     action.sa_handler = OnSignal;
@@ -74,7 +81,7 @@ Interrupt::Interrupt(const VoStopFlag& flag)
     }
 }
 
-Interrupt::~Interrupt()
+SignalWatch::~SignalWatch()
 {
     if (!d->watcher.joinable())
         return;
@@ -87,4 +94,6 @@ Interrupt::~Interrupt()
     close(d->readingEnd);
 }
 
-} // namespace vo::tool
+} // namespace vo::detail
+
+#endif

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <Core/VoExport.h>
+
+#include <functional>
+#include <memory>
+
+namespace vo::detail {
+
+/// Calls a function when the system or the user asks the process to end: by SIGINT, SIGTERM or SIGHUP, or by the events
+/// of Windows' consoles, told by the number of the nearest signal.
+///
+/// The function runs on a thread of its own, so it may do everything. A second signal of one kind ends the process.
+/// Objects may be nested: SIGINT is the innermost one's, the others go to those around it as well. Failing to set up
+/// leaves the system's own treatment in place.
+class VOCORE_PRIVATE_EXPORT SignalWatch
+{
+public:
+    explicit SignalWatch(std::function<void(int signal)> function); ///< The function must not throw.
+    ~SignalWatch(); ///< Gives the signals back; waits for the function where it is running.
+    SignalWatch(const SignalWatch&) = delete;
+    SignalWatch& operator=(const SignalWatch&) = delete;
+
+private:
+    struct Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace vo::detail
