@@ -298,17 +298,6 @@ TEST(VoNumericMatrix, RowOperationsSolveALinearSystem)
     EXPECT_DOUBLE_EQ(4, m.transposed()(2, 1));
 }
 
-TEST(HostTypes, GuidsAreDistinctVersionFourTextsInBraces)
-{
-    const std::regex form("\\{[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}\\}");
-    std::set<std::string> seen;
-    for (int i = 0; i < 200; ++i) {
-        const std::string text = sp_GetGUID().toStdString();
-        EXPECT_TRUE(std::regex_match(text, form)) << text;
-        EXPECT_TRUE(seen.insert(text).second) << text;
-    }
-}
-
 TEST(HostTypes, TheHashTableIteratesInOrderOfItsKeys)
 {
     YHashTable<std::string> table;

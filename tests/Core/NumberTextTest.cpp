@@ -1,4 +1,5 @@
 #include <VoTestSupport.h>
+#include <Words.h>
 
 #include <Core/VoStringConverter.h>
 #include <Core/detail/NumberText.h>
@@ -15,6 +16,8 @@
 #include <vector>
 
 namespace {
+
+using vo::test::Words;
 
 // The test program never sets a C locale, so the C functions are the known answer.
 std::string Printed(const char* format, double value)
@@ -34,6 +37,7 @@ void ExpectParsedLikeC(const std::string& text)
     char* end = nullptr;
     const double expected = std::strtod(text.c_str(), &end);
     const vo::detail::ParsedDouble parsed = vo::detail::ParseDouble(text);
+    EXPECT_TRUE(SameBits(VoString(text).toDouble(), expected)) << text;
     EXPECT_EQ(parsed.consumed, static_cast<std::size_t>(end - text.c_str())) << '"' << text << '"';
     EXPECT_TRUE(SameBits(parsed.value, expected)) << '"' << text << "\": " << parsed.value << ", not " << expected;
 }
@@ -63,82 +67,19 @@ TEST(NumberText, PrintsLikeC)
 
 TEST(NumberText, ReadsDoublesLikeC)
 {
-    const char* const texts[] = {
-        "",
-        " ",
-        "1",
-        "-1",
-        "+1",
-        "+-1",
-        "--1",
-        "- 1",
-        ".5",
-        "5.",
-        ".",
-        "-.",
-        "1e",
-        "1e+",
-        "0X88P+-52",
-        "0x1p-+3",
-        "1e+5",
-        "1E-5x",
-        "1.5.5",
-        "1,5",
-        " \t\n\v\f\r7",
-        "inf",
-        "-INF",
-        "infinity",
-        "INFINITYx",
-        "infinit",
-        "nan",
-        "NAN",
-        "-nan",
-        "nan(",
-        "nan(1)",
-        "nan(x_1)y",
-        "nano",
-        "in",
-        "0x",
-        "0xg",
-        "0x1",
-        "-0X1P3",
-        "0x.8",
-        "0x.",
-        "0x1.8p1",
-        "0x1p",
-        "0x1p+",
-        "0x1p-1074",
-        "0x1p-1075",
-        "0x1p1024",
-        "0x1p9999999999999999999",
-        "1e999",
-        "-1e999",
-        "1e-999",
-        "-1e-999",
-        "1e309",
-        "1e-330",
-        "1e-323",
-        "2.4e-324",
-        "2.5e-324",
-        "1e99999999999999999999",
-        "1e-99999999999999999999",
-        "0e99999999999999999999",
-        "0.0e-999",
-        "1.7976931348623157e308",
-        "1.7976931348623159e308",
-        "179769313486231580793e289",
-        "0.000001e310",
-        "0.0000001e315",
-        "100000000000000000000000e290",
-        "9007199254740993",
-        "9007199254740992.999999999999999999999999999999999999",
-        "0x1.fffffffffffff7p1023",
-        "0x1.fffffffffffff8p1023",
-        "0x.0000001p-1040",
-        "0x0.0p99999",
-        "0x10000000000000000p0",
-    };
-    for (const char* text : texts)
+    for (const char* text : {"", " ", "- 1", " \t\n\v\f\r7"})
+        ExpectParsedLikeC(text);
+    for (const std::string& text : Words(
+             "garbage 1 -1 +1 +-1 --1 .5 5. . -. 1e 1e+ 0X88P+-52 0x1p-+3 1e+5 1E-5x 1.5.5 1,5 inf -INF infinity "
+             "INFINITYx "
+             "infinit nan NAN -nan nan( nan(1) nan(x_1)y nano in 0x 0xg 0x1 -0X1P3 0x.8 0x. 0x1.8p1 0x1p 0x1p+ "
+             "0x1p-1074 "
+             "0x1p-1075 0x1p1024 0x1p9999999999999999999 1e999 -1e999 1e-999 -1e-999 1e309 1e-330 1e-323 2.4e-324 "
+             "2.5e-324 "
+             "1e99999999999999999999 1e-99999999999999999999 0e99999999999999999999 0.0e-999 1.7976931348623157e308 "
+             "1.7976931348623159e308 179769313486231580793e289 0.000001e310 0.0000001e315 100000000000000000000000e290 "
+             "9007199254740993 9007199254740992.999999999999999999999999999999999999 0x1.fffffffffffff7p1023 "
+             "0x1.fffffffffffff8p1023 0x.0000001p-1040 0x0.0p99999 0x10000000000000000p0"))
         ExpectParsedLikeC(text);
     const std::string zeros(400, '0');
     for (const std::string& text : {"0x1" + zeros + "p-500", "0x." + zeros + "1p+500", "0x1" + zeros + "p-1600",
@@ -157,69 +98,25 @@ TEST(NumberText, ReadsDoublesLikeC)
     }
 }
 
-TEST(NumberText, ReadsIntegersLikeC)
+TEST(NumberText, ReadsIntegersLikeCAndSizesLikeAStream)
 {
-    const char* const texts[] = {"",
-                                 "42",
-                                 " \t-7x",
-                                 "+5",
-                                 "- 5",
-                                 "+-5",
-                                 "007",
-                                 "0x10",
-                                 "1e3",
-                                 "1.9",
-                                 "2147483647",
-                                 "2147483648",
-                                 "-2147483648",
-                                 "-2147483649",
-                                 "99999999999",
-                                 "9223372036854775807",
-                                 "9223372036854775808",
-                                 "-9223372036854775808",
-                                 "-9223372036854775809",
-                                 "99999999999999999999999",
-                                 "x"};
-    for (const char* text : texts) {
-        EXPECT_EQ(vo::detail::ParseInt(text), static_cast<int>(std::strtoll(text, nullptr, 10))) << text;
-        EXPECT_EQ(VoString(text).toInt(), static_cast<int>(std::strtoll(text, nullptr, 10))) << text;
-    }
-    EXPECT_EQ(vo::detail::ParseInt("99999999999"), 1215752191);
-}
-
-TEST(NumberText, ReadsSizesLikeAStream)
-{
-    const char* const texts[] = {"",
-                                 "7",
-                                 " 7x",
-                                 "+7",
-                                 "-1",
-                                 "-0",
-                                 "- 1",
-                                 "x",
-                                 "0x10",
-                                 "010",
-                                 "1e3",
-                                 "18446744073709551615",
-                                 "18446744073709551616",
-                                 "-18446744073709551615",
-                                 "-18446744073709551616",
-                                 "99999999999999999999999"};
-    for (const char* text : texts) {
+    std::vector<std::string> texts =
+        Words("garbage 7 42 +5 +-5 -0 -1 007 0x10 1e3 1.9 2147483647 2147483648 -2147483648 -2147483649 99999999999 "
+              "9223372036854775807 9223372036854775808 -9223372036854775808 -9223372036854775809 18446744073709551615 "
+              "18446744073709551616 -18446744073709551615 -18446744073709551616 99999999999999999999999");
+    for (const char* text : {"", " \t-7x", " 7x", "- 5"})
+        texts.emplace_back(text);
+    for (const std::string& text : texts) {
+        const int expected = static_cast<int>(std::strtoll(text.c_str(), nullptr, 10));
+        EXPECT_EQ(vo::detail::ParseInt(text), expected) << text;
+        EXPECT_EQ(VoString(text).toInt(), expected) << text;
         std::istringstream stream(text);
         stream.imbue(std::locale::classic());
-        std::size_t expected = 0;
-        stream >> expected;
-        EXPECT_EQ(VoString(text).toSizeT(), expected) << '"' << text << '"';
+        std::size_t size = 0;
+        stream >> size;
+        EXPECT_EQ(VoString(text).toSizeT(), size) << text;
     }
-}
-
-TEST(NumberText, GarbageReadsAsZero)
-{
-    const VoString garbage("garbage");
-    EXPECT_EQ(garbage.toInt(), 0);
-    EXPECT_EQ(garbage.toDouble(), 0.0);
-    EXPECT_EQ(garbage.toSizeT(), 0u);
+    EXPECT_EQ(vo::detail::ParseInt("99999999999"), 1215752191);
 }
 
 TEST(VoStringLongLongConverter, RoundTripsAndRefusesEverythingElse)

@@ -25,20 +25,6 @@ std::string Decoded(const VoString& text)
     return std::string(bytes.cdata(), bytes.cdata() + bytes.length());
 }
 
-TEST(VoBase64ConverterCore, KnownTexts)
-{
-    // From RFC 4648.
-    const std::pair<const char*, const char*> rows[] = {{"", ""},
-                                                        {"f", "Zg=="},
-                                                        {"fo", "Zm8="},
-                                                        {"foo", "Zm9v"},
-                                                        {"foob", "Zm9vYg=="},
-                                                        {"fooba", "Zm9vYmE="},
-                                                        {"foobar", "Zm9vYmFy"}};
-    for (const auto& [bytes, text] : rows)
-        EXPECT_EQ(Encoded(bytes).toStdString(), text);
-}
-
 TEST(VoBase64ConverterCore, AgreesWithAnotherCodecAndRoundTrips)
 {
     std::mt19937 engine(3);
@@ -124,23 +110,6 @@ TEST(VoBase64Converter, TextsOfEveryLengthRoundTrip)
     VoBase64Converter converter;
     for (const char* text : {"A", "AB", "ABC", "ABCD", "\xC3\xA4"})
         EXPECT_EQ(converter.decodeString(VoString(converter.encodeString(text))), YString(text));
-}
-
-TEST(VoByteArrayOLD, CopiesDeeplyAndIsEmptyAfterAMove)
-{
-    VoByteArrayOLD a("abc", 3);
-    VoByteArrayOLD b(a);
-    b[0] = 'x';
-    EXPECT_EQ(a, VoByteArrayOLD("abc", 3));
-    EXPECT_NE(a, b);
-    a = b;
-    EXPECT_EQ(a, b);
-    const VoByteArrayOLD c(std::move(a));
-    EXPECT_EQ(c, b);
-    EXPECT_TRUE(a.isEmpty() && !a.data()); // NOLINT(bugprone-use-after-move)
-    b = std::move(b);
-    EXPECT_EQ(c, b);
-    EXPECT_EQ(VoByteArrayOLD(2), VoByteArrayOLD("\0\0", 2));
 }
 
 } // namespace

@@ -184,16 +184,6 @@ TEST(VoByteArray, BehavesLikeAStringUnderRandomChanges)
     }
 }
 
-TEST(VoByteArray, IsEmptyAndUsableAfterBeingMovedFrom)
-{
-    VoByteArray from = Bytes("moved");
-    const VoByteArray to = std::move(from);
-    EXPECT_EQ(Text(to), "moved");
-    EXPECT_TRUE(from.isEmpty()); // NOLINT: what is left is promised
-    from.append("new", 3);
-    EXPECT_EQ(from, Bytes("new"));
-}
-
 TEST(VoByteArray, CheckedAccessNamesIndexAndSize)
 {
     VoByteArray array = Bytes("abc");

@@ -96,20 +96,6 @@ TEST(VoChecksum, OnlyTheDefaultOneIsNull)
     EXPECT_EQ(VoChecksum::Deserialize(""), null) << "no byte differs";
 }
 
-TEST(VoChecksum, CopiesKeepTheDigestAndAMovedFromOneIsNull)
-{
-    VoChecksum from(QByteArray("x"));
-    VoChecksum copy;
-    copy = from;
-    EXPECT_EQ(copy, from);
-    const VoChecksum moved(std::move(from));
-    EXPECT_EQ(moved, copy);
-    EXPECT_TRUE(from.isNull());
-    from = copy;
-    EXPECT_EQ(from, copy);
-    EXPECT_EQ((std::unordered_set<VoChecksum>{copy, moved, VoChecksum()}).size(), 2U);
-}
-
 TEST(VoChecksum, HexadecimalTextIsReadWithoutJudgement)
 {
     struct

@@ -43,56 +43,34 @@ std::vector<Row> GeneralRows()
          Raise<VoIndexOutOfBoundsException>(~std::size_t{0}, std::size_t{0})},
         {"VoIndexOutOfBoundsException", "text [1,2]", Raise<VoIndexOutOfBoundsException>(text, 1, 2)},
         {"VoInvalidCallException", "", Raise<VoInvalidCallException>()},
-        {"VoInvalidCallException", "text", Raise<VoInvalidCallException>("text")},
         {"VoInvalidCastException", "Invalid cast from a to b", Raise<VoInvalidCastException>("a", "b")},
         {"VoInvalidConversionException", "Invalid conversion from a to b",
          Raise<VoInvalidConversionException>("a", "b")},
-        {"VoInvalidConversionException", "text", Raise<VoInvalidConversionException>("text")},
-        {"VoInvalidParameterException", "text", Raise<VoInvalidParameterException>("text")},
-        {"VoInvalidUseException", "text", Raise<VoInvalidUseException>("text")},
         {"VoUndefinedFunctionException", "text", Raise<VoUndefinedFunctionException>("text")},
         {"VoNotFoundException", "Item not found", Raise<VoNotFoundException>()},
         {"VoNotFoundException", "Item not found: ", Raise<VoNotFoundException>("")},
         {"VoNotFoundException", "Item not found: 100 % \xC3\xA9", Raise<VoNotFoundException>("100 % \xC3\xA9")},
         {"VoNotImplementedException", "Not implemented", Raise<VoNotImplementedException>()},
         {"VoNotImplementedException", "Not implemented: text", Raise<VoNotImplementedException>("text")},
-        {"VoNullPointerException", "", Raise<VoNullPointerException>()},
-        {"VoNullPointerException", "text", Raise<VoNullPointerException>("text")},
-        {"VoUserCancelledException", "User cancelled", Raise<VoUserCancelledException>()},
-        {"Validation exception", "text", Raise<VoValidationException>("text")},
         {"Validation exception", "", Raise<VoValidationException>()},
         {"Buffer exception", "", Raise<VoBufferException>()},
-        {"Buffer overflow exception", "text", Raise<VoBufferOverflowException>("text")},
         {"Buffer underflow exception", "", Raise<VoBufferUnderflowException>()},
-        {"VoStackLimitException", "Stack limit reached", Raise<VoStackLimitException>()},
         {"VoInvalidMimeDataException", "No MIME data available available", Raise<VoInvalidMimeDataException>()},
         {"VoInvalidMimeDataException", "No MIME data of given type available: text/x",
          Raise<VoInvalidMimeDataException>("text/x")},
         {"VoNoClipboardException", "No clipboard available", Raise<VoNoClipboardException>()},
         {"VoBadAllocException", "Bad memory allocation: text", Raise<VoBadAllocException>("text")},
         {"VoMathsException", "Maths error", Raise<VoMathsException>()},
-        {"VoDivideByZeroException", "Divide by zero", Raise<VoDivideByZeroException>()},
         {"VoDomainException", "Value (1.5) is outside range [0, 1]", Raise<VoDomainException>(1.5, 0.0, 1.0)},
         {"VoDomainException", "Invalid operation", Raise<VoDomainException>()},
         {"VoInvalidOperationMathsException", "Invalid operation", Raise<VoInvalidOperationMathsException>()},
-        {"VoOverflowException", "Overflow - result too large", Raise<VoOverflowException>()},
         {"VoUnderflowException", "Underflow - result too small", Raise<VoUnderflowException>()},
-        {"VoXMLException", "text", Raise<VoXMLException>("text")},
-        {"VoInvalidXMLAttributeName", "Invalid attribute name: a b", Raise<VoInvalidXMLAttributeName>("a b")},
         {"VoInvalidXMLException", "Invalid XML", Raise<VoInvalidXMLException>()},
-        {"VoInvalidXMLException", "text", Raise<VoInvalidXMLException>("text")},
         {"VoInvalidXMLException", "Invalid XML: C:\\a.xml", Raise<VoInvalidXMLException>(VoFilePath("C:/a.xml"))},
         {"VoInvalidXMLException", "Invalid XML: a.xml, for schema: b.xsd",
          Raise<VoInvalidXMLException>(VoFilePath("a.xml"), VoFilePath("b.xsd"))},
-        {"VoInvalidXMLOperation", "text", Raise<VoInvalidXMLOperation>("text")},
         {"VoInvalidXMLSchemaException", "Invalid XML schema: [a] b", Raise<VoInvalidXMLSchemaException>("a", "b")},
-        {"VoNullDomElementException", "Null dom element", Raise<VoNullDomElementException>()},
-        {"VoNullXMLStreamElementException", "Null XML stream element", Raise<VoNullXMLStreamElementException>()},
-        {"VoUnknownXMLAttributeException", "Unknown attribute: a", Raise<VoUnknownXMLAttributeException>("a")},
-        {"VoUnknownXMLElementException", "Unknown element: a", Raise<VoUnknownXMLElementException>("a")},
         {"VoXMLDuplicateRuleException", "Duplicate rule for XML path", Raise<VoXMLDuplicateRuleException>()},
-        {"VoXMLDuplicateRuleException", "Duplicate rule for XML path: a/b",
-         Raise<VoXMLDuplicateRuleException>(VoXMLPath("a/b"))},
     };
 }
 
@@ -128,6 +106,15 @@ void ExpectCaughtAs(const Row& row)
     }
 }
 
+template <typename Base, typename... Exceptions>
+constexpr bool IsBaseOf = (std::is_base_of_v<Base, Exceptions> && ...);
+
+static_assert(IsBaseOf<VoMathsException, VoDivideByZeroException, VoDomainException, VoOverflowException,
+                       VoUnderflowException, VoInvalidOperationMathsException>);
+static_assert(IsBaseOf<VoXMLException, VoInvalidXMLException, VoUnknownXMLElementException, VoInvalidXMLOperation,
+                       VoNullDomElementException, VoXMLDuplicateRuleException, VoInvalidXMLSchemaException>);
+static_assert(IsBaseOf<VoBufferException, VoBufferOverflowException, VoBufferUnderflowException>);
+
 } // namespace
 
 TEST(VoException, EveryClassReportsItsNameAndMessageThroughTheRoot)
@@ -144,20 +131,6 @@ TEST(VoException, FileClassesAreCaughtAsFileExceptions)
     const std::string tooLong = "Path exceeds maximum length by 1 characters for: " + path;
     ExpectCaughtAs<VoFileException>(
         {"VoPathSizeFileException", tooLong.c_str(), Raise<VoPathSizeFileException>(VoFilePath(path.c_str()))});
-}
-
-TEST(VoException, MathsAndXmlClassesAreCaughtByTheirArea)
-{
-    for (const Row& row : GeneralRows()) {
-        const std::string name = row.name;
-        if (name == "VoDivideByZeroException" || name == "VoDomainException" || name == "VoOverflowException" ||
-            name == "VoUnderflowException" || name == "VoInvalidOperationMathsException")
-            ExpectCaughtAs<VoMathsException>(row);
-        if (name.find("XML") != std::string::npos || name == "VoNullDomElementException")
-            ExpectCaughtAs<VoXMLException>(row);
-        if (name.find("Buffer ") == 0)
-            ExpectCaughtAs<VoBufferException>(row);
-    }
 }
 
 TEST(VoFileException, PathsTravelWithTheException)

@@ -64,35 +64,4 @@ TEST(VoStringView, NumbersAndTextsEndWithTheView)
     EXPECT_EQ(Text(text.substring(2, 3)), std::string("3\0t", 3));
 }
 
-TEST(VoStringView, ComparesWithEveryKindOfText)
-{
-    const VoString text("xABCx");
-    const VoStringView view = text.substring(1, 3);
-    EXPECT_TRUE(view == "abc" && "abc" == view && view == VoString("Abc") && VoString("aBc") == view);
-    EXPECT_TRUE(view == std::string("abc") && QStringLiteral("abc") == view && view != text && !(view < view));
-    EXPECT_FALSE(text.equal(view, VoString::CaseInsensitive));
-    EXPECT_TRUE(VoString("ABC").equal(view, VoString::CaseSensitive));
-}
-
-TEST(VoStringView, CopiesAndMovesLikeAValue)
-{
-    const VoString text("abc");
-    VoStringView a(text);
-    VoStringView b(a);
-    VoStringView c(std::move(a));
-    EXPECT_EQ(Text(b), "abc");
-    EXPECT_EQ(Text(c), "abc");
-    EXPECT_TRUE(a.isEmpty()); // NOLINT(bugprone-use-after-move)
-    EXPECT_EQ(a.locale(), std::locale::classic());
-    EXPECT_TRUE(a.trimmed().isEmpty());
-    a = b;
-    EXPECT_EQ(Text(a), "abc");
-    b = std::move(a);
-    EXPECT_TRUE(a.isEmpty()); // NOLINT(bugprone-use-after-move)
-    VoStringView& same = b;
-    b = std::move(same);
-    b = same;
-    EXPECT_EQ(Text(b), "abc");
-}
-
 } // namespace

@@ -83,11 +83,3 @@ TEST(VoUrl, NothingAppendedLeavesTheFolderOrTheHost)
          {"", "\\x", "\\\\evil\\x", "C:\\x", "http://evil/x", "..\\x", "a\\..\\x", "a\\..", ".", "a\\.\\b"})
         EXPECT_THROW_MSG(VoUrl("http://h/r/").appended(path), VoInvalidPathFileException, "Invalid path: ") << path;
 }
-
-TEST(VoUrl, ComparesWithoutRegardToCase)
-{
-    EXPECT_EQ(VoUrl("HTTP://H/x"), VoUrl("http://h/X"));
-    EXPECT_TRUE(VoUrl("a") < VoUrl("B") && VoUrl("B") > VoUrl("a") && VoUrl("A") <= VoUrl("a"));
-    EXPECT_TRUE(VoUrl("a") == VoString("A") && VoString("A") == VoUrl("a") && VoUrl("a") != VoString("b"));
-    EXPECT_EQ((std::unordered_set<VoUrl>{VoUrl("a"), VoUrl("A")}).size(), 1U);
-}

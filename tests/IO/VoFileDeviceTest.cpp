@@ -148,62 +148,6 @@ TEST_F(VoFileDeviceTest, PlacesSoughtWhileClosedCountForNothing)
     }
 }
 
-// Every byte is read in every way as a string has it.
-TEST_F(VoFileDeviceTest, ReadsAsAStringDoes)
-{
-    std::mt19937 random(2);
-    for (const std::size_t size : {std::size_t(0), std::size_t(1), std::size_t(65535), std::size_t(65536),
-                                   std::size_t(65537), std::size_t(300000)}) {
-        const std::string content = RandomText(random, size);
-        m_folder.write("file", content);
-        VoFileDevice file = device("file");
-        ASSERT_TRUE(file.open(VoIODevice::Read));
-        std::size_t place = 0;
-        const auto expect = [&](const std::string& got, std::size_t count) {
-            const std::size_t rest = content.size() - std::min(place, content.size());
-            ASSERT_EQ(got, rest == 0 ? std::string() : content.substr(place, count));
-            place += got.size();
-        };
-        for (int step = 0; step < 300; ++step) {
-            const std::size_t count = random() % (random() % 3 == 0 ? 200000 : 50);
-            ASSERT_EQ(file.atEnd(), place >= content.size());
-            ASSERT_EQ(file.tell_read(), place);
-            switch (random() % 6) {
-            case 0:
-                expect(file.read(count).toStdString(), count);
-                break;
-            case 1: {
-                std::string block(count, '#');
-                block.resize(file.readInto(&block[0], count));
-                expect(block, count);
-                break;
-            }
-            case 2: {
-                const std::size_t newline = content.find('\n', place);
-                std::size_t length = newline == std::string::npos ? content.size() : newline + 1 - place;
-                if (count != 0)
-                    length = std::min(length, count);
-                expect(file.readLine(count).toStdString(), length);
-                break;
-            }
-            case 3:
-                place = random() % (size + 10);
-                file.seek_read(place);
-                break;
-            case 4:
-                if (step % 20 == 0)
-                    expect(file.readRemaining().toStdString(), content.size());
-                break;
-            default:
-                if (step % 20 == 0) {
-                    place = 0;
-                    expect(file.readAll().toStdString(), content.size());
-                }
-            }
-        }
-    }
-}
-
 TEST_F(VoFileDeviceTest, ReadsFromItsBeginningAndWritesAtItsEndAtTheSameTime)
 {
     std::mt19937 random(3);

@@ -223,18 +223,6 @@ TEST(VoQIODevice, AReadThatFailsIsNotTakenForTheEnd)
     EXPECT_THROW_MSG(adapter.rethrow(), VoIOException, "bad sector");
 }
 
-TEST(VoQIODevice, AHashOverItIsThatOfTheBytes)
-{
-    std::mt19937 random(6);
-    const QByteArray bytes = RandomBytes(random, 200000);
-    VoStringDevice device(VoString(bytes.toStdString()));
-    VoQIODevice adapter(device);
-    ASSERT_TRUE(adapter.open(QIODevice::ReadOnly));
-    QCryptographicHash hash(QCryptographicHash::Sha3_256);
-    EXPECT_TRUE(hash.addData(&adapter));
-    EXPECT_EQ(hash.result(), QCryptographicHash::hash(bytes, QCryptographicHash::Sha3_256));
-}
-
 TEST(VoQIODevice, AnExceptionOfOpeningIsKept)
 {
     const vo::test::ScratchFolder folder;

@@ -99,6 +99,7 @@ TEST(VoEventLoop, FinishRunsWhatIsQueuedInOrderAndTheLoopCanBeStartedAgain)
     std::vector<int> order;
     for (int i = 0; i < 3; ++i)
         loop.add(MakeCall([&order, i] { order.push_back(i); }));
+    EXPECT_THROW_MSG(loop.add(nullptr), VoNullPointerException, "Null event");
     loop.finish(); // not running: does nothing
     EXPECT_TRUE(order.empty());
     loop.run();
@@ -237,12 +238,6 @@ TEST(VoEventLoop, ManyMergeableEventsBehindOthersStayLinear)
     loop.run();
     loop.finish();
     EXPECT_EQ((std::vector<int>{100000}), results);
-}
-
-TEST(VoEventLoop, RefusesNothing)
-{
-    VoEventLoop loop;
-    EXPECT_THROW_MSG(loop.add(nullptr), VoNullPointerException, "Null event");
 }
 
 TEST(VoEventLoop, EventsAddedFromManyThreadsAllRunOnce)

@@ -1,6 +1,7 @@
 #include <VoTestSupport.h>
 
 #include <LogCapture.h>
+#include <RunningCallback.h>
 
 #include <Threading/VoEventLoop.h>
 #include <Threading/VoIntervalTimer.h>
@@ -150,22 +151,13 @@ TEST(VoIntervalTimer, OnTheFrameworksLoopCallsComeOnTheThreadThatMadeIt)
 
 TEST(VoIntervalTimer, EndingWaitsForTheCallbackThatRuns)
 {
-    std::promise<void> entered, leave;
-    std::atomic<bool> left{false};
-    std::optional<VoIntervalTimer> timer;
-    timer.emplace([&](const VoIntervalTimer::Tick&) {
-        entered.set_value();
-        leave.get_future().wait();
-        left = true;
-    });
-    timer->startOnce(VoTimeDuration());
-    entered.get_future().wait();
-    std::thread dropper([&] {
-        timer.reset();
-        EXPECT_TRUE(left);
-    });
-    leave.set_value();
-    dropper.join();
+    vo::test::ExpectEndWaitsForCallback(
+        [](const auto& callback) {
+            auto timer = std::make_unique<VoIntervalTimer>([callback](const VoIntervalTimer::Tick&) { callback(); });
+            timer->startOnce(VoTimeDuration());
+            return timer;
+        },
+        [] {});
 }
 
 // Nothing is called after its timer has ended, whatever the threads are at.

@@ -1,9 +1,11 @@
 #include <Core/VoDeque.h>
 #include <Core/VoException.h>
 #include <Core/VoMathsException.h>
+#include <ScopedEnvironment.h>
 #include <Time/VoDateTime.h>
 #include <Time/detail/ZoneRule.h>
 #include <VoTestSupport.h>
+#include <Words.h>
 
 #include <QtCore/QDateTime>
 #include <QtCore/QLocale>
@@ -15,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "ScopedTimeZone.h"
+using vo::test::ScopedEnvironment;
 
 namespace {
 
@@ -50,7 +52,7 @@ TEST(VoTimeZone, LocalAndNamedTimesAreTheCLibrarysInTwentyZonesAndTwoCenturies)
     std::mt19937_64 random(1);
     std::uniform_int_distribution<std::int64_t> instants(BeginOf1900, BeginOf2100);
     for (const char* name : Zones) {
-        const ScopedTimeZone here(name);
+        const ScopedEnvironment here("TZ", name);
         const VoTimeZone zone{VoString(name)};
         for (int i = 0; i < 4000; ++i) {
             const std::int64_t instant = instants(random);
@@ -69,7 +71,7 @@ TEST(ZoneRule, GoesOnForEverAsTheCLibrarysDoes)
          {"UTC0", "<+0330>-3:30", "CET-1CEST,M3.5.0,M10.5.0/3", "IST-1GMT0,M10.5.0,M3.5.0/1",
           "AEST-10AEDT,M10.1.0,M4.1.0/3", "EET-2EEST,M4.5.5/0,M10.5.4/24", "XXX3YYY,J60/0,J300/-1:30",
           "XXX3YYY2:15:30,59,304/5", "<-02>2<-01>,M3.4.0/-1,M10.5.0/0"}) {
-        const ScopedTimeZone here(text);
+        const ScopedEnvironment here("TZ", text);
         const auto rule = vo::detail::ZoneRule::Read(text);
         ASSERT_TRUE(rule) << text;
         for (int i = 0; i < 20000; ++i) {
@@ -289,28 +291,13 @@ TEST(VoTimeDuration, ComponentsAndIsoTextsComeBackAndTheirLikeAreRead)
         {"P1DT12H", 129600}, {"P2W", 1209600}, {"-1.5 ns", -2e-9}, {"0.1 us", 1e-7}, {"PT0.25M", 15}};
     for (const auto& [text, seconds] : rows)
         EXPECT_EQ(VoTimeDuration::Parse(text), VoTimeDuration::FromSeconds(seconds)) << text;
-    for (const char* text : {"",
-                             "-",
-                             "1",
-                             "1 x",
-                             "s",
-                             "1m 1h",
-                             "1s 1s",
-                             "1.5h 3m",
-                             ".5s",
-                             "1.s",
-                             "1s ",
-                             "P",
-                             "PT",
-                             "P1DT",
-                             "P1Y",
-                             "PT1h",
-                             "1h-3m",
-                             "300000d",
-                             "99999999999999999999s",
-                             "+1s"})
+    std::vector<std::string> wrong =
+        vo::test::Words("- 1 s .5s 1.s P PT P1DT P1Y PT1h 1h-3m 300000d 99999999999999999999s +1s");
+    for (const char* text : {"", "1 x", "1m 1h", "1s 1s", "1.5h 3m", "1s "})
+        wrong.emplace_back(text);
+    for (const std::string& text : wrong)
         EXPECT_THROW_MSG(VoTimeDuration::Parse(text), VoInvalidConversionException,
-                         VoString("Invalid conversion from ") + text + " to VoTimeDuration");
+                         "Invalid conversion from " + text + " to VoTimeDuration");
 }
 
 TEST(VoTimeDuration, IsMultipliedAndDividedWithinItsLimits)

@@ -1,14 +1,16 @@
 #include <Core/VoException.h>
 #include <Core/VoMathsException.h>
+#include <ScopedEnvironment.h>
 #include <Time/VoDateTime.h>
 #include <Time/VoTimer.h>
 #include <VoTestSupport.h>
+#include <Words.h>
 
 #include <limits>
 #include <random>
 #include <string>
 
-#include "ScopedTimeZone.h"
+using vo::test::ScopedEnvironment;
 
 namespace {
 
@@ -44,10 +46,10 @@ TEST(VoDateTime, UniversalTextsStandForInstants)
 
 TEST(VoDateTime, LocalTextsTellTheTwoHoursThatSummerTimeRepeats)
 {
-    const ScopedTimeZone zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    const ScopedEnvironment zone("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
     EXPECT_EQ(LocalAt(1729988999).toString().toStdString(), "2024-10-27T02:29:59.000000000+02:00");
     EXPECT_EQ(LocalAt(1729992599).toString().toStdString(), "2024-10-27T02:29:59.000000000+01:00");
-    const ScopedTimeZone other("XXX3:30");
+    const ScopedEnvironment other("TZ", "XXX3:30");
     EXPECT_EQ(LocalAt(0).toString().toStdString(), "1969-12-31T20:30:00.000000000-03:30");
     EXPECT_EQ(LocalAt(0).components().minute, 30);
 }
@@ -56,7 +58,7 @@ TEST(VoDateTime, EveryInstantComesBackFromItsTextInAnyZone)
 {
     std::mt19937_64 random(7);
     for (const char* name : {"UTC0", "CET-1CEST,M3.5.0,M10.5.0/3", "XXX9:30", "YYY-14"}) {
-        const ScopedTimeZone zone(name);
+        const ScopedEnvironment zone("TZ", name);
         for (int i = 0; i < 200; ++i) {
             // Away from the ends of the clock, where local time may have no instant.
             const auto count = static_cast<std::int64_t>(random()) / 2;
@@ -73,33 +75,18 @@ TEST(VoDateTime, ReadsIsoTextsStrictly)
     for (const char* text : {"2024-05-01T12:34:56Z", "2024-05-01T12:34:56.0Z", "2024-05-01T14:34:56+02:00",
                              "2024-05-02T02:34:56.000000000+14:00", "2024-05-01T11:04:56-01:30"})
         EXPECT_EQ(VoDateTime::Deserialize(text).toUtc().toString().toStdString(), "2024-05-01T12:34:56.000000000Z");
-    for (const char* text : {"",
-                             "2024",
-                             "2024-05-01",
-                             "2024-05-01T12:34:56",
-                             "2024-05-01 12:34:56Z",
-                             "2024-05-01T12:34:56.Z",
-                             "2024-05-01T12:34:56.0000000000Z",
-                             "2024-13-01T00:00:00Z",
-                             "2023-02-29T00:00:00Z",
-                             "2024-04-31T00:00:00Z",
-                             "2024-00-01T00:00:00Z",
-                             "2024-01-00T00:00:00Z",
-                             "2024-05-01T24:00:00Z",
-                             "2024-05-01T00:60:00Z",
-                             "2024-05-01T00:00:60Z",
-                             "2024-05-01T00:00:00z",
-                             "2024-05-01T00:00:00ZZ",
-                             " 2024-05-01T00:00:00Z",
-                             "2024-05-01T00:00:00+0200",
-                             "2024-05-01T00:00:00+24:00",
-                             "2024-05-01T00:00:00+01:60",
-                             "9999-01-01T00:00:00Z",
-                             "0000-01-01T00:00:00Z",
-                             "1677-09-21T00:12:43.145224191Z",
-                             "-024-05-01T00:00:00Z"})
+    std::vector<std::string> wrong = vo::test::Words(
+        "2024 2024-05-01 2024-05-01T12:34:56 2024-05-01T12:34:56.Z 2024-05-01T12:34:56.0000000000Z "
+        "2024-13-01T00:00:00Z "
+        "2023-02-29T00:00:00Z 2024-04-31T00:00:00Z 2024-00-01T00:00:00Z 2024-01-00T00:00:00Z 2024-05-01T24:00:00Z "
+        "2024-05-01T00:60:00Z 2024-05-01T00:00:60Z 2024-05-01T00:00:00z 2024-05-01T00:00:00ZZ 2024-05-01T00:00:00+0200 "
+        "2024-05-01T00:00:00+24:00 2024-05-01T00:00:00+01:60 9999-01-01T00:00:00Z 0000-01-01T00:00:00Z "
+        "1677-09-21T00:12:43.145224191Z -024-05-01T00:00:00Z");
+    for (const char* text : {"", "2024-05-01 12:34:56Z", " 2024-05-01T00:00:00Z"})
+        wrong.emplace_back(text);
+    for (const std::string& text : wrong)
         EXPECT_THROW_MSG(VoDateTime::Deserialize(text), VoInvalidConversionException,
-                         VoString("Invalid conversion from ") + text + " to VoDateTime");
+                         "Invalid conversion from " + text + " to VoDateTime");
 }
 
 TEST(VoDateTime, DatesThatNoCalendarOrClockHasAreRefused)
