@@ -148,67 +148,49 @@ TEST_F(VoFileDeviceTest, PlacesSoughtWhileClosedCountForNothing)
     }
 }
 
-TEST_F(VoFileDeviceTest, ReadsFromItsBeginningAndWritesAtItsEndAtTheSameTime)
+// One that existed is read from its beginning and written at its end, a new one is written anywhere.
+TEST_F(VoFileDeviceTest, IsReadAndWrittenAtTheSameTime)
 {
-    std::mt19937 random(3);
-    std::string model = RandomText(random, 1000);
-    m_folder.write("file", model);
-    VoFileDevice file = device("file");
-    ASSERT_TRUE(file.open(VoIODevice::ReadWrite));
-    std::size_t place = 0;
-    for (int step = 0; step < 2000; ++step) {
-        if (random() % 2 == 0) {
-            const std::string text = RandomText(random, random() % (step % 100 == 0 ? 100000 : 20));
-            file.write(VoString(text));
-            model += text;
-        } else {
-            const std::string text = file.read(random() % 700).toStdString();
-            ASSERT_EQ(text, model.substr(place, text.size())) << "step " << step;
-            place += text.size();
+    for (const bool existed : {true, false}) {
+        std::mt19937 random(3);
+        const std::string name = existed ? "old" : "new";
+        std::string model = existed ? RandomText(random, 1000) : std::string();
+        if (existed)
+            m_folder.write(name, model);
+        VoFileDevice file = device(name);
+        ASSERT_TRUE(file.open(VoIODevice::ReadWrite));
+        std::size_t readPlace = 0;
+        std::size_t writePlace = 0;
+        for (int step = 0; step < 3000; ++step) {
+            switch (random() % 4) {
+            case 0:
+                readPlace = random() % 5000;
+                file.seek_read(readPlace);
+                break;
+            case 1:
+                writePlace = random() % 5000;
+                file.seek_write(writePlace);
+                break;
+            case 2: {
+                const std::string text = RandomText(random, 1 + random() % (step % 100 == 0 ? 100000 : 300));
+                file.write(VoString(text));
+                writePlace = existed ? model.size() : writePlace;
+                model.resize(std::max(model.size(), writePlace + text.size()));
+                model.replace(writePlace, text.size(), text);
+                writePlace += text.size();
+                break;
+            }
+            default: {
+                const std::size_t count = random() % 700;
+                const std::string expected = readPlace < model.size() ? model.substr(readPlace, count) : std::string();
+                ASSERT_EQ(file.read(count).toStdString(), expected) << "step " << step;
+                readPlace += expected.size();
+            }
+            }
         }
-        if (step % 400 == 0)
-            file.seek_write(0); // without effect on a file that is written at its end
+        file.close();
+        EXPECT_EQ(m_folder.read(name), model);
     }
-    file.close();
-    EXPECT_EQ(m_folder.read("file"), model);
-}
-
-TEST_F(VoFileDeviceTest, ANewFileIsReadAndWrittenAnywhere)
-{
-    std::mt19937 random(4);
-    std::string model;
-    VoFileDevice file = device("file");
-    ASSERT_TRUE(file.open(VoIODevice::ReadWrite));
-    std::size_t readPlace = 0;
-    std::size_t writePlace = 0;
-    for (int step = 0; step < 3000; ++step) {
-        switch (random() % 4) {
-        case 0:
-            readPlace = random() % 5000;
-            file.seek_read(readPlace);
-            break;
-        case 1:
-            writePlace = random() % 5000;
-            file.seek_write(writePlace);
-            break;
-        case 2: {
-            const std::string text = RandomText(random, 1 + random() % 300);
-            file.write(VoString(text));
-            model.resize(std::max(model.size(), writePlace + text.size()));
-            model.replace(writePlace, text.size(), text);
-            writePlace += text.size();
-            break;
-        }
-        default: {
-            const std::size_t count = random() % 300;
-            const std::string expected = readPlace < model.size() ? model.substr(readPlace, count) : std::string();
-            ASSERT_EQ(file.read(count).toStdString(), expected) << "step " << step;
-            readPlace += expected.size();
-        }
-        }
-    }
-    file.close();
-    EXPECT_EQ(m_folder.read("file"), model);
 }
 
 TEST_F(VoFileDeviceTest, ALongLineComesWhole)

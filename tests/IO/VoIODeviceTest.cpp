@@ -5,6 +5,7 @@
 
 #include <Core/VoMathsException.h>
 
+#include <MemoryDevice.h>
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
@@ -14,49 +15,9 @@
 #include <set>
 #include <string>
 
+using vo::test::MemoryDevice;
+
 namespace {
-
-// A device with none but the hooks that must be there: what the base does by default shows.
-class PlainDevice : public VoIODevice
-{
-public:
-    explicit PlainDevice(std::string content)
-        : m_content(std::move(content))
-    {
-    }
-
-    std::size_t writable = std::numeric_limits<std::size_t>::max();   // bytes taken by one write
-    std::size_t vanishesAt = std::numeric_limits<std::size_t>::max(); // where reads find nothing, though not at the end
-    const std::string& content() const { return m_content; }
-
-    void seek_read(std::size_t position) override { m_position = position; }
-    void seek_write(std::size_t) override {}
-    bool atEnd() const override { return m_position >= m_content.size(); }
-
-protected:
-    void onClose() override {}
-    bool onOpen(Mode) override { return true; }
-
-    VoString onRead(std::size_t count) override
-    {
-        if (m_position >= vanishesAt)
-            return VoString();
-        const std::string block = m_content.substr(std::min(m_position, m_content.size()), count);
-        m_position += block.size();
-        return VoString(block);
-    }
-
-    std::size_t onWrite(const VoString& text) override
-    {
-        const std::size_t taken = std::min(text.size(), writable);
-        m_content.append(text.c_str(), taken);
-        return taken;
-    }
-
-private:
-    std::string m_content;
-    std::size_t m_position = 0;
-};
 
 VoIODevice::Mode ModeOf(unsigned flags)
 {
@@ -79,7 +40,7 @@ TEST(VoIODevice, PermitsTransfersForExactModesOnly)
     const std::set<unsigned> writable = {2, 3, 4};
     for (unsigned flags = 1; flags < 32; ++flags) {
         SCOPED_TRACE(flags);
-        PlainDevice device("content");
+        MemoryDevice device("content");
         ASSERT_TRUE(device.open(ModeOf(flags)));
         EXPECT_EQ(device.mode(), ModeOf(flags));
         char byte = 'x';
@@ -104,7 +65,7 @@ TEST(VoIODevice, PermitsTransfersForExactModesOnly)
 
 TEST(VoIODevice, AClosedDeviceRefusesTransfersAndMayBeClosedAgain)
 {
-    PlainDevice device("content");
+    MemoryDevice device("content");
     device.close();
     EXPECT_THROW(device.read(1), VoIOInvalidReadException);
     ASSERT_TRUE(device.open(VoIODevice::ReadWrite));
@@ -116,7 +77,7 @@ TEST(VoIODevice, AClosedDeviceRefusesTransfersAndMayBeClosedAgain)
 
 TEST(VoIODevice, OpeningTwiceIsRefusedAndSuccessClearsTheError)
 {
-    PlainDevice device("content");
+    MemoryDevice device("content");
     ASSERT_TRUE(device.open(VoIODevice::Read));
     EXPECT_FALSE(device.open(VoIODevice::Write));
     EXPECT_EQ(device.lastError(), "Device already open");
@@ -128,8 +89,8 @@ TEST(VoIODevice, OpeningTwiceIsRefusedAndSuccessClearsTheError)
 
 TEST(VoIODevice, AShortWriteTellsHowManyBytesAreMissing)
 {
-    PlainDevice device("");
-    device.writable = 3;
+    MemoryDevice device;
+    device.takenAtOnce = 3;
     ASSERT_TRUE(device.open(VoIODevice::Write));
     EXPECT_EQ(device.write("12345"), 3u);
     EXPECT_EQ(device.lastError(), "2 bytes were not written");
@@ -140,7 +101,7 @@ TEST(VoIODevice, AShortWriteTellsHowManyBytesAreMissing)
 
 TEST(VoIODevice, ReadingStopsWhereADeviceHasLessThanItThought)
 {
-    PlainDevice device("0123456789");
+    MemoryDevice device("0123456789");
     device.vanishesAt = 4;
     ASSERT_TRUE(device.open(VoIODevice::Read));
     EXPECT_EQ(device.readLine(4), "0123");
@@ -155,7 +116,7 @@ TEST(VoIODevice, DevicesOfAllKindsReadAsAStringDoes)
     std::mt19937 random(2);
     for (const std::size_t size : {0UL, 1UL, 7UL, 300UL, 65535UL, 65536UL, 65537UL, 300000UL}) {
         const std::string content = RandomLines(random, size);
-        PlainDevice plain(content);
+        MemoryDevice plain(content);
         VoStringDevice string((VoString(content)));
         VoFileDevice file(folder.write("file", content));
         for (VoIODevice* device : std::initializer_list<VoIODevice*>{&plain, &string, &file}) {

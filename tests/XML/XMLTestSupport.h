@@ -1,11 +1,11 @@
 #pragma once
 
+#include <MemoryDevice.h>
 #include <VoTestSupport.h>
 
 #include <Core/VoString.h>
-#include <IO/VoIODevice.h>
-#include <IO/VoIOException.h>
 #include <IO/VoStringDevice.h>
+#include <XML/VoXMLDomDocument.h>
 #include <XML/VoXMLStreamElementReader.h>
 #include <XML/VoXMLStreamElementWriter.h>
 #include <XML/VoXMLStreamReader.h>
@@ -14,7 +14,6 @@
 #include <QtCore/QString>
 #include <QtCore/QXmlStreamReader>
 
-#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -23,50 +22,25 @@
 
 namespace xmltest {
 
-/// A device in memory that throws VoIOException "device failed" once so many bytes have passed.
-class FailingDevice : public VoIODevice
+using vo::test::MemoryDevice;
+
+/// So many start tags of one name, each in the one before.
+inline std::string Nested(std::size_t levels)
 {
-public:
-    FailingDevice(std::string content, std::size_t bytesBeforeFailure)
-        : bytes(std::move(content))
-        , m_left(bytesBeforeFailure)
-    {
-    }
+    std::string document;
+    for (std::size_t i = 0; i < levels; ++i)
+        document += "<a>";
+    return document;
+}
 
-    void seek_read(std::size_t position) override { m_position = position; }
-    void seek_write(std::size_t) override {}
-    bool atEnd() const override { return m_position >= bytes.size(); }
-
-    std::string bytes; ///< What is read, or what has been written.
-
-protected:
-    void onClose() override {}
-    bool onOpen(Mode) override { return true; }
-
-    VoString onRead(std::size_t count) override
-    {
-        const std::size_t taken = std::min({count, bytes.size() - m_position, m_left});
-        if (taken == 0 && !atEnd())
-            throw VoIOException("device failed");
-        m_position += taken;
-        m_left -= taken;
-        return VoString(bytes.substr(m_position - taken, taken));
-    }
-
-    std::size_t onWrite(const VoString& text) override
-    {
-        const std::size_t taken = std::min(text.size(), m_left);
-        bytes.append(text.toStdString(), 0, taken);
-        m_left -= taken;
-        if (taken < text.size())
-            throw VoIOException("device failed");
-        return taken;
-    }
-
-private:
-    std::size_t m_position = 0;
-    std::size_t m_left;
-};
+/// The tree of a text.
+inline VoXMLDomDocument Loaded(const std::string& text)
+{
+    VoStringDevice device{VoString(text)};
+    VoXMLDomDocument document;
+    document.load(device);
+    return document;
+}
 
 /// The document that `write` makes.
 inline std::string Written(const std::function<void(VoXMLStreamWriter&)>& write,

@@ -1,6 +1,7 @@
 #include "XMLTestSupport.h"
 
 #include <SchemaLeaks.h>
+#include <ScratchFolder.h>
 
 #include <Core/VoDeque.h>
 #include <Core/VoException.h>
@@ -13,7 +14,6 @@
 #include <XML/VoXMLValidator.h>
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QTemporaryDir>
 #include <QtNetwork/QTcpServer>
 
 namespace {
@@ -26,17 +26,9 @@ const char* const SchemaText = R"(<xs:schema xmlns:xs="http://www.w3.org/2001/XM
 class XMLValidator : public testing::Test
 {
 protected:
-    VoFilePath file(const char* name, const std::string& content)
-    {
-        const VoFilePath path(VoString(directory.filePath(QString::fromUtf8(name))));
-        VoFileDevice device(path);
-        EXPECT_TRUE(device.open(VoIODevice::Write));
-        device.write(content);
-        device.close();
-        return path;
-    }
+    VoFilePath file(const char* name, const std::string& content) { return m_folder.write(name, content); }
 
-    QTemporaryDir directory;
+    vo::test::ScratchFolder m_folder;
     VoFilePath schema = file("schema.xsd", SchemaText);
 };
 
@@ -67,7 +59,7 @@ TEST_F(XMLValidator, DeviceErrorsNameTheirPlace)
         EXPECT_NE(e.message().find("line 2"), VoString::invalid_position) << e.what();
         EXPECT_EQ(e.message().find("<"), VoString::invalid_position) << e.what();
     }
-    xmltest::FailingDevice failing("<list><item>1</item></list>", 10);
+    xmltest::MemoryDevice failing("<list><item>1</item></list>", 10);
     EXPECT_THROW_MSG(validator.validate(failing), VoIOException, "device failed");
 }
 
@@ -144,10 +136,7 @@ TEST_F(XMLValidator, AllErrorsCanBeHad)
               "2:12 3:12 4:26 5:7 ");
     EXPECT_EQ(places("<book>\n<page>"), "2:6 ");
     EXPECT_EQ(places("<other/>"), "1:8 ");
-    std::string deep(3 * 100000, 'a');
-    for (std::size_t i = 0; i < deep.size(); i += 3)
-        deep.replace(i, 3, "<a>");
-    VoStringDevice tooDeep{VoString(deep)};
+    VoStringDevice tooDeep{VoString(xmltest::Nested(100000))};
     EXPECT_THROW(validator.errors(tooDeep), VoStackLimitException);
 }
 
