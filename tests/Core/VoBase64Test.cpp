@@ -1,3 +1,4 @@
+#include <RandomBytes.h>
 #include <VoTestSupport.h>
 
 #include <Core/VoBase64.h>
@@ -29,9 +30,7 @@ TEST(VoBase64ConverterCore, AgreesWithAnotherCodecAndRoundTrips)
 {
     std::mt19937 engine(3);
     for (std::size_t length = 0; length < 400; ++length) {
-        std::string bytes(length, '\0');
-        for (char& c : bytes)
-            c = static_cast<char>(engine());
+        const std::string bytes = vo::test::RandomBytes(engine, length);
         const VoString text = Encoded(bytes);
         ASSERT_EQ(text.toStdString(), QByteArray::fromStdString(bytes).toBase64().toStdString());
         if (length == 0)

@@ -2,6 +2,7 @@
 
 #include <Core/VoMathsException.h>
 
+#include <RandomBytes.h>
 #include <VoTestSupport.h>
 
 #include <QtCore/QByteArray>
@@ -38,10 +39,7 @@ std::string Repeated(const std::string& text, std::size_t size)
 std::string Noise(std::size_t size)
 {
     std::mt19937 random(7);
-    std::string noise(size, '\0');
-    for (char& c : noise)
-        c = static_cast<char>(random());
-    return noise;
+    return vo::test::RandomBytes(random, size);
 }
 
 VoByteArray WithPrefix(std::uint32_t prefix, const VoByteArray& compressed)

@@ -1,17 +1,17 @@
 #include <Core/VoChecksum.h>
 #include <Core/VoFileException.h>
 #include <Core/detail/Sha3Hasher.h>
-#include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
-#include <FileSystem/VoTemporaryDir.h>
 #include <FileSystem/detail/NativePath.h>
+#include <RandomBytes.h>
+#include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
 #include <QtCore/QByteArray>
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
+#include <random>
 #include <string>
 #include <unordered_set>
 
@@ -34,29 +34,11 @@ std::string DigestOf(const std::string& bytes)
     return Hex(VoChecksum(QByteArray::fromStdString(bytes)));
 }
 
-// Bytes without a period that blocks could hide behind.
-std::string Bytes(std::size_t size)
-{
-    std::string bytes(size, '\0');
-    std::uint32_t state = 12345;
-    for (char& byte : bytes) {
-        state = state * 1664525U + 1013904223U;
-        byte = static_cast<char>(state >> 24);
-    }
-    return bytes;
-}
-
 class VoChecksumOfFile : public testing::Test
 {
 protected:
-    VoFilePath write(const char* name, const std::string& bytes)
-    {
-        const VoFilePath path = m_directory.path(name);
-        std::ofstream(vo::detail::ToNative(path), std::ios::binary) << bytes;
-        return path;
-    }
-
-    VoTemporaryDir m_directory;
+    vo::test::ScratchFolder m_folder;
+    std::mt19937 m_random;
 };
 
 } // namespace
@@ -73,7 +55,8 @@ TEST(VoChecksum, DigestsAreThoseOfTheStandard)
 
 TEST(VoChecksum, TakenWhileBytesPassItIsTheSameHoweverTheyAreCut)
 {
-    const std::string bytes = Bytes(10000);
+    std::mt19937 random;
+    const std::string bytes = vo::test::RandomBytes(random, 10000);
     const std::string whole = DigestOf(bytes);
     for (const std::size_t piece : {1UL, 7UL, 135UL, 136UL, 137UL, 4096UL, 10000UL}) {
         vo::detail::Sha3 hasher;
@@ -112,17 +95,17 @@ TEST(VoChecksum, HexadecimalTextIsReadWithoutJudgement)
 TEST_F(VoChecksumOfFile, IsThatOfItsBytes)
 {
     for (const std::size_t size : {0UL, 1UL, 65536UL, 262143UL, 262144UL, 262145UL, 1000003UL}) {
-        const std::string bytes = Bytes(size);
-        EXPECT_EQ(Hex(VoChecksum(write("file", bytes))), DigestOf(bytes)) << size;
+        const std::string bytes = vo::test::RandomBytes(m_random, size);
+        EXPECT_EQ(Hex(VoChecksum(m_folder.write("file", bytes))), DigestOf(bytes)) << size;
     }
 }
 
 TEST_F(VoChecksumOfFile, AMissingFileADirectoryAndAnOverlongPathAreToldApart)
 {
-    const VoFilePath missing = m_directory.path("missing");
+    const VoFilePath missing = m_folder.path("missing");
     EXPECT_THROW_MSG(VoChecksum(missing), VoFileNotFoundException, "File not found: " + missing.path());
-    EXPECT_THROW_MSG(VoChecksum(m_directory.path().toFilePath()), VoInvalidPathFileException, "Invalid path: ");
-    const VoFilePath behindFile = VoFilePath(write("file", "x").path() + "\\y");
+    EXPECT_THROW_MSG(VoChecksum(m_folder.path("")), VoInvalidPathFileException, "Invalid path: ");
+    const VoFilePath behindFile = VoFilePath(m_folder.write("file", "x").path() + "\\y");
     EXPECT_THROW_MSG(VoChecksum(behindFile), VoFileNotFoundException, "File not found: " + behindFile.path());
     EXPECT_THROW_MSG(VoChecksum(VoFilePath()), VoFileNotFoundException, "File not found: ");
     EXPECT_THROW(VoChecksum(VoFilePath(VoString('x', 261))), VoPathSizeFileException);
@@ -133,7 +116,7 @@ TEST_F(VoChecksumOfFile, AMissingFileADirectoryAndAnOverlongPathAreToldApart)
 
 TEST_F(VoChecksumOfFile, APipeIsRefusedInsteadOfWaitedFor)
 {
-    const VoFilePath pipe = m_directory.path("pipe");
+    const VoFilePath pipe = m_folder.path("pipe");
     ASSERT_EQ(::mkfifo(vo::detail::ToNative(pipe).c_str(), 0600), 0);
     EXPECT_THROW_MSG(VoChecksum(pipe), VoCannotOpenFileException, "Cannot open file: " + pipe.path());
     EXPECT_THROW_MSG(VoChecksum(VoFilePath("/dev/zero")), VoCannotOpenFileException, "Cannot open file: \\dev\\zero");
@@ -143,7 +126,7 @@ TEST_F(VoChecksumOfFile, AnUnreadableFileCannotBeOpened)
 {
     if (::geteuid() == 0)
         GTEST_SKIP() << "the superuser reads everything";
-    const VoFilePath file = write("secret", "x");
+    const VoFilePath file = m_folder.write("secret", "x");
     ASSERT_EQ(::chmod(vo::detail::ToNative(file).c_str(), 0), 0);
     EXPECT_THROW_MSG(VoChecksum(file), VoCannotOpenFileException, "Cannot open file: " + file.path());
 }

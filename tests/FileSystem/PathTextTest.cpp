@@ -2,6 +2,7 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoPathException.h>
 #include <FileSystem/VoUrl.h>
+#include <RandomBytes.h>
 #include <VoTestSupport.h>
 
 #include <random>
@@ -35,21 +36,13 @@ std::string NormalisedSlowly(std::string text)
     return text;
 }
 
-std::string RandomText(std::mt19937& random, const std::string& alphabet)
-{
-    std::string text(std::uniform_int_distribution<std::size_t>(0, 14)(random), '\0');
-    for (char& byte : text)
-        byte = alphabet[std::uniform_int_distribution<std::size_t>(0, alphabet.size() - 1)(random)];
-    return text;
-}
-
 } // namespace
 
 TEST(PathText, IsNormalisedAsTheSlowRuleSaysAndOnlyOnce)
 {
     std::mt19937 random(1);
     for (int i = 0; i < 20000; ++i) {
-        const std::string text = RandomText(random, "\\/\\/ab:. \t\n");
+        const std::string text = vo::test::RandomBytes(random, random() % 15, "\\/\\/ab:. \t\n");
         ASSERT_EQ(Normalised(text), NormalisedSlowly(text)) << '"' << text << '"';
         ASSERT_EQ(Normalised(Normalised(text)), Normalised(Normalised(text)));
     }

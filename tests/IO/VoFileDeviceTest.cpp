@@ -5,6 +5,7 @@
 #include <Core/VoByteArray.h>
 #include <Core/VoFileException.h>
 
+#include <RandomBytes.h>
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
@@ -34,10 +35,7 @@ VoIODevice::Mode ModeOf(unsigned flags)
 
 std::string RandomText(std::mt19937& random, std::size_t size)
 {
-    std::string text(size, '\0');
-    for (char& c : text)
-        c = "abcdefg\0\x1a\r\n"[random() % 11];
-    return text;
+    return vo::test::RandomBytes(random, size, std::string("abcdefg\0\x1a\r\n", 11));
 }
 
 class VoFileDeviceTest : public testing::Test

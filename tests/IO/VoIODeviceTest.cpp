@@ -6,6 +6,7 @@
 #include <Core/VoMathsException.h>
 
 #include <MemoryDevice.h>
+#include <RandomBytes.h>
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
@@ -22,14 +23,6 @@ namespace {
 VoIODevice::Mode ModeOf(unsigned flags)
 {
     return static_cast<VoIODevice::Mode>(flags);
-}
-
-std::string RandomLines(std::mt19937& random, std::size_t size)
-{
-    std::string text(size, '\0');
-    for (char& c : text)
-        c = "ab\0\r\n"[random() % 5];
-    return text;
 }
 
 } // namespace
@@ -115,7 +108,7 @@ TEST(VoIODevice, DevicesOfAllKindsReadAsAStringDoes)
     const vo::test::ScratchFolder folder;
     std::mt19937 random(2);
     for (const std::size_t size : {0UL, 1UL, 7UL, 300UL, 65535UL, 65536UL, 65537UL, 300000UL}) {
-        const std::string content = RandomLines(random, size);
+        const std::string content = vo::test::RandomBytes(random, size, std::string("ab\0\r\n", 5));
         MemoryDevice plain(content);
         VoStringDevice string((VoString(content)));
         VoFileDevice file(folder.write("file", content));

@@ -7,6 +7,7 @@
 #include <Core/VoFileException.h>
 
 #include <MemoryDevice.h>
+#include <RandomBytes.h>
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
@@ -19,6 +20,7 @@
 #include <string>
 
 using vo::test::MemoryDevice;
+using vo::test::RandomBytes;
 
 namespace {
 
@@ -44,14 +46,6 @@ int CountItems(QIODevice& device)
         items += reader.readNext() == QXmlStreamReader::StartElement && reader.name() == QLatin1String("item");
     EXPECT_FALSE(reader.hasError()) << reader.errorString().toStdString();
     return items;
-}
-
-QByteArray RandomBytes(std::mt19937& random, int size)
-{
-    QByteArray bytes(size, '\0');
-    for (char& byte : bytes)
-        byte = static_cast<char>(random());
-    return bytes;
 }
 
 } // namespace
@@ -213,7 +207,7 @@ TEST(VoQIODevice, ReadsAndWritesInTurnsAsABufferDoes)
     for (const QIODevice::OpenMode extra :
          {QIODevice::OpenMode(QIODevice::NotOpen), QIODevice::OpenMode(QIODevice::Unbuffered)}) {
         std::mt19937 random(8);
-        const QByteArray start = RandomBytes(random, 50000);
+        const QByteArray start = QByteArray::fromStdString(RandomBytes(random, 50000));
         VoStringDevice device(VoString(start.toStdString()));
         VoQIODevice adapter(device);
         QBuffer buffer;
@@ -230,7 +224,8 @@ TEST(VoQIODevice, ReadsAndWritesInTurnsAsABufferDoes)
                 break;
             }
             case 1: {
-                const QByteArray bytes = RandomBytes(random, count);
+                const QByteArray bytes =
+                    QByteArray::fromStdString(RandomBytes(random, static_cast<std::size_t>(count)));
                 ASSERT_EQ(adapter.write(bytes), buffer.write(bytes));
                 break;
             }

@@ -240,47 +240,24 @@ TEST(VoEventLoop, ManyMergeableEventsBehindOthersStayLinear)
     EXPECT_EQ((std::vector<int>{100000}), results);
 }
 
-TEST(VoEventLoop, EventsAddedFromManyThreadsAllRunOnce)
+TEST(VoStoppableEvent, StoppedBeforeItsTurnNeverRunsAndLaterEndsItsWorkItself)
 {
-    VoEventLoop loop;
-    loop.run();
-    std::vector<int> counts(4, 0); // written by the loop's thread only
-    std::vector<std::thread> threads;
-    for (std::size_t t = 0; t < counts.size(); ++t)
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 2000; ++i)
-                loop.add(MakeCall([&counts, t] { ++counts[t]; }));
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    loop.finish();
-    EXPECT_EQ(std::vector<int>(4, 2000), counts);
-}
-
-TEST(VoStoppableEvent, StoppedBeforeItsTurnItNeverRuns)
-{
-    const VoSharedPtr<Stoppable> event(new Stoppable);
-    VoEventLoop loop;
-    loop.add(event);
-    event->stop();
-    loop.run();
-    loop.finish();
-    EXPECT_EQ(0, event->executions);
-    EXPECT_FALSE(event->isRunning());
-}
-
-TEST(VoStoppableEvent, StoppedWhileItRunsItEndsItsWorkItself)
-{
-    const VoSharedPtr<Stoppable> event(new Stoppable);
-    VoEventLoop loop;
-    loop.add(event);
-    loop.run();
-    event->executing.wait();
-    EXPECT_TRUE(event->isRunning());
-    event->stop();
-    loop.finish();
-    EXPECT_EQ(1, event->executions);
-    EXPECT_FALSE(event->isRunning());
+    for (const bool early : {true, false}) {
+        const VoSharedPtr<Stoppable> event(new Stoppable);
+        VoEventLoop loop;
+        loop.add(event);
+        if (early)
+            event->stop();
+        loop.run();
+        if (!early) {
+            event->executing.wait();
+            EXPECT_TRUE(event->isRunning());
+            event->stop();
+        }
+        loop.finish();
+        EXPECT_EQ(event->executions, early ? 0 : 1);
+        EXPECT_FALSE(event->isRunning());
+    }
 }
 
 TEST(VoEventLoopDeathTest, AfterShutDownNoLoopRuns)
