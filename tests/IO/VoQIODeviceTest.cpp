@@ -13,8 +13,6 @@
 
 #include <QtCore/QBuffer>
 #include <QtCore/QCryptographicHash>
-#include <QtCore/QXmlStreamReader>
-#include <QtCore/QXmlStreamWriter>
 
 #include <random>
 #include <string>
@@ -22,55 +20,20 @@
 using vo::test::MemoryDevice;
 using vo::test::RandomBytes;
 
-namespace {
-
-void WriteDocument(QIODevice& device, int items)
-{
-    QXmlStreamWriter writer(&device);
-    writer.writeStartDocument();
-    writer.writeStartElement(QStringLiteral("items"));
-    for (int i = 0; i < items; ++i) {
-        writer.writeStartElement(QStringLiteral("item"));
-        writer.writeAttribute(QStringLiteral("id"), QString::number(i));
-        writer.writeCharacters(QStringLiteral("text & more"));
-        writer.writeEndElement();
-    }
-    writer.writeEndDocument();
-}
-
-int CountItems(QIODevice& device)
-{
-    QXmlStreamReader reader(&device);
-    int items = 0;
-    while (!reader.atEnd())
-        items += reader.readNext() == QXmlStreamReader::StartElement && reader.name() == QLatin1String("item");
-    EXPECT_FALSE(reader.hasError()) << reader.errorString().toStdString();
-    return items;
-}
-
-} // namespace
-
-TEST(VoQIODevice, CarriesADocumentToADeviceAndBackInFewBlocks)
+TEST(VoQIODevice, CarriesSmallPiecesToADeviceInFewBlocks)
 {
     MemoryDevice device;
-    {
-        VoQIODevice adapter(device);
-        ASSERT_TRUE(adapter.open(QIODevice::WriteOnly));
-        WriteDocument(adapter, 5000);
-        adapter.close();
-        EXPECT_FALSE(device.isOpen());
-    }
-    EXPECT_LE(device.writes, device.content().size() / 16384 + 1);
-
-    QBuffer expected;
-    expected.open(QIODevice::WriteOnly);
-    WriteDocument(expected, 5000);
-    EXPECT_EQ(device.content(), expected.data().toStdString());
-
+    std::string expected;
     VoQIODevice adapter(device);
-    ASSERT_TRUE(adapter.open(QIODevice::ReadOnly));
-    EXPECT_EQ(CountItems(adapter), 5000);
-    EXPECT_TRUE(adapter.atEnd());
+    ASSERT_TRUE(adapter.open(QIODevice::WriteOnly));
+    for (int i = 0; i < 30000; ++i) {
+        expected += std::to_string(i);
+        adapter.write(QByteArray::number(i));
+    }
+    adapter.close();
+    EXPECT_FALSE(device.isOpen());
+    EXPECT_EQ(device.content(), expected);
+    EXPECT_LE(device.writes, expected.size() / 16384 + 1);
 }
 
 TEST(VoQIODevice, UsesAnOpenDeviceOfAFittingModeAsItStandsAndLeavesItOpen)
@@ -147,14 +110,14 @@ TEST(VoQIODevice, KeepsTheFirstExceptionOfAWriteAndWritesNothingMore)
     device.writable = 100000;
     VoQIODevice adapter(device);
     ASSERT_TRUE(adapter.open(QIODevice::WriteOnly));
-    WriteDocument(adapter, 20000);
+    while (adapter.write("item") == 4)
+        ASSERT_LE(device.content().size(), 100000u);
     EXPECT_TRUE(adapter.hasFailed());
     const std::size_t writes = device.writes;
     EXPECT_EQ(adapter.write("more"), -1);
     EXPECT_FALSE(adapter.seek(0));
     adapter.close();
     EXPECT_EQ(device.writes, writes);
-    EXPECT_LE(device.content().size(), 100000u);
     EXPECT_EQ(adapter.errorString(), QLatin1String("device failed"));
     for (int i = 0; i < 2; ++i)
         EXPECT_THROW_MSG(adapter.rethrow(), VoIOException, "device failed");

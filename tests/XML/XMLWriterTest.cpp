@@ -183,20 +183,17 @@ TEST(XMLWriterStart, DevicesThatCannotBeWrittenAreRefused)
     ASSERT_TRUE(reading.open(VoIODevice::Read));
     EXPECT_THROW_MSG(VoXMLStreamWriter{reading}, VoIOException, "Device already open");
     EXPECT_THROW_MSG(VoXMLStreamWriter(VoSharedPtr<VoIODevice>(), false), VoNullPointerException, "");
+    auto shared = VoSharedPtr<VoStringDevice>::Make();
+    const VoWeakPtr<VoStringDevice> watched(shared);
+    {
+        const VoXMLStreamWriter writer{VoSharedPtr<VoIODevice>(shared)};
+        shared.reset();
+        EXPECT_FALSE(watched.expired()) << "a shared device lives as long as its writer";
+    }
+    EXPECT_TRUE(watched.expired());
     EXPECT_THROW_MSG(VoXMLStreamElementWriter(nullptr), VoNullPointerException, "Invalid parent");
     const VoFilePath missing("/nowhere/at/all.xml");
     EXPECT_THROW(VoXMLStreamWriter{missing}, VoCannotOpenFileException);
-}
-
-TEST(XMLWriterStart, SharedDeviceLivesAsLongAsTheWriter)
-{
-    auto device = VoSharedPtr<VoStringDevice>::Make();
-    const VoWeakPtr<VoStringDevice> watched(device);
-    auto writer = std::make_unique<VoXMLStreamWriter>(VoSharedPtr<VoIODevice>(device));
-    device.reset();
-    EXPECT_FALSE(watched.expired());
-    writer.reset();
-    EXPECT_TRUE(watched.expired());
 }
 
 void WriteMuch(VoXMLStreamWriter& writer)
