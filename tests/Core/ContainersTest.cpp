@@ -27,7 +27,6 @@
 #include <regex>
 #include <set>
 #include <sstream>
-#include <string>
 
 namespace {
 

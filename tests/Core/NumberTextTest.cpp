@@ -12,7 +12,6 @@
 #include <limits>
 #include <random>
 #include <sstream>
-#include <string>
 #include <vector>
 
 namespace {

@@ -7,8 +7,6 @@
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
-#include <string>
-
 namespace {
 
 std::string Text(const VoByteBuffer& buffer)

@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <random>
-#include <string>
 #include <unordered_set>
 
 #if defined(__unix__)

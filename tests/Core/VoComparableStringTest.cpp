@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <random>
 #include <sstream>
-#include <string>
 #include <vector>
 
 namespace {

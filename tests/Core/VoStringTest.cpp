@@ -9,7 +9,6 @@
 #include <climits>
 #include <limits>
 #include <map>
-#include <string>
 #include <unordered_set>
 
 namespace {

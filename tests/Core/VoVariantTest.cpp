@@ -10,7 +10,6 @@
 #include <cmath>
 #include <limits>
 #include <sstream>
-#include <string>
 #include <type_traits>
 #include <vector>
 

@@ -3,7 +3,6 @@
 
 #include <limits>
 #include <sstream>
-#include <string>
 #include <tuple>
 #include <unordered_set>
 

@@ -7,7 +7,6 @@
 
 #include <random>
 #include <sstream>
-#include <string>
 #include <unordered_set>
 #include <vector>
 

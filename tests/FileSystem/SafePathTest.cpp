@@ -2,8 +2,6 @@
 #include <FileSystem/detail/SafePath.h>
 #include <VoTestSupport.h>
 
-#include <string>
-
 using vo::detail::SafeName;
 using vo::detail::SafeRelativePath;
 

@@ -5,7 +5,6 @@
 #include <VoTestSupport.h>
 
 #include <sstream>
-#include <string>
 #include <unordered_set>
 #include <vector>
 

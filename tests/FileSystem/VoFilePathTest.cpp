@@ -3,7 +3,6 @@
 #include <FileSystem/VoPathException.h>
 #include <VoTestSupport.h>
 
-#include <string>
 #include <unordered_set>
 
 namespace {

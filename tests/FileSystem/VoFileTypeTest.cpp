@@ -4,7 +4,6 @@
 #include <FileSystem/VoFileType.h>
 
 #include <sstream>
-#include <string>
 
 namespace {
 

@@ -5,7 +5,6 @@
 
 #include <QtCore/QUrl>
 
-#include <string>
 #include <unordered_set>
 
 TEST(VoUrl, KeepsItsTextWithoutTheBlanksAround)

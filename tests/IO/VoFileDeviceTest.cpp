@@ -13,7 +13,6 @@
 #include <limits>
 #include <optional>
 #include <random>
-#include <string>
 #include <thread>
 #include <utility>
 

@@ -14,7 +14,6 @@
 #include <limits>
 #include <random>
 #include <set>
-#include <string>
 
 using vo::test::MemoryDevice;
 

@@ -15,7 +15,6 @@
 #include <QtCore/QCryptographicHash>
 
 #include <random>
-#include <string>
 
 using vo::test::MemoryDevice;
 using vo::test::RandomBytes;

@@ -1,12 +1,9 @@
 #include <IO/VoStream.h>
 
-#include <Core/VoString.h>
-
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
 #include <memory>
-#include <string>
 
 namespace {
 

@@ -1,11 +1,9 @@
-#include <Core/VoException.h>
 #include <Signing/Signature.h>
 
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
 #include <cstdlib>
-#include <string>
 #include <vector>
 
 using namespace vo::signing;

@@ -12,7 +12,6 @@
 #include <mutex>
 #include <numeric>
 #include <stdexcept>
-#include <string>
 #include <thread>
 #include <vector>
 

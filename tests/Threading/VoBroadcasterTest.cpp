@@ -12,7 +12,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <string>
 #include <thread>
 #include <vector>
 

@@ -9,7 +9,6 @@
 #include <future>
 #include <mutex>
 #include <stdexcept>
-#include <string>
 #include <thread>
 #include <vector>
 

@@ -13,7 +13,6 @@
 #include <future>
 #include <memory>
 #include <optional>
-#include <string>
 #include <thread>
 #include <vector>
 

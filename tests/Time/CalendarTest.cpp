@@ -1,5 +1,4 @@
 #include <Core/VoDeque.h>
-#include <Core/VoException.h>
 #include <Core/VoMathsException.h>
 #include <ScopedEnvironment.h>
 #include <Time/VoDateTime.h>
@@ -14,7 +13,6 @@
 #include <ctime>
 #include <limits>
 #include <random>
-#include <string>
 #include <vector>
 
 using vo::test::ScopedEnvironment;

@@ -1,4 +1,3 @@
-#include <Core/VoException.h>
 #include <Core/VoMathsException.h>
 #include <ScopedEnvironment.h>
 #include <Time/VoDateTime.h>
@@ -8,7 +7,6 @@
 
 #include <limits>
 #include <random>
-#include <string>
 
 using vo::test::ScopedEnvironment;
 

@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <limits>
 #include <random>
-#include <string>
 
 namespace {
 

@@ -1,6 +1,5 @@
 #include "XMLTestSupport.h"
 
-#include <Core/VoException.h>
 #include <Core/VoFileException.h>
 #include <Core/VoXMLException.h>
 #include <FileSystem/VoDirectoryPath.h>

@@ -1,6 +1,5 @@
 #include "XMLTestSupport.h"
 
-#include <Core/VoException.h>
 #include <Core/VoXMLException.h>
 #include <XML/VoAbstractXMLStreamReadWriteObject.h>
 #include <XML/VoXMLDomDocument.h>

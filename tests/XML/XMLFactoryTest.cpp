@@ -1,6 +1,5 @@
 #include "XMLTestSupport.h"
 
-#include <Core/VoException.h>
 #include <Core/VoObject.h>
 #include <Core/VoPair.h>
 #include <Core/VoXMLException.h>

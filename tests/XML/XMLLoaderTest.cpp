@@ -1,6 +1,5 @@
 #include "XMLTestSupport.h"
 
-#include <Core/VoException.h>
 #include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
 #include <XML/VoStreamXMLReader.h>

@@ -4,7 +4,6 @@
 #include <ScratchFolder.h>
 
 #include <Core/VoDeque.h>
-#include <Core/VoException.h>
 #include <Core/VoFileException.h>
 #include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
