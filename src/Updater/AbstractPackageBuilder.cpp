@@ -11,10 +11,10 @@
 #include <FileSystem/detail/NativeFile.h>
 #include <FileSystem/detail/NativePath.h>
 #include <IO/VoFileByteStream.h>
-#include <Subsystem/VoLogging.h>
 #include <Threading/VoBroadcaster.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/publish/ChunkWriter.h>
@@ -39,12 +39,6 @@ namespace {
 // Longer targets make trouble below a long installation directory.
 constexpr std::size_t LongTarget = 160;
 
-vo::logging::Logger& Log()
-{
-    static vo::logging::Logger& logger = vo::logging::Logger::Get("update builder");
-    return logger;
-}
-
 // Where one release goes.
 struct ReleasePlaces
 {
@@ -61,16 +55,6 @@ struct ReleasePlaces
     VoDirectoryPath chunks;
     VoFilePath definition;
 };
-
-// Two packages whose IDs differ in case only would share a directory on some systems.
-void RequireOwnDirectory(const AdvertisedPackages& declarations, const VoUUID& packageID)
-{
-    for (const AdvertisedPackages::Declaration& declaration : declarations.declarations()) {
-        const VoString& other = declaration.packageID();
-        if (declaration.packageID() != packageID && FoldedName(other) == FoldedName(packageID))
-            throw VoValidationException("Invalid identifier: " + packageID.toString());
-    }
-}
 
 } // namespace
 
@@ -394,7 +378,8 @@ const ManifestState& AbstractPackageBuilder::manifestState() const
 
 void AbstractPackageBuilder::requireDeclarable(const AdvertisedPackages& declarations) const
 {
-    RequireOwnDirectory(declarations, packageID());
+    for (const AdvertisedPackages::Declaration& declaration : declarations.declarations())
+        RequireNoOtherSpelling(packageID(), declaration.packageID());
     if (m_private->approval)
         m_private->approval(declarations);
 }
@@ -461,18 +446,18 @@ VoString AbstractPackageBuilder::labelled(const VoString& text) const
 
 void AbstractPackageBuilder::diagnostic(const VoString& text) const
 {
-    if (Log().isEnabled(vo::logging::Level::Diagnostic))
-        Log().diagnostic(labelled(text));
+    if (PublishingLog().isEnabled(vo::logging::Level::Diagnostic))
+        PublishingLog().diagnostic(labelled(text));
 }
 
 void AbstractPackageBuilder::warning(const VoString& text) const
 {
-    Log().warning(labelled(text));
+    PublishingLog().warning(labelled(text));
 }
 
 void AbstractPackageBuilder::error(const VoString& text) const
 {
-    Log().error(labelled(text));
+    PublishingLog().error(labelled(text));
 }
 
 void AbstractPackageBuilder::announce(const VoString& text)

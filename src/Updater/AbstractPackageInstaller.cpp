@@ -6,9 +6,9 @@
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoLocation.h>
-#include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/VoInstallationFailedException.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/RemoteDocument.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
@@ -17,6 +17,7 @@
 #include <Updater/detail/install/ChunkSource.h>
 #include <Updater/detail/install/EventReport.h>
 #include <Updater/detail/install/InstallerSettings.h>
+#include <Updater/detail/install/UpdatePlan.h>
 
 #include <algorithm>
 #include <utility>
@@ -34,8 +35,8 @@ struct AbstractPackageInstaller::Private
         , settings(runSettings)
         , events(
               package->packageID(), package->versionID(),
-              [this](const VoSharedPtr<AbstractMessage>& message) { BroadcastGuarded(broadcaster, message); },
-              &vo::logging::Logger::Get("updater"), EventReport::Label::IDs)
+              [this](const VoSharedPtr<AbstractMessage>& message) { BroadcastGuarded(broadcaster, message); }, &Log(),
+              EventReport::Label::IDs)
     {
     }
 
@@ -186,10 +187,7 @@ ChunkSource& AbstractPackageInstaller::chunkSource() const
 VoDeque<ChunkListing> AbstractPackageInstaller::chunksToFetch(const VoStopFlag& stop) const
 {
     const VoDeque<ChunkListing> chunks = chunkSource().missing(chunksToObtain(), stop);
-    std::uint64_t bytes = 0;
-    for (const ChunkListing& chunk : chunks)
-        bytes += static_cast<std::uint64_t>(std::max<std::int64_t>(chunk.size().bytes(), 0));
-    RequireFreeSpace(chunkSource().staging().path(), bytes);
+    RequireFreeSpace(chunkSource().staging().path(), BytesOf(chunks));
     return chunks;
 }
 
@@ -323,7 +321,7 @@ void AbstractPackageInstaller::ensureDirectoryExists(const VoDirectoryPath& dire
 
 void AbstractPackageInstaller::logInstalled(const AdvertisedFileListing& file, const VoFilePath& place) const
 {
-    vo::logging::Logger::Get("updater").diagnostic("Installed " + place.path() + " [" + file.id().toString() + "]");
+    Log().diagnostic("Installed " + place.path() + " [" + file.id().toString() + "]");
 }
 
 void AbstractPackageInstaller::cleanStagingDirectory()

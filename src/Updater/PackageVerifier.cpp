@@ -4,8 +4,8 @@
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoTemporaryDir.h>
 #include <IO/VoIOException.h>
-#include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/install/EventReport.h>
 #include <Updater/detail/install/InstallerSettings.h>
@@ -15,11 +15,6 @@ namespace vo::updater {
 using namespace detail;
 
 namespace {
-
-vo::logging::Logger& Log()
-{
-    return vo::logging::Logger::Get("update builder");
-}
 
 bool IsSame(const VoFilePath& a, const VoFilePath& b)
 {
@@ -39,7 +34,7 @@ public:
     Comparison(const AdvertisedPackageListing& package, const MessageReceiver& callback)
         : m_package(package)
         , m_ids(package.packageID().toString() + ", " + package.versionID().toString())
-        , m_report(package.packageID(), package.versionID(), callback, &Log(), EventReport::Label::None)
+        , m_report(package.packageID(), package.versionID(), callback, &PublishingLog(), EventReport::Label::None)
     {
     }
 
@@ -97,7 +92,7 @@ bool PackageVerifier::Verify(VoUniquePtr<AdvertisedPackageListing> package, cons
 {
     const AdvertisedPackageListing advert = *package;
     const Comparison comparison(advert, callback);
-    Log().diagnostic("Starting package verification process for [" + comparison.ids() + "]");
+    PublishingLog().diagnostic("Starting package verification process for [" + comparison.ids() + "]");
 
     const VoTemporaryDir temporary;
     const VoDirectoryPath installed = temporary.path().directory("installed");
@@ -110,9 +105,9 @@ bool PackageVerifier::Verify(VoUniquePtr<AdvertisedPackageListing> package, cons
 
     const bool isSame = comparison.run(sourceDirectory, installed, stop);
     if (isSame)
-        Log().diagnostic("Package verification success [" + comparison.ids() + "]");
+        PublishingLog().diagnostic("Package verification success [" + comparison.ids() + "]");
     else
-        Log().error("Package verification failed [" + comparison.ids() + "]");
+        PublishingLog().error("Package verification failed [" + comparison.ids() + "]");
     return isSame;
 }
 

@@ -5,7 +5,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <Subsystem/VoLogging.h>
+#include <Updater/detail/documents/Log.h>
 
 #include <mutex>
 
@@ -61,7 +61,7 @@ void VoUpdater::OverrideUpdateSystemDirectory(const VoDirectoryPath& directory)
         place.directory = directory;
         place.overridden = true;
     }
-    vo::logging::Logger::Get("updater").diagnostic("VoUpdater system directory overriden to " + directory.path());
+    vo::updater::detail::Log().diagnostic("VoUpdater system directory overriden to " + directory.path());
 }
 
 VoUUID VoUpdater::GenerateID()

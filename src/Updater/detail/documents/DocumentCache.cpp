@@ -9,8 +9,8 @@
 #include <FileSystem/VoUrl.h>
 #include <FileSystem/detail/NativePath.h>
 #include <IO/VoFileDevice.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/Log.h>
 
 #include <QtCore/QByteArray>
 #include <QtCore/QUrl>
@@ -54,7 +54,7 @@ void Quietly(const char* what, Action action) noexcept
     try {
         action();
     } catch (...) {
-        vo::logging::Logger::Get("updater").diagnostic(what + CurrentExceptionText());
+        Log().diagnostic(what + CurrentExceptionText());
     }
 }
 

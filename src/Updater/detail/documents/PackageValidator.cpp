@@ -189,6 +189,12 @@ void RequireSafeIdentifier(const VoUUID& id)
         throw VoValidationException("Invalid identifier: " + id.toString());
 }
 
+void RequireNoOtherSpelling(const VoUUID& id, const VoUUID& other)
+{
+    if (other != id && FoldedName(other).equal(FoldedName(id), VoString::CaseSensitive))
+        throw VoValidationException("Invalid identifier: " + id.toString());
+}
+
 void RequireSafeTarget(const VoFilePath& target)
 {
     RequireSafePath(target, "Invalid target path: ");

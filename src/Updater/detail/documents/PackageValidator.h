@@ -48,6 +48,10 @@ VOCORE_PRIVATE_EXPORT std::optional<TargetClash> FindTargetClash(const std::vect
 /// the folding of paths.
 VOCORE_PRIVATE_EXPORT VoString FoldedName(const VoString& text);
 
+/// Two IDs that differ in letter case alone would share a file or directory where names ignore case.
+/// @throws VoValidationException ("Invalid identifier: " + id) when `other` is such another spelling of `id`
+void RequireNoOtherSpelling(const VoUUID& id, const VoUUID& other);
+
 /// Checks a whole advert: identifiers and paths as above, and that it is sound. A target that ends like the names of
 /// files being installed is an invalid target path.
 ///

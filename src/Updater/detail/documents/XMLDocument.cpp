@@ -10,8 +10,8 @@
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileDevice.h>
 #include <IO/VoStringDevice.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/XMLObject.h>
+#include <Updater/detail/documents/Log.h>
 #include <XML/VoXMLStreamElementWriter.h>
 #include <XML/VoXMLStreamLoader.h>
 #include <XML/VoXMLStreamWriter.h>
@@ -22,7 +22,7 @@ namespace {
 
 void LogFailure(const VoString& name, const VoString& text)
 {
-    vo::logging::Logger::Get("updater").error(name + ": " + text);
+    Log().error(name + ": " + text);
 }
 
 VoUniquePtr<VoAbstractXMLStreamLoaderObject> Load(VoXMLStreamLoader& loader, VoIODevice& device)

@@ -72,6 +72,13 @@ VoDirectoryPath AbsoluteDirectory(const VoDirectoryPath& directory)
     return VoDirectoryPath::FromText(vo::detail::FromNative(current).path()).appended(directory);
 }
 
+void SortInnermostFirst(std::vector<VoDirectoryPath>& directories)
+{
+    std::stable_sort(directories.begin(), directories.end(), [](const VoDirectoryPath& a, const VoDirectoryPath& b) {
+        return Bytes(a).size() > Bytes(b).size();
+    });
+}
+
 Containment::Containment(const VoDirectoryPath& root)
     : m_root(root)
 {

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace vo::updater::detail {
 
@@ -26,6 +27,9 @@ std::string RealDirectory(const VoDirectoryPath& directory);
 /// @throws VoInvalidParameterException ("No installation directory given") for a null one
 /// @throws VoFileException ("current_path: " + reason) when there is no current one
 VoDirectoryPath AbsoluteDirectory(const VoDirectoryPath& directory);
+
+/// Puts a directory before the one that holds it.
+void SortInnermostFirst(std::vector<VoDirectoryPath>& directories);
 
 /// Tells which paths lie inside a directory: by their texts, and with every link on the way followed. What a listing
 /// or an advert names outside of its installation directory is never written or removed. The questions throw

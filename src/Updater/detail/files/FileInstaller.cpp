@@ -5,7 +5,7 @@
 #include <Core/VoFileException.h>
 #include <Core/detail/Completed.h>
 #include <FileSystem/detail/NativePath.h>
-#include <Subsystem/VoLogging.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/FileActions.h>
 
@@ -44,7 +44,7 @@ FileInstaller::~FileInstaller()
         m_file = NativeFile();
         EraseFile(m_built);
     } catch (...) {
-        vo::logging::Logger::Get("updater").warning("Cannot remove " + m_built.path() + ": " + CurrentExceptionText());
+        Log().warning("Cannot remove " + m_built.path() + ": " + CurrentExceptionText());
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
+#include <Updater/detail/documents/Log.h>
 
 #include <exception>
 
@@ -54,7 +55,7 @@ void BroadcastGuarded(MessageBroadcaster& broadcaster, const VoSharedPtr<Abstrac
     try {
         broadcaster.broadcast(message);
     } catch (...) {
-        vo::logging::Logger::Get("updater").error("Receiver of a message failed: " + CurrentExceptionText());
+        Log().error("Receiver of a message failed: " + CurrentExceptionText());
     }
 }
 

@@ -2,9 +2,9 @@
 
 #include <Core/VoFileException.h>
 #include <FileSystem/VoFileSystem.h>
-#include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/InstalledPackageListing.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/install/EventReport.h>
 #include <Updater/detail/registry/FileOwners.h>
@@ -58,8 +58,8 @@ public:
                     extra.pushBack(path);
             });
         } catch (const VoFileException& failure) {
-            vo::logging::Logger::Get("updater").warning(
-                "Directory cannot be searched for extra files: " + directory.path() + ": " + failure.message());
+            Log().warning("Directory cannot be searched for extra files: " + directory.path() + ": " +
+                          failure.message());
         }
     }
 

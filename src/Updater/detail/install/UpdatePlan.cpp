@@ -148,11 +148,17 @@ VoDeque<ChunkListing> Listings(const VoDeque<ChunkUse>& chunks)
     return result;
 }
 
+std::uint64_t BytesOf(const VoDeque<ChunkListing>& chunks)
+{
+    std::uint64_t bytes = 0;
+    for (const ChunkListing& chunk : chunks)
+        bytes = SaturatedSum(bytes, Bytes(chunk.size()));
+    return bytes;
+}
+
 void PlanFetching(InstallationPlan& plan, VoDeque<ChunkListing> chunks)
 {
-    plan.bytesToFetch = 0;
-    for (const ChunkListing& chunk : chunks)
-        plan.bytesToFetch = SaturatedSum(plan.bytesToFetch, Bytes(chunk.size()));
+    plan.bytesToFetch = BytesOf(chunks);
     plan.chunks = std::move(chunks);
 }
 

@@ -51,6 +51,9 @@ VOCORE_PRIVATE_EXPORT VoDeque<ChunkUse> ChunkUses(const PackageDifferences& diff
 /// The listings of those.
 VoDeque<ChunkListing> Listings(const VoDeque<ChunkUse>& chunks);
 
+/// The bytes of chunk files.
+std::uint64_t BytesOf(const VoDeque<ChunkListing>& chunks);
+
 /// Puts chunks to be fetched into a plan, in place of others.
 void PlanFetching(InstallationPlan& plan, VoDeque<ChunkListing> chunks);
 

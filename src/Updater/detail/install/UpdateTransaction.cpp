@@ -7,8 +7,8 @@
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativePath.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
@@ -26,11 +26,6 @@ namespace {
 
 using Kind = PlaceChange::Kind;
 using Phase = InstallationJournal::Phase;
-
-vo::logging::Logger& Log()
-{
-    return vo::logging::Logger::Get("updater");
-}
 
 std::string Key(const VoFilePath& path)
 {
@@ -314,10 +309,7 @@ void UpdateTransaction::findEmptied()
     }
     for (const VoDirectoryPath& directory : m_notes.made)
         consider(directory, after);
-    // Longer paths first: a directory comes before the one that holds it.
-    std::stable_sort(candidates.begin(), candidates.end(), [](const VoDirectoryPath& a, const VoDirectoryPath& b) {
-        return Bytes(a).size() > Bytes(b).size();
-    });
+    SortInnermostFirst(candidates);
     PathSet emptied;
     for (const VoDirectoryPath& directory : candidates) {
         if (willBeEmpty(directory, emptied) && emptied.insert(Key(directory)).second)

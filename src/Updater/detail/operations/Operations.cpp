@@ -5,10 +5,10 @@
 #include <Core/VoVersion.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoLocation.h>
-#include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/VoInstallationFailedException.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
@@ -48,11 +48,6 @@ Shared& State()
 
 // Whether this thread is in the receivers of a message. Starting an operation from there would nest its messages.
 thread_local bool isBroadcasting = false;
-
-vo::logging::Logger& Log()
-{
-    return vo::logging::Logger::Get("updater");
-}
 
 void Broadcast(const VoSharedPtr<AbstractMessage>& message)
 {
@@ -180,15 +175,6 @@ void AttemptWith(const AdvertSource& source, Work work)
     });
 }
 
-// Two IDs that differ in letter case alone would share one listing where file names ignore case.
-void RequireNoOtherSpelling(const VoUUID& packageID)
-{
-    for (const VoPair<VoUUID, VoVersion>& entry : SharedRegistry::Get().packages()) {
-        if (entry.first != packageID && Bytes(FoldedName(entry.first)) == Bytes(FoldedName(packageID)))
-            throw VoValidationException("Invalid identifier: " + packageID.toString());
-    }
-}
-
 void RunAndRecord(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation& definition,
                   const VoDirectoryPath& directory, VoUniquePtr<InstalledPackageListing> installed,
                   InstallerSettings settings, const VoStopFlag& stop)
@@ -249,7 +235,8 @@ void InstallPackage(const AdvertSource& source, const VoLocation& definition, co
     AttemptWith(source, [&](VoUniquePtr<AdvertisedPackageListing> advert) {
         const VoUUID packageID = advert->packageID();
         RequireSafeIdentifier(packageID);
-        RequireNoOtherSpelling(packageID);
+        for (const VoPair<VoUUID, VoVersion>& entry : SharedRegistry::Get().packages())
+            RequireNoOtherSpelling(packageID, entry.first);
         RecoverPackage(packageID);
         VoUniquePtr<InstalledPackageListing> installed = FindInstalled(packageID);
         AdmitRelease(*advert, options.proof.get(), installed.get());

@@ -3,9 +3,9 @@
 #include <Core/VoFileException.h>
 #include <Core/VoSharedPtr.h>
 #include <FileSystem/VoFileSystem.h>
-#include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/UpdateMessages.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/registry/FileOwners.h>
@@ -14,15 +14,6 @@
 #include <vector>
 
 namespace vo::updater::detail {
-
-namespace {
-
-vo::logging::Logger& Log()
-{
-    return vo::logging::Logger::Get("updater");
-}
-
-} // namespace
 
 Uninstaller::Uninstaller(const VoUUID& packageID, const VoFilePath& listingPath, const InstalledPackageListing* listing,
                          const InstallationJournal& journal, const Broadcast& broadcast)
@@ -118,9 +109,7 @@ void Uninstaller::removeDirectories()
         if (const auto notes = m_journal.read(InstallationJournal::Phase::Pending))
             add(notes->result, notes->made);
     });
-    std::stable_sort(directories.begin(), directories.end(), [](const VoDirectoryPath& a, const VoDirectoryPath& b) {
-        return Bytes(a).size() > Bytes(b).size();
-    });
+    SortInnermostFirst(directories);
     for (const VoDirectoryPath& directory : directories) {
         attempt("Directory cannot be removed: ", directory.path(), [&] {
             if (!EraseDirectoryIfEmpty(directory))

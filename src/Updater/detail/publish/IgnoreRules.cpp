@@ -1,10 +1,9 @@
 #include <Updater/detail/publish/IgnoreRules.h>
 
 #include <Core/VoException.h>
-#include <Core/VoFileException.h>
 #include <Core/VoString.h>
 #include <FileSystem/VoFilePath.h>
-#include <IO/VoFileDevice.h>
+#include <Updater/detail/documents/XMLDocument.h>
 
 #include <QtCore/QString>
 
@@ -114,10 +113,7 @@ void IgnoreRules::add(const VoString& pattern)
 
 void IgnoreRules::addListed(const VoFilePath& list)
 {
-    VoFileDevice device(list);
-    if (!device.open(VoIODevice::Read))
-        throw VoCannotOpenFileException(device);
-    std::istringstream lines(device.readAll().toStdString());
+    std::istringstream lines(ReadDocument(list).toStdString());
     bool isFirst = true;
     for (std::string line; std::getline(lines, line); isFirst = false) {
         if (isFirst && line.compare(0, 3, "\xEF\xBB\xBF") == 0)

@@ -2,12 +2,11 @@
 
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
-#include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <IO/VoFileDevice.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/FileActions.h>
 
 #include <sstream>
@@ -26,10 +25,7 @@ VoDeque<VoUUID> DamagedFiles(const VoUUID& packageID)
     const VoFilePath path = DamageRecordPath(packageID);
     if (KindOf(path) == FileKind::None)
         return files;
-    VoFileDevice device(path);
-    if (!device.open(VoIODevice::Read))
-        throw VoCannotOpenFileException(device);
-    std::istringstream lines(device.readAll().toStdString());
+    std::istringstream lines(ReadDocument(path).toStdString());
     for (std::string line; std::getline(lines, line);)
         files.pushBack(VoUUID(VoString(line)));
     return files;
@@ -43,9 +39,7 @@ void RecordDamage(const VoUUID& packageID, const VoDeque<VoUUID>& files)
         text += file.toString().toStdString() + "\n";
     VoFileSystem::CreateDirectory(path.parent(), true);
     AtStep(FileStep::WriteDocument, path.path());
-    VoAtomicFileWriter writer(path);
-    writer.write(text.data(), text.size());
-    writer.commit();
+    WriteBytes(path, VoString(text));
 }
 
 void ForgetDamage(const VoUUID& packageID)

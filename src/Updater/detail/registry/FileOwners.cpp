@@ -5,9 +5,9 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativePath.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
@@ -92,9 +92,8 @@ VoUniquePtr<InstalledPackageListing> ReadListing(const VoFilePath& path)
     } catch (const VoFileException&) {
         throw;
     } catch (const VoException& exception) {
-        vo::logging::Logger::Get("updater").warning(
-            "Installed listing " + path.path() +
-            " cannot be used, so its files belong to nobody: " + exception.message());
+        Log().warning("Installed listing " + path.path() +
+                      " cannot be used, so its files belong to nobody: " + exception.message());
         return {};
     }
 }

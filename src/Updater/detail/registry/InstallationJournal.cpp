@@ -3,8 +3,8 @@
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/VoFileSystem.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
@@ -36,11 +36,6 @@ constexpr const char* AsideAttribute = "aside";
 constexpr const char* KindTags[] = {"added", "replaced", "removed", "inside"};
 constexpr const char* Suffixes[] = {".pending", ".placed", ".replaced"};
 constexpr Phase Phases[] = {Phase::Pending, Phase::Placed, Phase::Replaced};
-
-vo::logging::Logger& Log()
-{
-    return vo::logging::Logger::Get("updater");
-}
 
 template <typename Path>
 void WritePaths(VoXMLElementWriter& element, const char* name, const VoDeque<Path>& paths)

@@ -7,8 +7,8 @@
 #include <Core/VoVersion.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
@@ -86,8 +86,7 @@ VoUniquePtr<InstalledPackageListing> FindInstalled(const VoUUID& packageID)
     } catch (...) {
         reason = CurrentExceptionText();
     }
-    vo::logging::Logger::Get("updater").warning("Installed listing " + path.path() +
-                                                " cannot be used, so nothing counts as installed: " + reason);
+    Log().warning("Installed listing " + path.path() + " cannot be used, so nothing counts as installed: " + reason);
     return {};
 }
 

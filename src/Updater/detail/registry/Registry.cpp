@@ -2,8 +2,8 @@
 
 #include <Core/VoString.h>
 #include <FileSystem/detail/SafePath.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/Log.h>
 
 #include <algorithm>
 #include <string_view>
@@ -37,8 +37,7 @@ Registry::Registry(VoXMLStreamElementLoader& element)
         if (vo::detail::SafeName(id) && IsVersionText(version))
             set(id, VoVersion::Deserialize(version));
         else
-            vo::logging::Logger::Get("updater").warning("Entry of the installed packages file skipped: id " + id +
-                                                        ", version " + version);
+            Log().warning("Entry of the installed packages file skipped: id " + id + ", version " + version);
     });
 }
 

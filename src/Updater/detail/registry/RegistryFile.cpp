@@ -5,10 +5,10 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/FileLock.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/detail/documents/Attributes.h>
-#include <Updater/detail/files/Containment.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
+#include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
 #include <XML/VoXMLStreamLoader.h>
 
@@ -55,7 +55,7 @@ VoUniquePtr<Registry> ReadRegistry(const VoFilePath& path, VoString& whyNot)
     } catch (...) {
         whyNot = CurrentExceptionText();
     }
-    vo::logging::Logger::Get("updater").error("Installed packages file cannot be read " + path.path() + ": " + whyNot);
+    Log().error("Installed packages file cannot be read " + path.path() + ": " + whyNot);
     return {};
 }
 
@@ -66,8 +66,7 @@ bool WriteRegistry(const VoFilePath& path, const Registry& registry)
         WriteDocument(path, tag::Packages, registry);
         return true;
     } catch (...) {
-        vo::logging::Logger::Get("updater").error("Installed packages file cannot be updated " + path.path() + ": " +
-                                                  CurrentExceptionText());
+        Log().error("Installed packages file cannot be updated " + path.path() + ": " + CurrentExceptionText());
         return false;
     }
 }

@@ -10,9 +10,9 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/FileLock.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/ReleaseManifest.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
 
 #include <string>
@@ -61,8 +61,7 @@ std::uint64_t RolloutPlace(const VoUUID& versionID)
         hash.add(text.data(), text.size());
         return std::stoull(hash.finish().toString().toStdString().substr(0, 15), nullptr, 16) % places;
     } catch (const VoException&) {
-        vo::logging::Logger::Get("updater").diagnostic("Number of this installation cannot be had: " +
-                                                       CurrentExceptionText());
+        Log().diagnostic("Number of this installation cannot be had: " + CurrentExceptionText());
         return places - 1;
     }
 }
