@@ -80,7 +80,7 @@ public:
 
     /// Calls @p callback with each change, so that the host can list the functions in its own registry. It runs on the
     /// thread that changes; what it throws is logged in the category "shell". What two threads change at once may be
-    /// told in either order: find() knows.
+    /// told in either order: find() knows. A callback must not change the registry.
     /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] VoReceiver connect(std::function<void(const Change&)> callback);
 
