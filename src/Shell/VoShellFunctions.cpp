@@ -1,9 +1,13 @@
 #include <Shell/VoShellFunctions.h>
 
+#include <Application/VoApplication.h>
 #include <Application/VoLayeredProperties.h>
 #include <Core/VoProperties.h>
 #include <Shell/VoFunctionRegistry.h>
 #include <Shell/detail/TableMaker.h>
+#include <Subsystem/Registry.h>
+
+#include <mutex>
 
 namespace {
 
@@ -62,3 +66,20 @@ void VoShellFunctions::RemoveProperties(VoFunctionRegistry& functions)
     for (const char* name : {"property.list", "property.get", "property.set", "property.reset", "property.save"})
         functions.remove(name);
 }
+
+namespace vo::subsystem {
+
+void RegisterShell()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        RegisterLibrary();
+        const auto start = [] {
+            VoShellFunctions::AddProperties(VoFunctionRegistry::Global(), VoApplication::Get().properties());
+        };
+        const auto stop = [] { VoShellFunctions::RemoveProperties(VoFunctionRegistry::Global()); };
+        Registry::Global().add({"shell", {"application"}, start, stop});
+    });
+}
+
+} // namespace vo::subsystem

@@ -24,3 +24,12 @@ public:
     /// Removes what AddProperties() has added. The properties must outlive calls that are under way.
     static void RemoveProperties(VoFunctionRegistry& functions);
 };
+
+namespace vo::subsystem {
+
+/// Makes the subsystem "shell" known to Registry::Global(), with those of RegisterLibrary(). It needs "application";
+/// while it runs, VoFunctionRegistry::Global() has the functions of the application's properties. The shell need not be
+/// started to be used without them. Calling it again does nothing; any thread may.
+VOCORE_EXPORT void RegisterShell();
+
+} // namespace vo::subsystem

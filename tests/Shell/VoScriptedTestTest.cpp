@@ -1,5 +1,6 @@
 #include <Shell/VoScriptedTest.h>
 
+#include <Application/VoApplication.h>
 #include <Application/VoGlobalValues.h>
 #include <Application/VoLayeredProperties.h>
 #include <Application/VoValueDefinition.h>
@@ -9,9 +10,13 @@
 #include <Shell/VoScriptedTestRun.h>
 #include <Shell/VoShell.h>
 #include <Shell/VoShellFunctions.h>
+#include <Subsystem/Registry.h>
 
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QtGlobal>
 
 #include <exception>
 #include <string>
@@ -122,6 +127,27 @@ TEST(VoShellFunctions, PropertiesAreSetByTheirDefinitions)
     EXPECT_EQ(properties.value("shell.grid").asDouble(), 0.5);
     VoShellFunctions::RemoveProperties(functions);
     EXPECT_TRUE(functions.names().isEmpty());
+}
+
+TEST(VoShellFunctions, TheApplicationsPropertiesComeAndGoWithTheSubsystem)
+{
+    const ScratchFolder scratch;
+    qputenv("VOAPPDATAPATH", QByteArray::fromStdString(scratch.native().string()));
+    vo::subsystem::RegisterShell();
+    vo::subsystem::RegisterShell();
+    EXPECT_THROW_MSG(vo::subsystem::Running(vo::subsystem::Registry::Global(), "shell"), VoInvalidCallException,
+                     "No application object");
+    char name[] = "shell-test";
+    char* arguments[] = {name, nullptr};
+    VoApplication application({"shell-test"}, 1, arguments);
+    VoShell shell;
+    {
+        const vo::subsystem::Running running(vo::subsystem::Registry::Global(), "shell");
+        shell.run("property.set some.name 3");
+        EXPECT_TRUE(application.properties().value("Some.Name") == VoVariant("3"));
+    }
+    EXPECT_THROW(shell.run("property.list"), VoUndefinedFunctionException);
+    qunsetenv("VOAPPDATAPATH");
 }
 
 } // namespace
