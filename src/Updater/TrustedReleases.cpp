@@ -4,10 +4,8 @@
 #include <Core/VoVersion.h>
 #include <Core/detail/Completed.h>
 #include <Core/detail/Sha3Hasher.h>
-#include <Download/VoDownloadPolicy.h>
 #include <FileSystem/VoLocation.h>
 #include <FileSystem/detail/SafePath.h>
-#include <Threading/VoStopFlag.h>
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/InstalledPackages.h>
 #include <Updater/VoUntrustedReleaseException.h>
@@ -83,6 +81,17 @@ VoString KeyNames(const ReleaseKeys& keys)
 
 } // namespace
 
+namespace {
+
+struct Verdict
+{
+    std::optional<TrustPin> before; // what was remembered
+    std::optional<TrustPin> seen;   // what is to be; none: nobody asks for a signature
+    bool isOtherPublisher = false;  // whether what was remembered counts no more
+};
+
+} // namespace
+
 class TrustedReleases::Private
 {
 public:
@@ -100,16 +109,16 @@ public:
     VoUniquePtr<AdvertisedPackages> declarations;
     VoString manifestBytes;
     std::optional<ReleaseManifest> manifest;
-    mutable std::map<std::string, std::optional<TrustPin>> verified; // by package ID; none: nobody asks for it
+    mutable std::map<std::string, Verdict> verdicts; // by package ID
 
     void open();
     void readManifest();
     VoString checked(const VoFilePath& path, const VoString& first) const;
-    const std::optional<TrustPin>& verify(const VoUUID& packageID) const;
-    std::optional<TrustPin> verifyNow(const VoUUID& packageID) const;
+    const Verdict& verify(const VoUUID& packageID) const;
+    Verdict verifyNow(const VoUUID& packageID) const;
+    std::optional<TrustPin> verifyAfter(const std::optional<TrustPin>& before, const VoUUID& packageID) const;
     void requireSigned(const ReleaseKeys& keys, const std::optional<TrustPin>& known) const;
     void requireFresh(const ReleaseKeys& keys, const std::optional<TrustPin>& known) const;
-    std::optional<TrustPin> known(const VoUUID& packageID) const;
     Release release(VoUniquePtr<AdvertisedPackageListing> package, const VoFilePath& path) const;
     VoString whyNotOffered(const AbstractPackage& release) const;
 };
@@ -123,14 +132,7 @@ TrustedReleases::TrustedReleases(TrustedReleases&& other) noexcept = default;
 TrustedReleases& TrustedReleases::operator=(TrustedReleases&& other) noexcept = default;
 TrustedReleases::~TrustedReleases() = default;
 
-TrustedReleases TrustedReleases::Open(const VoFilePath& document, const TrustPolicy& policy)
-{
-    auto state = std::make_unique<Private>(DocumentPlace::Of(document), policy);
-    state->open();
-    return TrustedReleases(std::move(state));
-}
-
-TrustedReleases TrustedReleases::Open(const VoUrl& document, const TrustPolicy& policy, VoStopFlag stop,
+TrustedReleases TrustedReleases::Open(const VoLocation& document, const TrustPolicy& policy, VoStopFlag stop,
                                       const VoDownloadPolicy& downloads)
 {
     auto state = std::make_unique<Private>(DocumentPlace::Of(document, stop, downloads), policy);
@@ -157,8 +159,14 @@ void TrustedReleases::Private::readManifest()
     const VoFilePath path(ReleaseManifest::FileName);
     manifest.reset();
     if (auto found = place.find(path, ReleaseManifest::LargestSize)) {
-        manifestBytes = std::move(*found);
-        manifest = ReleaseManifest::Parse(manifestBytes, place.nameOf(path));
+        try {
+            manifest = ReleaseManifest::Parse(*found, place.nameOf(path));
+            manifestBytes = std::move(*found);
+        } catch (const VoException&) {
+            // Some servers answer with a page where there is no such document.
+            if (!policy.keys.isEmpty() || policy.requireSignature)
+                throw;
+        }
     }
 }
 
@@ -181,23 +189,36 @@ VoString TrustedReleases::Private::checked(const VoFilePath& path, const VoStrin
     Refuse(Kind::Mixed, "Document is not the one that the manifest lists: " + place.nameOf(path) + ": " + difference);
 }
 
-std::optional<TrustPin> TrustedReleases::Private::known(const VoUUID& packageID) const
-{
-    const bool isAsked = !(policy.allowOtherPublisher && !policy.keys.isEmpty());
-    // Another ID is that of no installed package, and no installation takes it.
-    return isAsked && vo::detail::SafeName(packageID.toString()) ? ReadPin(packageID) : std::nullopt;
-}
-
-const std::optional<TrustPin>& TrustedReleases::Private::verify(const VoUUID& packageID) const
+const Verdict& TrustedReleases::Private::verify(const VoUUID& packageID) const
 {
     const std::string id = packageID.toString().toStdString();
-    const auto found = verified.find(id);
-    return found != verified.end() ? found->second : verified.emplace(id, verifyNow(packageID)).first->second;
+    const auto found = verdicts.find(id);
+    return found != verdicts.end() ? found->second : verdicts.emplace(id, verifyNow(packageID)).first->second;
 }
 
-std::optional<TrustPin> TrustedReleases::Private::verifyNow(const VoUUID& packageID) const
+Verdict TrustedReleases::Private::verifyNow(const VoUUID& packageID) const
 {
-    const auto before = known(packageID);
+    Verdict verdict;
+    try {
+        // Another ID is that of no installed package, and no installation takes it.
+        if (vo::detail::SafeName(packageID.toString()))
+            verdict.before = ReadPin(packageID);
+        verdict.seen = verifyAfter(verdict.before, packageID);
+        return verdict;
+    } catch (const VoUntrustedReleaseException& failure) {
+        const bool isOther =
+            failure.kind() == Kind::Keys || failure.kind() == Kind::Signature || failure.kind() == Kind::Publisher;
+        if (!isOther || !policy.allowOtherPublisher || policy.keys.isEmpty())
+            throw;
+    }
+    verdict.isOtherPublisher = true;
+    verdict.seen = verifyAfter(std::nullopt, packageID);
+    return verdict;
+}
+
+std::optional<TrustPin> TrustedReleases::Private::verifyAfter(const std::optional<TrustPin>& before,
+                                                              const VoUUID& packageID) const
+{
     if (!before && policy.keys.isEmpty() && !policy.requireSignature)
         return std::nullopt;
     if (!manifest)
@@ -259,12 +280,7 @@ const ReleaseManifest* TrustedReleases::manifest() const
 
 bool TrustedReleases::verify(const VoUUID& packageID) const
 {
-    return m_private->verify(packageID).has_value();
-}
-
-VoString TrustedReleases::nameOf(const VoFilePath& relative) const
-{
-    return m_private->place.nameOf(relative);
+    return m_private->verify(packageID).seen.has_value();
 }
 
 VoString TrustedReleases::whyNotOffered(const AbstractPackage& release) const
@@ -274,7 +290,7 @@ VoString TrustedReleases::whyNotOffered(const AbstractPackage& release) const
 
 VoString TrustedReleases::Private::whyNotOffered(const AbstractPackage& release) const
 {
-    const std::optional<TrustPin>& pin = verify(release.packageID());
+    const std::optional<TrustPin>& pin = verify(release.packageID()).seen;
     const VoVersion lowest = pin ? pin->lowest : manifest ? manifest->lowest(release.packageID()) : VoVersion();
     if (release.version() < lowest)
         return "it is older than " + lowest.toString() + ", the lowest release that may be installed";
@@ -323,14 +339,15 @@ TrustedReleases::Release TrustedReleases::Private::release(VoUniquePtr<Advertise
     const VoString why = whyNotOffered(*package);
     if (!why.isEmpty())
         Refuse(Kind::NotOffered, "Release " + package->version().toString() + " is not offered: " + why);
-    Release result{std::move(package), path, nullptr};
-    if (const std::optional<TrustPin>& pin = verify(result.package->packageID())) {
+    Release result{std::move(package), place.locationOf(path), nullptr};
+    const Verdict& verdict = verify(result.package->packageID());
+    if (verdict.seen) {
         auto proof = std::make_shared<ReleaseProof>();
-        proof->pin = *pin;
-        proof->before = known(result.package->packageID());
+        proof->pin = *verdict.seen;
+        proof->before = verdict.before;
         proof->versionID = result.package->versionID();
         proof->from = manifest->release(result.package->packageID(), result.package->versionID())->from;
-        proof->allowOtherPublisher = policy.allowOtherPublisher && !policy.keys.isEmpty();
+        proof->isOtherPublisher = verdict.isOtherPublisher;
         result.proof = std::move(proof);
     }
     return result;
@@ -338,10 +355,15 @@ TrustedReleases::Release TrustedReleases::Private::release(VoUniquePtr<Advertise
 
 TrustedReleases::Release TrustedReleases::open(const Declaration& declaration) const
 {
-    const Private& state = *m_private;
     const VoString why = whyNotOffered(declaration);
     if (!why.isEmpty())
         Refuse(Kind::NotOffered, "Release " + declaration.version().toString() + " is not offered: " + why);
+    return m_private->release(read(declaration), declaration.path());
+}
+
+VoUniquePtr<AdvertisedPackageListing> TrustedReleases::read(const Declaration& declaration) const
+{
+    const Private& state = *m_private;
     // Refuses a path that leads elsewhere.
     declaration.definition(VoFilePath("\\"));
     const VoString name = state.place.nameOf(declaration.path());
@@ -351,15 +373,20 @@ TrustedReleases::Release TrustedReleases::open(const Declaration& declaration) c
     auto package = AdvertisedPackageListing::Parse(bytes, name);
     if (package->packageID() != declaration.packageID() || package->versionID() != declaration.versionID())
         throw VoValidationException("Invalid package definition: not the declared release: " + name);
-    return state.release(std::move(package), declaration.path());
+    return package;
 }
 
-TrustedReleases::Release TrustedReleases::openDefinition() const
+VoUniquePtr<AdvertisedPackageListing> TrustedReleases::readDefinition() const
 {
     const Private& state = *m_private;
     if (state.declarations)
         throw VoInvalidCallException("No definition was opened");
-    return state.release(AdvertisedPackageListing::Parse(state.bytes, state.place.nameOf(state.name)), state.name);
+    return AdvertisedPackageListing::Parse(state.bytes, state.place.nameOf(state.name));
+}
+
+TrustedReleases::Release TrustedReleases::openDefinition() const
+{
+    return m_private->release(readDefinition(), m_private->name);
 }
 
 } // namespace vo::updater

@@ -3,15 +3,15 @@
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
 #include <Core/VoUniquePtr.h>
-#include <FileSystem/VoFilePath.h>
+#include <Download/VoDownloadPolicy.h>
+#include <FileSystem/VoLocation.h>
+#include <Threading/VoStopFlag.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/ReleaseManifest.h>
 #include <Updater/TrustPolicy.h>
 
 #include <memory>
-
-struct VoDownloadPolicy;
 
 namespace vo::updater {
 
@@ -41,18 +41,15 @@ public:
     struct VOCORE_EXPORT Release
     {
         VoUniquePtr<AdvertisedPackageListing> package; ///< The definition, as it was checked.
-        VoFilePath path;                               ///< Where it stands, relative to the folder.
+        VoLocation definition;                         ///< Where it stands.
         std::shared_ptr<const ReleaseProof> proof;     ///< For InstallationOptions; null when nothing was verified.
     };
 
     /// Opens a declarations document, or a definition. Throws VoUntrustedReleaseException for one that is not what the
     /// manifest beside it lists, what reading documents throws, and VoNullPointerException ("Package advert failed to
     /// load") for a document that is neither.
-    /// @{
-    static TrustedReleases Open(const VoFilePath& document, const TrustPolicy& policy = TrustPolicy());
-    static TrustedReleases Open(const VoUrl& document, const TrustPolicy& policy, VoStopFlag stop,
-                                const VoDownloadPolicy& downloads);
-    /// @}
+    static TrustedReleases Open(const VoLocation& document, const TrustPolicy& policy = TrustPolicy(),
+                                VoStopFlag stop = VoStopFlag(), const VoDownloadPolicy& downloads = VoDownloadPolicy());
     TrustedReleases(TrustedReleases&& other) noexcept;            ///< Leaves one that can only be assigned to.
     TrustedReleases& operator=(TrustedReleases&& other) noexcept; ///< Leaves one that can only be assigned to.
     ~TrustedReleases();
@@ -76,11 +73,12 @@ public:
     /// Reads the definition of a declared release. Throws VoUntrustedReleaseException also when it is not offered, and
     /// VoValidationException ("Invalid package definition: not the declared release: " + where it stands).
     Release open(const AdvertisedPackages::Declaration& declaration) const;
+    /// The definition of a declared release, offered or not. Throws as above.
+    VoUniquePtr<AdvertisedPackageListing> read(const AdvertisedPackages::Declaration& declaration) const;
+    /// The definition that was opened, offered or not. Throws VoInvalidCallException ("No definition was opened").
+    VoUniquePtr<AdvertisedPackageListing> readDefinition() const;
     /// The definition that was opened. Throws as above; VoInvalidCallException ("No definition was opened").
     Release openDefinition() const;
-
-    /// What one calls a document of the folder: its path, or its URL without user name and password.
-    VoString nameOf(const VoFilePath& relative) const;
 
 private:
     class Private;

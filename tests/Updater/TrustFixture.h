@@ -74,19 +74,13 @@ protected:
     }
 
     /// Installs the newest release of an opened folder; empty, or why it was refused.
-    std::string installFrom(const TrustedReleases& releases, const std::function<VoUrl(const VoString&)>& address = {})
+    std::string installFrom(const TrustedReleases& releases)
     {
         return told([&]() -> std::string {
             auto found =
                 releases.declarations() ? releases.open(releases.newest(packageID)) : releases.openDefinition();
             options.proof = found.proof;
-            const VoString definition = releases.nameOf(found.path);
-            if (address)
-                InstalledPackages::Install(std::move(found.package), address(definition), place(), VoStopFlag(),
-                                           options);
-            else
-                InstalledPackages::Install(std::move(found.package), VoFilePath(definition), place(), VoStopFlag(),
-                                           options);
+            InstalledPackages::Install(std::move(found.package), found.definition, place(), VoStopFlag(), options);
             return "";
         });
     }

@@ -78,8 +78,7 @@ protected:
     {
         return told([&] {
             const VoUrl url(server.url("/releases.xml").c_str());
-            return installFrom(TrustedReleases::Open(url, trust, VoStopFlag(), options.downloads),
-                               [](const VoString& text) { return VoUrl(text); });
+            return installFrom(TrustedReleases::Open(url, trust, VoStopFlag(), options.downloads));
         });
     }
     std::string attempt() { return attempt(at(Day(2))); }

@@ -44,7 +44,7 @@ bool Install(Session& session, InstallJob& job)
             recorded = true;
     });
     InstalledPackages::Install(std::move(job.package), job.definition, job.directory, session.stop,
-                               OptionsOfInstalling(session));
+                               OptionsOfInstalling(session, job));
     Record(job);
     session.console.endProgress();
     if (!recorded)

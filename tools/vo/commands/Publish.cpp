@@ -2,6 +2,7 @@
 #include <vo/line/CommandError.h>
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
+#include <vo/release/Keys.h>
 #include <vo/release/ReleaseChoice.h>
 #include <vo/release/Totals.h>
 
@@ -33,6 +34,8 @@ struct Request
     int level;
     bool replace;
     bool older;
+    ReleaseTerms terms{};
+    ReleaseSigning signing{};
 };
 
 Request ReadRequest(const Arguments& arguments)
@@ -140,6 +143,23 @@ std::unique_ptr<AbstractPackageBuilder> MakeBuilder(const Session& session, cons
     return std::make_unique<UpdatePackageBuilder>(*package, request.version, request.chunkSize, request.level);
 }
 
+ReleaseTerms TermsOf(const Arguments& arguments)
+{
+    ReleaseTerms terms;
+    terms.channel = arguments.text("channel").value_or(terms.channel);
+    if (terms.channel != VoUpdater::ReleaseChannel && terms.channel != VoUpdater::BetaChannel)
+        throw UsageError("option --channel: \"" + terms.channel + "\" is neither release nor beta");
+    const VoString share = arguments.text("share").value_or("100%");
+    const auto parsed = ParseShare(share);
+    if (!parsed)
+        throw UsageError("option --share: \"" + share + "\" is not a share such as 20%");
+    terms.share = *parsed;
+    if (const auto from = arguments.release("from"))
+        terms.from = from->version;
+    terms.notes = arguments.text("notes").value_or("");
+    return terms;
+}
+
 void LeaveOut(AbstractPackageBuilder& builder, const Session& session, const Request& request)
 {
     const VoFilePath list = request.folder.file(".voignore");
@@ -181,6 +201,7 @@ void Build(Session& session, AbstractPackageBuilder& builder, const Request& req
         if (message->message().startsWith("Adding file to package: "))
             console.progress("Packing", ProgressLine::Unit::Files, begun++, builder.filesListed());
     });
+    builder.setTerms(request.terms, request.signing);
     builder.setApproval([&](const AdvertisedPackages& declared) { Approve(declared, base, request); });
     LeaveOut(builder, session, request);
     Pack(builder, session, request);
@@ -208,7 +229,9 @@ void ShowRelease(Console& console, const AdvertisedPackageListing& package, doub
 
 ExitCode Run(Session& session)
 {
-    const Request request = ReadRequest(session.arguments);
+    Request request = ReadRequest(session.arguments);
+    request.terms = TermsOf(session.arguments);
+    request.signing = SigningOf(session);
     RequireFolder(session.arguments, request.folder, "publish");
     const VoTimer timer;
     Base base;
@@ -216,7 +239,31 @@ ExitCode Run(Session& session)
     Doing(session.arguments, "publish", NameOf(session.arguments, request.folder),
           [&] { Build(session, *builder, request, base); });
     ShowRelease(session.console, builder->package(), timer.elapsed().seconds());
+    ShowManifest(session, builder->manifestState());
     return ExitCode::Done;
+}
+
+std::vector<Option> Options()
+{
+    std::vector<Option> all = {
+        {"to", "DECLARATIONS", "the declarations file"},
+        {"name", "NAME", "what people call the package; needed for its first release"},
+        {"release", "V", "the number of the release, such as 4.2.17"},
+        {"build-type", "N", "0 release (the default), 1 beta, 2 alpha, 3 development"},
+        {"package", "ID", "the package to continue, or the ID to give to a new one"},
+        {"exclude", "PATTERN", "leave out the files and folders that fit; may be given again", '\0', true},
+        {"replace", nullptr, "let the release take the place of one that is declared already"},
+        {"older", nullptr, "let the release be older than the newest that is declared"},
+        {"chunk-size", "N", "bytes that a chunk holds before compression, such as 512K (the default is 4M)"},
+        {"level", "N", "compression from 0 (none) to 12 (smallest, slow; the default is 6)"},
+        {"channel", "NAME", "release (the default), or beta: see vo promote"},
+        {"share", "SHARE", "to how many installations the release is offered, such as 20%: see vo rollout"},
+        {"from", "V", "the lowest installed release that it updates"},
+        {"notes", "URL", "where its notes are"},
+    };
+    const std::vector<Option> signing = SigningOptions();
+    all.insert(all.end(), signing.begin(), signing.end());
+    return all;
 }
 
 } // namespace
@@ -238,16 +285,7 @@ Command PublishCommand()
         "Files that fit a pattern of --exclude or a line of a file .voignore in the folder are left out, as version\n"
         "control does it: \"*.pdb\" anywhere, \"/notes.txt\" from the folder on, \"build/\" for folders,\n"
         "\"!keep.pdb\" to keep one after all.\n",
-        {{"to", "DECLARATIONS", "the declarations file"},
-         {"name", "NAME", "what people call the package; needed for its first release"},
-         {"release", "V", "the number of the release, such as 4.2.17"},
-         {"build-type", "N", "0 release (the default), 1 beta, 2 alpha, 3 development"},
-         {"package", "ID", "the package to continue, or the ID to give to a new one"},
-         {"exclude", "PATTERN", "leave out the files and folders that fit; may be given again", '\0', true},
-         {"replace", nullptr, "let the release take the place of one that is declared already"},
-         {"older", nullptr, "let the release be older than the newest that is declared"},
-         {"chunk-size", "N", "bytes that a chunk holds before compression, such as 512K (the default is 4M)"},
-         {"level", "N", "compression from 0 (none) to 12 (smallest, slow; the default is 6)"}},
+        Options(),
         1,
         1,
         Run};

@@ -2,6 +2,7 @@
 #include <vo/line/CommandError.h>
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
+#include <vo/release/ReleaseChoice.h>
 #include <vo/screen/UpdateProgress.h>
 
 #include <FileSystem/VoFileSystem.h>
@@ -20,14 +21,46 @@ bool IsFinding(const AbstractMessage& message)
     return message.type() == AbstractMessage::FileMismatch || message.type() == AbstractMessage::FileMissing;
 }
 
+/// Checks the signatures beside a document, and that the definitions which it declares are those that were signed.
+void CheckSignatures(const Session& session, const TrustedReleases& releases)
+{
+    const bool hasKey = session.arguments.has("key");
+    if (!releases.manifest() && !hasKey) {
+        session.console.note("the releases are not signed");
+        return;
+    }
+    std::size_t checked = 0;
+    if (!releases.declarations()) {
+        releases.verify(releases.readDefinition()->packageID());
+        checked = 1;
+    } else {
+        for (const AdvertisedPackages::Declaration& declaration : releases.declarations()->declarations()) {
+            session.stop.throwIfStopped();
+            releases.verify(declaration.packageID());
+            releases.read(declaration);
+            ++checked;
+        }
+    }
+    session.console.fact("signed", "signed", checked);
+    if (releases.manifest())
+        session.console.fact("expires", "until", releases.manifest()->expires.toString());
+    if (!hasKey)
+        session.console.note("only compared with the manifest; --key tells whether the signatures are genuine");
+}
+
 ExitCode Run(Session& session)
 {
     Console& console = session.console;
     const VoFilePath definition = session.arguments.fileArgument(0);
     const auto source = session.arguments.directory("source");
-    if (!source)
+    if (!source && !session.arguments.has("key"))
         throw UsageError("option --source is missing");
-    RequireFolder(session.arguments, *source, "compare with");
+    if (source)
+        RequireFolder(session.arguments, *source, "compare with");
+    const TrustedReleases releases = OpenTrusted(session, definition);
+    Doing(session.arguments, "verify", session.arguments.argument(0), [&] { CheckSignatures(session, releases); });
+    if (!source)
+        return ExitCode::Done;
     const VoString& name = session.arguments.argument(0);
     auto package = Doing(session.arguments, "read", name, [&] { return AdvertisedPackageListing::Open(definition); });
     const std::size_t files = package->files().size();
@@ -54,16 +87,24 @@ ExitCode Run(Session& session)
     return matches ? ExitCode::Done : ExitCode::Differences;
 }
 
+std::vector<Option> Options()
+{
+    std::vector<Option> all = TrustOptions();
+    all.insert(all.begin(), {"source", "FOLDER", "the folder that the release was published from"});
+    return all;
+}
+
 } // namespace
 
 Command VerifyReleaseCommand()
 {
     return {"verify-release",
-            "PACKAGE.XML --source FOLDER",
-            "check a published release against its source",
+            "PACKAGE.XML|DECLARATIONS [--source FOLDER] [--key KEY]...",
+            "check a published release against its source and its signatures",
             "Installs a release into a temporary folder, as onto a machine that has nothing of it, and compares every\n"
-            "file byte by byte with the one it was published from.\n",
-            {{"source", "FOLDER", "the folder that the release was published from"}},
+            "file byte by byte with the one it was published from. Where the releases are signed, compares the\n"
+            "declarations and all definitions with the manifest, and with --key checks its signatures.\n",
+            Options(),
             1,
             1,
             Run};

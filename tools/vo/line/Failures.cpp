@@ -12,6 +12,7 @@
 #include <IO/VoIOException.h>
 #include <Shell/VoScriptException.h>
 #include <Updater/VoInstallationFailedException.h>
+#include <Updater/VoUntrustedReleaseException.h>
 
 #include <algorithm>
 #include <exception>
@@ -116,6 +117,22 @@ std::string Sentence(const std::string& operation)
     return found == std::end(rows) ? std::string() : found->told;
 }
 
+/// How one goes on knowingly, for what may be wanted; empty for what must not be.
+const char* WayOn(VoUntrustedReleaseException::Kind kind)
+{
+    using Kind = VoUntrustedReleaseException::Kind;
+    switch (kind) {
+    case Kind::Expired:
+        return "; --allow-expired goes on all the same";
+    case Kind::Mixed:
+        return "; while a release is being published that passes";
+    case Kind::Publisher:
+        return "; --key with the key of another publisher and --move let him replace it";
+    default:
+        return "";
+    }
+}
+
 /// Takes the exception that is being handled apart; its class decides the code.
 Known KnownOfCurrentException()
 {
@@ -143,6 +160,10 @@ Known KnownOfCurrentException()
         }
     } catch (const VoUserCancelledException& exception) {
         return coded(ExitCode::Cancelled, Known(exception));
+    } catch (const VoUntrustedReleaseException& exception) {
+        Known failure = coded(ExitCode::Unsafe, Known(exception));
+        failure.told = failure.message + WayOn(exception.kind());
+        return failure;
     } catch (const VoDamagedContentException& exception) {
         return Known(exception);
     } catch (const VoValidationException& exception) {

@@ -3,8 +3,10 @@
 #include <Download/VoDownloadSize.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <limits>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -44,6 +46,47 @@ std::optional<unsigned> ShiftOf(char suffix)
 std::optional<std::int64_t> ParseInteger(const VoString& text)
 {
     return ParseAll<std::int64_t>(text.toStdString());
+}
+
+std::optional<VoTimeDuration> ParseDuration(const VoString& text)
+{
+    constexpr std::int64_t longest = 100 * 366; // days
+    std::string_view digits = text.toStdString();
+    if (digits.empty())
+        return std::nullopt;
+    const std::size_t unit = std::string_view("smhd").find(digits.back());
+    digits.remove_suffix(1);
+    constexpr std::array<std::int64_t, 4> seconds = {1, 60, 3600, 86400};
+    const auto value = ParseAll<std::uint32_t>(digits);
+    if (unit == std::string_view::npos || !value || *value * seconds.at(unit) > longest * 86400)
+        return std::nullopt;
+    return VoSeconds(*value * seconds.at(unit));
+}
+
+std::optional<std::uint64_t> ParseShare(const VoString& text)
+{
+    std::string_view digits = text.toStdString();
+    if (!digits.empty() && digits.back() == '%')
+        digits.remove_suffix(1);
+    const std::size_t point = digits.find('.');
+    std::string decimals(point == std::string_view::npos ? std::string_view() : digits.substr(point + 1));
+    if (decimals.size() > 2 || (point != std::string_view::npos && decimals.empty()))
+        return std::nullopt;
+    decimals.resize(2, '0');
+    const auto whole = ParseAll<std::uint16_t>(digits.substr(0, point));
+    const auto part = ParseAll<std::uint16_t>(decimals);
+    if (!whole || !part || *whole > 100 || *whole * 100u + *part > 10000)
+        return std::nullopt;
+    return *whole * 100u + *part;
+}
+
+VoString ShareText(std::uint64_t share)
+{
+    VoString text(share / 100);
+    if (share % 100 != 0)
+        text +=
+            "." + VoString(share % 100 < 10 ? "0" : "") + VoString(share % 10 == 0 ? share % 100 / 10 : share % 100);
+    return text + "%";
 }
 
 std::optional<std::uint64_t> ParseBytes(const VoString& text)

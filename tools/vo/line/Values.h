@@ -3,6 +3,7 @@
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
 #include <Core/detail/Printable.h>
+#include <Time/VoTimeDuration.h>
 
 #include <cstdint>
 #include <optional>
@@ -18,6 +19,14 @@ std::optional<std::int64_t> ParseInteger(const VoString& text);
 
 /// A number of bytes: decimal digits and perhaps K, M or G for powers of 1024 ("65536", "512K", "4M").
 std::optional<std::uint64_t> ParseBytes(const VoString& text);
+
+/// A duration: a whole number and s, m, h or d for seconds, minutes, hours or days ("30d").
+std::optional<VoTimeDuration> ParseDuration(const VoString& text);
+
+/// A share in ten-thousandths: a percentage with up to two decimals, with or without its sign ("20%", "0.5").
+std::optional<std::uint64_t> ParseShare(const VoString& text);
+/// "20%", "0.5%"
+VoString ShareText(std::uint64_t share);
 
 /// The number of a release.
 struct ReleaseNumber

@@ -39,12 +39,14 @@ std::vector<Option> InstallOptions()
         {"move", nullptr, "let a package be replaced that is in another folder or came from another place"},
         {"overwrite", nullptr, "let files be replaced that belong to no package"},
     };
+    const std::vector<Option> trust = TrustOptions();
+    options.insert(options.end(), trust.begin(), trust.end());
     const std::vector<Option> downloads = DownloadOptions();
     options.insert(options.end(), downloads.begin(), downloads.end());
     return options;
 }
 
-updater::InstallationOptions OptionsOfInstalling(const Session& session)
+updater::InstallationOptions OptionsOfInstalling(const Session& session, const InstallJob& job)
 {
     updater::InstallationOptions options;
     options.reuseInstalledFiles = true;
@@ -52,18 +54,21 @@ updater::InstallationOptions OptionsOfInstalling(const Session& session)
     options.refuseOtherDirectory = !session.arguments.has("move");
     options.refuseOlder = !session.arguments.has("allow-downgrade");
     options.downloads = session.downloads;
+    options.proof = job.proof;
     return options;
 }
 
 InstallJob PrepareInstall(const Session& session)
 {
     InstallJob job;
-    ChosenRelease release = OpenChosenRelease(session);
+    ChosenRelease release = OpenOfferedRelease(session);
     job.definition = release.definition;
     job.directory = InstallationDirectory(session, release.package->packageID());
     job.package = std::move(release.package);
+    job.proof = std::move(release.proof);
+    job.refused = std::move(release.refused);
     job.plan = Doing(session.arguments, "install to", NameOf(session.arguments, job.directory), [&] {
-        return InstalledPackages::Plan(*job.package, job.directory, OptionsOfInstalling(session));
+        return InstalledPackages::Plan(*job.package, job.directory, OptionsOfInstalling(session, job));
     });
     return job;
 }
@@ -110,6 +115,11 @@ ExitCode ShowPlan(Session& session, const InstallJob& job)
 {
     ShowPlanSteps(session.console, job.plan, job.directory);
     ShowPlanFigures(session.console, job.plan, job.directory);
+    session.console.member("verified", job.proof != nullptr);
+    session.console.list("notOffered");
+    for (const auto& [version, why] : job.refused)
+        session.console.row("notOffered", "not offered     release " + ReleaseText(version) + ": " + why,
+                            JsonRecord()("release", version.toString())("reason", why));
     ShowDownloadCounts(session, job.definition);
     RequireAllowed(session, job);
     if (!job.plan.isUpToDate())

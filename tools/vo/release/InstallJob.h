@@ -20,6 +20,8 @@ struct InstallJob
     VoUniquePtr<updater::AdvertisedPackageListing> package; ///< As it was read there, once.
     VoDirectoryPath directory;
     updater::InstallationPlan plan;
+    std::shared_ptr<const updater::ReleaseProof> proof{};  ///< As in ChosenRelease.
+    std::vector<std::pair<VoVersion, VoString>> refused{}; ///< As in ChosenRelease.
 };
 
 /// The options that name the release and the folder, for both commands.
@@ -27,7 +29,7 @@ std::vector<Option> InstallOptions();
 
 /// How the tool installs: files that have only moved are copied, and what the command line does not allow is refused
 /// under the lock as well.
-updater::InstallationOptions OptionsOfInstalling(const Session& session);
+updater::InstallationOptions OptionsOfInstalling(const Session& session, const InstallJob& job);
 
 /// Reads the command line and plans. The folder of an installed package need not be named again. Throws what planning
 /// throws for a release that is refused.

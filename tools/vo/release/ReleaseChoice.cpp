@@ -3,8 +3,10 @@
 #include <vo/Session.h>
 #include <vo/line/CommandError.h>
 #include <vo/line/Failures.h>
+#include <vo/release/Keys.h>
 
 #include <Core/VoException.h>
+#include <Updater/VoUpdater.h>
 
 #include <algorithm>
 #include <map>
@@ -119,6 +121,73 @@ ChosenRelease OpenChosenRelease(const Session& session)
         throw CommandError{ExitCode::Unsafe,
                            "Invalid package definition: not the declared release: " + NameOf(arguments, definition)};
     return chosen;
+}
+
+std::vector<Option> TrustOptions()
+{
+    return {
+        {"key", "KEY", "believe only what this key (file or line) has signed; may be given again", '\0', true},
+        {"require-signature", nullptr, "refuse releases that are not signed"},
+        {"allow-expired", nullptr, "go on although the publisher's manifest has expired"},
+        {"channel", "NAME", "release (the default), or beta for what is not released yet as well"},
+    };
+}
+
+updater::TrustPolicy TrustOf(const Session& session)
+{
+    const Arguments& arguments = session.arguments;
+    updater::TrustPolicy policy;
+    for (const VoString& text : arguments.texts("key"))
+        policy.keys.pushBack(ReadPublicKey(text));
+    policy.requireSignature = arguments.has("require-signature");
+    policy.allowExpired = arguments.has("allow-expired");
+    policy.allowOtherPublisher = arguments.has("move");
+    policy.channel = arguments.text("channel").value_or(policy.channel);
+    if (policy.channel != VoUpdater::ReleaseChannel && policy.channel != VoUpdater::BetaChannel)
+        throw UsageError("option --channel: \"" + policy.channel + "\" is neither release nor beta");
+    return policy;
+}
+
+updater::TrustedReleases OpenTrusted(const Session& session, const VoLocation& location)
+{
+    const updater::TrustPolicy policy = TrustOf(session);
+    return Doing(session.arguments, "read", NameOf(session.arguments, location),
+                 [&] { return updater::TrustedReleases::Open(location, policy, session.stop, session.downloads); });
+}
+
+namespace {
+
+ChosenRelease OpenDeclared(const Session& session, const updater::TrustedReleases& releases)
+{
+    const Arguments& arguments = session.arguments;
+    const AdvertisedPackages& declared = *releases.declarations();
+    const VoUUID packageID = ChoosePackage(declared, arguments.identifier("package"));
+    const auto wanted = arguments.release("release");
+    const Declaration& declaration = wanted ? ChooseRelease(declared, packageID, wanted) : releases.newest(packageID);
+    auto opened = releases.open(declaration);
+    ChosenRelease chosen{opened.definition, std::move(opened.package), std::move(opened.proof), {}};
+    for (const Declaration& other : declared.declarations()) {
+        const bool isNewer = other.packageID() == packageID && other.version() > declaration.version();
+        const VoString why = isNewer ? releases.whyNotOffered(other) : VoString();
+        if (!why.isEmpty())
+            chosen.refused.emplace_back(other.version(), why);
+    }
+    return chosen;
+}
+
+} // namespace
+
+ChosenRelease OpenOfferedRelease(const Session& session)
+{
+    const VoLocation location = session.arguments.locationArgument(0);
+    const updater::TrustedReleases releases = OpenTrusted(session, location);
+    if (releases.declarations())
+        return Doing(session.arguments, "", "", [&] { return OpenDeclared(session, releases); });
+    return Doing(session.arguments, "read", NameOf(session.arguments, location), [&] {
+        auto opened = releases.openDefinition();
+        RequireAskedFor(*opened.package, session.arguments);
+        return ChosenRelease{location, std::move(opened.package), std::move(opened.proof), {}};
+    });
 }
 
 } // namespace vo::tool

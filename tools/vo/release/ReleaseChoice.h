@@ -3,11 +3,16 @@
 #include <Core/VoUniquePtr.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/AdvertisedPackages.h>
+#include <Updater/TrustedReleases.h>
 
+#include <vo/line/Command.h>
 #include <vo/line/Location.h>
 #include <vo/line/Values.h>
 
+#include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace vo::tool {
 
@@ -18,6 +23,8 @@ struct ChosenRelease
 {
     VoLocation definition; ///< Where its definition stands.
     VoUniquePtr<updater::AdvertisedPackageListing> package;
+    std::shared_ptr<const updater::ReleaseProof> proof{};  ///< Null: nobody has verified it.
+    std::vector<std::pair<VoVersion, VoString>> refused{}; ///< Newer releases, and why they are not offered.
 };
 
 /// The package that is meant when `wanted` names it, or else the only one that is declared. Pure.
@@ -37,6 +44,19 @@ const updater::AdvertisedPackages::Declaration& ChooseRelease(const updater::Adv
 /// --release name. Throws what reading throws, VoValidationException for a declarations file that leads to a definition
 /// outside its directory, and CommandError with ExitCode::Unsafe when it leads to that of another release.
 ChosenRelease OpenChosenRelease(const Session& session);
+
+/// @{ Whom the command line believes, and the options that say so.
+std::vector<Option> TrustOptions();
+updater::TrustPolicy TrustOf(const Session& session);
+/// @}
+
+/// Opens a document as an installation sees it.
+/// @throws CommandError
+updater::TrustedReleases OpenTrusted(const Session& session, const VoLocation& location);
+
+/// As OpenChosenRelease(), of what is offered to this installation and verified as far as the command line, or the
+/// installed package, asks for it. What is refused throws CommandError with ExitCode::Unsafe.
+ChosenRelease OpenOfferedRelease(const Session& session);
 
 /// Opens declarations.
 /// @throws Failure when it is a document of another kind

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <Signing/Signature.h>
+
 #include <cstddef>
+#include <optional>
+#include <string>
 
 class QStringList;
 
@@ -14,6 +18,9 @@ bool InputIsTerminal();
 
 /// Columns of the terminal behind standard error; 80 when it cannot be told.
 std::size_t TerminalWidth();
+
+/// A line that is typed at the terminal after a prompt, and not shown there; none when there is no terminal.
+std::optional<signing::Passphrase> ReadSecretLine(const std::string& prompt);
 
 /// The program's arguments without its own name. Texts are UTF-8 whatever the locale says: file names are bytes, and
 /// the library's paths are UTF-8.

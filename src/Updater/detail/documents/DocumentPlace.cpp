@@ -35,15 +35,15 @@ DocumentPlace::DocumentPlace(const VoUrl& folder, const VoStopFlag& stop, const 
 {
 }
 
-std::pair<DocumentPlace, VoFilePath> DocumentPlace::Of(const VoFilePath& document)
-{
-    return {DocumentPlace(document.parent()), VoFilePath(VoString(document.filename()))};
-}
-
-std::pair<DocumentPlace, VoFilePath> DocumentPlace::Of(const VoUrl& document, const VoStopFlag& stop,
+std::pair<DocumentPlace, VoFilePath> DocumentPlace::Of(const VoLocation& document, const VoStopFlag& stop,
                                                        const VoDownloadPolicy& downloads)
 {
-    return {DocumentPlace(document.parent(), stop, downloads), VoFilePath(document.filename())};
+    if (!document.isUrl())
+        return {DocumentPlace(document.file().parent()), VoFilePath(VoString(document.file().filename()))};
+    DocumentPlace place(document.url().parent(), stop, downloads);
+    place.m_openedName = VoFilePath(document.url().filename());
+    place.m_opened = document;
+    return {place, place.m_openedName};
 }
 
 DocumentPlace DocumentPlace::parent() const
@@ -58,33 +58,41 @@ DocumentPlace DocumentPlace::parent() const
 
 std::pair<DocumentPlace, VoFilePath> DocumentPlace::ofPublication(const VoFilePath& definition) const
 {
-    const DocumentPlace above = parent().parent().parent();
-    std::string text = nameOf(definition).toStdString();
-    const std::string start = above.nameOf(VoFilePath("packages")).toStdString();
-    const char separator = std::holds_alternative<VoUrl>(m_folder) ? '/' : '\\';
+    DocumentPlace above = parent().parent().parent();
+    const VoUrl* url = std::get_if<VoUrl>(&m_folder);
+    if (definition.isNull())
+        return {*this, definition};
+    std::string text = (url ? url->appended(definition).path() : nameOf(definition)).toStdString();
+    const VoFilePath packages(Layout::PackagesDirectory);
+    const std::string start = (url ? above.locationOf(packages).url().path() : above.nameOf(packages)).toStdString();
+    const char separator = url ? '/' : '\\';
     if (text.compare(0, start.size() + 1, start + separator) != 0)
         return {*this, definition};
-    text.erase(0, start.size() - std::string("packages").size());
-    return {above, VoFilePath(VoString(std::move(text)))};
+    text.erase(0, start.size() - packages.path().size());
+    above.m_openedName = VoFilePath(VoString(std::move(text)));
+    return {above, above.m_openedName};
 }
 
-VoUrl DocumentPlace::urlOf(const VoFilePath& relative) const
+VoLocation DocumentPlace::locationOf(const VoFilePath& relative) const
 {
-    return std::get<VoUrl>(m_folder).appended(relative);
+    if (!m_opened.isNull() && relative.path().equal(m_openedName.path(), VoString::CaseSensitive))
+        return m_opened;
+    if (const VoUrl* url = std::get_if<VoUrl>(&m_folder))
+        return url->appended(relative);
+    return std::get<VoDirectoryPath>(m_folder).appended(relative);
 }
 
 VoString DocumentPlace::nameOf(const VoFilePath& relative) const
 {
-    if (std::holds_alternative<VoUrl>(m_folder))
-        return vo::detail::DisplayText(urlOf(relative));
-    return std::get<VoDirectoryPath>(m_folder).appended(relative).path();
+    const VoLocation location = locationOf(relative);
+    return location.isUrl() ? vo::detail::DisplayText(location.url()) : location.toString();
 }
 
 VoString DocumentPlace::read(const VoFilePath& relative, std::uint64_t most) const
 {
     if (const VoDirectoryPath* folder = std::get_if<VoDirectoryPath>(&m_folder))
         return ReadDocument(folder->appended(relative), most);
-    const VoTemporaryFile file = FetchDocument(urlOf(relative), m_stop, m_downloads, most);
+    const VoTemporaryFile file = FetchDocument(locationOf(relative).url(), m_stop, m_downloads, most);
     return ReadDocument(file.path(), most);
 }
 

@@ -8,7 +8,7 @@
 #include <Download/VoDownloadPolicy.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
-#include <FileSystem/VoUrl.h>
+#include <FileSystem/VoLocation.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/detail/documents/XMLDocument.h>
 
@@ -27,11 +27,8 @@ public:
     DocumentPlace(const VoUrl& folder, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
 
     /// The place of a document and the document's name there.
-    /// @{
-    static std::pair<DocumentPlace, VoFilePath> Of(const VoFilePath& document);
-    static std::pair<DocumentPlace, VoFilePath> Of(const VoUrl& document, const VoStopFlag& stop,
+    static std::pair<DocumentPlace, VoFilePath> Of(const VoLocation& document, const VoStopFlag& stop,
                                                    const VoDownloadPolicy& downloads);
-    /// @}
 
     /// The place beside whose declarations a definition was published, with the definition's name there: four names
     /// further up, when these are "packages", an ID, a release and a name; else the place and name as they are.
@@ -44,19 +41,21 @@ public:
     /// As find(); a document that is not there is a failure like others.
     VoString read(const VoFilePath& relative, std::uint64_t most = LargestDocument) const;
 
+    VoLocation locationOf(const VoFilePath& relative) const; ///< Where a document here stands.
     /// What a document here is called: its path, or its URL without user name and password.
     VoString nameOf(const VoFilePath& relative) const;
 
 private:
-    VoUrl urlOf(const VoFilePath& relative) const;
     DocumentPlace parent() const;
 
     std::variant<VoDirectoryPath, VoUrl> m_folder;
+    VoFilePath m_openedName; // of the document that the place was made of
+    VoLocation m_opened;     // where it is, as it was given: with a query, and spelt as the caller does
     VoStopFlag m_stop;
     VoDownloadPolicy m_downloads;
 };
 
-/// The place's parent folder and last name of a path.
+/// A name with something added.
 inline VoFilePath Suffixed(const VoFilePath& path, const VoString& suffix)
 {
     return VoFilePath(path.path() + suffix);

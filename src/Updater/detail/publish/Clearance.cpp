@@ -54,10 +54,19 @@ bool IsChunk(std::string_view name)
     return EndsWith(name, Layout::ChunkSuffix);
 }
 
+// Whether the name ends with a digest.
+bool IsCopy(std::string_view name)
+{
+    if (name.size() <= DigestLength + 1 || name[name.size() - DigestLength - 1] != '.')
+        return false;
+    const std::string_view digest = name.substr(name.size() - DigestLength);
+    return digest.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
 bool IsDefinition(std::string_view name)
 {
     const std::string_view plain(Layout::DefinitionName);
-    return name == plain || (StartsWith(name, plain) && name.size() == plain.size() + 1 + DigestLength);
+    return name == plain || (StartsWith(name, plain) && name.size() == plain.size() + 1 + DigestLength && IsCopy(name));
 }
 
 std::string Folded(const VoString& text)
@@ -119,7 +128,8 @@ void Clearance::keep(const ReleaseManifest& manifest)
 void Clearance::keepOtherDeclarations(const VoFilePath& except)
 {
     VoFileSystem::ForEachFile(m_folder, false, false, [&](const VoFilePath& file) {
-        if (file == except || KindOf(file) != FileKind::File || !LooksLikeDeclarations(file))
+        // The manifest tells whether a kept copy of a former state still counts.
+        if (file == except || IsCopy(NameOf(file)) || KindOf(file) != FileKind::File || !LooksLikeDeclarations(file))
             return;
         if (const auto declarations = AdvertisedPackages::Open(file))
             keep(*declarations);
@@ -148,7 +158,8 @@ std::set<std::string> Clearance::chunksOf(const VoDirectoryPath& release) const
     VoFileSystem::ForEachFile(release, false, false, [&](const VoFilePath& file) {
         if (!IsDefinition(NameOf(file)) || !isKept(file))
             return;
-        for (const ChunkListing& chunk : AdvertisedPackageListing::Open(file)->chunks())
+        const auto definition = AdvertisedPackageListing::Open(file);
+        for (const ChunkListing& chunk : definition->chunks())
             chunks.insert(Folded(VoString(chunk.path().filename())));
     });
     return chunks;

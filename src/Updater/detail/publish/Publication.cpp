@@ -149,14 +149,13 @@ void Publication::replace(const VoFilePath& path, const std::function<void()>& w
     m_replaced.push_back(std::move(before));
 }
 
-// For clients that read the manifest before there is another one.
+// For clients that read the manifest before there is another one. Stays when the publication fails: a full disk may
+// keep the document from being put back.
 void Publication::keepListed(const VoFilePath& path, const VoString& bytes)
 {
     const auto copy = m_manifest->copyName(m_path.parent().relativeFile(path), bytes);
-    if (!copy || VoFileSystem::Exists(m_manifest->path(*copy)))
-        return;
-    WriteBytes(m_manifest->path(*copy), bytes);
-    m_replaced.push_back({m_manifest->path(*copy), std::nullopt});
+    if (copy && !VoFileSystem::Exists(m_manifest->path(*copy)))
+        WriteBytes(m_manifest->path(*copy), bytes);
 }
 
 void Publication::undo() noexcept

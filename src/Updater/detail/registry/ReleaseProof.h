@@ -12,7 +12,7 @@ public:
     std::optional<detail::TrustPin> before; ///< What was remembered when it was verified.
     VoUUID versionID{""};                   ///< The release.
     VoVersion from;                         ///< The lowest installed release that it updates.
-    bool allowOtherPublisher = false;       ///< Whether what was remembered counts no more.
+    bool isOtherPublisher = false;          ///< Whether what was remembered counts no more.
 };
 
 } // namespace vo::updater

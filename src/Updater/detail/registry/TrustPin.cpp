@@ -161,7 +161,7 @@ void AdmitRelease(const AdvertisedPackageListing& advert, const ReleaseProof* pr
                   const InstalledPackageListing* installed)
 {
     const VoUUID& packageID = advert.packageID();
-    const bool mayChange = proof && proof->allowOtherPublisher;
+    const bool mayChange = proof && proof->isOtherPublisher;
     auto known = mayChange ? std::nullopt : ReadPin(packageID);
     if (!proof && known)
         throw VoUntrustedReleaseException(Kind::Publisher,
