@@ -16,17 +16,6 @@ std::string Text(const VoByteBuffer& buffer)
 
 } // namespace
 
-TEST(VoByteBuffer, TakesBytesUpToItsCapacity)
-{
-    VoByteBuffer buffer(3);
-    EXPECT_TRUE(buffer.isEmpty());
-    buffer << 'a' << 'b' << 'c';
-    EXPECT_TRUE(buffer.isFull());
-    EXPECT_THROW_MSG(buffer << 'd', VoBufferOverflowException, "");
-    EXPECT_EQ(Text(buffer), "abc");
-    EXPECT_EQ(buffer.capactiy(), 3u);
-}
-
 TEST(VoByteBuffer, PacksFilesBackToBackAndSplitsThemWhereItIsFull)
 {
     const vo::test::ScratchFolder folder;
@@ -58,10 +47,13 @@ TEST(VoByteBuffer, AStreamThatCannotBeReadLeavesItUnchanged)
     EXPECT_EQ(Text(buffer), "a");
 }
 
-TEST(VoByteBuffer, ResizingClearsNewBytesAlsoWhereOldOnesLay)
+TEST(VoByteBuffer, TakesBytesUpToItsCapacityAndResizingClearsNewBytesAlsoWhereOldOnesLay)
 {
     VoByteBuffer buffer(4);
-    buffer << 'a' << 'b' << 'c';
+    EXPECT_TRUE(buffer.isEmpty() && buffer.capactiy() == 4u);
+    buffer << 'a' << 'b' << 'c' << 'd';
+    EXPECT_TRUE(buffer.isFull() && Text(buffer) == "abcd");
+    EXPECT_THROW_MSG(buffer << 'e', VoBufferOverflowException, "");
     buffer.resize(1);
     buffer.resize(3);
     EXPECT_EQ(Text(buffer), std::string("a\0\0", 3));
