@@ -389,8 +389,9 @@ void AbstractPackageBuilder::requirePublishable(const VoFilePath& declarationsFi
 {
     const ReleasePlaces places(m_private->package, declarationsFile);
     vo::detail::RequireValidLength(places.chunks.file(ChunkFileName(VoUpdater::GenerateID())));
-    const Publication trial(declarationsFile, [&] { waitForOthers(declarationsFile); });
+    Publication trial(declarationsFile, [&] { waitForOthers(declarationsFile); });
     requireDeclarable(trial.declarations());
+    trial.manifest().requireSigners(m_private->signing);
 }
 
 // Tells now and then, so that a receiver can end the wait.

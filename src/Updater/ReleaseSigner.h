@@ -30,7 +30,7 @@ namespace vo::updater {
 /// killed at any moment: the manifest in effect, its signatures and all that it lists stay readable.
 ///
 /// Each operation waits for others who publish there. All throw what reading and writing files throws,
-/// VoInvalidParameterException ("Key does not sign releases here: " + ID) and VoValidationException ("Definition was
+/// VoInvalidCallException ("Key does not sign releases here: " + ID) and VoValidationException ("Definition was
 /// changed since it was signed: " + path).
 class VOCORE_EXPORT ReleaseSigner
 {

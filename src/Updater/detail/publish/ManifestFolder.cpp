@@ -111,7 +111,7 @@ void ManifestFolder::list(ReleaseManifest& manifest, const VoFilePath& declarati
     manifest.declarations.pushBack({declarations, bytes.size(), DigestOf(bytes)});
     for (const AdvertisedPackages::Declaration& declaration : declared->declarations()) {
         if (manifest.document(declaration.path()) || manifest.release(declaration.packageID(), declaration.versionID()))
-            continue;                                   // another document declares it as well
+            continue;                               // another document declares it as well
         declaration.definition(path(declarations)); // refuses one that leads elsewhere
         ReleaseManifest::Release release = entry(declaration.path());
         release.packageID = declaration.packageID();
@@ -162,14 +162,20 @@ bool ManifestFolder::isWaiting(const ReleaseManifest& manifest, const ReleaseSig
            SignersOfManifest(m_nextBytes, *m_next, KeysOf(signing), DocumentPlace(m_folder)).count == 0;
 }
 
-ManifestState ManifestFolder::update(const Change& change, const ReleaseSigning& signing)
+void ManifestFolder::requireSigners(const ReleaseSigning& signing) const
 {
     const ReleaseKeys keys = m_keys ? *m_keys : KeysOf(signing);
     for (const auto& key : signing.keys) {
         const ReleaseKeys::Key* known = keys.find(key->id());
         if (!known || !known->signsReleases || known->key != key->publicKey())
-            throw VoInvalidParameterException("Key does not sign releases here: " + key->id());
+            throw VoInvalidCallException("Key does not sign releases here: " + key->id());
     }
+}
+
+ManifestState ManifestFolder::update(const Change& change, const ReleaseSigning& signing)
+{
+    requireSigners(signing);
+    const ReleaseKeys keys = m_keys ? *m_keys : KeysOf(signing);
     ReleaseManifest manifest = listed(change);
     if (change.edit)
         change.edit(manifest);
@@ -308,7 +314,7 @@ void SignKeys(const VoDirectoryPath& folder, const ReleaseKeys& keys, const Rele
     };
     for (const auto& key : signing.keys) {
         if (!counts(&keys, *key) && !counts(before, *key))
-            throw VoInvalidParameterException("Key does not sign keys here: " + key->id());
+            throw VoInvalidCallException("Key does not sign keys here: " + key->id());
         const auto signature = key->sign(bytes.c_str(), bytes.size(), keys.signedComment());
         const VoFilePath name = SignatureName(ReleaseKeys::FileName(keys.number), key->id());
         WriteBytes(folder.appended(name), signature.toString());
