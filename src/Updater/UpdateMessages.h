@@ -143,6 +143,7 @@ public:
     MESSAGE(PackageDefinitionNotFound, Warning)                                                                        \
     MESSAGE(PackageDefinitionRemoved, Diagnostic)
 
+/// @cond
 // Made once, in the library: a cast on the other side of its boundary must find the same type.
 #define VOCORE_MESSAGE(name, level) extern template class BasicUpdateMessage<AbstractMessage::name>;
 VOCORE_BASIC_UPDATE_MESSAGES(VOCORE_MESSAGE)
@@ -150,6 +151,7 @@ VOCORE_BASIC_UPDATE_MESSAGES(VOCORE_MESSAGE)
 #define VOCORE_MESSAGE(name, level) extern template class BasicUninstallMessage<AbstractMessage::name>;
 VOCORE_BASIC_UNINSTALL_MESSAGES(VOCORE_MESSAGE)
 #undef VOCORE_MESSAGE
+/// @endcond
 
 /// How far the download of the required chunks is.
 class VOCORE_EXPORT DownloadProgressMessage : public AbstractUpdateMessage
