@@ -305,6 +305,34 @@ TEST_F(TrustAttack, AnotherPublishersPackageTakesNoInstalledOneOver)
     EXPECT_EQ(unsignedRelease(), "");
 }
 
+TEST_F(TrustAttack, WhatWasVerifiedIsAskedForAgainUnderTheLock)
+{
+    const VoFilePath document = declarations();
+    ASSERT_EQ(install(at(Day(2))), "");
+    const auto earlier = TrustedReleases::Open(document, at(Day(2)));
+    ASSERT_TRUE(earlier.verify(packageID));
+    ASSERT_TRUE(signer({key}).sign().isInEffect);
+    ASSERT_EQ(install(at(Day(2))), "");
+    EXPECT_THAT(installFrom(earlier), HasSubstr("A newer manifest was seen by another installation"));
+    ReleaseSigner::KeyChange change;
+    change.added.pushBack({other->publicKey(), true, true});
+    const auto before = TrustedReleases::Open(document, at(Day(2)));
+    ASSERT_TRUE(before.verify(packageID));
+    ASSERT_TRUE(signer({key, other}).rotate(change).isInEffect);
+    ASSERT_EQ(install(at(Day(2))), "");
+    EXPECT_THAT(installFrom(before), HasSubstr("Keys of the package were changed by another installation"));
+    // A repair needs no signature, but the very files that are installed.
+    WriteBytes(placed("program"), "broken");
+    const VoFilePath definition = document.parent().appended(VoFilePath(definitionOf(second, "2.0.0.0").c_str()));
+    const std::string good = ReadBytes(definition);
+    WriteBytes(definition, Flipped(good, "checksum=\""));
+    const auto repair = [&] { return told([&] { return InstalledPackages::Repair(definition, VoStopFlag()), ""; }); };
+    EXPECT_THAT(repair(), HasSubstr("Definition is not that of the installed files"));
+    WriteBytes(definition, good);
+    EXPECT_EQ(repair(), "");
+    EXPECT_EQ(installed(), New.at("program"));
+}
+
 TEST_F(TrustAttack, ReadersOfAnyAgeOfTheFolderAreServed)
 {
     // The manifest came before the change, all else after it; and the other way round for the signature.
