@@ -24,8 +24,6 @@
 #include <deque>
 #include <limits>
 #include <random>
-#include <regex>
-#include <set>
 #include <sstream>
 
 namespace {

@@ -5,12 +5,10 @@
 #include <Core/VoChecksum.h>
 #include <Core/VoProperties.h>
 #include <Core/VoUUID.h>
-#include <Core/VoVersion.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoUrl.h>
 #include <Time/VoTimeZone.h>
-#include <XML/VoXMLAttributeSet.h>
 #include <XML/VoXMLPath.h>
 
 #include <QtCore/QByteArray>

@@ -11,7 +11,6 @@
 #include <limits>
 #include <random>
 #include <utility>
-#include <vector>
 
 namespace {
 

@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <random>
-#include <unordered_set>
 
 #if defined(__unix__)
 #include <sys/stat.h>

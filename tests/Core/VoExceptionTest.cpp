@@ -10,7 +10,6 @@
 
 #include <exception>
 #include <functional>
-#include <memory>
 #include <stdexcept>
 #include <thread>
 #include <vector>

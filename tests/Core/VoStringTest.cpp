@@ -7,9 +7,7 @@
 #include <QtCore/QString>
 
 #include <climits>
-#include <limits>
 #include <map>
-#include <unordered_set>
 
 namespace {
 

@@ -2,8 +2,6 @@
 
 #include <QtCore/QString>
 
-#include <utility>
-
 namespace {
 
 static_assert(std::is_nothrow_move_constructible_v<VoStringView> && std::is_nothrow_move_assignable_v<VoStringView>);

@@ -5,7 +5,6 @@
 #include <regex>
 #include <set>
 #include <sstream>
-#include <unordered_set>
 
 namespace {
 

@@ -2,7 +2,6 @@
 #include <VoTestSupport.h>
 
 #include <limits>
-#include <sstream>
 #include <tuple>
 #include <unordered_set>
 

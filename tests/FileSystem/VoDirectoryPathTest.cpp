@@ -4,8 +4,6 @@
 #include <FileSystem/VoPathException.h>
 #include <VoTestSupport.h>
 
-#include <sstream>
-#include <unordered_set>
 #include <vector>
 
 namespace {

@@ -3,8 +3,6 @@
 #include <FileSystem/VoPathException.h>
 #include <VoTestSupport.h>
 
-#include <unordered_set>
-
 namespace {
 
 std::string Text(const VoFilePath& path)

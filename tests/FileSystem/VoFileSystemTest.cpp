@@ -9,7 +9,6 @@
 #include <QtCore/QByteArray>
 
 #include <chrono>
-#include <stdexcept>
 #include <utility>
 
 #if defined(__unix__)

@@ -3,7 +3,6 @@
 #include <Core/VoFileException.h>
 #include <FileSystem/VoTemporaryFile.h>
 
-#include <set>
 #include <utility>
 
 namespace {

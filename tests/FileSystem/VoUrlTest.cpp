@@ -5,8 +5,6 @@
 
 #include <QtCore/QUrl>
 
-#include <unordered_set>
-
 TEST(VoUrl, KeepsItsTextWithoutTheBlanksAround)
 {
     EXPECT_EQ(VoUrl(" http://Host/a b \n").toString().toStdString(), "http://Host/a b");

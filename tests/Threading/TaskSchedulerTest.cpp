@@ -9,7 +9,6 @@
 #include <atomic>
 #include <functional>
 #include <future>
-#include <mutex>
 #include <numeric>
 #include <stdexcept>
 #include <thread>

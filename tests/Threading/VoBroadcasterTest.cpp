@@ -7,11 +7,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <functional>
-#include <future>
 #include <map>
 #include <memory>
-#include <optional>
 #include <thread>
 #include <vector>
 

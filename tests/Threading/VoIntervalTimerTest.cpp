@@ -10,7 +10,6 @@
 #include <QtCore/QEventLoop>
 
 #include <atomic>
-#include <future>
 #include <memory>
 #include <optional>
 #include <thread>

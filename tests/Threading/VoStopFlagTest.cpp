@@ -10,7 +10,6 @@
 #include <atomic>
 #include <future>
 #include <memory>
-#include <optional>
 #include <thread>
 #include <vector>
 

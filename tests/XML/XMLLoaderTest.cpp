@@ -7,8 +7,6 @@
 #include <XML/VoXMLStreamLoader.h>
 
 #include <optional>
-#include <stdexcept>
-#include <vector>
 
 using xmltest::MemoryDevice;
 using xmltest::Nested;
