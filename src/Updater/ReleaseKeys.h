@@ -32,7 +32,8 @@ public:
     };
 
     ReleaseKeys(); ///< None, number 0.
-    /// Reads a `keys` element. @throws VoValidationException as Parse().
+    /// Reads a `keys` element.
+    /// @throws VoValidationException as Parse()
     explicit ReleaseKeys(VoXMLStreamElementLoader& element);
     /// @{ Values: copies are deep, a moved-from object is only good for being assigned to.
     ReleaseKeys(const ReleaseKeys& other);
@@ -42,11 +43,14 @@ public:
     ~ReleaseKeys() override;
     /// @}
 
-    /// Reads a document from memory; @p name is what errors and the log call it. Throws VoNullPointerException ("Keys
-    /// failed to load") for a document of another kind, VoValidationException ("Invalid keys: " + what is wrong) for
-    /// one that cannot be, and what malformed documents throw.
+    /// Reads a document from memory; @p name is what errors and the log call it.
+    /// @throws VoNullPointerException "Keys failed to load", for a document of another kind
+    /// @throws VoValidationException "Invalid keys: " + what is wrong, for one that cannot be; and what malformed
+    /// documents throw
     static ReleaseKeys Parse(const VoString& bytes, const VoString& name);
-    VoString toDocument() const; ///< The whole document. Throws VoValidationException as Parse().
+    /// The whole document.
+    /// @throws VoValidationException as Parse()
+    VoString toDocument() const;
 
     std::uint64_t number = 0;           ///< Of the series, from 1; 0 for the keys that an application knows.
     std::uint64_t releaseThreshold = 1; ///< How many keys must sign a manifest.
@@ -67,7 +71,8 @@ public:
     /// "keys.<n>.xml"
     static VoFilePath FileName(std::uint64_t number);
 
-    /// Throws VoValidationException as Parse().
+    /// Refuses what Parse() refuses.
+    /// @throws VoValidationException as Parse()
     void validate() const;
 
     Type objectType() const override;

@@ -65,7 +65,8 @@ public:
     };
 
     ReleaseManifest(); ///< Of nothing, serial 0.
-    /// Reads a `manifest` element. @throws VoValidationException as Parse().
+    /// Reads a `manifest` element.
+    /// @throws VoValidationException as Parse()
     explicit ReleaseManifest(VoXMLStreamElementLoader& element);
     /// @{ Values: copies are deep, a moved-from manifest is only good for being assigned to.
     ReleaseManifest(const ReleaseManifest& other);
@@ -75,11 +76,13 @@ public:
     ~ReleaseManifest() override;
     /// @}
 
-    /// Reads a document from memory; @p name is what errors and the log call it. Throws VoNullPointerException
-    /// ("Manifest failed to load") for a document of another kind, VoValidationException ("Invalid manifest: " + what
-    /// is wrong) for one that cannot be, and what malformed documents throw.
+    /// Reads a document from memory; @p name is what errors and the log call it.
+    /// @throws VoNullPointerException "Manifest failed to load", for a document of another kind
+    /// @throws VoValidationException "Invalid manifest: " + what is wrong, for one that cannot be; and what malformed
+    /// documents throw
     static ReleaseManifest Parse(const VoString& bytes, const VoString& name);
-    /// The whole document. Throws VoValidationException as Parse().
+    /// The whole document.
+    /// @throws VoValidationException as Parse()
     VoString toDocument() const;
 
     std::uint64_t serial = 0;       ///< Grows with every change.

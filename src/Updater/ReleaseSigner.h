@@ -70,8 +70,8 @@ public:
     };
     /// Makes the next keys of the folder and signs them with the keys at hand, and with these the manifest in effect as
     /// well, so that clients accept it before and after. An empty change goes on with keys that wait for signatures.
-    /// Throws VoInvalidParameterException ("No such key: " + ID; "Nothing to change") and VoValidationException as
-    /// ReleaseKeys::Parse().
+    /// @throws VoInvalidParameterException "No such key: " + ID, "Nothing to change"
+    /// @throws VoValidationException as ReleaseKeys::Parse()
     KeyState rotate(const KeyChange& change) const;
 
     /// What a clearing removes. A plain value.

@@ -45,9 +45,9 @@ public:
         std::shared_ptr<const ReleaseProof> proof;     ///< For InstallationOptions; null when nothing was verified.
     };
 
-    /// Opens a declarations document, or a definition. Throws VoUntrustedReleaseException for one that is not what the
-    /// manifest beside it lists, what reading documents throws, and VoNullPointerException ("Package advert failed to
-    /// load") for a document that is neither.
+    /// Opens a declarations document, or a definition.
+    /// @throws VoUntrustedReleaseException for one that is not what the manifest beside it lists; and what reading
+    /// documents throws
     static TrustedReleases Open(const VoLocation& document, const TrustPolicy& policy = TrustPolicy(),
                                 VoStopFlag stop = VoStopFlag(), const VoDownloadPolicy& downloads = VoDownloadPolicy());
     TrustedReleases(TrustedReleases&& other) noexcept;            ///< Leaves one that can only be assigned to.
@@ -58,26 +58,31 @@ public:
     const ReleaseManifest* manifest() const;        ///< Null when there is none.
 
     /// Whether the releases of a package were verified; false when neither the policy nor an installation asks for it.
-    /// Throws VoUntrustedReleaseException.
+    /// @throws VoUntrustedReleaseException when what is asked for does not hold
     bool verify(const VoUUID& packageID) const;
 
     /// Why a release is not offered to this installation: withdrawn, of a channel that it does not follow, not rolled
     /// out yet or not to this one, older than the lowest, or no update for what is installed. Empty when it is. A
     /// release that is installed here counts as rolled out.
     VoString whyNotOffered(const AbstractPackage& release) const;
-    /// The release of a package with the highest version of those that are offered. Throws VoNotFoundException for a
-    /// package of which none is declared, VoUntrustedReleaseException (NotOffered), with the reason of the newest, when
-    /// none is offered.
+    /// The release of a package with the highest version of those that are offered.
+    /// @throws VoNotFoundException for a package of which none is declared
+    /// @throws VoUntrustedReleaseException (NotOffered), with the reason of the newest, when none is offered
     const AdvertisedPackages::Declaration& newest(const VoUUID& packageID) const;
 
-    /// Reads the definition of a declared release. Throws VoUntrustedReleaseException also when it is not offered, and
-    /// VoValidationException ("Invalid package definition: not the declared release: " + where it stands).
+    /// Reads the definition of a declared release.
+    /// @throws VoUntrustedReleaseException also when it is not offered
+    /// @throws VoValidationException "Invalid package definition: not the declared release: " + where it stands
     Release open(const AdvertisedPackages::Declaration& declaration) const;
-    /// The definition of a declared release, offered or not. Throws as above.
+    /// The definition of a declared release, offered or not.
+    /// @throws VoValidationException as open(); VoUntrustedReleaseException is one
     VoUniquePtr<AdvertisedPackageListing> read(const AdvertisedPackages::Declaration& declaration) const;
-    /// The definition that was opened, offered or not. Throws VoInvalidCallException ("No definition was opened").
+    /// The definition that was opened, offered or not.
+    /// @throws VoInvalidCallException "No definition was opened"
+    /// @throws VoNullPointerException "Package advert failed to load", for a document of another kind
     VoUniquePtr<AdvertisedPackageListing> readDefinition() const;
-    /// The definition that was opened. Throws as above; VoInvalidCallException ("No definition was opened").
+    /// The definition that was opened.
+    /// @throws VoUntrustedReleaseException also when it is not offered; and as readDefinition()
     Release openDefinition() const;
 
 private:
