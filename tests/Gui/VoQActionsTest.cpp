@@ -45,17 +45,6 @@ TEST_F(QActions, AreKeptTheSameBothWays)
     EXPECT_TRUE(shown->isEnabled());
 }
 
-TEST_F(QActions, TellWhatFails)
-{
-    VoAction action("x", "X", [](bool) { throw VoInvalidCallException("no way"); });
-    action.setCheckable(true);
-    QObject parent;
-    VoString told;
-    VoQActions::Make(action, &parent, [&](const VoString& text) { told = text; })->trigger();
-    EXPECT_TRUE(told.contains("no way"));
-    EXPECT_FALSE(action.isChecked());
-}
-
 TEST_F(QActions, OutliveWhatTheyWereMadeOf)
 {
     QObject parent;
@@ -73,12 +62,13 @@ TEST_F(QActions, OutliveWhatTheyWereMadeOf)
     }
 }
 
-TEST_F(QActions, OfAHistoryTellWhatIsNext)
+TEST_F(QActions, OfAHistoryTellWhatIsNextAndWhatFails)
 {
     int value = 0;
+    VoString told;
     VoUndoStack history;
     QObject parent;
-    QAction* const undo = VoQActions::MakeUndo(history, &parent);
+    QAction* const undo = VoQActions::MakeUndo(history, &parent, "Undo", [&](const VoString& text) { told = text; });
     QAction* const redo = VoQActions::MakeRedo(history, &parent, "Again:");
     EXPECT_FALSE(undo->isEnabled() || redo->isEnabled());
     EXPECT_EQ(undo->text(), QStringLiteral("Undo"));
@@ -90,6 +80,10 @@ TEST_F(QActions, OfAHistoryTellWhatIsNext)
     EXPECT_EQ(redo->text(), QStringLiteral("Again: Set R&&D"));
     redo->trigger();
     EXPECT_TRUE(value == 1 && undo->isEnabled() && !redo->isEnabled());
+    history.push(
+        "Fail", [] {}, [] { throw VoInvalidCallException("no way"); });
+    undo->trigger();
+    EXPECT_TRUE(told.contains("no way"));
 }
 
 // The colours of the framework are another implementation of the same rules.
