@@ -30,6 +30,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -126,21 +127,11 @@ VoDataTable Loaded(const std::string& document, const char* element)
 std::string SheetOf(const VoFilePath& workbook)
 {
     VoZipArchive archive(workbook, VoZipArchive::Read);
-    const auto entry = archive.open(VoFilePath("xl/worksheets/sheet1.xml")).lock();
-    const auto sheet = entry->readAll().toStdString();
-    QDomDocument document;
-    EXPECT_TRUE(document.setContent(QByteArray::fromStdString(sheet)));
+    const std::string sheet = archive.open(VoFilePath("xl/worksheets/sheet1.xml"))->readAll().toStdString();
+    const std::regex part("<c r=\"(\\w+)\"[^>]*><is><t>([^<]*)|<mergeCell ref=\"([^\"]+)\"");
     std::string shown;
-    const QDomNodeList cells = document.elementsByTagName(QStringLiteral("c"));
-    for (int i = 0; i < cells.count(); ++i) {
-        const QString text = cells.at(i).toElement().text();
-        if (!text.isEmpty())
-            shown +=
-                (cells.at(i).toElement().attribute(QStringLiteral("r")) + QLatin1Char('=') + text).toStdString() + " ";
-    }
-    const QDomNodeList merges = document.elementsByTagName(QStringLiteral("mergeCell"));
-    for (int i = 0; i < merges.count(); ++i)
-        shown += merges.at(i).toElement().attribute(QStringLiteral("ref")).toStdString() + " ";
+    for (std::sregex_iterator i(sheet.begin(), sheet.end(), part), end; i != end; ++i)
+        shown += ((*i)[3].matched ? i->str(3) : i->str(1) + "=" + i->str(2)) + " ";
     return shown;
 }
 

@@ -6,29 +6,24 @@
 #include <Documents/VoZipFile.h>
 #include <Documents/detail/VoZipArchiveInternal.h>
 #include <Documents/detail/ZipOutput.h>
+#include <FileSizeLimit.h>
+#include <RandomBytes.h>
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
 #include <gmock/gmock.h>
 
-#include "../FileSystem/FileSystemFixture.h"
-
 #include <cstdlib>
-#include <random>
 
 using vo::test::RawArchive;
 using vo::test::RawEntry;
 
 namespace {
 
-/// Bytes that compress about half, the same for the same seed.
+/// Bytes that compress about half.
 std::string Bytes(std::size_t size, unsigned seed)
 {
-    std::mt19937 random(seed);
-    std::string bytes(size, '\0');
-    for (char& byte : bytes)
-        byte = static_cast<char>(random() % 16);
-    return bytes;
+    return vo::test::Noise(size, seed, 16);
 }
 
 class ZipArchive : public testing::Test

@@ -1,4 +1,3 @@
-#include "../FileSystem/FileSystemFixture.h"
 #include "RawZip.h"
 
 #include <Core/VoDeque.h>
@@ -6,10 +5,15 @@
 #include <Documents/VoZipArchive.h>
 #include <Documents/VoZipFile.h>
 #include <Documents/VoZipper.h>
+#include <FileSizeLimit.h>
+#include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileSystem.h>
+#include <HostileNames.h>
+#include <RandomBytes.h>
 #include <ScratchFolder.h>
+#include <VoTestSupport.h>
 
 #include <cstdlib>
-#include <map>
 
 #if defined(__unix__)
 #include <sys/stat.h>
@@ -19,11 +23,9 @@ namespace fs = std::filesystem;
 
 using vo::test::RawArchive;
 using vo::test::RawEntry;
+using vo::test::Tree;
 
 namespace {
-
-/// Relative names, with "/", to contents; directories end with "/".
-using Tree = std::map<std::string, std::string>;
 
 class Zipper : public testing::Test
 {
@@ -34,49 +36,21 @@ protected:
         return std::system(("cd '" + m_scratch.native().string() + "' && ( " + command + " ) >log 2>&1").c_str());
     }
 
-    void plant(const std::string& name, const std::string& content) const
-    {
-        fs::create_directories(m_scratch.native(name).parent_path());
-        m_scratch.write(name, content);
-    }
-
     VoFilePath path(const std::string& name) const { return m_scratch.path(name); }
     VoFilePath directory(const std::string& name) const { return VoFilePath(path(name).path() + "\\"); }
 
-    /// A long content by its size and checksum, so that a difference can be read.
-    static std::string digested(const std::string& content)
-    {
-        return content.size() < 100
-                   ? content
-                   : std::to_string(content.size()) + " bytes " + std::to_string(vo::test::Crc32(content));
-    }
-
-    Tree tree(const std::string& name) const
-    {
-        Tree found;
-        for (const auto& entry : fs::recursive_directory_iterator(m_scratch.native(name))) {
-            const std::string relative = entry.path().lexically_relative(m_scratch.native(name)).string();
-            if (entry.is_directory())
-                found[relative + "/"];
-            else
-                found[relative] = digested(m_scratch.read(name + "/" + relative));
-        }
-        return found;
-    }
+    Tree tree(const std::string& name) const { return m_scratch.tree(name); }
 
     /// A tree with what other programs might see otherwise.
     Tree plantTree(const std::string& name) const
     {
-        std::string large;
-        for (int i = 0; i < 60000; ++i)
-            large += std::to_string(i * 7919 % 10007);
-        plant(name + "/empty", "");
-        plant(name + "/read me.txt", "text\r\n");
-        plant(name + "/large.bin", large);
-        plant(name + "/sub/Gr\xC3\xB6\xC3\x9F"
-                     "e \xE2\x82\xAC",
-              std::string("\0\x01zero", 6));
-        plant(name + "/sub/deep/" + std::string(100, 'n'), "deep");
+        m_scratch.write(name + "/empty", "");
+        m_scratch.write(name + "/read me.txt", "text\r\n");
+        m_scratch.write(name + "/large.bin", vo::test::Noise(200000, 1, 16));
+        m_scratch.write(name + "/sub/Gr\xC3\xB6\xC3\x9F"
+                               "e \xE2\x82\xAC",
+                        std::string("\0\x01zero", 6));
+        m_scratch.write(name + "/sub/deep/" + std::string(100, 'n'), "deep");
         return tree(name);
     }
 
@@ -108,7 +82,7 @@ TEST_F(Zipper, ArchivesOfOtherProgramsAreUnpacked)
         fs::remove(m_scratch.native("a.zip"));
         ASSERT_EQ(shell(command), 0) << command << m_scratch.read("log");
         VoZipper::Unzip(path("a.zip"), directory("out"));
-        EXPECT_EQ(tree("out"), expected) << command;
+        EXPECT_TRUE(tree("out") == expected) << command;
     }
 }
 
@@ -129,13 +103,13 @@ TEST_F(Zipper, OtherProgramsUnpackOurArchives)
     for (const char* command : commands) {
         fs::remove_all(m_scratch.native("out"));
         ASSERT_EQ(shell(std::string("mkdir out && cd out && ") + command), 0) << command << m_scratch.read("log");
-        EXPECT_EQ(tree("out"), expected) << command;
+        EXPECT_TRUE(tree("out") == expected) << command;
     }
 }
 
 TEST_F(Zipper, ASingleFileIsStoredUnderItsBareName)
 {
-    plant("in/sub/file.txt", "text");
+    m_scratch.write("in/sub/file.txt", "text");
     for (const char* source : {"in/sub/file.txt", "in/sub"}) {
         VoZipper::Zip(path("a.zip"), path(source));
         VoZipArchive archive(path("a.zip"), VoZipArchive::Read);
@@ -159,7 +133,7 @@ TEST_F(Zipper, TheSameTreeGivesTheSameBytesOnAnyDay)
 
 TEST_F(Zipper, AnArchiveInItsOwnSourceIsNotPackedAndKeptUntilTheNewOneIsWhole)
 {
-    plant("in/file", "text");
+    m_scratch.write("in/file", "text");
     const Tree expected = tree("in");
     for (int i = 0; i < 3; ++i)
         VoZipper::Zip(path("in/a.zip"), path("in"));
@@ -172,7 +146,7 @@ TEST_F(Zipper, AnArchiveInItsOwnSourceIsNotPackedAndKeptUntilTheNewOneIsWhole)
     fs::create_symlink("/dev/null", m_scratch.native("in/device"));
     EXPECT_THROW(VoZipper::Zip(path("in/a.zip"), path("in")), VoCannotOpenFileException);
     fs::remove(m_scratch.native("in/device"));
-    plant("in/FILE", "other");
+    m_scratch.write("in/FILE", "other");
     EXPECT_THROW_MSG(VoZipper::Zip(path("in/a.zip"), path("in")), VoValidationException,
                      "Invalid path in zip archive: file");
     fs::remove(m_scratch.native("in/FILE"));
@@ -189,29 +163,12 @@ TEST_F(Zipper, HostileArchivesAreRefusedBeforeAnythingIsWritten)
 {
     const auto invalid = [](const std::string& name) { return "Invalid path in zip archive: " + name; };
     const std::string zero("a\0b", 3);
-    const struct
+    struct Row
     {
         std::vector<RawEntry> entries;
         std::string message;
-    } rows[] = {
-        {{{"../evil", "x"}}, invalid("../evil")},
-        {{{"a/../../evil", "x"}}, invalid("a/../../evil")},
-        {{{"..\\evil", "x"}}, invalid("..\\evil")},
-        {{{"./../evil", "x"}}, invalid("./../evil")},
-        {{{"a/./b", "x"}}, invalid("a/./b")},
-        {{{"a/..", "x"}}, invalid("a/..")},
-        {{{"/tmp/evil", "x"}}, invalid("/tmp/evil")},
-        {{{"\\evil", "x"}}, invalid("\\evil")},
-        {{{"//server/evil", "x"}}, invalid("//server/evil")},
-        {{{"C:/evil", "x"}}, invalid("C:/evil")},
-        {{{"a:stream", "x"}}, invalid("a:stream")},
-        {{{"", "x"}}, invalid("")},
-        {{{"/", ""}}, invalid("/")},
-        {{{"a\nb", "x"}}, invalid("a\nb")},
-        {{{"aux.txt", "x"}}, invalid("aux.txt")},
-        {{{"a/COM1", "x"}}, invalid("a/COM1")},
-        {{{"a./b", "x"}}, invalid("a./b")},
-        {{{"a ", "x"}}, invalid("a ")},
+    };
+    std::vector<Row> rows = {
         {{{"a", "1"}, {"a", "2"}}, invalid("a")},
         {{{"a", "1"}, {"A", "2"}}, invalid("A")},
         {{{"a//b", "1"}, {"a/b", "2"}}, invalid("a/b")},
@@ -225,7 +182,12 @@ TEST_F(Zipper, HostileArchivesAreRefusedBeforeAnythingIsWritten)
         {{{"a", "x", 0, 9}}, "Cannot open zip archive file: Unzip method 9 (deflate64) not supported in a"},
         {{{"a", "1"}, {"b", "1", 0, 0, -1, 0, 0, false, 39}}, "Overlapping entries in zip archive: b"},
         {{{"b", "1", 0, 0, -1, 0, 0, true, 20}}, "Overlapping entries in zip archive: b"},
+        {{{zero, "x"}}, invalid(zero)},
     };
+    for (const std::string name : vo::test::HostileNames)
+        rows.push_back({{{name, "x"}}, invalid(name)});
+    for (const std::string name : {"..\\evil", "\\evil", "./../evil"})
+        rows.push_back({{{name, "x"}}, invalid(name)});
     fs::create_directory(m_scratch.native("outside"));
     for (const auto& row : rows) {
         fs::remove_all(m_scratch.native("out"));
@@ -244,8 +206,6 @@ TEST_F(Zipper, HostileArchivesAreRefusedBeforeAnythingIsWritten)
         EXPECT_FALSE(fs::exists(m_scratch.native("out/good"))) << row.message;
         EXPECT_TRUE(fs::is_empty(m_scratch.native("outside"))) << row.message;
     }
-    m_scratch.write("a.zip", RawArchive({{"good", "fine"}, {zero, "x"}}));
-    EXPECT_THROW_MSG(VoZipper::Unzip(path("a.zip"), directory("out")), VoValidationException, VoString(invalid(zero)));
     m_scratch.write("a.zip", RawArchive({{"good", "fine"}, {std::string(251, 'n'), "x"}}));
     EXPECT_THROW(VoZipper::Unzip(path("a.zip"), directory("out")), VoPathSizeFileException);
     const std::vector<RawEntry> two = {{"good", "fine"}, {"b", "x"}};
@@ -273,7 +233,7 @@ TEST_F(Zipper, AClaimThatNoDiskCanHoldIsRefusedBeforeAnythingIsWritten)
 TEST_F(Zipper, DamagedContentLeavesTheFilesBeforeItAndNothingOfItself)
 {
     m_scratch.write("a.zip", RawArchive({{"d/good", "fine"}, {"d/bad", "0123456789", 0, 0, -1, 1}, {"last", "x"}}));
-    plant("out/d/bad", "as it was");
+    m_scratch.write("out/d/bad", "as it was");
     EXPECT_THROW_MSG(VoZipper::Unzip(path("a.zip"), directory("out")), VoInvalidCallException,
                      "VoZipFile read failed: Unzip CRC error");
     EXPECT_EQ(tree("out"), (Tree{{"d/", ""}, {"d/bad", "as it was"}, {"d/good", "fine"}}));
@@ -281,8 +241,8 @@ TEST_F(Zipper, DamagedContentLeavesTheFilesBeforeItAndNothingOfItself)
 
 TEST_F(Zipper, UnpackingReplacesFilesAndLinksButNoDirectories)
 {
-    plant("outside", "mine");
-    plant("out/old", "old");
+    m_scratch.write("outside", "mine");
+    m_scratch.write("out/old", "old");
     fs::create_symlink("../outside", m_scratch.native("out/link"));
     const std::uint32_t folder = 0x10; // as DOS has it
     m_scratch.write("a.zip", RawArchive({{"link", "new"},

@@ -5,6 +5,7 @@
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoTemporaryDir.h>
 #include <FileSystem/detail/NativePath.h>
+#include <FileSizeLimit.h>
 #include <VoTestSupport.h>
 
 #include <algorithm>
@@ -15,43 +16,10 @@
 #include <vector>
 
 #if defined(__unix__)
-#include <csignal>
-#include <sys/resource.h>
 #include <unistd.h>
 #endif
 
 namespace vo::test {
-
-#if defined(__unix__)
-
-/// While it lives no file of this process grows beyond a size: writing fails as it does on a full disk.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(std::size_t bytes)
-    {
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &m_old);
-        struct rlimit limited = m_old;
-        limited.rlim_cur = bytes;
-        ::setrlimit(RLIMIT_FSIZE, &limited);
-    }
-
-    ~FileSizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_old);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    struct rlimit m_old = {};
-    void (*m_handler)(int) = nullptr;
-};
-
-#endif
 
 /// A new directory for each test, and words for what is in it. Files are written and read by the standard library, so
 /// that the code under test does not judge itself.

@@ -44,6 +44,7 @@ TEST(LinearProblemText, RefusesWhatTheSolverCannotTakeAndSaysWhere)
         const char* text;
         const char* message;
     };
+    const char* const bounds = "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver";
     const Row rows[] = {
         {"", "Line 1: \"maximize\" or \"minimize\" expected, not the end of the text"},
         {"\n\nx + y\n", "Line 3: \"maximize\" or \"minimize\" expected, not \"x\""},
@@ -77,20 +78,13 @@ TEST(LinearProblemText, RefusesWhatTheSolverCannotTakeAndSaysWhere)
         {"max [ x ^ 2 ] st x <= 1 end", "Line 1: Character not expected: \"[\""},
         {"max 1e999 x st x <= 1 end", "Line 1: Number out of range: \"1e999\""},
         {"max . x st x <= 1 end", "Line 1: Number expected"},
-        {"max x st x <= 1\nbounds\nx <= 4\nend",
-         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
-        {"max x st x <= 1\nbounds\nx >= 1\nend",
-         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
-        {"max x st x <= 1\nbounds\n0 <= x <= 1\nend",
-         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
-        {"max x st x <= 1\nbounds\nx >= -inf\nend",
-         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
-        {"max x st x <= 1\nbounds\n+inf <= x\nend",
-         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
-        {"max x st x <= 1\nbounds\nx >= 0 <= x\nend",
-         "Line 3: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
-        {"max x st x <= 1\nbounds x free end",
-         "Line 2: Only the bounds \">= 0\" and \"<= +inf\" of a variable fit the solver"},
+        {"max x st x <= 1\nbounds\nx <= 4\nend", bounds},
+        {"max x st x <= 1\nbounds\nx >= 1\nend", bounds},
+        {"max x st x <= 1\nbounds\n0 <= x <= 1\nend", bounds},
+        {"max x st x <= 1\nbounds\nx >= -inf\nend", bounds},
+        {"max x st x <= 1\nbounds\n+inf <= x\nend", bounds},
+        {"max x st x <= 1\nbounds\nx >= 0 <= x\nend", bounds},
+        {"max x st x <= 1\nbounds\nx free end", bounds},
         {"max x st x <= 1\nbounds\nw >= 0\nend", "Line 3: Unknown variable \"w\""},
         {"max x st x <= 1\nbounds\nx <= inf\nend", "Line 3: Unknown variable \"inf\""},
         {"max x st x <= +inf end", "Line 1: Number expected, not \"inf\""},

@@ -25,18 +25,6 @@ Counts CountsOf(const VoHistogram& histogram)
     return counts;
 }
 
-TEST(Statistics, GivesTheFiguresOfASample)
-{
-    const VoStatistics sample({2, 4, NotANumber, 4, 4, 5, 5, 7, 9});
-    EXPECT_EQ(sample.count(), 8u);
-    EXPECT_EQ(sample.notNumbers(), 1u);
-    EXPECT_DOUBLE_EQ(sample.mean(), 5);
-    EXPECT_DOUBLE_EQ(sample.variance(), 32.0 / 7);
-    EXPECT_EQ(sample.min(), 2);
-    EXPECT_EQ(sample.max(), 9);
-    EXPECT_EQ(sample.median(), 4.5);
-}
-
 TEST(Statistics, InterpolatesQuantiles)
 {
     const VoStatistics sample({4, 1, 3, 2});
@@ -79,9 +67,14 @@ TEST(Statistics, KeepsItsDigitsWhereverTheSampleLies)
 }
 
 // Numbers of tables and of other programs.
-TEST(Statistics, DescribesShapeAndConfidence)
+TEST(Statistics, DescribesASampleItsShapeAndConfidence)
 {
-    const VoStatistics sample({2, 4, 4, 4, 5, 5, 7, 9});
+    const VoStatistics sample({2, 4, NotANumber, 4, 4, 5, 5, 7, 9});
+    EXPECT_EQ(sample.count(), 8u);
+    EXPECT_EQ(sample.notNumbers(), 1u);
+    EXPECT_EQ(sample.min(), 2);
+    EXPECT_EQ(sample.max(), 9);
+    EXPECT_EQ(sample.median(), 4.5);
     EXPECT_NEAR(sample.skewness(), 0.8184875533567997, 1e-14);
     EXPECT_NEAR(sample.kurtosis(), 0.940625, 1e-14);
     EXPECT_TRUE(std::isnan(VoStatistics({3, 3, 3, 3}).skewness()));

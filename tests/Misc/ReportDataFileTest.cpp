@@ -1,5 +1,6 @@
 #include "ReportFixture.h"
 
+#include <Approved.h>
 #include <SchemaLeaks.h>
 
 #include <Core/VoFileException.h>
@@ -12,42 +13,25 @@
 #include <XML/VoXMLValidator.h>
 
 #include <cmath>
-#include <cstring>
 #include <limits>
+#include <sstream>
 
 namespace {
 
 using vo::test::Cases;
 
-bool SameBits(double a, double b)
+// A case as text, its numbers exactly.
+std::string Shown(const XMLReportInfo& info)
 {
-    return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
-void ExpectSame(const Cases& a, const Cases& b)
-{
-    ASSERT_EQ(a.size(), b.size());
-    for (const auto& [number, x] : a) {
-        const XMLReportInfo* y = b.find(number);
-        ASSERT_TRUE(y) << number;
-        EXPECT_EQ(y->caseID, number);
-        EXPECT_EQ(x.reference, y->reference);
-        EXPECT_EQ(x.seed, y->seed);
-        ASSERT_EQ(x.results.size(), y->results.size());
-        for (std::size_t i = 0; i < x.results.size(); ++i) {
-            EXPECT_TRUE(SameBits(x.results[i].reference, y->results[i].reference));
-            EXPECT_TRUE(SameBits(x.results[i].delta, y->results[i].delta));
-            EXPECT_TRUE(SameBits(x.results[i].sensitivity, y->results[i].sensitivity));
-            EXPECT_EQ(x.results[i].sensitivityState, y->results[i].sensitivityState);
-        }
-        ASSERT_EQ(x.lotItems.size(), y->lotItems.size());
-        for (std::size_t i = 0; i < x.lotItems.size(); ++i) {
-            EXPECT_EQ(x.lotItems[i].description, y->lotItems[i].description);
-            EXPECT_EQ(x.lotItems[i].parameter.description(), y->lotItems[i].parameter.description());
-            EXPECT_TRUE(SameBits(x.lotItems[i].nominal, y->lotItems[i].nominal));
-            EXPECT_TRUE(SameBits(x.lotItems[i].value, y->lotItems[i].value));
-        }
-    }
+    std::ostringstream text;
+    text << std::hexfloat << info.caseID << ' ' << info.reference << ' ' << info.seed;
+    for (const auto& result : info.results)
+        text << "\nresult " << result.reference << ' ' << result.delta << ' ' << result.sensitivity << ' '
+             << result.sensitivityState;
+    for (const auto& item : info.lotItems)
+        text << "\nitem " << item.description << '|' << item.parameter.description() << '|' << item.nominal << ' '
+             << item.value;
+    return text.str();
 }
 
 Cases RandomCases(VoRandom& random, std::size_t results)
@@ -82,23 +66,23 @@ Cases RandomCases(VoRandom& random, std::size_t results)
     return cases;
 }
 
+// AAAAAAAA8D8= is 1.0.
 const std::string Root = "<results xmlns=\"https://schemas.example.org/schemas/application/msw/\">";
 
 class ReportDataFiles : public vo::test::ReportTest
 {
 protected:
-    VoFilePath file() const { return VoFilePath(VoString(nativePath("results.xml"))); }
+    VoFilePath file() const { return m_folder.path("results.xml"); }
 
     VoXMLValidator schema() const
     {
-        write(nativePath("results.xsd"), ReportDataFile::Schema().toStdString());
-        return VoXMLValidator(VoFilePath(VoString(nativePath("results.xsd"))));
+        return VoXMLValidator(m_folder.write("results.xsd", ReportDataFile::Schema().toStdString()));
     }
 
     // What was written is valid; where it says that the schema is found is nowhere to be reached from here.
     void expectValid() const
     {
-        std::string text = content(nativePath("results.xml"));
+        std::string text = m_folder.read("results.xml");
         const std::size_t place = text.find(" xsi:schemaLocation=");
         ASSERT_NE(place, std::string::npos);
         text.erase(place, text.find('>', place) - place);
@@ -113,8 +97,6 @@ protected:
                "</results>";
     }
 };
-
-constexpr const char* One = "AAAAAAAA8D8="; // 1.0
 
 TEST_F(ReportDataFiles, GiveBackWhatWasWritten)
 {
@@ -134,7 +116,11 @@ TEST_F(ReportDataFiles, GiveBackWhatWasWritten)
         Cases readCases;
         XMLReportHeader readHeader;
         ASSERT_TRUE(sp_CompileSensReportData(path("results.xml"), &readCases, &readHeader));
-        ExpectSame(cases, readCases);
+        ASSERT_EQ(readCases.size(), cases.size());
+        for (const auto& [number, info] : cases) {
+            ASSERT_TRUE(readCases.find(number));
+            EXPECT_EQ(Shown(readCases[number]), Shown(info));
+        }
         EXPECT_EQ(readHeader.analysis, analysis);
         EXPECT_EQ(readHeader.date, header.date);
         EXPECT_EQ(readHeader.card, header.card);
@@ -153,30 +139,17 @@ TEST_F(ReportDataFiles, AreWrittenAsDescribed)
     Cases cases;
     cases.insert(2, info);
     ReportDataFile::Write(file(), cases, header);
-    const std::string uri = "https://schemas.example.org/schemas/application/msw/";
-    std::string written = content(nativePath("results.xml"));
-    for (char blank : {'\n', '\t'})
-        written.erase(std::remove(written.begin(), written.end(), blank), written.end());
-    EXPECT_EQ(written, "<?xml version=\"1.0\" encoding=\"UTF-8\"?><results xmlns=\"" + uri +
-                           "\" xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xsi:schemaLocation=\"" + uri +
-                           " " + uri +
-                           "results.xsd\"><header date=\"\" analysis=\"sensitivity\" card=\"\" title=\"\" cores=\"0\">"
-                           "<meritfunction name=\"Gain\"/></header><case id=\"2\" seed=\"0\"><step index=\"0\">"
-                           "<parameter refdes=\"R1\" nominal=\"AAAAAAAA8D8=\" value=\"AAAAAAAA8D8=\"/>"
-                           "<meritfunction index=\"0\" reference=\"AAAAAAAA8D8=\" delta=\"AAAAAAAAAIA=\"/>"
-                           "</step></case></results>");
+    vo::test::ExpectApproved(m_folder.read("results.xml"), VOCORE_APPROVED "/results.xml");
 }
 
 TEST_F(ReportDataFiles, ThatAreNotSoundAreRefusedAndNothingChanges)
 {
-    const std::string result =
-        std::string("<meritfunction index=\"0\" reference=\"") + One + "\" delta=\"" + One + "\"/>";
-    const std::string again =
-        std::string("<meritfunction index=\"1\" reference=\"") + One + "\" delta=\"" + One + "\"/>";
+    const std::string result = R"(<meritfunction index="0" reference="AAAAAAAA8D8=" delta="AAAAAAAA8D8="/>)";
+    const std::string again = R"(<meritfunction index="1" reference="AAAAAAAA8D8=" delta="AAAAAAAA8D8="/>)";
     const auto inCase = [](const std::string& content) {
         return document("<case id=\"1\"><step>" + content + "</step></case>");
     };
-    write(nativePath("results.xml"), inCase(result));
+    m_folder.write("results.xml", inCase(result));
     ASSERT_NO_THROW(ReportDataFile::Read(file())) << "the rows below differ from this one in their fault only";
     const VoXMLValidator validator = schema();
     EXPECT_TRUE(validator.isValid(file()));
@@ -216,7 +189,7 @@ TEST_F(ReportDataFiles, ThatAreNotSoundAreRefusedAndNothingChanges)
         {inCase("<parameter nominal=\"AAAAAAAA8D8=\"/>"), nullptr},
     };
     for (const auto& [text, message] : rows) {
-        write(nativePath("results.xml"), text);
+        m_folder.write("results.xml", text);
         Cases cases = vo::test::Table({vo::test::Case(9, {}, {})});
         XMLReportHeader header;
         header.title = "before";
@@ -241,10 +214,10 @@ TEST_F(ReportDataFiles, ThatAreCutAnywhereAreRefused)
     XMLReportHeader header;
     header.resultNames = {"Gain"};
     ReportDataFile::Write(file(), RandomCases(random, 1), header);
-    std::string whole = content(nativePath("results.xml"));
+    std::string whole = m_folder.read("results.xml");
     whole.resize(whole.rfind('>') + 1);
     for (std::size_t length = 0; length < whole.size(); length += length < 600 ? 1 : 37) {
-        write(nativePath("results.xml"), whole.substr(0, length));
+        m_folder.write("results.xml", whole.substr(0, length));
         Cases cases;
         ASSERT_FALSE(sp_CompileSensReportData(path("results.xml"), &cases, &header)) << length;
     }
@@ -265,7 +238,7 @@ TEST_F(ReportDataFiles, ThatAreMissingOrNoFilesAreRefused)
 
 TEST_F(ReportDataFiles, KeepTheOldOneWhenTheyCannotBeWritten)
 {
-    write(nativePath("results.xml"), "old");
+    m_folder.write("results.xml", "old");
     XMLReportHeader header;
     const Cases cases = vo::test::Table({vo::test::Case(7, {vo::test::Result(1, 0)}, {})});
     EXPECT_THROW_MSG(ReportDataFile::Write(file(), cases, header), VoValidationException,
@@ -275,21 +248,19 @@ TEST_F(ReportDataFiles, KeepTheOldOneWhenTheyCannotBeWritten)
     header.analysis = XMLReportHeader::Analysis::WorstCase;
     header.title = "\x01";
     EXPECT_THROW_MSG(ReportDataFile::Write(file(), {}, header), VoInvalidXMLOperation, "Character not allowed in XML");
-    EXPECT_EQ(content(nativePath("results.xml")), "old");
+    EXPECT_EQ(m_folder.read("results.xml"), "old");
 }
 
 // Steps of one case continue one another, and what is not known is left alone.
 TEST_F(ReportDataFiles, ReadStepsInTheirOrder)
 {
-    const std::string number = std::string("\"") + One + "\"";
-    write(nativePath("results.xml"),
-          Root +
-              "<header analysis=\"worstcase\" cores=\"1\"><meritfunction name=\"a\"/><meritfunction name=\"b\"/>"
-              "</header><case id=\"4\"><step index=\"0\"><parameter refdes=\"R1\" nominal=" +
-              number + " value=" + number + "/><meritfunction index=\"0\" reference=" + number + " delta=" + number +
-              "/><note/></step><note><parameter/></note><step index=\"1\"><parameter variable=\"v\" nominal=" + number +
-              " value=" + number + "/><meritfunction index=\"1\" reference=" + number + " delta=" + number +
-              "/></step></case></results>");
+    m_folder.write("results.xml", Root + R"(<header analysis="worstcase" cores="1">
+        <meritfunction name="a"/><meritfunction name="b"/></header><case id="4">
+        <step index="0"><parameter refdes="R1" nominal="AAAAAAAA8D8=" value="AAAAAAAA8D8="/>
+        <meritfunction index="0" reference="AAAAAAAA8D8=" delta="AAAAAAAA8D8="/><note/></step>
+        <note><parameter/></note>
+        <step index="1"><parameter variable="v" nominal="AAAAAAAA8D8=" value="AAAAAAAA8D8="/>
+        <meritfunction index="1" reference="AAAAAAAA8D8=" delta="AAAAAAAA8D8="/></step></case></results>)");
     const ReportDataFile data = ReportDataFile::Read(file());
     const XMLReportInfo* info = data.cases.find(4);
     ASSERT_TRUE(info);

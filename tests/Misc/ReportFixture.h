@@ -1,12 +1,11 @@
 #pragma once
 
+#include <LogCapture.h>
+#include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
 #include <Misc/XMLReport/XMLReportHeader.h>
 #include <Misc/XMLReport/XMLReportInfo.h>
-
-#include <QtCore/QFile>
-#include <QtCore/QTemporaryDir>
 
 #include <cstdint>
 #include <string>
@@ -59,28 +58,10 @@ inline Cases Table(std::vector<XMLReportInfo> infos)
 class ReportTest : public testing::Test
 {
 protected:
-    YString path(const char* name) const { return YString(nativePath(name)); }
+    YString path(const char* name) const { return YString(m_folder.native(name).string()); }
 
-    std::string nativePath(const char* name) const
-    {
-        return m_directory.filePath(QString::fromUtf8(name)).toStdString();
-    }
-
-    static std::string content(const std::string& path)
-    {
-        QFile file(QString::fromStdString(path));
-        return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "(no file)";
-    }
-
-    static void write(const std::string& path, const std::string& bytes)
-    {
-        QFile file(QString::fromStdString(path));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(file.write(bytes.data(), static_cast<qint64>(bytes.size())), static_cast<qint64>(bytes.size()));
-    }
-
-private:
-    QTemporaryDir m_directory;
+    ScratchFolder m_folder;
+    LogCapture m_log; // what these tests provoke is not shown
 };
 
 } // namespace vo::test

@@ -1,19 +1,15 @@
 #include "ReportFixture.h"
 
+#include <Approved.h>
+#include <CommaLocale.h>
+#include <FileSizeLimit.h>
 #include <Misc/XMLReport/ReportPages.h>
 
-#include <QtCore/QDir>
-#include <QtCore/QFileInfo>
-
 #include <cmath>
-#include <cstdlib>
 #include <limits>
-#include <locale>
 #include <regex>
 
 #if defined(__unix__)
-#include <csignal>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #endif
 
@@ -67,25 +63,16 @@ Cases SampleCases()
 class ReportPages : public vo::test::ReportTest
 {
 protected:
-    // Compares with the approved page, which a person has looked at. To approve another one, copy the file it names.
-    void expectApproved(const std::string& page, const std::string& name)
+    void expectApproved(const char* name) const
     {
-        const std::string approved = content(std::string(VOCORE_APPROVED_PAGES) + "/" + name);
-        if (page == approved)
-            return;
-        const std::string received = (QDir::tempPath() + QStringLiteral("/received-")).toStdString() + name;
-        write(received, page);
-        std::size_t line = 1;
-        for (std::size_t i = 0; i < std::min(page.size(), approved.size()) && page[i] == approved[i]; ++i)
-            line += page[i] == '\n' ? 1 : 0;
-        ADD_FAILURE() << name << " differs in line " << line << "; the page stands in " << received;
+        vo::test::ExpectApproved(m_folder.read(name), std::string(VOCORE_APPROVED "/") + name);
     }
 
     // The case numbers in the order in which the page shows them.
     std::vector<int> order(const Cases& cases, int sortColumn)
     {
         EXPECT_TRUE(sp_BuildHTMLSensitivityReport(path("order.html"), "", cases, Header(), sortColumn));
-        const std::string page = content(nativePath("order.html"));
+        const std::string page = m_folder.read("order.html");
         const std::regex caseNumber("\t<tr><td rowspan=\"\\d+\">(\\d+)<");
         std::vector<int> numbers;
         for (auto i = std::sregex_iterator(page.begin(), page.end(), caseNumber); i != std::sregex_iterator(); ++i)
@@ -98,15 +85,15 @@ TEST_F(ReportPages, AreAsApproved)
 {
     Cases cases = SampleCases();
     XMLReportHeader header = Header();
-    ASSERT_TRUE(sp_BuildHTMLSensitivityReport(path("s.html"), "", cases, header, 0));
-    expectApproved(content(nativePath("s.html")), "sensitivity.html");
+    ASSERT_TRUE(sp_BuildHTMLSensitivityReport(path("sensitivity.html"), "", cases, header, 0));
+    expectApproved("sensitivity.html");
 
-    write(nativePath("style.css"), "h1 { content: '%d%s</style>\r\n\xff\"'; }");
-    ASSERT_TRUE(sp_BuildHTMLSensitivityReport(path("styled.html"), path("style.css"), {}, {}, 0));
-    expectApproved(content(nativePath("styled.html")), "empty-styled.html");
+    m_folder.write("style.css", "h1 { content: '%d%s</style>\r\n\xff\"'; }");
+    ASSERT_TRUE(sp_BuildHTMLSensitivityReport(path("empty-styled.html"), path("style.css"), {}, {}, 0));
+    expectApproved("empty-styled.html");
 
-    ASSERT_TRUE(sp_BuildWorstCaseHTMLReport(path("w.html"), "", cases, header));
-    expectApproved(content(nativePath("w.html")), "worstcase.html");
+    ASSERT_TRUE(sp_BuildWorstCaseHTMLReport(path("worstcase.html"), "", cases, header));
+    expectApproved("worstcase.html");
 
     // Integers, values near each other, one far from all others; more changed than a cell has room for.
     Cases runs = Table({Seeded(Case(1, {Result(10, 0), Result(1e9, 0), Result(0.5, 0)}, {}), -5)});
@@ -117,8 +104,8 @@ TEST_F(ReportPages, AreAsApproved)
                                    {LotItem("R1 < 10k", 10, 9 + i / 10.0), LotItem("R2", 1, 2), LotItem("R3", 1, 2),
                                     LotItem("R4", 1, 2), LotItem("R5", 1, 2)}),
                               i == 2 ? std::numeric_limits<std::int64_t>::max() : i));
-    ASSERT_TRUE(sp_BuildMonteCarloHTMLReport(path("m.html"), "", runs, header));
-    expectApproved(content(nativePath("m.html")), "montecarlo.html");
+    ASSERT_TRUE(sp_BuildMonteCarloHTMLReport(path("montecarlo.html"), "", runs, header));
+    expectApproved("montecarlo.html");
 }
 
 TEST_F(ReportPages, SortCasesByEveryColumn)
@@ -181,21 +168,21 @@ TEST_F(ReportPages, SortManyCasesWithNotANumber)
 TEST_F(ReportPages, UseTheBuiltInStyleWhenTheFileIsNone)
 {
     ASSERT_TRUE(sp_BuildWorstCaseHTMLReport(path("plain.html"), "", {}, {}));
-    const std::string plain = content(nativePath("plain.html"));
+    const std::string plain = m_folder.read("plain.html");
     EXPECT_NE(plain.find("width: 100%;"), std::string::npos);
 #if defined(__unix__)
-    ASSERT_EQ(mkfifo(nativePath("pipe").c_str(), 0600), 0);
+    ASSERT_EQ(mkfifo(m_folder.native("pipe").c_str(), 0600), 0);
 #endif
     for (const YString& style :
          {path("missing.css"), path(""), path("pipe"), YString("/dev/zero"), YString("a\0b", 3), YString("/")}) {
         ASSERT_TRUE(sp_BuildWorstCaseHTMLReport(path("page.html"), style, {}, {}));
-        EXPECT_EQ(content(nativePath("page.html")), plain) << style;
+        EXPECT_EQ(m_folder.read("page.html"), plain) << style;
     }
 }
 
 TEST_F(ReportPages, RefuseWhatCannotBeOpenedForWriting)
 {
-    QDir(QString::fromStdString(nativePath(""))).mkdir(QStringLiteral("directory"));
+    std::filesystem::create_directory(m_folder.native("directory"));
     for (const YString& file : {path("missing/page.html"), path("directory"), YString(""), YString("a\0b", 3)})
         EXPECT_FALSE(sp_BuildHTMLSensitivityReport(file, "", SampleCases(), Header(), 0)) << file;
 #if defined(__unix__)
@@ -209,22 +196,15 @@ TEST_F(ReportPages, RefuseWhatCannotBeOpenedForWriting)
 #if defined(__unix__)
 TEST_F(ReportPages, LeaveTheOldPageWhenTheDiskIsFull)
 {
-    write(nativePath("page.html"), "old");
-    rlimit before;
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small = {100000, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    m_folder.write("page.html", "old");
     Cases cases;
     for (int i = 1; i < 5000; ++i)
         cases.insert(i, Case(i, {}, {LotItem("R1", 1, 2)}));
-    const bool written = sp_BuildMonteCarloHTMLReport(path("page.html"), "", cases, Header());
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
-
-    EXPECT_FALSE(written);
-    EXPECT_EQ(content(nativePath("page.html")), "old");
-    EXPECT_EQ(QDir(QString::fromStdString(nativePath(""))).entryList(QDir::Files).size(), 1);
+    {
+        const vo::test::FileSizeLimit limit(100000);
+        EXPECT_FALSE(sp_BuildMonteCarloHTMLReport(path("page.html"), "", cases, Header()));
+    }
+    EXPECT_EQ(m_folder.tree(""), (vo::test::Tree{{"page.html", "old"}}));
     EXPECT_TRUE(sp_BuildMonteCarloHTMLReport(path("page.html"), "", cases, Header()));
 }
 #endif
@@ -232,20 +212,10 @@ TEST_F(ReportPages, LeaveTheOldPageWhenTheDiskIsFull)
 // Numbers keep their point where the user's locale has a comma, in the C library as well as in the streams.
 TEST_F(ReportPages, WriteNumbersTheSameInEveryLocale)
 {
-    struct Comma : std::numpunct<char>
-    {
-        char do_decimal_point() const override { return ','; }
-        char do_thousands_sep() const override { return '.'; }
-        std::string do_grouping() const override { return "\3"; }
-    };
     ASSERT_TRUE(sp_BuildMonteCarloHTMLReport(path("a.html"), "", SampleCases(), Header()));
-    const std::locale before = std::locale::global(std::locale(std::locale(), new Comma));
-    const std::string cBefore = std::setlocale(LC_ALL, nullptr);
-    std::setlocale(LC_ALL, "de_DE.UTF-8"); // where it is installed
+    const vo::test::CommaLocale comma;
     ASSERT_TRUE(sp_BuildMonteCarloHTMLReport(path("b.html"), "", SampleCases(), Header()));
-    std::locale::global(before);
-    std::setlocale(LC_ALL, cBefore.c_str());
-    EXPECT_EQ(content(nativePath("a.html")), content(nativePath("b.html")));
+    EXPECT_EQ(m_folder.read("a.html"), m_folder.read("b.html"));
 }
 
 } // namespace

@@ -42,6 +42,14 @@ public:
         return texts;
     }
 
+    /// Whether a text of one category has that part.
+    bool contains(const VoString& category, const std::string& part) const
+    {
+        const std::vector<std::string> all = texts(category);
+        return std::any_of(all.begin(), all.end(),
+                           [&part](const std::string& text) { return text.find(part) != std::string::npos; });
+    }
+
     /// How many records have exactly this level, category and text.
     std::size_t count(vo::logging::Level level, const VoString& category, const VoString& text) const
     {

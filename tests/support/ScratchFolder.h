@@ -7,10 +7,31 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <random>
 #include <string>
 
 namespace vo::test {
+
+/// What is in a directory: relative names with "/" to contents. Directories end with "/" and have none.
+using Tree = std::map<std::string, std::string>;
+
+inline Tree TreeOf(const std::filesystem::path& root)
+{
+    Tree found;
+    if (!std::filesystem::exists(root))
+        return found;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+        const std::string name = entry.path().lexically_relative(root).generic_string();
+        if (entry.is_directory() && !entry.is_symlink()) {
+            found[name + "/"];
+            continue;
+        }
+        std::ifstream file(entry.path(), std::ios_base::binary);
+        found[name].assign(std::istreambuf_iterator<char>(file), {});
+    }
+    return found;
+}
 
 /// A new directory for the files of one test, made and filled without the library; removed with all that is in it.
 class ScratchFolder
@@ -40,9 +61,10 @@ public:
     /// The library's path of a file in the directory.
     VoFilePath path(const std::string& name) const { return vo::detail::FromNative(native(name)); }
 
-    /// Makes a file; gives its path.
+    /// Makes a file and the directories it needs; gives its path.
     VoFilePath write(const std::string& name, const std::string& content) const
     {
+        std::filesystem::create_directories(native(name).parent_path());
         std::ofstream(native(name), std::ios_base::binary) << content;
         return path(name);
     }
@@ -53,6 +75,9 @@ public:
         std::ifstream file(native(name), std::ios_base::binary);
         return std::string(std::istreambuf_iterator<char>(file), {});
     }
+
+    /// All that is below a directory, none when there is no such directory.
+    Tree tree(const std::string& name) const { return TreeOf(native(name)); }
 
     /// Runs a Python script in the directory; gives what it prints.
     std::string python(const std::string& script) const
