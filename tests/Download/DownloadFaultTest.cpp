@@ -1,3 +1,4 @@
+#include <FileSizeLimit.h>
 #include <LogCapture.h>
 #include <ScratchFolder.h>
 #include <ScriptedHttpServer.h>
@@ -13,13 +14,7 @@
 
 #include <cstdio>
 #include <functional>
-#include <iterator>
 #include <string>
-
-#if defined(__unix__)
-#include <csignal>
-#include <sys/resource.h>
-#endif
 
 using vo::test::RefusingUrl;
 using vo::test::ScratchFolder;
@@ -54,47 +49,19 @@ struct Row
     const char* alternative = nullptr; // another outcome, where it depends on what arrives first
 };
 
-Row StatusRow(const char* name, int status, const char* reason, Kind kind)
+/// What GET and HEAD are answered.
+std::function<void(ScriptedHttpServer&)> Answers(const ScriptedAnswer& get, const ScriptedAnswer& head)
 {
-    static std::deque<std::string> texts;
-    texts.push_back(std::string("Header request failed: Error transferring SERVER/file - server replied: ") + reason);
-    return {name,
-            [=](ScriptedHttpServer& s) { s.get("/file", ScriptedAnswer::Status(status, reason, "<html>no</html>")); },
-            texts.back().c_str(), kind, status};
-}
-
-/// The header is good, the body's answer is not.
-std::function<void(ScriptedHttpServer&)> Body(ScriptedAnswer answer)
-{
-    return [answer](ScriptedHttpServer& s) {
-        s.get("/file", answer);
-        s.head("/file", {ScriptedAnswer::Body(Content)});
+    return [=](ScriptedHttpServer& s) {
+        s.get("/file", get);
+        s.head("/file", {head});
     };
 }
 
-ScriptedAnswer WithoutLength(ScriptedAnswer answer)
+/// The header is good, the body's answer is not.
+std::function<void(ScriptedHttpServer&)> Body(const ScriptedAnswer& answer)
 {
-    answer.withLength = false;
-    return answer;
-}
-
-ScriptedAnswer Chunked(ScriptedAnswer answer)
-{
-    answer.chunked = true;
-    return answer;
-}
-
-ScriptedAnswer Announcing(ScriptedAnswer answer, std::int64_t length)
-{
-    answer.announcedLength = length;
-    return answer;
-}
-
-ScriptedAnswer Trickling(ScriptedAnswer answer)
-{
-    answer.trickle = 500;
-    answer.trickleInterval = 20;
-    return answer;
+    return Answers(answer, ScriptedAnswer::Body(Content));
 }
 
 std::function<void(ScriptedHttpServer&)> RedirectTo(int status, const std::string& host, const std::string& target)
@@ -108,7 +75,7 @@ std::function<void(ScriptedHttpServer&)> RedirectTo(int status, const std::strin
 std::vector<Row> Rows()
 {
     const ScriptedAnswer good = ScriptedAnswer::Body(Content);
-    const auto failing = [good](Fault fault, std::int64_t at) { return ScriptedAnswer(good).failing(fault, at); };
+    const auto failing = [good](Fault fault, std::int64_t at) { return good.failing(fault, at); };
     const auto impatient = [](VoDownloadPolicy& policy) { policy.stallTimeout = VoMilliseconds(200); };
     constexpr auto beforeHeaders = ScriptedAnswer::BeforeHeaders;
 
@@ -119,15 +86,15 @@ std::vector<Row> Rows()
         {"reset after the headers", Body(failing(Fault::Reset, 0)), "Connection closed", Kind::Transient},
         {"reset within the body", Body(failing(Fault::Reset, 1000)), "Connection closed", Kind::Transient},
         {"body shorter than announced", Body(failing(Fault::Close, 1000)), "Connection closed", Kind::Transient},
-        {"body longer than announced", Body(Announcing(good, 3000)), Complete, Kind::Final, 0, Content.substr(0, 3000)},
-        {"body without end", Body(WithoutLength(failing(Fault::Endless, 0))), "Download larger than announced"},
-        {"announced far larger than by HEAD", Body(Announcing(good, 50000000)), "Download larger than announced"},
-        {"body without length", Body(WithoutLength(good)), Complete},
-        {"body without length, cut off", Body(WithoutLength(failing(Fault::Close, 1000))),
+        {"body longer than announced", Body(good.announcing(3000)), Complete, Kind::Final, 0, Content.substr(0, 3000)},
+        {"body without end", Body(failing(Fault::Endless, 0).withoutLength()), "Download larger than announced"},
+        {"announced far larger than by HEAD", Body(good.announcing(50000000)), "Download larger than announced"},
+        {"body without length", Body(good.withoutLength()), Complete},
+        {"body without length, cut off", Body(failing(Fault::Close, 1000).withoutLength()),
          "Download incomplete: SERVER/file", Kind::Transient},
-        {"chunked body", Body(Chunked(good)), Complete},
+        {"chunked body", Body(good.inChunks()), Complete},
         {"chunked body, cut off",
-         Body(Chunked(failing(Fault::Close, 1000))),
+         Body(failing(Fault::Close, 1000).inChunks()),
          "Connection closed",
          Kind::Transient,
          0,
@@ -135,16 +102,12 @@ std::vector<Row> Rows()
          {},
          "/file",
          "Download incomplete: SERVER/file"},
-        {"body in a trickle", Body(Trickling(good)), Complete, Kind::Final, 0, Content, impatient},
+        {"body in a trickle", Body(good.trickling(500, 20)), Complete, Kind::Final, 0, Content, impatient},
         {"stall before the headers", Body(failing(Fault::Stall, beforeHeaders)), "Download timed out", Kind::Transient,
          0, Content, impatient},
         {"stall within the body", Body(failing(Fault::Stall, 1000)), "Download timed out", Kind::Transient, 0, Content,
          impatient},
-        {"stall at HEAD",
-         [=](ScriptedHttpServer& s) {
-             s.get("/file", good);
-             s.head("/file", {failing(Fault::Stall, beforeHeaders)});
-         },
+        {"stall at HEAD", Answers(good, failing(Fault::Stall, beforeHeaders)),
          "Header request failed: Download timed out", Kind::Transient, 0, Content, impatient},
         {"200 with no body", Body(ScriptedAnswer::Body("")), Complete, Kind::Final, 0, ""},
         {"wrong bytes of the right length", Body(ScriptedAnswer::Body(std::string(5000, 'w'))), Complete, Kind::Final,
@@ -183,50 +146,31 @@ std::vector<Row> Rows()
          "Header request failed: Unknown protocol specified"},
         {"302 without a target", [](ScriptedHttpServer& s) { s.get("/file", ScriptedAnswer::Redirect(302, "")); },
          "Header request failed: Unknown protocol specified"},
-        {"gzip content coding", Body(ScriptedAnswer(good).with("Content-Encoding", "gzip")),
-         "Unsupported content coding: gzip"},
-        {"HEAD refused",
-         [=](ScriptedHttpServer& s) {
-             s.get("/file", good);
-             s.head("/file", {ScriptedAnswer::Status(405, "Method Not Allowed")});
-         },
+        {"gzip content coding", Body(good.with("Content-Encoding", "gzip")), "Unsupported content coding: gzip"},
+        {"HEAD refused", Answers(good, ScriptedAnswer::Status(405, "Method Not Allowed")),
          "Header request failed: Error transferring SERVER/file - server replied: Method Not Allowed", Kind::Final,
          405},
-        {"HEAD says less than GET",
-         [=](ScriptedHttpServer& s) {
-             s.get("/file", good);
-             s.head("/file", {Announcing(good, 10)});
-         },
-         Complete},
-        {"HEAD says more than GET",
-         [=](ScriptedHttpServer& s) {
-             s.get("/file", good);
-             s.head("/file", {Announcing(good, 1000000)});
-         },
-         Complete},
+        {"HEAD says less than GET", Answers(good, good.announcing(10)), Complete},
+        {"HEAD says more than GET", Answers(good, good.announcing(1000000)), Complete},
         {"larger than the limit, said so", Body(good),
          "Header request failed: Download larger than allowed: SERVER/file", Kind::Final, 0, Content,
          [](VoDownloadPolicy& policy) { policy.sizeLimit = 4999; }},
-        {"larger than the limit, not said", [=](ScriptedHttpServer& s) { s.get("/file", WithoutLength(good)); },
+        {"larger than the limit, not said", [=](ScriptedHttpServer& s) { s.get("/file", good.withoutLength()); },
          "Download larger than allowed: SERVER/file", Kind::Final, 0, Content,
          [](VoDownloadPolicy& policy) { policy.sizeLimit = 4999; }},
         {"no HTTP at all", {}, "Unsupported URL scheme: ftp", Kind::Final, 0, Content, {}, "ftp://127.0.0.1/file"},
         {"local file", {}, "Unsupported URL scheme: file", Kind::Final, 0, Content, {}, "file:///etc/hostname"},
     };
-    rows.push_back(StatusRow("401", 401, "Unauthorized", Kind::Final));
-    rows.push_back(StatusRow("403", 403, "Forbidden", Kind::Final));
-    rows.push_back(StatusRow("404", 404, "Not Found", Kind::Final));
-    rows.push_back(StatusRow("410", 410, "Gone", Kind::Final));
-    rows.push_back(StatusRow("429", 429, "Too Many Requests", Kind::Transient));
-    rows.push_back(StatusRow("500", 500, "Internal Server Error", Kind::Transient));
-    rows.push_back(StatusRow("503", 503, "Service Unavailable", Kind::Transient));
+    for (const auto& [name, status, kind] :
+         {std::tuple("401", 401, Kind::Final), std::tuple("403", 403, Kind::Final), std::tuple("404", 404, Kind::Final),
+          std::tuple("410", 410, Kind::Final), std::tuple("429", 429, Kind::Transient),
+          std::tuple("500", 500, Kind::Transient), std::tuple("503", 503, Kind::Transient)})
+        rows.push_back({name,
+                        [answer = ScriptedAnswer::Status(status, "No", "<html>no</html>")](ScriptedHttpServer& s) {
+                            s.get("/file", answer);
+                        },
+                        "Header request failed: Error transferring SERVER/file - server replied: No", kind, status});
     return rows;
-}
-
-std::size_t FilesIn(const ScratchFolder& folder)
-{
-    const std::filesystem::directory_iterator begin(folder.native());
-    return static_cast<std::size_t>(std::distance(begin, std::filesystem::directory_iterator()));
 }
 
 /// What RequestWait gave.
@@ -292,7 +236,7 @@ TEST_F(DownloadFaults, EachEndsInAClearErrorLeavesTheOldFileAndIsOverTheNextTime
         EXPECT_EQ(outcome.kind, row.kind);
         EXPECT_EQ(outcome.status, row.status);
         EXPECT_EQ(m_folder.read("target"), complete ? row.content : "old");
-        EXPECT_EQ(FilesIn(m_folder), 1U) << "a partial file was left";
+        EXPECT_EQ(m_folder.tree("").size(), 1U) << "a partial file was left";
 
         m_server.clear();
         m_server.get("/file", ScriptedAnswer::Body(Content));
@@ -341,16 +285,12 @@ TEST_F(DownloadFaults, ADiskThatTakesNoMoreFailsTheDownloadAndLeavesNothing)
 {
     m_server.get("/file", ScriptedAnswer::Body(std::string(400000, 'n')));
     const VoFilePath path = m_folder.write("target", "old");
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit before = {};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    rlimit small = before;
-    small.rlim_cur = 100000;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    const Outcome outcome = Fetch(m_server.url("/file"), path);
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    const Outcome outcome = [&] {
+        const vo::test::FileSizeLimit limit(100000);
+        return Fetch(m_server.url("/file"), path);
+    }();
     EXPECT_EQ(outcome.text, "Cannot write to file: " + path.toString().toStdString());
     EXPECT_EQ(m_folder.read("target"), "old");
-    EXPECT_EQ(FilesIn(m_folder), 1U);
+    EXPECT_EQ(m_folder.tree("").size(), 1U);
 }
 #endif

@@ -49,6 +49,9 @@ TEST(VoDownloadSize, UnknownAbsorbsWhatIsAddedOrTakenAway)
     EXPECT_TRUE((unknown - 5).isUnknown());
     EXPECT_TRUE((VoDownloadSize(5) - unknown).isUnknown());
     EXPECT_EQ(VoDownloadSize(5) - 7, -2);
+    const VoDownloadSize moved = std::move(sum);
+    EXPECT_TRUE(moved.isUnknown());
+    EXPECT_EQ(sum, 0); // NOLINT: what is left is promised
 }
 
 TEST(VoDownloadSize, StopsAtTheLargestNumber)
@@ -68,23 +71,6 @@ TEST(VoDownloadSize, ReadsBackAndRefusesOtherTexts)
     for (const char* text : {"", " 1", "1 ", "1.0", "12x", "9223372036854775808", "unknown"})
         EXPECT_THROW_MSG(VoDownloadSize::Deserialize(text), VoInvalidConversionException,
                          std::string("Invalid conversion from ") + text + " to VoDownloadSize");
-}
-
-TEST(VoDownloadSize, CopiesAreIndependentAndMovedFromIsNothing)
-{
-    VoDownloadSize a = 5;
-    VoDownloadSize b = a;
-    b += 1;
-    EXPECT_EQ(a, 5);
-    a = b;
-    EXPECT_EQ(a, 6);
-    const VoDownloadSize c = std::move(a);
-    EXPECT_EQ(c, 6);
-    EXPECT_EQ(a, 0); // NOLINT: what is left is promised
-    a = c;
-    EXPECT_EQ(a, 6);
-    a = VoDownloadSize();
-    EXPECT_EQ(a, 0);
 }
 
 TEST(VoTransferRate, IsShownWithTwoBlanks)
@@ -127,17 +113,6 @@ TEST(VoTransferRate, GivesTheTimeForASizeAndTheLongestWhereItNeverEnds)
     EXPECT_EQ(VoDownloadSize(Largest) / VoTransferRate(1e-300), VoTimeDuration::Max());
 }
 
-TEST(VoTransferRateMonitor, NeedsTwoSamples)
-{
-    VoTransferRateMonitor monitor;
-    EXPECT_EQ(monitor.value(), nullptr);
-    monitor.update(0, At(10));
-    EXPECT_EQ(monitor.value(), nullptr);
-    monitor.update(1000, At(11));
-    EXPECT_DOUBLE_EQ(monitor.value().bytesPerSecond(), 1000);
-    EXPECT_EQ(("at " + monitor).toStdString(), "at 1.0  kB/s");
-}
-
 // The weighted sum of the intervals' rates, as it is defined.
 double WeightedSum(const std::vector<std::pair<double, double>>& samples)
 {
@@ -164,9 +139,8 @@ TEST(VoTransferRateMonitor, IsTheWeightedSumOverTheLastSixteenSamples)
         window.emplace_back(size, time);
         if (window.size() > 16)
             window.erase(window.begin());
-        if (window.size() >= 2) {
-            ASSERT_NEAR(monitor.value().bytesPerSecond(), WeightedSum(window), 1e-3) << "sample " << i;
-        }
+        const double expected = window.size() < 2 ? 0 : WeightedSum(window);
+        ASSERT_NEAR(monitor.value().bytesPerSecond(), expected, 1e-3) << "sample " << i;
     }
     VoTransferRateMonitor copy = monitor;
     copy.update(static_cast<std::int64_t>(size + 1e9), At(time + 1));

@@ -101,6 +101,13 @@ public:
     std::size_t connections = 0;
     std::size_t mostConnections = 0;
 
+    std::size_t count(const std::string& method, const std::string& target) const // under the mutex
+    {
+        return static_cast<std::size_t>(std::count_if(requests.begin(), requests.end(), [&](const auto& request) {
+            return request.method == method && request.target == target;
+        }));
+    }
+
     /// Set when the server can be reached.
     std::promise<quint16> listening;
 
@@ -273,11 +280,20 @@ struct ScriptedHttpServer::Thread
     quint16 port = 0;
 };
 
+namespace {
+
+template <typename Change>
+ScriptedAnswer Changed(ScriptedAnswer answer, Change change)
+{
+    change(answer);
+    return answer;
+}
+
+} // namespace
+
 ScriptedAnswer ScriptedAnswer::Body(std::string body)
 {
-    ScriptedAnswer answer;
-    answer.body = std::move(body);
-    return answer;
+    return Status(200, "OK", std::move(body));
 }
 
 ScriptedAnswer ScriptedAnswer::Status(int status, const std::string& reason, std::string body)
@@ -291,23 +307,41 @@ ScriptedAnswer ScriptedAnswer::Status(int status, const std::string& reason, std
 
 ScriptedAnswer ScriptedAnswer::Redirect(int status, const std::string& location)
 {
-    ScriptedAnswer answer = Status(status, "Elsewhere", "<html>elsewhere</html>");
-    if (!location.empty())
-        answer.with("Location", location);
-    return answer;
+    const ScriptedAnswer answer = Status(status, "Elsewhere", "<html>elsewhere</html>");
+    return location.empty() ? answer : answer.with("Location", location);
 }
 
-ScriptedAnswer& ScriptedAnswer::failing(Fault how, std::int64_t at)
+ScriptedAnswer ScriptedAnswer::failing(Fault how, std::int64_t at) const
 {
-    fault = how;
-    faultAt = at;
-    return *this;
+    return Changed(*this, [=](ScriptedAnswer& answer) { answer.fault = how, answer.faultAt = at; });
 }
 
-ScriptedAnswer& ScriptedAnswer::with(const std::string& name, const std::string& value)
+ScriptedAnswer ScriptedAnswer::with(const std::string& name, const std::string& value) const
 {
-    headers.emplace_back(name, value);
-    return *this;
+    return Changed(*this, [&](ScriptedAnswer& answer) { answer.headers.emplace_back(name, value); });
+}
+
+ScriptedAnswer ScriptedAnswer::inChunks() const
+{
+    return Changed(*this, [](ScriptedAnswer& answer) { answer.chunked = true; });
+}
+
+ScriptedAnswer ScriptedAnswer::withoutLength() const
+{
+    return Changed(*this, [](ScriptedAnswer& answer) { answer.withLength = false; });
+}
+
+ScriptedAnswer ScriptedAnswer::announcing(std::int64_t length) const
+{
+    return Changed(*this, [=](ScriptedAnswer& answer) { answer.announcedLength = length; });
+}
+
+ScriptedAnswer ScriptedAnswer::trickling(std::size_t bytes, int milliseconds) const
+{
+    return Changed(*this, [=](ScriptedAnswer& answer) {
+        answer.trickle = bytes;
+        answer.trickleInterval = milliseconds;
+    });
 }
 
 ScriptedHttpServer::ScriptedHttpServer()
@@ -365,22 +399,15 @@ std::vector<ScriptedRequest> ScriptedHttpServer::requests() const
 
 std::size_t ScriptedHttpServer::count(const std::string& method, const std::string& target) const
 {
-    const std::vector<ScriptedRequest> all = requests();
-    return static_cast<std::size_t>(std::count_if(all.begin(), all.end(), [&](const ScriptedRequest& request) {
-        return request.method == method && request.target == target;
-    }));
+    const std::lock_guard lock(m_thread->worker->mutex);
+    return m_thread->worker->count(method, target);
 }
 
 bool ScriptedHttpServer::waitFor(const std::string& method, const std::string& target, std::size_t times) const
 {
     Worker& worker = *m_thread->worker;
     std::unique_lock lock(worker.mutex);
-    return worker.asked.wait_for(lock, std::chrono::seconds(20), [&] {
-        return static_cast<std::size_t>(
-                   std::count_if(worker.requests.begin(), worker.requests.end(), [&](const ScriptedRequest& request) {
-                       return request.method == method && request.target == target;
-                   })) >= times;
-    });
+    return worker.asked.wait_for(lock, std::chrono::seconds(20), [&] { return worker.count(method, target) >= times; });
 }
 
 std::size_t ScriptedHttpServer::mostConnections() const

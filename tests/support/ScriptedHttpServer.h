@@ -42,8 +42,16 @@ struct ScriptedAnswer
     static ScriptedAnswer Body(std::string body);
     static ScriptedAnswer Status(int status, const std::string& reason, std::string body = {});
     static ScriptedAnswer Redirect(int status, const std::string& location);
-    ScriptedAnswer& failing(Fault how, std::int64_t at);
-    ScriptedAnswer& with(const std::string& name, const std::string& value); ///< Adds a header.
+
+    /// This answer with another fault, header, form or speed.
+    /// @{
+    ScriptedAnswer failing(Fault how, std::int64_t at) const;
+    ScriptedAnswer with(const std::string& name, const std::string& value) const;
+    ScriptedAnswer inChunks() const;
+    ScriptedAnswer withoutLength() const;
+    ScriptedAnswer announcing(std::int64_t length) const;
+    ScriptedAnswer trickling(std::size_t bytes, int milliseconds) const;
+    /// @}
 };
 
 /// A request as it came.

@@ -122,15 +122,6 @@ TEST_F(Tool, WhatIsNotRecordedWhollyIsNotUpToDate)
     EXPECT_EQ(vo("uninstall Examples").code, 3);
 }
 
-TEST_F(Tool, UninstallingKeepsForeignFilesAndTheirFolders)
-{
-    publishTwo();
-    ASSERT_EQ(vo("install @pub/declarations.xml --to @app/inner").code, 0);
-    write("app/inner/board 1/mine.txt", "mine");
-    EXPECT_EQ(vo("uninstall Examples").code, 0);
-    EXPECT_EQ(tree("app"), (Tree{{"inner/", ""}, {"inner/board 1/", ""}, {"inner/board 1/mine.txt", "mine"}}));
-}
-
 TEST_F(Tool, DamageIsFoundNamedAndRepaired)
 {
     publishTwo();
@@ -189,27 +180,6 @@ TEST_F(Tool, APlanSaysWhatInstallingThenDoesAndChangesNothing)
     EXPECT_EQ(Number(done, "bytesFetched"), Number(plan, "bytesToFetch"));
     EXPECT_EQ(Number(done, "bytesWritten"), Number(plan, "bytesToWrite"));
     EXPECT_EQ(vo("plan @pub/declarations.xml").code, 3);
-}
-
-TEST_F(Tool, OnlyChunksOfAddedAndChangedFilesAreReadInAnUpdate)
-{
-    publishTwo();
-    ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0.0 --to @app").code, 0);
-    const QJsonObject plan = voJson("plan @pub/declarations.xml");
-    const Texts needed = Column(plan, "chunks", "id");
-    ASSERT_FALSE(needed.empty());
-    const std::string folder = definition(second).substr(0, definition(second).rfind('/')) + "/chunks";
-    std::size_t spared = 0;
-    for (const auto& [name, bytes] : tree(folder)) {
-        if (needed.count(name.substr(0, name.size() - 6)) == 0) {
-            remove(folder + "/" + name);
-            ++spared;
-        }
-    }
-    EXPECT_GT(spared, 0u);
-    const Outcome run = vo("install @pub/declarations.xml");
-    EXPECT_EQ(run.code, 0) << run;
-    EXPECT_TRUE(tree("app") == tree("two"));
 }
 
 TEST_F(Tool, AnOlderReleaseIsRefusedUnlessAllowed)
@@ -346,109 +316,50 @@ TEST_F(Tool, AProgressLineIsDrawnOnlyWhenWanted)
     EXPECT_EQ(drawn.err.back(), '\r') << "the line is taken away";
 }
 
-TEST_F(Tool, HostileDefinitionsAreRefusedAndNothingIsWritten)
-{
-    fillSource("one", 6);
-    const QJsonObject published = publish("one", "1.0.0");
-    ASSERT_EQ(vo("install @pub/declarations.xml --to @app").code, 0);
-    const QByteArray sound = read(definition(published));
-    const auto firstChunk = Column(voJson("plan @" + definition(published) + " --to @other --move"), "chunks", "id");
-    ASSERT_EQ(firstChunk.size(), 1u);
-    const QByteArray chunkPath = "chunks\\" + QByteArray::fromStdString(*firstChunk.begin()) + ".vochk";
-    ASSERT_TRUE(sound.contains(chunkPath) && sound.contains("\"file5\""));
-    const QByteArray packageID = TextOf(published, "package").c_str();
-
-    struct
-    {
-        const char* what;
-        QByteArray from;
-        QByteArray to;
-    } const rows[] = {
-        {"climbs out", "\"file5\"", "\"..\\evil\""},
-        {"climbs out from within", "\"file5\"", "\"a\\..\\..\\evil\""},
-        {"rooted", "\"file5\"", "\"\\tmp\\evil\""},
-        {"rooted with slashes", "\"file5\"", "\"/tmp/evil\""},
-        {"on a drive", "\"file5\"", "\"C:\\evil\""},
-        {"a stream of a file", "\"file5\"", "\"file5:evil\""},
-        {"a device", "\"file5\"", "\"NUL.txt\""},
-        {"twice in another case", "\"file5\"", "\"FILE0.TXT\""},
-        {"an empty target", "\"file5\"", "\"\""},
-        {"a file that is also a folder", "\"file5\"", "\"board 1\""},
-        {"chunk from elsewhere", chunkPath, "..\\..\\..\\secret"},
-        {"rooted chunk", chunkPath, "\\etc\\passwd"},
-        {"package ID that climbs", packageID, "..\\..\\x"},
-        {"package ID of the registry", packageID, "packages"},
-        {"document type", "<package ", "<!DOCTYPE package [<!ENTITY a \"b\">]><package "},
-    };
-    const Tree before = tree(".");
-    for (const auto& row : rows) {
-        const QByteArray hostile = QByteArray(sound).replace(row.from, row.to);
-        ASSERT_NE(hostile, sound) << row.what;
-        write(definition(published), hostile);
-        for (const char* command : {"install", "plan"}) {
-            const Outcome run = vo(std::string(command) + " @" + definition(published) + " --to @victim/app -q");
-            EXPECT_EQ(run.code, 6) << row.what << "\n" << run;
-            EXPECT_EQ(run.err.rfind("vo: ", 0), 0u) << row.what << "\n" << run;
-        }
-        write(definition(published), sound);
-        EXPECT_TRUE(tree(".") == before) << row.what;
-    }
-    EXPECT_EQ(vo("verify").code, 0) << "what was installed before";
-}
-
-TEST_F(Tool, DamagedReleasesFailAndLeaveEverythingAsItWas)
+// What can be wrong with a release is tried on the library; here one of each kind shows code and state.
+TEST_F(Tool, HostileAndDamagedReleasesAreToldApartAndLeaveEverythingAsItWas)
 {
     publishTwo();
     ASSERT_EQ(vo("install @pub/declarations.xml --release 1.0.0 --to @app").code, 0);
-    const auto plan = voJson("plan @pub/declarations.xml");
     const std::string folder = definition(second).substr(0, definition(second).rfind('/'));
+    const QJsonObject plan = voJson("plan @pub/declarations.xml");
     const std::string chunk = folder + "/chunks/" + *Column(plan, "chunks", "id").begin() + ".vochk";
-    QByteArray flipped = read(chunk);
-    flipped[flipped.size() / 2] = static_cast<char>(flipped[flipped.size() / 2] ^ 16);
-    const QByteArray declarations = read("pub/declarations.xml");
-    const QByteArray definitionText = read(definition(second));
-
+    const QByteArray sound = read(definition(second));
     struct
     {
         const char* what;
         std::string file;
         QByteArray bytes; // none: the file is missing
+        int code;
     } const rows[] = {
-        {"a missing chunk", chunk, QByteArray()},
-        {"a flipped bit in a chunk", chunk, flipped},
-        {"a truncated chunk", chunk, read(chunk).left(10)},
-        {"truncated declarations", "pub/declarations.xml", declarations.left(declarations.size() / 2)},
-        {"empty declarations", "pub/declarations.xml", ""},
-        {"a truncated definition", definition(second), definitionText.left(definitionText.size() - 20)},
-        {"a missing definition", definition(second), QByteArray()},
-        {"a document of another kind", definition(second), "<other/>"},
+        {"a missing chunk", chunk, QByteArray(), 1},
+        {"a truncated chunk", chunk, read(chunk).left(10), 1},
+        {"empty declarations", "pub/declarations.xml", "", 1},
+        {"a missing definition", definition(second), QByteArray(), 1},
+        {"a target that climbs out", definition(second), QByteArray(sound).replace("\"moved\"", "\"..\\evil\""), 6},
+        {"an ID that climbs out", definition(second), QByteArray(sound).replace("packageID=\"", "packageID=\"..\\"), 6},
+        {"a document type", definition(second),
+         "<!DOCTYPE package [<!ENTITY a \"b\">]>" + sound.mid(sound.indexOf("<package")), 6},
     };
-    const Tree app = tree("app");
-    const Tree registry = tree("data/updates/installed");
+    const auto lasting = [this] { // all but what has been fetched so far, which the next run may use
+        Tree all = tree(".");
+        all.erase(all.lower_bound("data/updates/download"), all.lower_bound("data/updates/downloae"));
+        return all;
+    };
+    const Tree before = lasting();
     for (const auto& row : rows) {
         const QByteArray saved = read(row.file);
         remove(row.file);
         if (!row.bytes.isNull())
             write(row.file, row.bytes);
-        const Outcome run = vo("install @pub/declarations.xml");
-        EXPECT_EQ(run.code, 1) << row.what << "\n" << run;
-        EXPECT_NE(run.err, "") << row.what;
-        EXPECT_TRUE(tree("app") == app) << row.what;
-        EXPECT_TRUE(tree("data/updates/installed") == registry) << row.what;
+        const Outcome run = vo("install @pub/declarations.xml -q");
+        EXPECT_EQ(run.code, row.code) << row.what << "\n" << run;
+        EXPECT_EQ(run.err.rfind("vo: ", 0), 0u) << row.what << "\n" << run;
         write(row.file, saved);
+        EXPECT_TRUE(lasting() == before) << row.what;
     }
     EXPECT_EQ(vo("install @pub/declarations.xml").code, 0) << "all is mended";
     EXPECT_TRUE(tree("app") == tree("two"));
-}
-
-TEST_F(Tool, AFolderWhoseFilesDifferOnlyInCaseIsNotPublished)
-{
-    write("clash/file", "a");
-    write("clash/FILE", "b");
-    const Outcome run = vo("publish @clash --to @pub/declarations.xml --name N --release 1");
-    EXPECT_EQ(run.code, 1) << run;
-    EXPECT_NE(run.err.find("File already added to package: "), std::string::npos) << run;
-    EXPECT_FALSE(exists("pub")) << "nothing shows before all is done";
 }
 
 TEST_F(Tool, PublishingTakesNothingAwayUnasked)
@@ -518,40 +429,6 @@ TEST_F(Tool, ControlCStopsAPublicationAndNothingShows)
     EXPECT_EQ(voUntil(command + " -v", 5, Interrupt).code, 5);
     EXPECT_FALSE(exists("pub"));
     EXPECT_EQ(vo(command).code, 0);
-}
-
-TEST_F(Tool, AnInstallationKilledAnywhereIsCompletedByTheSameCommand)
-{
-    publishTwo(300, "--chunk-size 64K");
-    const std::string old = "install @pub/declarations.xml --release 1.0.0 --to @app";
-    const std::string update = "install @pub/declarations.xml --to @app";
-    ASSERT_EQ(vo(old).code, 0);
-    ASSERT_EQ(vo(update).code, 0);
-    const Tree cleanApp = tree("app");
-    const Tree cleanRecords = tree("data/updates");
-    EXPECT_EQ(cleanApp, tree("two"));
-
-    int killed = 0;
-    for (const int lines : {1, 60, 300}) {
-        for (const bool updating : {false, true}) {
-            remove("app");
-            remove("data");
-            if (updating) {
-                ASSERT_EQ(vo(old).code, 0);
-            }
-            const std::string& command = updating ? update : old;
-            const Outcome run = voUntil(command + " -v", lines, [](QProcess& process) { process.kill(); });
-            killed += run.code == -1 ? 1 : 0;
-            const Outcome again = vo(command);
-            EXPECT_TRUE(again.code == 0 || (run.code == 0 && again.code == 3)) << lines << "\n" << again;
-            if (!updating) {
-                ASSERT_EQ(vo(update).code, 0);
-            }
-            EXPECT_TRUE(tree("app") == cleanApp) << "killed after " << lines << " lines";
-            EXPECT_TRUE(tree("data/updates") == cleanRecords) << "killed after " << lines << " lines";
-        }
-    }
-    EXPECT_GE(killed, 3) << "most of the runs were to be killed";
 }
 
 #endif

@@ -1,11 +1,10 @@
 #include "VoProgram.h"
 
-#include <QtCore/QDir>
-#include <QtCore/QDirIterator>
-#include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
-#include <QtCore/QProcess>
+#include <QtCore/QRegularExpression>
+
+#include <algorithm>
+#include <fstream>
 
 namespace {
 
@@ -37,11 +36,6 @@ QJsonObject Outcome::json() const
 std::ostream& operator<<(std::ostream& stream, const Outcome& run)
 {
     return stream << "exit code " << run.code << "\n--- out\n" << run.out << "\n--- err\n" << run.err;
-}
-
-VoProgram::VoProgram()
-{
-    EXPECT_TRUE(m_scratch.isValid());
 }
 
 QProcessEnvironment VoProgram::environment() const
@@ -115,51 +109,37 @@ Outcome VoProgram::voUntil(const std::string& arguments, int lines, const std::f
     return run;
 }
 
-QString VoProgram::path(const std::string& name) const
+Outcome VoProgram::expectTold(const Outcome& run, const Told& told) const
 {
-    return m_scratch.filePath(Q(name));
+    EXPECT_EQ(run.code, told.code) << "vo " << told.arguments << "\n" << run;
+    const std::string error = Q(told.error).replace(QLatin1Char('@'), Q(m_scratch.native().string())).toStdString();
+    QString pattern = QRegularExpression::escape(Q("vo: " + error + "\n"));
+    pattern.replace(QStringLiteral("\\*"), QStringLiteral("[^/ ]+"));
+    EXPECT_TRUE(QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(Q(run.err)).hasMatch())
+        << "vo " << told.arguments << "\nwanted: " << error << "\n"
+        << run;
+    return run;
 }
 
-void VoProgram::write(const std::string& name, const QByteArray& bytes) const
+std::vector<Told> VoProgram::session(const std::string& file)
 {
-    ASSERT_TRUE(QDir().mkpath(QFileInfo(path(name)).path()));
-    QFile file(path(name));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << name;
-    ASSERT_EQ(file.write(bytes), bytes.size()) << name;
-}
-
-QByteArray VoProgram::read(const std::string& name) const
-{
-    QFile file(path(name));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
-    return file.readAll();
+    std::ifstream lines(VO_SESSIONS "/" + file);
+    std::vector<Told> rows;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind("$ vo", 0) == 0)
+            rows.push_back({line.substr(std::min<std::size_t>(5, line.size())), 0, {}});
+        else if (line.front() != '#') {
+            rows.back().code = line.front() - '0';
+            rows.back().error = line.substr(2);
+        }
+    }
+    EXPECT_FALSE(rows.empty()) << file;
+    return rows;
 }
 
 void VoProgram::remove(const std::string& name) const
 {
-    const QString target = path(name);
-    EXPECT_TRUE(QFileInfo(target).isDir() ? QDir(target).removeRecursively() : QFile::remove(target)) << name;
-}
-
-bool VoProgram::exists(const std::string& name) const
-{
-    return QFileInfo::exists(path(name));
-}
-
-Tree VoProgram::tree(const std::string& name) const
-{
-    Tree found;
-    const QDir root(path(name));
-    QDirIterator walk(root.path(), QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                      QDirIterator::Subdirectories);
-    while (walk.hasNext()) {
-        const std::string relative = root.relativeFilePath(walk.next()).toStdString();
-        if (walk.fileInfo().isDir())
-            found[relative + "/"];
-        else
-            found[relative] = read(name + "/" + relative).toStdString();
-    }
-    return found;
+    EXPECT_GT(std::filesystem::remove_all(m_scratch.native(name)), 0u) << name;
 }
 
 void VoProgram::fillSource(const std::string& name, int files) const

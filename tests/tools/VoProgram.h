@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
 #include <QtCore/QByteArray>
@@ -7,10 +8,8 @@
 #include <QtCore/QProcess>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
-#include <QtCore/QTemporaryDir>
 
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -27,15 +26,20 @@ struct Outcome
 /// Prints a run when a check of it fails.
 std::ostream& operator<<(std::ostream& stream, const Outcome& run);
 
-/// The contents of a folder: relative path to bytes. A folder stands with "/" at its end and no bytes.
-using Tree = std::map<std::string, std::string>;
+/// What a command line must tell: an exit code, and one line on standard error.
+struct Told
+{
+    std::string arguments;
+    int code = 0;
+    std::string error; ///< Without the program's name; "*" stands for what is new each time, "@" for the directory.
+};
+
+using vo::test::Tree;
 
 /// Runs the real program in a scratch directory of its own, with an updater's directory and a source folder in it.
 class VoProgram : public testing::Test
 {
 protected:
-    VoProgram();
-
     /// @{ Runs the program with arguments given as one text; "@" in front of a word stands for the scratch directory.
     Outcome vo(const std::string& arguments);
     Outcome vo(const QStringList& arguments);
@@ -48,13 +52,18 @@ protected:
     /// what comes then is read only after `act`, so that a talkative program cannot end before.
     Outcome voUntil(const std::string& arguments, int lines, const std::function<void(QProcess&)>& act);
 
-    QString path(const std::string& name) const; ///< In the scratch directory.
-    std::string text(const std::string& name) const { return path(name).toStdString(); }
-    void write(const std::string& name, const QByteArray& bytes) const; ///< With the folders it needs.
-    QByteArray read(const std::string& name) const;
+    /// Expects a run to have told that and nothing more; gives it back.
+    Outcome expectTold(const Outcome& run, const Told& told) const;
+    /// The rows of a file in "sessions".
+    static std::vector<Told> session(const std::string& file);
+
+    std::string text(const std::string& name) const { return m_scratch.native(name).string(); } ///< Its whole path.
+    QString path(const std::string& name) const { return QString::fromStdString(text(name)); }
+    void write(const std::string& name, const QByteArray& bytes) const { m_scratch.write(name, bytes.toStdString()); }
+    QByteArray read(const std::string& name) const { return QByteArray::fromStdString(m_scratch.read(name)); }
     void remove(const std::string& name) const; ///< A file, or a folder with all that it holds.
-    bool exists(const std::string& name) const;
-    Tree tree(const std::string& name) const;
+    bool exists(const std::string& name) const { return std::filesystem::exists(m_scratch.native(name)); }
+    Tree tree(const std::string& name) const { return m_scratch.tree(name); }
 
     /// Fills a folder with files of many sizes, empty ones and deep ones among them.
     void fillSource(const std::string& name, int files) const;
@@ -68,5 +77,5 @@ private:
     Outcome run(const QString& program, const QStringList& arguments);
     QStringList words(const std::string& arguments) const;
 
-    QTemporaryDir m_scratch;
+    vo::test::ScratchFolder m_scratch;
 };
