@@ -57,18 +57,6 @@ std::string Shown(const VoDataTable& table)
     return text.str();
 }
 
-// Each value delivered as "value@row,column:columns x rows".
-std::string Flattened(const VoDataTable& table)
-{
-    std::ostringstream text;
-    table.forEachItemSpreadsheet([&](const VoVariant& value, std::size_t row, std::size_t column,
-                                     std::size_t columnSpan, std::size_t rowSpan, VoDataTable::ItemType type) {
-        text << value << '@' << row << ',' << column << ':' << columnSpan << 'x' << rowSpan
-             << (type == VoDataTable::Data ? " " : "! ");
-    });
-    return text.str();
-}
-
 VoDataTable RandomTable(std::mt19937_64& random)
 {
     VoDataTable table;
@@ -202,32 +190,6 @@ TEST(DataTable, WhatCannotBeAddedChangesNothing)
     EXPECT_EQ(table.numberColumns(), 1u);
     table.rows()[0]->items[0]->set(2);
     EXPECT_NE(table, before) << "copies have items of their own";
-}
-
-TEST(DataTable, ValuesAreFlattenedOntoSheetRows)
-{
-    struct
-    {
-        Items items;
-        const char* flat;
-        std::size_t rows;
-    } const rows[] = {
-        {{VoDataTableItem(1), VoDataTableItem(2, 2)}, "1@0,0:1x1 2@0,1:2x1 null@0,3:1x1 ", 1},
-        {{VoDataTableItem(), VoDataTableItem(2)}, "null@0,0:1x1 2@0,1:1x1 null@0,2:1x1 null@0,3:1x1 ", 1},
-        {{VoDataTableItem(Values{1, 2, 3}), VoDataTableItem("x", 3)}, "1@0,0:1x1 x@0,1:3x3 2@1,0:1x1 3@2,0:1x1 ", 3},
-        {{VoDataTableItem(Values{1, 2}), VoDataTableItem(Values{5, 6, 7, 8}), VoDataTableItem()},
-         "1@0,0:1x2 5@0,1:1x1 null@0,3:1x4 2@1,0:1x2 6@1,1:1x1 7@2,1:1x1 8@3,1:1x1 ",
-         4},
-        {{VoDataTableItem(), VoDataTableItem()}, "", 0},
-        {{}, "", 0},
-    };
-    for (const auto& row : rows) {
-        VoDataTable table;
-        table.addRow(row.items, VoDataTable::Data);
-        table.addRow(Items{VoDataTableItem("end", 4)}, VoDataTable::Header);
-        EXPECT_EQ(Flattened(table), row.flat + ("end@" + std::to_string(row.rows)) + ",0:4x1! ");
-        EXPECT_EQ(table.numberSpreadsheetRows(), row.rows + 1);
-    }
 }
 
 TEST(DataTable, SortsWithinARangeAndKeepsEqualRowsInOrder)

@@ -165,26 +165,6 @@ TEST_F(ZipArchive, OnlyTheActiveEntryWorks)
                      "Cannot open zip archive file: Unzip end of list of file in missing\\x");
 }
 
-TEST_F(ZipArchive, EveryCodeHasItsText)
-{
-    const struct
-    {
-        int code;
-        const char* read;
-        const char* write;
-    } rows[] = {
-        {-100, "Unzip end of list of file", "Zip failure"}, {-102, "Unzip param error", "Zip param error"},
-        {-103, "Unzip bad zip file", "Zip bad zip file"},   {-104, "Unzip internal error", "Zip internal error"},
-        {-105, "Unzip CRC error", "Zip failure"},           {-1, "Unzip faliure", "Zip failure"},
-    };
-    const VoZipArchive writer(file(), VoZipArchive::Write);
-    const VoZipArchive reader(m_scratch.write("b.zip", RawArchive({{"a", "x"}})), VoZipArchive::Read);
-    for (const auto& row : rows) {
-        EXPECT_EQ(reader.errorMessage(row.code).toStdString(), row.read);
-        EXPECT_EQ(writer.errorMessage(row.code).toStdString(), row.write);
-    }
-}
-
 TEST_F(ZipArchive, WhatIsNoArchiveIsRefused)
 {
     EXPECT_THROW_MSG(VoZipArchive(file(), VoZipArchive::Read), VoFileNotFoundException,

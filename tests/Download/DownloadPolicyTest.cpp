@@ -187,15 +187,6 @@ TEST(DownloadNotification, CastsOnlyToItsOwnKind)
     EXPECT_THROW_MSG(base.asFailedMessage(), VoInvalidCastException,
                      "Invalid cast from VoDownloadProgressNotification to VoDownloadFailedNotification");
 
-    const int types[] = {VoDownloadCompleteNotification(id).type(),
-                         VoDownloadFailedNotification("text", id).type(),
-                         VoNetworkStatusNotification(VoNetworkStatusNotification::Connected).type(),
-                         VoDownloadPausedNotification(id).type(),
-                         progress.type(),
-                         VoDownloadStartedNotification(id).type()};
-    for (int i = 0; i < 6; ++i)
-        EXPECT_EQ(types[i], i);
-
     EXPECT_EQ(VoNetworkStatusNotification(VoNetworkStatusNotification::Disconnected).statusString(), "Disconnected");
     EXPECT_EQ(VoNetworkStatusNotification(VoNetworkStatusNotification::Unknown).statusString(), "Unknown");
 }

@@ -28,7 +28,6 @@
 #include <QtCore/QProcess>
 #include <QtCore/QTimer>
 #include <QtNetwork/QNetworkAccessManager>
-#include <algorithm>
 #include <atomic>
 #include <iostream>
 #include <thread>
@@ -529,29 +528,6 @@ TEST_F(DownloadManager, FetchesTwoThousandFilesWithTwoHundredAndFiftySixDescript
     for (const int i : {0, 1000, 1999})
         EXPECT_EQ(m_folder.read(std::to_string(i)), "0123456789");
 }
-
-TEST_F(DownloadManager, MemoryDoesNotGrowWithTheSizeOfAFile)
-{
-    constexpr std::size_t size = std::size_t{64} * 1024 * 1024;
-    const auto peak = [] {
-        rusage usage = {};
-        getrusage(RUSAGE_SELF, &usage);
-        return usage.ru_maxrss; // kilobytes
-    };
-    // The server's own copies of the body are there before the measurement: one kept, one being sent.
-    m_server.get("/warm", ScriptedAnswer::Body(std::string(size, 'w')));
-    m_server.get("/file", ScriptedAnswer::Body(std::string(size, 'x')));
-    VoDownloadManager::RequestWait(url("/warm"), m_folder.path("warm"));
-    m_server.get("/warm", ScriptedAnswer::Body(""));
-    const long before = peak();
-    VoDownloadManager::RequestWait(url("/file"), m_folder.path("file"));
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they keep what is freed, and shadows of it
-    EXPECT_LT(peak() - before, 24 * 1024);
-#else
-    static_cast<void>(before);
-#endif
-    EXPECT_EQ(std::filesystem::file_size(m_folder.native("file")), size);
-}
 #endif
 
 TEST_F(DownloadManager, TheEngineTellsNetworkChangesAndRefusesToWorkWithoutItsParts)
@@ -585,20 +561,6 @@ TEST_F(DownloadManager, TheEngineTellsNetworkChangesAndRefusesToWorkWithoutItsPa
     QT_WARNING_POP
     EXPECT_EQ(told.story(), "Failed NetworkStatus");
     EXPECT_EQ(told.all().back()->asNetworkStatusMessage().status(), VoNetworkStatusNotification::Disconnected);
-
-    // Ending the engine ends what is running, and what is still in its queue.
-    m_server.get("/silent", ScriptedAnswer::Body("x").failing(Fault::Stall, ScriptedAnswer::BeforeHeaders));
-    m_server.head("/silent", {ScriptedAnswer::Body("x").failing(Fault::Stall, ScriptedAnswer::BeforeHeaders)});
-    auto running = VoDownloadTicketPtr::Make();
-    auto queued = VoDownloadTicketPtr::Make();
-    std::future<void> runningEnd = running->future();
-    std::future<void> queuedEnd = queued->future();
-    requests.request(request("/silent", "a"), std::exchange(running, {}));
-    QCoreApplication::processEvents();
-    requests.request(request("/silent", "b"), std::exchange(queued, {}));
-    engine.reset();
-    EXPECT_EQ(Outcome(std::move(runningEnd)), "Download service is not available");
-    EXPECT_EQ(Outcome(std::move(queuedEnd)), "Download service is not available");
 }
 
 TEST_F(DownloadManager, EndsClearlyWithoutAnApplicationWhileItQuitsAndWithoutItsThreadAndFindsAnotherHome)

@@ -26,14 +26,6 @@ TEST(Random, FollowsTheKnownEngine)
         << "the 10,000th number, fixed by the language's standard";
 }
 
-TEST(Random, DrawsUniformNumbersFromTheUpperBits)
-{
-    VoRandom random(3);
-    std::mt19937_64 engine(3);
-    for (int i = 0; i < 1000; ++i)
-        ASSERT_EQ(random.uniform(), std::ldexp(static_cast<double>(engine() >> 11), -53));
-}
-
 // With three quarters of the 64-bit range, a remainder without rejection would make the lower third twice as likely.
 TEST(Random, FavoursNoPartOfALargeRange)
 {

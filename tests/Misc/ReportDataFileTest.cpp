@@ -13,6 +13,7 @@
 #include <XML/VoXMLValidator.h>
 
 #include <cmath>
+#include <fstream>
 #include <limits>
 #include <sstream>
 
@@ -66,9 +67,6 @@ Cases RandomCases(VoRandom& random, std::size_t results)
     return cases;
 }
 
-// AAAAAAAA8D8= is 1.0.
-const std::string Root = "<results xmlns=\"https://schemas.example.org/schemas/application/msw/\">";
-
 class ReportDataFiles : public vo::test::ReportTest
 {
 protected:
@@ -88,13 +86,6 @@ protected:
         text.erase(place, text.find('>', place) - place);
         VoStringDevice device{VoString(text)};
         EXPECT_NO_THROW(schema().validate(device)) << text;
-    }
-
-    // The document with its parts replaced; a sound one as it is.
-    static std::string document(const std::string& cases = "", const std::string& header = R"(analysis="sensitivity")")
-    {
-        return Root + "<header " + header + " cores=\"2\"><meritfunction name=\"Gain\"/></header>" + cases +
-               "</results>";
     }
 };
 
@@ -144,68 +135,27 @@ TEST_F(ReportDataFiles, AreWrittenAsDescribed)
 
 TEST_F(ReportDataFiles, ThatAreNotSoundAreRefusedAndNothingChanges)
 {
-    const std::string result = R"(<meritfunction index="0" reference="AAAAAAAA8D8=" delta="AAAAAAAA8D8="/>)";
-    const std::string again = R"(<meritfunction index="1" reference="AAAAAAAA8D8=" delta="AAAAAAAA8D8="/>)";
-    const auto inCase = [](const std::string& content) {
-        return document("<case id=\"1\"><step>" + content + "</step></case>");
-    };
-    m_folder.write("results.xml", inCase(result));
-    ASSERT_NO_THROW(ReportDataFile::Read(file())) << "the rows below differ from this one in their fault only";
     const VoXMLValidator validator = schema();
-    EXPECT_TRUE(validator.isValid(file()));
-
-    const std::pair<std::string, const char*> rows[] = {
-        {"", nullptr},
-        {"plain text", nullptr},
-        {inCase(result) + "<results/>", nullptr},
-        {"<!DOCTYPE results [<!ENTITY a \"b\">]>" + document(), nullptr},
-        {"<result/>", "Root element \"results\" expected"},
-        {Root + "</results>", "Element \"results\": header missing"},
-        {"<Results xmlns=\"https://schemas.example.org/schemas/application/msw/\"/>",
-         "Root element \"results\" expected"},
-        {"<results/>",
-         "Namespace \"https://schemas.example.org/schemas/application/msw/\" of the root element expected, "
-         "not \"\""},
-        {Root + "<header xmlns=\"urn:other\" analysis=\"worstcase\" cores=\"1\"/></results>",
-         "Element \"results\": header missing"},
-        {document("", "analysis=\"noise\""), "Element \"header\": invalid analysis \"noise\""},
-        {document("", "analysis=\"Sensitivity\""), "Element \"header\": invalid analysis \"Sensitivity\""},
-        {document("", ""), nullptr},
-        {Root + "<header analysis=\"montecarlo\" cores=\"2147483648\"/></results>",
-         "Element \"header\": invalid cores \"2147483648\""},
-        {document("<header analysis=\"montecarlo\" cores=\"1\"/>"), "Element \"header\": given twice"},
-        {Root + "<case id=\"1\"/></results>", "Element \"case\": given before the header"},
-        {document("<case id=\"1\"/><case id=\"1\"/>"), "Element \"case\": id 1 given twice"},
-        {document("<case/>"), nullptr},
-        {document("<case id=\" 1\"/>"), "Element \"case\": invalid id \" 1\""},
-        {document("<case id=\"1\" seed=\"9223372036854775808\"/>"),
-         "Element \"case\": invalid seed \"9223372036854775808\""},
-        {inCase(result + again), "Element \"meritfunction\": more results than the header names"},
-        {inCase(again), "Element \"meritfunction\": invalid index \"1\""},
-        {inCase("<meritfunction index=\"0\" reference=\"1.0\" delta=\"AAAAAAAA8D8=\"/>"),
-         "Element \"meritfunction\": invalid reference \"1.0\""},
-        {inCase("<meritfunction index=\"0\" reference=\"AAAAAAAA8D8=\" delta=\"AAAAAAA*8D8=\"/>"),
-         "Element \"meritfunction\": invalid delta \"AAAAAAA*8D8=\""},
-        {inCase("<parameter nominal=\"AAAAAAAA8D8=\"/>"), nullptr},
-    };
-    for (const auto& [text, message] : rows) {
+    std::ifstream lines(VOCORE_APPROVED "/refused-results.txt"); // a document, and what the reader says of it
+    int documents = 0;
+    for (std::string text, message; std::getline(lines, text) && std::getline(lines, message); ++documents) {
+        SCOPED_TRACE(text);
+        if (const auto place = text.find("{ns}"); place != std::string::npos)
+            text.replace(place, 4, "https://schemas.example.org/schemas/application/msw/");
         m_folder.write("results.xml", text);
         Cases cases = vo::test::Table({vo::test::Case(9, {}, {})});
         XMLReportHeader header;
         header.title = "before";
-        EXPECT_FALSE(sp_CompileSensReportData(path("results.xml"), &cases, &header)) << text;
-        EXPECT_TRUE(cases.size() == 1 && cases.find(9)) << text;
-        EXPECT_EQ(header.title, YString("before")) << text;
-        // What a schema cannot say is left to the reader.
-        const std::string reason = message ? message : "";
-        if (reason.find("more results") == std::string::npos && reason.find("invalid index") == std::string::npos &&
-            text.find("DOCTYPE") == std::string::npos && text.find("\" 1\"") == std::string::npos) {
-            EXPECT_FALSE(validator.isValid(file())) << text;
-        }
-        if (message) {
-            EXPECT_THROW_MSG(ReportDataFile::Read(file()), VoValidationException, message) << text;
+        EXPECT_FALSE(sp_CompileSensReportData(path("results.xml"), &cases, &header));
+        EXPECT_TRUE(cases.size() == 1 && cases.find(9));
+        EXPECT_EQ(header.title, YString("before"));
+        EXPECT_EQ(validator.isValid(file()), message.rfind("(reader only)", 0) == 0) << "what a schema cannot say";
+        message.erase(0, message.find("=> ") + 3);
+        if (message != "*") {
+            EXPECT_THROW_MSG(ReportDataFile::Read(file()), VoValidationException, message);
         }
     }
+    EXPECT_GT(documents, 20);
 }
 
 TEST_F(ReportDataFiles, ThatAreCutAnywhereAreRefused)
@@ -254,14 +204,7 @@ TEST_F(ReportDataFiles, KeepTheOldOneWhenTheyCannotBeWritten)
 // Steps of one case continue one another, and what is not known is left alone.
 TEST_F(ReportDataFiles, ReadStepsInTheirOrder)
 {
-    m_folder.write("results.xml", Root + R"(<header analysis="worstcase" cores="1">
-        <meritfunction name="a"/><meritfunction name="b"/></header><case id="4">
-        <step index="0"><parameter refdes="R1" nominal="AAAAAAAA8D8=" value="AAAAAAAA8D8="/>
-        <meritfunction index="0" reference="AAAAAAAA8D8=" delta="AAAAAAAA8D8="/><note/></step>
-        <note><parameter/></note>
-        <step index="1"><parameter variable="v" nominal="AAAAAAAA8D8=" value="AAAAAAAA8D8="/>
-        <meritfunction index="1" reference="AAAAAAAA8D8=" delta="AAAAAAAA8D8="/></step></case></results>)");
-    const ReportDataFile data = ReportDataFile::Read(file());
+    const ReportDataFile data = ReportDataFile::Read(VoFilePath(VOCORE_APPROVED "/results-of-steps.xml"));
     const XMLReportInfo* info = data.cases.find(4);
     ASSERT_TRUE(info);
     ASSERT_EQ(info->lotItems.size(), 2u);

@@ -8,7 +8,6 @@
 #include <Misc/XMLReport/XMLReportInfo.h>
 
 #include <cstdint>
-#include <string>
 #include <utility>
 #include <vector>
 

@@ -162,17 +162,17 @@ protected:
         }
     }
 
-    void work()
+    void work(const VoStopFlag& stop = VoStopFlag())
     {
         switch (GetParam().work) {
         case Scenario::Work::Repair:
-            InstalledPackages::Repair(first, VoStopFlag());
+            InstalledPackages::Repair(first, stop);
             return;
         case Scenario::Work::Uninstall:
-            InstalledPackages::Uninstall(packageID);
+            InstalledPackages::Uninstall(packageID, stop);
             return;
         default:
-            install(GetParam().isSecond ? second : first);
+            install(GetParam().isSecond ? second : first, stop);
         }
     }
 
@@ -245,7 +245,7 @@ TEST_F(PublishFaultTest, AReleaseIsDeclaredWholeOrNotAtAll)
     const VoFilePath first = publish("1.0.0", First);
     for (const auto& [name, content] : Second)
         WriteBytes(sourceOf("1.1.0.0").appended(VoFilePath(name.c_str())), content);
-    const Files before = Tree(directory("server"));
+    const Files before = FilesBelow(directory("server"));
     const auto prepare = [&] {
         VoFileSystem::RemoveAll(directory("server"));
         for (const auto& [name, content] : before)
@@ -265,7 +265,7 @@ TEST_F(PublishFaultTest, AReleaseIsDeclaredWholeOrNotAtAll)
             ASSERT_TRUE(isDeclared);
         }
         if (end == End::Failed && fault.kind == Kind::FailOne) {
-            ASSERT_EQ(Tree(directory("server")), before);
+            ASSERT_EQ(FilesBelow(directory("server")), before);
         }
         work();
         ASSERT_TRUE(isDeclaredAndWhole("1.0.0"));
@@ -313,12 +313,46 @@ TEST_P(InstallFaultTest, EndsAllOldOrAllNew)
             break;
         default:
             install(first);
-            ASSERT_EQ(Tree(place()), First);
+            ASSERT_EQ(FilesBelow(place()), First);
             ASSERT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).extra.isEmpty());
             ASSERT_FALSE(InstalledPackages::IsUnfinished(packageID));
         }
     };
     forEachFault([this] { prepare(); }, [this] { work(); }, check);
+}
+
+TEST_P(InstallFaultTest, ARaisedStopFlagEndsItBetweenFilesAndTheSameCallGoesOn)
+{
+    options.reuseInstalledFiles = GetParam().copies;
+    make();
+    prepared = snapshot();
+    const Files before = placeState();
+    const std::size_t steps = StepsOf([this] { work(); }).size();
+    const Files expected = snapshot();
+    std::size_t cancelled = 0;
+    for (std::size_t n = 1; n <= steps; ++n) {
+        SCOPED_TRACE("step " + std::to_string(n));
+        prepare();
+        const VoStopFlag stop;
+        {
+            const StepWatch watch([&, count = std::size_t{0}](FileStep, const VoString&) mutable {
+                if (++count == n)
+                    stop.stop();
+            });
+            try {
+                work(stop);
+            } catch (const VoException& end) {
+                ++cancelled;
+                EXPECT_NE(std::string(end.what()).find("User cancelled"), std::string::npos) << end.what();
+                if (GetParam().work != Scenario::Work::Uninstall) {
+                    EXPECT_EQ(placeState(), before);
+                }
+            }
+        }
+        work();
+        ASSERT_EQ(snapshot(), expected);
+    }
+    EXPECT_GT(cancelled, 3u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, InstallFaultTest,

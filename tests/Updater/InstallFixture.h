@@ -5,7 +5,6 @@
 #include <Core/VoFileException.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoLocation.h>
-#include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/InstalledPackages.h>
 #include <Updater/PackageBuilder.h>
@@ -17,7 +16,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace vo::test {
@@ -31,9 +29,6 @@ using vo::updater::InstalledPackages;
 using vo::updater::PackageInstaller;
 using vo::updater::detail::FileStep;
 
-/// Files by their paths with "/".
-using Files = std::map<std::string, std::string>;
-
 /// Observes the steps on disk as long as it lives.
 class StepWatch
 {
@@ -46,15 +41,6 @@ public:
     StepWatch(const StepWatch&) = delete;
     StepWatch& operator=(const StepWatch&) = delete;
 };
-
-/// Bytes that compress badly, the same for the same seed.
-inline std::string Noise(std::size_t size, unsigned seed)
-{
-    std::mt19937 random(seed);
-    std::string bytes(size, '\0');
-    std::generate(bytes.begin(), bytes.end(), [&random] { return static_cast<char>(random()); });
-    return bytes;
-}
 
 /// Publishes releases of one package and installs them into a directory whose parents do not exist at first.
 class InstallTest : public UpdaterTest
@@ -120,13 +106,8 @@ protected:
             if (!std::filesystem::exists(root))
                 continue;
             result[std::string(top) + "/"];
-            for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-                const std::string name = top + ("/" + entry.path().lexically_relative(root).generic_string());
-                if (entry.is_directory() && !entry.is_symlink())
-                    result[name + "/"];
-                else
-                    result[name] = ReadBytes(vo::detail::FromNative(entry.path()));
-            }
+            for (auto& [name, content] : TreeOf(root))
+                result[top + ("/" + name)] = std::move(content);
         }
         return result;
     }
@@ -159,32 +140,6 @@ private:
     static VoVersion parse(const char* version) { return VoVersion::Deserialize(version); }
 
     VoFilePath m_last;
-};
-
-/// What was logged in a category while it lives.
-class LoggedTexts
-{
-public:
-    explicit LoggedTexts(const char* category)
-        : m_receiver(vo::logging::AddSink([this, name = VoString(category)](const vo::logging::Record& record) {
-            const std::lock_guard<std::mutex> guard(m_mutex);
-            if (record.category == name)
-                m_texts.push_back(record.text.toStdString());
-        }))
-    {
-    }
-
-    bool contain(const std::string& part) const
-    {
-        const std::lock_guard<std::mutex> guard(m_mutex);
-        return std::any_of(m_texts.begin(), m_texts.end(),
-                           [&part](const std::string& text) { return text.find(part) != std::string::npos; });
-    }
-
-private:
-    mutable std::mutex m_mutex;
-    std::vector<std::string> m_texts;
-    VoReceiver m_receiver;
 };
 
 /// The messages of the registry while it lives.

@@ -31,7 +31,6 @@ protected:
 TEST_F(PackageVerifierTest, ASoundReleaseVerifiesWhateverIsInstalledOnTheMachine)
 {
     const VoFilePath definition = publish("1.0.0", Content);
-    const LoggedTexts log("update builder");
     EXPECT_TRUE(verify(definition));
     EXPECT_TRUE(snapshot().empty());
     install(definition);
@@ -40,8 +39,8 @@ TEST_F(PackageVerifierTest, ASoundReleaseVerifiesWhateverIsInstalledOnTheMachine
     EXPECT_EQ(snapshot(), before);
     const std::string ids = packageID.toString().toStdString() + ", " +
                             AdvertisedPackageListing::Open(definition)->versionID().toString().toStdString();
-    EXPECT_TRUE(log.contain("Starting package verification process for [" + ids + "]"));
-    EXPECT_TRUE(log.contain("Package verification success [" + ids + "]"));
+    EXPECT_TRUE(log.contains("update builder", "Starting package verification process for [" + ids + "]"));
+    EXPECT_TRUE(log.contains("update builder", "Package verification success [" + ids + "]"));
 }
 
 TEST_F(PackageVerifierTest, EachFileThatDiffersIsTold)
@@ -53,14 +52,13 @@ TEST_F(PackageVerifierTest, EachFileThatDiffersIsTold)
     changed.back() = static_cast<char>(changed.back() ^ 1);
     WriteBytes(source.appended(VoFilePath("lib/a.dat")), changed);
     WriteBytes(source.appended(VoFilePath("lib/deep/b.dat")), "shorter");
-    const LoggedTexts log("update builder");
     EXPECT_FALSE(verify(definition));
     std::sort(texts.begin(), texts.end());
     EXPECT_EQ(texts, (std::vector<std::string>{"Files do not match: lib\\a.dat", "Files do not match: lib\\deep\\b.dat",
                                                "Original file missing for listing: readme.txt"}));
-    EXPECT_TRUE(log.contain("]: Files do not math lib\\a.dat"));
-    EXPECT_TRUE(log.contain("]: Original file missing readme.txt"));
-    EXPECT_TRUE(log.contain("Package verification failed ["));
+    EXPECT_TRUE(log.contains("update builder", "]: Files do not math lib\\a.dat"));
+    EXPECT_TRUE(log.contains("update builder", "]: Original file missing readme.txt"));
+    EXPECT_TRUE(log.contains("update builder", "Package verification failed ["));
 }
 
 TEST_F(PackageVerifierTest, AReleaseThatCannotBeInstalledThrows)

@@ -6,6 +6,7 @@
 #include <Updater/UpdatePackageBuilder.h>
 #include <Updater/detail/install/UpdatePlan.h>
 
+#include <algorithm>
 #include <vector>
 
 using namespace vo::updater;
@@ -16,45 +17,20 @@ namespace {
 
 constexpr std::uint64_t Capacity = 1000;
 
-/// A tree that changes from release to release: of 60 files some are rewritten, removed and added each time. Contents
-/// are numbered, so that none comes back.
-class ChangingTree
+/// The files of a release: from one to the next some are rewritten, removed and added, and no content comes back.
+Files FilesOfRelease(int release)
 {
-public:
-    explicit ChangingTree(unsigned seed)
-        : m_random(seed)
-    {
-        for (int i = 0; i < 60; ++i)
-            add();
+    Files files;
+    for (int i = 0; i < 100; ++i) {
+        const int added = std::max(0, i - 60) / 3;
+        const int change = (release + i) / (3 + i % 11);
+        if (release < added || (i % 9 == 0 && release > added + i / 9))
+            continue;
+        files["d" + std::to_string(i * 7 % 5) + "/f" + std::to_string(i * 31 % 100)] =
+            std::to_string(i) + ' ' + std::to_string(change) + std::string((i * 37 + change * 101) % 700, 'x');
     }
-
-    const std::map<std::string, std::string>& files() const { return m_files; }
-
-    void change()
-    {
-        for (auto file = m_files.begin(); file != m_files.end();) {
-            const auto draw = m_random() % 100;
-            if (draw < 8)
-                file->second = content();
-            file = draw >= 97 ? m_files.erase(file) : std::next(file);
-        }
-        for (auto count = 1 + m_random() % 4; count > 0; --count)
-            add();
-    }
-
-private:
-    void add() { m_files["d" + std::to_string(m_random() % 5) + "/f" + std::to_string(m_random())] = content(); }
-
-    std::string content()
-    {
-        std::string text = std::to_string(++m_contents) + ' ';
-        return text + std::string(m_random() % 700, 'x');
-    }
-
-    std::mt19937 m_random;
-    int m_contents = 0;
-    std::map<std::string, std::string> m_files;
-};
+    return files;
+}
 
 /// The bytes that the chunks of an update hold, and those of the files that it writes.
 struct Cost
@@ -78,8 +54,8 @@ class PackingOrderTest : public UpdaterTest
 protected:
     PackingOrderTest() { std::filesystem::create_directory(vo::detail::ToNative(directory("site"))); }
 
-    VoUniquePtr<AdvertisedPackageListing> publish(int minor, const std::map<std::string, std::string>& files,
-                                                  const AdvertisedPackageListing* base, bool byAge)
+    VoUniquePtr<AdvertisedPackageListing> publish(int minor, const Files& files, const AdvertisedPackageListing* base,
+                                                  bool byAge)
     {
         const VoDirectoryPath source = directory("source");
         std::filesystem::remove_all(vo::detail::ToNative(source));
@@ -122,10 +98,9 @@ std::vector<std::string> Order(const PackingOrder& order)
 
 TEST_F(PackingOrderTest, AnUpdateFromAnyReleaseFetchesHardlyMoreThanItsFiles)
 {
-    ChangingTree tree(7);
     std::vector<VoUniquePtr<AdvertisedPackageListing>> releases;
-    for (int i = 0; i < 12; ++i, tree.change())
-        releases.push_back(publish(i, tree.files(), i == 0 ? nullptr : releases.back().get(), true));
+    for (int i = 0; i < 12; ++i)
+        releases.push_back(publish(i, FilesOfRelease(i), i == 0 ? nullptr : releases.back().get(), true));
     for (std::size_t to = 0; to < releases.size(); ++to) {
         for (std::size_t from = 0; from <= to; ++from) {
             // The last turn is the first installation.
@@ -135,8 +110,8 @@ TEST_F(PackingOrderTest, AnUpdateFromAnyReleaseFetchesHardlyMoreThanItsFiles)
         }
     }
     // What the order is for: in the order of paths the next update fetches more.
-    const auto aged = publish(12, tree.files(), releases.back().get(), true);
-    const auto sorted = publish(13, tree.files(), releases.back().get(), false);
+    const auto aged = publish(12, FilesOfRelease(12), releases.back().get(), true);
+    const auto sorted = publish(13, FilesOfRelease(12), releases.back().get(), false);
     EXPECT_LE(UpdateCost(releases.back().get(), *aged).held,
               UpdateCost(releases.back().get(), *aged).needed + Capacity / 16);
     EXPECT_GT(UpdateCost(releases.back().get(), *sorted).held,

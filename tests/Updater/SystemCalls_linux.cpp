@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
-#include <cstdio>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -123,49 +122,45 @@ using namespace vo::test;
 
 #define REAL(name) static auto* const real = Real<decltype(name)>(#name)
 
+// A call of the system that works unless its turn has come.
+#define INTERPOSE(result, failure, effects, name, parameters, arguments, specification)                                \
+    result name parameters specification                                                                               \
+    {                                                                                                                  \
+        REAL(name);                                                                                                    \
+        return Faulty<result>(effects, failure, [&] { return real arguments; });                                       \
+    }
+
+#define INTERPOSE_OPENING(name, parameters, arguments)                                                                 \
+    int name parameters                                                                                                \
+    {                                                                                                                  \
+        REAL(name);                                                                                                    \
+        va_list more;                                                                                                  \
+        va_start(more, flags);                                                                                         \
+        const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;                                         \
+        va_end(more);                                                                                                  \
+        return Faulty(EffectsOfOpening(flags), -1, [&] { return real arguments; });                                    \
+    }
+
 extern "C" {
 
-int open(const char* path, int flags, ...)
-{
-    REAL(open);
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return Faulty(EffectsOfOpening(flags), -1, [&] { return real(path, flags, mode); });
-}
-
-int open64(const char* path, int flags, ...)
-{
-    REAL(open64);
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return Faulty(EffectsOfOpening(flags), -1, [&] { return real(path, flags, mode); });
-}
-
-int openat(int directory, const char* path, int flags, ...)
-{
-    REAL(openat);
-    va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return Faulty(EffectsOfOpening(flags), -1, [&] { return real(directory, path, flags, mode); });
-}
-
-DIR* opendir(const char* path)
-{
-    REAL(opendir);
-    return Faulty(Looks | TakesDescriptor, static_cast<DIR*>(nullptr), [&] { return real(path); });
-}
-
-ssize_t read(int file, void* data, size_t size)
-{
-    REAL(read);
-    return Faulty(Looks, ssize_t{-1}, [&] { return real(file, data, size); });
-}
+INTERPOSE_OPENING(open, (const char* path, int flags, ...), (path, flags, mode))
+INTERPOSE_OPENING(open64, (const char* path, int flags, ...), (path, flags, mode))
+INTERPOSE_OPENING(openat, (int directory, const char* path, int flags, ...), (directory, path, flags, mode))
+INTERPOSE(DIR*, nullptr, Looks | TakesDescriptor, opendir, (const char* path), (path), noexcept(false))
+INTERPOSE(ssize_t, -1, Looks, read, (int file, void* data, size_t size), (file, data, size), noexcept(false))
+INTERPOSE(int, -1, Changes | TakesSpace, fsync, (int file), (file), noexcept(false))
+INTERPOSE(int, -1, Changes | TakesSpace, syncfs, (int file), (file), noexcept)
+INTERPOSE(int, -1, Changes | TakesSpace, rename, (const char* from, const char* to), (from, to), noexcept)
+INTERPOSE(int, -1, Changes | TakesSpace, renameat2,
+          (int from, const char* old, int to, const char* path, unsigned flags), (from, old, to, path, flags), noexcept)
+INTERPOSE(int, -1, Changes, unlink, (const char* path), (path), noexcept)
+INTERPOSE(int, -1, Changes, unlinkat, (int directory, const char* path, int flags), (directory, path, flags), noexcept)
+INTERPOSE(int, -1, Changes, remove, (const char* path), (path), noexcept)
+INTERPOSE(int, -1, Changes, rmdir, (const char* path), (path), noexcept)
+INTERPOSE(int, -1, Changes | TakesSpace, mkdir, (const char* path, mode_t mode), (path, mode), noexcept)
+INTERPOSE(int, -1, Looks, stat, (const char* path, struct stat* information), (path, information), noexcept)
+INTERPOSE(int, -1, Looks, lstat, (const char* path, struct stat* information), (path, information), noexcept)
+INTERPOSE(char*, nullptr, Looks, realpath, (const char* path, char* resolved), (path, resolved), noexcept)
 
 ssize_t write(int file, const void* data, size_t size)
 {
@@ -180,78 +175,6 @@ ssize_t write(int file, const void* data, size_t size)
         ::kill(::getpid(), SIGKILL);
     errno = current.code;
     return -1;
-}
-
-int fsync(int file)
-{
-    REAL(fsync);
-    return Faulty(Changes | TakesSpace, -1, [&] { return real(file); });
-}
-
-int syncfs(int file) noexcept
-{
-    REAL(syncfs);
-    return Faulty(Changes | TakesSpace, -1, [&] { return real(file); });
-}
-
-int rename(const char* from, const char* to) noexcept
-{
-    REAL(rename);
-    return Faulty(Changes | TakesSpace, -1, [&] { return real(from, to); });
-}
-
-int renameat2(int fromDirectory, const char* from, int toDirectory, const char* to, unsigned flags) noexcept
-{
-    REAL(renameat2);
-    return Faulty(Changes | TakesSpace, -1, [&] { return real(fromDirectory, from, toDirectory, to, flags); });
-}
-
-int unlink(const char* path) noexcept
-{
-    REAL(unlink);
-    return Faulty(Changes, -1, [&] { return real(path); });
-}
-
-int unlinkat(int directory, const char* path, int flags) noexcept
-{
-    REAL(unlinkat);
-    return Faulty(Changes, -1, [&] { return real(directory, path, flags); });
-}
-
-int remove(const char* path) noexcept
-{
-    REAL(remove);
-    return Faulty(Changes, -1, [&] { return real(path); });
-}
-
-int rmdir(const char* path) noexcept
-{
-    REAL(rmdir);
-    return Faulty(Changes, -1, [&] { return real(path); });
-}
-
-int mkdir(const char* path, mode_t mode) noexcept
-{
-    REAL(mkdir);
-    return Faulty(Changes | TakesSpace, -1, [&] { return real(path, mode); });
-}
-
-int stat(const char* path, struct stat* information) noexcept
-{
-    REAL(stat);
-    return Faulty(Looks, -1, [&] { return real(path, information); });
-}
-
-int lstat(const char* path, struct stat* information) noexcept
-{
-    REAL(lstat);
-    return Faulty(Looks, -1, [&] { return real(path, information); });
-}
-
-char* realpath(const char* path, char* resolved) noexcept
-{
-    REAL(realpath);
-    return Faulty(Looks, static_cast<char*>(nullptr), [&] { return real(path, resolved); });
 }
 
 } // extern "C"

@@ -49,7 +49,7 @@ protected:
     }
 
     /// The published folder.
-    Files folder() const { return Tree(declarations().parent()); }
+    Files folder() const { return FilesBelow(declarations().parent()); }
     /// Puts another one in its place.
     void putFolder(const Files& files) const
     {

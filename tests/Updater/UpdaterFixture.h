@@ -1,5 +1,8 @@
 #pragma once
 
+#include <LogCapture.h>
+#include <RandomBytes.h>
+#include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
 #include <Core/VoChecksum.h>
@@ -10,7 +13,6 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoTemporaryDir.h>
 #include <FileSystem/detail/NativePath.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/AdvertisedPackageListing.h>
 
 #include <QtCore/QByteArray>
@@ -20,8 +22,6 @@
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
-#include <map>
-#include <random>
 #include <string>
 
 namespace vo::test {
@@ -49,31 +49,26 @@ inline VoDownloadSize Bytes(std::int64_t count)
     return VoDownloadSize(count);
 }
 
+/// Files by their paths with "/".
+using Files = Tree;
+
 /// A directory for one test, removed with all it holds.
 class UpdaterTest : public testing::Test
 {
 protected:
-    /// What these tests provoke is not shown on standard error.
-    UpdaterTest() { vo::logging::DisableStandardError(); }
-    ~UpdaterTest() override { vo::logging::EnableStandardError(); }
-
     VoDirectoryPath directory(const char* name) const { return m_scratch.path().directory(name); }
     VoFilePath file(const char* name) const { return m_scratch.path().appended(VoFilePath(name)); }
 
-    /// All files below a directory, by their paths relative to it with "/".
-    static std::map<std::string, std::string> Tree(const VoDirectoryPath& directory)
+    /// The files below a directory, without the directories.
+    static Files FilesBelow(const VoDirectoryPath& directory)
     {
-        std::map<std::string, std::string> files;
-        const auto root = vo::detail::ToNative(directory);
-        if (!std::filesystem::exists(root))
-            return files;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-            if (entry.is_regular_file())
-                files[entry.path().lexically_relative(root).generic_string()] =
-                    ReadBytes(vo::detail::FromNative(entry.path()));
-        }
-        return files;
+        Files found = TreeOf(vo::detail::ToNative(directory));
+        for (auto entry = found.begin(); entry != found.end();)
+            entry = entry->first.back() == '/' ? found.erase(entry) : std::next(entry);
+        return found;
     }
+
+    LogCapture log; // what these tests provoke is not shown on standard error
 
 private:
     VoTemporaryDir m_scratch;

@@ -27,8 +27,11 @@ inline Tree TreeOf(const std::filesystem::path& root)
             found[name + "/"];
             continue;
         }
-        std::ifstream file(entry.path(), std::ios_base::binary);
-        found[name].assign(std::istreambuf_iterator<char>(file), {});
+        std::string& content = found[name];
+        if (entry.is_regular_file()) {
+            std::ifstream file(entry.path(), std::ios_base::binary);
+            content.assign(std::istreambuf_iterator<char>(file), {});
+        }
     }
     return found;
 }
@@ -82,8 +85,7 @@ public:
     /// Runs a Python script in the directory; gives what it prints.
     std::string python(const std::string& script) const
     {
-        write("script.py", script);
-        const std::string run = "cd '" + native().string() + "' && /usr/bin/python3 script.py >out 2>&1";
+        const std::string run = "cd '" + native().string() + "' && /usr/bin/python3 '" + script + "' >out 2>&1";
         return std::system(run.c_str()) == 0 ? read("out") : read("out") + "failed";
     }
 

@@ -1,19 +1,18 @@
 #include <ScriptedHttpServer.h>
 
 #include <QtCore/QPointer>
+#include <QtCore/QStringList>
 #include <QtCore/QThread>
 #include <QtCore/QTimer>
 #include <QtNetwork/QHostAddress>
 #include <QtNetwork/QTcpServer>
 #include <QtNetwork/QTcpSocket>
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <future>
 #include <mutex>
-#include <optional>
 
 #if defined(__unix__)
 #include <sys/socket.h>
@@ -24,13 +23,6 @@ namespace vo::test {
 namespace {
 
 constexpr std::size_t Block = std::size_t{64} * 1024;
-
-std::string Lower(std::string text)
-{
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
 
 // Closing with a linger time of zero sends a reset instead of an orderly end.
 void Reset(QTcpSocket& socket)
@@ -61,9 +53,7 @@ std::string Headers(const ScriptedAnswer& answer)
 
 std::string Chunk(const std::string& bytes)
 {
-    char size[32];
-    std::snprintf(size, sizeof size, "%zx\r\n", bytes.size());
-    return size + bytes + "\r\n";
+    return QByteArray::number(static_cast<int>(bytes.size()), 16).toStdString() + "\r\n" + bytes + "\r\n";
 }
 
 } // namespace
@@ -154,19 +144,13 @@ private:
 
     static ScriptedRequest Parse(const std::string& text)
     {
+        const QStringList lines = QString::fromStdString(text).split(QStringLiteral("\r\n"));
         ScriptedRequest request;
-        const std::size_t first = text.find(' ');
-        const std::size_t second = text.find(' ', first + 1);
-        request.method = text.substr(0, first);
-        request.target = text.substr(first + 1, second - first - 1);
-        std::size_t line = text.find("\r\n");
-        while (line != std::string::npos) {
-            const std::size_t start = line + 2;
-            line = text.find("\r\n", start);
-            const std::string header = text.substr(start, line == std::string::npos ? line : line - start);
-            const std::size_t colon = header.find(": ");
-            if (colon != std::string::npos)
-                request.headers[Lower(header.substr(0, colon))] = header.substr(colon + 2);
+        request.method = lines.first().section(QLatin1Char(' '), 0, 0).toStdString();
+        request.target = lines.first().section(QLatin1Char(' '), 1, 1).toStdString();
+        for (const QString& line : lines.mid(1)) {
+            const std::string name = line.section(QStringLiteral(": "), 0, 0).toLower().toStdString();
+            request.headers[name] = line.section(QStringLiteral(": "), 1).toStdString();
         }
         return request;
     }

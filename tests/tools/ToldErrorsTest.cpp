@@ -46,39 +46,6 @@ protected:
 
 } // namespace
 
-TEST_F(ToldErrors, ADocumentThatCannotBeReadIsNamedAsItWasTyped)
-{
-    struct
-    {
-        const char* name;
-        const char* why;
-        int code;
-    } const documents[] = {
-        {"missing.xml", "File not found", 1},
-        {"folder", "Is a directory", 1},
-
-        {"page.html", "it is a web page", 1},
-        {"hostile.xml", "Document type declarations are not allowed", 6},
-    };
-    std::vector<Told> rows;
-    for (const auto& [name, why, code] : documents) {
-        const std::string document = name;
-        const std::string error = "cannot read " + document + ": " + why;
-        for (const std::string& arguments :
-             {"releases " + document, "show " + document, "diff " + document + " x.xml",
-              "plan " + document + " --to app", "install " + document + " --to app",
-              "publish src --name N --release 2 --to " + document, "verify-release " + document + " --source src"}) {
-            if (arguments.rfind("publish", 0) != 0 || std::string(why) != "File not found") // that is made
-                rows.push_back({arguments, code, error});
-        }
-        rows.push_back({"report worstcase " + document + " o.html", 1, error});
-    }
-    rows.push_back({"show other.xml", 1, "cannot read other.xml: it is another kind of document"});
-    rows.push_back({"releases other.xml", 1, "other.xml is not a declarations file"});
-    check(rows);
-    EXPECT_EQ(vo("releases page.html -v").err.find("\\"), std::string::npos) << "paths of this system";
-}
-
 TEST_F(ToldErrors, WhatWasWantedTheUsersNameAndTheSystemsReason)
 {
     write("bad.csv", "a\n\"b\n");
@@ -90,10 +57,20 @@ TEST_F(ToldErrors, WhatWasWantedTheUsersNameAndTheSystemsReason)
     write("o.xlsx", "old");
     EXPECT_TRUE(QDir().mkpath(path("empty")));
     check(session("told-errors.txt"));
+    EXPECT_EQ(vo("releases page.html -v").err.find("\\"), std::string::npos) << "paths of this system";
     EXPECT_EQ(read("o.xlsx"), "old");
     const Tree left = tree(".");
     for (const char* file : {"p.xml", "o.csv", "o.html", "z.zip"})
         EXPECT_EQ(left.count(file), 0u) << file;
+}
+
+TEST_F(ToldErrors, AWrongCommandLineGivesOneHelpfulLineAndTheExitCodeTwo)
+{
+    for (const Told& row : session("wrong-usage.txt"))
+        EXPECT_EQ(expectTold(vo(row.arguments), row).out, "") << row.arguments;
+    EXPECT_EQ(tree(".").count("d.xml"), 0u);
+    EXPECT_FALSE(exists("data"));
+    EXPECT_EQ(vo("--version").out, "vo " VO_VERSION "\n");
 }
 
 TEST_F(ToldErrors, AServersAnswerIsToldOnceAndWithItsUrl)

@@ -1,5 +1,6 @@
 #include <VoTestSupport.h>
 #include <vo/line/Values.h>
+#include <vo/screen/TableOutput.h>
 
 using namespace vo::tool;
 
@@ -60,4 +61,13 @@ TEST(ParseRelease, RefusesWhatIsNoNumber)
     for (const char* text : {"", ".", "1.", ".1", "1..2", "-1.2.3", "1.-2.3", "1.2.3.4.5", "v1", "1.2.x", " 1", "1.2 ",
                              "2147483648", "99999999999.1"})
         EXPECT_FALSE(ParseRelease(text)) << text;
+}
+
+TEST(SheetName, AFilesNameBecomesASheetName)
+{
+    for (const auto& [name, sheet] :
+         {std::pair("a:b/c[1]'", "a_b_c_1__"), std::pair("", "Sheet"), std::pair(" ", "Sheet"),
+          std::pair("0123456789012345678901234567890123", "0123456789012345678901234567890")})
+        EXPECT_EQ(SheetName(name, 0).toStdString(), sheet);
+    EXPECT_EQ(SheetName("0123456789012345678901234567890123", 1).toStdString(), "012345678901234567890123456 (2)");
 }

@@ -1,5 +1,6 @@
 #include "VoProgram.h"
 
+#include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QRegularExpression>
 
@@ -42,6 +43,8 @@ QProcessEnvironment VoProgram::environment() const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("VOAPPDATAPATH"), path("data"));
+    environment.insert(QStringLiteral("PATH"), QFileInfo(QStringLiteral(VO_PROGRAM)).path() + QLatin1Char(':') +
+                                                   environment.value(QStringLiteral("PATH")));
     return environment;
 }
 
@@ -62,6 +65,11 @@ Outcome VoProgram::run(const QString& program, const QStringList& arguments)
     process.setWorkingDirectory(path("."));
     process.start(program, arguments);
     return Finished(process);
+}
+
+Outcome VoProgram::shell(const std::string& script)
+{
+    return run(QStringLiteral("sh"), {QStringLiteral("-c"), Q(script)});
 }
 
 Outcome VoProgram::vo(const QStringList& arguments)
@@ -137,11 +145,6 @@ std::vector<Told> VoProgram::session(const std::string& file)
     return rows;
 }
 
-void VoProgram::remove(const std::string& name) const
-{
-    EXPECT_GT(std::filesystem::remove_all(m_scratch.native(name)), 0u) << name;
-}
-
 void VoProgram::fillSource(const std::string& name, int files) const
 {
     for (int i = 0; i < files; ++i) {
@@ -159,10 +162,4 @@ QJsonObject VoProgram::publish(const std::string& folder, const std::string& rel
 {
     return voJson("publish @" + folder + " --to @pub/declarations.xml --name Examples --release " + release + " " +
                   more);
-}
-
-std::string VoProgram::definition(const QJsonObject& published) const
-{
-    return "pub/packages/" + published[QStringLiteral("package")].toString().toStdString() + "/" +
-           published[QStringLiteral("release")].toString().toStdString() + "/package.xml";
 }

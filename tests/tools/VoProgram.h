@@ -61,7 +61,6 @@ protected:
     QString path(const std::string& name) const { return QString::fromStdString(text(name)); }
     void write(const std::string& name, const QByteArray& bytes) const { m_scratch.write(name, bytes.toStdString()); }
     QByteArray read(const std::string& name) const { return QByteArray::fromStdString(m_scratch.read(name)); }
-    void remove(const std::string& name) const; ///< A file, or a folder with all that it holds.
     bool exists(const std::string& name) const { return std::filesystem::exists(m_scratch.native(name)); }
     Tree tree(const std::string& name) const { return m_scratch.tree(name); }
 
@@ -69,13 +68,13 @@ protected:
     void fillSource(const std::string& name, int files) const;
     /// Publishes a folder to "pub/declarations.xml" under the name "Examples", and expects that to succeed.
     QJsonObject publish(const std::string& folder, const std::string& release, const std::string& more = "");
-    /// The definition file of a release published by publish(), relative to the scratch directory.
-    std::string definition(const QJsonObject& published) const;
+    /// Runs a script of the shell there, for which "vo" is the program.
+    Outcome shell(const std::string& script);
+
+    vo::test::ScratchFolder m_scratch;
 
 private:
     QProcessEnvironment environment() const;
     Outcome run(const QString& program, const QStringList& arguments);
     QStringList words(const std::string& arguments) const;
-
-    vo::test::ScratchFolder m_scratch;
 };
