@@ -71,7 +71,7 @@ public:
     /// @return whether the action is enabled; otherwise nothing is done
     bool trigger();
 
-    /// Calls @p callback with each property that has changed. What listeners change themselves is told after that, and
+    /// Calls `callback` with each property that has changed. What listeners change themselves is told after that, and
     /// what they throw is logged in the category "actions".
     /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] VoReceiver connect(std::function<void(Property)> callback);

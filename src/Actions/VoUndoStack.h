@@ -65,7 +65,7 @@ public:
     /// throws
     void redo();
 
-    /// Runs @p body with a Group open, so that what it pushes is undone as one. What it throws passes through, after
+    /// Runs `body` with a Group open, so that what it pushes is undone as one. What it throws passes through, after
     /// all that it has pushed was taken back.
     void group(const VoString& text, const std::function<void()>& body);
 
@@ -84,7 +84,7 @@ public:
     /// @throws VoIndexOutOfBoundsException with index and size, when there is none
     const VoString& text(std::size_t index) const;
 
-    /// Calls @p callback after each change of state() with the new one. What it throws is logged in the category
+    /// Calls `callback` after each change of state() with the new one. What it throws is logged in the category
     /// "actions".
     /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] VoReceiver connect(std::function<void(const State&)> callback);

@@ -89,7 +89,7 @@ public:
     void publish(const T& value) const { publishVariant(VoVariant(value)); }
     /// @}
 
-    /// Calls @p callback with the new value of each change while the receiver lives, as VoGlobalValues::Connect().
+    /// Calls `callback` with the new value of each change while the receiver lives, as VoGlobalValues::Connect().
     [[nodiscard]] VoReceiver connect(std::function<void(const T&)> callback) const
     {
         if (!callback)

@@ -55,12 +55,12 @@ public:
     /// For what tries things out and leaves no trace, such as a test.
     /// @{
     static VoProperties Changed(); ///< The values that differ from their defaults, by name.
-    /// Sets the values of @p changed, and all others to their defaults. Read-only ones stay as they are. Throws as
+    /// Sets the values of `changed`, and all others to their defaults. Read-only ones stay as they are. Throws as
     /// Set() for a value that is not allowed, before anything is changed; names that are not defined count for nothing.
     static void Restore(const VoProperties& changed);
     /// @}
 
-    /// Calls @p callback with every change while the receiver lives. Destroying the receiver waits for a callback that
+    /// Calls `callback` with every change while the receiver lives. Destroying the receiver waits for a callback that
     /// just runs on another thread. Throws VoInvalidParameterException("Invalid callback") when it is empty.
     [[nodiscard]] static VoReceiver Connect(std::function<void(const VoValueChange&)> callback);
     /// The same for one value.

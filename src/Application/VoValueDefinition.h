@@ -26,7 +26,7 @@ struct VOCORE_EXPORT VoValueDefinition
     /// The allowed kind: that of the default.
     VoVariant::Type type() const noexcept { return defaultValue.type(); }
 
-    /// Whether @p name can be one: 1 to 100 ASCII letters, digits, "_", "-" and ".", a letter first.
+    /// Whether `name` can be one: 1 to 100 ASCII letters, digits, "_", "-" and ".", a letter first.
     static bool IsValidName(const VoString& name);
 
     /// Throws VoInvalidParameterException for a definition that cannot be used: "Invalid value name: " and the name,
@@ -38,7 +38,7 @@ struct VOCORE_EXPORT VoValueDefinition
     /// 7", "String, one of: red, green".
     VoString allowedForm() const;
 
-    /// Whether @p value is of the kind, within the bounds and among the choices. NaN is within no bounds.
+    /// Whether `value` is of the kind, within the bounds and among the choices. NaN is within no bounds.
     bool isAllowed(const VoVariant& value) const;
 
     /// Throws VoInvalidParameterException "Invalid value for " + name + ": " + value + " (" + kind + "), allowed: " +

@@ -5,6 +5,7 @@
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
+#include <Core/detail/Escapes.h>
 #include <Documents/VoOOXMLWriterSpreadsheet.h>
 #include <Documents/VoZipArchive.h>
 #include <Documents/VoZipFile.h>
@@ -35,26 +36,19 @@ bool IsSheetName(const VoString& name)
         return false;
     if (bytes.front() == '\'' || bytes.back() == '\'' || bytes.find_first_of(":\\/?*[]") != std::string::npos)
         return false;
-    return std::none_of(bytes.begin(), bytes.end(),
-                        [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
+    return std::none_of(bytes.begin(), bytes.end(), vo::detail::IsControl);
 }
 
 // The sheet's name as it stands in the names of parts, which programs compare letter by letter: plain characters as
 // they are, all others as in a URL.
 std::string PartName(const VoString& name)
 {
-    static constexpr char digits[] = "0123456789ABCDEF";
     std::string part;
     for (const char c : name.toStdString()) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool plain = VoString::IsLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.';
-        if (plain) {
+        if (VoString::IsLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.')
             part += c;
-        } else {
-            part += '%';
-            part += digits[byte >> 4];
-            part += digits[byte & 0xF];
-        }
+        else
+            vo::detail::AppendPercent(part, c);
     }
     return part + ".xml";
 }

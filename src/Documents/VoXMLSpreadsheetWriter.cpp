@@ -2,14 +2,17 @@
 
 #include <Core/VoString.h>
 #include <Core/VoVariant.h>
+#include <Documents/detail/CellCode.h>
 #include <IO/VoIODevice.h>
 #include <IO/VoIOException.h>
 #include <XML/VoXMLStreamElementWriter.h>
 #include <XML/VoXMLStreamWriter.h>
 #include <XML/detail/XMLText.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -36,22 +39,15 @@ bool IsNumber(const VoVariant& value)
 // The text with the characters that XML cannot hold written as their numbers.
 VoString Writable(VoString text)
 {
-    static constexpr char digits[] = "0123456789ABCDEF";
     if (vo::detail::IsXMLText(text))
         return text;
-    const std::string& bytes = text.toStdString();
+    std::string_view rest = text.toStdString();
     std::string writable;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(bytes[i]);
-        const std::string nonCharacter = bytes.substr(i, 3);
-        if (byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r') {
-            writable += std::string("_x00") + digits[byte >> 4] + digits[byte & 0xF] + '_';
-        } else if (nonCharacter == "\xEF\xBF\xBE" || nonCharacter == "\xEF\xBF\xBF") {
-            writable += nonCharacter[2] == '\xBE' ? "_xFFFE_" : "_xFFFF_";
-            i += 2;
-        } else {
-            writable += bytes[i];
-        }
+    while (!rest.empty()) {
+        const std::size_t coded = rest.front() == '\r' ? 0 : vo::detail::AppendCellCode(writable, rest);
+        if (coded == 0)
+            writable += rest.front();
+        rest.remove_prefix(std::max<std::size_t>(coded, 1));
     }
     return VoString(std::move(writable));
 }

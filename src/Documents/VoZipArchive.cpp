@@ -45,15 +45,15 @@ std::string StoredName(const VoFilePath& path)
 const char* ReadMessage(int code)
 {
     switch (code) {
-    case -100:
+    case vo::detail::ZipEndOfList:
         return "Unzip end of list of file";
-    case -102:
+    case vo::detail::ZipWrongParameter:
         return "Unzip param error";
-    case -103:
+    case vo::detail::ZipBadFile:
         return "Unzip bad zip file";
-    case -104:
+    case vo::detail::ZipInternalError:
         return "Unzip internal error";
-    case -105:
+    case vo::detail::ZipWrongChecksum:
         return "Unzip CRC error";
     default:
         return "Unzip faliure"; // spelt so in the messages that callers know
@@ -63,11 +63,11 @@ const char* ReadMessage(int code)
 const char* WriteMessage(int code)
 {
     switch (code) {
-    case -102:
+    case vo::detail::ZipWrongParameter:
         return "Zip param error";
-    case -103:
+    case vo::detail::ZipBadFile:
         return "Zip bad zip file";
-    case -104:
+    case vo::detail::ZipInternalError:
         return "Zip internal error";
     default:
         return "Zip failure";

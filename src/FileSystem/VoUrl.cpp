@@ -1,6 +1,7 @@
 #include <FileSystem/VoUrl.h>
 
 #include <Core/VoFileException.h>
+#include <Core/detail/Escapes.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/detail/PathText.h>
 
@@ -28,16 +29,11 @@ bool IsUnreserved(char byte) noexcept
 
 void AppendEncoded(std::string& text, std::string_view piece)
 {
-    constexpr char digits[] = "0123456789ABCDEF";
     for (const char byte : piece) {
-        if (IsUnreserved(byte)) {
+        if (IsUnreserved(byte))
             text += byte;
-            continue;
-        }
-        const auto value = static_cast<unsigned char>(byte);
-        text += '%';
-        text += digits[value >> 4];
-        text += digits[value & 15];
+        else
+            vo::detail::AppendPercent(text, byte);
     }
 }
 

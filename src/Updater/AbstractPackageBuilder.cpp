@@ -61,10 +61,11 @@ struct ReleasePlaces
 struct AbstractPackageBuilder::Message::Private
 {
     VoString message;
+    Kind kind;
 };
 
-AbstractPackageBuilder::Message::Message(const VoString& message)
-    : m_private(new Private{message})
+AbstractPackageBuilder::Message::Message(const VoString& message, Kind kind)
+    : m_private(new Private{message, kind})
 {
 }
 
@@ -73,6 +74,11 @@ AbstractPackageBuilder::Message::~Message() = default;
 const VoString& AbstractPackageBuilder::Message::message() const
 {
     return m_private->message;
+}
+
+AbstractPackageBuilder::Message::Kind AbstractPackageBuilder::Message::kind() const
+{
+    return m_private->kind;
 }
 
 struct AbstractPackageBuilder::Private
@@ -95,7 +101,7 @@ struct AbstractPackageBuilder::Private
     bool finalised = false;
     VoBroadcaster<VoSharedPtr<Message>> broadcaster;
 
-    void broadcast(const VoString& text, const AbstractPackageBuilder& builder);
+    void broadcast(const VoString& text, const AbstractPackageBuilder& builder, Message::Kind kind = Message::Step);
     void moveChunk(const VoUUID& id, const VoDirectoryPath& directory, Publication& publication);
     void endAge(const std::vector<SourceFile>& next);
 };
@@ -121,10 +127,11 @@ private:
     Private& m_builder;
 };
 
-void AbstractPackageBuilder::Private::broadcast(const VoString& text, const AbstractPackageBuilder& builder)
+void AbstractPackageBuilder::Private::broadcast(const VoString& text, const AbstractPackageBuilder& builder,
+                                                Message::Kind kind)
 {
     try {
-        broadcaster.broadcast(VoSharedPtr<Message>::Make(text));
+        broadcaster.broadcast(VoSharedPtr<Message>::Make(text, kind));
     } catch (const VoUserCancelledException&) {
         throw;
     } catch (...) {
@@ -285,7 +292,7 @@ void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath&
     RequirePublishableTarget(target);
     requireNew(target);
 
-    announce("Adding file to package: " + target.path());
+    announce("Adding file to package: " + target.path(), Message::FileAdded);
     if (target.path().size() > LongTarget) {
         warning("File path exceeds 160 characters: " + target.path());
         m_private->broadcast("Warning - File path exceeds 160 characters: " + target.path(), *this);
@@ -461,20 +468,10 @@ void AbstractPackageBuilder::error(const VoString& text) const
     PublishingLog().error(labelled(text));
 }
 
-void AbstractPackageBuilder::announce(const VoString& text)
+void AbstractPackageBuilder::announce(const VoString& text, Message::Kind kind)
 {
     diagnostic(text);
-    m_private->broadcast(text, *this);
-}
-
-VoFilePath AbstractPackageBuilder::chunkIntermediatePath(const VoUUID& chunkID) const
-{
-    return m_private->chunks->path(chunkID);
-}
-
-VoFilePath AbstractPackageBuilder::chunkTargetPath(const VoUUID& chunkID)
-{
-    return ChunkPath(chunkID);
+    m_private->broadcast(text, *this, kind);
 }
 
 void AbstractPackageBuilder::writeChunk()

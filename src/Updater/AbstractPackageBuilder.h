@@ -37,12 +37,20 @@ public:
     class VOCORE_EXPORT Message
     {
     public:
-        explicit Message(const VoString& message); ///< The line.
+        /// What a line tells of, for a display that counts.
+        enum Kind
+        {
+            Step,     ///< Anything else.
+            FileAdded ///< A file begins to be added: one such line for each of filesListed().
+        };
+
+        explicit Message(const VoString& message, Kind kind = Step); ///< The line and what it tells of.
         Message(const Message&) = delete;
         Message& operator=(const Message&) = delete;
         ~Message();
 
         const VoString& message() const; ///< The line, without a line break at its end.
+        Kind kind() const;               ///< What it tells of.
 
     private:
         struct Private;
@@ -159,8 +167,6 @@ private:
     void addDirectory(const VoDirectoryPath& directory, const VoFilePath& declarationsFile, bool byAge = false);
     AdvertisedFileListing packFile(const VoFilePath& source, const VoFilePath& target);
 
-    VoFilePath chunkIntermediatePath(const VoUUID& chunkID) const;
-    static VoFilePath chunkTargetPath(const VoUUID& chunkID);
     void writeChunk();
 
     void requireDeclarable(const AdvertisedPackages& declarations) const;
@@ -170,7 +176,7 @@ private:
     void waitForOthers(const VoFilePath& declarationsFile);
     void warnOfOwnOutput(const VoFilePath& declarationsFile) const;
 
-    void announce(const VoString& text);
+    void announce(const VoString& text, Message::Kind kind = Message::Step);
     VoString labelled(const VoString& text) const;
 
     std::unique_ptr<Private> m_private;

@@ -63,7 +63,7 @@ private:
     bool m_merges;
 };
 
-VoUniquePtr<VoCommand> typed(Document& document, char letter, bool merges = false)
+VoUniquePtr<VoCommand> Typed(Document& document, char letter, bool merges = false)
 {
     return VoUniquePtr<VoCommand>(new Type(document, letter, merges));
 }
@@ -141,7 +141,7 @@ protected:
         for (int count = below(4); count > 0; --count) {
             const bool isGroup = depth < 3 && below(3) == 0;
             if (!isGroup)
-                stack.push(typed(document, letter(), below(2) == 0));
+                stack.push(Typed(document, letter(), below(2) == 0));
             kept = (!isGroup || pushGroup(depth + 1)) || kept;
         }
         return kept;
@@ -169,7 +169,7 @@ protected:
         const int kind = below(16);
         if (kind < 6) {
             const bool merges = below(2) == 0;
-            if (done([&] { stack.push(typed(document, letter(), merges)); }))
+            if (done([&] { stack.push(Typed(document, letter(), merges)); }))
                 model.push(document.text, merges);
         } else if (kind < 9 && model.index > 0) {
             if (done([&] { stack.undo(); }))
@@ -227,7 +227,7 @@ TEST_F(History, TellsWhatItCannotDo)
     EXPECT_THROW_MSG(stack.text(0), VoIndexOutOfBoundsException, "Index out of bounds [0,0]");
     auto outer = std::make_unique<VoUndoStack::Group>(stack, "outer");
     auto inner = std::make_unique<VoUndoStack::Group>(stack, "inner");
-    stack.push(typed(document, 'a'));
+    stack.push(Typed(document, 'a'));
     for (const auto member : {&VoUndoStack::undo, &VoUndoStack::redo, &VoUndoStack::clear, &VoUndoStack::setClean})
         EXPECT_THROW_MSG((stack.*member)(), VoInvalidCallException, "Group is open");
     EXPECT_THROW_MSG(outer->commit(), VoInvalidCallException, "Group is open");
@@ -235,7 +235,7 @@ TEST_F(History, TellsWhatItCannotDo)
     EXPECT_EQ(document.text, "");
     EXPECT_THROW_MSG(inner->commit(), VoInvalidCallException, "Group is not open");
     const VoUndoStack::Group later(stack, "later");
-    stack.push(typed(document, 'b'));
+    stack.push(Typed(document, 'b'));
     inner.reset(); // which must leave the later one alone
     EXPECT_EQ(document.text, "b");
 }
@@ -247,7 +247,7 @@ TEST_F(History, IsNotChangedByItsOwnCommandsAndListeners)
     EXPECT_THROW_MSG(stack.push(
                          "x", [&] { stack.clear(); }, [] {}),
                      VoInvalidCallException, "Undo stack is in use");
-    stack.push(typed(document, 'a'));
+    stack.push(Typed(document, 'a'));
     EXPECT_EQ(document.text, "a");
     EXPECT_EQ(log.count(vo::logging::Level::Error, "actions", "Exception in listener: Undo stack is in use"), 1u);
 }
@@ -255,7 +255,7 @@ TEST_F(History, IsNotChangedByItsOwnCommandsAndListeners)
 TEST_F(History, IsEmptiedWhenTheWayBackFailsToo)
 {
     const vo::test::LogCapture log;
-    stack.push(typed(document, 'a'));
+    stack.push(Typed(document, 'a'));
     EXPECT_THROW_MSG(stack.group("g",
                                  [&] {
                                      stack.push(
@@ -267,7 +267,7 @@ TEST_F(History, IsEmptiedWhenTheWayBackFailsToo)
     EXPECT_FALSE(stack.isClean());
     EXPECT_EQ(log.count(vo::logging::Level::Error, "actions", "Cannot take back \"x\", the history is emptied: stuck"),
               1u);
-    EXPECT_NO_THROW(stack.push(typed(document, 'b')));
+    EXPECT_NO_THROW(stack.push(Typed(document, 'b')));
 }
 
 TEST(VoUndoStack, MayEndBeforeItsGroups)
@@ -275,7 +275,7 @@ TEST(VoUndoStack, MayEndBeforeItsGroups)
     Document document;
     auto stack = std::make_unique<VoUndoStack>();
     VoUndoStack::Group group(*stack, "g");
-    stack->push(typed(document, 'a'));
+    stack->push(Typed(document, 'a'));
     stack.reset();
     EXPECT_THROW_MSG(group.commit(), VoInvalidCallException, "Group is not open");
     EXPECT_EQ(document.text, "a");

@@ -22,7 +22,7 @@ public:
 
     ~ChangeNotifier() override;
 
-    /// Calls @p callback with each change of the value @p name, of all values for an empty name. Throws
+    /// Calls `callback` with each change of the value `name`, of all values for an empty name. Throws
     /// VoInvalidParameterException("Invalid callback") when it is empty.
     [[nodiscard]] VoReceiver connect(const VoString& name, Callback callback);
 

@@ -5,7 +5,7 @@
 
 namespace vo::detail {
 
-/// Takes @p blocks blocks of 136 bytes from each of the pointers into the state of the same number (25 words each, one
+/// Takes `blocks` blocks of 136 bytes from each of the pointers into the state of the same number (25 words each, one
 /// behind the other).
 using KeccakAbsorb = void (*)(std::uint64_t* states, const char* const* bytes, std::size_t blocks);
 

@@ -17,7 +17,7 @@ namespace vo::detail {
 class ArchiveFile;
 struct ZipEntry;
 
-/// Result codes that are decided by us as well.
+/// The library's result codes that have texts of their own, or are decided by us as well.
 enum ZipCode : int
 {
     ZipDone = 0,
@@ -25,6 +25,7 @@ enum ZipCode : int
     ZipEndOfList = -100,
     ZipWrongParameter = -102,
     ZipBadFile = -103,
+    ZipInternalError = -104,
     ZipWrongChecksum = -105
 };
 

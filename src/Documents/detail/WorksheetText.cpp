@@ -3,6 +3,7 @@
 #include <Core/VoString.h>
 #include <Core/VoVariant.h>
 #include <Core/detail/NumberText.h>
+#include <Documents/detail/CellCode.h>
 #include <Documents/detail/WorksheetLayout.h>
 #include <Subsystem/VoLogging.h>
 #include <XML/detail/XMLText.h>
@@ -83,12 +84,6 @@ bool StartsLikeCode(std::string_view text)
 {
     return text.size() >= 7 && text[0] == '_' && text[1] == 'x' && text[6] == '_' &&
            std::all_of(text.begin() + 2, text.begin() + 6, IsHexDigit);
-}
-
-// U+FFFE and U+FFFF, which XML cannot hold.
-bool StartsWithNonCharacter(std::string_view text)
-{
-    return text.size() >= 3 && text[0] == '\xEF' && text[1] == '\xBF' && (text[2] == '\xBE' || text[2] == '\xBF');
 }
 
 // A tab and a line feed survive XML; a carriage return would come back as a line feed.
@@ -217,7 +212,6 @@ std::string_view WorksheetText::shortened(std::size_t column, std::string_view t
 
 void WorksheetText::appendText(std::string_view text)
 {
-    static constexpr char digits[] = "0123456789ABCDEF";
     std::size_t done = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
@@ -235,15 +229,9 @@ void WorksheetText::appendText(std::string_view text)
             m_text += "&quot;";
         } else if (byte == '_' && StartsLikeCode(text.substr(i))) {
             m_text += "_x005F_";
-        } else if (byte < 0x20) {
-            m_text += "_x00";
-            m_text += digits[byte >> 4];
-            m_text += digits[byte & 0xF];
-            m_text += '_';
-        } else if (StartsWithNonCharacter(text.substr(i))) {
-            m_text += text[i + 2] == '\xBE' ? "_xFFFE_" : "_xFFFF_";
-            i += 2;
-            done = i + 1;
+        } else if (const std::size_t length = AppendCellCode(m_text, text.substr(i))) {
+            done = i + length;
+            i = done - 1;
         } else {
             done = i;
         }

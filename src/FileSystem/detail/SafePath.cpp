@@ -1,6 +1,7 @@
 #include <FileSystem/detail/SafePath.h>
 
 #include <Core/VoString.h>
+#include <Core/detail/Escapes.h>
 #include <FileSystem/VoFilePath.h>
 
 #include <algorithm>
@@ -22,11 +23,6 @@ bool EqualIgnoringCase(std::string_view a, std::string_view b) noexcept
 {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](char x, char y) { return UpperCase(x) == UpperCase(y); });
-}
-
-bool IsControl(char c) noexcept
-{
-    return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
 }
 
 bool IsBlankOrDot(char c) noexcept

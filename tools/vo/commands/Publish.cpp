@@ -198,7 +198,7 @@ void Build(Session& session, AbstractPackageBuilder& builder, const Request& req
         // The builder ends when a receiver wishes so; until the release is declared nothing is published.
         session.stop.throwIfStopped();
         console.detail(TextOfLibrary(message->message()));
-        if (message->message().startsWith("Adding file to package: "))
+        if (message->kind() == AbstractPackageBuilder::Message::FileAdded)
             console.progress("Packing", ProgressLine::Unit::Files, begun++, builder.filesListed());
     });
     builder.setTerms(request.terms, request.signing);

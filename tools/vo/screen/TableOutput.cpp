@@ -38,9 +38,9 @@ bool IsWholeNumber(std::string_view field)
 
 std::string WithPoint(std::string_view number)
 {
-    std::string Text(number);
-    std::replace(Text.begin(), Text.end(), ',', '.');
-    return Text;
+    std::string text(number);
+    std::replace(text.begin(), text.end(), ',', '.');
+    return text;
 }
 
 bool HasSixDigits(double value)

@@ -4,6 +4,7 @@
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
+#include <Core/detail/Escapes.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
@@ -26,12 +27,6 @@ namespace vo::updater::detail {
 namespace {
 
 constexpr std::size_t LongestIdentifier = 128;
-
-bool IsControl(char c)
-{
-    const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x20 || byte == 0x7F;
-}
 
 bool IsASCII(const std::string& text)
 {
@@ -88,7 +83,7 @@ bool IsBuiltName(const VoFilePath& target)
 void RequireShowableIdentifier(const VoUUID& id)
 {
     const std::string& text = id.toString().toStdString();
-    if (text.empty() || text.size() > LongestIdentifier || std::any_of(text.begin(), text.end(), IsControl))
+    if (text.empty() || text.size() > LongestIdentifier || std::any_of(text.begin(), text.end(), vo::detail::IsControl))
         throw VoValidationException("Invalid identifier: " + id.toString());
 }
 
@@ -218,7 +213,7 @@ void RequireRecordableDirectory(const VoDirectoryPath& directory)
 void RequireShowableName(const VoString& name)
 {
     const std::string& text = name.toStdString();
-    if (std::any_of(text.begin(), text.end(), IsControl) || !SurvivesXML(text))
+    if (std::any_of(text.begin(), text.end(), vo::detail::IsControl) || !SurvivesXML(text))
         throw VoValidationException("Invalid package name: " + name);
 }
 
