@@ -5,7 +5,6 @@
 #include <Core/detail/Completed.h>
 #include <Download/VoDownloadNotification.h>
 #include <Download/detail/VoDownloadManagerImpl.h>
-#include <Maths/VoMaths.h>
 #include <Subsystem/VoLogging.h>
 
 #include <QtNetwork/QNetworkAccessManager>
@@ -16,54 +15,17 @@
 
 using vo::detail::DisplayText;
 using vo::detail::DownloadFailure;
+using vo::detail::DownloadFile;
 using Kind = VoDownloadException::Kind;
-using Coding = VoDownloadStreamer::Coding;
 
 namespace {
 
-constexpr int MaximumRedirects = 20;
 constexpr qint64 ReadBufferSize = qint64{1024} * 1024; // the network waits when a file is written more slowly
-constexpr std::int64_t Tolerance = std::int64_t{1024} * 1024;
-constexpr const char* LargerThanAllowed = "Download larger than allowed: ";
 
 vo::logging::Logger& Logger()
 {
     static vo::logging::Logger& logger = vo::logging::Logger::Get("download");
     return logger;
-}
-
-int StatusOf(const QNetworkReply& reply)
-{
-    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-}
-
-std::int64_t ContentLength(const QNetworkReply& reply)
-{
-    bool known = false;
-    const qint64 length = reply.header(QNetworkRequest::ContentLengthHeader).toLongLong(&known);
-    return known && length >= 0 ? length : -1;
-}
-
-bool IsRedirect(int status)
-{
-    return status == 301 || status == 302 || status == 303 || status == 305 || status == 307 || status == 308;
-}
-
-// What a server calls a version of a file; nothing that could not be sent back as it came.
-VoString TagOf(const QNetworkReply& reply)
-{
-    constexpr int longest = 256;
-    const QByteArray tag = reply.rawHeader("ETag").trimmed();
-    const auto isPlain = [](char c) { return c > 0x20 && c < 0x7F; };
-    if (tag.size() > longest || !std::all_of(tag.begin(), tag.end(), isPlain))
-        return VoString();
-    return VoString(tag.toStdString());
-}
-
-// The schemes are also the guard against local files, which the network engine would read too.
-bool IsSupported(const VoUrl& url)
-{
-    return url.scheme() == "http" || url.scheme() == "https";
 }
 
 // The framework counts connections by scheme, host and port.
@@ -72,44 +34,21 @@ QString ConnectionName(const QUrl& url)
     return url.toString(QUrl::RemoveUserInfo | QUrl::RemovePath | QUrl::RemoveQuery | QUrl::RemoveFragment);
 }
 
-double Jitter()
-{
-    constexpr long long steps = 1000;
-    return static_cast<double>(VoMaths::RandomInteger(0, steps)) / static_cast<double>(steps);
-}
-
 } // namespace
 
-/// One file on its way.
-struct VoDownload::File
+/// One file on its way: the request that runs for it, if any, and the wait before the next one.
+struct VoDownload::Transfer
 {
-    VoUrl url;
-    VoFilePath path;
-    VoDownloadSize limit;
-    std::unique_ptr<VoSingleFileDownloadMonitor> monitor;
-
-    struct Place
+    Transfer(const VoUrl& url, const VoFilePath& path, const VoDownloadSize& limit, const VoDownloadPolicy& policy,
+             bool isAlone)
+        : file(url, path, limit, policy, isAlone)
     {
-        VoUrl url;
-        bool hopeless = false; // it will not give the file however often it is asked
-    };
-    std::vector<Place> places;
-    std::size_t place = 0; // the one being asked
-    unsigned attempt = 1;  // rounds over the places
+    }
 
-    QUrl current; // where the running request goes; differs from the place after redirects
-    int redirects = 0;
-    Method method = Method::Head;
+    DownloadFile file;
     QPointer<QNetworkReply> reply;
-    QString connection;               // what the running request holds; empty without one
-    bool accepted = false;            // the reply's status and headers are good
-    qint64 lastActivity = 0;          // when it was sent, or something came last
-    std::int64_t announced = -1;      // by the headers of the body's reply; -1 when they do not say
-    Coding headCoding = Coding::None; // in which the size was told
-    Coding coding = Coding::None;     // of the body's reply
-    bool unchanged = false;           // the caller has it already
-    VoString tag;                     // of this version; only where the caller may ask for changes of it
-    std::unique_ptr<VoDownloadStreamer> streamer;
+    QString connection;      // what the running request holds; empty without one
+    qint64 lastActivity = 0; // when it was sent, or something came last
     QTimer retryTimer;
 };
 
@@ -129,8 +68,8 @@ VoDownload::~VoDownload()
 {
     if (manager())
         manager()->connections().forget(this);
-    for (auto& file : m_files)
-        release(*file);
+    for (auto& transfer : m_transfers)
+        release(*transfer);
 }
 
 const VoUUID& VoDownload::id() const noexcept
@@ -165,25 +104,20 @@ VoSingleDownloadMonitor& VoDownload::monitor() const
 
 void VoDownload::addFile(const VoUrl& url, const VoFilePath& path, const VoDownloadSize& limit)
 {
-    auto file = std::make_unique<File>();
-    File* const raw = file.get();
-    file->url = url;
-    file->path = path;
-    file->limit = limit.isUnknown() ? m_policy.sizeLimit : limit;
-    for (const VoUrl& place : m_policy.locations(url))
-        file->places.push_back({place});
-    file->monitor = makeFileMonitor(
-        url, [this, raw] { beginAttempt(*raw, Method::Head); }, [this, raw] { beginAttempt(*raw, Method::Get); });
-    file->retryTimer.setSingleShot(true);
-    connect(&file->retryTimer, &QTimer::timeout, this, [this, raw] {
+    auto transfer = std::make_unique<Transfer>(url, path, limit, m_policy, !isGrouped());
+    Transfer* const raw = transfer.get();
+    transfer->file.setMonitor(makeFileMonitor(
+        url, [this, raw] { beginAttempt(*raw, Method::Head); }, [this, raw] { beginAttempt(*raw, Method::Get); }));
+    transfer->retryTimer.setSingleShot(true);
+    connect(&transfer->retryTimer, &QTimer::timeout, this, [this, raw] {
         guarded([raw] {
-            if (raw->method == Method::Head)
-                raw->monitor->requestHeader();
+            if (raw->file.method() == Method::Head)
+                raw->file.monitor().requestHeader();
             else
-                raw->monitor->requestDownload();
+                raw->file.monitor().requestDownload();
         });
     });
-    m_files.push_back(std::move(file));
+    m_transfers.push_back(std::move(transfer));
 }
 
 // What is thrown in a slot would cross the framework, which cannot bear that.
@@ -204,46 +138,37 @@ void VoDownload::guarded(Action action) noexcept
 void VoDownload::start()
 {
     guarded([this] {
-        if (m_files.empty())
+        if (m_transfers.empty())
             throw VoDownloadException("Empty request");
-        for (const auto& file : m_files) {
-            for (const File::Place& place : file->places) {
-                if (!IsSupported(place.url))
-                    throw VoDownloadException("Unsupported URL scheme: " + place.url.scheme());
-            }
+        for (const auto& transfer : m_transfers) {
+            if (const VoUrl* place = transfer->file.unsupportedPlace())
+                throw VoDownloadException("Unsupported URL scheme: " + place->scheme());
         }
         if (m_policy.stallTimeout > VoTimeDuration()) {
             const double quarter = m_policy.stallTimeout.seconds() * 1000 / 4;
             m_stallTimer.start(static_cast<int>(std::clamp(quarter, 10.0, 1000.0)));
         }
-        m_outstanding = m_files.size();
+        m_outstanding = m_transfers.size();
         m_monitor->requestHeader();
     });
 }
 
 void VoDownload::issueHeaders()
 {
-    for (const auto& file : m_files)
-        file->monitor->requestHeader();
+    for (const auto& transfer : m_transfers)
+        transfer->file.monitor().requestHeader();
 }
 
 void VoDownload::issueFiles()
 {
-    for (const auto& file : m_files)
-        file->monitor->requestDownload();
+    for (const auto& transfer : m_transfers)
+        transfer->file.monitor().requestDownload();
 }
 
-void VoDownload::beginAttempt(File& file, Method method)
+void VoDownload::beginAttempt(Transfer& transfer, Method method)
 {
-    file.current = file.places[file.place].url.toQUrl();
-    file.redirects = 0;
-    send(file, method);
-}
-
-// The answer to such a request may be that nothing has changed.
-bool VoDownload::isAskedForChanges(const File& file) const
-{
-    return file.method == Method::Get && file.place == 0 && !isGrouped() && !m_policy.knownTag.isEmpty();
+    transfer.file.begin(method);
+    send(transfer);
 }
 
 QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method, const VoString& knownTag)
@@ -272,34 +197,32 @@ QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method, const Vo
     return reply;
 }
 
-void VoDownload::send(File& file, Method method)
+void VoDownload::send(Transfer& transfer)
 {
-    file.method = method;
     VoDownloadManagerImpl* const impl = manager();
     if (!impl)
         throw VoNullPointerException("Download has no manager");
-    const QString connection = ConnectionName(file.current);
-    impl->connections().acquire(connection, this, [this, &file, connection] {
-        file.connection = connection;
-        guarded([&] { sendNow(file); });
+    const QString connection = ConnectionName(transfer.file.target());
+    impl->connections().acquire(connection, this, [this, &transfer, connection] {
+        transfer.connection = connection;
+        guarded([&] { sendNow(transfer); });
     });
 }
 
-void VoDownload::sendNow(File& file)
+void VoDownload::sendNow(Transfer& transfer)
 {
+    const DownloadFile& file = transfer.file;
     QNetworkReply* const reply =
-        issueRequest(file.current, file.method, isAskedForChanges(file) ? m_policy.knownTag : VoString());
-    file.reply = reply;
-    file.accepted = false;
-    file.announced = -1;
-    file.unchanged = false;
-    touch(file);
-    m_replies[reply] = &file;
+        issueRequest(file.target(), file.method(), file.isAskedForChanges() ? m_policy.knownTag : VoString());
+    transfer.file.sent();
+    transfer.reply = reply;
+    touch(transfer);
+    m_replies[reply] = &transfer;
 
     connect(reply, &QNetworkReply::redirected, this,
             [this, reply](const QUrl& target) { guarded([&] { onRedirected(*reply, target); }); });
     connect(reply, &QNetworkReply::metaDataChanged, this, [this, reply] { guarded([&] { onMetaData(*reply); }); });
-    if (file.method == Method::Get)
+    if (file.method() == Method::Get)
         connect(reply, &QNetworkReply::readyRead, this, [this, reply] { guarded([&] { onReadyRead(*reply); }); });
     connect(reply, &QNetworkReply::finished, this, [this, reply] { guarded([&] { onFinished(*reply); }); });
     if (reply->isFinished()) {
@@ -315,13 +238,13 @@ void VoDownload::sendNow(File& file)
     }
 }
 
-void VoDownload::release(File& file)
+void VoDownload::release(Transfer& transfer)
 {
-    file.retryTimer.stop();
-    file.streamer.reset();
-    const QString connection = std::exchange(file.connection, QString());
-    QNetworkReply* const reply = file.reply;
-    file.reply.clear();
+    transfer.retryTimer.stop();
+    transfer.file.reset();
+    const QString connection = std::exchange(transfer.connection, QString());
+    QNetworkReply* const reply = transfer.reply;
+    transfer.reply.clear();
     if (reply)
         giveUp(*reply);
     // Last: the next request, maybe of another download, starts at once.
@@ -341,15 +264,15 @@ void VoDownload::giveUp(QNetworkReply& reply)
     reply.deleteLater();
 }
 
-VoDownload::File* VoDownload::fileOf(QNetworkReply* reply) const
+VoDownload::Transfer* VoDownload::transferOf(QNetworkReply* reply) const
 {
     const auto found = m_replies.find(reply);
     return found == m_replies.end() ? nullptr : found->second;
 }
 
-void VoDownload::touch(File& file)
+void VoDownload::touch(Transfer& transfer)
 {
-    file.lastActivity = m_clock.elapsed();
+    transfer.lastActivity = m_clock.elapsed();
 }
 
 // The framework's own way of following an approved redirect posts requests twice from the second hop on and ends with
@@ -357,17 +280,18 @@ void VoDownload::touch(File& file)
 // the redirect, so the URL that was asked is kept here.
 void VoDownload::onRedirected(QNetworkReply& reply, const QUrl& target)
 {
-    File* const file = fileOf(&reply);
-    if (!file)
+    Transfer* const transfer = transferOf(&reply);
+    if (!transfer)
         return;
-    touch(*file);
-    const VoString hop = "from (" + DisplayText(file->current) + ") to (" + DisplayText(target) + ")";
+    touch(*transfer);
+    const QUrl from = transfer->file.target();
+    const VoString hop = "from (" + DisplayText(from) + ") to (" + DisplayText(target) + ")";
     Logger().diagnostic("Redirect requested " + hop);
 
     VoString refusal;
-    switch (vo::detail::RedirectDecision(file->current, target, manager()->redirectHosts())) {
+    switch (vo::detail::RedirectDecision(from, target, manager()->redirectHosts())) {
     case vo::detail::RedirectVerdict::Approved:
-        if (file->redirects >= MaximumRedirects)
+        if (!transfer->file.follow(target))
             refusal = "Too many redirects";
         break;
     case vo::detail::RedirectVerdict::UnsafeScheme:
@@ -379,162 +303,67 @@ void VoDownload::onRedirected(QNetworkReply& reply, const QUrl& target)
     }
     if (!refusal.isEmpty()) {
         Logger().error(refusal);
-        fileFailed(*file, {VoDownloadException(refusal), true, std::nullopt});
+        failed(*transfer, {VoDownloadException(refusal), true, std::nullopt});
         return;
     }
-    release(*file);
-    file->current = target;
-    ++file->redirects;
-    send(*file, file->method);
+    release(*transfer);
+    send(*transfer);
 }
 
 void VoDownload::onMetaData(QNetworkReply& reply)
 {
-    if (File* const file = fileOf(&reply)) {
-        touch(*file);
-        accept(*file, reply);
+    if (Transfer* const transfer = transferOf(&reply)) {
+        touch(*transfer);
+        accept(*transfer, reply);
     }
 }
 
-// Looks at status and headers before a byte of the body is taken: error pages must not get into the file. False when
-// the body is not to be read, either because the file has failed or because a redirect is coming.
-bool VoDownload::accept(File& file, QNetworkReply& reply)
+// False when the body is not to be read: the file has failed, or its answer is still to come.
+bool VoDownload::accept(Transfer& transfer, QNetworkReply& reply)
 {
-    if (file.accepted)
-        return true;
-    const int status = StatusOf(reply);
-    if (status == 0 || (IsRedirect(status) && !reply.isFinished()))
-        return false;
-    if (status == 304 && isAskedForChanges(file)) {
-        file.unchanged = true;
-        file.accepted = true;
-        return true;
-    }
-    if (status != 200) {
-        fileFailed(file, vo::detail::StatusFailure(reply, file.current));
-        return false;
-    }
-    if (!acceptCoding(file, reply))
-        return false;
-    file.announced = ContentLength(reply);
-    if (!withinLimits(file, file.announced))
-        return false;
-    file.tag = file.place == 0 ? TagOf(reply) : VoString();
-    file.accepted = true;
-    return true;
+    return !failedBy(transfer, transfer.file.accept(reply)) && transfer.file.isAccepted();
 }
 
-bool VoDownload::acceptCoding(File& file, QNetworkReply& reply)
+bool VoDownload::take(Transfer& transfer, QNetworkReply& reply)
 {
-    const QByteArray name = reply.rawHeader("Content-Encoding").trimmed().toLower();
-    const bool isPlain = name.isEmpty() || name == "identity";
-    if (!isPlain && !(m_policy.acceptCompressed && (name == "gzip" || name == "x-gzip"))) {
-        fileFailed(file, {VoDownloadException("Unsupported content coding: " + VoString(QString::fromLatin1(name))),
-                          true, std::nullopt});
-        return false;
-    }
-    const Coding coding = isPlain ? Coding::None : Coding::Gzip;
-    if (file.method == Method::Head) {
-        file.headCoding = coding;
-        return true;
-    }
-    file.coding = coding;
-    // Then the size that was told is not that of what comes.
-    if (coding != file.headCoding)
-        file.monitor->setTotal(VoDownloadSize::Unknown());
-    return true;
-}
-
-bool VoDownload::withinLimits(File& file, std::int64_t bytes)
-{
-    const char* refusal = nullptr;
-    const VoDownloadSize expected = file.monitor->total();
-    const auto beyond = [bytes](std::int64_t size) {
-        return size < bytes - Tolerance && size < (bytes - Tolerance) / 2;
-    };
-    if (!file.limit.isUnknown() && bytes > file.limit.bytes())
-        refusal = LargerThanAllowed;
-    else if (file.method == Method::Get && !expected.isUnknown() && beyond(expected.bytes()))
-        refusal = "Download larger than announced";
-    if (!refusal)
-        return true;
-    refuseSize(file, refusal);
-    return false;
-}
-
-void VoDownload::refuseSize(File& file, const char* refusal)
-{
-    const bool withUrl = refusal[std::char_traits<char>::length(refusal) - 1] == ' ';
-    fileFailed(file, {VoDownloadException(withUrl ? refusal + DisplayText(file.current) : VoString(refusal)), true,
-                      std::nullopt});
+    return !failedBy(transfer, transfer.file.take(reply, manager()->buffer()));
 }
 
 void VoDownload::onReadyRead(QNetworkReply& reply)
 {
-    File* const file = fileOf(&reply);
-    if (!file)
+    Transfer* const transfer = transferOf(&reply);
+    if (!transfer)
         return;
-    touch(*file);
-    if (accept(*file, reply) && takeBody(*file, reply))
+    touch(*transfer);
+    if (accept(*transfer, reply) && take(*transfer, reply))
         bytesReceived();
-}
-
-// Takes all that has come of the body. False when the file has failed.
-bool VoDownload::takeBody(File& file, QNetworkReply& reply)
-{
-    if (file.unchanged)
-        return true;
-    try {
-        if (!file.streamer)
-            file.streamer = std::make_unique<VoDownloadStreamer>(file.path, file.coding, file.limit.bytes());
-        std::vector<char>& buffer = manager()->buffer();
-        while (const std::int64_t count = file.streamer->take(reply, buffer)) {
-            file.monitor->bytesReceived(count);
-            if (!withinLimits(file, file.monitor->received()))
-                return false;
-            if (!file.limit.isUnknown() && file.streamer->written() > file.limit.bytes()) {
-                refuseSize(file, LargerThanAllowed);
-                return false;
-            }
-            if (file.streamer->isDamaged()) {
-                fileFailed(file,
-                           {VoDownloadException("Download damaged: " + DisplayText(file.current), Kind::Transient),
-                            true, std::nullopt});
-                return false;
-            }
-        }
-        return true;
-    } catch (const VoDownloadException& e) {
-        fileFailed(file, vo::detail::LocalFailure(e));
-        return false;
-    }
 }
 
 void VoDownload::onFinished(QNetworkReply& reply)
 {
-    File* const file = fileOf(&reply);
-    if (!file)
+    Transfer* const transfer = transferOf(&reply);
+    if (!transfer)
         return;
-    touch(*file);
+    touch(*transfer);
     if (reply.error() != QNetworkReply::NoError)
-        fileFailed(*file, vo::detail::NetworkFailure(reply, file->current));
-    else if (!accept(*file, reply))
+        failed(*transfer, vo::detail::NetworkFailure(reply, transfer->file.target()));
+    else if (!accept(*transfer, reply))
         return;
-    else if (file->method == Method::Head)
-        headerReceived(*file, reply);
-    else
-        bodyReceived(*file, reply);
+    else if (transfer->file.method() == Method::Head)
+        headerReceived(*transfer, reply);
+    else if (take(*transfer, reply) && !failedBy(*transfer, transfer->file.finish()))
+        complete(*transfer);
 }
 
-void VoDownload::headerReceived(File& file, QNetworkReply& reply)
+void VoDownload::headerReceived(Transfer& transfer, QNetworkReply& reply)
 {
-    const std::int64_t length = ContentLength(reply);
-    release(file);
-    file.monitor->headerReceived(length < 0 ? VoDownloadSize::Unknown() : VoDownloadSize(length));
+    const std::int64_t length = vo::detail::ContentLength(reply);
+    release(transfer);
+    transfer.file.monitor().headerReceived(length < 0 ? VoDownloadSize::Unknown() : VoDownloadSize(length));
     if (--m_outstanding != 0)
         return;
     m_monitor->headersComplete();
-    m_outstanding = m_files.size();
+    m_outstanding = m_transfers.size();
     manager()->broadcast(VoSharedPtr<VoDownloadStartedNotification>::Make(m_id));
     if (m_ended)
         return;
@@ -543,39 +372,15 @@ void VoDownload::headerReceived(File& file, QNetworkReply& reply)
     m_monitor->requestDownload();
 }
 
-void VoDownload::bodyReceived(File& file, QNetworkReply& reply)
+void VoDownload::complete(Transfer& transfer)
 {
-    if (!takeBody(file, reply))
-        return;
-    if (file.unchanged) {
-        fileComplete(file);
-        return;
-    }
-    // The framework notices a body that is shorter than its reply announces. One without an announcement may be cut off
-    // unnoticed; then the header's size is all there is to hold it against.
-    const std::int64_t received = file.monitor->received();
-    const std::int64_t expected = file.announced >= 0 ? file.announced : file.monitor->total().bytes();
-    if (received < expected || !file.streamer->isWhole()) {
-        fileFailed(file, {VoDownloadException("Download incomplete: " + DisplayText(file.current), Kind::Transient),
-                          true, std::nullopt});
-        return;
-    }
-    try {
-        file.streamer->finish();
-    } catch (const VoDownloadException& e) {
-        fileFailed(file, vo::detail::LocalFailure(e));
-        return;
-    }
-    fileComplete(file);
-}
-
-void VoDownload::fileComplete(File& file)
-{
-    release(file);
-    file.monitor->fileComplete();
+    release(transfer);
+    const DownloadFile& file = transfer.file;
+    file.monitor().fileComplete();
     manager()->callBack([&] {
         if (m_policy.onReceived)
-            m_policy.onReceived({VoUrl(DisplayText(file.current)), file.tag, file.monitor->received(), file.unchanged});
+            m_policy.onReceived(
+                {VoUrl(DisplayText(file.target())), file.tag(), file.monitor().received(), file.isUnchanged()});
     });
     if (m_ended)
         return;
@@ -593,30 +398,38 @@ void VoDownload::checkStall()
 {
     const auto timeout = static_cast<qint64>(m_policy.stallTimeout.seconds() * 1000);
     const qint64 now = m_clock.elapsed();
-    std::vector<File*> stalled;
-    for (const auto& file : m_files) {
-        if (file->reply && now - file->lastActivity > timeout)
-            stalled.push_back(file.get());
+    std::vector<Transfer*> stalled;
+    for (const auto& transfer : m_transfers) {
+        if (transfer->reply && now - transfer->lastActivity > timeout)
+            stalled.push_back(transfer.get());
     }
-    for (File* const file : stalled) {
+    for (Transfer* const transfer : stalled) {
         if (m_ended)
             return;
-        fileFailed(*file, {VoDownloadException("Download timed out", Kind::Transient), true, std::nullopt});
+        failed(*transfer, {VoDownloadException("Download timed out", Kind::Transient), true, std::nullopt});
     }
 }
 
-void VoDownload::fileFailed(File& file, const DownloadFailure& failure)
+bool VoDownload::failedBy(Transfer& transfer, const std::optional<DownloadFailure>& failure)
 {
-    release(file);
-    file.monitor->discardReceived();
-    file.monitor->endPhase();
-    if (failure.elsewhere) {
-        if (failure.exception.kind() == Kind::Final)
-            file.places[file.place].hopeless = true;
-        if (tryElsewhere(file, failure.exception) || tryLater(file, failure))
-            return;
+    if (failure)
+        failed(transfer, *failure);
+    return failure.has_value();
+}
+
+// The file is asked for again where that may help; else the whole download fails.
+void VoDownload::failed(Transfer& transfer, const DownloadFailure& failure)
+{
+    release(transfer);
+    transfer.file.monitor().discardReceived();
+    transfer.file.monitor().endPhase();
+    if (const auto attempt = transfer.file.nextAttempt(failure)) {
+        announce(transfer.file, *attempt, failure.exception.message());
+        if (!m_ended)
+            transfer.retryTimer.start(static_cast<int>(std::min(attempt->delay.seconds() * 1000, 1e9)));
+        return;
     }
-    if (file.method == Method::Get) {
+    if (transfer.file.method() == Method::Get) {
         fail(failure.exception);
         return;
     }
@@ -626,50 +439,14 @@ void VoDownload::fileFailed(File& file, const DownloadFailure& failure)
                                failure.exception.subject(), failure.exception.reason()));
 }
 
-// Asks the next place of this round at once.
-bool VoDownload::tryElsewhere(File& file, const VoDownloadException& reason)
+void VoDownload::announce(const DownloadFile& file, const DownloadFile::Attempt& attempt, const VoString& reason)
 {
-    for (std::size_t next = file.place + 1; next < file.places.size(); ++next) {
-        if (file.places[next].hopeless)
-            continue;
-        file.place = next;
-        announce(file, VoTimeDuration(), file.attempt, reason.message());
-        if (!m_ended)
-            file.retryTimer.start(0);
-        return true;
-    }
-    return false;
-}
-
-// Begins a new round over the places, after a wait.
-bool VoDownload::tryLater(File& file, const DownloadFailure& failure)
-{
-    const auto first =
-        std::find_if(file.places.begin(), file.places.end(), [](const File::Place& place) { return !place.hopeless; });
-    if (first == file.places.end() || file.attempt > m_policy.retries)
-        return false;
-    VoTimeDuration delay = m_policy.delayBefore(file.attempt, Jitter());
-    if (failure.retryAfter) {
-        if (*failure.retryAfter > m_policy.longestRetryAfter)
-            return false;
-        delay = std::max(delay, *failure.retryAfter);
-    }
-    ++file.attempt;
-    file.place = static_cast<std::size_t>(first - file.places.begin());
-    announce(file, delay, file.attempt, failure.exception.message());
-    if (!m_ended)
-        file.retryTimer.start(static_cast<int>(std::min(delay.seconds() * 1000, 1e9)));
-    return true;
-}
-
-void VoDownload::announce(const File& file, VoTimeDuration delay, unsigned attempt, const VoString& reason)
-{
-    const VoString url = DisplayText(file.places[file.place].url);
-    Logger().information("Retrying download: " + m_id.toString() + " - " + url + " (attempt " + VoString(attempt) +
-                         " in " + delay.toString() + "): " + reason);
+    const VoString url = DisplayText(file.place());
+    Logger().information("Retrying download: " + m_id.toString() + " - " + url + " (attempt " +
+                         VoString(attempt.number) + " in " + attempt.delay.toString() + "): " + reason);
     manager()->callBack([&] {
         if (m_policy.onRetry)
-            m_policy.onRetry({VoUrl(url), attempt, delay, reason});
+            m_policy.onRetry({VoUrl(url), attempt.number, attempt.delay, reason});
     });
 }
 
@@ -708,8 +485,8 @@ void VoDownload::end(const VoDownloadException* failure)
     VoDownloadManagerImpl* const impl = manager();
     if (impl)
         impl->connections().forget(this);
-    for (const auto& file : m_files)
-        release(*file);
+    for (const auto& transfer : m_transfers)
+        release(*transfer);
     if (impl)
         impl->ended(*this, failure);
     deleteLater();

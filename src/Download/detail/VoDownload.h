@@ -5,9 +5,9 @@
 #include <Download/VoDownloadPolicy.h>
 #include <Download/VoTransferRateMonitor.h>
 #include <Download/detail/DownloadFailure.h>
+#include <Download/detail/DownloadFile.h>
 #include <Download/detail/DownloadTicket.h>
 #include <Download/detail/VoDownloadMonitors.h>
-#include <Download/detail/VoDownloadStreamer.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoUrl.h>
 
@@ -18,6 +18,7 @@
 #include <QtCore/QUrl>
 
 #include <memory>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -33,12 +34,7 @@ class VOCORE_PRIVATE_EXPORT VoDownload : public QObject
     Q_OBJECT
 
 public:
-    /// What is asked of a server.
-    enum class Method
-    {
-        Head,
-        Get
-    };
+    using Method = vo::detail::DownloadMethod; ///< What is asked of a server.
 
     ~VoDownload() override;
 
@@ -62,8 +58,6 @@ protected:
     /// @throws VoDownloadException "Download must have a parent manager" unless the parent is a VoDownloadManagerImpl
     VoDownload(QObject* parent, const VoUUID& id, const VoDownloadPolicy& policy);
 
-    struct File;
-
     /// To be called in the constructor, for each file, before the download starts. @{
     void setMonitor(std::unique_ptr<VoSingleDownloadMonitor> monitor);
     void addFile(const VoUrl& url, const VoFilePath& path, const VoDownloadSize& limit);
@@ -81,16 +75,19 @@ protected:
     void reportProgress();            ///< Broadcasts how far the download is.
 
 private:
+    struct Transfer;
+
     template <typename Action>
     void guarded(Action action) noexcept;
 
     VoDownloadManagerImpl* manager() const;
-    void beginAttempt(File& file, Method method);
-    void send(File& file, Method method);
-    void sendNow(File& file);
-    void release(File& file);
+    void beginAttempt(Transfer& transfer, Method method);
+    void send(Transfer& transfer);
+    void sendNow(Transfer& transfer);
+    void release(Transfer& transfer);
     void giveUp(QNetworkReply& reply);
-    File* fileOf(QNetworkReply* reply) const;
+    void touch(Transfer& transfer);
+    Transfer* transferOf(QNetworkReply* reply) const;
 
     void onRedirected(QNetworkReply& reply, const QUrl& target);
     void onMetaData(QNetworkReply& reply);
@@ -98,21 +95,15 @@ private:
     void onFinished(QNetworkReply& reply);
     void checkStall();
 
-    bool accept(File& file, QNetworkReply& reply);
-    bool withinLimits(File& file, std::int64_t bytes);
-    bool acceptCoding(File& file, QNetworkReply& reply);
-    bool isAskedForChanges(const File& file) const;
-    void refuseSize(File& file, const char* refusal);
-    bool takeBody(File& file, QNetworkReply& reply);
-    void fileComplete(File& file);
-    void headerReceived(File& file, QNetworkReply& reply);
-    void bodyReceived(File& file, QNetworkReply& reply);
-    void touch(File& file);
+    bool accept(Transfer& transfer, QNetworkReply& reply);
+    bool take(Transfer& transfer, QNetworkReply& reply);
+    void headerReceived(Transfer& transfer, QNetworkReply& reply);
+    void complete(Transfer& transfer);
 
-    void fileFailed(File& file, const vo::detail::DownloadFailure& failure);
-    bool tryElsewhere(File& file, const VoDownloadException& reason);
-    bool tryLater(File& file, const vo::detail::DownloadFailure& failure);
-    void announce(const File& file, VoTimeDuration delay, unsigned attempt, const VoString& reason);
+    bool failedBy(Transfer& transfer, const std::optional<vo::detail::DownloadFailure>& failure);
+    void failed(Transfer& transfer, const vo::detail::DownloadFailure& failure);
+    void announce(const vo::detail::DownloadFile& file, const vo::detail::DownloadFile::Attempt& attempt,
+                  const VoString& reason);
 
     void end(const VoDownloadException* failure);
 
@@ -120,9 +111,9 @@ private:
     const VoDownloadPolicy m_policy;
     VoDownloadTicketPtr m_ticket;
     std::unique_ptr<VoSingleDownloadMonitor> m_monitor;
-    std::vector<std::unique_ptr<File>> m_files;
-    std::unordered_map<QNetworkReply*, File*> m_replies;
-    std::size_t m_outstanding = 0; // files that the running phase waits for
+    std::vector<std::unique_ptr<Transfer>> m_transfers;      // in the order of the request
+    std::unordered_map<QNetworkReply*, Transfer*> m_replies; // those whose signals are heard
+    std::size_t m_outstanding = 0;                           // files that the running phase waits for
     bool m_ended = false;
 
     QTimer m_stallTimer;
