@@ -75,9 +75,9 @@ VoHistogram::VoHistogram(double low, double high, std::size_t bins)
         vo::detail::ThrowInvalidParameter("Number of bins must be greater than zero");
     if (bins > MostBins)
         vo::detail::ThrowOverflow();
-    d = std::make_unique<Private>();
-    d->edges = Edges(low, high, bins);
-    d->counts = VoVector<std::uint64_t>(bins);
+    m_private = std::make_unique<Private>();
+    m_private->edges = Edges(low, high, bins);
+    m_private->counts = VoVector<std::uint64_t>(bins);
 }
 
 VoHistogram VoHistogram::FromData(const VoVector<double>& values, std::size_t bins)
@@ -93,7 +93,7 @@ VoHistogram VoHistogram::FromData(const VoVector<double>& values, std::size_t bi
 }
 
 VoHistogram::VoHistogram(const VoHistogram& other)
-    : d(std::make_unique<Private>(other.state()))
+    : m_private(std::make_unique<Private>(other.state()))
 {
 }
 
@@ -101,7 +101,7 @@ VoHistogram::VoHistogram(VoHistogram&& other) noexcept = default;
 
 VoHistogram& VoHistogram::operator=(const VoHistogram& other)
 {
-    d = std::make_unique<Private>(other.state());
+    m_private = std::make_unique<Private>(other.state());
     return *this;
 }
 
@@ -112,14 +112,14 @@ VoHistogram::~VoHistogram() = default;
 const VoHistogram::Private& VoHistogram::state() const
 {
     static const auto& empty = *new Private; // outlives all static objects
-    return d ? *d : empty;
+    return m_private ? *m_private : empty;
 }
 
 VoHistogram::Private& VoHistogram::own()
 {
-    if (!d)
-        d = std::make_unique<Private>();
-    return *d;
+    if (!m_private)
+        m_private = std::make_unique<Private>();
+    return *m_private;
 }
 
 void VoHistogram::add(double value)

@@ -32,13 +32,13 @@ VoLinearProblem::VoLinearProblem()
 VoLinearProblem::VoLinearProblem(Sense sense, const VoVector<double>& objective)
 {
     std::for_each(objective.begin(), objective.end(), RequireFinite);
-    d = std::make_unique<Private>();
-    d->sense = sense;
-    d->objective = objective;
+    m_private = std::make_unique<Private>();
+    m_private->sense = sense;
+    m_private->objective = objective;
 }
 
 VoLinearProblem::VoLinearProblem(const VoLinearProblem& other)
-    : d(std::make_unique<Private>(other.state()))
+    : m_private(std::make_unique<Private>(other.state()))
 {
 }
 
@@ -46,7 +46,7 @@ VoLinearProblem::VoLinearProblem(VoLinearProblem&& other) noexcept = default;
 
 VoLinearProblem& VoLinearProblem::operator=(const VoLinearProblem& other)
 {
-    d = std::make_unique<Private>(other.state());
+    m_private = std::make_unique<Private>(other.state());
     return *this;
 }
 
@@ -57,7 +57,7 @@ VoLinearProblem::~VoLinearProblem() = default;
 const VoLinearProblem::Private& VoLinearProblem::state() const
 {
     static const auto& movedFrom = *new Private; // outlives all static objects
-    return d ? *d : movedFrom;
+    return m_private ? *m_private : movedFrom;
 }
 
 void VoLinearProblem::addConstraint(const VoVector<double>& coefficients, double bound)
@@ -66,11 +66,11 @@ void VoLinearProblem::addConstraint(const VoVector<double>& coefficients, double
         throw VoInvalidNumberCoefficientsException();
     std::for_each(coefficients.begin(), coefficients.end(), RequireFinite);
     RequireFinite(bound);
-    if (!d)
-        d = std::make_unique<Private>();
-    d->bounds.reserve(d->bounds.size() + 1);
-    d->coefficients.pushBack(coefficients);
-    d->bounds.pushBack(bound);
+    if (!m_private)
+        m_private = std::make_unique<Private>();
+    m_private->bounds.reserve(m_private->bounds.size() + 1);
+    m_private->coefficients.pushBack(coefficients);
+    m_private->bounds.pushBack(bound);
 }
 
 VoLinearProblem::Sense VoLinearProblem::sense() const

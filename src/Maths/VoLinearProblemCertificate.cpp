@@ -171,8 +171,8 @@ VoLinearProblemCertificate::VoLinearProblemCertificate(const VoLinearProblem& pr
     if (parameters.size() != problem.numberParameters() || multipliers.size() != problem.numberConstraints())
         throw VoInvalidNumberCoefficientsException();
 
-    d = std::make_unique<Private>();
-    d->zeroRatioPassedOver = solution.zeroRatioPassedOver;
+    m_private = std::make_unique<Private>();
+    m_private->zeroRatioPassedOver = solution.zeroRatioPassedOver;
     const double breaking = BreakingDirection(problem);
     const VoVector<Sum> primal = PrimalBalances(problem, parameters);
     const VoVector<Sum> dual = DualBalances(problem, multipliers);
@@ -182,36 +182,37 @@ VoLinearProblemCertificate::VoLinearProblemCertificate(const VoLinearProblem& pr
         limit.add(problem.bound(i), multipliers.data()[i]);
 
     for (const Sum& balance : primal)
-        d->primal.add(breaking * balance.value(), balance.tolerance());
+        m_private->primal.add(breaking * balance.value(), balance.tolerance());
     for (std::size_t j = 0; j < parameters.size(); ++j)
-        d->primal.addSign(
+        m_private->primal.addSign(
             parameters.data()[j], primal, [&](std::size_t i) { return problem.coefficients(i).data()[j]; },
             problem.objective().data()[j], objective);
     for (const Sum& balance : dual)
-        d->dual.add(-breaking * balance.value(), balance.tolerance());
+        m_private->dual.add(-breaking * balance.value(), balance.tolerance());
     for (std::size_t i = 0; i < multipliers.size(); ++i)
-        d->dual.addSign(
+        m_private->dual.addSign(
             multipliers.data()[i], dual, [&](std::size_t j) { return problem.coefficients(i).data()[j]; },
             problem.bound(i), limit);
 
-    d->gap = breaking * (limit.value() - objective.value());
-    d->valueError = solution.value - objective.value();
+    m_private->gap = breaking * (limit.value() - objective.value());
+    m_private->valueError = solution.value - objective.value();
     // An answer that runs away on a pivot that is nothing but rounding keeps each constraint within its own large
     // terms. What is left of those terms, at the prices of the other side, is then worth as much as the objective. The
     // smaller sum of the two is the measure: terms that ran away and cancel each other prove nothing of the other one.
     const double tolerance = std::min(objective.tolerance(), limit.tolerance());
     const double left = Worth(primal, multipliers) + Worth(dual, parameters);
-    const bool kept = !d->primal.significant && AllFinite(parameters) && std::isfinite(solution.value);
-    const bool proven = !d->dual.significant && AllFinite(multipliers) && left <= tolerance &&
-                        std::fabs(d->gap) <= tolerance && std::fabs(d->valueError) <= objective.tolerance();
+    const bool kept = !m_private->primal.significant && AllFinite(parameters) && std::isfinite(solution.value);
+    const bool proven = !m_private->dual.significant && AllFinite(multipliers) && left <= tolerance &&
+                        std::fabs(m_private->gap) <= tolerance &&
+                        std::fabs(m_private->valueError) <= objective.tolerance();
     if (kept && proven)
-        d->verdict = Verdict::Optimal;
+        m_private->verdict = Verdict::Optimal;
     else
-        d->verdict = kept && !BreaksABound(problem, primal) ? Verdict::Feasible : Verdict::Infeasible;
+        m_private->verdict = kept && !BreaksABound(problem, primal) ? Verdict::Feasible : Verdict::Infeasible;
 }
 
 VoLinearProblemCertificate::VoLinearProblemCertificate(const VoLinearProblemCertificate& other)
-    : d(std::make_unique<Private>(other.state()))
+    : m_private(std::make_unique<Private>(other.state()))
 {
 }
 
@@ -219,7 +220,7 @@ VoLinearProblemCertificate::VoLinearProblemCertificate(VoLinearProblemCertificat
 
 VoLinearProblemCertificate& VoLinearProblemCertificate::operator=(const VoLinearProblemCertificate& other)
 {
-    d = std::make_unique<Private>(other.state());
+    m_private = std::make_unique<Private>(other.state());
     return *this;
 }
 
@@ -231,7 +232,7 @@ VoLinearProblemCertificate::~VoLinearProblemCertificate() = default;
 const VoLinearProblemCertificate::Private& VoLinearProblemCertificate::state() const
 {
     static const auto& movedFrom = *new Private; // outlives all static objects
-    return d ? *d : movedFrom;
+    return m_private ? *m_private : movedFrom;
 }
 
 VoLinearProblemCertificate::Verdict VoLinearProblemCertificate::verdict() const

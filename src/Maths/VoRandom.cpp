@@ -132,7 +132,7 @@ VoRandom::VoRandom(std::uint64_t seed)
 }
 
 VoRandom::VoRandom(std::unique_ptr<Private> state) noexcept
-    : d(std::move(state))
+    : m_private(std::move(state))
 {
 }
 
@@ -146,7 +146,7 @@ VoRandom VoRandom::FromSystem()
 
 VoString VoRandom::state() const
 {
-    const Engine& engine = d ? d->engine : Engine(0);
+    const Engine& engine = m_private ? m_private->engine : Engine(0);
     constexpr const char* digits = "0123456789abcdef";
     std::string text = vo::detail::UnsignedText(engine.drawn()) + ":";
     for (std::uint64_t word : engine.words())
@@ -178,7 +178,7 @@ VoRandom VoRandom::FromState(const VoString& state)
 }
 
 VoRandom::VoRandom(const VoRandom& other)
-    : d(other.d ? std::make_unique<Private>(*other.d) : nullptr)
+    : m_private(other.m_private ? std::make_unique<Private>(*other.m_private) : nullptr)
 {
 }
 
@@ -186,7 +186,7 @@ VoRandom::VoRandom(VoRandom&& other) noexcept = default;
 
 VoRandom& VoRandom::operator=(const VoRandom& other)
 {
-    d = other.d ? std::make_unique<Private>(*other.d) : nullptr;
+    m_private = other.m_private ? std::make_unique<Private>(*other.m_private) : nullptr;
     return *this;
 }
 
@@ -196,9 +196,9 @@ VoRandom::~VoRandom() = default;
 
 std::uint64_t VoRandom::bits()
 {
-    if (!d)
+    if (!m_private)
         *this = VoRandom(0);
-    return d->engine();
+    return m_private->engine();
 }
 
 std::int64_t VoRandom::integer(std::int64_t low, std::int64_t high)

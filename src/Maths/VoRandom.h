@@ -89,5 +89,5 @@ private:
     std::uint64_t bits();
     double standardNormalBetween(double from, double to);
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };

@@ -184,13 +184,13 @@ template <typename T, bool Maximise>
 VoSimplexAlgorithm<T, Maximise>::VoSimplexAlgorithm(std::size_t numberParameters, std::size_t numberConstraints)
 {
     RequireShape<Maximise>(numberParameters, numberConstraints);
-    d = std::make_unique<Private>(numberParameters, numberConstraints);
+    m_private = std::make_unique<Private>(numberParameters, numberConstraints);
 }
 
 template <typename T, bool Maximise>
 VoSimplexAlgorithm<T, Maximise>::VoSimplexAlgorithm(const VoSimplexAlgorithm& other)
     : VoLinearProblemAlgorithm<T, VoNumericMatrix<T>, VoVector<T>>(other)
-    , d(std::make_unique<Private>(other.state()))
+    , m_private(std::make_unique<Private>(other.state()))
 {
 }
 
@@ -200,7 +200,7 @@ VoSimplexAlgorithm<T, Maximise>::VoSimplexAlgorithm(VoSimplexAlgorithm&& other) 
 template <typename T, bool Maximise>
 VoSimplexAlgorithm<T, Maximise>& VoSimplexAlgorithm<T, Maximise>::operator=(const VoSimplexAlgorithm& other)
 {
-    d = std::make_unique<Private>(other.state());
+    m_private = std::make_unique<Private>(other.state());
     return *this;
 }
 
@@ -215,7 +215,7 @@ template <typename T, bool Maximise>
 const typename VoSimplexAlgorithm<T, Maximise>::Private& VoSimplexAlgorithm<T, Maximise>::state() const
 {
     static const auto& movedFrom = *new Private; // outlives all static objects
-    return d ? *d : movedFrom;
+    return m_private ? *m_private : movedFrom;
 }
 
 template <typename T, bool Maximise>
@@ -258,17 +258,17 @@ void VoSimplexAlgorithm<T, Maximise>::addConstraint(const VoVector<T>& coefficie
     std::for_each(coefficients.begin(), coefficients.end(), RequireFinite);
     RequireFinite(bound);
 
-    Tableau& tableau = d->tableau;
-    const std::size_t added = d->constraintsAdded++;
+    Tableau& tableau = m_private->tableau;
+    const std::size_t added = m_private->constraintsAdded++;
     const T* values = coefficients.data();
     if constexpr (Maximise) {
         std::copy_n(values, coefficients.size(), tableau.rowData(added));
-        tableau(added, d->rightHandSide()) = bound;
+        tableau(added, m_private->rightHandSide()) = bound;
     } else {
         // A constraint is a column of the dual problem.
         for (std::size_t row = 0; row < coefficients.size(); ++row)
             tableau(row, added) = values[row];
-        tableau(d->numberConstraints, added) = -bound;
+        tableau(m_private->numberConstraints, added) = -bound;
     }
 }
 
@@ -301,11 +301,11 @@ VoPair<bool, std::size_t> VoSimplexAlgorithm<T, Maximise>::run(std::size_t maxim
     if (iterations == maximumIterations || solutionFound())
         return {solutionFound(), iterations};
 
-    Steps steps(d->tableau, d->variables());
+    Steps steps(m_private->tableau, m_private->variables());
     do {
         const std::size_t column = steps.chooseColumn();
         const auto row = steps.chooseRow(column);
-        d->zeroRatioPassedOver |= row.zeroRatioPassedOver;
+        m_private->zeroRatioPassedOver |= row.zeroRatioPassedOver;
         steps.pivot(row.index, column);
         ++iterations;
     } while (iterations < maximumIterations && !solutionFound());
@@ -317,10 +317,10 @@ template <typename T, bool Maximise>
 std::size_t VoSimplexAlgorithm<T, Maximise>::runCondensed(std::size_t maximumIterations)
 {
     using vo::detail::CondensedTableau;
-    Tableau& tableau = d->tableau;
+    Tableau& tableau = m_private->tableau;
     if (maximumIterations < FewestIterationsToCondense || tableau.rows() * tableau.columns() < FewestCellsToCondense)
         return 0;
-    auto condensed = CondensedTableau::Of(tableau, d->variables());
+    auto condensed = CondensedTableau::Of(tableau, m_private->variables());
     if (!condensed)
         return 0;
     std::size_t iterations = 0;
@@ -328,7 +328,7 @@ std::size_t VoSimplexAlgorithm<T, Maximise>::runCondensed(std::size_t maximumIte
         const auto made = condensed->step();
         if (made == CondensedTableau::Step::NotMade)
             break;
-        d->zeroRatioPassedOver |= made == CondensedTableau::Step::MadeOverZeroRatio;
+        m_private->zeroRatioPassedOver |= made == CondensedTableau::Step::MadeOverZeroRatio;
     }
     condensed->restore(tableau);
     return iterations;
@@ -342,9 +342,9 @@ void VoSimplexAlgorithm<T, Maximise>::setObjective(const VoVector<T>& coefficien
     const T* values = coefficients.data();
     for (std::size_t i = 0; i < coefficients.size(); ++i) {
         if constexpr (Maximise)
-            d->tableau(d->numberConstraints, i) = -values[i];
+            m_private->tableau(m_private->numberConstraints, i) = -values[i];
         else
-            d->tableau(i, d->rightHandSide()) = values[i]; // the dual's right-hand side
+            m_private->tableau(i, m_private->rightHandSide()) = values[i]; // the dual's right-hand side
     }
 }
 

@@ -106,7 +106,7 @@ private:
     void addConstraint(const VoVector<T>& coefficients, const T& bound);
     std::size_t runCondensed(std::size_t maximumIterations);
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };
 
 extern template class VOCORE_EXPORT VoLinearProblemAlgorithm<double, SimplexMatrix, SimplexVector>;

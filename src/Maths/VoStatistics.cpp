@@ -161,20 +161,20 @@ struct VoStatistics::Private
 };
 
 VoStatistics::VoStatistics()
-    : d(std::make_unique<Private>())
+    : m_private(std::make_unique<Private>())
 {
 }
 
 VoStatistics::VoStatistics(const VoVector<double>& values)
     : VoStatistics()
 {
-    d->values.reserve(values.size());
+    m_private->values.reserve(values.size());
     for (double value : values)
         add(value);
 }
 
 VoStatistics::VoStatistics(const VoStatistics& other)
-    : d(std::make_unique<Private>(other.state()))
+    : m_private(std::make_unique<Private>(other.state()))
 {
 }
 
@@ -182,7 +182,7 @@ VoStatistics::VoStatistics(VoStatistics&& other) noexcept = default;
 
 VoStatistics& VoStatistics::operator=(const VoStatistics& other)
 {
-    d = std::make_unique<Private>(other.state());
+    m_private = std::make_unique<Private>(other.state());
     return *this;
 }
 
@@ -193,14 +193,14 @@ VoStatistics::~VoStatistics() = default;
 const VoStatistics::Private& VoStatistics::state() const
 {
     static const auto& empty = *new Private; // outlives all static objects
-    return d ? *d : empty;
+    return m_private ? *m_private : empty;
 }
 
 VoStatistics::Private& VoStatistics::own()
 {
-    if (!d)
-        d = std::make_unique<Private>();
-    return *d;
+    if (!m_private)
+        m_private = std::make_unique<Private>();
+    return *m_private;
 }
 
 void VoStatistics::add(double value)

@@ -69,5 +69,5 @@ private:
     const Private& state() const;
     Private& own();
 
-    std::unique_ptr<Private> d; // null when moved from
+    std::unique_ptr<Private> m_private; // null when moved from
 };

@@ -23,17 +23,17 @@ struct VoStreamXMLReader::Private
 };
 
 VoStreamXMLReader::VoStreamXMLReader(VoIODevice& device, DocumentTypes documentTypes)
-    : d(std::make_unique<Private>(XMLDevice(device, XMLDevice::Reading), documentTypes))
+    : m_private(std::make_unique<Private>(XMLDevice(device, XMLDevice::Reading), documentTypes))
 {
 }
 
 VoStreamXMLReader::VoStreamXMLReader(VoSharedPtr<VoIODevice> device, DocumentTypes documentTypes)
-    : d(std::make_unique<Private>(XMLDevice(std::move(device), XMLDevice::Reading), documentTypes))
+    : m_private(std::make_unique<Private>(XMLDevice(std::move(device), XMLDevice::Reading), documentTypes))
 {
 }
 
 VoStreamXMLReader::VoStreamXMLReader(const VoFilePath& file, DocumentTypes documentTypes)
-    : d(std::make_unique<Private>(XMLDevice(file, XMLDevice::Reading), documentTypes))
+    : m_private(std::make_unique<Private>(XMLDevice(file, XMLDevice::Reading), documentTypes))
 {
 }
 
@@ -41,29 +41,29 @@ VoStreamXMLReader::~VoStreamXMLReader() = default;
 
 std::optional<VoStreamXMLElementReader> VoStreamXMLReader::nextElement()
 {
-    if (!d->engine.nextStart())
+    if (!m_private->engine.nextStart())
         return std::nullopt;
     return currentElement();
 }
 
 VoStreamXMLElementReader VoStreamXMLReader::currentElement() const
 {
-    if (d->engine.stack().empty())
+    if (m_private->engine.stack().empty())
         throw VoNullXMLStreamElementException();
-    return VoStreamXMLElementReader(d->engine.stack().back());
+    return VoStreamXMLElementReader(m_private->engine.stack().back());
 }
 
 VoString VoStreamXMLReader::namespaceUri() const
 {
-    return VoString(d->engine.qt().namespaceUri().toString());
+    return VoString(m_private->engine.qt().namespaceUri().toString());
 }
 
 void VoStreamXMLReader::finish()
 {
-    d->engine.finish();
+    m_private->engine.finish();
 }
 
 VoString VoStreamXMLReader::position() const
 {
-    return d->engine.position();
+    return m_private->engine.position();
 }

@@ -152,7 +152,7 @@ std::unique_ptr<VoXMLElementWriter> VoXMLDomDocument::Private::append(const QDom
 }
 
 VoXMLDomDocument::VoXMLDomDocument()
-    : d(std::make_unique<Private>())
+    : m_private(std::make_unique<Private>())
 {
 }
 
@@ -162,9 +162,9 @@ VoXMLDomDocument::~VoXMLDomDocument() = default;
 
 VoXMLDomDocument::Private& VoXMLDomDocument::state()
 {
-    if (!d)
-        d = std::make_unique<Private>(); // moved from
-    return *d;
+    if (!m_private)
+        m_private = std::make_unique<Private>(); // moved from
+    return *m_private;
 }
 
 void VoXMLDomDocument::load(VoIODevice& device)
@@ -200,14 +200,14 @@ VoString VoXMLDomDocument::toString(const VoXMLStreamWriter::AutoFormattingSetti
 
 bool VoXMLDomDocument::hasRoot() const
 {
-    return d && !d->tree.documentElement().isNull();
+    return m_private && !m_private->tree.documentElement().isNull();
 }
 
 QDomElement VoXMLDomDocument::root() const
 {
     if (!hasRoot())
         throw VoNullDomElementException();
-    return d->tree.documentElement();
+    return m_private->tree.documentElement();
 }
 
 std::unique_ptr<VoXMLElementWriter> VoXMLDomDocument::createRoot(const VoString& name)

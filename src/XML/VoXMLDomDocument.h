@@ -76,5 +76,5 @@ private:
 
     Private& state();
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };

@@ -123,55 +123,55 @@ private:
 };
 
 VoXMLDomElementReader::VoXMLDomElementReader(const QDomElement& element)
-    : d(std::make_unique<Private>())
+    : m_private(std::make_unique<Private>())
 {
     if (element.isNull())
         throw VoNullDomElementException();
-    d->element = element;
-    d->name = FromQtText(LocalName(element));
-    d->attributes = Attributes(element);
+    m_private->element = element;
+    m_private->name = FromQtText(LocalName(element));
+    m_private->attributes = Attributes(element);
 }
 
 VoXMLDomElementReader::~VoXMLDomElementReader() = default;
 
 const VoXMLAttributeSet& VoXMLDomElementReader::attributes() const
 {
-    return d->attributes;
+    return m_private->attributes;
 }
 
 VoXMLElementReader::Children& VoXMLDomElementReader::children()
 {
-    if (!d->children)
-        d->children = std::make_unique<DomChildren>(d->element);
-    return *d->children;
+    if (!m_private->children)
+        m_private->children = std::make_unique<DomChildren>(m_private->element);
+    return *m_private->children;
 }
 
 bool VoXMLDomElementReader::hasAttribute(const VoString& name) const
 {
-    return d->attributes.hasAttribute(name);
+    return m_private->attributes.hasAttribute(name);
 }
 
 const VoString& VoXMLDomElementReader::name() const
 {
-    return d->name;
+    return m_private->name;
 }
 
 VoString VoXMLDomElementReader::readAttribute(const VoString& name)
 {
-    return d->attributes.readAttribute(name);
+    return m_private->attributes.readAttribute(name);
 }
 
 double VoXMLDomElementReader::readAttributeBase64(const VoString& name) const
 {
-    return VoStringDoubleBase64Converter().convert(d->attributes.readAttribute(name));
+    return VoStringDoubleBase64Converter().convert(m_private->attributes.readAttribute(name));
 }
 
 VoString VoXMLDomElementReader::readText()
 {
-    return d->text();
+    return m_private->text();
 }
 
 double VoXMLDomElementReader::readTextBase64() const
 {
-    return VoStringDoubleBase64Converter().convert(d->text());
+    return VoStringDoubleBase64Converter().convert(m_private->text());
 }

@@ -34,5 +34,5 @@ private:
     class DomChildren;
     class DomImplementation;
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };

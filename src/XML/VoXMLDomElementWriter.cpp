@@ -54,7 +54,7 @@ void VoXMLDomElementWriter::Private::requireRoomBelow() const
 std::unique_ptr<VoXMLElementWriter> VoXMLDomElementWriter::Private::append(const QDomElement& child, bool isNamed)
 {
     std::unique_ptr<VoXMLDomElementWriter> writer(new VoXMLDomElementWriter(child, level + 1));
-    writer->d->isNamedAsItStands = isNamed;
+    writer->m_private->isNamedAsItStands = isNamed;
     element.appendChild(child);
     return writer;
 }
@@ -147,7 +147,7 @@ void VoXMLDomElementWriter::Private::noteAttribute(const VoString& name)
 }
 
 VoXMLDomElementWriter::VoXMLDomElementWriter(const QDomElement& element, std::size_t level)
-    : d(std::make_unique<Private>(element, level))
+    : m_private(std::make_unique<Private>(element, level))
 {
 }
 
@@ -177,20 +177,21 @@ std::unique_ptr<VoXMLElementWriter> VoXMLDomElementWriter::createElement(const V
 {
     RequireXMLText(namespaceUri);
     const QString qtName = RequireElementName(name, ToXMLName(name), !namespaceUri.isEmpty());
-    d->requireRoomBelow();
-    return d->append(MakeElement(d->document, d->element, qtName, ToQtText(namespaceUri)), namespaceUri.isEmpty());
+    m_private->requireRoomBelow();
+    return m_private->append(MakeElement(m_private->document, m_private->element, qtName, ToQtText(namespaceUri)),
+                             namespaceUri.isEmpty());
 }
 
 std::unique_ptr<VoXMLElementWriter> VoXMLDomElementWriter::createElement(const VoString& name)
 {
     const QString qtName = RequireElementName(name, ToXMLName(name));
-    d->requireRoomBelow();
-    return d->append(MakeElement(d->document, d->element, qtName), true);
+    m_private->requireRoomBelow();
+    return m_private->append(MakeElement(m_private->document, m_private->element, qtName), true);
 }
 
 const QDomElement& VoXMLDomElementWriter::element() const
 {
-    return d->element;
+    return m_private->element;
 }
 
 void VoXMLDomElementWriter::onWriteAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri)
@@ -198,33 +199,33 @@ void VoXMLDomElementWriter::onWriteAttribute(const VoString& name, const VoStrin
     if (namespaceUri.isEmpty())
         return onWriteAttribute(name, value);
     RequireXMLText(namespaceUri);
-    const QString qtName = d->writableAttribute(name, value, true);
+    const QString qtName = m_private->writableAttribute(name, value, true);
     const QString qtUri = ToQtText(namespaceUri);
-    const QString prefix = d->attributePrefix(qtUri);
+    const QString prefix = m_private->attributePrefix(qtUri);
     const QString qualifiedName = prefix + QLatin1Char(':') + qtName;
     // The tree would declare the prefix once more, and nobody may declare the one that always stands for itself.
-    if (d->element.hasAttribute(DeclarationName(prefix)) || prefix == QLatin1String("xml")) {
-        d->element.setAttribute(qualifiedName, ToQtText(value));
+    if (m_private->element.hasAttribute(DeclarationName(prefix)) || prefix == QLatin1String("xml")) {
+        m_private->element.setAttribute(qualifiedName, ToQtText(value));
     } else {
-        d->element.setAttributeNS(qtUri, qualifiedName, ToQtText(value));
-        d->prefixes[prefix] = qtUri;
+        m_private->element.setAttributeNS(qtUri, qualifiedName, ToQtText(value));
+        m_private->prefixes[prefix] = qtUri;
     }
-    d->noteAttribute(name);
+    m_private->noteAttribute(name);
 }
 
 void VoXMLDomElementWriter::onWriteAttribute(const VoString& name, const VoString& value)
 {
-    const QString qtName = d->writableAttribute(name, value, false);
+    const QString qtName = m_private->writableAttribute(name, value, false);
     if (IsNamespaceDeclaration(qtName))
-        d->giveUpPrefix(qtName.section(QLatin1Char(':'), 1));
-    d->element.setAttribute(qtName, ToQtText(value));
-    d->noteAttribute(name);
+        m_private->giveUpPrefix(qtName.section(QLatin1Char(':'), 1));
+    m_private->element.setAttribute(qtName, ToQtText(value));
+    m_private->noteAttribute(name);
 }
 
 void VoXMLDomElementWriter::onWriteText(const VoString& text)
 {
-    if (d->element.hasChildNodes())
+    if (m_private->element.hasChildNodes())
         throw VoInvalidXMLOperation("Illegal write text call");
     RequireXMLText(text);
-    d->element.appendChild(d->document.createTextNode(ToQtText(text)));
+    m_private->element.appendChild(m_private->document.createTextNode(ToQtText(text)));
 }

@@ -47,5 +47,5 @@ private:
 
     VoXMLDomElementWriter(const QDomElement& element, std::size_t level);
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };

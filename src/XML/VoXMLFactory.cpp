@@ -80,7 +80,7 @@ struct VoXMLFactory::Private
 };
 
 VoXMLFactory::VoXMLFactory()
-    : d(std::make_unique<Private>())
+    : m_private(std::make_unique<Private>())
 {
 }
 
@@ -95,14 +95,14 @@ void VoXMLFactory::registerBuilder(const VoXMLPath& path, Builder builder, PostC
 {
     if (!builder)
         throw VoInvalidParameterException("Builder is empty");
-    if (!d->entries.emplace(path, Entry{std::move(builder), std::move(postConstruction)}).second)
+    if (!m_private->entries.emplace(path, Entry{std::move(builder), std::move(postConstruction)}).second)
         throw VoInvalidUseException("Builder for given path already exists: " + path.toString());
 }
 
 void VoXMLFactory::changePostConstruction(const VoXMLPath& path, PostConstruction postConstruction)
 {
-    const auto entry = d->entries.find(path);
-    if (entry == d->entries.end())
+    const auto entry = m_private->entries.find(path);
+    if (entry == m_private->entries.end())
         throw VoUnknownXMLElementException(path.toString());
     entry->second.postConstruction = std::move(postConstruction);
 }
@@ -114,7 +114,7 @@ VoSharedPtr<VoXMLSerializableObject> VoXMLFactory::load(VoXMLStreamReader& reade
         isAtStartTag ? reader.currentElement() : reader.nextElement();
     if (!root)
         throw VoNullXMLStreamElementException();
-    return Build(reader, d->entries).element(root, root->name());
+    return Build(reader, m_private->entries).element(root, root->name());
 }
 
 VoSharedPtr<VoXMLSerializableObject> VoXMLFactory::load(const VoFilePath& file) const

@@ -50,5 +50,5 @@ public:
 private:
     struct Private;
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };

@@ -46,7 +46,7 @@ struct VoXMLLoaderOLD::Private
 };
 
 VoXMLLoaderOLD::VoXMLLoaderOLD()
-    : d(std::make_unique<Private>())
+    : m_private(std::make_unique<Private>())
 {
 }
 
@@ -55,21 +55,21 @@ VoXMLLoaderOLD::~VoXMLLoaderOLD() = default;
 VoSharedPtr<VoXMLLoaderOLD> VoXMLLoaderOLD::Create()
 {
     VoSharedPtr<VoXMLLoaderOLD> loader(new VoXMLLoaderOLD);
-    loader->d->self = loader;
+    loader->m_private->self = loader;
     return loader;
 }
 
 void VoXMLLoaderOLD::add(VoUniquePtr<VoXMLRule> rule)
 {
-    if (d->rules.count(rule->path()) > 0)
+    if (m_private->rules.count(rule->path()) > 0)
         throw VoXMLDuplicateRuleException(rule->path());
     replace(std::shared_ptr<VoXMLRule>(rule.release()));
 }
 
 void VoXMLLoaderOLD::replace(std::shared_ptr<VoXMLRule> rule)
 {
-    rule->setLoader(d->self);
-    d->rules[rule->path()] = rule;
+    rule->setLoader(m_private->self);
+    m_private->rules[rule->path()] = rule;
 }
 
 void VoXMLLoaderOLD::load(VoXMLStreamReader& reader)
@@ -84,8 +84,8 @@ void VoXMLLoaderOLD::load(VoXMLStreamReader& reader)
 
 void VoXMLLoaderOLD::apply(VoXMLStreamReader& reader)
 {
-    const auto found = d->rules.find(reader.openPath());
-    if (found == d->rules.end())
+    const auto found = m_private->rules.find(reader.openPath());
+    if (found == m_private->rules.end())
         return;
     const std::shared_ptr<VoXMLRule> rule = found->second;
     const std::shared_ptr<VoXMLStreamElementReader> element = reader.currentElement();

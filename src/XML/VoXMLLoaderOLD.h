@@ -42,5 +42,5 @@ private:
     void replace(std::shared_ptr<VoXMLRule> rule);
     void apply(VoXMLStreamReader& reader);
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };

@@ -29,37 +29,37 @@ struct VoXMLRule::Private
 };
 
 VoXMLRule::VoXMLRule(const VoXMLPath& path, Action action)
-    : d(std::make_unique<Private>())
+    : m_private(std::make_unique<Private>())
 {
-    d->path = path;
-    d->action = std::move(action);
+    m_private->path = path;
+    m_private->action = std::move(action);
 }
 
 VoXMLRule::~VoXMLRule() = default;
 
 const VoXMLPath& VoXMLRule::path() const
 {
-    return d->path;
+    return m_private->path;
 }
 
 void VoXMLRule::setLoader(VoWeakPtr<VoXMLLoaderOLD> loader)
 {
-    d->loader = std::move(loader);
+    m_private->loader = std::move(loader);
 }
 
 VoWeakPtr<VoXMLLoaderOLD> VoXMLRule::loader() const
 {
-    return d->loader;
+    return m_private->loader;
 }
 
 void VoXMLRule::setMemory(const VoPair<VoString, VoSharedPtr<VoObject>>& entry)
 {
-    d->memory->objects[entry.first] = entry.second;
+    m_private->memory->objects[entry.first] = entry.second;
 }
 
 VoSharedPtr<VoObject> VoXMLRule::readMemory(const VoString& name) const
 {
-    for (const Memory* memory = d->memory.get(); memory; memory = memory->outer.get()) {
+    for (const Memory* memory = m_private->memory.get(); memory; memory = memory->outer.get()) {
         const auto found = memory->objects.find(name);
         if (found != memory->objects.end())
             return found->second;
@@ -69,16 +69,16 @@ VoSharedPtr<VoObject> VoXMLRule::readMemory(const VoString& name) const
 
 void VoXMLRule::addChildRule(const VoString& name, Action action)
 {
-    const VoSharedPtr<VoXMLLoaderOLD> parent = d->loader.lock();
+    const VoSharedPtr<VoXMLLoaderOLD> parent = m_private->loader.lock();
     if (!parent)
         throw VoNullPointerException("XML rule cannot add a child rule when it is not assigned to a parent loader");
-    auto child = std::make_shared<VoXMLRule>(d->path.pushed(name), std::move(action));
-    child->d->memory->outer = d->memory;
+    auto child = std::make_shared<VoXMLRule>(m_private->path.pushed(name), std::move(action));
+    child->m_private->memory->outer = m_private->memory;
     parent->replace(std::move(child));
 }
 
 void VoXMLRule::apply(VoXMLElementReader& element)
 {
-    if (d->action)
-        d->action(*this, element);
+    if (m_private->action)
+        m_private->action(*this, element);
 }

@@ -34,7 +34,7 @@ void VoXMLStreamElementWriter::Private::addAttribute(const VoString& name)
 }
 
 VoXMLStreamElementWriter::VoXMLStreamElementWriter(VoXMLStreamWriter* parent)
-    : d(new Private{parent, {}})
+    : m_private(new Private{parent, {}})
 {
     if (!parent)
         throw VoNullPointerException("Invalid parent");
@@ -42,58 +42,58 @@ VoXMLStreamElementWriter::VoXMLStreamElementWriter(VoXMLStreamWriter* parent)
 
 VoXMLStreamElementWriter::~VoXMLStreamElementWriter()
 {
-    if (d->parent)
-        d->parent->closeAfterHandle(this);
+    if (m_private->parent)
+        m_private->parent->closeAfterHandle(this);
 }
 
 std::unique_ptr<VoXMLElementWriter> VoXMLStreamElementWriter::createElement(const VoString& name,
                                                                             const VoString& namespaceUri)
 {
     requireActive("Invalid attempt to start element");
-    return d->parent->createElement(name, namespaceUri);
+    return m_private->parent->createElement(name, namespaceUri);
 }
 
 std::unique_ptr<VoXMLElementWriter> VoXMLStreamElementWriter::createElement(const VoString& name)
 {
     requireActive("Invalid attempt to start element");
-    return d->parent->createElement(name);
+    return m_private->parent->createElement(name);
 }
 
 void VoXMLStreamElementWriter::disable()
 {
-    d->parent = nullptr;
+    m_private->parent = nullptr;
 }
 
 void VoXMLStreamElementWriter::onWriteAttribute(const VoString& name, const VoString& value,
                                                 const VoString& namespaceUri)
 {
     requireNewAttribute(name);
-    d->parent->writeAttribute(name, value, namespaceUri);
-    d->addAttribute(name);
+    m_private->parent->writeAttribute(name, value, namespaceUri);
+    m_private->addAttribute(name);
 }
 
 void VoXMLStreamElementWriter::onWriteAttribute(const VoString& name, const VoString& value)
 {
     requireNewAttribute(name);
-    d->parent->writeAttribute(name, value);
-    d->addAttribute(name);
+    m_private->parent->writeAttribute(name, value);
+    m_private->addAttribute(name);
 }
 
 void VoXMLStreamElementWriter::onWriteText(const VoString& text)
 {
     requireActive("Invalid attempt to write text");
-    d->parent->writeText(text);
+    m_private->parent->writeText(text);
 }
 
 void VoXMLStreamElementWriter::requireActive(const char* message) const
 {
-    if (!d->parent || !d->parent->isCurrent(this))
+    if (!m_private->parent || !m_private->parent->isCurrent(this))
         throw VoInvalidXMLOperation(message);
 }
 
 void VoXMLStreamElementWriter::requireNewAttribute(const VoString& name) const
 {
     requireActive("Invalid attempt to write attribute");
-    if (d->hasAttribute(name))
+    if (m_private->hasAttribute(name))
         throw VoInvalidXMLAttributeName(name);
 }

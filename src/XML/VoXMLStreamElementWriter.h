@@ -45,5 +45,5 @@ private:
     void requireActive(const char* message) const;
     void requireNewAttribute(const VoString& name) const;
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };

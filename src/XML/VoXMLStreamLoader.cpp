@@ -35,7 +35,7 @@ const VoXMLStreamLoader::Builder* VoXMLStreamLoader::Private::find(const VoStrin
 }
 
 VoXMLStreamLoader::VoXMLStreamLoader()
-    : d(std::make_shared<Private>())
+    : m_private(std::make_shared<Private>())
 {
 }
 
@@ -47,9 +47,9 @@ VoXMLStreamLoader::~VoXMLStreamLoader() = default;
 
 VoXMLStreamLoader::Private& VoXMLStreamLoader::rules()
 {
-    if (!d)
-        d = std::make_shared<Private>(); // moved from
-    return *d;
+    if (!m_private)
+        m_private = std::make_shared<Private>(); // moved from
+    return *m_private;
 }
 
 void VoXMLStreamLoader::addGlobalRule(const VoString& name, Builder builder)
@@ -66,16 +66,16 @@ void VoXMLStreamLoader::addSpecificRule(const VoXMLPath& path, Builder builder)
 
 VoXMLStreamLoader::Builder VoXMLStreamLoader::rule(VoAbstractXMLElementReader& element) const
 {
-    if (!d)
+    if (!m_private)
         return {};
     const VoXMLPath path = element.path();
-    const Builder* builder = d->find(element.name(), path.toString().toStdString());
+    const Builder* builder = m_private->find(element.name(), path.toString().toStdString());
     return builder ? *builder : Builder();
 }
 
 const VoXMLStreamLoader::Builder* VoXMLStreamLoader::find(const VoStreamXMLElementReader& element) const
 {
-    const Builder* builder = d ? d->find(element.name(), element.openPath()) : nullptr;
+    const Builder* builder = m_private ? m_private->find(element.name(), element.openPath()) : nullptr;
     return builder && *builder ? builder : nullptr;
 }
 
@@ -86,13 +86,13 @@ void VoXMLStreamLoader::refuseDocumentTypes()
 
 VoUniquePtr<VoAbstractXMLStreamLoaderObject> VoXMLStreamLoader::load(VoIODevice& device) const
 {
-    VoStreamXMLReader reader(device, d ? d->documentTypes : VoStreamXMLReader::DocumentTypes::Accept);
+    VoStreamXMLReader reader(device, m_private ? m_private->documentTypes : VoStreamXMLReader::DocumentTypes::Accept);
     return load(reader);
 }
 
 VoUniquePtr<VoAbstractXMLStreamLoaderObject> VoXMLStreamLoader::load(const VoFilePath& file) const
 {
-    VoStreamXMLReader reader(file, d ? d->documentTypes : VoStreamXMLReader::DocumentTypes::Accept);
+    VoStreamXMLReader reader(file, m_private ? m_private->documentTypes : VoStreamXMLReader::DocumentTypes::Accept);
     return load(reader);
 }
 

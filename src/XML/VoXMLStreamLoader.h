@@ -75,5 +75,5 @@ private:
     const Builder* find(const VoStreamXMLElementReader& element) const;
     Private& rules();
 
-    std::shared_ptr<Private> d;
+    std::shared_ptr<Private> m_private;
 };

@@ -63,17 +63,17 @@ XMLReadEngine::Element VoXMLStreamReader::Private::find(const VoXMLStreamElement
 }
 
 VoXMLStreamReader::VoXMLStreamReader(VoIODevice& device)
-    : d(std::make_unique<Private>(XMLDevice(device, XMLDevice::Reading)))
+    : m_private(std::make_unique<Private>(XMLDevice(device, XMLDevice::Reading)))
 {
 }
 
 VoXMLStreamReader::VoXMLStreamReader(VoSharedPtr<VoIODevice> device)
-    : d(std::make_unique<Private>(XMLDevice(std::move(device), XMLDevice::Reading)))
+    : m_private(std::make_unique<Private>(XMLDevice(std::move(device), XMLDevice::Reading)))
 {
 }
 
 VoXMLStreamReader::VoXMLStreamReader(const VoFilePath& file)
-    : d(std::make_unique<Private>(XMLDevice(file, XMLDevice::Reading)))
+    : m_private(std::make_unique<Private>(XMLDevice(file, XMLDevice::Reading)))
 {
 }
 
@@ -86,23 +86,23 @@ VoXMLStreamReader::~VoXMLStreamReader() = default;
 
 VoXMLStreamReader::TokenType VoXMLStreamReader::next()
 {
-    return FromQt(d->engine.next());
+    return FromQt(m_private->engine.next());
 }
 
 std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::nextElement()
 {
-    return d->engine.nextStart() ? currentElement() : nullptr;
+    return m_private->engine.nextStart() ? currentElement() : nullptr;
 }
 
 std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::nextElementInElement()
 {
-    return d->engine.nextStartInElement() ? currentElement() : nullptr;
+    return m_private->engine.nextStartInElement() ? currentElement() : nullptr;
 }
 
 std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::scan(const VoString& name)
 {
-    while (d->engine.nextStart()) {
-        if (*d->engine.stack().back()->name == name)
+    while (m_private->engine.nextStart()) {
+        if (*m_private->engine.stack().back()->name == name)
             return currentElement();
     }
     return nullptr;
@@ -110,27 +110,27 @@ std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::scan(const VoString
 
 void VoXMLStreamReader::restart()
 {
-    d->engine.restart();
+    m_private->engine.restart();
 }
 
 VoString VoXMLStreamReader::readText()
 {
-    if (d->engine.stack().empty())
+    if (m_private->engine.stack().empty())
         throw VoInvalidXMLOperation("ReadText called outside of element");
-    const XMLReadEngine::Element current = d->engine.stack().back();
-    return d->engine.directText(current);
+    const XMLReadEngine::Element current = m_private->engine.stack().back();
+    return m_private->engine.directText(current);
 }
 
 VoString VoXMLStreamReader::readAsText()
 {
-    return d->engine.remainingMarkup();
+    return m_private->engine.remainingMarkup();
 }
 
 VoString VoXMLStreamReader::toString()
 {
     switch (tokenType()) {
     case StartElement:
-        return d->engine.currentMarkup();
+        return m_private->engine.currentMarkup();
     case NoToken:
     case StartDocument:
     case EndElement:
@@ -142,30 +142,30 @@ VoString VoXMLStreamReader::toString()
 
 VoXMLStreamReader::TokenType VoXMLStreamReader::tokenType() const
 {
-    return FromQt(d->engine.qt().tokenType());
+    return FromQt(m_private->engine.qt().tokenType());
 }
 
 VoString VoXMLStreamReader::elementName() const
 {
-    const QXmlStreamReader& qt = d->engine.qt();
+    const QXmlStreamReader& qt = m_private->engine.qt();
     const bool isNamed = qt.isStartElement() || qt.isEndElement() || qt.isEntityReference();
     return isNamed ? vo::detail::FromQtText(qt.name()) : VoString();
 }
 
 VoString VoXMLStreamReader::errorString() const
 {
-    return vo::detail::FromQtText(d->engine.qt().errorString());
+    return vo::detail::FromQtText(m_private->engine.qt().errorString());
 }
 
 VoXMLAttributeSetPtr VoXMLStreamReader::attributes()
 {
-    return VoXMLAttributeSetPtr(new VoXMLAttributeSet(d->engine.attributes()));
+    return VoXMLAttributeSetPtr(new VoXMLAttributeSet(m_private->engine.attributes()));
 }
 
 std::string_view VoXMLStreamReader::openPath() const
 {
-    const auto& stack = d->engine.stack();
-    return stack.empty() ? std::string_view() : d->engine.path(*stack.back());
+    const auto& stack = m_private->engine.stack();
+    return stack.empty() ? std::string_view() : m_private->engine.path(*stack.back());
 }
 
 VoXMLPath VoXMLStreamReader::currentPath() const
@@ -175,7 +175,7 @@ VoXMLPath VoXMLStreamReader::currentPath() const
 
 std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::currentElement()
 {
-    const auto& stack = d->engine.stack();
+    const auto& stack = m_private->engine.stack();
     if (stack.empty())
         throw VoNullXMLStreamElementException();
     const XMLReadEngine::Element& element = stack.back();
@@ -187,7 +187,7 @@ std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamReader::currentElement()
 std::shared_ptr<VoXMLStreamElementReader>
 VoXMLStreamReader::getSharedPointer(const VoXMLStreamElementReader* element) const
 {
-    const XMLReadEngine::Element found = d->find(element);
+    const XMLReadEngine::Element found = m_private->find(element);
     if (!found)
         throw VoNullXMLStreamElementException();
     return found->reader;
@@ -195,13 +195,13 @@ VoXMLStreamReader::getSharedPointer(const VoXMLStreamElementReader* element) con
 
 bool VoXMLStreamReader::isActive(const VoXMLStreamElementReader* element) const
 {
-    const auto& stack = d->engine.stack();
+    const auto& stack = m_private->engine.stack();
     return element && !stack.empty() && stack.back()->reader.get() == element;
 }
 
 bool VoXMLStreamReader::isValid(const VoXMLStreamElementReader* element) const
 {
-    return d->find(element) != nullptr;
+    return m_private->find(element) != nullptr;
 }
 
 bool VoXMLStreamReader::isValid(const std::shared_ptr<VoXMLStreamElementReader>& element) const

@@ -112,5 +112,5 @@ private:
 
     std::string_view openPath() const; // of the innermost open element, until the next step
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };

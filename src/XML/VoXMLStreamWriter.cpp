@@ -186,25 +186,25 @@ std::exception_ptr VoXMLStreamWriter::Private::release()
 }
 
 VoXMLStreamWriter::VoXMLStreamWriter(VoIODevice& device, const AutoFormattingSettings& settings)
-    : d(std::make_unique<Private>(XMLDevice(device, XMLDevice::Writing), settings))
+    : m_private(std::make_unique<Private>(XMLDevice(device, XMLDevice::Writing), settings))
 {
 }
 
 VoXMLStreamWriter::VoXMLStreamWriter(VoSharedPtr<VoIODevice> device, const AutoFormattingSettings& settings)
-    : d(std::make_unique<Private>(XMLDevice(std::move(device), XMLDevice::Writing), settings))
+    : m_private(std::make_unique<Private>(XMLDevice(std::move(device), XMLDevice::Writing), settings))
 {
 }
 
 VoXMLStreamWriter::VoXMLStreamWriter(const VoFilePath& path, const AutoFormattingSettings& settings)
-    : d(std::make_unique<Private>(XMLDevice(path, XMLDevice::Writing), settings))
+    : m_private(std::make_unique<Private>(XMLDevice(path, XMLDevice::Writing), settings))
 {
 }
 
 VoXMLStreamWriter::~VoXMLStreamWriter()
 {
-    if (d->state != State::DocumentFinished)
-        d->release();
-    d->disableHandles();
+    if (m_private->state != State::DocumentFinished)
+        m_private->release();
+    m_private->disableHandles();
 }
 
 void VoXMLStreamWriter::startDocument()
@@ -214,23 +214,24 @@ void VoXMLStreamWriter::startDocument()
 
 void VoXMLStreamWriter::startDocument(const VoString& version)
 {
-    d->rethrowDeviceFailure();
-    if (d->state != State::Initial)
+    m_private->rethrowDeviceFailure();
+    if (m_private->state != State::Initial)
         throw VoInvalidXMLOperation("Attempting to create document when already created");
     RequireXMLText(version);
-    d->xml.writeStartDocument(ToQtText(version));
-    d->state = State::DocumentStarted;
+    m_private->xml.writeStartDocument(ToQtText(version));
+    m_private->state = State::DocumentStarted;
 }
 
 void VoXMLStreamWriter::startElement(const VoString& name)
 {
-    d->open(nullptr, name, false, [this](const QString& qtName) { d->xml.writeStartElement(qtName); });
+    m_private->open(nullptr, name, false, [this](const QString& qtName) { m_private->xml.writeStartElement(qtName); });
 }
 
 std::unique_ptr<VoXMLStreamElementWriter> VoXMLStreamWriter::createElement(const VoString& name)
 {
     auto handle = std::make_unique<VoXMLStreamElementWriter>(this);
-    d->open(handle.get(), name, false, [this](const QString& qtName) { d->xml.writeStartElement(qtName); });
+    m_private->open(handle.get(), name, false,
+                    [this](const QString& qtName) { m_private->xml.writeStartElement(qtName); });
     return handle;
 }
 
@@ -241,15 +242,15 @@ std::unique_ptr<VoXMLStreamElementWriter> VoXMLStreamWriter::createElement(const
         return createElement(name);
     RequireXMLText(namespaceUri);
     auto handle = std::make_unique<VoXMLStreamElementWriter>(this);
-    d->open(handle.get(), name, true,
-            [&](const QString& qtName) { d->xml.writeStartElement(ToQtText(namespaceUri), qtName); });
+    m_private->open(handle.get(), name, true,
+                    [&](const QString& qtName) { m_private->xml.writeStartElement(ToQtText(namespaceUri), qtName); });
     return handle;
 }
 
 void VoXMLStreamWriter::writeAttribute(const VoString& name, const VoString& value)
 {
-    const QString qtName = d->requireWritableAttribute(name, value, false);
-    d->xml.writeAttribute(qtName, ToQtText(value));
+    const QString qtName = m_private->requireWritableAttribute(name, value, false);
+    m_private->xml.writeAttribute(qtName, ToQtText(value));
 }
 
 void VoXMLStreamWriter::writeAttribute(const VoString& name, const VoString& value, const VoString& namespaceUri)
@@ -257,51 +258,51 @@ void VoXMLStreamWriter::writeAttribute(const VoString& name, const VoString& val
     if (namespaceUri.isEmpty()) // Qt would declare the default namespace, once for each such attribute
         return writeAttribute(name, value);
     RequireXMLText(namespaceUri);
-    const QString qtName = d->requireWritableAttribute(name, value, true);
-    d->xml.writeAttribute(ToQtText(namespaceUri), qtName, ToQtText(value));
+    const QString qtName = m_private->requireWritableAttribute(name, value, true);
+    m_private->xml.writeAttribute(ToQtText(namespaceUri), qtName, ToQtText(value));
 }
 
 void VoXMLStreamWriter::writeText(const VoString& text)
 {
-    d->rethrowDeviceFailure();
-    d->requireElementOpen("Illegal write text call");
+    m_private->rethrowDeviceFailure();
+    m_private->requireElementOpen("Illegal write text call");
     RequireXMLText(text);
-    d->xml.writeCharacters(ToQtText(text));
-    d->state = State::InContent;
+    m_private->xml.writeCharacters(ToQtText(text));
+    m_private->state = State::InContent;
 }
 
 void VoXMLStreamWriter::writeNamespace(const VoString& namespaceUri, const VoString& prefix)
 {
-    d->rethrowDeviceFailure();
+    m_private->rethrowDeviceFailure();
     RequireXMLText(namespaceUri);
     const QString qtUri = ToQtText(namespaceUri);
-    d->xml.writeNamespace(qtUri, RequirePrefix(prefix, qtUri));
+    m_private->xml.writeNamespace(qtUri, RequirePrefix(prefix, qtUri));
 }
 
 void VoXMLStreamWriter::writeDefaultNamespace(const VoString& namespaceUri)
 {
-    d->rethrowDeviceFailure();
+    m_private->rethrowDeviceFailure();
     RequireXMLText(namespaceUri);
-    d->xml.writeDefaultNamespace(ToQtText(namespaceUri));
+    m_private->xml.writeDefaultNamespace(ToQtText(namespaceUri));
 }
 
 void VoXMLStreamWriter::finishElement()
 {
-    d->rethrowDeviceFailure();
-    if (!d->stack.empty())
-        d->closeTop();
+    m_private->rethrowDeviceFailure();
+    if (!m_private->stack.empty())
+        m_private->closeTop();
 }
 
 void VoXMLStreamWriter::finishElement(const VoXMLStreamElementWriter* element)
 {
-    d->rethrowDeviceFailure();
-    d->closeDownTo(element);
+    m_private->rethrowDeviceFailure();
+    m_private->closeDownTo(element);
 }
 
 void VoXMLStreamWriter::closeAfterHandle(const VoXMLStreamElementWriter* element) noexcept
 {
     try {
-        d->closeDownTo(element);
+        m_private->closeDownTo(element);
     } catch (...) {
         // Only memory can run out here; finishDocument() closes what stays open.
     }
@@ -309,24 +310,24 @@ void VoXMLStreamWriter::closeAfterHandle(const VoXMLStreamElementWriter* element
 
 void VoXMLStreamWriter::finishDocument()
 {
-    if (d->state == State::DocumentFinished)
+    if (m_private->state == State::DocumentFinished)
         return;
-    d->xml.writeEndDocument();
-    d->state = State::DocumentFinished;
-    const std::exception_ptr failure = d->release();
-    d->disableHandles();
+    m_private->xml.writeEndDocument();
+    m_private->state = State::DocumentFinished;
+    const std::exception_ptr failure = m_private->release();
+    m_private->disableHandles();
     if (failure)
         std::rethrow_exception(failure);
 }
 
 bool VoXMLStreamWriter::isCurrent(const VoXMLStreamElementWriter* element) const
 {
-    return d->stack.empty() ? element == nullptr : d->stack.back() == element;
+    return m_private->stack.empty() ? element == nullptr : m_private->stack.back() == element;
 }
 
 void vo::detail::XMLMarkup::Write(VoXMLStreamWriter& writer, const char* markup, std::size_t size)
 {
-    VoXMLStreamWriter::Private& document = *writer.d;
+    VoXMLStreamWriter::Private& document = *writer.m_private;
     document.rethrowDeviceFailure();
     if (document.stack.empty())
         throw VoInvalidXMLOperation("Illegal write text call");

@@ -133,5 +133,5 @@ private:
 
     void closeAfterHandle(const VoXMLStreamElementWriter* element) noexcept;
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };

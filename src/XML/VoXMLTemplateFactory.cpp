@@ -19,7 +19,7 @@ struct VoXMLTemplateFactory::Private
 };
 
 VoXMLTemplateFactory::VoXMLTemplateFactory()
-    : d(std::make_unique<Private>())
+    : m_private(std::make_unique<Private>())
 {
 }
 
@@ -27,7 +27,7 @@ VoXMLTemplateFactory::~VoXMLTemplateFactory() = default;
 
 bool VoXMLTemplateFactory::isRegistered(const VoString& name) const
 {
-    return d->functions.count(name) > 0;
+    return m_private->functions.count(name) > 0;
 }
 
 VoXMLSerializableObject* VoXMLTemplateFactory::create(VoXMLElementReader& element) const
@@ -39,25 +39,25 @@ VoXMLSerializableObject* VoXMLTemplateFactory::create(VoXMLElementReader& elemen
 VoXMLSerializableObject* VoXMLTemplateFactory::create(VoXMLElementReader& element,
                                                       const CreationArgument* argument) const
 {
-    const auto found = d->functions.find(element.name());
-    if (found == d->functions.end())
+    const auto found = m_private->functions.find(element.name());
+    if (found == m_private->functions.end())
         throw VoUnknownXMLElementException(element.name());
     return found->second(element, argument);
 }
 
 const VoList<VoString>& VoXMLTemplateFactory::errors() const
 {
-    return d->errors;
+    return m_private->errors;
 }
 
 void VoXMLTemplateFactory::registerClass(const VoString& name, CreationFunction function)
 {
     if (!function)
         throw VoNullPointerException("Creation function is null");
-    d->functions[name] = function;
+    m_private->functions[name] = function;
 }
 
 void VoXMLTemplateFactory::addError(const VoException& exception)
 {
-    d->errors.pushBack(exception.message());
+    m_private->errors.pushBack(exception.message());
 }

@@ -52,5 +52,5 @@ protected:
 private:
     struct Private;
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };

@@ -200,17 +200,18 @@ VoString VoXMLValidator::Error::toString() const
 }
 
 VoXMLValidator::VoXMLValidator(const VoFilePath& schema)
-    : d(std::make_unique<Private>())
+    : m_private(std::make_unique<Private>())
 {
-    d->path = schema;
-    d->schema.setMessageHandler(&d->schemaMessage);
-    d->schema.setNetworkAccessManager(&d->schemaFiles);
+    m_private->path = schema;
+    m_private->schema.setMessageHandler(&m_private->schemaMessage);
+    m_private->schema.setNetworkAccessManager(&m_private->schemaFiles);
     const XMLDevice device(schema, XMLDevice::Reading);
-    d->schema.load(&device.adapter(), LocalUrl(schema));
+    m_private->schema.load(&device.adapter(), LocalUrl(schema));
     device.adapter().rethrow();
-    if (!d->schema.isValid())
-        throw VoInvalidXMLSchemaException(schema.toString(),
-                                          d->schemaMessage.error() ? d->schemaMessage.error()->toString() : VoString());
+    if (!m_private->schema.isValid())
+        throw VoInvalidXMLSchemaException(schema.toString(), m_private->schemaMessage.error()
+                                                                 ? m_private->schemaMessage.error()->toString()
+                                                                 : VoString());
 }
 
 VoXMLValidator::VoXMLValidator(VoXMLValidator&& other) noexcept = default;
@@ -219,19 +220,19 @@ VoXMLValidator::~VoXMLValidator() = default;
 
 void VoXMLValidator::validate(const VoFilePath& file) const
 {
-    if (const std::optional<Error> error = d->firstError(XMLDevice(file, XMLDevice::Reading)))
-        throw VoInvalidXMLException(VoInvalidXMLException(file, d->path).message() + ": " + error->toString());
+    if (const std::optional<Error> error = m_private->firstError(XMLDevice(file, XMLDevice::Reading)))
+        throw VoInvalidXMLException(VoInvalidXMLException(file, m_private->path).message() + ": " + error->toString());
 }
 
 void VoXMLValidator::validate(VoIODevice& device) const
 {
-    if (const std::optional<Error> error = d->firstError(XMLDevice(device, XMLDevice::Reading)))
+    if (const std::optional<Error> error = m_private->firstError(XMLDevice(device, XMLDevice::Reading)))
         throw VoInvalidXMLException(error->toString());
 }
 
 bool VoXMLValidator::isValid(const VoFilePath& file) const
 {
-    const std::optional<Error> error = d->firstError(XMLDevice(file, XMLDevice::Reading));
+    const std::optional<Error> error = m_private->firstError(XMLDevice(file, XMLDevice::Reading));
     if (error)
         vo::logging::Logger::Get("xml").information("Invalid XML: " + file.toString() + ": " + error->toString());
     return !error;
@@ -239,10 +240,10 @@ bool VoXMLValidator::isValid(const VoFilePath& file) const
 
 VoDeque<Error> VoXMLValidator::errors(const VoFilePath& file) const
 {
-    return d->errors(Content(XMLDevice(file, XMLDevice::Reading)), MostErrors);
+    return m_private->errors(Content(XMLDevice(file, XMLDevice::Reading)), MostErrors);
 }
 
 VoDeque<Error> VoXMLValidator::errors(VoIODevice& device) const
 {
-    return d->errors(Content(XMLDevice(device, XMLDevice::Reading)), MostErrors);
+    return m_private->errors(Content(XMLDevice(device, XMLDevice::Reading)), MostErrors);
 }

@@ -56,17 +56,17 @@ struct SignalWatch::Private
 };
 
 SignalWatch::SignalWatch(std::function<void(int)> function)
-    : d(std::make_unique<Private>())
+    : m_private(std::make_unique<Private>())
 {
     int ends[2];
     if (pipe(ends) != 0)
         return;
     for (const int end : ends)
         fcntl(end, F_SETFD, FD_CLOEXEC);
-    d->readingEnd = ends[0];
-    d->outerEnd = writingEnd.exchange(ends[1]);
-    d->watcher = CreateThread(
-        [end = ends[0], outer = d->outerEnd, function = std::move(function)] { CallOnMessage(end, outer, function); },
+    m_private->readingEnd = ends[0];
+    m_private->outerEnd = writingEnd.exchange(ends[1]);
+    m_private->watcher = CreateThread(
+        [end = ends[0], outer = m_private->outerEnd, function = std::move(function)] { CallOnMessage(end, outer, function); },
         "vo signals");
 
     struct sigaction action = {};
@@ -74,24 +74,24 @@ SignalWatch::SignalWatch(std::function<void(int)> function)
     action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     sigemptyset(&action.sa_mask);
     for (std::size_t i = 0; i < std::size(Signals); ++i) {
-        sigaction(Signals[i], nullptr, &d->previous[i]);
+        sigaction(Signals[i], nullptr, &m_private->previous[i]);
         // Started with "nohup" or in the background of a script: the signal is to stay without effect.
-        if (d->previous[i].sa_handler != SIG_IGN)
+        if (m_private->previous[i].sa_handler != SIG_IGN)
             sigaction(Signals[i], &action, nullptr);
     }
 }
 
 SignalWatch::~SignalWatch()
 {
-    if (!d->watcher.joinable())
+    if (!m_private->watcher.joinable())
         return;
     for (std::size_t i = 0; i < std::size(Signals); ++i)
-        sigaction(Signals[i], &d->previous[i], nullptr);
-    const int end = writingEnd.exchange(d->outerEnd);
+        sigaction(Signals[i], &m_private->previous[i], nullptr);
+    const int end = writingEnd.exchange(m_private->outerEnd);
     [[maybe_unused]] const auto written = write(end, &Finish, 1);
-    d->watcher.join();
+    m_private->watcher.join();
     close(end);
-    close(d->readingEnd);
+    close(m_private->readingEnd);
 }
 
 } // namespace vo::detail

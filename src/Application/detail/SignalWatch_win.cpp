@@ -49,11 +49,11 @@ struct SignalWatch::Private
 };
 
 SignalWatch::SignalWatch(std::function<void(int)> function)
-    : d(std::make_unique<Private>(Private{std::move(function), nullptr}))
+    : m_private(std::make_unique<Private>(Private{std::move(function), nullptr}))
 {
     {
         const std::lock_guard lock(Mutex());
-        d->outer = std::exchange(current, &d->function);
+        m_private->outer = std::exchange(current, &m_private->function);
     }
     SetConsoleCtrlHandler(OnControl, TRUE);
 }
@@ -62,7 +62,7 @@ SignalWatch::~SignalWatch()
 {
     SetConsoleCtrlHandler(OnControl, FALSE);
     const std::lock_guard lock(Mutex());
-    current = d->outer;
+    current = m_private->outer;
 }
 
 } // namespace vo::detail
