@@ -2,6 +2,7 @@
 
 #include <Core/VoDeque.h>
 #include <Core/VoException.h>
+#include <Documents/VoCSVValues.h>
 #include <Documents/detail/CSVText.h>
 #include <Documents/detail/TextInput.h>
 #include <IO/VoIODevice.h>
@@ -104,7 +105,7 @@ bool VoCSVReader::Private::fill()
     }
     const std::size_t count = input.readInto(block.data() + filled, block.size() - filled);
     if (count == 0 && input.isBroken())
-        failWith("Invalid " + VoString(vo::detail::EncodingName(input.encoding())) + " in CSV at line " +
+        failWith("Invalid " + VoString(vo::csv::EncodingName(input.encoding())) + " in CSV at line " +
                  VoString(input.place().line) + ", column " + VoString(input.place().column));
     filled += count;
     isAtEnd = count == 0;

@@ -2,6 +2,7 @@
 
 #include <Core/VoDeque.h>
 #include <Core/VoVariant.h>
+#include <Documents/VoCSVValues.h>
 #include <Documents/detail/CSVText.h>
 #include <Documents/detail/TextEncoding.h>
 #include <IO/VoIODevice.h>
@@ -13,7 +14,7 @@
 #include <iterator>
 #include <string>
 
-using vo::detail::DetectedType;
+using vo::csv::DetectedType;
 using vo::detail::TextEncoding;
 
 namespace {
@@ -143,7 +144,7 @@ void VoCSVWriter::Private::requireWritable(std::string_view text) const
     if (*character == vo::detail::NotUTF8)
         throw VoInvalidParameterException("Text is not UTF-8" + where);
     throw VoInvalidParameterException("Character " + CodePointText(*character) + " is not in " +
-                                      vo::detail::EncodingName(format.encoding) + where);
+                                      vo::csv::EncodingName(format.encoding) + where);
 }
 
 bool VoCSVWriter::Private::isFormula(std::string_view text) const

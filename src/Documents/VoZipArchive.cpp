@@ -198,6 +198,20 @@ VoDeque<VoFilePath> VoZipArchive::paths()
     return paths;
 }
 
+VoZipArchive::Listing VoZipArchive::listing()
+{
+    if (!m_internal->input)
+        throw VoInvalidCallException("Zip paths cannot be returned in write mode");
+    Listing listing;
+    if (m_internal->closed)
+        return listing;
+    vo::detail::ZipInput& input = *m_internal->input;
+    for (std::size_t i = 0; i < input.count(); ++i)
+        listing.entries.pushBack({VoString(std::string(input.name(i))), input.size(i)});
+    listing.isComplete = input.complete();
+    return listing;
+}
+
 VoString VoZipArchive::errorMessage(int code) const
 {
     switch (m_internal->mode) {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <Core/VoDeque.h>
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
+#include <Core/VoString.h>
 #include <Core/VoWeakPtr.h>
 
 #include <cstddef>
@@ -83,6 +85,23 @@ public:
     /// the active entry. The directory is read up to its first damaged record.
     /// @throws VoInvalidCallException "Zip paths cannot be returned in write mode"
     VoDeque<VoFilePath> paths();
+
+    /// What the directory of an archive says.
+    struct Listing
+    {
+        /// One file or folder.
+        struct Entry
+        {
+            VoString name;          ///< As stored: with "/", all bytes.
+            std::uint64_t size = 0; ///< Of the content when it is unpacked.
+        };
+
+        VoDeque<Entry> entries;  ///< In the archive's order, up to the first damaged record.
+        bool isComplete = false; ///< Whether all could be read, and are as many as the archive claims.
+    };
+    /// Names and sizes of all entries, unchecked. Empty after close().
+    /// @throws VoInvalidCallException "Zip paths cannot be returned in write mode"
+    Listing listing();
 
     /// The text that stands for a result code of the zip library in the messages of this archive.
     VoString errorMessage(int code) const;

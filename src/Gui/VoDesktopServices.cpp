@@ -2,8 +2,8 @@
 
 #include <Core/VoException.h>
 #include <Core/VoFileException.h>
+#include <Core/VoPrintable.h>
 #include <Core/VoString.h>
-#include <Core/detail/Printable.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
@@ -102,7 +102,7 @@ void VoDesktopServices::OpenUrl(const VoUrl& url)
 {
     QUrl opened = url.toQUrl();
     if (!opened.isValid() || !IsOpened(opened))
-        throw VoInvalidParameterException("Cannot open URL: " + vo::detail::Printable(url.toString()));
+        throw VoInvalidParameterException("Cannot open URL: " + vo::Printable(url.toString()));
     if (!opened.isLocalFile())
         return Launch(opened, url.toString());
     opened.setHost(QString()); // "localhost" would make it a share

@@ -2,9 +2,9 @@
 
 #include <Core/VoException.h>
 #include <Core/VoFileException.h>
+#include <Core/VoPrintable.h>
 #include <Core/VoProperties.h>
 #include <Core/detail/NumberText.h>
-#include <Core/detail/Printable.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativePath.h>
@@ -43,7 +43,7 @@ struct Setting
 
     [[noreturn]] void refuse(const VoString& why) const
     {
-        throw VoInvalidParameterException("Invalid log setting " + vo::detail::Printable(text) + source + ": " + why);
+        throw VoInvalidParameterException("Invalid log setting " + vo::Printable(text) + source + ": " + why);
     }
 };
 
@@ -293,7 +293,7 @@ Configuration Configuration::FromFile(const VoFilePath& path)
     VoFileDevice file(path);
     if (!file.open(VoIODevice::Read))
         throw VoCannotOpenFileException(file);
-    return Parsed(file.read(LongestFile).toStdString(), "\r\n", " in " + vo::detail::Printable(path.path()));
+    return Parsed(file.read(LongestFile).toStdString(), "\r\n", " in " + vo::Printable(path.path()));
 }
 
 Configuration Configuration::FromProperties(const VoProperties& properties, const VoString& name)

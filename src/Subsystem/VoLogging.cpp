@@ -1,8 +1,8 @@
 #include <Subsystem/VoLogging.h>
 
 #include <Core/VoException.h>
+#include <Core/VoPrintable.h>
 #include <Core/detail/Callback.h>
-#include <Core/detail/Printable.h>
 #include <FileSystem/VoFilePath.h>
 #include <Subsystem/detail/LogFiles.h>
 #include <Subsystem/detail/LogLevels.h>
@@ -366,9 +366,9 @@ VoString FormatRecord(const Record& record)
     thread.imbue(std::locale::classic());
     thread << record.thread;
     std::string line = record.time.toString().toStdString() + ' ' + LevelName(record.level) + " [";
-    line += vo::detail::Printable(record.category).toStdString();
+    line += vo::Printable(record.category).toStdString();
     line += "] (" + thread.str() + ") ";
-    line += vo::detail::Printable(record.text).toStdString();
+    line += vo::Printable(record.text).toStdString();
     return VoString(std::move(line));
 }
 

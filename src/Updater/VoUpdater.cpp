@@ -5,6 +5,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/SafePath.h>
 #include <Updater/detail/documents/Log.h>
 
 #include <mutex>
@@ -62,6 +63,11 @@ void VoUpdater::OverrideUpdateSystemDirectory(const VoDirectoryPath& directory)
         place.overridden = true;
     }
     vo::updater::detail::Log().diagnostic("VoUpdater system directory overriden to " + directory.path());
+}
+
+bool VoUpdater::IsIdentifier(const VoString& text)
+{
+    return vo::detail::SafeName(text);
 }
 
 VoUUID VoUpdater::GenerateID()

@@ -34,6 +34,11 @@ public:
     /// never undone. Meant for start-up, tests and tools. Logged as a diagnostic in the category "updater".
     static void OverrideUpdateSystemDirectory(const VoDirectoryPath& directory);
 
+    /// Whether a text may be the ID of a package: it can serve as a file's name on every platform. 1 to 128 bytes, no
+    /// control character and none of \\ / : * ? " < > |, no blank or dot at either end, no name of a device, and not
+    /// "packages".
+    static bool IsIdentifier(const VoString& text);
+
     /// A new random ID in the form without braces, which serves as a file name and as a piece of a URL unchanged.
     static VoUUID GenerateID();
 };

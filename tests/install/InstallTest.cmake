@@ -48,6 +48,16 @@ if(NOT output MATCHES "Consumer's files  1\\.0\\.0  newest")
     message(FATAL_ERROR "the installed tool says \"${output}\"")
 endif()
 
+# The tool itself, whose sources see no header that is not installed.
+run("${CMAKE_COMMAND}" -S "${CMAKE_CURRENT_LIST_DIR}/tool" -B "${SCRATCH}/tool" -G Ninja "-DTOOL=${TOOL}" "-DVERSION=${VERSION}"
+    "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}" "-DCMAKE_CXX_FLAGS=-O0"
+    "-DCMAKE_PREFIX_PATH=${prefix}")
+run("${CMAKE_COMMAND}" --build "${SCRATCH}/tool")
+run("${SCRATCH}/tool/vo/vo" --version)
+if(NOT output STREQUAL "vo ${VERSION}\n")
+    message(FATAL_ERROR "the tool built against the installed library says \"${output}\"")
+endif()
+
 # pkg-config gives flags that are enough on their own.
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
 run(pkg-config --modversion VoCore)

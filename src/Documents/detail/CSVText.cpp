@@ -3,6 +3,7 @@
 #include <Core/detail/NumberText.h>
 #include <Documents/VoCSVFormat.h>
 #include <Documents/VoCSVReader.h>
+#include <Documents/VoCSVValues.h>
 #include <Documents/detail/TextEncoding.h>
 
 #include <algorithm>
@@ -166,21 +167,29 @@ struct ValueOf
 
 } // namespace
 
+} // namespace vo::detail
+
+namespace vo::csv {
+
 VoVariant::Type DetectedType(std::string_view field, const VoCSVFormat& format)
 {
-    return field.empty() ? VoVariant::Null : WithValue(field, format, TypeOf());
+    return field.empty() ? VoVariant::Null : detail::WithValue(field, format, detail::TypeOf());
 }
 
 VoVariant DetectedValue(std::string_view field, const VoCSVFormat& format)
 {
-    return field.empty() ? VoVariant() : WithValue(field, format, ValueOf{field});
+    return field.empty() ? VoVariant() : detail::WithValue(field, format, detail::ValueOf{field});
 }
+
+} // namespace vo::csv
+
+namespace vo::detail {
 
 VoVariant FieldValue(const VoCSVReader& reader, std::size_t field, bool detectTypes, const VoCSVFormat& format)
 {
     const std::string_view text = reader.field(field);
     if (detectTypes && !reader.isQuoted(field))
-        return DetectedValue(text, format);
+        return csv::DetectedValue(text, format);
     return VoString(text.data(), text.size());
 }
 

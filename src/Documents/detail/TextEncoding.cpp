@@ -1,5 +1,7 @@
 #include <Documents/detail/TextEncoding.h>
 
+#include <Documents/VoCSVValues.h>
+
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -143,21 +145,29 @@ bool EqualsWithoutCase(std::string_view a, std::string_view b)
 
 } // namespace
 
-const char* EncodingName(TextEncoding encoding)
+} // namespace vo::detail
+
+namespace vo::csv {
+
+const char* EncodingName(VoCSVFormat::Encoding encoding)
 {
-    return std::find_if(std::begin(Names), std::end(Names),
-                        [&](const Named& known) { return known.encoding == encoding; })
+    return std::find_if(std::begin(detail::Names), std::end(detail::Names),
+                        [&](const detail::Named& known) { return known.encoding == encoding; })
         ->name;
 }
 
-std::optional<TextEncoding> EncodingNamed(std::string_view name)
+std::optional<VoCSVFormat::Encoding> EncodingNamed(std::string_view name)
 {
-    for (const Named& known : Names) {
-        if (EqualsWithoutCase(known.name, name))
+    for (const detail::Named& known : detail::Names) {
+        if (detail::EqualsWithoutCase(known.name, name))
             return known.encoding;
     }
     return std::nullopt;
 }
+
+} // namespace vo::csv
+
+namespace vo::detail {
 
 std::optional<EncodingMark> MarkOf(std::string_view bytes)
 {

@@ -14,12 +14,6 @@ namespace vo::detail {
 
 using TextEncoding = VoCSVFormat::Encoding;
 
-/// "UTF-8", "UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE", "Windows-1252" or "ISO-8859-1".
-VOCORE_PRIVATE_EXPORT const char* EncodingName(TextEncoding encoding);
-
-/// The encoding of such a name, or of "CP1252" or "Latin1"; case does not count.
-VOCORE_PRIVATE_EXPORT std::optional<TextEncoding> EncodingNamed(std::string_view name);
-
 /// A byte-order mark and what it stands for.
 struct EncodingMark
 {

@@ -2,7 +2,7 @@
 
 #if !defined(_WIN32)
 
-#include <Core/detail/Printable.h>
+#include <Core/VoPrintable.h>
 
 #include <syslog.h>
 

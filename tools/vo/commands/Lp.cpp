@@ -4,7 +4,6 @@
 #include <vo/line/Paths.h>
 
 #include <Core/VoException.h>
-#include <Core/detail/NumberText.h>
 #include <Maths/VoLinearProblemCertificate.h>
 #include <Maths/VoLinearProblemSolution.h>
 #include <Maths/VoLinearProblemText.h>
@@ -20,7 +19,7 @@ constexpr std::int64_t DefaultIterations = 1'000'000;
 
 VoString Text(double value)
 {
-    return VoString(detail::GeneralText(value, 12));
+    return VoString(QString::number(value, 'g', 12));
 }
 
 VoString VerdictText(Verdict verdict)

@@ -5,8 +5,8 @@
 
 #include <FileSystem/VoFileSystem.h>
 #include <Misc/XMLReport/ReportDataFile.h>
+#include <Misc/XMLReport/ReportPageFailure.h>
 #include <Misc/XMLReport/ReportPages.h>
-#include <Misc/XMLReport/detail/ReportPage.h>
 
 #include <limits>
 
@@ -95,7 +95,7 @@ ExitCode Run(Session& session)
                       " holds the results of another analysis: " + NameOf(data.header.analysis));
     const VoString style = StyleFile(session);
     Doing(arguments, "write", arguments.argument(2), [&] {
-        const vo::detail::PageFailure failure;
+        const ReportPageFailure failure;
         if (!Write(data, page, style, column))
             failure.rethrow();
     });

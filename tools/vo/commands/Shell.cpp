@@ -9,7 +9,6 @@
 #include <Core/VoExceptionText.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <IO/detail/WholeFile.h>
 #include <Shell/VoScriptedTest.h>
 #include <Shell/VoShell.h>
 

@@ -7,7 +7,7 @@
 
 #include <Core/VoException.h>
 #include <Documents/VoCSVReader.h>
-#include <Documents/detail/TextEncoding.h>
+#include <Documents/VoCSVValues.h>
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileDevice.h>
 
@@ -47,7 +47,7 @@ VoCSVFormat::Encoding EncodingOption(const Arguments& arguments)
     const auto name = arguments.text("encoding");
     if (!name)
         return VoCSVFormat::Encoding::UTF8;
-    if (const auto encoding = detail::EncodingNamed(name->toStdString()))
+    if (const auto encoding = csv::EncodingNamed(name->toStdString()))
         return *encoding;
     throw UsageError("--encoding: \"" + Printable(*name) +
                      "\" is none of utf-8, utf-16le, utf-16be, utf-32le, utf-32be, windows-1252 and iso-8859-1");

@@ -5,7 +5,6 @@
 
 #include <Documents/VoZipArchive.h>
 #include <Documents/VoZipper.h>
-#include <Documents/detail/VoZipArchiveInternal.h>
 
 #include <string>
 
@@ -15,14 +14,11 @@ namespace {
 ExitCode List(Session& session)
 {
     VoZipArchive archive(session.arguments.fileArgument(0), VoZipArchive::Read);
-    vo::detail::ZipInput& entries = *archive.internal().input;
+    const VoZipArchive::Listing listing = archive.listing();
     session.console.list("entries");
-    for (std::size_t i = 0; i < entries.count(); ++i) {
-        const VoString name{std::string(entries.name(i))};
-        const std::uint64_t size = entries.size(i);
-        session.console.row("entries", name, JsonRecord()("path", name)("bytes", size));
-    }
-    if (!entries.complete())
+    for (const auto& entry : listing.entries)
+        session.console.row("entries", entry.name, JsonRecord()("path", entry.name)("bytes", entry.size));
+    if (!listing.isComplete)
         throw Failure("cannot read " + session.arguments.argument(0) +
                       ": the archive's directory is damaged, there may be entries that are not listed");
     return ExitCode::Done;

@@ -3,8 +3,8 @@
 #include <vo/line/CommandError.h>
 #include <vo/line/Paths.h>
 
-#include <Core/detail/NearestName.h>
-#include <FileSystem/detail/SafePath.h>
+#include <Core/VoNearestName.h>
+#include <Updater/VoUpdater.h>
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QStringList>
@@ -16,7 +16,7 @@ namespace {
 
 VoString Suggestion(const VoString& typed, const std::vector<std::string_view>& names, const char* prefix)
 {
-    const auto nearest = detail::NearestName(typed.toStdString(), names);
+    const auto nearest = NearestName(typed.toStdString(), names);
     return nearest ? VoString("; did you mean ") + prefix + std::string(*nearest) + "?" : VoString();
 }
 
@@ -188,7 +188,7 @@ std::optional<VoUUID> Arguments::identifier(const char* option) const
     const auto value = text(option);
     if (!value)
         return std::nullopt;
-    if (!detail::SafeName(*value))
+    if (!VoUpdater::IsIdentifier(*value))
         throwInvalid(option, *value, "an ID that can serve as a file name");
     return VoUUID(*value);
 }

@@ -3,9 +3,10 @@
 #include <Core/VoFileException.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileLock.h>
+#include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/detail/FileLock.h>
-#include <IO/detail/WholeFile.h>
+#include <IO/VoWholeFile.h>
 
 #include <optional>
 #include <sstream>
@@ -23,7 +24,7 @@ std::vector<VoString> LineHistory::read() const
 {
     std::vector<VoString> lines;
     try {
-        std::istringstream text(detail::ReadWholeFile(m_file, MostBytes).value_or(std::string()));
+        std::istringstream text(ReadWholeFile(m_file, MostBytes).value_or(std::string()));
         for (std::string line; std::getline(text, line);)
             lines.emplace_back(line);
     } catch (const VoFileNotFoundException&) { // nothing was ever typed
@@ -36,7 +37,7 @@ void LineHistory::save()
     if (m_added.empty())
         return;
     VoFileSystem::CreateDirectory(m_file.parent(), true);
-    const detail::FileLock lock(VoFilePath(m_file.path() + ".lock"), [] {});
+    const VoFileLock lock(VoFilePath(m_file.path() + ".lock"), [] {});
     std::vector<VoString> lines = read();
     lines.insert(lines.end(), m_added.begin(), m_added.end());
     VoAtomicFileWriter writer(m_file);

@@ -3,7 +3,7 @@
 #include <vo/line/CommandError.h>
 
 #include <Core/VoException.h>
-#include <FileSystem/detail/NativePath.h>
+#include <FileSystem/VoNativeName.h>
 
 #include <algorithm>
 #include <exception>
@@ -24,7 +24,7 @@ auto TypedPath(const VoString& source, const VoString& text, Make make)
         throw UsageError(source + ": \"" + text + "\" is a URL; only a local file can be read here");
     try {
         const std::filesystem::path typed = std::filesystem::u8path(text.toStdString());
-        return make(vo::detail::FromNative(std::filesystem::absolute(typed).lexically_normal()));
+        return make(FromNativeName(VoString(std::filesystem::absolute(typed).lexically_normal().u8string())));
     } catch (const VoException& exception) {
         throw unusable(exception.message());
     } catch (const std::filesystem::filesystem_error& error) {
@@ -70,12 +70,12 @@ std::string AbsoluteText(const std::string& typed)
 
 VoString PathText(const VoFilePath& path)
 {
-    return VoString(vo::detail::ToNative(path).u8string());
+    return NativeName(path);
 }
 
 VoString PathText(const VoDirectoryPath& path)
 {
-    return VoString(WithoutEnd(vo::detail::ToNative(path).u8string()));
+    return VoString(WithoutEnd(NativeName(path).toStdString()));
 }
 
 VoString PathTextBelow(const VoDirectoryPath& directory, const VoFilePath& path)

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <Core/VoPrintable.h>
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
-#include <Core/detail/Printable.h>
 #include <Time/VoTimeDuration.h>
 
 #include <cstdint>
@@ -48,6 +48,6 @@ VoString BytesText(std::uint64_t bytes);
 /// "12.34"
 VoString SecondsText(double seconds);
 
-using detail::Printable;
+using vo::Printable;
 
 } // namespace vo::tool

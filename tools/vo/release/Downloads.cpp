@@ -7,7 +7,6 @@
 #include <vo/screen/Console.h>
 
 #include <Download/VoDownloadManager.h>
-#include <FileSystem/detail/NativePath.h>
 
 #include <QtCore/QByteArray>
 #include <QtCore/QFile>

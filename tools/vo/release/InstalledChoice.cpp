@@ -5,8 +5,8 @@
 #include <Core/VoException.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/detail/SafePath.h>
 #include <Updater/InstalledPackages.h>
+#include <Updater/VoUpdater.h>
 
 #include <vector>
 
@@ -25,7 +25,7 @@ bool IsInstalled(const VoUUID& packageID)
 
 bool HasListing(const VoUUID& packageID)
 {
-    return detail::SafeName(packageID.toString()) &&
+    return VoUpdater::IsIdentifier(packageID.toString()) &&
            VoFileSystem::Exists(InstalledPackages::InstalledPackageListingPath(packageID));
 }
 

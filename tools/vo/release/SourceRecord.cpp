@@ -9,8 +9,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/detail/NativePath.h>
-#include <FileSystem/detail/SafePath.h>
+#include <FileSystem/VoNativeName.h>
 #include <IO/VoFileByteStream.h>
 #include <Updater/VoUpdater.h>
 
@@ -32,7 +31,7 @@ VoDirectoryPath RecordDirectory()
 
 VoFilePath RecordPath(const VoUUID& packageID)
 {
-    if (!vo::detail::SafeName(packageID.toString()))
+    if (!VoUpdater::IsIdentifier(packageID.toString()))
         throw VoValidationException("Invalid identifier: " + packageID.toString());
     return RecordDirectory().file(packageID.toString() + ".txt");
 }
@@ -111,7 +110,7 @@ void ForgetSource(const VoUUID& packageID)
     VoFileSystem::Remove(RecordPath(packageID));
     // Fails while it holds the records of others, and that is right.
     std::error_code ignored;
-    std::filesystem::remove(vo::detail::ToNative(RecordDirectory()), ignored);
+    std::filesystem::remove(std::filesystem::u8path(NativeName(RecordDirectory()).toStdString()), ignored);
 }
 
 } // namespace vo::tool

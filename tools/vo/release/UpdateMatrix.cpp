@@ -4,7 +4,7 @@
 #include <vo/line/CommandError.h>
 #include <vo/release/ReleaseChoice.h>
 
-#include <Updater/detail/install/UpdatePlan.h>
+#include <Updater/UpdateCost.h>
 
 #include <algorithm>
 #include <string>
@@ -39,16 +39,14 @@ VoString Padded(const VoString& text, std::size_t width)
 
 void ShowUpdate(Console& console, const AdvertisedPackageListing* from, const AdvertisedPackageListing& to)
 {
-    const InstallationPlan plan =
-        from ? updater::detail::PlanUpdate(*from->compare(to), nullptr, to) : updater::detail::PlanUpdate(nullptr, to);
-    const std::uint64_t files = plan.addedFiles + plan.modifiedFiles;
+    const UpdateCost cost = from ? UpdateCost::Of(*from, to) : UpdateCost::Of(to);
     const VoString start = from ? ReleaseText(from->version()) : VoString("nothing");
     console.row("updates",
-                Padded(start, 10) + Padded(ReleaseText(to.version()), 10) + Padded(VoString(files), 8) +
-                    Padded(VoString(plan.chunks.size()), 8) + BytesText(plan.bytesToFetch),
+                Padded(start, 10) + Padded(ReleaseText(to.version()), 10) + Padded(VoString(cost.files), 8) +
+                    Padded(VoString(cost.chunks), 8) + BytesText(cost.bytesToFetch),
                 JsonRecord()("from", from ? from->version().toString() : VoString())("to", to.version().toString())(
-                    "files", files)("chunks", plan.chunks.size())("bytesToFetch", plan.bytesToFetch)(
-                    "bytesToWrite", plan.bytesToWrite));
+                    "files", cost.files)("chunks", cost.chunks)("bytesToFetch", cost.bytesToFetch)("bytesToWrite",
+                                                                                                   cost.bytesToWrite));
 }
 
 } // namespace

@@ -2,8 +2,6 @@
 
 #include <vo/screen/Terminal.h>
 
-#include <Core/detail/UTF8.h>
-
 #include <QtCore/QJsonDocument>
 
 #include <algorithm>
@@ -25,19 +23,16 @@ void Write(std::FILE* file, const VoString& text)
 }
 
 // JSON with the escapes for what Printable() shows by its own: it is read on terminals too.
-std::string PrintableJson(std::string_view json)
+std::string PrintableJson(const QString& json)
 {
-    std::string text;
-    while (!json.empty()) {
-        const detail::DecodedCharacter character = detail::DecodeUTF8(json);
-        const std::size_t size = std::max<std::size_t>(character.size, 1);
-        if (character.code >= 0x7f && detail::IsUnprintable(character.code))
-            text += QStringLiteral("\\u%1").arg(character.code, 4, 16, QLatin1Char('0')).toStdString();
+    QString text;
+    for (const QChar unit : json) {
+        if (unit.unicode() >= 0x7f && IsUnprintable(unit.unicode()))
+            text += QStringLiteral("\\u%1").arg(unit.unicode(), 4, 16, QLatin1Char('0'));
         else
-            text += json.substr(0, size);
-        json.remove_prefix(size);
+            text += unit;
     }
-    return text;
+    return text.toStdString();
 }
 
 const char* StatusName(ExitCode code)
@@ -194,7 +189,7 @@ ExitCode Console::finish(const VoString& command, ExitCode code)
         m_document("command", command)("status", StatusName(code))("exitCode", static_cast<int>(code));
         if (!m_error.isEmpty())
             m_document("error", m_error);
-        Write(stdout, VoString(PrintableJson(QJsonDocument(m_document.object()).toJson().toStdString())));
+        Write(stdout, VoString(PrintableJson(QString::fromUtf8(QJsonDocument(m_document.object()).toJson()))));
     }
     const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
     if (written)

@@ -1,13 +1,12 @@
 #include <vo/screen/TableOutput.h>
 
 #include <Core/VoVariant.h>
-#include <Core/detail/NumberText.h>
 #include <Documents/VoCSVReader.h>
+#include <Documents/VoCSVValues.h>
 #include <Documents/VoCSVWriter.h>
 #include <Documents/VoOOXMLWriter.h>
 #include <Documents/VoOOXMLWriterSpreadsheet.h>
 #include <Documents/VoXMLSpreadsheetWriter.h>
-#include <Documents/detail/CSVText.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <IO/VoIODevice.h>
 
@@ -45,7 +44,7 @@ std::string WithPoint(std::string_view number)
 
 bool HasSixDigits(double value)
 {
-    return detail::ParseDouble(detail::GeneralText(value)).value == value;
+    return QString::number(value, 'g', 6).toDouble() == value;
 }
 
 // What a spreadsheet shows for a field. Cells of numbers get six significant digits: fractions are rounded, but long
@@ -58,7 +57,7 @@ VoVariant CellValue(const VoCSVReader& row, std::size_t index, const VoCSVFormat
         return VoVariant();
     if (asTexts || row.isQuoted(index))
         return Text(row, index);
-    VoVariant value = detail::DetectedValue(field, format);
+    VoVariant value = csv::DetectedValue(field, format);
     if (value.type() != VoVariant::Double && value.type() != VoVariant::String)
         return value;
     const bool isNumber = value.type() == VoVariant::Double && std::isfinite(value.asDouble());
@@ -103,9 +102,9 @@ private:
     // too.
     void addField(std::string_view field, bool isText)
     {
-        if (!isText && m_input.decimalComma && detail::DetectedType(field, m_input) == VoVariant::Double)
+        if (!isText && m_input.decimalComma && csv::DetectedType(field, m_input) == VoVariant::Double)
             return m_writer.addText(WithPoint(field));
-        const bool needsQuotes = isText && detail::DetectedType(field, m_output) != VoVariant::String;
+        const bool needsQuotes = isText && csv::DetectedType(field, m_output) != VoVariant::String;
         m_writer.addText(field, needsQuotes ? VoCSVWriter::Quotes::Always : VoCSVWriter::Quotes::WhenNeeded);
     }
 

@@ -4,7 +4,7 @@
 
 #include <Core/VoVariant.h>
 #include <Documents/VoCSVReader.h>
-#include <Documents/detail/CSVText.h>
+#include <Documents/VoCSVValues.h>
 
 #include <QtCore/QString>
 
@@ -57,7 +57,7 @@ TableView::TableView(const VoCSVFormat& format, std::size_t widest)
 
 bool TableView::isNumber(const VoCSVReader& row, std::size_t index) const
 {
-    const VoVariant::Type type = detail::DetectedType(row.field(index), m_format);
+    const VoVariant::Type type = csv::DetectedType(row.field(index), m_format);
     return !row.isQuoted(index) && (type == VoVariant::Integer || type == VoVariant::Double);
 }
 

@@ -8,6 +8,7 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/detail/NativePath.h>
 #include <IO/VoIOException.h>
+#include <Misc/XMLReport/ReportPageFailure.h>
 #include <Subsystem/VoLogging.h>
 
 #include <QtCore/QString>
@@ -224,34 +225,6 @@ void ReportPage::finish()
     m_file.commit();
 }
 
-namespace {
-
-thread_local PageFailure* keeper = nullptr;
-
-}
-
-PageFailure::PageFailure() noexcept
-    : m_outer(std::exchange(keeper, this))
-{
-}
-
-PageFailure::~PageFailure()
-{
-    keeper = m_outer;
-}
-
-void PageFailure::rethrow() const
-{
-    if (m_failure)
-        std::rethrow_exception(m_failure);
-}
-
-void PageFailure::Keep() noexcept
-{
-    if (keeper)
-        keeper->m_failure = std::current_exception();
-}
-
 bool WriteReportPage(const YString& file, const YString& styleFile, const char* title,
                      const std::function<void(ReportPage&)>& write)
 {
@@ -261,7 +234,7 @@ bool WriteReportPage(const YString& file, const YString& styleFile, const char* 
         page.finish();
         return true;
     } catch (const VoException& exception) {
-        PageFailure::Keep();
+        ReportPageFailure::Keep();
         vo::logging::Logger::Get("report").error(VoString(file) + ": " + exception.message());
         return false;
     }

@@ -45,25 +45,7 @@ private:
     bool m_ownStyle = true;
 };
 
-/// Keeps the failure of a page that is written on this thread while the object lives: the functions that write pages
-/// tell only whether they could.
-class VOCORE_PRIVATE_EXPORT PageFailure
-{
-public:
-    PageFailure() noexcept;
-    ~PageFailure();
-    PageFailure(const PageFailure&) = delete;
-    PageFailure& operator=(const PageFailure&) = delete;
-
-    void rethrow() const;        ///< Throws the failure, if there was one.
-    static void Keep() noexcept; ///< To be called in a handler of the failure.
-
-private:
-    PageFailure* const m_outer;
-    std::exception_ptr m_failure;
-};
-
-/// Makes a page; false, with the reason in the log (category "report") and in PageFailure, when that fails.
+/// Makes a page; false, with the reason in the log (category "report") and in ReportPageFailure, when that fails.
 bool WriteReportPage(const YString& file, const YString& styleFile, const char* title,
                      const std::function<void(ReportPage&)>& write);
 

@@ -1,4 +1,4 @@
-#include <Core/detail/Printable.h>
+#include <Core/VoPrintable.h>
 
 #include <Core/detail/UTF8.h>
 
@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace vo::detail {
+namespace vo {
 namespace {
 
 bool IsPlain(char c)
@@ -41,8 +41,8 @@ VoString Printable(const VoString& text)
         return text;
     std::string shown;
     while (!rest.empty()) {
-        const DecodedCharacter character = DecodeUTF8(rest);
-        const bool isWhole = character.state == DecodedCharacter::State::Whole;
+        const detail::DecodedCharacter character = detail::DecodeUTF8(rest);
+        const bool isWhole = character.state == detail::DecodedCharacter::State::Whole;
         const std::size_t size = isWhole ? character.size : 1;
         if (!isWhole)
             AppendEscape(shown, static_cast<unsigned char>(rest.front()));
@@ -55,4 +55,4 @@ VoString Printable(const VoString& text)
     return VoString(std::move(shown));
 }
 
-} // namespace vo::detail
+} // namespace vo
