@@ -113,6 +113,7 @@ public:
             if (row == pivotRow)
                 continue;
             double* target = m_tableau.rowData(row);
+            // 0 times a row that is not finite is NaN: it has to show in every row.
             if (target[pivotColumn] != 0.0 || !content.finite || m_negativeZero[row])
                 vo::detail::SubtractScaledRow(target, source, target[pivotColumn], columns);
             target[pivotColumn] = 0.0;
@@ -175,7 +176,10 @@ struct VoSimplexAlgorithm<T, Maximise>::Private
     std::size_t numberParameters = 0;
     std::size_t numberConstraints = 0;
     std::size_t constraintsAdded = 0;
-    Tableau tableau; // empty only in the state of a moved-from solver
+    // A row for each constraint, of the dual problem when minimising, then the objective's. A column for each
+    // parameter, then for each row's slack variable, the objective's own included, then the right-hand side. Empty only
+    // in the state of a moved-from solver.
+    Tableau tableau;
     bool zeroRatioPassedOver = false;
     const T noValue = 0; // the objective of a moved-from solver
 };
@@ -297,6 +301,8 @@ VoPair<bool, std::size_t> VoSimplexAlgorithm<T, Maximise>::run(std::size_t maxim
     if (maximumIterations == 0 || solutionFound())
         return {solutionFound(), iterations};
 
+    // What comes after this leaves off where the condensed form cannot go on, with the same bits as if all steps had
+    // been made here.
     iterations = runCondensed(maximumIterations);
     if (iterations == maximumIterations || solutionFound())
         return {solutionFound(), iterations};

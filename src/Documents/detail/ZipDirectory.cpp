@@ -113,6 +113,7 @@ private:
         m_variable.resize(nameSize + extraSize);
         if (m_file.read(m_variable.data(), m_variable.size()) != m_variable.size())
             return 0;
+        // All names stand in one text: an entry knows where its own ends, and begins where the one before it ended.
         m_directory.names.append(m_variable, 0, nameSize);
         addEntry(fixed, position, std::string_view(m_variable).substr(nameSize));
         return size;

@@ -27,6 +27,10 @@ struct EndRecord
     std::uint64_t directoryOffset = 0;
 };
 
+/// What stands at the end of an archive: the directory, the 64-bit record and its locator where there is one, the
+/// classic record, its comment. None of the positions in these records is believed: the classic record is where its
+/// comment ends with the file, everything else lies directly before what follows it, and the numbers have to agree with
+/// that.
 class EndFinder
 {
 public:
@@ -53,6 +57,7 @@ public:
         end.count = record.count;
         // Old programs leave the count at its mark for any larger number, and write no 64-bit record.
         end.countIsKnown = hasLarge || record.count != ZipSeeLargeCount;
+        // By its size, not by its offset: those of an archive behind other bytes are too small by the length of these.
         end.directory = record.position - record.directorySize;
         end.directorySize = record.directorySize;
         end.prefix = end.directory - record.directoryOffset;
@@ -121,7 +126,8 @@ private:
         return record;
     }
 
-    // Takes what is marked from the 64-bit record, if there is one.
+    // Takes what is marked from the 64-bit record, if there is one. What is not marked must be the same in both, else
+    // one reader would see another archive than the next.
     bool widen(EndRecord& record)
     {
         const std::optional<EndRecord> large = largeRecord(record.position);

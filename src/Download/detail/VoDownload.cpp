@@ -120,6 +120,10 @@ void VoDownload::addFile(const VoUrl& url, const VoFilePath& path, const VoDownl
     m_transfers.push_back(std::move(transfer));
 }
 
+// The headers of all files are asked for, and when the last has come, all bodies: `m_outstanding` counts the files that
+// the phase still waits for. A failed file is asked for again within its phase. The end comes once, by end(), whatever
+// comes first; signals, timers and queued calls that arrive after it find `m_ended` here and do nothing.
+//
 // What is thrown in a slot would cross the framework, which cannot bear that.
 template <typename Action>
 void VoDownload::guarded(Action action) noexcept

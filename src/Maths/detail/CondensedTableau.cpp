@@ -59,6 +59,7 @@ CondensedTableau::CondensedTableau(const Tableau& tableau, std::size_t variables
     , m_negativeZero(tableau.rows())
     , m_pivotRow(m_cells.columns())
 {
+    // The right-hand side is never among the unit columns, so it comes last here too.
     std::vector<unsigned char> isUnit(tableau.columns(), 0);
     for (std::size_t column : m_unitColumns)
         isUnit[column] = 1;
@@ -115,6 +116,7 @@ std::optional<CondensedTableau::Pivot> CondensedTableau::choosePivot() const
             return std::nullopt;
         if (entry == 0.0)
             continue;
+        // The objective's row takes part, as on the whole tableau.
         const double ratio = m_cells(row, rightHandSide) / entry;
         if (ratio == 0.0 && entry > 0.0 && row + 1 != m_cells.rows())
             overZeroRatio = true;
@@ -134,11 +136,12 @@ CondensedTableau::Step CondensedTableau::step()
     if (!pivot || !preparePivotRow(*pivot))
         return Step::NotMade;
     eliminate(*pivot);
+    // The two columns have exchanged their parts: each row has one unit column again, and nothing else has.
     std::swap(m_columns[pivot->column], m_unitColumns[pivot->row]);
     return pivot->overZeroRatio ? Step::MadeOverZeroRatio : Step::Made;
 }
 
-// Where the pivot's column was, the row's unit column takes its place.
+// Where the pivot's column was, the row's unit column takes its place: in this row a 1, which becomes 1 / pivot.
 bool CondensedTableau::preparePivotRow(const Pivot& pivot)
 {
     const double* row = m_cells.rowData(pivot.row);
@@ -149,6 +152,8 @@ bool CondensedTableau::preparePivotRow(const Pivot& pivot)
     return content.finite;
 }
 
+// In all other rows that unit column has a 0, and becomes 0 - factor / pivot by the same subtraction as every other
+// cell. A factor of 0 changes nothing but the sign of zeros, and those only where there is a -0.0.
 void CondensedTableau::eliminate(const Pivot& pivot)
 {
     for (std::size_t row = 0; row < m_cells.rows(); ++row) {

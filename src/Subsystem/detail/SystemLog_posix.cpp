@@ -31,7 +31,7 @@ int PriorityOf(Level level)
 
 void WriteToSystemLog(const Record& record)
 {
-    using vo::detail::Printable;
+    using vo::Printable;
     syslog(LOG_USER | PriorityOf(record.level), "[%s] %s", Printable(record.category).c_str(),
            Printable(record.text).c_str());
 }

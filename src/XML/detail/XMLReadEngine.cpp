@@ -83,6 +83,9 @@ void XMLReadEngine::refuseDocumentTypes()
     m_refusesDocumentTypes = true;
 }
 
+// An element is open as long as it is on the stack; `m_path` is always the path of the innermost one. open() and
+// close() alone change the stack, and keep the path, the elements' pointers to the engine and their depths in step with
+// it.
 XMLReadEngine::Token XMLReadEngine::next()
 {
     if (m_qt.tokenType() == QXmlStreamReader::EndDocument)
@@ -148,6 +151,7 @@ VoString XMLReadEngine::directText(const Element& element)
     return {};
 }
 
+// Goes past next(): what lies inside is never opened, so nobody can hold or ask for its elements.
 VoString XMLReadEngine::remainingMarkup()
 {
     requireCurrent();
@@ -322,6 +326,7 @@ void XMLReadEngine::closeAll()
         close();
 }
 
+// Goes past next() too, but counts declarations as open() would: skipping must not be a way around their limit.
 void XMLReadEngine::skipCurrent()
 {
     std::vector<std::size_t> around; // namespace declarations, for each level skipped

@@ -73,6 +73,7 @@ void UpdateTransaction::begin()
         return;
     m_hasNoted = true;
     m_journal.begin(m_notes);
+    // From here on a killed run is undone by the notes: nothing may be changed that they do not have.
     for (const VoDirectoryPath& directory : m_missing) {
         const auto obstacle = m_changeOf.find(Key(AsFile(directory)));
         if (obstacle != m_changeOf.end())
@@ -109,6 +110,8 @@ void UpdateTransaction::commit(const Recorder& record)
             record(m_notes.result);
         return;
     }
+    // This renaming decides: before it a killed run is undone, after it the new files stay and what is left is to
+    // record them and to erase the old ones. It is taken back only when recording has thrown.
     m_journal.change(Phase::Pending, record ? Phase::Placed : Phase::Replaced);
     m_isDecided = true;
     bool isRecorded = true;
