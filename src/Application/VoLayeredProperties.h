@@ -71,16 +71,18 @@ public:
     /// @name Values
     /// @{
     bool hasProperty(const VoString& name) const; ///< Whether any layer has a value.
-    /// The value of the highest layer that has one. Throws VoNotFoundException(name) where none has.
+    /// The value of the highest layer that has one.
+    /// @throws VoNotFoundException (name) where none has
     VoVariant value(const VoString& name) const;
-    /// The same; @p otherwise where no layer has a value.
+    /// The same; `otherwise` where no layer has a value.
     VoVariant value(const VoString& name, const VoVariant& otherwise) const;
-    /// The layer that value() comes from. Throws VoNotFoundException(name) where none has one.
+    /// The layer that value() comes from.
+    /// @throws VoNotFoundException (name) where none has one
     Layer layer(const VoString& name) const;
     /// What one layer says; none where it says nothing.
     std::optional<VoVariant> valueIn(Layer layer, const VoString& name) const;
     VoProperties properties() const; ///< All properties with their values, by name.
-    /// Those whose names begin with @p name and ".", without that beginning: of "editor" among others "grid".
+    /// Those whose names begin with `name` and ".", without that beginning: of "editor" among others "grid".
     VoProperties group(const VoString& name) const;
     /// @}
 
@@ -103,10 +105,9 @@ public:
     /// Writes what set() and reset() have changed since the last save() into the user's file, as it is now: what other
     /// processes have changed of other names stays and becomes visible here. The directory is made where it is missing.
     /// Does nothing without changes or without a file. After a failure the changes wait for the next save().
-    ///
-    /// Throws VoFileLockedException with the file beside the user's file that is its lock, when another process has not
-    /// let go of it for ten seconds, and what reading, writing and replacing a file throws; a file that cannot be read
-    /// is not replaced.
+    /// @throws VoFileLockedException with the file beside the user's file that is its lock, when another process has
+    /// not let go of it for ten seconds, and what reading, writing and replacing a file throws; a file that cannot be
+    /// read is not replaced
     void save();
     /// Reads the files again where they have changed; what set() has changed and save() has not written stays on top.
     /// Returns whether any value is another than before. Errors are logged as by the constructor, and the layer stays
@@ -115,9 +116,9 @@ public:
     bool isSaved() const; ///< Whether set() and reset() have changed nothing that save() has not written.
     /// @}
 
-    /// Calls @p callback with every change of a value while the receiver lives. Destroying the receiver waits for a
-    /// callback that just runs on another thread. Throws VoInvalidParameterException("Invalid callback") when it is
-    /// empty.
+    /// Calls `callback` with every change of a value while the receiver lives. Destroying the receiver waits for a
+    /// callback that just runs on another thread.
+    /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] VoReceiver connect(std::function<void(const VoValueChange&)> callback);
     /// The same for the property of one name.
     [[nodiscard]] VoReceiver connect(const VoString& name, std::function<void(const VoValueChange&)> callback);

@@ -14,8 +14,8 @@ class VOCORE_EXPORT VoAbstractShell
 public:
     virtual ~VoAbstractShell();
 
-    /// Carries out a line.
-    /// @throws whatever the line's function throws; VoUserCancelledException when @p stop was raised
+    /// Carries out a line. Throws whatever the line's function throws.
+    /// @throws VoUserCancelledException when `stop` was raised
     virtual VoShellValue run(const VoString& line, const VoStopFlag& stop) = 0;
 
     /// The host's shell; a new VoShell while there is none. Any thread may call.

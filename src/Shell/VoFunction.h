@@ -93,12 +93,10 @@ struct VOCORE_EXPORT VoFunction
 
     /// Calls the function. A value of another kind than wanted is taken where nothing is lost: an Integer as a Double
     /// or as a Size, a whole Size as an Integer, a text as a path and a path as a text, two values as a pair, one value
-    /// as a list. Relative paths become those in the context's directory.
+    /// as a list. Relative paths become those in the context's directory. Throws whatever the function throws.
     /// @throws VoInvalidParameterException "Invalid argument \"" + parameter + "\" of " + name + ": " + given + ",
     /// wanted " + wanted; "Missing argument \"" ...; "Too many arguments for " ...; "Argument given twice: " ...; each
-    /// with
-    /// ", at column " + number when it stands in a line
-    /// @throws whatever the function throws
+    /// with ", at column " + number when it stands in a line
     /// @throws VoUserCancelledException when the context's stop flag is raised already
     VoShellValue call(const VoDeque<VoFunctionArgument>& arguments,
                       const VoFunctionContext& context = VoFunctionContext()) const;

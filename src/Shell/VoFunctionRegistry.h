@@ -78,7 +78,7 @@ public:
     /// Asks this registry too, from now on; null for none. It must not ask back.
     void setHost(std::shared_ptr<const VoAbstractFunctionRegistry> host);
 
-    /// Calls @p callback with each change, so that the host can list the functions in its own registry. It runs on the
+    /// Calls `callback` with each change, so that the host can list the functions in its own registry. It runs on the
     /// thread that changes; what it throws is logged in the category "shell". What two threads change at once may be
     /// told in either order: find() knows. A callback must not change the registry.
     /// @throws VoInvalidParameterException "Invalid callback" when it is empty

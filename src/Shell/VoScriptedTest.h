@@ -48,6 +48,6 @@ struct VOCORE_EXPORT VoScriptedTest
     /// @param output takes the lines that the script prints; may be empty
     /// @param stop ends it
     /// @throws VoScriptException for a line that fails; of an expectation the cause is a VoValidationException
-    /// @throws VoUserCancelledException when @p stop was raised
+    /// @throws VoUserCancelledException when `stop` was raised
     void run(const std::function<void(const VoString&)>& output, const VoStopFlag& stop) const;
 };

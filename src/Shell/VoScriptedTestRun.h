@@ -55,7 +55,7 @@ struct VOCORE_EXPORT VoScriptedTestRun
     /// @param onResult called with each result as the tests end, one call at a time, on any thread; may be empty. What
     /// it throws ends the run and passes through.
     /// @return the results, in the order of the tests
-    /// @throws VoUserCancelledException when @p stop was raised
+    /// @throws VoUserCancelledException when `stop` was raised
     VoDeque<Result> run(const VoDeque<VoScriptedTest>& tests, const VoStopFlag& stop,
                         const std::function<void(const Result&)>& onResult = nullptr) const;
 

@@ -44,9 +44,9 @@ public:
     /// @throws VoNotFoundException("$" + name + ", at column " + number) for a value that there is not
     VoShellValue run(const VoString& line, const VoStopFlag& stop = VoStopFlag()) override;
 
-    /// Carries out the lines of a text; @p name says what it is in errors. Results go to the function of
+    /// Carries out the lines of a text; `name` says what it is in errors. Results go to the function of
     /// setOnResult().
-    /// @throws VoScriptException for a line that fails, VoUserCancelledException when @p stop was raised
+    /// @throws VoScriptException for a line that fails, VoUserCancelledException when `stop` was raised
     void runText(const VoString& text, const VoString& name, const VoStopFlag& stop = VoStopFlag());
     /// The same with a file of at most 16 MiB, in UTF-8.
     /// @throws VoFileNotFoundException, VoCannotOpenFileException, VoIOException when it cannot be read

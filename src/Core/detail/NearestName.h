@@ -18,8 +18,8 @@ VOCORE_PRIVATE_EXPORT std::size_t EditDistance(std::string_view a, std::string_v
 VOCORE_PRIVATE_EXPORT std::optional<std::string_view> NearestName(std::string_view typed,
                                                                   const std::vector<std::string_view>& names);
 
-/// The names that may have been meant, the likeliest first and no more than @p most: those that NearestName() would
-/// forgive, and those that begin with @p typed.
+/// The names that may have been meant, the likeliest first and no more than `most`: those that NearestName() would
+/// forgive, and those that begin with `typed`.
 VOCORE_PRIVATE_EXPORT std::vector<std::string_view>
 NearestNames(std::string_view typed, const std::vector<std::string_view>& names, std::size_t most);
 

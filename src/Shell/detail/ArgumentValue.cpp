@@ -4,7 +4,7 @@
 #include <Core/VoPair.h>
 #include <Core/detail/Printable.h>
 #include <Documents/VoCSVFormat.h>
-#include <Documents/detail/CSVText.h>
+#include <Documents/VoCSVValues.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 
@@ -158,7 +158,7 @@ VoString GivenText(const VoFunctionArgument& argument)
 
 VoVariant AnyValue(const VoString& text)
 {
-    VoVariant value = DetectedValue(text.toStdString(), VoCSVFormat());
+    VoVariant value = vo::csv::DetectedValue(text.toStdString(), VoCSVFormat());
     return value.isNull() ? VoVariant(text) : value;
 }
 

@@ -16,12 +16,11 @@ public:
     {
     }
 
-    /// The lines of the file, the oldest first; none where there is no file.
-    /// @throws the library's exceptions when it cannot be read
+    /// The lines of the file, the oldest first; none where there is no file. Throws as ReadWholeFile().
     std::vector<VoString> read() const;
     void add(const VoString& line) { m_added.push_back(line); } ///< Keeps a line for save().
-    /// Adds the new lines behind what the file holds by now; the oldest ones go.
-    /// @throws the library's exceptions when it cannot be read or written
+    /// Adds the new lines behind what the file holds by now; the oldest ones go. Throws as read() and
+    /// VoAtomicFileWriter.
     void save();
 
 private:
