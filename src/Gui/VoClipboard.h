@@ -52,7 +52,7 @@ public:
     static VoVariantTable VariantTable();          ///< The same as a grid.
     /// @}
 
-    /// Calls @p callback from the event loop after the content has changed, with whether it is this program's. What it
+    /// Calls `callback` from the event loop after the content has changed, with whether it is this program's. What it
     /// throws is logged in the category "clipboard". Ends with the application object.
     /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] static VoReceiver Connect(std::function<void(bool own)> callback);

@@ -30,7 +30,7 @@
 using vo::detail::IconImage;
 
 // Outside of namespaces, as the framework demands it.
-static void registerResources()
+static void RegisterResources()
 {
     Q_INIT_RESOURCE(VoCoreGui);
 }
@@ -120,7 +120,7 @@ public:
 private:
     Registry()
     {
-        registerResources();
+        RegisterResources();
         const QDir directory(QStringLiteral(":/VoCoreGui/icons"));
         for (const QFileInfo& file : directory.entryInfoList()) {
             QFile resource(file.filePath());

@@ -22,9 +22,9 @@ class VOCOREGUI_EXPORT VoMimeData
 public:
     VoMimeData();                                       ///< No form.
     VoMimeData(const VoMimeData& other);                ///< Copies the forms.
-    VoMimeData(VoMimeData&& other) noexcept;            ///< @p other has none afterwards.
+    VoMimeData(VoMimeData&& other) noexcept;            ///< `other` has none afterwards.
     VoMimeData& operator=(const VoMimeData& other);     ///< Copies the forms.
-    VoMimeData& operator=(VoMimeData&& other) noexcept; ///< @p other has none afterwards.
+    VoMimeData& operator=(VoMimeData&& other) noexcept; ///< `other` has none afterwards.
     ~VoMimeData();
 
     /// @name Adding a form, or replacing it
