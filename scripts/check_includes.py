@@ -35,7 +35,7 @@ ROOMS = {
     "publish": ["AbstractPackageBuilder", "PackageBuilder", "UpdatePackageBuilder", "PackingOrder", "ReleaseSigner"],
     "registry": [],
     "install": ["UpdateMessages", "AbstractPackageInstaller", "PackageInstaller", "PackageVerifier", "InstallationOptions",
-                "InstallationPlan", "VerificationReport", "VoInstallationFailedException"],
+                "InstallationPlan", "UpdateCost", "VerificationReport", "VoInstallationFailedException"],
     "operations": ["InstalledPackages", "TrustedReleases"],
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)

@@ -56,8 +56,9 @@ class VOCORE_EXPORT VoApplication
 {
 public:
     /// The arguments are those of main(), the program's name first; their texts are UTF-8 (on Windows the system's own
-    /// text is asked). Throws VoInvalidCallException "Application already exists", VoInvalidParameterException "Invalid
-    /// application name: " and the name.
+    /// text is asked).
+    /// @throws VoInvalidCallException "Application already exists"
+    /// @throws VoInvalidParameterException "Invalid application name: " and the name
     VoApplication(const VoApplicationInformation& information, int argc, char** argv);
     /// As at quit(): runs the handlers where they have not run, stops the subsystems, saves the properties.
     ~VoApplication();
@@ -66,7 +67,8 @@ public:
 
     /// The application of the process; null where there is none.
     static VoApplication* Instance() noexcept;
-    /// The same. Throws VoInvalidCallException "No application object".
+    /// The same.
+    /// @throws VoInvalidCallException "No application object"
     static VoApplication& Get();
 
     /// @name Who it is
@@ -91,12 +93,12 @@ public:
     /// @name Command line
     /// There is always `--set NAME=VALUE`, which sets a property of this process and may be given several times.
     /// @{
-    /// Makes an option known. Throws VoInvalidParameterException "Invalid option: " and its names, for names that are
-    /// taken or no names.
+    /// Makes an option known.
+    /// @throws VoInvalidParameterException "Invalid option: " and its names, for names that are taken or no names
     void addOption(const VoCommandLineOption& option);
-    /// Reads the command line. Throws VoInvalidParameterException with what is wrong, as "Unknown option 'x'.",
-    /// "Invalid
-    /// --set: " and the text for one that lacks "=", and as VoLayeredProperties::setOverride().
+    /// Reads the command line.
+    /// @throws VoInvalidParameterException with what is wrong, as "Unknown option 'x'.", "Invalid --set: " and the text
+    /// for one that lacks "=", and as VoLayeredProperties::setOverride()
     void parseCommandLine();
     bool isSet(const VoString& option) const;               ///< Whether the option was given.
     VoString value(const VoString& option) const;           ///< The last value given, else the default.
@@ -120,9 +122,9 @@ public:
     void quit(int exitCode = 0);
     /// Raised when the application is to end.
     VoStopFlag stopFlag() const;
-    /// Calls @p handler once when the application quits, those that were added last first, unless the receiver has been
-    /// destroyed before. What it throws is logged in the category "application", and the next is called. Throws
-    /// VoInvalidParameterException("Invalid callback") when it is empty.
+    /// Calls `handler` once when the application quits, those that were added last first, unless the receiver has been
+    /// destroyed before. What it throws is logged in the category "application", and the next is called.
+    /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] VoReceiver atQuit(std::function<void()> handler);
     /// @}
 
@@ -131,13 +133,13 @@ public:
     /// Makes this process the only instance of the application for this user, until it ends, however it ends: true.
     /// Where another process is that already, hands it the arguments and the working directory: false; this process had
     /// better end then. That process must run its loop: throws VoInvalidCallException "The running " + display name + "
-    /// does not answer" when it has not answered within @p patience, and VoInvalidParameterException "Command line too
+    /// does not answer" when it has not answered within `patience`, and VoInvalidParameterException "Command line too
     /// long to hand over" beyond a million bytes. Other users can neither see nor send what is handed over.
     bool claimSingleInstance(const VoTimeDuration& patience = VoTimeDuration(VoSeconds(5)));
     /// Called with arguments, without the program's name, and a working directory.
     using ArgumentsCallback = std::function<void(const VoDeque<VoString>& arguments, const VoString& directory)>;
-    /// Calls @p callback, on the application's thread, with what later starts hand over. What it throws is logged.
-    /// Throws VoInvalidParameterException("Invalid callback") when it is empty.
+    /// Calls `callback`, on the application's thread, with what later starts hand over. What it throws is logged.
+    /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] VoReceiver onArguments(ArgumentsCallback callback);
     /// @}
 

@@ -19,7 +19,7 @@ class MemoryDevice : public VoIODevice
 public:
     static constexpr std::size_t Unlimited = std::numeric_limits<std::size_t>::max();
 
-    /// Throws VoIOException "device failed" once so many bytes have been read, or written.
+    /// @throws VoIOException "device failed" once so many bytes have been read, or written
     explicit MemoryDevice(std::string content = {}, std::size_t bytesBeforeFailure = Unlimited)
         : readable(bytesBeforeFailure)
         , writable(bytesBeforeFailure)

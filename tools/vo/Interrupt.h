@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Application/detail/SignalWatch.h>
+#include <Application/VoSignalWatch.h>
 #include <Threading/VoStopFlag.h>
 
 namespace vo::tool {
@@ -17,7 +17,7 @@ public:
     explicit Interrupt(const VoStopFlag& flag);
 
 private:
-    const detail::SignalWatch m_watch; // gives Ctrl-C back to the system
+    const VoSignalWatch m_watch; // gives Ctrl-C back to the system
 };
 
 } // namespace vo::tool

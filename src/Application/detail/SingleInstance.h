@@ -22,10 +22,11 @@ namespace vo::detail {
 inline constexpr std::size_t LargestMessage = 1000000;
 inline constexpr std::size_t MessageHeader = 8;
 
-/// The bytes of texts. Throws VoInvalidParameterException "Command line too long to hand over".
+/// The bytes of texts.
+/// @throws VoInvalidParameterException "Command line too long to hand over"
 VOCORE_PRIVATE_EXPORT std::string InstanceMessage(const std::vector<std::string>& texts);
-/// Takes the texts out of what has come so far; none while bytes are missing. Throws VoValidationException "Invalid
-/// message of another start" for what can never become a message.
+/// Takes the texts out of what has come so far; none while bytes are missing.
+/// @throws VoValidationException "Invalid message of another start" for what can never become a message
 VOCORE_PRIVATE_EXPORT std::optional<std::vector<std::string>> TextsOfMessage(const std::string& bytes);
 /// @}
 
@@ -38,7 +39,7 @@ class SingleInstance
 public:
     using Callback = std::function<void(const std::vector<std::string>&)>;
 
-    /// @p directory belongs to the user and the application; @p callback gets what later starts hand over, on the
+    /// `directory` belongs to the user and the application; `callback` gets what later starts hand over, on the
     /// thread that calls claim().
     SingleInstance(const VoDirectoryPath& directory, Callback callback);
     ~SingleInstance(); ///< Lets another process be the first.
