@@ -13,7 +13,8 @@ RULES = [
     (rf"///.*@throws (?!{THROWN})", "@throws is followed by the type; what another function throws is told in prose"),
     (r"///.*@[pc] ", "names stand in backticks"),
     (r"^(?:TEST|TEST_F|TEST_P|TYPED_TEST|TYPED_TEST_P)\(\w+, (?![A-Z])", "names of tests are UpperCamel"),
-    (r"^(?:static |inline |constexpr )*(?:constexpr|const) [\w:<>*&, ]+?[ *&](?!npos\b)[a-z]\w*(?:\[[^\]]*\])? *(?:=|\{)",
+    (r"^(?:static |inline )*(?:constexpr [\w:<>*&, ]+?[ *&]|const [\w:<>, ]+ |const [\w:<>, ]+\* ?const )(?!npos\b)[a-z]\w*"
+     r"(?:\[[^\]]*\])? *(?:=|\{)",
      "constants outside of functions are UpperCamel"),
     (r"^(?=[A-Za-z])(?!template|return|else|using|goto|typedef|case)(?:static |inline |constexpr )*[\w:<>*&, ]+[ *&]"
      r"(?!main\b|swap\b|sp_|qHash\b|operator|on[A-Z]\w*\(int\))[a-z]\w*\([^;]*\)(?: noexcept)?$",

@@ -65,16 +65,17 @@ template <typename T>
 class VoGlobalValue : private vo::detail::GlobalValueHandle
 {
 public:
-    /// Defines the value, as VoGlobalValues::Define() does. Throws VoInvalidCastException(kind, wanted kind) for a
-    /// default of another kind.
+    /// Defines the value, as VoGlobalValues::Define() does.
+    /// @throws VoInvalidCastException (kind, wanted kind) for a default of another kind
     explicit VoGlobalValue(const VoValueDefinition& definition)
         : VoGlobalValue((VoGlobalValues::Define(RequireKind(definition)), definition.name),
                         vo::detail::VariantKind<T>::type)
     {
     }
 
-    /// The value of that name, defined elsewhere. Throws VoNotFoundException(name) where it is not defined, and
-    /// VoInvalidCastException(kind, wanted kind) where it is of another kind.
+    /// The value of that name, defined elsewhere.
+    /// @throws VoNotFoundException (name) where it is not defined
+    /// @throws VoInvalidCastException (kind, wanted kind) where it is of another kind
     static VoGlobalValue Named(const VoString& name) { return VoGlobalValue(name, vo::detail::VariantKind<T>::type); }
 
     const VoString& name() const noexcept { return recordName(); }        ///< The name; it stays valid for ever.

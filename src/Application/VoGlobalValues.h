@@ -61,7 +61,8 @@ public:
     /// @}
 
     /// Calls `callback` with every change while the receiver lives. Destroying the receiver waits for a callback that
-    /// just runs on another thread. Throws VoInvalidParameterException("Invalid callback") when it is empty.
+    /// just runs on another thread.
+    /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] static VoReceiver Connect(std::function<void(const VoValueChange&)> callback);
     /// The same for one value.
     [[nodiscard]] static VoReceiver Connect(const VoString& name, std::function<void(const VoValueChange&)> callback);

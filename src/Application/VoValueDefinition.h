@@ -29,9 +29,9 @@ struct VOCORE_EXPORT VoValueDefinition
     /// Whether `name` can be one: 1 to 100 ASCII letters, digits, "_", "-" and ".", a letter first.
     static bool IsValidName(const VoString& name);
 
-    /// Throws VoInvalidParameterException for a definition that cannot be used: "Invalid value name: " and the name,
+    /// @throws VoInvalidParameterException for a definition that cannot be used: "Invalid value name: " and the name,
     /// for one that is none; "Value without a default: " and the name; and as require(), for a default that is not
-    /// allowed and for a bound or choice of another kind.
+    /// allowed and for a bound or choice of another kind
     void requireValid() const;
 
     /// The allowed values as a text for people: "Integer", "Double from 0 to 1", "Integer of at least 3", "Size up to
@@ -41,13 +41,13 @@ struct VOCORE_EXPORT VoValueDefinition
     /// Whether `value` is of the kind, within the bounds and among the choices. NaN is within no bounds.
     bool isAllowed(const VoVariant& value) const;
 
-    /// Throws VoInvalidParameterException "Invalid value for " + name + ": " + value + " (" + kind + "), allowed: " +
-    /// allowedForm() for a value that is not allowed.
+    /// @throws VoInvalidParameterException "Invalid value for " + name + ": " + value + " (" + kind + "), allowed: " +
+    /// allowedForm() for a value that is not allowed
     void require(const VoVariant& value) const;
 
     /// The value that a text stands for: "true", "yes", "on", "1" and their opposites; numbers in decimal, whatever the
-    /// locale; texts and paths as they are; pairs as "first,second", perhaps in brackets. Throws
-    /// VoInvalidParameterException "Invalid value for " + name + ": " + text + ", allowed: " + allowedForm().
+    /// locale; texts and paths as they are; pairs as "first,second", perhaps in brackets.
+    /// @throws VoInvalidParameterException "Invalid value for " + name + ": " + text + ", allowed: " + allowedForm()
     VoVariant fromText(const VoString& text) const;
 
     /// Equal in everything; texts are compared with regard to case.

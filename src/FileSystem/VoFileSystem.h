@@ -150,9 +150,9 @@ public:
     /// VoDesktopServices::Install() once.
     /// @{
 
-    /// Hands a file or directory to the desktop's default application.
+    /// Hands a file or directory to the desktop's default application. Throws what the opener throws, as
+    /// VoDesktopServices tells.
     /// @throws VoInvalidCallException "Cannot open " + path + ": no desktop services are installed" without an opener
-    /// @throws what the opener throws, as VoDesktopServices tells
     /// @{
     static void OpenFile(const VoFilePath& path);
     static void OpenDirectory(const VoDirectoryPath& path);

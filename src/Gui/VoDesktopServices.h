@@ -28,8 +28,7 @@ public:
     /// @}
 
     /// Shows the folder of a file with the file selected; where the desktop's file manager cannot select, the folder.
-    /// Waits for the file manager at most two seconds.
-    /// @throws as OpenFile()
+    /// Waits for the file manager at most two seconds. Throws as OpenFile().
     static void ShowFile(const VoFilePath& path);
 
     /// Opens an address: http and https in the browser, mailto in the mail program, file as OpenFile() does.

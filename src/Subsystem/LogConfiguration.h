@@ -71,7 +71,7 @@ struct VOCORE_EXPORT Configuration
     /// "#" is a comment. Throws also what reading a file throws, and VoInvalidParameterException "Log settings too
     /// long: " and the path, beyond a million bytes.
     static Configuration FromFile(const VoFilePath& path);
-    /// That of properties: the text of @p name, and "@stderr" and so on of @p name + ".stderr" and so on, whatever
+    /// That of properties: the text of `name`, and "@stderr" and so on of `name` + ".stderr" and so on, whatever
     /// their kinds. Others are left alone.
     static Configuration FromProperties(const VoProperties& properties, const VoString& name = "log");
     /// @}
@@ -89,9 +89,8 @@ struct VOCORE_EXPORT Configuration
 /// at 480 bytes) when the process ends by SIGSEGV, SIGABRT, SIGBUS, SIGFPE or SIGILL, or by an unhandled exception of
 /// Windows; what happened without it happens then. It is continued until it has a million bytes, then begun anew. A
 /// thread whose stack has overflown can only write it if it is the one that called this.
-///
-/// Throws VoCannotOpenFileException with the file, or what making a directory throws, when a directory cannot be used;
-/// VoPathSizeFileException for a crash file whose path is too long; the configuration before stays then.
+/// @throws VoCannotOpenFileException with the file, or what making a directory throws, when a directory cannot be used
+/// @throws VoPathSizeFileException for a crash file whose path is too long; the configuration before stays then
 VOCORE_EXPORT void Configure(const Configuration& configuration);
 
 /// The record as a JSON object, without an end of line. Bytes that are not UTF-8 become U+FFFD.

@@ -48,8 +48,9 @@ public:
     Registry(const Registry&) = delete;
     Registry& operator=(const Registry&) = delete;
 
-    /// Makes a subsystem known; those that it needs may follow later. Throws VoInvalidParameterException "Subsystem
-    /// without a name", and VoInvalidCallException "Subsystem already known: " and the name.
+    /// Makes a subsystem known; those that it needs may follow later.
+    /// @throws VoInvalidParameterException "Subsystem without a name"
+    /// @throws VoInvalidCallException "Subsystem already known: " and the name
     void add(Definition definition);
 
     /// Starts a subsystem, after all that it needs, or counts where it runs already. When that fails, what was started
@@ -59,9 +60,10 @@ public:
     /// others.
     void start(const VoString& name);
 
-    /// Takes one start() back, and stops the subsystem and what only it needed when that was the last. Throws
-    /// VoInvalidCallException "Subsystem is not started: " and the name, for one that nobody has started who could stop
-    /// it. Failures of a stop() function are logged in the category "subsystem", and the rest goes on.
+    /// Takes one start() back, and stops the subsystem and what only it needed when that was the last. Failures of a
+    /// stop() function are logged in the category "subsystem", and the rest goes on.
+    /// @throws VoInvalidCallException "Subsystem is not started: " and the name, for one that nobody has started who
+    /// could stop it
     void stop(const VoString& name);
 
     /// Stops all that runs, the last started first, however often it was started; waits for those that other threads

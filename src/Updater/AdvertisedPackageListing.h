@@ -51,7 +51,7 @@ public:
     /// @throws VoNullPointerException with "Package advert failed to load" when the document is something else, and
     /// what missing or malformed attributes throw
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoFilePath& path);
-    /// The same from memory; @p name is what errors and the log call the document.
+    /// The same from memory; `name` is what errors and the log call the document.
     static VoUniquePtr<AdvertisedPackageListing> Parse(const VoString& bytes, const VoString& name);
     /// @{
     /// Fetches the definition into a temporary file and opens that. A transfer is tried once.

@@ -82,7 +82,7 @@ public:
     static VoUniquePtr<AdvertisedPackages> Open(const VoLocation& location, VoStopFlag stop,
                                                 const VoDownloadPolicy& downloads);
 
-    /// Loads declarations from memory, as Open does from a file; @p name is what errors and the log call them.
+    /// Loads declarations from memory, as Open does from a file; `name` is what errors and the log call them.
     static VoUniquePtr<AdvertisedPackages> Parse(const VoString& bytes, const VoString& name);
 
     /// Declares a release, as the last one. An earlier declaration with the same package and version ID is replaced.

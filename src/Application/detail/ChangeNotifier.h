@@ -22,8 +22,8 @@ public:
 
     ~ChangeNotifier() override;
 
-    /// Calls `callback` with each change of the value `name`, of all values for an empty name. Throws
-    /// VoInvalidParameterException("Invalid callback") when it is empty.
+    /// Calls `callback` with each change of the value `name`, of all values for an empty name.
+    /// @throws VoInvalidParameterException "Invalid callback" when it is empty
     [[nodiscard]] VoReceiver connect(const VoString& name, Callback callback);
 
     /// Queues a change. May throw for want of memory, and has done nothing then.

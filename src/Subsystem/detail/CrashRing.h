@@ -20,12 +20,12 @@ public:
     static constexpr std::size_t LineCount = 256;  ///< The number of lines kept.
     static constexpr std::size_t LineLength = 480; ///< Bytes kept of each.
 
-    /// Takes a part of the text of the ring: @p context is what readEach() was given.
+    /// Takes a part of the text of the ring: `context` is what readEach() was given.
     using Write = void (*)(void* context, const char* text, std::size_t size);
 
     void add(std::string_view line) noexcept; ///< Adds a line without its end.
 
-    /// Hands over the lines, oldest first, each with "\n" behind it. Async-signal-safe if @p write is.
+    /// Hands over the lines, oldest first, each with "\n" behind it. Async-signal-safe if `write` is.
     void readEach(Write write, void* context) const noexcept;
 
 private:

@@ -41,7 +41,8 @@ public:
     LogFiles(const LogFiles&) = delete;
     LogFiles& operator=(const LogFiles&) = delete;
 
-    /// Opens the file of a day. Throws VoCannotOpenFileException with its path.
+    /// Opens the file of a day.
+    /// @throws VoCannotOpenFileException with its path
     void prepare(VoTimePoint time);
     void write(const Record& record) noexcept; ///< Adds the record's line; what goes wrong is lost.
 

@@ -9,7 +9,6 @@
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoTemporaryFile.h>
 #include <IO/VoFileDevice.h>
-#include <Updater/detail/documents/XMLDocument.h>
 
 namespace vo::tool {
 namespace {
@@ -25,7 +24,7 @@ VoFilePath PublicFile(const VoFilePath& file)
 void WriteSecret(const VoFilePath& file, const VoString& text)
 {
     VoTemporaryFile secret(file.parent());
-    updater::detail::WriteBytes(secret.path(), text);
+    WriteKeyFile(secret.path(), text);
     VoFileSystem::MoveFile(secret.path(), file);
 }
 
@@ -53,7 +52,7 @@ ExitCode New(Session& session)
     const auto effort = arguments.has("quick") ? signing::SecretKey::Effort::Quick : signing::SecretKey::Effort::Full;
     Doing(arguments, "write", name, [&] {
         WriteSecret(file, key.toString(passphrase, effort));
-        updater::detail::WriteBytes(PublicFile(file), key.publicKey().toString());
+        WriteKeyFile(PublicFile(file), key.publicKey().toString());
     });
     ShowKey(session.console, key.publicKey());
     session.console.fact("secret", "secret key", PathText(file));
@@ -81,7 +80,7 @@ ExitCode List(Session& session)
         if (!file.path().endsWith(PublicEnd))
             return;
         try {
-            const auto key = signing::PublicKey::Parse(updater::detail::ReadDocument(file, 4096));
+            const auto key = signing::PublicKey::Parse(ReadKeyFile(file));
             const bool hasSecret = VoFileSystem::Exists(
                 VoFilePath(VoString(file.path().substring(0, file.path().size() - VoString(PublicEnd).size()))));
             session.console.row("keys",

@@ -16,7 +16,7 @@ std::vector<Option> PassphraseOptions();
 
 /// The passphrase of a key's file: the first line of --passphrase-file, or of what the command of --passphrase-command
 /// prints, which finds the file's name in the environment variable VO_KEY; else as it is typed, without an echo. It is
-/// kept in locked memory and never shown. With several files the one at @p index is read, or the last. With @p twice it
+/// kept in locked memory and never shown. With several files the one at `index` is read, or the last. With `twice` it
 /// is typed twice.
 /// @throws UsageError when none of them is to be had
 /// @throws Failure when the file or the command fails

@@ -7,8 +7,11 @@
 #include <vo/line/Paths.h>
 
 #include <Core/VoException.h>
+#include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFileSystem.h>
-#include <Updater/detail/documents/XMLDocument.h>
+#include <IO/VoWholeFile.h>
+
+#include <utility>
 
 namespace vo::tool {
 
@@ -16,19 +19,34 @@ using namespace updater;
 
 namespace {
 
-constexpr std::uint64_t LargestKey = 4096;
+constexpr std::size_t LargestKey = 4096;
 
 std::shared_ptr<const signing::SecretKey> ReadSecretKey(const Session& session, const VoString& text, std::size_t index)
 {
     const VoFilePath file = TypedFile("option --sign", text);
     return Doing(session.arguments, "read", text, [&] {
-        const VoString content = updater::detail::ReadDocument(file, LargestKey);
+        const VoString content = ReadKeyFile(file);
         return std::make_shared<signing::SecretKey>(
             signing::SecretKey::Parse(content, AskPassphrase(session.arguments, text, index)));
     });
 }
 
 } // namespace
+
+VoString ReadKeyFile(const VoFilePath& file)
+{
+    auto content = ReadWholeFile(file, LargestKey);
+    if (!content)
+        throw VoValidationException("Document larger than allowed: " + file.path());
+    return VoString(std::move(*content));
+}
+
+void WriteKeyFile(const VoFilePath& file, const VoString& text)
+{
+    VoAtomicFileWriter writer(file);
+    writer.write(text.c_str(), text.size());
+    writer.commit();
+}
 
 signing::PublicKey ReadPublicKey(const VoString& text)
 {
@@ -38,7 +56,7 @@ signing::PublicKey ReadPublicKey(const VoString& text)
         // It is a file's name.
     }
     try {
-        return signing::PublicKey::Parse(updater::detail::ReadDocument(TypedFile("option --key", text), LargestKey));
+        return signing::PublicKey::Parse(ReadKeyFile(TypedFile("option --key", text)));
     } catch (const VoValidationException&) {
         throw UsageError("option --key: \"" + text + "\" is not a public key");
     } catch (const VoException& failure) {

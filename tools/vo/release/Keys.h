@@ -13,6 +13,11 @@ namespace vo::tool {
 
 class Session;
 
+/// The content of a key's file. Throws as ReadWholeFile().
+/// @throws VoValidationException "Document larger than allowed: " + path, for one that is no key's
+VoString ReadKeyFile(const VoFilePath& file);
+void WriteKeyFile(const VoFilePath& file, const VoString& text); ///< Replaces the file as a whole.
+
 /// A public key: the file of that name, or the key's line itself.
 /// @throws UsageError for a text that is neither
 /// @throws CommandError for a file that cannot be read

@@ -35,8 +35,10 @@ public:
     std::pair<DocumentPlace, VoFilePath> ofPublication(const VoFilePath& definition) const;
 
     /// The bytes of a document; none when it is not there: when no file bears its name, or the server says that there
-    /// is none for us (403, 404 and 410). Throws VoDownloadException for more than @p most bytes and whatever else
-    /// keeps a document from coming; what ReadDocument throws; VoUserCancelledException.
+    /// is none for us (403, 404 and 410).
+    /// @throws VoDownloadException for more than `most` bytes and whatever else keeps a document from coming; what
+    /// ReadDocument throws
+    /// @throws VoUserCancelledException
     std::optional<VoString> find(const VoFilePath& relative, std::uint64_t most = LargestDocument) const;
     /// As find(); a document that is not there is a failure like others.
     VoString read(const VoFilePath& relative, std::uint64_t most = LargestDocument) const;

@@ -42,7 +42,7 @@ struct Signers
     VoString why;            ///< Of a signature that does not count, what is wrong with it; empty when there is none.
 };
 
-/// Who has signed @p bytes with @p comment, by the texts of the signatures that @p find gives for a key's ID: the first
+/// Who has signed `bytes` with `comment`, by the texts of the signatures that `find` gives for a key's ID: the first
 /// that fits counts.
 VOCORE_PRIVATE_EXPORT Signers SignersOf(const VoString& bytes, const VoString& comment, const ReleaseKeys& keys,
                                         KeyRole role,
@@ -57,7 +57,7 @@ VOCORE_PRIVATE_EXPORT Signers SignersOfKeys(const VoString& bytes, const Release
 
 /// The newest keys at a place, from known ones on: each next number must be signed by enough of its own and of the
 /// number before. From number 0, the keys that an application knows, it goes on with the first that these have signed.
-/// Throws VoUntrustedReleaseException (Keys).
+/// @throws VoUntrustedReleaseException (Keys)
 VOCORE_PRIVATE_EXPORT ReleaseKeys NewestKeys(const ReleaseKeys& known, const DocumentPlace& place);
 
 } // namespace vo::updater::detail

@@ -20,7 +20,7 @@ namespace vo::updater::detail {
 
 /// Fetches a document into a temporary file, which lives as long as the result: compressed where the server can do
 /// that, and only when it has changed since it was fetched last (DocumentCache). The policy's onReceived hears of it.
-/// The one place where the documents of the updater meet the download service. Documents of more than @p most bytes
+/// The one place where the documents of the updater meet the download service. Documents of more than `most` bytes
 /// are refused, compressed or not.
 /// @throws VoDownloadException
 /// @throws VoUserCancelledException when the flag is raised

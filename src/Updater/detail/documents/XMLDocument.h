@@ -32,8 +32,10 @@ LoadDocument(VoXMLStreamLoader& loader, const VoFilePath& path, const VoString& 
 VOCORE_PRIVATE_EXPORT VoUniquePtr<VoAbstractXMLStreamLoaderObject>
 ParseDocument(VoXMLStreamLoader& loader, const VoString& bytes, const VoString& name);
 
-/// The bytes of a file. Throws VoFileNotFoundException, VoCannotOpenFileException, and VoValidationException
-/// ("Document larger than allowed: " + path) for one of more than @p most bytes.
+/// The bytes of a file.
+/// @throws VoFileNotFoundException
+/// @throws VoCannotOpenFileException
+/// @throws VoValidationException ("Document larger than allowed: " + path) for one of more than `most` bytes
 VOCORE_PRIVATE_EXPORT VoString ReadDocument(const VoFilePath& path, std::uint64_t most = LargestDocument);
 /// Replaces a file by bytes, atomically.
 VOCORE_PRIVATE_EXPORT void WriteBytes(const VoFilePath& path, const VoString& bytes);

@@ -17,7 +17,7 @@ class ReleaseManifest;
 
 namespace vo::updater::detail {
 
-/// The declarations that stay when only the newest @p keep releases of each package do, and what goes as texts. Pure.
+/// The declarations that stay when only the newest `keep` releases of each package do, and what goes as texts. Pure.
 std::pair<AdvertisedPackages, VoDeque<VoString>> NewestOnly(const AdvertisedPackages& declared, std::size_t keep);
 
 /// Finds the files of a folder of releases that nothing refers to. Only names that the library gives are looked at, and
@@ -32,7 +32,7 @@ public:
     void keep(const AdvertisedPackages& declarations);
     void keep(const ReleaseManifest& manifest);
     /// @}
-    /// Keeps what all declarations documents of the folder but @p except refer to.
+    /// Keeps what all declarations documents of the folder but `except` refer to.
     void keepOtherDeclarations(const VoFilePath& except);
 
     /// Tells the files, a definition before its chunks.

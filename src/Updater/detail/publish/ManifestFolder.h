@@ -81,7 +81,7 @@ private:
     std::optional<ReleaseKeys> m_keys;
 };
 
-/// Signs a document of keys with those of the keys at hand that it, or @p before, knows for that.
+/// Signs a document of keys with those of the keys at hand that it, or `before`, knows for that.
 void SignKeys(const VoDirectoryPath& folder, const ReleaseKeys& keys, const ReleaseKeys* before,
               const ReleaseSigning& signing);
 

@@ -21,7 +21,7 @@ private:
 };
 
 /// Removes the private folders in the directory for temporary files whose processes were killed, and tells how many
-/// there were and how many bytes they held. With @p onlyLook removes nothing.
+/// there were and how many bytes they held. With `onlyLook` removes nothing.
 VOCORE_PRIVATE_EXPORT std::pair<std::uint64_t, std::uint64_t> RemoveDeadFolders(bool onlyLook);
 
 } // namespace vo::updater::detail

@@ -41,7 +41,7 @@ public:
     VoVersion lowest;         ///< The lowest release that may be installed.
     ReleaseKeys keys;         ///< The newest ones seen.
 
-    /// Takes over what a newer one knows; false when that changes nothing. @p other has the same keys or later ones.
+    /// Takes over what a newer one knows; false when that changes nothing. `other` has the same keys or later ones.
     bool raise(const TrustPin& other);
 
     Type objectType() const override { return Type::TrustPin; }
@@ -49,8 +49,9 @@ public:
     void writeElements(VoXMLElementWriter& element) const override;
 };
 
-/// The record of a package; none when there is none. Throws VoUntrustedReleaseException (Publisher) when it cannot be
-/// read, and VoValidationException for an ID that cannot be a file's name.
+/// The record of a package; none when there is none.
+/// @throws VoUntrustedReleaseException (Publisher) when it cannot be read
+/// @throws VoValidationException for an ID that cannot be a file's name
 VOCORE_PRIVATE_EXPORT std::optional<TrustPin> ReadPin(const VoUUID& packageID);
 /// Remembers what was seen of a package that has a record, if that is of the same publisher still. What fails is
 /// logged: the next installation does the same and fails.
@@ -58,12 +59,14 @@ VOCORE_PRIVATE_EXPORT void RaisePin(const TrustPin& seen);
 /// Forgets a package. Throws what removing a file throws.
 void ForgetPin(const VoUUID& packageID);
 
-/// Decides under the registry's lock whether a release may be installed over @p installed (null: nothing), and
-/// remembers its publisher. Without a proof only a package that has no record may. Throws VoUntrustedReleaseException.
+/// Decides under the registry's lock whether a release may be installed over `installed` (null: nothing), and remembers
+/// its publisher. Without a proof only a package that has no record may.
+/// @throws VoUntrustedReleaseException
 void AdmitRelease(const AdvertisedPackageListing& advert, const ReleaseProof* proof,
                   const InstalledPackageListing* installed);
 /// Decides whether a definition may repair an installed package: for one with a record it must be that of the installed
-/// files. Throws VoUntrustedReleaseException.
+/// files.
+/// @throws VoUntrustedReleaseException
 void AdmitRepair(const AdvertisedPackageListing& advert, const InstalledPackageListing& installed);
 
 } // namespace vo::updater::detail
