@@ -183,6 +183,14 @@ std::vector<VoString> Arguments::texts(const char* option) const
     return values;
 }
 
+VoString Arguments::requiredText(const char* option) const
+{
+    const auto value = text(option);
+    if (!value)
+        throw UsageError(NameOf(option) + " is missing");
+    return *value;
+}
+
 std::optional<VoUUID> Arguments::identifier(const char* option) const
 {
     const auto value = text(option);

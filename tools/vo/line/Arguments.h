@@ -38,6 +38,7 @@ public:
     /// The option's value; none when it was not given. An empty value is refused.
     std::optional<VoString> text(const char* option) const;
     std::vector<VoString> texts(const char* option) const; ///< The values of a repeatable option, in their order.
+    VoString requiredText(const char* option) const;       ///< As text(). @throws UsageError without it
 
     /// @{ As text(), read as a value of a kind.
     std::optional<VoUUID> identifier(const char* option) const;
