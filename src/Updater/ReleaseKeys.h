@@ -43,7 +43,7 @@ public:
     ~ReleaseKeys() override;
     /// @}
 
-    /// Reads a document from memory; @p name is what errors and the log call it.
+    /// Reads a document from memory; `name` is what errors and the log call it.
     /// @throws VoNullPointerException "Keys failed to load", for a document of another kind
     /// @throws VoValidationException "Invalid keys: " + what is wrong, for one that cannot be; and what malformed
     /// documents throw
@@ -59,7 +59,7 @@ public:
     VoDeque<Key> keys;                  ///< The keys; no two are equal or have one ID.
 
     const Key* find(const VoString& keyId) const; ///< The key of that ID; null when there is none.
-    /// Whether @p before has a key for manifests that counts no more: what it signed is not to be believed.
+    /// Whether `before` has a key for manifests that counts no more: what it signed is not to be believed.
     bool retiresKeyOf(const ReleaseKeys& before) const;
     VoString signedComment() const; ///< What signatures repeat in their trusted comment: "keys 2".
     /// Equality of number, thresholds and keys.

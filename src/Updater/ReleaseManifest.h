@@ -54,7 +54,7 @@ public:
         VoVersion from;                              ///< The lowest installed release that it updates; 0.0.0: any.
         bool isWithdrawn = false;                    ///< Whether nobody shall install it any more.
         VoString notes;                              ///< The URL of its notes, http or https; may be empty.
-        bool isOfferedTo(std::uint64_t place) const; ///< Whether the share reaches the @p place, from 0 to 9,999.
+        bool isOfferedTo(std::uint64_t place) const; ///< Whether the share reaches the `place`, from 0 to 9,999.
     };
 
     /// What holds for all releases of a package.
@@ -76,7 +76,7 @@ public:
     ~ReleaseManifest() override;
     /// @}
 
-    /// Reads a document from memory; @p name is what errors and the log call it.
+    /// Reads a document from memory; `name` is what errors and the log call it.
     /// @throws VoNullPointerException "Manifest failed to load", for a document of another kind
     /// @throws VoValidationException "Invalid manifest: " + what is wrong, for one that cannot be; and what malformed
     /// documents throw

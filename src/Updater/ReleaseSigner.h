@@ -35,7 +35,7 @@ namespace vo::updater {
 class VOCORE_EXPORT ReleaseSigner
 {
 public:
-    /// @p waiting is called again and again while others publish there, and may end that by throwing; may be empty.
+    /// `waiting` is called again and again while others publish there, and may end that by throwing; may be empty.
     ReleaseSigner(const VoFilePath& declarations, ReleaseSigning signing, std::function<void()> waiting = {});
 
     /// The manifest that holds or, when one waits for signatures, that one; none in a folder without.
@@ -44,11 +44,11 @@ public:
     std::optional<ReleaseKeys> keys() const;
 
     /// Signs all that is declared, with a new expiry; the first time the keys at hand become those of the folder. A
-    /// manifest that waits for signatures is signed as it is, unless something has changed since. With @p onlyRefresh
+    /// manifest that waits for signatures is signed as it is, unless something has changed since. With `onlyRefresh`
     /// throws VoValidationException ("Release is not signed yet: " + path) when anything is declared that the manifest
     /// in effect does not list: a timer must not vouch for what somebody else has put there.
     ManifestState sign(bool onlyRefresh = false) const;
-    /// Changes the manifest: @p edit gets that of manifest(), with all that is declared. Makes one where there is none.
+    /// Changes the manifest: `edit` gets that of manifest(), with all that is declared. Makes one where there is none.
     ManifestState change(const std::function<void(ReleaseManifest&)>& edit) const;
 
     /// How the keys of a folder are to be changed. A plain value.
@@ -83,9 +83,9 @@ public:
         std::uint64_t bytes = 0;    ///< All they hold.
         ManifestState manifest;     ///< How the manifest stands.
     };
-    /// Keeps the newest @p keep releases of each package that the document declares, and removes all files that no
+    /// Keeps the newest `keep` releases of each package that the document declares, and removes all files that no
     /// declarations document of the folder and neither manifest refers to, and what killed runs left. Files that are
-    /// not the library's stay. With @p onlyLook tells what would be removed.
+    /// not the library's stay. With `onlyLook` tells what would be removed.
     Clearing clear(std::size_t keep, bool onlyLook) const;
 
 private:

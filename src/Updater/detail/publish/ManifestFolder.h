@@ -38,7 +38,7 @@ public:
     /// in effect does not list these bytes.
     std::optional<VoFilePath> copyName(const VoFilePath& relative, const VoString& bytes) const;
 
-    /// Throws VoInvalidCallException ("Key does not sign releases here: " + ID) for a key that does not count.
+    /// @throws VoInvalidCallException ("Key does not sign releases here: " + ID) for a key that does not count
     void requireSigners(const ReleaseSigning& signing) const;
 
     /// The change of a manifest.
