@@ -212,9 +212,9 @@ std::shared_ptr<LogFiles> FilesIn(const VoFilePath& folder, bool json, const Con
     return files;
 }
 
-VoReceiver FileSink(const VoFilePath& folder, bool json, const Configuration& configuration)
+Sink FileSink(const VoFilePath& folder, bool json, const Configuration& configuration)
 {
-    return AddSink([files = FilesIn(folder, json, configuration)](const Record& record) { files->write(record); });
+    return [files = FilesIn(folder, json, configuration)](const Record& record) { files->write(record); };
 }
 
 CrashRing& TheCrashRing()
@@ -223,17 +223,27 @@ CrashRing& TheCrashRing()
     return ring;
 }
 
-VoReceiver CrashSink()
+Sink CrashSink()
 {
     CrashRing& ring = TheCrashRing();
-    return AddSink([&ring](const Record& record) { ring.add(FormatRecord(record).toStdString()); });
+    return [&ring](const Record& record) { ring.add(FormatRecord(record).toStdString()); };
 }
+
+struct Output
+{
+    Level minimum;
+    Sink sink;
+};
+using Outputs = std::vector<Output>;
 
 // What the process is configured with. Never destroyed: static objects log while the process ends.
 struct State
 {
-    std::mutex mutex;
-    std::vector<VoReceiver> sinks;
+    std::mutex mutex; // held while a configuration is made that of the process
+    VoReceiver receiver;
+
+    std::mutex outputsMutex;
+    std::shared_ptr<const Outputs> outputs;
 };
 
 State& TheState()
@@ -242,18 +252,32 @@ State& TheState()
     return state;
 }
 
-std::vector<VoReceiver> SinksOf(const Configuration& configuration)
+// One sink for all configurations: were one sink to take another's place, a record between the two would be lost.
+void SendToOutputs(const Record& record)
 {
-    std::vector<VoReceiver> sinks;
+    std::shared_ptr<const Outputs> outputs;
+    {
+        const std::lock_guard lock(TheState().outputsMutex);
+        outputs = TheState().outputs;
+    }
+    for (const Output& output : *outputs) {
+        if (record.level >= output.minimum)
+            output.sink(record);
+    }
+}
+
+std::shared_ptr<const Outputs> OutputsOf(const Configuration& configuration)
+{
+    Outputs outputs;
     if (!configuration.folder.isNull())
-        sinks.push_back(FileSink(configuration.folder, false, configuration));
+        outputs.push_back({Level::Diagnostic, FileSink(configuration.folder, false, configuration)});
     if (!configuration.jsonFolder.isNull())
-        sinks.push_back(FileSink(configuration.jsonFolder, true, configuration));
+        outputs.push_back({Level::Diagnostic, FileSink(configuration.jsonFolder, true, configuration)});
     if (configuration.systemLog)
-        sinks.push_back(AddSink(WriteToSystemLog, *configuration.systemLog));
+        outputs.push_back({*configuration.systemLog, WriteToSystemLog});
     if (!configuration.crashFile.isNull())
-        sinks.push_back(CrashSink());
-    return sinks;
+        outputs.push_back({Level::Diagnostic, CrashSink()});
+    return std::make_shared<const Outputs>(std::move(outputs));
 }
 
 void ConfigureStandardError(const Configuration& configuration)
@@ -316,13 +340,21 @@ Configuration Configuration::FromProperties(const VoProperties& properties, cons
 void Configure(const Configuration& configuration)
 {
     State& state = TheState();
-    std::vector<VoReceiver> sinks; // ends without the lock: a receiver may wait for a sink
+    VoReceiver unused; // ends without the lock: a receiver may wait for a sink
     const std::lock_guard lock(state.mutex);
-    sinks = SinksOf(configuration);
+    std::shared_ptr<const Outputs> outputs = OutputsOf(configuration);
+    const bool isUsed = !outputs->empty();
     ConfigureCrashes(configuration.crashFile);
     ApplyLevelRules(configuration.levels);
     ConfigureStandardError(configuration);
-    sinks.swap(state.sinks);
+    {
+        const std::lock_guard outputsLock(state.outputsMutex);
+        state.outputs.swap(outputs);
+    }
+    if (!isUsed)
+        unused.swap(state.receiver);
+    else if (!state.receiver.isReceiving())
+        state.receiver = AddSink(SendToOutputs);
 }
 
 VoString FormatJSON(const Record& record)

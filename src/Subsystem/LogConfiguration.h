@@ -77,8 +77,8 @@ struct VOCORE_EXPORT Configuration
     /// @}
 };
 
-/// Makes a configuration that of the process, in place of the one before; records of other threads meanwhile may come
-/// twice to files that both use, but are not lost. Sinks added by AddSink() and SetUp() are not touched, explicit
+/// Makes a configuration that of the process, in place of the one before; no record of other threads is lost
+/// meanwhile. Sinks added by AddSink() and SetUp() are not touched, explicit
 /// levels of SetLevel() are replaced. Any thread may call.
 ///
 /// Files are named and continued as those of SetUp(), with the ending ".log" or ".jsonl"; each record is written at
