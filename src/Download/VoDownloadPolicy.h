@@ -5,6 +5,7 @@
 #include <Core/VoForward.h>
 #include <Core/VoString.h>
 #include <Download/VoDownloadSize.h>
+#include <Download/VoTransferRate.h>
 #include <FileSystem/VoUrl.h>
 #include <Time/VoTimeDuration.h>
 
@@ -43,8 +44,8 @@ struct VOCORE_EXPORT VoDownloadReceipt
 struct VOCORE_EXPORT VoDownloadPolicy
 {
     /// How often a file is asked for again after a transient failure: a connection refused or lost, nothing received
-    /// for too long, a body that ends early, the answers 429 and 5xx. Nothing else is tried again, above all not 401,
-    /// 403, 404 and 410. With mirrors, all places count as one attempt.
+    /// for too long, a body that is too slow or ends early, the answers 429 and 5xx. Nothing else is tried again, above
+    /// all not 401, 403, 404 and 410. With mirrors, all places count as one attempt.
     unsigned retries = 0;
 
     /// @name Time between attempts
@@ -60,6 +61,16 @@ struct VOCORE_EXPORT VoDownloadPolicy
     /// The download fails with "Download timed out" when a file that is being transferred gets no byte for this long.
     /// Files that wait for a free connection do not count. No limit when it is not positive.
     VoTimeDuration stallTimeout = VoSeconds(60);
+
+    /// @name The lowest speed
+    /// A body of which fewer bytes come in @ref lowestRateTime than @ref lowestRate makes of it fails with "Download
+    /// too slow: " and the URL, a transient failure. Without this a server that sends a byte now and then is waited for
+    /// without end. Bytes count as they come, maybe compressed, from the headers on; the time before those and the time
+    /// without any byte are @ref stallTimeout's. No lower bound when one of the two is not positive.
+    /// @{
+    VoTransferRate lowestRate = VoTransferRate(64); ///< Far below what any line gives that is of use.
+    VoTimeDuration lowestRateTime = VoSeconds(60);  ///< What the speed is the average of.
+    /// @}
 
     /// The most bytes that a file may have, checked against what the server announces, what comes, and what that
     /// becomes when it comes compressed; unknown is no limit. More fails with "Download larger than allowed: " and the

@@ -77,6 +77,10 @@ std::vector<Row> Rows()
     const ScriptedAnswer good = ScriptedAnswer::Body(Content);
     const auto failing = [good](Fault fault, std::int64_t at) { return good.failing(fault, at); };
     const auto impatient = [](VoDownloadPolicy& policy) { policy.stallTimeout = VoMilliseconds(200); };
+    const auto demanding = [](VoDownloadPolicy& policy) {
+        policy.lowestRate = VoTransferRate(1000000);
+        policy.lowestRateTime = VoMilliseconds(100);
+    };
     constexpr auto beforeHeaders = ScriptedAnswer::BeforeHeaders;
 
     std::vector<Row> rows = {
@@ -103,6 +107,8 @@ std::vector<Row> Rows()
          "/file",
          "Download incomplete: SERVER/file"},
         {"body in a trickle", Body(good.trickling(500, 20)), Complete, Kind::Final, 0, Content, impatient},
+        {"body below the lowest speed", Body(good.trickling(1, 5)), "Download too slow: SERVER/file", Kind::Transient,
+         0, Content, demanding},
         {"stall before the headers", Body(failing(Fault::Stall, beforeHeaders)), "Download timed out", Kind::Transient,
          0, Content, impatient},
         {"stall within the body", Body(failing(Fault::Stall, 1000)), "Download timed out", Kind::Transient, 0, Content,

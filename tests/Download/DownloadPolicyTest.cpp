@@ -4,6 +4,7 @@
 #include <Download/VoDownloadNotification.h>
 #include <Download/VoDownloadPolicy.h>
 #include <Download/detail/DownloadFailure.h>
+#include <Download/detail/SpeedFloor.h>
 #include <Download/detail/VoDownloadMonitors.h>
 #include <Download/detail/VoRedirectPolicy.h>
 
@@ -98,6 +99,38 @@ TEST(DownloadPolicy, DelaysDoubleUpToTheLongestAndLoseAtMostHalf)
         EXPECT_DOUBLE_EQ(policy.delayBefore(i + 1, 1).seconds(), full[i] / 2);
     }
     EXPECT_DOUBLE_EQ(policy.delayBefore(4000000000U, 0).seconds(), 10);
+}
+
+TEST(DownloadPolicy, TheLowestSpeedIsAnAverageOverEachSpan)
+{
+    const VoDownloadPolicy usual;
+    EXPECT_TRUE(vo::detail::SpeedFloor(usual.lowestRate, usual.lowestRateTime).isOn());
+    const struct
+    {
+        const char* name;
+        double rate;
+        int seconds;
+        std::vector<std::int64_t> received; // at each second from 0 on
+        int below;                          // the second at which it is found too slow; -1: never
+    } rows[] = {
+        {"a byte a second", 2, 3, {0, 1, 2, 3}, 3},
+        {"just enough", 2, 3, {0, 2, 4, 6, 8, 10, 12}, -1},
+        {"one byte short in the second span", 2, 3, {0, 0, 0, 6, 8, 10, 11}, 6},
+        {"all at the end of a span", 2, 3, {0, 0, 0, 6, 6, 6, 12}, -1},
+        {"fast at first", 2, 3, {0, 1000, 1000, 1000, 1001, 1002, 1003}, 6},
+        {"off by its rate", 0, 3, {0, 0, 0, 0, 0}, -1},
+        {"off by its time", 2, 0, {0, 0, 0, 0, 0}, -1},
+    };
+    for (const auto& row : rows) {
+        vo::detail::SpeedFloor floor(VoTransferRate(row.rate), VoSeconds(row.seconds));
+        floor.restart(5000, row.received[0]);
+        int below = -1;
+        for (std::size_t second = 1; below < 0 && second < row.received.size(); ++second) {
+            if (floor.isBelow(5000 + static_cast<std::int64_t>(second) * 1000, row.received[second]))
+                below = static_cast<int>(second);
+        }
+        EXPECT_EQ(below, row.below) << row.name;
+    }
 }
 
 TEST(DownloadPolicy, MirrorsReplaceTheBeginningOfUrlsAtABoundary)

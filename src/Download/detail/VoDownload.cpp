@@ -4,6 +4,7 @@
 #include <Core/VoExceptionText.h>
 #include <Core/detail/Completed.h>
 #include <Download/VoDownloadNotification.h>
+#include <Download/detail/SpeedFloor.h>
 #include <Download/detail/VoDownloadManagerImpl.h>
 #include <Subsystem/VoLogging.h>
 
@@ -11,11 +12,13 @@
 #include <QtNetwork/QNetworkReply>
 #include <QtNetwork/QNetworkRequest>
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 using vo::detail::DisplayText;
 using vo::detail::DownloadFailure;
 using vo::detail::DownloadFile;
+using vo::detail::SpeedFloor;
 using Kind = VoDownloadException::Kind;
 
 namespace {
@@ -26,6 +29,24 @@ vo::logging::Logger& Logger()
 {
     static vo::logging::Logger& logger = vo::logging::Logger::Get("download");
     return logger;
+}
+
+qint64 Milliseconds(const VoTimeDuration& duration)
+{
+    return static_cast<qint64>(duration.seconds() * 1000);
+}
+
+// How often the speed is looked at: often enough for the shorter of the limits; 0 without any.
+int SpeedInterval(const VoDownloadPolicy& policy)
+{
+    qint64 shortest = std::numeric_limits<qint64>::max();
+    if (policy.stallTimeout > VoTimeDuration())
+        shortest = Milliseconds(policy.stallTimeout);
+    if (SpeedFloor(policy.lowestRate, policy.lowestRateTime).isOn())
+        shortest = std::min(shortest, Milliseconds(policy.lowestRateTime));
+    if (shortest == std::numeric_limits<qint64>::max())
+        return 0;
+    return static_cast<int>(std::clamp(shortest / 4, qint64{10}, qint64{1000}));
 }
 
 // The framework counts connections by scheme, host and port.
@@ -42,6 +63,7 @@ struct VoDownload::Transfer
     Transfer(const VoUrl& url, const VoFilePath& path, const VoDownloadSize& limit, const VoDownloadPolicy& policy,
              bool isAlone)
         : file(url, path, limit, policy, isAlone)
+        , floor(policy.lowestRate, policy.lowestRateTime)
     {
     }
 
@@ -49,6 +71,7 @@ struct VoDownload::Transfer
     QPointer<QNetworkReply> reply;
     QString connection;      // what the running request holds; empty without one
     qint64 lastActivity = 0; // when it was sent, or something came last
+    SpeedFloor floor;
     QTimer retryTimer;
 };
 
@@ -61,7 +84,7 @@ VoDownload::VoDownload(QObject* parent, const VoUUID& id, const VoDownloadPolicy
         throw VoDownloadException("Download must have a parent manager");
     setParent(parent);
     m_clock.start();
-    connect(&m_stallTimer, &QTimer::timeout, this, [this] { guarded([this] { checkStall(); }); });
+    connect(&m_speedTimer, &QTimer::timeout, this, [this] { guarded([this] { checkSpeed(); }); });
 }
 
 VoDownload::~VoDownload()
@@ -148,10 +171,8 @@ void VoDownload::start()
             if (const VoUrl* place = transfer->file.unsupportedPlace())
                 throw VoDownloadException("Unsupported URL scheme: " + place->scheme());
         }
-        if (m_policy.stallTimeout > VoTimeDuration()) {
-            const double quarter = m_policy.stallTimeout.seconds() * 1000 / 4;
-            m_stallTimer.start(static_cast<int>(std::clamp(quarter, 10.0, 1000.0)));
-        }
+        if (const int interval = SpeedInterval(m_policy))
+            m_speedTimer.start(interval);
         m_outstanding = m_transfers.size();
         m_monitor->requestHeader();
     });
@@ -221,6 +242,7 @@ void VoDownload::sendNow(Transfer& transfer)
     transfer.file.sent();
     transfer.reply = reply;
     touch(transfer);
+    transfer.floor.restart(transfer.lastActivity, file.monitor().received());
     m_replies[reply] = &transfer;
 
     connect(reply, &QNetworkReply::redirected, this,
@@ -398,20 +420,34 @@ void VoDownload::complete(Transfer& transfer)
     end(nullptr);
 }
 
-void VoDownload::checkStall()
+void VoDownload::checkSpeed()
 {
-    const auto timeout = static_cast<qint64>(m_policy.stallTimeout.seconds() * 1000);
     const qint64 now = m_clock.elapsed();
-    std::vector<Transfer*> stalled;
+    std::vector<std::pair<Transfer*, VoDownloadException>> slow;
     for (const auto& transfer : m_transfers) {
-        if (transfer->reply && now - transfer->lastActivity > timeout)
-            stalled.push_back(transfer.get());
+        if (const auto failure = slowness(*transfer, now))
+            slow.emplace_back(transfer.get(), *failure);
     }
-    for (Transfer* const transfer : stalled) {
+    for (const auto& [transfer, failure] : slow) {
         if (m_ended)
             return;
-        failed(*transfer, {VoDownloadException("Download timed out", Kind::Transient), true, std::nullopt});
+        failed(*transfer, {failure, true, std::nullopt});
     }
+}
+
+std::optional<VoDownloadException> VoDownload::slowness(Transfer& transfer, qint64 now) const
+{
+    if (!transfer.reply)
+        return std::nullopt;
+    const qint64 timeout = Milliseconds(m_policy.stallTimeout);
+    if (timeout > 0 && now - transfer.lastActivity > timeout)
+        return VoDownloadException("Download timed out", Kind::Transient);
+    const std::int64_t received = transfer.file.monitor().received();
+    if (!transfer.file.isAccepted())
+        transfer.floor.restart(now, received);
+    else if (transfer.floor.isBelow(now, received))
+        return VoDownloadException("Download too slow: " + DisplayText(transfer.file.target()), Kind::Transient);
+    return std::nullopt;
 }
 
 bool VoDownload::failedBy(Transfer& transfer, const std::optional<DownloadFailure>& failure)
@@ -484,7 +520,7 @@ void VoDownload::end(const VoDownloadException* failure)
 {
     if (std::exchange(m_ended, true))
         return;
-    m_stallTimer.stop();
+    m_speedTimer.stop();
     filesEnded();
     VoDownloadManagerImpl* const impl = manager();
     if (impl)

@@ -93,7 +93,8 @@ private:
     void onMetaData(QNetworkReply& reply);
     void onReadyRead(QNetworkReply& reply);
     void onFinished(QNetworkReply& reply);
-    void checkStall();
+    void checkSpeed();
+    std::optional<VoDownloadException> slowness(Transfer& transfer, qint64 now) const;
 
     bool accept(Transfer& transfer, QNetworkReply& reply);
     bool take(Transfer& transfer, QNetworkReply& reply);
@@ -116,7 +117,7 @@ private:
     std::size_t m_outstanding = 0;                           // files that the running phase waits for
     bool m_ended = false;
 
-    QTimer m_stallTimer;
+    QTimer m_speedTimer;
     QElapsedTimer m_clock;
     VoTransferRateMonitor m_rate;
     std::int64_t m_reported = 0; // the most bytes reported so far
