@@ -132,9 +132,10 @@ public:
     /// @{
     /// Makes this process the only instance of the application for this user, until it ends, however it ends: true.
     /// Where another process is that already, hands it the arguments and the working directory: false; this process had
-    /// better end then. That process must run its loop: throws VoInvalidCallException "The running " + display name + "
-    /// does not answer" when it has not answered within `patience`, and VoInvalidParameterException "Command line too
-    /// long to hand over" beyond a million bytes. Other users can neither see nor send what is handed over.
+    /// better end then. That process must run its loop. Other users can neither see nor send what is handed over.
+    /// @throws VoInvalidCallException "The running " + display name + " does not answer" when it has not answered
+    /// within `patience`
+    /// @throws VoInvalidParameterException "Command line too long to hand over" beyond a million bytes
     bool claimSingleInstance(const VoTimeDuration& patience = VoTimeDuration(VoSeconds(5)));
     /// Called with arguments, without the program's name, and a working directory.
     using ArgumentsCallback = std::function<void(const VoDeque<VoString>& arguments, const VoString& directory)>;

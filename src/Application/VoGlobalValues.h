@@ -30,8 +30,8 @@ public:
     VoGlobalValues() = delete;
 
     /// Makes a value. Defining it again in the same way does nothing, so that a definition may stand in a header.
-    /// Throws what VoValueDefinition::requireValid() throws, and VoInvalidCallException "Global value already defined:
-    /// " and the name, for one that is defined otherwise.
+    /// @throws VoInvalidCallException "Global value already defined: " and the name, for one that is defined otherwise;
+    /// and what VoValueDefinition::requireValid() throws
     static void Define(const VoValueDefinition& definition);
 
     static bool IsDefined(const VoString& name);               ///< Whether there is such a value. Never throws.
@@ -55,8 +55,9 @@ public:
     /// For what tries things out and leaves no trace, such as a test.
     /// @{
     static VoProperties Changed(); ///< The values that differ from their defaults, by name.
-    /// Sets the values of `changed`, and all others to their defaults. Read-only ones stay as they are. Throws as
-    /// Set() for a value that is not allowed, before anything is changed; names that are not defined count for nothing.
+    /// Sets the values of `changed`, and all others to their defaults. Read-only ones stay as they are;
+    /// names that are not defined count for nothing.
+    /// @throws VoInvalidParameterException as Set(), for a value that is not allowed, before anything is changed
     static void Restore(const VoProperties& changed);
     /// @}
 

@@ -61,9 +61,10 @@ public:
     VoLayeredProperties& operator=(const VoLayeredProperties&) = delete;
     ~VoLayeredProperties(); ///< Does not save.
 
-    /// Defines a property, and reads its environment variable. Again in the same way does nothing. Throws what
-    /// VoValueDefinition::requireValid() throws, VoInvalidCallException "Property already defined: " and the name for
-    /// another definition, and VoInvalidParameterException "Properties share an environment variable: " and both names.
+    /// Defines a property, and reads its environment variable. Again in the same way does nothing.
+    /// @throws VoInvalidCallException "Property already defined: " and the name, for another definition
+    /// @throws VoInvalidParameterException "Properties share an environment variable: " and both names; and what
+    /// VoValueDefinition::requireValid() throws
     void define(const VoValueDefinition& definition);
     /// The definition of a property; none where it has none.
     std::optional<VoValueDefinition> definition(const VoString& name) const;

@@ -3,7 +3,7 @@
 #include <Core/VoDeque.h>
 #include <Core/VoFileException.h>
 #include <Core/VoMathsException.h>
-#include <Core/detail/Printable.h>
+#include <Core/VoPrintable.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileType.h>
 #include <Gui/detail/IconImage.h>
@@ -114,7 +114,7 @@ public:
             if (m_warned.size() >= most || !m_warned.insert(name).second)
                 return;
         }
-        vo::logging::Logger::Get("icons").warning("Unknown icon: " + vo::detail::Printable(name));
+        vo::logging::Logger::Get("icons").warning("Unknown icon: " + vo::Printable(name));
     }
 
 private:

@@ -1,7 +1,7 @@
 #include <Maths/VoLinearProblemText.h>
 
 #include <FileSystem/VoFilePath.h>
-#include <IO/detail/WholeFile.h>
+#include <IO/VoWholeFile.h>
 #include <Maths/VoLinearProblemExceptions.h>
 
 #include <algorithm>
@@ -531,7 +531,7 @@ VoLinearProblemText VoLinearProblemText::Parse(const VoString& text)
 
 VoLinearProblemText VoLinearProblemText::Read(const VoFilePath& path)
 {
-    const std::optional<std::string> text = vo::detail::ReadWholeFile(path, MostBytes);
+    const std::optional<std::string> text = vo::ReadWholeFile(path, MostBytes);
     if (!text)
         throw VoLinearProblemException("File is too large");
     return Parser(*text).parse();

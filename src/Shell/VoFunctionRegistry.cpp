@@ -1,8 +1,8 @@
 #include <Shell/VoFunctionRegistry.h>
 
 #include <Core/VoException.h>
+#include <Core/VoPrintable.h>
 #include <Core/detail/NearestName.h>
-#include <Core/detail/Printable.h>
 #include <Shell/detail/LibraryFunctions.h>
 #include <Threading/VoBroadcaster.h>
 #include <Threading/detail/Guarded.h>
@@ -142,7 +142,7 @@ VoUndefinedFunctionException VoFunctionRegistry::Undefined(const VoString& name,
     for (const VoString& known : names)
         lower.push_back(Lower(known));
     const std::vector<std::string_view> views(lower.begin(), lower.end());
-    VoString text = "Undefined function: " + vo::detail::Printable(name);
+    VoString text = "Undefined function: " + vo::Printable(name);
     const char* separator = "; did you mean ";
     const std::string typed = Lower(name);
     for (const std::string_view near : vo::detail::NearestNames(typed, views, MostNearest)) {

@@ -2,7 +2,7 @@
 
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
-#include <Core/detail/Printable.h>
+#include <Core/VoPrintable.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoTemporaryDir.h>
@@ -198,7 +198,7 @@ VoString PrintableLines(const VoString& text)
     const std::string& bytes = text.toStdString();
     for (std::size_t start = 0; start < bytes.size();) {
         const std::size_t end = std::min(bytes.find('\n', start), bytes.size());
-        lines += vo::detail::Printable(VoString(bytes.substr(start, end - start))) + "\n";
+        lines += vo::Printable(VoString(bytes.substr(start, end - start))) + "\n";
         start = end + 1;
     }
     return lines;
@@ -212,14 +212,14 @@ VoString Seconds(const VoTimeDuration& duration)
 void WriteCase(VoXMLElementWriter& suite, const VoString& suiteName, const VoScriptedTestRun::Result& result)
 {
     const auto element = suite.createElement("testcase");
-    element->writeAttribute("classname", vo::detail::Printable(suiteName));
-    element->writeAttribute("name", vo::detail::Printable(result.test.name));
+    element->writeAttribute("classname", vo::Printable(suiteName));
+    element->writeAttribute("name", vo::Printable(result.test.name));
     element->writeAttribute("time", Seconds(result.duration));
     if (result.outcome == Outcome::Passed)
         return;
     const auto failure = element->createElement(result.outcome == Outcome::NotRun ? "error" : "failure");
     failure->writeAttribute("type", VoScriptedTestRun::OutcomeText(result.outcome));
-    failure->writeAttribute("message", vo::detail::Printable(result.message));
+    failure->writeAttribute("message", vo::Printable(result.message));
     failure->writeText(PrintableLines(result.output));
 }
 
@@ -246,7 +246,7 @@ void VoScriptedTestRun::WriteJUnit(const VoFilePath& file, const VoString& suite
     writer.startDocument();
     {
         const auto root = writer.createElement("testsuite");
-        root->writeAttribute("name", vo::detail::Printable(suite));
+        root->writeAttribute("name", vo::Printable(suite));
         root->writeAttribute("tests", VoString(results.size()));
         root->writeAttribute("failures", count(Outcome::Failed, Outcome::TimedOut));
         root->writeAttribute("errors", count(Outcome::NotRun, Outcome::NotRun));

@@ -68,8 +68,9 @@ struct VOCORE_EXPORT Configuration
     /// That of the environment variable VO_LOG.
     static Configuration FromEnvironment();
     /// That of a file, UTF-8, one setting a line (so that directories may have commas in their names); what begins with
-    /// "#" is a comment. Throws also what reading a file throws, and VoInvalidParameterException "Log settings too
-    /// long: " and the path, beyond a million bytes.
+    /// "#" is a comment.
+    /// @throws VoInvalidParameterException "Log settings too long: " and the path, beyond a million bytes; and what
+    /// reading a file throws
     static Configuration FromFile(const VoFilePath& path);
     /// That of properties: the text of `name`, and "@stderr" and so on of `name` + ".stderr" and so on, whatever
     /// their kinds. Others are left alone.

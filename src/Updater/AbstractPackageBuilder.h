@@ -66,14 +66,17 @@ public:
 
     /// Adds the file `source`, to be installed at `target`, relative to the installation directory.
     ///
-    /// A target longer than 160 bytes only warns. Throws, and leaves the package without the file:
-    /// VoValidationException ("Invalid target path: " + target + ": " + the rule that it breaks) for a target that no
-    /// client installs, VoInvalidParameterException ("File already added to package: " + target; " and " + the other
-    /// one + " differ only in letter case" follows when they do) for a target that was added before,
-    /// VoFileNotFoundException for a missing source, VoFileException ("File changed while being added: ", source) when
-    /// the bytes read are not as many as the file has, VoIOException when reading or writing fails,
-    /// VoInvalidCallException ("Package has already been finalised") after finalise. Bytes that went into a finished
-    /// chunk before the failure stay there, unused.
+    /// A target longer than 160 bytes only warns. A failure leaves the package without the file; bytes that went into a
+    /// finished chunk before it stay there, unused.
+    /// @throws VoValidationException ("Invalid target path: " + target + ": " + the rule that it breaks) for a target
+    /// that no client installs
+    /// @throws VoInvalidParameterException ("File already added to package: " + target; " and " + the other one +
+    /// " differ only in letter case" follows when they do) for a target that was added before
+    /// @throws VoFileNotFoundException for a missing source
+    /// @throws VoFileException ("File changed while being added: ", source) when the bytes read are not as many as the
+    /// file has
+    /// @throws VoIOException when reading or writing fails
+    /// @throws VoInvalidCallException ("Package has already been finalised") after finalise
     void add(const VoFilePath& source, const VoFilePath& target);
     /// Adds every regular file below `directory`, at its path relative to it, in the sorted order of the targets, so
     /// that two builds of one tree pack alike. Symbolic links to directories are not followed; links to files are

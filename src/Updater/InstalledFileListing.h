@@ -10,7 +10,7 @@ class VOCORE_EXPORT InstalledFileListing : public AbstractFileListing
 public:
     InstalledFileListing();
     /// Lists the file on disk: its checksum and size are taken from the disk, and its ID is new.
-    /// Throws as VoChecksum does for a file that cannot be read.
+    /// @throws VoFileException as VoChecksum does, for a file that cannot be read
     explicit InstalledFileListing(const VoFilePath& path);
     /// Lists a file without looking at the disk.
     InstalledFileListing(const VoFilePath& path, const VoUUID& id, const VoChecksum& checksum,

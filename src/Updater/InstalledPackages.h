@@ -129,7 +129,8 @@ public:
     /// Checks every installed file of a package against its listing, and looks for files that do not belong to it
     /// or to another package below the directories that were created for it. Changes nothing and takes no lock; reports
     /// on files that an operation running at the same time is replacing are of no value. Progress and findings are also
-    /// broadcast. Throws as Package, and VoUserCancelledException.
+    /// broadcast.
+    /// @throws VoUserCancelledException when the flag is raised; and what Package throws
     static VerificationReport Verify(const VoUUID& packageID, VoStopFlag stop);
 
     /// Reinstalls the missing and changed files of an installed release from its definition, fetching only the chunks

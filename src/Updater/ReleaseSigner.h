@@ -29,9 +29,10 @@ namespace vo::updater {
 /// the document "next", and clients go on seeing the former state until enough keys have signed. A process may be
 /// killed at any moment: the manifest in effect, its signatures and all that it lists stay readable.
 ///
-/// Each operation waits for others who publish there. All throw what reading and writing files throws,
-/// VoInvalidCallException ("Key does not sign releases here: " + ID) and VoValidationException ("Definition was
-/// changed since it was signed: " + path).
+/// Each operation waits for others who publish there.
+/// @throws VoInvalidCallException ("Key does not sign releases here: " + ID), by all that sign
+/// @throws VoValidationException ("Definition was changed since it was signed: " + path); and, by all, what reading and
+/// writing files throws
 class VOCORE_EXPORT ReleaseSigner
 {
 public:
@@ -45,8 +46,9 @@ public:
 
     /// Signs all that is declared, with a new expiry; the first time the keys at hand become those of the folder. A
     /// manifest that waits for signatures is signed as it is, unless something has changed since. With `onlyRefresh`
-    /// throws VoValidationException ("Release is not signed yet: " + path) when anything is declared that the manifest
-    /// in effect does not list: a timer must not vouch for what somebody else has put there.
+    /// nothing may be declared that the manifest in effect does not list: a timer must not vouch for what somebody else
+    /// has put there.
+    /// @throws VoValidationException ("Release is not signed yet: " + path), with `onlyRefresh`
     ManifestState sign(bool onlyRefresh = false) const;
     /// Changes the manifest: `edit` gets that of manifest(), with all that is declared. Makes one where there is none.
     ManifestState change(const std::function<void(ReleaseManifest&)>& edit) const;

@@ -32,7 +32,7 @@ class ReleaseProof;
 /// A package that was installed with a proof is bound to its publisher: what is remembered of him (keys, the highest
 /// manifest, the lowest release) decides from then on, whatever the policy says, until the package is uninstalled.
 ///
-/// What is refused throws VoUntrustedReleaseException. A folder without a manifest is taken as it is, unless a
+/// A refusal is a VoUntrustedReleaseException. A folder without a manifest is taken as it is, unless a
 /// signature is required. May be called on any thread; one object by one thread at a time.
 class VOCORE_EXPORT TrustedReleases
 {

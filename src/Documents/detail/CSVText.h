@@ -2,7 +2,6 @@
 
 #include <Core/VoExport.h>
 #include <Core/VoVariant.h>
-#include <Documents/VoCSVValues.h>
 
 #include <string>
 #include <string_view>
@@ -14,9 +13,6 @@ class VoCSVReader;
 struct VoCSVFormat;
 
 namespace vo::detail {
-
-using vo::csv::DetectedType;
-using vo::csv::DetectedValue;
 
 /// The value of a field of the reader's row: a String when it stands in quotes or when types are not detected.
 VoVariant FieldValue(const VoCSVReader& reader, std::size_t field, bool detectTypes, const VoCSVFormat& format);

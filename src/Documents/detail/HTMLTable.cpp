@@ -8,6 +8,7 @@
 #include <Core/detail/NumberText.h>
 #include <Core/detail/UTF8.h>
 #include <Documents/VoCSVFormat.h>
+#include <Documents/VoCSVValues.h>
 #include <Documents/VoDataTableItem.h>
 #include <Documents/detail/CSVText.h>
 
@@ -83,7 +84,7 @@ bool LooksLikeAnother(const VoVariant& value)
 {
     return value.type() == VoVariant::String &&
            (IsBlankText(value.asString().toStdString()) ||
-            DetectedType(value.asString().toStdString(), VoCSVFormat()) != VoVariant::String);
+            csv::DetectedType(value.asString().toStdString(), VoCSVFormat()) != VoVariant::String);
 }
 
 void AppendItem(std::string& html, const VoDataTableItem& item, std::size_t columnSpan, bool isHeader)
@@ -363,7 +364,7 @@ private:
         if (isHeader)
             return string;
         const bool isRounded = m_values.size() == 1 && !tag.number.empty();
-        return DetectedValue(isRounded ? std::string_view(tag.number) : trimmed, VoCSVFormat());
+        return csv::DetectedValue(isRounded ? std::string_view(tag.number) : trimmed, VoCSVFormat());
     }
 
     std::vector<std::string> m_values = {std::string()};

@@ -1,6 +1,6 @@
 #include <Shell/detail/AlignedText.h>
 
-#include <Core/detail/Printable.h>
+#include <Core/VoPrintable.h>
 
 #include <algorithm>
 

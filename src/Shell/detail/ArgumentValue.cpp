@@ -2,7 +2,7 @@
 
 #include <Application/detail/VariantText.h>
 #include <Core/VoPair.h>
-#include <Core/detail/Printable.h>
+#include <Core/VoPrintable.h>
 #include <Documents/VoCSVFormat.h>
 #include <Documents/VoCSVValues.h>
 #include <FileSystem/VoDirectoryPath.h>

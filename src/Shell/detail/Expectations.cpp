@@ -2,11 +2,11 @@
 
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
-#include <Core/detail/Printable.h>
+#include <Core/VoPrintable.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativePath.h>
-#include <IO/detail/WholeFile.h>
+#include <IO/VoWholeFile.h>
 #include <Shell/VoFunctionRegistry.h>
 #include <Shell/detail/ShellInterpreter.h>
 

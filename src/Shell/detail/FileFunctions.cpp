@@ -4,7 +4,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <IO/detail/WholeFile.h>
+#include <IO/VoWholeFile.h>
 #include <Shell/VoFunctionRegistry.h>
 #include <Shell/detail/LibraryFunctions.h>
 #include <Shell/detail/TableMaker.h>

@@ -4,7 +4,7 @@
 #include <Application/VoValueDefinition.h>
 #include <Core/VoException.h>
 #include <FileSystem/detail/NativePath.h>
-#include <IO/detail/WholeFile.h>
+#include <IO/VoWholeFile.h>
 #include <Shell/VoScriptException.h>
 #include <Shell/detail/AlignedText.h>
 #include <Shell/detail/ArgumentValue.h>
