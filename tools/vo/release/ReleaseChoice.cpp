@@ -157,6 +157,21 @@ updater::TrustedReleases OpenTrusted(const Session& session, const VoLocation& l
 
 namespace {
 
+// A refusal names what it refuses; whatever else goes wrong is told of the definition.
+updater::TrustedReleases::Release OpenDefinition(const Session& session, const updater::TrustedReleases& releases,
+                                                 const Declaration& declaration)
+{
+    try {
+        return releases.open(declaration);
+    } catch (const VoValidationException&) {
+        throw;
+    } catch (...) {
+        const Arguments& arguments = session.arguments;
+        const VoLocation definition = declaration.definition(arguments.locationArgument(0));
+        throw ToldFailure(arguments, "read", NameOf(arguments, definition));
+    }
+}
+
 ChosenRelease OpenDeclared(const Session& session, const updater::TrustedReleases& releases)
 {
     const Arguments& arguments = session.arguments;
@@ -164,7 +179,7 @@ ChosenRelease OpenDeclared(const Session& session, const updater::TrustedRelease
     const VoUUID packageID = ChoosePackage(declared, arguments.identifier("package"));
     const auto wanted = arguments.release("release");
     const Declaration& declaration = wanted ? ChooseRelease(declared, packageID, wanted) : releases.newest(packageID);
-    auto opened = releases.open(declaration);
+    auto opened = OpenDefinition(session, releases, declaration);
     ChosenRelease chosen{opened.definition, std::move(opened.package), std::move(opened.proof), {}};
     for (const Declaration& other : declared.declarations()) {
         const bool isNewer = other.packageID() == packageID && other.version() > declaration.version();
