@@ -421,7 +421,8 @@ TEST_F(InstalledPackagesTest, AnotherProcessThatInstallsIsWaitedForByNobody)
 TEST_F(InstalledPackagesTest, WhatKilledProcessesLeftBesideTheRegistryIsRemoved)
 {
     const VoDirectoryPath installed = VoUpdater::InstalledListingDirectory();
-    for (const char* left : {"packages.xml.tmpAbCdEf", "an-id.xml.tmp123456", "an-id.pending.tmpZZZZZZ"})
+    for (const char* left :
+         {"packages.xml.tmpabcdefghijkl", "an-id.xml.tmpzzzzzzzzzzzz", "an-id.pending.tmpaaaaaaaaaaaa"})
         WriteBytes(installed.file(left), "half");
     for (const char* kept : {"another.xml", "notes.txt", "x.tmp", "y.xml.tmp", "z.xml.tmp1.xml"})
         WriteBytes(installed.file(kept), "whole");

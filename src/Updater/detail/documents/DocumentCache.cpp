@@ -8,7 +8,7 @@
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoUrl.h>
 #include <FileSystem/detail/NativePath.h>
-#include <IO/VoFileDevice.h>
+#include <IO/VoWholeFile.h>
 #include <Updater/VoUpdater.h>
 #include <Updater/detail/documents/Log.h>
 
@@ -37,14 +37,6 @@ VoDirectoryPath Directory()
 VoChecksum ChecksumOf(const std::string& bytes)
 {
     return VoChecksum(QByteArray::fromRawData(bytes.data(), static_cast<int>(bytes.size())));
-}
-
-std::string ReadWhole(const VoFilePath& path)
-{
-    VoFileDevice device(path);
-    if (!device.open(VoIODevice::Read))
-        return std::string();
-    return device.readAll().toStdString();
 }
 
 // Whatever goes wrong, the document is fetched as if there were no cache.
@@ -93,9 +85,9 @@ DocumentCache::DocumentCache(const VoUrl& url)
 
 std::optional<DocumentCache::Entry> DocumentCache::read() const
 {
-    if (!VoFileSystem::Exists(m_path) || VoFileSystem::FileSize(m_path) > 2 * MostBytes)
+    if (!VoFileSystem::Exists(m_path))
         return std::nullopt;
-    const std::string bytes = ReadWhole(m_path);
+    const std::string bytes = ReadWholeFile(m_path, 2 * MostBytes).value_or(std::string());
     const std::size_t tagEnd = bytes.find('\n');
     const std::size_t digestEnd = tagEnd == std::string::npos ? tagEnd : bytes.find('\n', tagEnd + 1);
     if (digestEnd == std::string::npos)
@@ -126,12 +118,14 @@ void DocumentCache::keep(const VoString& tag, const VoFilePath& document) const
     if (m_path.isNull() || tag.isEmpty())
         return;
     Quietly("Document cannot be kept: ", [&] {
-        const std::string bytes = ReadWhole(document);
-        const std::string head = tag.toStdString() + "\n" + ChecksumOf(bytes).toString().toStdString() + "\n";
+        const auto bytes = ReadWholeFile(document, MostBytes);
+        if (!bytes)
+            return;
+        const std::string head = tag.toStdString() + "\n" + ChecksumOf(*bytes).toString().toStdString() + "\n";
         VoFileSystem::CreateDirectory(m_path.parent(), true);
         VoAtomicFileWriter writer(m_path);
         writer.write(head.data(), head.size());
-        writer.write(bytes.data(), bytes.size());
+        writer.write(bytes->data(), bytes->size());
         writer.commit(VoAtomicFileWriter::Durability::LeftToSystem);
         Prune();
     });

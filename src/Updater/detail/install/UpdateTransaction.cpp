@@ -13,6 +13,7 @@
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/files/FileInstaller.h>
+#include <Updater/detail/files/KeptFile.h>
 #include <Updater/detail/files/PathIndex.h>
 #include <Updater/detail/registry/FileOwners.h>
 
@@ -207,16 +208,16 @@ void UpdateTransaction::findRemovals()
         if (places.find(path))
             continue;
         if (!inside.holds(path)) {
-            Log().warning("File outside the installation directory kept: " + path.path());
+            LogKeptOutside(path.path());
             continue;
         }
         const FileKind kind = KindOf(path);
         if (kind == FileKind::None)
             continue;
         if (kind == FileKind::Directory)
-            Log().warning("Directory kept in place of removed file: " + path.path());
+            LogKeptDirectory(path.path());
         else if (const FileOwners::Owned* owned = m_owners.find(path))
-            Log().diagnostic("File kept, it belongs to package " + owned->packageID.toString() + ": " + path.path());
+            LogKeptFor(owned->packageID, path.path());
         else if (m_removed.insert(Key(path)).second)
             m_removals.pushBack(path);
     }

@@ -8,6 +8,7 @@
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/KeptFile.h>
 #include <Updater/detail/registry/FileOwners.h>
 
 #include <algorithm>
@@ -63,13 +64,13 @@ void Uninstaller::removeFiles(const VoStopFlag& stop)
         const VoString& path = file.path().path();
         const bool isDone = attempt("File cannot be removed: ", path, [&] {
             if (!inside.holds(file.path()))
-                Log().warning("File outside the installation directory kept: " + path);
+                LogKeptOutside(path);
             else if (const FileOwners::Owned* owned = owners.find(file.path()))
-                Log().diagnostic("File kept, it belongs to package " + owned->packageID.toString() + ": " + path);
+                LogKeptFor(owned->packageID, path);
             else if (EraseFile(file.path()))
                 Log().diagnostic("File removed: " + path + " for package " + m_packageID.toString());
             else
-                Log().warning("Directory kept in place of removed file: " + path);
+                LogKeptDirectory(path);
         });
         if (!isDone)
             m_remaining.pushBack(file);

@@ -3,6 +3,7 @@
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
 #include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/TemporaryName.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/ReleaseManifest.h>
 #include <Updater/detail/documents/PackageValidator.h>
@@ -34,19 +35,6 @@ bool StartsWith(std::string_view text, std::string_view start)
 std::string NameOf(const VoFilePath& file)
 {
     return VoString(file.filename()).toStdString();
-}
-
-// Without what the atomic writer adds to the name of a file that it has not finished; empty when nothing was added.
-std::string_view Unfinished(std::string_view name)
-{
-    constexpr std::size_t letters = 12;
-    constexpr std::string_view mark = ".tmp";
-    if (name.size() <= mark.size() + letters)
-        return {};
-    const std::string_view end = name.substr(name.size() - letters);
-    const bool isRandom = std::all_of(end.begin(), end.end(), [](char c) { return c >= 'a' && c <= 'z'; });
-    const std::string_view start = name.substr(0, name.size() - letters);
-    return isRandom && EndsWith(start, mark) ? start.substr(0, start.size() - mark.size()) : std::string_view();
 }
 
 bool IsChunk(std::string_view name)
@@ -170,7 +158,7 @@ void Clearance::findInRelease(const VoDirectoryPath& release, const std::functio
     const std::set<std::string> chunks = chunksOf(release);
     VoFileSystem::ForEachFile(release, false, false, [&](const VoFilePath& file) {
         const std::string name = NameOf(file);
-        if (IsDefinition(name) ? !isKept(file) : IsDefinition(Unfinished(name)))
+        if (IsDefinition(name) ? !isKept(file) : IsDefinition(vo::detail::SiblingOf(name)))
             tell(file);
     });
     const VoDirectoryPath directory = release.directory(Layout::ChunksDirectory);
@@ -178,7 +166,7 @@ void Clearance::findInRelease(const VoDirectoryPath& release, const std::functio
         return;
     VoFileSystem::ForEachFile(directory, false, false, [&](const VoFilePath& file) {
         const std::string name = NameOf(file);
-        if (IsChunk(name) ? chunks.count(Folded(VoString(name))) == 0 : IsChunk(Unfinished(name)))
+        if (IsChunk(name) ? chunks.count(Folded(VoString(name))) == 0 : IsChunk(vo::detail::SiblingOf(name)))
             tell(file);
     });
 }
@@ -186,7 +174,8 @@ void Clearance::findInRelease(const VoDirectoryPath& release, const std::functio
 void Clearance::find(const std::function<void(const VoFilePath&)>& tell) const
 {
     VoFileSystem::ForEachFile(m_folder, false, false, [&](const VoFilePath& file) {
-        const std::string whole(Unfinished(NameOf(file)));
+        const std::string name = NameOf(file);
+        const std::string_view whole = vo::detail::SiblingOf(name);
         if (EndsWith(whole, ".xml") || EndsWith(whole, ".minisig"))
             tell(file);
     });

@@ -5,11 +5,11 @@
 #include <Core/VoFileException.h>
 #include <Core/detail/Sha3Hasher.h>
 #include <FileSystem/VoFileSystem.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/detail/documents/DocumentPlace.h>
 #include <Updater/detail/documents/KeyChain.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
 
 #include <algorithm>
@@ -50,7 +50,7 @@ void Attempt(const char* what, Step step) noexcept
     try {
         step();
     } catch (...) {
-        vo::logging::Logger::Get("update builder").error(what + CurrentExceptionText());
+        PublishingLog().error(what + CurrentExceptionText());
     }
 }
 

@@ -6,8 +6,8 @@
 #include <Core/VoUUID.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativePath.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
 
 #include <filesystem>
@@ -33,8 +33,7 @@ void TakeBack(const VoString& what, Step step) noexcept
     try {
         step();
     } catch (...) {
-        vo::logging::Logger::Get("update builder")
-            .error("Failed publication cannot be removed: " + what + ": " + CurrentExceptionText());
+        PublishingLog().error("Failed publication cannot be removed: " + what + ": " + CurrentExceptionText());
     }
 }
 

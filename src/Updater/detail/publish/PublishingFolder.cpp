@@ -5,7 +5,7 @@
 #include <Core/VoString.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <Subsystem/VoLogging.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
 
 namespace vo::updater::detail {
@@ -51,8 +51,8 @@ std::pair<std::uint64_t, std::uint64_t> RemoveDeadFolders(bool onlyLook)
             ++removed.first;
             removed.second += bytes;
         } catch (const VoException&) {
-            vo::logging::Logger::Get("update builder")
-                .diagnostic("Temporary folder left as it is: " + folder.path() + ": " + CurrentExceptionText());
+            PublishingLog().diagnostic("Temporary folder left as it is: " + folder.path() + ": " +
+                                       CurrentExceptionText());
         }
     });
     return removed;

@@ -5,6 +5,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/FileLock.h>
+#include <FileSystem/detail/TemporaryName.h>
 #include <Updater/detail/documents/Attributes.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
@@ -26,18 +27,13 @@ VoUniquePtr<Registry> Load(const VoFilePath& path)
     return DynamicCast<Registry>(LoadDocument(loader, path, VoString()));
 }
 
-// "<a document of ours>.tmp<letters>", as the atomic writer names what it has not committed.
+// Whether the atomic writer has begun it for a document of ours.
 bool IsTemporaryDocument(std::string_view name, std::initializer_list<std::string_view> suffixes)
 {
-    constexpr std::string_view mark = ".tmp";
-    const std::size_t start = name.rfind('.');
-    if (start == std::string_view::npos || start == 0 || name.compare(start, mark.size(), mark) != 0)
-        return false;
-    const std::string_view document = name.substr(0, start);
-    const auto isEnd = [document](std::string_view suffix) {
+    const std::string_view document = vo::detail::SiblingOf(name);
+    return std::any_of(suffixes.begin(), suffixes.end(), [document](std::string_view suffix) {
         return document.size() > suffix.size() && document.substr(document.size() - suffix.size()) == suffix;
-    };
-    return name.size() > start + mark.size() && std::any_of(suffixes.begin(), suffixes.end(), isEnd);
+    });
 }
 
 } // namespace

@@ -5,13 +5,13 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/FileLock.h>
-#include <Subsystem/VoLogging.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/PackageDifferences.h>
 #include <Updater/VoUntrustedReleaseException.h>
 #include <Updater/VoUpdater.h>
 #include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/FileActions.h>
@@ -147,8 +147,8 @@ void RaisePin(const TrustPin& seen)
         if (isLater && pin->raise(seen))
             Write(*pin);
     } catch (const VoException&) {
-        vo::logging::Logger::Get("updater").warning("What was seen of package " + seen.packageID.toString() +
-                                                    " cannot be remembered: " + CurrentExceptionText());
+        Log().warning("What was seen of package " + seen.packageID.toString() +
+                      " cannot be remembered: " + CurrentExceptionText());
     }
 }
 
