@@ -72,6 +72,10 @@ struct VOCORE_EXPORT VoDownloadPolicy
     VoTimeDuration lowestRateTime = VoSeconds(60);  ///< What the speed is the average of.
     /// @}
 
+    /// The most that all files of the download take together, as an average; half a second's worth may come at once.
+    /// More waits on its way, which is not held against the server's speed. No limit when it is not positive.
+    VoTransferRate highestRate;
+
     /// The most bytes that a file may have, checked against what the server announces, what comes, and what that
     /// becomes when it comes compressed; unknown is no limit. More fails with "Download larger than allowed: " and the
     /// URL.

@@ -4,6 +4,7 @@
 #include <Download/VoDownloadNotification.h>
 #include <Download/VoDownloadPolicy.h>
 #include <Download/detail/DownloadFailure.h>
+#include <Download/detail/RateLimit.h>
 #include <Download/detail/SpeedFloor.h>
 #include <Download/detail/VoDownloadMonitors.h>
 #include <Download/detail/VoRedirectPolicy.h>
@@ -131,6 +132,31 @@ TEST(DownloadPolicy, TheLowestSpeedIsAnAverageOverEachSpan)
         }
         EXPECT_EQ(below, row.below) << row.name;
     }
+}
+
+TEST(DownloadPolicy, TheHighestSpeedHoldsOnAverageWithABurstOfHalfASecond)
+{
+    vo::detail::RateLimit limit(VoTransferRate(2000));
+    const struct
+    {
+        std::int64_t now; // in milliseconds
+        std::int64_t allowed;
+        std::int64_t taken;
+    } rows[] = {
+        {70000, 1000, 400},    {70000, 600, 600},        {70000, 0, 0}, {70001, 2, 2}, {70101, 200, 0},
+        {9999999, 1000, 1000}, {9999999 + 500, 1000, 1},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(limit.allowed(row.now), row.allowed) << row.now;
+        limit.took(row.taken);
+    }
+    EXPECT_EQ(limit.readAhead(1000000), 4096) << "less than that only costs time";
+    EXPECT_EQ(vo::detail::RateLimit(VoTransferRate(100000)).readAhead(1000000), 50000);
+
+    vo::detail::RateLimit none{VoTransferRate()};
+    none.took(none.allowed(0));
+    EXPECT_GT(none.allowed(0), 1000000000) << "no limit is used up";
+    EXPECT_EQ(none.readAhead(1000000), 1000000);
 }
 
 TEST(DownloadPolicy, MirrorsReplaceTheBeginningOfUrlsAtABoundary)

@@ -29,6 +29,7 @@
 #include <QtCore/QTimer>
 #include <QtNetwork/QNetworkAccessManager>
 #include <atomic>
+#include <chrono>
 #include <iostream>
 #include <thread>
 
@@ -219,6 +220,24 @@ TEST_F(DownloadManager, ProgressOfAGroupOnlyGrowsAndIsExactAtTheEndAlthoughFiles
         EXPECT_EQ(m_folder.read(std::to_string(i)), std::string(50000, static_cast<char>('A' + i)));
         EXPECT_EQ(m_server.count("GET", "/" + std::to_string(i)), i % 10 == 0 ? 2U : 1U) << "only what failed again";
     }
+}
+
+// Only the shortest time is certain: 300 KB, of which 150 KB may come at once, at 300 KB/s.
+TEST_F(DownloadManager, AGroupKeepsToItsHighestRateTogether)
+{
+    auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
+    for (const char* const name : {"a", "b", "c"}) {
+        m_server.get(std::string("/") + name, ScriptedAnswer::Body(std::string(100000, *name)));
+        group->add(url(std::string("/") + name), m_folder.path(name));
+    }
+    VoDownloadPolicy policy;
+    policy.highestRate = VoTransferRate(300000);
+    group->setPolicy(policy);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(group); }), "");
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(490));
+    for (const char* const name : {"a", "b", "c"})
+        EXPECT_EQ(m_folder.read(name), std::string(100000, *name));
 }
 
 TEST_F(DownloadManager, RetriesOnlyWhatMayPassAndHonoursRetryAfter)

@@ -170,14 +170,15 @@ std::optional<DownloadFailure> DownloadFile::checkSize(std::int64_t bytes) const
     return std::nullopt;
 }
 
-std::optional<DownloadFailure> DownloadFile::take(QNetworkReply& reply, std::vector<char>& buffer)
+std::optional<DownloadFailure> DownloadFile::take(QNetworkReply& reply, std::vector<char>& buffer, std::int64_t limit)
 {
     if (m_isUnchanged)
         return std::nullopt;
     try {
         if (!m_streamer)
             m_streamer = std::make_unique<VoDownloadStreamer>(m_path, m_coding, m_limit.bytes());
-        while (const std::int64_t count = m_streamer->take(reply, buffer)) {
+        while (const std::int64_t count = m_streamer->take(reply, buffer, limit)) {
+            limit -= count;
             m_monitor->bytesReceived(count);
             if (auto refusal = checkSize(m_monitor->received()))
                 return refusal;

@@ -73,8 +73,8 @@ public:
     bool isUnchanged() const { return m_isUnchanged; } ///< The caller has this version already.
     const VoString& tag() const { return m_tag; } ///< This version's; only where the caller may ask for changes of it.
 
-    /// Takes all that has come of the body.
-    std::optional<DownloadFailure> take(QNetworkReply& reply, std::vector<char>& buffer);
+    /// Takes what has come of the body, at most `limit` bytes of it.
+    std::optional<DownloadFailure> take(QNetworkReply& reply, std::vector<char>& buffer, std::int64_t limit);
     /// Checks that the body is whole and puts it in its place.
     std::optional<DownloadFailure> finish();
     void reset(); ///< Lets go of what has come, but for the counters.

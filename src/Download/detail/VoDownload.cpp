@@ -49,6 +49,8 @@ int SpeedInterval(const VoDownloadPolicy& policy)
     return static_cast<int>(std::clamp(shortest / 4, qint64{10}, qint64{1000}));
 }
 
+constexpr int ResumeInterval = 100; // milliseconds; shorter than the burst that the limit allows
+
 // The framework counts connections by scheme, host and port.
 QString ConnectionName(const QUrl& url)
 {
@@ -72,6 +74,7 @@ struct VoDownload::Transfer
     QString connection;      // what the running request holds; empty without one
     qint64 lastActivity = 0; // when it was sent, or something came last
     SpeedFloor floor;
+    bool isPaused = false;
     QTimer retryTimer;
 };
 
@@ -79,11 +82,14 @@ VoDownload::VoDownload(QObject* parent, const VoUUID& id, const VoDownloadPolicy
     : QObject(nullptr)
     , m_id(id)
     , m_policy(policy)
+    , m_limit(policy.highestRate)
 {
     if (!qobject_cast<VoDownloadManagerImpl*>(parent))
         throw VoDownloadException("Download must have a parent manager");
     setParent(parent);
     m_clock.start();
+    connect(&m_resumeTimer, &QTimer::timeout, this, [this] { guarded([this] { resume(); }); });
+    m_resumeTimer.setSingleShot(true);
     connect(&m_speedTimer, &QTimer::timeout, this, [this] { guarded([this] { checkSpeed(); }); });
 }
 
@@ -218,7 +224,7 @@ QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method, const Vo
     }
     QNetworkReply* const reply = method == Method::Head ? network->head(request) : network->get(request);
     if (method == Method::Get)
-        reply->setReadBufferSize(ReadBufferSize);
+        reply->setReadBufferSize(m_limit.readAhead(ReadBufferSize));
     return reply;
 }
 
@@ -268,6 +274,8 @@ void VoDownload::release(Transfer& transfer)
 {
     transfer.retryTimer.stop();
     transfer.file.reset();
+    transfer.isPaused = false;
+    m_paused.erase(std::remove(m_paused.begin(), m_paused.end(), &transfer), m_paused.end());
     const QString connection = std::exchange(transfer.connection, QString());
     QNetworkReply* const reply = transfer.reply;
     transfer.reply.clear();
@@ -352,13 +360,47 @@ bool VoDownload::accept(Transfer& transfer, QNetworkReply& reply)
 
 bool VoDownload::take(Transfer& transfer, QNetworkReply& reply)
 {
-    return !failedBy(transfer, transfer.file.take(reply, manager()->buffer()));
+    const std::int64_t before = transfer.file.monitor().received();
+    const auto failure = transfer.file.take(reply, manager()->buffer(), m_limit.allowed(m_clock.elapsed()));
+    m_limit.took(transfer.file.monitor().received() - before);
+    if (failedBy(transfer, failure))
+        return false;
+    if (m_limit.isOn() && reply.bytesAvailable() > 0 && !transfer.file.isUnchanged())
+        pause(transfer);
+    return true;
+}
+
+// What is not read fills the reply's buffer, then the connection's, and then the server waits.
+void VoDownload::pause(Transfer& transfer)
+{
+    transfer.isPaused = true;
+    m_paused.push_back(&transfer);
+    if (!m_resumeTimer.isActive())
+        m_resumeTimer.start(ResumeInterval);
+}
+
+// Who has to pause again goes to the end of the row, and who had no turn stays before it: all come to theirs.
+void VoDownload::resume()
+{
+    while (!m_ended && !m_paused.empty() && m_limit.allowed(m_clock.elapsed()) > 0) {
+        Transfer& transfer = *m_paused.front();
+        m_paused.pop_front();
+        transfer.isPaused = false;
+        if (!transfer.reply)
+            continue;
+        if (transfer.reply->isFinished())
+            onFinished(*transfer.reply);
+        else
+            onReadyRead(*transfer.reply);
+    }
+    if (!m_ended && !m_paused.empty())
+        m_resumeTimer.start(ResumeInterval);
 }
 
 void VoDownload::onReadyRead(QNetworkReply& reply)
 {
     Transfer* const transfer = transferOf(&reply);
-    if (!transfer)
+    if (!transfer || transfer->isPaused)
         return;
     touch(*transfer);
     if (accept(*transfer, reply) && take(*transfer, reply))
@@ -373,11 +415,11 @@ void VoDownload::onFinished(QNetworkReply& reply)
     touch(*transfer);
     if (reply.error() != QNetworkReply::NoError)
         failed(*transfer, vo::detail::NetworkFailure(reply, transfer->file.target()));
-    else if (!accept(*transfer, reply))
+    else if (transfer->isPaused || !accept(*transfer, reply))
         return;
     else if (transfer->file.method() == Method::Head)
         headerReceived(*transfer, reply);
-    else if (take(*transfer, reply) && !failedBy(*transfer, transfer->file.finish()))
+    else if (take(*transfer, reply) && !transfer->isPaused && !failedBy(*transfer, transfer->file.finish()))
         complete(*transfer);
 }
 
@@ -439,10 +481,15 @@ std::optional<VoDownloadException> VoDownload::slowness(Transfer& transfer, qint
 {
     if (!transfer.reply)
         return std::nullopt;
+    const std::int64_t received = transfer.file.monitor().received();
+    if (transfer.isPaused) {
+        transfer.lastActivity = now;
+        transfer.floor.restart(now, received);
+        return std::nullopt;
+    }
     const qint64 timeout = Milliseconds(m_policy.stallTimeout);
     if (timeout > 0 && now - transfer.lastActivity > timeout)
         return VoDownloadException("Download timed out", Kind::Transient);
-    const std::int64_t received = transfer.file.monitor().received();
     if (!transfer.file.isAccepted())
         transfer.floor.restart(now, received);
     else if (transfer.floor.isBelow(now, received))
@@ -521,6 +568,7 @@ void VoDownload::end(const VoDownloadException* failure)
     if (std::exchange(m_ended, true))
         return;
     m_speedTimer.stop();
+    m_resumeTimer.stop();
     filesEnded();
     VoDownloadManagerImpl* const impl = manager();
     if (impl)

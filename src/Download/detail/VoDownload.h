@@ -7,6 +7,7 @@
 #include <Download/detail/DownloadFailure.h>
 #include <Download/detail/DownloadFile.h>
 #include <Download/detail/DownloadTicket.h>
+#include <Download/detail/RateLimit.h>
 #include <Download/detail/VoDownloadMonitors.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoUrl.h>
@@ -17,6 +18,7 @@
 #include <QtCore/QTimer>
 #include <QtCore/QUrl>
 
+#include <deque>
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -87,6 +89,8 @@ private:
     void release(Transfer& transfer);
     void giveUp(QNetworkReply& reply);
     void touch(Transfer& transfer);
+    void pause(Transfer& transfer);
+    void resume();
     Transfer* transferOf(QNetworkReply* reply) const;
 
     void onRedirected(QNetworkReply& reply, const QUrl& target);
@@ -116,6 +120,10 @@ private:
     std::unordered_map<QNetworkReply*, Transfer*> m_replies; // those whose signals are heard
     std::size_t m_outstanding = 0;                           // files that the running phase waits for
     bool m_ended = false;
+
+    vo::detail::RateLimit m_limit;
+    std::deque<Transfer*> m_paused; // by the limit, in the order in which they go on
+    QTimer m_resumeTimer;
 
     QTimer m_speedTimer;
     QElapsedTimer m_clock;

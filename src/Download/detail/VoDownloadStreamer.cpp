@@ -5,6 +5,7 @@
 #include <Download/VoDownloadException.h>
 
 #include <QtCore/QIODevice>
+#include <algorithm>
 
 namespace {
 
@@ -30,9 +31,10 @@ VoDownloadStreamer::VoDownloadStreamer(const VoFilePath& path, Coding coding, st
     Attempt([&] { m_writer.emplace(path); }, "Cannot open file for writing: ", path);
 }
 
-std::int64_t VoDownloadStreamer::take(QIODevice& body, std::vector<char>& buffer)
+std::int64_t VoDownloadStreamer::take(QIODevice& body, std::vector<char>& buffer, std::int64_t limit)
 {
-    const qint64 count = body.read(buffer.data(), static_cast<qint64>(buffer.size()));
+    const auto most = std::min(limit, static_cast<std::int64_t>(buffer.size()));
+    const qint64 count = most > 0 ? body.read(buffer.data(), most) : 0;
     if (count <= 0)
         return 0; // a failed reply tells that by its own error
     const auto size = static_cast<std::size_t>(count);

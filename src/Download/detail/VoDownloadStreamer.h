@@ -27,10 +27,10 @@ public:
     /// @throws VoDownloadException "Cannot open file for writing: " + path
     VoDownloadStreamer(const VoFilePath& path, Coding coding, std::int64_t most);
 
-    /// Takes what `body` has, at most as much as `buffer` holds, and gives the number of bytes as they came: 0 when
-    /// nothing is there.
+    /// Takes what `body` has, at most `limit` bytes and as much as `buffer` holds, and gives the number of bytes as
+    /// they came: 0 when nothing is there.
     /// @throws VoDownloadException "Cannot write to file: " + path
-    std::int64_t take(QIODevice& body, std::vector<char>& buffer);
+    std::int64_t take(QIODevice& body, std::vector<char>& buffer, std::int64_t limit);
 
     std::int64_t written() const noexcept { return m_written; } ///< The bytes of the file so far.
     bool isDamaged() const noexcept { return m_isDamaged; }     ///< What came is not in the coding.

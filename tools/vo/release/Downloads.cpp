@@ -12,11 +12,13 @@
 #include <QtCore/QFile>
 #include <QtNetwork/QSslCertificate>
 #include <QtNetwork/QSslConfiguration>
+#include <limits>
 
 namespace vo::tool {
 namespace {
 
 constexpr std::int64_t UsualRetries = 3;
+constexpr std::uint64_t LowestLimit = 1024; // bytes a second; below, a body is more headers than content
 
 /// Adds certificate authorities to those that the system trusts.
 void Trust(const VoFilePath& authorities)
@@ -60,6 +62,7 @@ std::vector<Option> DownloadOptions()
     return {
         {"retries", "N", "try what fails for a reason that may pass N times more, instead of 3"},
         {"mirror", "URL", "where else the folder of the named document is to be had"},
+        {"limit-rate", "BYTES", "take at most so many bytes a second, such as 500K"},
         {"redirect-host", "HOST", "follow redirects to this host"},
         {"redirect-domain", "DOMAIN", "follow redirects to hosts of this domain"},
         {"ca-file", "FILE", "trust the certificate authorities in this file too (PEM)"},
@@ -70,6 +73,8 @@ VoDownloadPolicy PrepareDownloads(const Arguments& arguments, Console& console, 
 {
     VoDownloadPolicy policy;
     policy.retries = static_cast<unsigned>(arguments.integer("retries", UsualRetries, 0, 100));
+    policy.highestRate = VoTransferRate(
+        static_cast<double>(arguments.bytes("limit-rate", 0, LowestLimit, std::numeric_limits<std::int64_t>::max())));
     policy.onReceived = [&counts](const VoDownloadReceipt& receipt) {
         counts.documentBytes += static_cast<std::uint64_t>(receipt.transferred);
     };
