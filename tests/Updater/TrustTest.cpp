@@ -305,6 +305,27 @@ TEST_F(TrustAttack, AnotherPublishersPackageTakesNoInstalledOneOver)
     EXPECT_EQ(unsignedRelease(), "");
 }
 
+TEST_F(TrustAttack, ADefinitionIsCheckedWithTheManifestFourNamesFurtherUp)
+{
+    mount(second);
+    const std::string name = definitionOf(second, "2.0.0.0");
+    const VoFilePath onDisk = declarations().parent().appended(VoFilePath(name.c_str()));
+    const auto installAs = [&](const VoLocation& definition) {
+        wipe();
+        return told([&] { return installFrom(TrustedReleases::Open(definition, at(Day(2)), VoStopFlag())); });
+    };
+    const VoUrl url(server.url("/" + name).c_str());
+    for (const VoLocation& definition : {VoLocation(onDisk), VoLocation(url)}) {
+        EXPECT_EQ(installAs(definition), "") << definition;
+        EXPECT_EQ(installed(), New.at("program")) << definition;
+    }
+    const std::string flipped = Flipped(second[name], "checksum=\"");
+    WriteBytes(onDisk, flipped);
+    server.get("/" + name, ScriptedAnswer::Body(flipped));
+    for (const VoLocation& definition : {VoLocation(onDisk), VoLocation(url)})
+        EXPECT_THAT(installAs(definition), HasSubstr("Document is not the one that the manifest lists")) << definition;
+}
+
 TEST_F(TrustAttack, WhatWasVerifiedIsAskedForAgainUnderTheLock)
 {
     const VoFilePath document = declarations();

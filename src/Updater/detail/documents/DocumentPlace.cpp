@@ -3,13 +3,13 @@
 #include <Core/VoFileException.h>
 #include <Download/VoDownloadException.h>
 #include <Download/detail/DownloadFailure.h>
-#include <FileSystem/VoFileSystem.h>
-#include <FileSystem/VoTemporaryFile.h>
+#include <FileSystem/VoUrl.h>
+#include <Updater/ReleaseManifest.h>
 #include <Updater/detail/documents/RemoteDocument.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace vo::updater::detail {
 
@@ -21,15 +21,37 @@ bool SaysMissing(const VoDownloadException& failure)
     return failure.httpStatus() == 403 || failure.httpStatus() == 404 || failure.httpStatus() == 410;
 }
 
+VoFilePath NameOf(const VoLocation& document)
+{
+    return VoFilePath(document.isUrl() ? document.url().filename() : VoString(document.file().filename()));
+}
+
+// The folder of a document, without its last separator: beside it are the documents of the folder above.
+VoLocation FolderOf(const VoLocation& document)
+{
+    const VoString folder = document.isUrl() ? document.url().parent().toString() : document.file().parent().path();
+    if (folder.size() <= 1)
+        return VoFilePath();
+    VoString name = folder.substring(0, folder.size() - 1).toString();
+    return document.isUrl() ? VoLocation(VoUrl(name)) : VoFilePath::CreateUnchecked(std::move(name));
+}
+
+VoString PathOf(const VoLocation& location)
+{
+    return location.isUrl() ? location.url().path() : location.toString();
+}
+
 } // namespace
 
 DocumentPlace::DocumentPlace(const VoDirectoryPath& folder)
-    : m_folder(folder)
+    : m_document(folder.file(ReleaseManifest::FileName))
 {
 }
 
-DocumentPlace::DocumentPlace(const VoUrl& folder, const VoStopFlag& stop, const VoDownloadPolicy& downloads)
-    : m_folder(folder)
+DocumentPlace::DocumentPlace(const VoLocation& document, const VoStopFlag& stop, const VoDownloadPolicy& downloads)
+    : m_document(document)
+    , m_openedName(NameOf(document))
+    , m_opened(document)
     , m_stop(stop)
     , m_downloads(downloads)
 {
@@ -38,34 +60,26 @@ DocumentPlace::DocumentPlace(const VoUrl& folder, const VoStopFlag& stop, const 
 std::pair<DocumentPlace, VoFilePath> DocumentPlace::Of(const VoLocation& document, const VoStopFlag& stop,
                                                        const VoDownloadPolicy& downloads)
 {
-    if (!document.isUrl())
-        return {DocumentPlace(document.file().parent()), VoFilePath(VoString(document.file().filename()))};
-    DocumentPlace place(document.url().parent(), stop, downloads);
-    place.m_openedName = VoFilePath(document.url().filename());
-    place.m_opened = document;
+    DocumentPlace place(document, stop, downloads);
     return {place, place.m_openedName};
 }
 
 DocumentPlace DocumentPlace::parent() const
 {
     DocumentPlace above = *this;
-    if (const VoUrl* url = std::get_if<VoUrl>(&m_folder))
-        above.m_folder = url->parent();
-    else
-        above.m_folder = std::get<VoDirectoryPath>(m_folder).parent();
+    above.m_document = FolderOf(m_document);
     return above;
 }
 
 std::pair<DocumentPlace, VoFilePath> DocumentPlace::ofPublication(const VoFilePath& definition) const
 {
-    DocumentPlace above = parent().parent().parent();
-    const VoUrl* url = std::get_if<VoUrl>(&m_folder);
     if (definition.isNull())
         return {*this, definition};
-    std::string text = (url ? url->appended(definition).path() : nameOf(definition)).toStdString();
+    DocumentPlace above = parent().parent().parent();
     const VoFilePath packages(Layout::PackagesDirectory);
-    const std::string start = (url ? above.locationOf(packages).url().path() : above.nameOf(packages)).toStdString();
-    const char separator = url ? '/' : '\\';
+    std::string text = PathOf(m_document.beside(definition)).toStdString();
+    const std::string start = PathOf(above.m_document.beside(packages)).toStdString();
+    const char separator = m_document.isUrl() ? '/' : '\\';
     if (text.compare(0, start.size() + 1, start + separator) != 0)
         return {*this, definition};
     text.erase(0, start.size() - packages.path().size());
@@ -77,9 +91,7 @@ VoLocation DocumentPlace::locationOf(const VoFilePath& relative) const
 {
     if (!m_opened.isNull() && relative.path().equal(m_openedName.path(), VoString::CaseSensitive))
         return m_opened;
-    if (const VoUrl* url = std::get_if<VoUrl>(&m_folder))
-        return url->appended(relative);
-    return std::get<VoDirectoryPath>(m_folder).appended(relative);
+    return m_document.beside(relative);
 }
 
 VoString DocumentPlace::nameOf(const VoFilePath& relative) const
@@ -90,10 +102,8 @@ VoString DocumentPlace::nameOf(const VoFilePath& relative) const
 
 VoString DocumentPlace::read(const VoFilePath& relative, std::uint64_t most) const
 {
-    if (const VoDirectoryPath* folder = std::get_if<VoDirectoryPath>(&m_folder))
-        return ReadDocument(folder->appended(relative), most);
-    const VoTemporaryFile file = FetchDocument(locationOf(relative).url(), m_stop, m_downloads, most);
-    return ReadDocument(file.path(), most);
+    const DocumentFile document(locationOf(relative), m_stop, m_downloads, most);
+    return ReadDocument(document.path(), most);
 }
 
 std::optional<VoString> DocumentPlace::find(const VoFilePath& relative, std::uint64_t most) const

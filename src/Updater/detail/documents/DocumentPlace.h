@@ -15,7 +15,6 @@
 #include <cstdint>
 #include <optional>
 #include <utility>
-#include <variant>
 
 namespace vo::updater::detail {
 
@@ -24,7 +23,6 @@ class VOCORE_PRIVATE_EXPORT DocumentPlace
 {
 public:
     explicit DocumentPlace(const VoDirectoryPath& folder);
-    DocumentPlace(const VoUrl& folder, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
 
     /// The place of a document and the document's name there.
     static std::pair<DocumentPlace, VoFilePath> Of(const VoLocation& document, const VoStopFlag& stop,
@@ -48,9 +46,10 @@ public:
     VoString nameOf(const VoFilePath& relative) const;
 
 private:
+    DocumentPlace(const VoLocation& document, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
     DocumentPlace parent() const;
 
-    std::variant<VoDirectoryPath, VoUrl> m_folder;
+    VoLocation m_document;   // any one of the folder: the others stand beside it
     VoFilePath m_openedName; // of the document that the place was made of
     VoLocation m_opened;     // where it is, as it was given: with a query, and spelt as the caller does
     VoStopFlag m_stop;

@@ -63,10 +63,11 @@ VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const Vo
     return file;
 }
 
-DocumentFile::DocumentFile(const VoLocation& location, const VoStopFlag& stop, const VoDownloadPolicy& policy)
+DocumentFile::DocumentFile(const VoLocation& location, const VoStopFlag& stop, const VoDownloadPolicy& policy,
+                           std::uint64_t most)
 {
     if (location.isUrl()) {
-        m_fetched.emplace(FetchDocument(location.url(), stop, policy));
+        m_fetched.emplace(FetchDocument(location.url(), stop, policy, most));
         m_path = m_fetched->path();
         m_name = vo::detail::DisplayText(location.url());
     } else {

@@ -32,8 +32,9 @@ VoTemporaryFile FetchDocument(const VoUrl& url, const VoStopFlag& stop, const Vo
 class DocumentFile
 {
 public:
-    /// Throws as FetchDocument, for a URL.
-    DocumentFile(const VoLocation& location, const VoStopFlag& stop, const VoDownloadPolicy& policy);
+    /// @throws VoDownloadException as FetchDocument, for a URL, also for more than `most` bytes
+    DocumentFile(const VoLocation& location, const VoStopFlag& stop, const VoDownloadPolicy& policy,
+                 std::uint64_t most = LargestDocument);
 
     const VoFilePath& path() const; ///< What to read.
     const VoString& name() const;   ///< What people are told that it is; no password is in it.
