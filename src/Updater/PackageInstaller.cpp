@@ -285,6 +285,8 @@ void PackageInstaller::prepare()
         compare(FindInstalled(packageID()));
     }
     requirePermitted();
+    // Asked again before the first file is written; here it saves a download that would be of no use.
+    RequireFreeSpace(installationDirectory(), m_private->plan.bytesToWrite);
     m_private->isPrepared = true;
 }
 
