@@ -15,6 +15,7 @@
 #include <Threading/VoReceiver.h>
 #include <Threading/VoStopFlag.h>
 #include <Threading/detail/CallbackList.h>
+#include <Threading/detail/QueuedFunctions.h>
 
 #include <QtCore/QCommandLineOption>
 #include <QtCore/QCommandLineParser>
@@ -154,6 +155,7 @@ struct VoApplication::Private
     Callbacks<void(const VoDeque<VoString>&, const VoString&)> argumentsCallbacks;
     QMetaObject::Connection aboutToQuit;
     std::unique_ptr<vo::detail::SingleInstance> single;
+    vo::detail::QueuedFunctions loop; // the application's
     std::unique_ptr<vo::detail::SignalWatch> signals; // first to go: its thread calls quit()
 };
 
@@ -182,6 +184,7 @@ void VoApplication::setUp(const VoApplicationInformation& information, int argc,
     d.argv = argv;
     if (!QCoreApplication::instance())
         d.own = std::make_unique<QCoreApplication>(d.argc, d.argv);
+    d.loop.moveToThread(QCoreApplication::instance()->thread());
     d.arguments = ArgumentsOf(argc, argv);
     QCoreApplication::setApplicationName(information.name.toQString());
     QCoreApplication::setApplicationVersion(information.version.toString().toQString());
@@ -352,8 +355,7 @@ void VoApplication::quit(int exitCode)
         return;
     m_private->stop.stop();
     // Queued, so that it also ends a loop that has not begun yet.
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [exitCode] { QCoreApplication::exit(exitCode); }, Qt::QueuedConnection);
+    m_private->loop.post([exitCode] { QCoreApplication::exit(exitCode); });
 }
 
 VoStopFlag VoApplication::stopFlag() const

@@ -122,7 +122,7 @@ std::string_view AlphabetOf(VoString::RandomType type)
 
 void AppendUtf16(QString& text, wchar_t c)
 {
-    const auto code = static_cast<std::uint32_t>(c);
+    const auto code = static_cast<std::uint32_t>(c); // NOLINT(bugprone-signed-char-misuse): a wide one is of 32 bits
     if (code <= 0xffff)
         text.append(QChar(static_cast<ushort>(code)));
     else if (code <= QChar::LastValidCodePoint)
@@ -373,7 +373,7 @@ VoDeque<VoStringView> VoString::tokenize(const VoString& separator, Comparison m
 
 VoDeque<VoString> VoString::tokenize(const VoString& separator) const&&
 {
-    return std::move(*this).tokenize(separator, CaseInsensitive);
+    return static_cast<const VoString&&>(*this).tokenize(separator, CaseInsensitive);
 }
 
 VoDeque<VoString> VoString::tokenize(const VoString& separator, Comparison mode) const&&

@@ -62,7 +62,8 @@ VoStringView::~VoStringView()
 
 VoStringView& VoStringView::operator=(const VoStringView& other)
 {
-    state() = other.state();
+    if (this != &other)
+        state() = other.state();
     return *this;
 }
 

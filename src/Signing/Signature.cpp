@@ -150,7 +150,7 @@ Bytes LittleEndian(std::uint64_t value)
 
 void RequireComment(const VoString& comment)
 {
-    const std::string text(comment.toStdString());
+    const std::string& text = comment.toStdString();
     const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
     if (text.size() > LongestComment || std::any_of(text.begin(), text.end(), isControl))
         throw VoInvalidParameterException("Invalid comment");
@@ -288,7 +288,7 @@ SecretKey SecretKey::Generate()
 
 SecretKey SecretKey::Parse(const VoString& text, const Passphrase& passphrase)
 {
-    const std::string bytes(text.toStdString());
+    const std::string& bytes = text.toStdString();
     const std::vector<std::string_view> lines = LinesOf(bytes);
     constexpr std::size_t openSize = 6 + SaltSize + 16;
     Bytes content =
@@ -371,7 +371,7 @@ Signature SecretKey::sign(const void* data, std::size_t size, const VoString& tr
 
 PublicKey PublicKey::Parse(const VoString& text)
 {
-    const std::string bytes(text.toStdString());
+    const std::string& bytes = text.toStdString();
     const std::vector<std::string_view> lines = LinesOf(bytes);
     const bool hasComment = lines.size() == 2 && StartsWith(lines[0], CommentMark);
     PublicKey key;
@@ -420,7 +420,7 @@ void PublicKey::verify(const void* data, std::size_t size, const Signature& sign
 
 Signature Signature::Parse(const VoString& text)
 {
-    const std::string bytes(text.toStdString());
+    const std::string& bytes = text.toStdString();
     const std::vector<std::string_view> lines = LinesOf(bytes);
     if (lines.size() != 4 || !StartsWith(lines[0], CommentMark) || !StartsWith(lines[2], TrustedMark))
         Refuse("Not a signature");

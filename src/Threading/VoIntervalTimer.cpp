@@ -5,15 +5,12 @@
 #include <Core/VoString.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoEventLoop.h>
+#include <Threading/detail/QueuedFunctions.h>
 
-#include <QtCore/QCoreApplication>
-#include <QtCore/QEvent>
-#include <QtCore/QObject>
 #include <QtCore/QThread>
 
 #include <algorithm>
 #include <condition_variable>
-#include <deque>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -72,33 +69,7 @@ public:
     void post(std::function<void()> function) override { m_place->post(std::move(function)); }
 
 private:
-    // Lives on the thread that made it. Functions pass under a lock of its own, so that race detectors, which do not
-    // see into the framework's queue, see it too.
-    class Place final : public QObject
-    {
-    public:
-        void post(std::function<void()> function)
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_functions.push_back(std::move(function));
-            QCoreApplication::postEvent(this, new QEvent(QEvent::User));
-        }
-
-    private:
-        void customEvent(QEvent*) override
-        {
-            std::unique_lock<std::mutex> lock(m_mutex);
-            const std::function<void()> next = std::move(m_functions.front());
-            m_functions.pop_front();
-            lock.unlock();
-            next();
-        }
-
-        std::mutex m_mutex;
-        std::deque<std::function<void()>> m_functions; // one for each event on its way
-    };
-
-    std::unique_ptr<Place> m_place = std::make_unique<Place>();
+    std::unique_ptr<vo::detail::QueuedFunctions> m_place = std::make_unique<vo::detail::QueuedFunctions>();
 };
 
 class VoIntervalTimer::Private : public std::enable_shared_from_this<Private>

@@ -104,12 +104,12 @@ VoFilePath AbstractPackageInstaller::resolvedPath(const AdvertisedFileListing& f
 
 VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoUrl& advertUrl, VoStopFlag stop)
 {
-    return run(advertUrl, std::move(stop), VoDownloadPolicy());
+    return run(advertUrl, stop, VoDownloadPolicy());
 }
 
 VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoFilePath& definitionFile, VoStopFlag stop)
 {
-    return run(definitionFile, std::move(stop), VoDownloadPolicy());
+    return run(definitionFile, stop, VoDownloadPolicy());
 }
 
 VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoLocation& definition, VoStopFlag stop,
@@ -186,7 +186,7 @@ ChunkSource& AbstractPackageInstaller::chunkSource() const
 
 VoDeque<ChunkListing> AbstractPackageInstaller::chunksToFetch(const VoStopFlag& stop) const
 {
-    const VoDeque<ChunkListing> chunks = chunkSource().missing(chunksToObtain(), stop);
+    VoDeque<ChunkListing> chunks = chunkSource().missing(chunksToObtain(), stop);
     RequireFreeSpace(chunkSource().staging().path(), BytesOf(chunks));
     return chunks;
 }

@@ -100,7 +100,7 @@ VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl
 
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl& url, VoStopFlag stop)
 {
-    return Open(url, std::move(stop), VoDownloadPolicy());
+    return Open(url, stop, VoDownloadPolicy());
 }
 
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoLocation& location, VoStopFlag stop, const VoDownloadPolicy& downloads)

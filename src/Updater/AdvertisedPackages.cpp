@@ -144,7 +144,7 @@ VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url)
 
 VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoUrl& url, VoStopFlag stop)
 {
-    return Open(url, std::move(stop), VoDownloadPolicy());
+    return Open(url, stop, VoDownloadPolicy());
 }
 
 VoUniquePtr<AdvertisedPackages> AdvertisedPackages::Open(const VoLocation& location, VoStopFlag stop, const VoDownloadPolicy& downloads)

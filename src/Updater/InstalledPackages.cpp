@@ -128,13 +128,13 @@ InstallationPlan InstalledPackages::Plan(VoUniquePtr<AdvertisedPackageListing> a
 void InstalledPackages::Install(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
                                 VoStopFlag stop, const InstallationOptions& options)
 {
-    Install(VoLocation(definitionFile), installationDirectory, std::move(stop), options);
+    Install(VoLocation(definitionFile), installationDirectory, stop, options);
 }
 
 void InstalledPackages::Install(const VoUrl& advertUrl, const VoDirectoryPath& installationDirectory, VoStopFlag stop,
                                 const InstallationOptions& options)
 {
-    Install(VoLocation(advertUrl), installationDirectory, std::move(stop), options);
+    Install(VoLocation(advertUrl), installationDirectory, stop, options);
 }
 
 void InstalledPackages::Install(const VoLocation& definition, const VoDirectoryPath& installationDirectory,

@@ -4,6 +4,7 @@
 #include <Core/VoVersion.h>
 #include <Core/detail/Completed.h>
 #include <Core/detail/Sha3Hasher.h>
+#include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoLocation.h>
 #include <FileSystem/detail/SafePath.h>
 #include <Updater/InstalledPackageListing.h>
@@ -63,7 +64,9 @@ ReleaseKeys FirstKeys(const TrustPolicy& policy)
 VoUniquePtr<InstalledPackageListing> Installed(const VoUUID& packageID)
 {
     try {
-        return InstalledPackages::Package(packageID);
+        // A listing that is not there would be logged as an error, and not to be installed is none.
+        const bool isThere = VoFileSystem::Exists(InstalledPackages::InstalledPackageListingPath(packageID));
+        return isThere ? InstalledPackages::Package(packageID) : VoUniquePtr<InstalledPackageListing>();
     } catch (const VoException&) {
         return {}; // none, or one that an installation replaces
     }
@@ -117,8 +120,8 @@ public:
     const Verdict& verify(const VoUUID& packageID) const;
     Verdict verifyNow(const VoUUID& packageID) const;
     std::optional<TrustPin> verifyAfter(const std::optional<TrustPin>& before, const VoUUID& packageID) const;
-    void requireSigned(const ReleaseKeys& keys, const std::optional<TrustPin>& known) const;
-    void requireFresh(const ReleaseKeys& keys, const std::optional<TrustPin>& known) const;
+    void requireSigned(const ReleaseKeys& keys, const std::optional<TrustPin>& before) const;
+    void requireFresh(const ReleaseKeys& keys, const std::optional<TrustPin>& before) const;
     Release release(VoUniquePtr<AdvertisedPackageListing> package, const VoFilePath& path) const;
     VoString whyNotOffered(const AbstractPackage& release) const;
 };

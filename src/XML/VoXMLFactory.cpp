@@ -40,7 +40,7 @@ public:
         const auto entry = m_entries.find(path);
         if (entry == m_entries.end())
             throw VoUnknownXMLElementException(path.toString());
-        const VoSharedPtr<VoXMLSerializableObject> object = entry->second.builder(*element);
+        VoSharedPtr<VoXMLSerializableObject> object = entry->second.builder(*element);
         ++m_levels;
         children(*element, path);
         --m_levels;

@@ -12,7 +12,7 @@ namespace vo::detail {
 inline std::string_view BytesOf(const VoComparableString& string)
 {
     const std::size_t size = string.size();
-    return size ? std::string_view(&string[0], size) : std::string_view("", 0);
+    return size ? std::string_view(&string[0], size) : std::string_view("");
 }
 
 } // namespace vo::detail

@@ -356,7 +356,7 @@ private:
         std::string_view trimmed(text); // of what markup adds: blanks that count stay
         trimmed.remove_suffix(trimmed.size() - 1 - trimmed.find_last_not_of('\n'));
         trimmed.remove_prefix(std::min(trimmed.find_first_not_of('\n'), trimmed.size()));
-        const VoString string(trimmed.data(), trimmed.size());
+        VoString string(trimmed.data(), trimmed.size());
         if (tag.style.find(TextMark) != std::string::npos)
             return string;
         if (IsBlankText(trimmed)) // as office programs fill cells that are empty

@@ -15,11 +15,13 @@ namespace vo::detail {
 
 namespace {
 
+// NOLINTBEGIN(misc-redundant-expression): two names of one number, each of which could change
 static_assert(ZipSystemError == UNZ_ERRNO && ZipSystemError == ZIP_ERRNO);
 static_assert(ZipEndOfList == UNZ_END_OF_LIST_OF_FILE);
 static_assert(ZipWrongParameter == UNZ_PARAMERROR && ZipWrongParameter == ZIP_PARAMERROR);
 static_assert(ZipBadFile == UNZ_BADZIPFILE && ZipBadFile == ZIP_BADZIPFILE);
 static_assert(ZipWrongChecksum == UNZ_CRCERROR);
+// NOLINTEND(misc-redundant-expression)
 
 constexpr std::size_t LongestName = 65535; // the format counts names in two bytes
 constexpr uLong FlagUtf8Name = 1U << 11;
