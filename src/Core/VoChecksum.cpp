@@ -72,7 +72,7 @@ VoChecksum::VoChecksum(const VoFilePath& file)
 {
 }
 VoChecksum::VoChecksum(const VoString& hexadecimal)
-    : VoChecksum(FromDigest(QByteArray::fromHex(QByteArray(hexadecimal.c_str(), static_cast<int>(hexadecimal.size())))))
+    : VoChecksum(fromDigest(QByteArray::fromHex(QByteArray(hexadecimal.c_str(), static_cast<int>(hexadecimal.size())))))
 {
 }
 VoChecksum::VoChecksum(const VoChecksum& other)
@@ -87,7 +87,7 @@ VoChecksum& VoChecksum::operator=(const VoChecksum& other)
 VoChecksum& VoChecksum::operator=(VoChecksum&& other) noexcept = default;
 VoChecksum::~VoChecksum() = default;
 
-VoChecksum VoChecksum::FromDigest(const QByteArray& digest)
+VoChecksum VoChecksum::fromDigest(const QByteArray& digest)
 {
     VoChecksum checksum;
     checksum.m_private = std::make_unique<Private>(Private{digest});

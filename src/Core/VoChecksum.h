@@ -65,7 +65,7 @@ private:
     struct Private;
 
     explicit VoChecksum(const VoString& hexadecimal);
-    static VoChecksum FromDigest(const QByteArray& digest);
+    static VoChecksum fromDigest(const QByteArray& digest);
     const QByteArray& bytes() const noexcept;
 
     std::unique_ptr<Private> m_private; // empty in a null checksum

@@ -93,11 +93,11 @@ private:
     void takeOutput()
     {
         const std::string errors = m_process.readAllStandardError().toStdString();
-        m_errors = Last(m_errors + errors);
-        m_output = Last(m_output + m_process.readAllStandardOutput().toStdString() + errors);
+        m_errors = last(m_errors + errors);
+        m_output = last(m_output + m_process.readAllStandardOutput().toStdString() + errors);
     }
 
-    static std::string Last(std::string text)
+    static std::string last(std::string text)
     {
         if (text.size() > MostOutput)
             text.erase(0, text.size() - MostOutput);

@@ -47,7 +47,7 @@ protected:
     {
         if (type == QtDebugMsg || type == QtInfoMsg || m_error)
             return;
-        m_error = Error{FromQtText(PlainText(description)), 0, 0};
+        m_error = Error{FromQtText(plainText(description)), 0, 0};
         if (!place.isNull()) {
             m_error->line = place.line();
             m_error->column = place.column();
@@ -56,7 +56,7 @@ protected:
 
 private:
     // Descriptions come as XHTML.
-    static QString PlainText(const QString& description)
+    static QString plainText(const QString& description)
     {
         QXmlStreamReader reader(description);
         QString text;

@@ -32,14 +32,14 @@ void Sha3::add(const char* data, std::size_t size)
 
 VoChecksum Sha3::finish()
 {
-    VoChecksum checksum = VoChecksum::FromDigest(m_private->hash.result());
+    VoChecksum checksum = VoChecksum::fromDigest(m_private->hash.result());
     m_private->hash.reset();
     return checksum;
 }
 
 VoChecksum Sha3::Digest(const char* bytes)
 {
-    return VoChecksum::FromDigest(QByteArray(bytes, 32));
+    return VoChecksum::fromDigest(QByteArray(bytes, 32));
 }
 
 } // namespace vo::detail

@@ -31,14 +31,14 @@ FileLock::FileLock(const VoFilePath& path, const std::function<void()>& waiting)
 FileLock::~FileLock()
 {
     if (isHeld())
-        LetGo(m_handle, m_native);
+        letGo(m_handle, m_native);
 }
 
 void FileLock::tryLock()
 {
     std::error_code openError;
     std::error_code lockError;
-    m_handle = Take(m_native, openError, lockError);
+    m_handle = take(m_native, openError, lockError);
     if (openError)
         throw Because(openError, VoCannotOpenFileException(m_path));
     if (lockError)

@@ -38,8 +38,8 @@ private:
 
     void tryLock();
     /// NoHandle without an error when another has the lock.
-    static Handle Take(const std::filesystem::path& path, std::error_code& openError, std::error_code& lockError);
-    static void LetGo(Handle handle, const std::filesystem::path& path) noexcept;
+    static Handle take(const std::filesystem::path& path, std::error_code& openError, std::error_code& lockError);
+    static void letGo(Handle handle, const std::filesystem::path& path) noexcept;
 
     const VoFilePath m_path;
     const std::filesystem::path m_native;

@@ -44,7 +44,7 @@ bool IsAtPath(int descriptor, const std::filesystem::path& path, off_t& size) no
 
 } // namespace
 
-FileLock::Handle FileLock::Take(const std::filesystem::path& path, std::error_code& openError,
+FileLock::Handle FileLock::take(const std::filesystem::path& path, std::error_code& openError,
                                 std::error_code& lockError)
 {
     for (;;) {
@@ -76,7 +76,7 @@ FileLock::Handle FileLock::Take(const std::filesystem::path& path, std::error_co
     }
 }
 
-void FileLock::LetGo(Handle handle, const std::filesystem::path& path) noexcept
+void FileLock::letGo(Handle handle, const std::filesystem::path& path) noexcept
 {
     const auto descriptor = static_cast<int>(handle);
     // While it is still locked: nobody can lock this file any more, and the next one makes another. What holds bytes

@@ -5,7 +5,7 @@
 namespace vo::detail {
 
 // The lock is that nobody else may open the file; the system closes it with the process.
-FileLock::Handle FileLock::Take(const std::filesystem::path& path, std::error_code& openError, std::error_code&)
+FileLock::Handle FileLock::take(const std::filesystem::path& path, std::error_code& openError, std::error_code&)
 {
     constexpr int attempts = 50;
     for (int attempt = 0;; ++attempt) {
@@ -25,7 +25,7 @@ FileLock::Handle FileLock::Take(const std::filesystem::path& path, std::error_co
     }
 }
 
-void FileLock::LetGo(Handle handle, const std::filesystem::path&) noexcept
+void FileLock::letGo(Handle handle, const std::filesystem::path&) noexcept
 {
     const auto file = reinterpret_cast<HANDLE>(handle);
     // What holds bytes was not made by a lock.

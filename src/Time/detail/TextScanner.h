@@ -68,14 +68,14 @@ public:
     }
 
     void fail() { m_isValid = false; }                                          ///< Makes the text invalid.
-    bool isDigit() const { return !m_rest.empty() && IsDigit(m_rest.front()); } ///< Whether a digit comes next.
+    bool isDigit() const { return !m_rest.empty() && isDigit(m_rest.front()); } ///< Whether a digit comes next.
     std::string_view rest() const { return m_rest; }                            ///< What was not taken yet.
     void skip(std::size_t count) { m_rest.remove_prefix(count); }               ///< Takes so many bytes of rest().
     bool isValid() const { return m_isValid; }                                  ///< Whether nothing was missing.
     bool isComplete() const { return m_isValid && m_rest.empty(); }             ///< Whether, besides, all was taken.
 
 private:
-    static bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+    static bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
     int digit()
     {

@@ -61,19 +61,19 @@ public:
     {
         for (const VoDirectoryPath& directory : directories) {
             if (!directory.isNull())
-                m_names.push_back(Name(directory));
+                m_names.push_back(nameOf(directory));
         }
     }
 
     bool overlap(const VoDirectoryPath& other) const
     {
-        const std::string name = Name(other);
+        const std::string name = nameOf(other);
         return std::any_of(m_names.begin(), m_names.end(),
                            [&name](const std::string& known) { return Holds(known, name) || Holds(name, known); });
     }
 
 private:
-    static std::string Name(const VoDirectoryPath& directory)
+    static std::string nameOf(const VoDirectoryPath& directory)
     {
         std::string name = FoldedName(VoString(RealDirectory(directory))).toStdString();
         while (name.size() > 1 && (name.back() == '/' || name.back() == '\\'))
