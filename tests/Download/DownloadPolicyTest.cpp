@@ -104,59 +104,32 @@ TEST(DownloadPolicy, DelaysDoubleUpToTheLongestAndLoseAtMostHalf)
 
 TEST(DownloadPolicy, TheLowestSpeedIsAnAverageOverEachSpan)
 {
-    const VoDownloadPolicy usual;
-    EXPECT_TRUE(vo::detail::SpeedFloor(usual.lowestRate, usual.lowestRateTime).isOn());
-    const struct
-    {
-        const char* name;
-        double rate;
-        int seconds;
-        std::vector<std::int64_t> received; // at each second from 0 on
-        int below;                          // the second at which it is found too slow; -1: never
-    } rows[] = {
-        {"a byte a second", 2, 3, {0, 1, 2, 3}, 3},
-        {"just enough", 2, 3, {0, 2, 4, 6, 8, 10, 12}, -1},
-        {"one byte short in the second span", 2, 3, {0, 0, 0, 6, 8, 10, 11}, 6},
-        {"all at the end of a span", 2, 3, {0, 0, 0, 6, 6, 6, 12}, -1},
-        {"fast at first", 2, 3, {0, 1000, 1000, 1000, 1001, 1002, 1003}, 6},
-        {"off by its rate", 0, 3, {0, 0, 0, 0, 0}, -1},
-        {"off by its time", 2, 0, {0, 0, 0, 0, 0}, -1},
-    };
-    for (const auto& row : rows) {
-        vo::detail::SpeedFloor floor(VoTransferRate(row.rate), VoSeconds(row.seconds));
-        floor.restart(5000, row.received[0]);
-        int below = -1;
-        for (std::size_t second = 1; below < 0 && second < row.received.size(); ++second) {
-            if (floor.isBelow(5000 + static_cast<std::int64_t>(second) * 1000, row.received[second]))
-                below = static_cast<int>(second);
-        }
-        EXPECT_EQ(below, row.below) << row.name;
+    using Received = std::vector<std::int64_t>; // at each second
+    for (const auto& [rate, seconds, received, expected] :
+         {std::tuple(2, 3, Received{0, 1, 2, 3}, 3), std::tuple(2, 3, Received{0, 2, 4, 6, 8, 10, 12}, -1),
+          std::tuple(2, 3, Received{0, 0, 0, 6, 8, 10, 11}, 6), std::tuple(2, 3, Received{0, 0, 0, 6, 6, 6, 12}, -1),
+          std::tuple(2, 3, Received{0, 1000, 1000, 1000, 1001, 1002, 1003}, 6),
+          std::tuple(0, 3, Received{0, 0, 0, 0, 0}, -1), std::tuple(2, 0, Received{0, 0, 0, 0, 0}, -1)}) {
+        vo::detail::SpeedFloor floor{VoTransferRate(rate), VoSeconds(seconds)};
+        int below = -1; // the second at which it is found too slow
+        for (int second = 1; below < 0 && second < static_cast<int>(received.size()); ++second)
+            below = floor.isBelow(second * 1000, received[static_cast<std::size_t>(second)]) ? second : -1;
+        EXPECT_EQ(below, expected) << rate << " over " << seconds << ", " << received.back();
     }
 }
 
 TEST(DownloadPolicy, TheHighestSpeedHoldsOnAverageWithABurstOfHalfASecond)
 {
     vo::detail::RateLimit limit(VoTransferRate(2000));
-    const struct
-    {
-        std::int64_t now; // in milliseconds
-        std::int64_t allowed;
-        std::int64_t taken;
-    } rows[] = {
-        {70000, 1000, 400},    {70000, 600, 600},        {70000, 0, 0}, {70001, 2, 2}, {70101, 200, 0},
-        {9999999, 1000, 1000}, {9999999 + 500, 1000, 1},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(limit.allowed(row.now), row.allowed) << row.now;
-        limit.took(row.taken);
+    for (const auto& [now, allowed, taken] :
+         {std::tuple(70000, 1000, 400), std::tuple(70000, 600, 600), std::tuple(70000, 0, 0), std::tuple(70001, 2, 2),
+          std::tuple(70101, 200, 0), std::tuple(9999999, 1000, 1000)}) {
+        EXPECT_EQ(limit.allowed(now), allowed) << now;
+        limit.took(taken);
     }
-    EXPECT_EQ(limit.readAhead(1000000), 4096) << "less than that only costs time";
-    EXPECT_EQ(vo::detail::RateLimit(VoTransferRate(100000)).readAhead(1000000), 50000);
-
     vo::detail::RateLimit none{VoTransferRate()};
     none.took(none.allowed(0));
     EXPECT_GT(none.allowed(0), 1000000000) << "no limit is used up";
-    EXPECT_EQ(none.readAhead(1000000), 1000000);
 }
 
 TEST(DownloadPolicy, MirrorsReplaceTheBeginningOfUrlsAtABoundary)
