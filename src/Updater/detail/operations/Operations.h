@@ -27,7 +27,7 @@ namespace vo::updater::detail {
 /// Where an operation gets its definition: called when nobody else can change what is installed any more.
 using AdvertSource = std::function<VoUniquePtr<AdvertisedPackageListing>()>;
 
-void InstallPackage(const AdvertSource& advert, const VoLocation& definition, const VoDirectoryPath& directory,
+void InstallPackage(const AdvertSource& source, const VoLocation& definition, const VoDirectoryPath& directory,
                     const VoStopFlag& stop, const InstallationOptions& options);
 VerificationReport VerifyPackage(const VoUUID& packageID, const VoStopFlag& stop);
 VerificationReport RepairPackage(const VoLocation& definition, const VoStopFlag& stop,

@@ -37,6 +37,7 @@ std::vector<VoFilePath> Definitions(const AdvertisedPackages& declared, const Vo
     std::stable_sort(releases.begin(), releases.end(),
                      [](const auto* a, const auto* b) { return a->version() > b->version(); });
     std::vector<VoFilePath> definitions;
+    definitions.reserve(releases.size());
     for (const AdvertisedPackages::Declaration* release : releases)
         definitions.push_back(release->definition(declarationsFile).file());
     return definitions;

@@ -274,11 +274,11 @@ void ManifestFolder::clean(const ReleaseManifest& manifest) const
         documents.insert(document.path.path().toStdString());
     VoFileSystem::ForEachFile(m_folder, false, false, [&](const VoFilePath& file) {
         const std::string name = VoString(file.filename()).toStdString();
-        constexpr std::size_t DigestLength = 65; // with the dot
+        constexpr std::size_t digestLength = 65; // with the dot
         const bool isSignature = name.compare(0, start.size(), start) == 0 && name.size() > 8 &&
                                  name.compare(name.size() - 8, 8, ".minisig") == 0;
         const bool isCopy =
-            name.size() > DigestLength && documents.count(name.substr(0, name.size() - DigestLength)) != 0;
+            name.size() > digestLength && documents.count(name.substr(0, name.size() - digestLength)) != 0;
         if ((isSignature || isCopy) && !isKept(name))
             VoFileSystem::Remove(file);
     });

@@ -64,7 +64,7 @@ private:
     ReleaseManifest listed(const Change& change) const;
     void list(ReleaseManifest& manifest, const VoFilePath& declarations, const ReleaseManifest& before,
               const Change& change) const;
-    ReleaseManifest::Release entry(const VoFilePath& path) const;
+    ReleaseManifest::Release entry(const VoFilePath& relative) const;
     bool isWaiting(const ReleaseManifest& manifest, const ReleaseSigning& signing) const;
     std::uint64_t lastSerial() const;
     void writeSignatures(const VoString& bytes, const ReleaseManifest& manifest, const ReleaseSigning& signing) const;
