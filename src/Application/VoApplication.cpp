@@ -114,7 +114,7 @@ VoFilePath MachineFile()
     for (const QString& place : QStandardPaths::standardLocations(QStandardPaths::AppConfigLocation)) {
         if (place == own)
             continue;
-        const VoFilePath file = VoDirectoryPath::FromText(VoString(place)).file(PropertiesName);
+        VoFilePath file = VoDirectoryPath::FromText(VoString(place)).file(PropertiesName);
         if (VoFileSystem::Exists(file))
             return file;
         if (first.isNull())

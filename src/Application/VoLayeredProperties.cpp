@@ -12,6 +12,7 @@
 #include <FileSystem/detail/FileLock.h>
 #include <Subsystem/VoLogging.h>
 
+#include <QtCore/QByteArray>
 #include <QtCore/QtGlobal>
 
 #include <chrono>

@@ -21,5 +21,5 @@ public:
     /// The host's shell; a new VoShell while there is none. Any thread may call.
     static std::shared_ptr<VoAbstractShell> Current();
     /// Makes the host's shell the one that Current() gives; null: there is none any more. Any thread may call.
-    static void SetHost(std::shared_ptr<VoAbstractShell> host);
+    static void SetHost(std::shared_ptr<VoAbstractShell> shell);
 };

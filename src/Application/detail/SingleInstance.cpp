@@ -46,7 +46,7 @@ void Refuse()
 QString SocketName(const VoDirectoryPath& directory)
 {
     const std::string place = std::filesystem::absolute(ToNative(directory)).generic_string();
-    const QString name =
+    QString name =
         QStringLiteral("vo-") +
         QString::fromLatin1(
             QCryptographicHash::hash(QByteArray::fromStdString(place), QCryptographicHash::Sha3_256).toHex().left(24));
@@ -78,7 +78,9 @@ bool HandOver(const QString& name, const std::string& message, const QDeadlineTi
 // One transfer of another start. It ends with its socket.
 void Receive(QLocalSocket& socket, const std::shared_ptr<std::string>& bytes, const SingleInstance::Callback& callback)
 try {
-    bytes->append(socket.read(static_cast<qint64>(LargestMessage + MessageHeader - bytes->size() + 1)).toStdString());
+    bytes->append(
+        socket.read(static_cast<qint64>(LargestMessage + MessageHeader + 1) - static_cast<qint64>(bytes->size()))
+            .toStdString());
     const std::optional<std::vector<std::string>> texts = TextsOfMessage(*bytes);
     if (!texts)
         return;
@@ -152,29 +154,29 @@ struct SingleInstance::Private
 };
 
 SingleInstance::SingleInstance(const VoDirectoryPath& directory, Callback callback)
-    : d(std::make_unique<Private>())
+    : m_private(std::make_unique<Private>())
 {
-    d->directory = directory;
-    d->callback = std::move(callback);
+    m_private->directory = directory;
+    m_private->callback = std::move(callback);
 }
 
 SingleInstance::~SingleInstance() = default;
 
 std::optional<bool> SingleInstance::claim(const std::vector<std::string>& texts, const VoTimeDuration& patience)
 {
-    if (d->lock)
+    if (m_private->lock)
         return true;
     const std::string message = InstanceMessage(texts);
-    VoFileSystem::CreateDirectory(d->directory, true);
+    VoFileSystem::CreateDirectory(m_private->directory, true);
     const QDeadlineTimer end(patience.toChrono());
     do {
-        auto lock = std::make_unique<FileLock>(d->directory.file("instance.lock"));
+        auto lock = std::make_unique<FileLock>(m_private->directory.file("instance.lock"));
         if (lock->isHeld()) {
             listen();
-            d->lock = std::move(lock);
+            m_private->lock = std::move(lock);
             return true;
         }
-        if (HandOver(SocketName(d->directory), message, end))
+        if (HandOver(SocketName(m_private->directory), message, end))
             return false;
         QThread::msleep(Pause); // the first may just be starting, or ending
     } while (!end.hasExpired());
@@ -184,12 +186,13 @@ std::optional<bool> SingleInstance::claim(const std::vector<std::string>& texts,
 // Who calls has the lock, so that a socket that is there is one that a crash has left.
 void SingleInstance::listen()
 {
-    const QString name = SocketName(d->directory);
+    const QString name = SocketName(m_private->directory);
     QLocalServer::removeServer(name);
-    d->server.setSocketOptions(QLocalServer::UserAccessOption);
-    if (!d->server.listen(name))
-        throw VoInvalidCallException("Cannot listen for other starts: " + VoString(d->server.errorString()));
-    QObject::connect(&d->server, &QLocalServer::newConnection, &d->server, [this] { Accept(d->server, d->callback); });
+    m_private->server.setSocketOptions(QLocalServer::UserAccessOption);
+    if (!m_private->server.listen(name))
+        throw VoInvalidCallException("Cannot listen for other starts: " + VoString(m_private->server.errorString()));
+    QObject::connect(&m_private->server, &QLocalServer::newConnection, &m_private->server,
+                     [this] { Accept(m_private->server, m_private->callback); });
 }
 
 } // namespace vo::detail

@@ -55,7 +55,7 @@ private:
 
     void listen();
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };
 
 } // namespace vo::detail

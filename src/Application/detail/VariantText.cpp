@@ -118,6 +118,8 @@ bool IsSameVariant(const VoVariant& a, const VoVariant& b)
         return false;
     switch (a.type()) {
     case VoVariant::Double:
+        // By their bits: the zeros differ, and what is no number is itself.
+        // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison)
         return std::memcmp(&a.asDouble(), &b.asDouble(), sizeof(double)) == 0;
     case VoVariant::String:
         return IsSame(a.asString(), b.asString());

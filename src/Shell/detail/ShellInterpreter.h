@@ -36,13 +36,13 @@ public:
         std::function<void(const Line&)> body;
     };
 
-    ShellInterpreter(std::function<void(const VoString&)> output, const VoAbstractFunctionRegistry& functions);
+    ShellInterpreter(std::function<void(const VoString&)> output, const VoAbstractFunctionRegistry& registry);
     ShellInterpreter(const ShellInterpreter&) = delete;
     ShellInterpreter& operator=(const ShellInterpreter&) = delete;
 
     VoShellValue run(const VoString& line, const VoStopFlag& stop);
     void runText(const VoString& text, const VoString& name, const VoStopFlag& stop);
-    void runScript(const VoFilePath& file, const VoStopFlag& stop);
+    void runScript(const VoFilePath& path, const VoStopFlag& stop);
 
     /// The value of a word of a line, as an argument. What stands before its "=" belongs to it unless it is named.
     VoFunctionArgument argument(const ShellWord& word, bool isNamed = false) const;

@@ -104,7 +104,7 @@ void WriteHeading(ReportPage& page, const XMLReportHeader& header, std::size_t r
     page << "\t<table  class=\"datatable\">\n"
          << "\t\t<tr><th colspan=\"2\">Run ID</th>"
          << "<th colspan=\"";
-    page.integer(static_cast<long long>(3 * results)) << "\">Results</th>"
+    page.integer(3 * static_cast<long long>(results)) << "\">Results</th>"
                                                       << "<th colspan=\"3\">Perturbation</th></tr>\n"
                                                       << "\t\t<tr><th>Case #</th>"
                                                       << "<th>Reference</th>";
