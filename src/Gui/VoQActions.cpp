@@ -154,7 +154,7 @@ public:
         show(history.state());
         QObject::connect(this, &QAction::triggered, this, [this, &history, failure = std::move(failure)] {
             if (m_receiver.isReceiving())
-                Guarded(failure, [&] { (history.*m_direction.step)(); });
+                Guarded(failure, [&history, step = m_direction.step] { (history.*step)(); });
             else
                 setEnabled(false);
         });
