@@ -240,7 +240,7 @@ template <typename Request>
 VoUUID VoDownloadManager::Private::request(const VoSharedPtr<Request>& request)
 {
     RequireApplication();
-    const VoUUID id = request->id();
+    VoUUID id = request->id();
     handOver(request, VoDownloadTicketPtr::Make(), Loop::MayRun);
     return id;
 }
@@ -404,7 +404,7 @@ void VoDownloadManager::RequestWait(VoSharedPtr<VoGroupedDownloadRequest> reques
 
 void VoDownloadManager::RequestWait(const VoUrl& url, const VoFilePath& path, VoStopFlag stop)
 {
-    RequestWait(VoDownloadRequestPtr::Make(url, path), std::move(stop));
+    RequestWait(VoDownloadRequestPtr::Make(url, path), stop);
 }
 
 void VoDownloadManager::RequestWait(VoSharedPtr<VoDownloadRequest> request, VoStopFlag stop)
@@ -419,7 +419,7 @@ void VoDownloadManager::RequestWait(VoSharedPtr<VoGroupedDownloadRequest> reques
 
 void VoDownloadManager::RequestWait(const VoUrl& url, const VoFilePath& path, VoStopFlag stop, Callback callback)
 {
-    RequestWait(VoDownloadRequestPtr::Make(url, path), std::move(stop), std::move(callback));
+    RequestWait(VoDownloadRequestPtr::Make(url, path), stop, std::move(callback));
 }
 
 void VoDownloadManager::RequestWait(VoSharedPtr<VoDownloadRequest> request, VoStopFlag stop, Callback callback)

@@ -157,7 +157,7 @@ VoString VoRandom::state() const
 
 VoRandom VoRandom::FromState(const VoString& state)
 {
-    const std::string text = state.toStdString();
+    const std::string& text = state.toStdString();
     const std::size_t colon = text.find(':');
     const auto drawn = vo::detail::ParseInteger(text.substr(0, std::min(colon, text.size())));
     const bool isComplete = colon != std::string::npos && text.size() - colon - 1 == WordDigits * Engine::Size;

@@ -291,7 +291,7 @@ VoString VoDateTime::Serialize(const VoDateTime& dateTime)
 
 VoDateTime VoDateTime::Deserialize(const VoString& text)
 {
-    const std::string bytes(text.toStdString());
+    const std::string& bytes = text.toStdString();
     TextScanner scanner(bytes);
     Components parts;
     parts.year = scanner.number(4);

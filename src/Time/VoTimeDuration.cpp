@@ -89,7 +89,7 @@ VoString VoTimeDuration::toIsoString() const
 
 VoTimeDuration VoTimeDuration::Parse(const VoString& text)
 {
-    const std::string bytes(text.toStdString());
+    const std::string& bytes = text.toStdString();
     if (const auto duration = vo::detail::ReadDuration(bytes))
         return *duration;
     throw VoInvalidConversionException(text, "VoTimeDuration");

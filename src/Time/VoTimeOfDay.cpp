@@ -79,7 +79,7 @@ VoString VoTimeOfDay::Serialize(VoTimeOfDay time)
 
 VoTimeOfDay VoTimeOfDay::Deserialize(const VoString& text)
 {
-    const std::string bytes(text.toStdString());
+    const std::string& bytes = text.toStdString();
     TextScanner scanner(bytes);
     const int hour = scanner.number(2);
     scanner.expect(':');

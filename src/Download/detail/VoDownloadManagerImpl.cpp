@@ -166,6 +166,7 @@ void VoDownloadManagerImpl::cancelDownload(const VoUUID& id)
 
 void VoDownloadManagerImpl::ended(VoDownload& download, const VoDownloadException* failure)
 {
+    // Kept, for the download may go before all are told: NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const VoUUID id = download.id();
     const VoDownloadTicketPtr ticket = download.ticket();
     if (failure)

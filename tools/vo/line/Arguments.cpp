@@ -20,7 +20,7 @@ VoString Suggestion(const VoString& typed, const std::vector<std::string_view>& 
     return nearest ? VoString("; did you mean ") + prefix + std::string(*nearest) + "?" : VoString();
 }
 
-[[noreturn]] void throwUnknownCommand(const VoString& typed)
+[[noreturn]] void ThrowUnknownCommand(const VoString& typed)
 {
     std::vector<std::string_view> names;
     for (const Command& command : Commands())
@@ -29,9 +29,10 @@ VoString Suggestion(const VoString& typed, const std::vector<std::string_view>& 
     throw UsageError("unknown command \"" + typed + "\"" + (hint.isEmpty() ? "; see vo help" : hint));
 }
 
-[[noreturn]] void throwUnknownOption(const VoString& typed, const std::vector<Option>& options)
+[[noreturn]] void ThrowUnknownOption(const VoString& typed, const std::vector<Option>& options)
 {
     std::vector<std::string_view> names;
+    names.reserve(options.size());
     for (const Option& option : options)
         names.push_back(option.name);
     const char* dashes = typed.size() == 1 ? "-" : "--";
@@ -68,7 +69,7 @@ QString CommandName(const QStringList& arguments)
     return parser.positionalArguments().value(0);
 }
 
-[[noreturn]] void throwInvalid(const char* option, const VoString& value, const VoString& expected)
+[[noreturn]] void ThrowInvalid(const char* option, const VoString& value, const VoString& expected)
 {
     throw UsageError(VoString("option --") + option + ": \"" + value + "\" is not " + expected);
 }
@@ -99,9 +100,9 @@ void Arguments::parse(const QStringList& arguments)
     Declare(parser, options);
     const bool understood = parser.parse(all);
     if (m_command == nullptr && !name.isEmpty())
-        throwUnknownCommand(name);
+        ThrowUnknownCommand(name);
     if (!parser.unknownOptionNames().isEmpty())
-        throwUnknownOption(VoString(parser.unknownOptionNames().first()), options);
+        ThrowUnknownOption(VoString(parser.unknownOptionNames().first()), options);
     if (!understood) {
         VoString text(parser.errorText());
         while (!text.isEmpty() && text[text.size() - 1] == '.')
@@ -197,7 +198,7 @@ std::optional<VoUUID> Arguments::identifier(const char* option) const
     if (!value)
         return std::nullopt;
     if (!VoUpdater::IsIdentifier(*value))
-        throwInvalid(option, *value, "an ID that can serve as a file name");
+        ThrowInvalid(option, *value, "an ID that can serve as a file name");
     return VoUUID(*value);
 }
 
@@ -208,7 +209,7 @@ std::optional<ReleaseNumber> Arguments::release(const char* option) const
         return std::nullopt;
     const auto number = ParseRelease(*value);
     if (!number)
-        throwInvalid(option, *value, "a release such as 4.2.17");
+        ThrowInvalid(option, *value, "a release such as 4.2.17");
     return number;
 }
 
@@ -220,7 +221,7 @@ std::int64_t Arguments::integer(const char* option, std::int64_t fallback, std::
         return fallback;
     const auto number = ParseInteger(*value);
     if (!number || *number < lowest || *number > highest)
-        throwInvalid(option, *value, "an integer from " + VoString(lowest) + " to " + VoString(highest));
+        ThrowInvalid(option, *value, "an integer from " + VoString(lowest) + " to " + VoString(highest));
     return *number;
 }
 
@@ -232,9 +233,9 @@ std::uint64_t Arguments::bytes(const char* option, std::uint64_t fallback, std::
         return fallback;
     const auto number = ParseBytes(*value);
     if (!number)
-        throwInvalid(option, *value, "a size such as 65536, 512K or 4M");
+        ThrowInvalid(option, *value, "a size such as 65536, 512K or 4M");
     if (*number < lowest || *number > highest)
-        throwInvalid(option, *value, "from " + VoString(lowest) + " to " + VoString(highest) + " bytes");
+        ThrowInvalid(option, *value, "from " + VoString(lowest) + " to " + VoString(highest) + " bytes");
     return *number;
 }
 

@@ -31,7 +31,7 @@ bool HasListing(const VoUUID& packageID)
 
 VoUUID RequireInstalled(const VoString& text)
 {
-    const VoUUID packageID = ChooseInstalled(text);
+    VoUUID packageID = ChooseInstalled(text);
     if (!IsInstalled(packageID) && !HasListing(packageID))
         throw Failure("\"" + text + "\" is not installed; see vo installed");
     return packageID;

@@ -43,7 +43,7 @@ std::string PublishedPlace(const VoLocation& definition)
     std::string text = definition.withoutUser().toString().toStdString();
     std::replace(text.begin(), text.end(), '\\', '/');
     const auto parent = [](const std::string& path) { return path.substr(0, path.find_last_of('/')); };
-    const std::string folder = parent(text);
+    std::string folder = parent(text);
     const std::string packages = parent(parent(folder));
     constexpr std::string_view name = "/packages";
     if (packages.size() <= name.size() || packages.compare(packages.size() - name.size(), name.size(), name) != 0)
