@@ -155,8 +155,6 @@ void VoFunction::requireValid() const
     const auto refuse = [this](const VoString& why) {
         throw VoInvalidParameterException("Invalid function " + name + ": " + why);
     };
-    if (!body)
-        refuse("nothing to call");
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         const VoFunctionParameter& parameter = parameters.at(i);
         if (!VoValueDefinition::IsValidName(parameter.name))
@@ -182,5 +180,7 @@ VoShellValue VoFunction::call(const VoDeque<VoFunctionArgument>& arguments, cons
         call.m_arguments.pushBack({parameters.at(i).name, binding.finish(i)});
     call.m_context = context;
     context.stop.throwIfStopped();
+    if (!body)
+        throw VoNotImplementedException(name);
     return body(call);
 }

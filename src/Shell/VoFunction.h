@@ -81,7 +81,9 @@ struct VOCORE_EXPORT VoFunction
     VoString name;                           ///< As "table.load"; as VoValueDefinition::IsValidName() wants it.
     VoString help;                           ///< A sentence for people.
     VoDeque<VoFunctionParameter> parameters; ///< Those without default first.
-    Body body;                               ///< What it does.
+    /// What it does. Without it the function is only declared: listed, told about and checked, for those programs that
+    /// carry it out.
+    Body body;
 
     /// How it is called: "table.save table file [separator=,]".
     VoString usage() const;
@@ -97,6 +99,7 @@ struct VOCORE_EXPORT VoFunction
     /// @throws VoInvalidParameterException "Invalid argument \"" + parameter + "\" of " + name + ": " + given + ",
     /// wanted " + wanted; "Missing argument \"" ...; "Too many arguments for " ...; "Argument given twice: " ...; each
     /// with ", at column " + number when it stands in a line
+    /// @throws VoNotImplementedException "Not implemented: " + name, for a function that is only declared
     /// @throws VoUserCancelledException when the context's stop flag is raised already
     VoShellValue call(const VoDeque<VoFunctionArgument>& arguments,
                       const VoFunctionContext& context = VoFunctionContext()) const;
