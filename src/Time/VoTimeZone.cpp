@@ -69,7 +69,7 @@ VoTimeZone::VoTimeZone(Kind kind) noexcept
 
 VoTimeZone::VoTimeZone(const VoString& id)
 {
-    const std::string text(id.toStdString());
+    const std::string& text = id.toStdString();
     if (text == "UTC")
         return;
     auto data = DataOf(text);
