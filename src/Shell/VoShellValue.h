@@ -78,7 +78,7 @@ private:
     struct Private;
 
     template <typename T>
-    const T& held(Form form) const;
+    const T& held(Form wanted) const;
 
     std::shared_ptr<const Private> m_private; // null in the Null variant
 };
