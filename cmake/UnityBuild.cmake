@@ -18,6 +18,7 @@ set(vocore_compiled_alone
     src/Download/detail/VoSingleDownload.cpp
     src/FileSystem/VoAtomicFileWriter.cpp
     src/FileSystem/detail/NativeFile_posix.cpp
+    src/FileSystem/detail/NativeFolder_posix.cpp
     src/Gui/VoMimeData.cpp
     src/Maths/VoSimplexAlgorithm.cpp
     src/Shell/detail/PackageFunctions.cpp
@@ -28,6 +29,7 @@ set(vocore_compiled_alone
     src/Updater/ReleaseManifest.cpp
     src/Updater/ReleaseSigner.cpp
     src/Updater/TrustedReleases.cpp
+    src/Updater/detail/files/HeldTree.cpp
     src/Updater/detail/install/UpdateTransaction.cpp
     src/Updater/detail/publish/ChunkWriter.cpp
     src/Updater/detail/registry/TrustPin.cpp

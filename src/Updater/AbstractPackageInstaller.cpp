@@ -14,6 +14,7 @@
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/HeldTree.h>
 #include <Updater/detail/install/ChunkSource.h>
 #include <Updater/detail/install/EventReport.h>
 #include <Updater/detail/install/InstallerSettings.h>
@@ -301,6 +302,7 @@ const VoByteArray& AbstractPackageInstaller::chunk(const ChunkReferenceListing& 
 void AbstractPackageInstaller::installFile(const AdvertisedFileListing& file, InstalledPackageListing& listing)
 {
     const VoFilePath place = resolvedPath(file);
+    const HeldTree held(installationDirectory());
     if (!Containment(installationDirectory()).holds(place))
         throw VoValidationException("Invalid target path: " + file.target().path());
     ensureDirectoryExists(place.parent(), listing);

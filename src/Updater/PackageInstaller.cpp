@@ -15,6 +15,7 @@
 #include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/files/FileInstaller.h>
+#include <Updater/detail/files/HeldTree.h>
 #include <Updater/detail/files/VolumeSync.h>
 #include <Updater/detail/install/ChunkSource.h>
 #include <Updater/detail/install/EventReport.h>
@@ -294,6 +295,8 @@ VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
 {
     requireValid();
     prepare();
+    const HeldTree after(installationDirectory());
+    const HeldTree before(m_private->installed ? m_private->installed->installationDirectory() : VoDirectoryPath());
     const InstallationJournal journal = this->journal();
     UpdateTransaction transaction(advertisedPackage(), m_private->installed.get(), installationDirectory(), targets(),
                                   m_private->owners, journal);

@@ -355,6 +355,62 @@ TEST_P(InstallFaultTest, ARaisedStopFlagEndsItBetweenFilesAndTheSameCallGoesOn)
     EXPECT_GT(cancelled, 3u);
 }
 
+// Between the checks and any step, a folder gives way to a link to one outside that holds all that it held.
+TEST_P(InstallFaultTest, AFolderThatIsReplacedByALinkMeanwhileLeadsNothingOutside)
+{
+    namespace fs = std::filesystem;
+    options.reuseInstalledFiles = GetParam().copies;
+    make();
+    prepared = snapshot();
+    const std::size_t steps = StepsOf([this] { work(); }).size();
+    const Files expected = snapshot();
+    const fs::path outside = vo::detail::ToNative(file("outside"));
+    std::size_t refused = 0;
+    for (const char* name : {"lib", "lib/deep", "back", ""}) {
+        const fs::path folder = vo::detail::ToNative(placed(name)).string();
+        const fs::path real = *name ? folder : folder.parent_path();
+        const fs::path hidden = real.string() + ".hidden";
+        for (std::size_t n = 1; n <= steps; ++n) {
+            SCOPED_TRACE(std::string(name) + " at step " + std::to_string(n));
+            prepare();
+            Files decoy;
+            {
+                const StepWatch watch([&, count = std::size_t{0}](FileStep, const VoString&) mutable {
+                    if (++count != n || !fs::is_directory(fs::symlink_status(real)))
+                        return;
+                    fs::remove_all(outside);
+                    fs::copy(real, outside, fs::copy_options::recursive);
+                    decoy = TreeOf(outside);
+                    fs::rename(real, hidden);
+                    fs::create_directory_symlink(outside, real);
+                });
+                try {
+                    work();
+                } catch (const VoException&) {
+                    ++refused;
+                }
+            }
+            if (!fs::is_symlink(fs::symlink_status(real)))
+                continue;
+            ASSERT_EQ(TreeOf(outside), decoy);
+            fs::remove(real);
+            fs::rename(hidden, real);
+            work();
+            // What was out of reach is left to its owner: old files that were to go.
+            for (const auto& [path, content] : snapshot()) {
+                if (expected.count(path) > 0) {
+                    ASSERT_EQ(content, expected.at(path)) << path;
+                } else {
+                    ASSERT_EQ(path.rfind("place/", 0), 0u) << path;
+                }
+            }
+            for (const auto& entry : expected)
+                ASSERT_TRUE(fs::exists(vo::detail::ToNative(file(entry.first.c_str())))) << entry.first;
+        }
+    }
+    EXPECT_GT(refused, 3u);
+}
+
 INSTANTIATE_TEST_SUITE_P(Operations, InstallFaultTest,
                          testing::Values(Scenario{"FirstInstallation", false, true, false, Scenario::Work::Install},
                                          Scenario{"Update", false, true, false, Scenario::Work::Replace},

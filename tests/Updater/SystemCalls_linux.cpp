@@ -153,11 +153,15 @@ INTERPOSE(int, -1, Changes | TakesSpace, syncfs, (int file), (file), noexcept)
 INTERPOSE(int, -1, Changes | TakesSpace, rename, (const char* from, const char* to), (from, to), noexcept)
 INTERPOSE(int, -1, Changes | TakesSpace, renameat2,
           (int from, const char* old, int to, const char* path, unsigned flags), (from, old, to, path, flags), noexcept)
+INTERPOSE(int, -1, Changes | TakesSpace, renameat, (int from, const char* old, int to, const char* path),
+          (from, old, to, path), noexcept)
 INTERPOSE(int, -1, Changes, unlink, (const char* path), (path), noexcept)
 INTERPOSE(int, -1, Changes, unlinkat, (int directory, const char* path, int flags), (directory, path, flags), noexcept)
 INTERPOSE(int, -1, Changes, remove, (const char* path), (path), noexcept)
 INTERPOSE(int, -1, Changes, rmdir, (const char* path), (path), noexcept)
 INTERPOSE(int, -1, Changes | TakesSpace, mkdir, (const char* path, mode_t mode), (path, mode), noexcept)
+INTERPOSE(int, -1, Changes | TakesSpace, mkdirat, (int directory, const char* path, mode_t mode),
+          (directory, path, mode), noexcept)
 INTERPOSE(int, -1, Looks, stat, (const char* path, struct stat* information), (path, information), noexcept)
 INTERPOSE(int, -1, Looks, lstat, (const char* path, struct stat* information), (path, information), noexcept)
 INTERPOSE(char*, nullptr, Looks, realpath, (const char* path, char* resolved), (path, resolved), noexcept)

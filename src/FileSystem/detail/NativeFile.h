@@ -22,6 +22,8 @@ enum class NewFileAccess
     OwnerOnly ///< this user only
 };
 
+class NativeFolder;
+
 /// An open file. A resource: it moves, and closes when it ends.
 class VOCORE_PRIVATE_EXPORT NativeFile
 {
@@ -50,6 +52,8 @@ public:
     void close(std::error_code& error) noexcept;
 
 private:
+    friend class NativeFolder; // makes files, too
+
     using Handle = std::intptr_t; // a descriptor, or the system's handle
     static constexpr Handle NoHandle = -1;
 

@@ -5,8 +5,8 @@
 #include <Core/detail/Completed.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/detail/NativeFile.h>
 #include <FileSystem/detail/NativePath.h>
+#include <Updater/detail/files/HeldTree.h>
 
 #include <atomic>
 #include <filesystem>
@@ -31,7 +31,9 @@ std::atomic<bool> observed{false};
 void Rename(const VoFilePath& from, const VoFilePath& to, const char* failure, const VoFilePath& place)
 {
     std::error_code error;
-    fs::rename(ToNative(from), ToNative(to), error);
+    const HeldPlace held = HeldPlace::Of(from, error);
+    if (!error)
+        held.folder.rename(held.name, held.siblingName(to), error);
     if (error)
         throw vo::detail::Because(error,
                                   VoFileException(failure + VoString(error.message()) + ": " + place.path(), place));
@@ -90,11 +92,21 @@ void MakeDirectory(const VoDirectoryPath& directory)
     AtStep(FileStep::MakeDirectory, directory.path());
     std::error_code error;
     vo::detail::RequireValidLength(directory);
-    fs::create_directory(ToNative(AsFile(directory)), error);
+    const HeldPlace held = HeldPlace::Of(AsFile(directory), error);
+    if (!error)
+        held.folder.makeDirectory(held.name, error);
+    if (error == std::errc::file_exists && VoFileSystem::IsDirectory(directory))
+        return;
     if (error)
         throw vo::detail::Because(
             error, VoFileException("Cannot create directory: " + VoString(error.message()) + ": " + directory.path(),
                                    directory.path()));
+}
+
+vo::detail::NativeFile MakeFile(const VoFilePath& path, std::error_code& error)
+{
+    const HeldPlace held = HeldPlace::Of(path, error);
+    return error ? vo::detail::NativeFile() : held.folder.createNew(held.name, error);
 }
 
 bool EraseFile(const VoFilePath& path)
@@ -106,7 +118,9 @@ bool EraseFile(const VoFilePath& path)
         return false;
     AtStep(FileStep::EraseFile, path.path());
     std::error_code error;
-    vo::detail::RemoveFile(ToNative(path), error);
+    const HeldPlace held = HeldPlace::Of(path, error);
+    if (!error)
+        held.folder.removeFile(held.name, error);
     if (error && !vo::detail::MeansMissing(error))
         throw vo::detail::Because(
             error, VoFileException("Cannot remove file: " + VoString(error.message()) + ": " + path.path(), path));
@@ -119,8 +133,10 @@ bool EraseDirectoryIfEmpty(const VoDirectoryPath& directory)
         return true;
     AtStep(FileStep::EraseDirectory, directory.path());
     std::error_code error;
-    fs::remove(ToNative(directory), error);
+    const HeldPlace held = HeldPlace::Of(AsFile(directory), error);
     if (!error)
+        held.folder.removeDirectory(held.name, error);
+    if (!error || vo::detail::MeansMissing(error))
         return true;
     if (error == std::errc::directory_not_empty || error == std::errc::file_exists ||
         error == std::errc::not_a_directory)
@@ -153,9 +169,9 @@ void CopyPermissions(const VoFilePath& model, const VoFilePath& file)
     if (KindOf(model) != FileKind::File)
         return;
     std::error_code error;
-    const fs::perms permissions = fs::status(ToNative(model), error).permissions();
+    const HeldPlace held = HeldPlace::Of(model, error);
     if (!error)
-        fs::permissions(ToNative(file), permissions & fs::perms::all, error);
+        held.folder.copyPermissions(held.name, held.siblingName(file), error);
 }
 
 void RequireFreeSpace(const VoDirectoryPath& directory, std::uint64_t bytes)

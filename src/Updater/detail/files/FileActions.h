@@ -2,13 +2,15 @@
 
 // Every change that installing, repairing and uninstalling make to the disk goes through here. Before each of them, and
 // before a chunk is read, an observer may be called, with which tests count the steps, kill the process at one of them,
-// or let it fail.
+// or let it fail. Below a directory of which the thread has a HeldTree, no link leads them outside of it.
 
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
+#include <FileSystem/detail/NativeFile.h>
 
 #include <cstdint>
 #include <functional>
+#include <system_error>
 
 namespace vo::updater::detail {
 
@@ -66,6 +68,11 @@ VOCORE_PRIVATE_EXPORT FileKind KindOf(const VoFilePath& path, Links links = Link
 /// Makes one directory; nothing when it is there.
 /// @throws VoFileException ("Cannot create directory: " + reason + ": " + path)
 void MakeDirectory(const VoDirectoryPath& directory);
+
+/// Makes a file and opens it for writing, without announcing a step. A name that is taken, also by a link, gives
+/// std::errc::file_exists.
+/// @throws VoFileException ("Link leads out of the installation: " + directory)
+vo::detail::NativeFile MakeFile(const VoFilePath& path, std::error_code& error);
 
 /// Removes a file or a link. A missing one counts as removed; a directory stays, and the result is false.
 /// @throws VoFileException ("Cannot remove file: " + reason + ": " + path)

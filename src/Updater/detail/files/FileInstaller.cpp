@@ -14,7 +14,6 @@
 namespace vo::updater::detail {
 
 using vo::detail::NativeFile;
-using vo::detail::ToNative;
 
 VoFilePath BuiltPath(const VoFilePath& place)
 {
@@ -28,11 +27,10 @@ FileInstaller::FileInstaller(const VoFilePath& place, Durability durability)
 {
     vo::detail::RequireValidLength(m_built);
     AtStep(FileStep::OpenFile, m_built.path());
-    const std::filesystem::path built = ToNative(m_built);
     std::error_code error;
-    m_file = NativeFile::CreateNew(built, vo::detail::NewFileAccess::Usual, error);
+    m_file = MakeFile(m_built, error);
     if (error == std::errc::file_exists && EraseFile(m_built)) // left by a run that was killed
-        m_file = NativeFile::CreateNew(built, vo::detail::NewFileAccess::Usual, error);
+        m_file = MakeFile(m_built, error);
     require(error);
 }
 

@@ -13,6 +13,7 @@
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/HeldTree.h>
 #include <Updater/detail/install/InstallerSettings.h>
 #include <Updater/detail/install/PackageCheck.h>
 #include <Updater/detail/install/StagingDirectory.h>
@@ -179,6 +180,9 @@ void RunAndRecord(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation
                   const VoDirectoryPath& directory, VoUniquePtr<InstalledPackageListing> installed,
                   InstallerSettings settings, const VoStopFlag& stop)
 {
+    // From before the first look at the directories to the end, however long the download takes.
+    const HeldTree after(directory);
+    const HeldTree before(installed ? installed->installationDirectory() : VoDirectoryPath());
     bool isSound = true;
     bool isRecorded = false;
     settings.record = [&](const InstalledPackageListing& listing) {

@@ -8,6 +8,7 @@
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/HeldTree.h>
 #include <Updater/detail/files/KeptFile.h>
 #include <Updater/detail/registry/FileOwners.h>
 
@@ -28,6 +29,7 @@ Uninstaller::Uninstaller(const VoUUID& packageID, const VoFilePath& listingPath,
 
 void Uninstaller::run(const VoStopFlag& stop)
 {
+    const HeldTree held(m_listing ? m_listing->installationDirectory() : VoDirectoryPath());
     if (m_listing)
         removeFiles(stop);
     removeLeft();

@@ -10,6 +10,7 @@
 #include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/files/FileInstaller.h>
+#include <Updater/detail/files/HeldTree.h>
 #include <XML/VoXMLStreamLoader.h>
 
 #include <algorithm>
@@ -70,6 +71,8 @@ class Cleaner
 public:
     explicit Cleaner(const RunNotes& notes)
         : m_notes(notes)
+        , m_heldAfter(notes.result.installationDirectory())
+        , m_heldBefore(notes.before)
         , m_after(notes.result.installationDirectory())
         , m_before(notes.before)
     {
@@ -184,6 +187,8 @@ private:
     }
 
     const RunNotes& m_notes;
+    const HeldTree m_heldAfter;
+    const HeldTree m_heldBefore;
     Containment m_after;
     Containment m_before;
     std::unordered_map<std::string_view, const InstalledFileListing*> m_files; // views of the notes
