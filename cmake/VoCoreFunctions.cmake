@@ -74,6 +74,7 @@ function(vocore_add_meta_objects target)
     get_property(headers TARGET ${target} PROPERTY VOCORE_QOBJECT_HEADERS)
     qt5_wrap_cpp(sources ${headers})
     target_sources(${target} PRIVATE ${sources})
+    set_source_files_properties(${sources} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 
 # Writes the library's umbrella header (VoCore.h), which includes every public one, so that it cannot go stale.
