@@ -89,7 +89,10 @@ struct AbstractPackageBuilder::Private
     std::unique_ptr<ChunkWriter> chunks;
     std::unordered_map<std::string, VoFilePath> targets; // by their folded names
     std::vector<VoDirectoryPath> directories;            // added whole, their output not left out
-    std::vector<VoDirectoryPath> published;              // where finalise has moved chunks, also when it failed
+    KeptChunks kept;                                     // for the directory that is being added
+    std::unordered_map<VoUUID, VoFilePath> shared;       // chunks of the package that an earlier release has, too
+    bool isPackedAnew = false;
+    std::vector<VoDirectoryPath> published; // where finalise has moved chunks, also when it failed
     IgnoreRules ignored;
     Approval approval;
     ReleaseTerms terms;
@@ -104,6 +107,8 @@ struct AbstractPackageBuilder::Private
     void broadcast(const VoString& text, const AbstractPackageBuilder& builder, Message::Kind kind = Message::Step);
     void moveChunk(const VoUUID& id, const VoDirectoryPath& directory, Publication& publication);
     void endAge(const std::vector<SourceFile>& next);
+    bool share(const VoUUID& id);
+    PackedFile pack(const VoFilePath& source, const VoFilePath& target);
 };
 
 // Marks the builder as working, which refuses calls from its own messages.
@@ -173,6 +178,34 @@ void AbstractPackageBuilder::Private::endAge(const std::vector<SourceFile>& next
         chunks->endChunk();
 }
 
+// Whether a chunk is an earlier release's; it is one of the package then.
+bool AbstractPackageBuilder::Private::share(const VoUUID& id)
+{
+    const KeptChunks::Chunk* chunk = kept.find(id);
+    if (chunk && shared.emplace(id, chunk->path).second)
+        package.add(chunk->listing);
+    return chunk != nullptr;
+}
+
+// A file all of whose bytes are in kept chunks was read when it was compared, and is not read again.
+PackedFile AbstractPackageBuilder::Private::pack(const VoFilePath& source, const VoFilePath& target)
+{
+    VoFileInputByteStream stream(source);
+    stream.requireOpen();
+    const AdvertisedFileListing* earlier = kept.file(target);
+    if (!earlier)
+        return chunks->append(stream);
+    bool isWhole = true;
+    for (const ChunkReferenceListing& piece : earlier->chunks())
+        isWhole = share(piece.chunkID()) && isWhole;
+    if (isWhole)
+        return {earlier->chunks(), earlier->checksum(), static_cast<std::uint64_t>(earlier->size().bytes())};
+    PackedFile packed = chunks->append(stream, earlier->chunks(), [this](const VoUUID& id) { return share(id); });
+    if (packed.checksum != earlier->checksum())
+        throw VoFileException("File changed while being added: " + source.path(), source);
+    return packed;
+}
+
 AbstractPackageBuilder::AbstractPackageBuilder(const VoUUID& packageID, const VoString& name, const VoVersion& version,
                                                std::uint64_t chunkSize, int compressionLevel)
     : m_private(new Private)
@@ -227,7 +260,10 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
     std::vector<std::vector<SourceFile>> ages;
     if (byAge) {
         const auto reading = [this](const VoFilePath& file) { announce("Comparing file: " + file.path()); };
-        ages = SortedByAge(std::move(sources), packageID(), declarationsFile, reading, warn);
+        const std::uint64_t capacity = m_private->isPackedAnew ? 0 : m_private->chunks->capacity();
+        AgedSources aged = SortedByAge(std::move(sources), packageID(), declarationsFile, capacity, reading, warn);
+        ages = std::move(aged.ages);
+        m_private->kept = std::move(aged.kept);
     } else {
         ages.push_back(std::move(sources));
     }
@@ -238,6 +274,7 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
             addFile(file.source, file.target, false);
     }
     m_private->chunks->settle();
+    m_private->kept = KeptChunks();
 }
 
 // What would be refused after hours of packing is refused now.
@@ -318,10 +355,7 @@ AdvertisedFileListing AbstractPackageBuilder::packFile(const VoFilePath& source,
             throw VoFileNotFoundException(source);
         throw VoCannotOpenFileException(source);
     }
-    VoFileInputByteStream stream(source);
-    stream.requireOpen();
-
-    const PackedFile packed = m_private->chunks->append(stream);
+    const PackedFile packed = m_private->pack(source, target);
     if (packed.size != VoFileSystem::FileSize(source))
         throw VoFileException("File changed while being added: " + source.path(), source);
     return AdvertisedFileListing(target, packed.pieces, fileID(target), packed.checksum,
@@ -348,8 +382,13 @@ void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
 
     m_private->broadcast("Moving chunks to output directory", *this);
     m_private->published.push_back(places.chunks);
-    for (const ChunkListing& chunk : m_private->package.chunks())
-        m_private->moveChunk(chunk.id(), places.chunks, publication);
+    for (const ChunkListing& chunk : m_private->package.chunks()) {
+        const auto shared = m_private->shared.find(chunk.id());
+        if (shared != m_private->shared.end())
+            publication.shareFile(Expected(shared->second, chunk), places.chunks.file(ChunkFileName(chunk.id())));
+        else
+            m_private->moveChunk(chunk.id(), places.chunks, publication);
+    }
     VoFileSystem::SyncDirectory(places.chunks);
 
     m_private->broadcast("Writing definition file: " + places.definition.path(), *this);
@@ -365,6 +404,16 @@ void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
     } catch (const VoUserCancelledException&) {
         // Too late: the release is published.
     }
+}
+
+void AbstractPackageBuilder::packAnew()
+{
+    m_private->isPackedAnew = true;
+}
+
+std::size_t AbstractPackageBuilder::chunksShared() const
+{
+    return m_private->shared.size();
 }
 
 void AbstractPackageBuilder::setApproval(Approval approval)

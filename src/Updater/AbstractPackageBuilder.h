@@ -95,8 +95,15 @@ public:
     /// that updates fetch little. Chunks end where an age ends, but ages that have less than a sixteenth of a chunk
     /// together share one. Reads the files that may be unchanged once more, on all processors; messages
     /// "Comparing file: " + target come before. A declared release that cannot be read is left out, with a warning.
+    /// Chunks of the newest declared release that hold hardly anything but files which have not changed are used as they
+    /// are, when their digests are those of its definition: both releases then have the same file, where the volume
+    /// has links.
     /// Throws also what opening the declarations throws.
     void addByAge(const VoDirectoryPath& directory, const VoFilePath& declarationsFile);
+
+    /// Has addByAge() compress all files, and use no chunks of earlier releases.
+    void packAnew();
+    std::size_t chunksShared() const; ///< How many chunks of the package an earlier release has as well.
 
     /// Leaves files and folders out of the directories that are added from now on: `pattern` is a path with the signs
     /// *, ? and **, as in the lists that version control knows ("*.pdb", "/build/", "!keep.pdb"). Letter case does not

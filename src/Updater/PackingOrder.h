@@ -26,7 +26,8 @@ class AdvertisedPackageListing;
 /// changed in the release before, and so on; files of one age in the order of their paths. What a client with release k
 /// lacks are the files that changed after k, and these are the beginning of the sequence. So the chunks that it needs
 /// hold no more than the bytes of the files that it needs and one chunk's capacity, however old k is; and hardly more
-/// than these bytes when a chunk ends where an age ends, as AbstractPackageBuilder::addByAge() has it.
+/// than these bytes when a chunk ends where an age ends, as AbstractPackageBuilder::addByAge() has it, but for the
+/// sixteenth that may be of no use any more in a chunk which addByAge() takes over from the release before.
 ///
 /// Its limits: when a file goes back to an earlier content, clients that still have that content do not need it, and
 /// their chunks hold its bytes all the same. And files are fetched whole: a small edit in a very large file costs the

@@ -80,7 +80,7 @@ protected:
         const VoDirectoryPath source = sourceOf(builder.version().toString());
         for (const auto& [name, content] : files)
             WriteBytes(source.appended(VoFilePath(name.c_str())), content);
-        builder.add(source);
+        builder.addByAge(source, declarations());
         builder.finalise(declarations());
         return declarations()
             .parent()

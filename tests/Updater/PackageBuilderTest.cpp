@@ -554,3 +554,48 @@ TEST_F(PackageBuilding, AReceiverCannotDisturbTheBuild)
     EXPECT_EQ(refusals, std::set<std::string>{"Package builder called from within one of its messages"});
     EXPECT_EQ(published(), (Files{{"a", std::string(25, 'a')}}));
 }
+
+TEST_F(PackageBuilding, ReleasesShareTheChunksOfUnchangedFiles)
+{
+    constexpr std::uint64_t capacity = 1000;
+    Files files = {{"large", Noise(4500, 99)}};
+    for (int i = 0; i < 150; ++i)
+        files["f" + std::to_string(100 + i)] = Noise(static_cast<std::size_t>(10 + i * 7 % 40), i);
+    const auto publish = [&](unsigned minor, bool anew = false) {
+        makeSource(files);
+        const auto next = builder(capacity, VoVersion(1, minor, 0, VoVersion::Release));
+        if (anew)
+            next->packAnew();
+        next->addByAge(source(), declarations());
+        next->finalise(declarations());
+        EXPECT_EQ(published(next->version().toString().toStdString().c_str()), files) << minor;
+        return std::pair(next->package(), next->chunksShared());
+    };
+    const auto fileOf = [&](const char* version, const ChunkListing& chunk) {
+        return vo::detail::ToNative(release(version).appended(chunk.path()));
+    };
+    const auto first = publish(0).first;
+    const std::size_t all = first.chunks().size();
+    EXPECT_EQ(publish(1).second, all);
+    EXPECT_EQ(std::filesystem::hard_link_count(fileOf("1.0.0.0", first.chunks()[2])), 2u);
+    EXPECT_EQ(publish(2, true).second, 0u);
+
+    // One small file leaves its chunk worth keeping; the large one's chunks stay when a neighbour of its ends is gone.
+    files["f140"] = "other";
+    EXPECT_EQ(publish(3).second, all);
+    for (int i = 0; i < 150; i += i < 100 ? 1 : 20)
+        files["f" + std::to_string(100 + i)] += "!";
+    const auto [fifth, shared] = publish(4);
+    EXPECT_GE(shared, 3u);
+    EXPECT_LT(shared, all);
+
+    // A damaged chunk, which is one file for all its releases, goes no further; neither does one that is gone.
+    const ChunkListing damaged = *std::find_if(
+        fifth.chunks().begin(), fifth.chunks().end(),
+        [&](const ChunkListing& chunk) { return std::filesystem::hard_link_count(fileOf("1.4.0.0", chunk)) > 1; });
+    WriteBytes(release("1.4.0.0").appended(damaged.path()), "damaged");
+    EXPECT_EQ(ReadBytes(release("1.3.0.0").appended(damaged.path())), "damaged");
+    std::filesystem::remove(fileOf("1.4.0.0", fifth.chunks().back()));
+    EXPECT_EQ(publish(5).first.chunk(damaged.id()), nullptr);
+    EXPECT_EQ(publish(6).second, publish(7).second);
+}

@@ -204,13 +204,16 @@ void Build(Session& session, AbstractPackageBuilder& builder, const Request& req
     builder.setTerms(request.terms, request.signing);
     builder.setApproval([&](const AdvertisedPackages& declared) { Approve(declared, base, request); });
     LeaveOut(builder, session, request);
+    if (session.arguments.has("repack"))
+        builder.packAnew();
     Pack(builder, session, request);
     builder.finalise(request.declarations);
     console.endProgress();
 }
 
-void ShowRelease(Console& console, const AdvertisedPackageListing& package, double seconds)
+void ShowRelease(Console& console, const AbstractPackageBuilder& builder, double seconds)
 {
+    const AdvertisedPackageListing& package = builder.package();
     const std::uint64_t in = TotalBytes(package.files());
     const std::uint64_t out = TotalBytes(package.chunks());
     const double ratio = out > 0 ? static_cast<double>(in) / static_cast<double>(out) : 1.0;
@@ -223,6 +226,8 @@ void ShowRelease(Console& console, const AdvertisedPackageListing& package, doub
     console.fact("bytesIn", "bytes in", BytesText(in), in);
     console.fact("bytesOut", "bytes out", BytesText(out), out);
     console.fact("chunks", "chunks", package.chunks().size());
+    if (builder.chunksShared() > 0)
+        console.fact("chunksShared", "of them kept", builder.chunksShared());
     console.fact("ratio", "ratio", SecondsText(ratio), ratio);
     console.fact("seconds", "seconds", SecondsText(seconds), seconds);
 }
@@ -238,7 +243,7 @@ ExitCode Run(Session& session)
     const auto builder = MakeBuilder(session, request, base);
     Doing(session.arguments, "publish", NameOf(session.arguments, request.folder),
           [&] { Build(session, *builder, request, base); });
-    ShowRelease(session.console, builder->package(), timer.elapsed().seconds());
+    ShowRelease(session.console, *builder, timer.elapsed().seconds());
     ShowManifest(session, builder->manifestState());
     return ExitCode::Done;
 }
@@ -255,6 +260,7 @@ std::vector<Option> Options()
         {"replace", nullptr, "let the release take the place of one that is declared already"},
         {"older", nullptr, "let the release be older than the newest that is declared"},
         {"chunk-size", "N", "bytes that a chunk holds before compression, such as 512K (the default is 4M)"},
+        {"repack", nullptr, "compress all files, also those whose chunks the newest release has already"},
         {"level", "N", "compression from 0 (none) to 12 (smallest, slow; the default is 6)"},
         {"channel", "NAME", "release (the default), or beta: see vo promote"},
         {"share", "SHARE", "to how many installations the release is offered, such as 20%: see vo rollout"},
@@ -273,14 +279,15 @@ Command PublishCommand()
     return {
         "publish",
         "FOLDER --to DECLARATIONS --name NAME --release V [--build-type N] [--package ID] [--exclude PATTERN]... "
-        "[--replace] [--older] [--chunk-size N] [--level N]",
+        "[--replace] [--older] [--chunk-size N] [--level N] [--repack]",
         "publish a folder as the next release of a package",
         "Packs the files of a folder into compressed chunks beside a declarations file, which is created when it\n"
         "does not exist, and declares them there as a release. When the declarations already have a package with\n"
         "that ID (or, without --package, with that name) this is its next release: a file at an unchanged place\n"
         "keeps its ID, and the files that changed last are packed first, so that an update fetches little more than\n"
-        "what changed. Otherwise a new package begins, and its ID is printed. Nothing shows before the last step;\n"
-        "what cannot be published is refused before anything is packed. Several runs may publish at the same time.\n"
+        "what changed. Chunks of the newest release that hold hardly anything but unchanged files are used as they\n"
+        "are. Otherwise a new package begins, and its ID is printed. Nothing shows before the last step; what cannot\n"
+        "be published is refused before anything is packed. Several runs may publish at the same time.\n"
         "\n"
         "Files that fit a pattern of --exclude or a line of a file .voignore in the folder are left out, as version\n"
         "control does it: \"*.pdb\" anywhere, \"/notes.txt\" from the folder on, \"build/\" for folders,\n"

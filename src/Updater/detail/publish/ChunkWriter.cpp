@@ -20,6 +20,7 @@
 #include <future>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace vo::updater::detail {
 
@@ -187,6 +188,52 @@ PackedFile ChunkWriter::append(VoFileInputByteStream& source)
     }
     result.checksum = hasher.finish();
     return result;
+}
+
+PackedFile ChunkWriter::append(VoFileInputByteStream& source, const VoDeque<ChunkReferenceListing>& pieces,
+                               const std::function<bool(const VoUUID&)>& isKept)
+{
+    constexpr std::size_t blockSize = 256 * 1024;
+    std::vector<char> block(blockSize);
+    PackedFile result;
+    vo::detail::Sha3 hasher;
+    for (const ChunkReferenceListing& piece : pieces) {
+        const bool stays = isKept(piece.chunkID());
+        if (stays)
+            result.pieces.pushBack({piece.chunkID(), piece.offset(), piece.length(), result.pieces.size()});
+        for (std::uint64_t left = piece.length(); left > 0;) {
+            const std::size_t count = source.read(block.data(), std::min<std::uint64_t>(left, blockSize));
+            if (count == 0)
+                return result; // shorter than it was: without a checksum
+            hasher.add(block.data(), count);
+            result.size += count;
+            left -= count;
+            if (!stays)
+                append(block.data(), count, result.pieces);
+        }
+    }
+    result.checksum = hasher.finish();
+    return result;
+}
+
+void ChunkWriter::append(const char* data, std::size_t size, VoDeque<ChunkReferenceListing>& pieces)
+{
+    VoByteBuffer& buffer = m_private->buffer;
+    while (size > 0) {
+        const std::size_t offset = buffer.size();
+        const std::size_t count = std::min(size, buffer.capactiy() - offset);
+        buffer.resize(offset + count);
+        std::copy(data, data + count, buffer.data() + offset);
+        const ChunkReferenceListing* last = pieces.isEmpty() ? nullptr : &pieces.back();
+        if (last && last->chunkID() == m_private->currentID && last->offset() + last->length() == offset)
+            pieces.back() = {last->chunkID(), last->offset(), last->length() + count, last->index()};
+        else
+            pieces.pushBack({m_private->currentID, offset, count, pieces.size()});
+        data += count;
+        size -= count;
+        if (buffer.isFull())
+            endChunk();
+    }
 }
 
 // Strong: on failure the bytes are still in the buffer.

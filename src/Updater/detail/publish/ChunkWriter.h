@@ -55,6 +55,10 @@ public:
     /// Appends all bytes of a stream. Throws what reading and writing throw, also what went wrong with a chunk handed
     /// on before; some bytes may have been appended then.
     PackedFile append(VoFileInputByteStream& source);
+    /// As above for a file that is in chunks already, as `pieces` tells in the order of its bytes: those in chunks that
+    /// are kept are read for the checksum only.
+    PackedFile append(VoFileInputByteStream& source, const VoDeque<ChunkReferenceListing>& pieces,
+                      const std::function<bool(const VoUUID&)>& isKept);
     /// Lets the chunk being filled end here, unless it has no bytes.
     void endChunk();
     /// Waits until all chunks handed on are on disk and told of. A chunk that could not be written stays with its bytes
@@ -75,6 +79,8 @@ public:
 
 private:
     struct Private;
+
+    void append(const char* data, std::size_t size, VoDeque<ChunkReferenceListing>& pieces);
 
     std::unique_ptr<Private> m_private;
 };

@@ -9,10 +9,11 @@
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoLocation.h>
-#include <Threading/VoParallelTaskScheduler.h>
+#include <Threading/VoStopFlag.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/PackingOrder.h>
+#include <Updater/detail/files/FileCheck.h>
 
 #include <algorithm>
 #include <map>
@@ -53,8 +54,7 @@ VoUniquePtr<AdvertisedPackageListing> TryOpen(const VoFilePath& definition, cons
     }
 }
 
-// Files of another size than before have changed; the others are read to see. One that cannot be read counts as
-// changed: adding it will tell what is wrong with it.
+// Files of another size than before have changed; the others are read to see.
 class Contents
 {
 public:
@@ -64,22 +64,24 @@ public:
             m_files.push_back({file, {file.target, VoChecksum(), 0}});
     }
 
+    // A file that cannot be read counts as changed: adding it will tell what is wrong with it.
     void compare(const AdvertisedPackageListing& newest, const std::function<void(const VoFilePath&)>& reading)
     {
-        const std::vector<Entry*> doubtful = entriesOfSameSize(newest);
-        background_task::VoParallelTaskScheduler scheduler;
-        // In batches, so that a receiver of the progress can end the work soon.
-        const std::size_t batch = 8 * scheduler.workers();
-        for (std::size_t first = 0; first < doubtful.size(); first += batch) {
-            const std::size_t last = std::min(first + batch, doubtful.size());
-            for (std::size_t i = first; i < last; ++i)
-                reading(doubtful[i]->source.target);
-            scheduler.parallelFor(first, last, 1, [&](std::size_t begin, std::size_t end) {
-                for (std::size_t i = begin; i < end; ++i)
-                    read(*doubtful[i]);
-            });
-        }
+        const std::vector<Pair> doubtful = pairsOfSameSize(newest);
+        const auto expected = [&](std::size_t i) {
+            reading(doubtful[i].entry->source.target);
+            return Expected(doubtful[i].entry->source.source, *doubtful[i].earlier);
+        };
+        ExamineAll(doubtful.size(), expected, Links::Followed, VoStopFlag(), [&](std::size_t i, FileState state) {
+            if (state != FileState::Sound)
+                return;
+            doubtful[i].entry->file.checksum = doubtful[i].earlier->checksum();
+            m_unchanged.emplace(doubtful[i].entry->file.target, doubtful[i].earlier);
+        });
     }
+
+    // Those of the release that was compared with.
+    const KeptChunks::UnchangedFiles& unchanged() const { return m_unchanged; }
 
     VoDeque<PackingOrder::File> files() const
     {
@@ -96,34 +98,44 @@ private:
         PackingOrder::File file;
     };
 
-    std::vector<Entry*> entriesOfSameSize(const AdvertisedPackageListing& newest)
+    struct Pair
     {
-        std::map<VoFilePath, std::int64_t> sizes;
+        Entry* entry;
+        const AdvertisedFileListing* earlier;
+    };
+
+    std::vector<Pair> pairsOfSameSize(const AdvertisedPackageListing& newest)
+    {
+        std::map<VoFilePath, const AdvertisedFileListing*> earlier;
         for (const AdvertisedFileListing& file : newest.files())
-            sizes.emplace(file.target(), file.size().bytes());
-        std::vector<Entry*> result;
+            earlier.emplace(file.target(), &file);
+        std::vector<Pair> result;
         for (Entry& entry : m_files) {
-            const auto known = sizes.find(entry.file.target);
-            if (known == sizes.end() || !IsRegularFile(entry.source.source))
+            const auto known = earlier.find(entry.file.target);
+            if (known == earlier.end() || !IsRegularFile(entry.source.source))
                 continue;
             entry.file.size = VoFileSystem::FileSize(entry.source.source);
-            if (static_cast<std::uint64_t>(known->second) == entry.file.size)
-                result.push_back(&entry);
+            if (static_cast<std::uint64_t>(known->second->size().bytes()) == entry.file.size)
+                result.push_back({&entry, known->second});
         }
         return result;
     }
 
-    static void read(Entry& entry)
-    {
-        try {
-            entry.file.checksum = VoFileSystem::Checksum(entry.source.source);
-        } catch (const VoException&) {
-            entry.file.checksum = VoChecksum();
-        }
-    }
-
     std::vector<Entry> m_files;
+    KeptChunks::UnchangedFiles m_unchanged;
 };
+
+// Whatever is wrong with the earlier release costs time only: its files are packed anew.
+KeptChunks TryKeep(const AdvertisedPackageListing& newest, const VoFilePath& definition, const Contents& contents,
+                   std::uint64_t capacity, const Warn& warn)
+{
+    try {
+        return KeptChunks(newest, definition.parent(), contents.unchanged(), capacity);
+    } catch (const VoException&) {
+        warn("Chunks of the earlier release are not used: " + definition.path() + ": " + vo::CurrentExceptionText());
+        return {};
+    }
+}
 
 std::vector<std::vector<SourceFile>> Arranged(std::vector<SourceFile> files, const PackingOrder& order)
 {
@@ -141,20 +153,17 @@ std::vector<std::vector<SourceFile>> Arranged(std::vector<SourceFile> files, con
 
 } // namespace
 
-std::vector<std::vector<SourceFile>> SortedByAge(std::vector<SourceFile> files, const VoUUID& packageID,
-                                                 const VoFilePath& declarationsFile,
-                                                 const std::function<void(const VoFilePath&)>& reading,
-                                                 const Warn& warn)
+AgedSources SortedByAge(std::vector<SourceFile> files, const VoUUID& packageID, const VoFilePath& declarationsFile,
+                        std::uint64_t capacity, const std::function<void(const VoFilePath&)>& reading, const Warn& warn)
 {
-    if (!VoFileSystem::Exists(declarationsFile))
-        return {std::move(files)};
-    const VoUniquePtr<AdvertisedPackages> declared = AdvertisedPackages::Open(declarationsFile);
-    const std::vector<VoFilePath> definitions = Definitions(*declared, packageID, declarationsFile);
-    if (definitions.empty())
-        return {std::move(files)};
-    const VoUniquePtr<AdvertisedPackageListing> newest = TryOpen(definitions.front(), warn);
+    const bool isFirst = !VoFileSystem::Exists(declarationsFile);
+    const std::vector<VoFilePath> definitions =
+        isFirst ? std::vector<VoFilePath>()
+                : Definitions(*AdvertisedPackages::Open(declarationsFile), packageID, declarationsFile);
+    const VoUniquePtr<AdvertisedPackageListing> newest =
+        definitions.empty() ? VoUniquePtr<AdvertisedPackageListing>() : TryOpen(definitions.front(), warn);
     if (!newest)
-        return {std::move(files)};
+        return {{std::move(files)}, {}};
 
     Contents contents(files);
     contents.compare(*newest, reading);
@@ -164,7 +173,10 @@ std::vector<std::vector<SourceFile>> SortedByAge(std::vector<SourceFile> files, 
         if (const VoUniquePtr<AdvertisedPackageListing> earlier = TryOpen(definitions[i], warn))
             order.addEarlier(*earlier);
     }
-    return Arranged(std::move(files), order);
+    KeptChunks kept;
+    if (capacity > 0)
+        kept = TryKeep(*newest, definitions.front(), contents, capacity, warn);
+    return {Arranged(std::move(files), order), std::move(kept)};
 }
 
 } // namespace vo::updater::detail

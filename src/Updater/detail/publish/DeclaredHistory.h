@@ -2,19 +2,30 @@
 
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
+#include <Updater/detail/publish/KeptChunks.h>
 #include <Updater/detail/publish/SourceTree.h>
 
+#include <cstdint>
 #include <functional>
 #include <vector>
 
 namespace vo::updater::detail {
 
-/// The files of a package's next release in the order of PackingOrder, those of each age apart, after the releases of
-/// it that `declarationsFile` declares; as they are when there are none. Reads the files that may be unchanged, on all
-/// processors, calling `reading` with the target on this thread before each. A release whose definition cannot be read
-/// is left out, with a warning: the order decides about the bytes of updates, not about what they do.
-VOCORE_PRIVATE_EXPORT std::vector<std::vector<SourceFile>>
-SortedByAge(std::vector<SourceFile> files, const VoUUID& packageID, const VoFilePath& declarationsFile,
-            const std::function<void(const VoFilePath&)>& reading, const std::function<void(const VoString&)>& warn);
+/// What earlier releases tell of the files of the next one.
+struct AgedSources
+{
+    std::vector<std::vector<SourceFile>> ages; ///< Those of each age apart.
+    KeptChunks kept;                           ///< The chunks of the newest earlier release that hold most of them.
+};
+
+/// The files of a package's next release in the order of PackingOrder, after the releases of it that `declarationsFile`
+/// declares; as they are when there are none. Reads the files that may be unchanged, on all processors, calling
+/// `reading` with the target on this thread before each. A release whose definition cannot be read is left out, with a
+/// warning: the order decides about the bytes of updates, not about what they do. `capacity` is that of the chunks that
+/// will be packed; 0 keeps none of those there are.
+VOCORE_PRIVATE_EXPORT AgedSources SortedByAge(std::vector<SourceFile> files, const VoUUID& packageID,
+                                              const VoFilePath& declarationsFile, std::uint64_t capacity,
+                                              const std::function<void(const VoFilePath&)>& reading,
+                                              const std::function<void(const VoString&)>& warn);
 
 } // namespace vo::updater::detail

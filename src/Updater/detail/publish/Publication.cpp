@@ -4,8 +4,10 @@
 #include <Core/VoFileException.h>
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
+#include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativePath.h>
+#include <IO/VoFileByteStream.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
@@ -24,6 +26,18 @@ VoUniquePtr<AdvertisedPackages> OpenDeclarations(const VoFilePath& path)
     VoUniquePtr<AdvertisedPackages> declarations = AdvertisedPackages::Open(path);
     *declarations; // throws when it is another document
     return declarations;
+}
+
+void CopyDurably(const VoFilePath& from, const VoFilePath& to)
+{
+    constexpr std::size_t blockSize = 256 * 1024;
+    VoFileInputByteStream source(from);
+    source.requireOpen();
+    VoAtomicFileWriter writer(to);
+    std::vector<char> block(blockSize);
+    while (const std::size_t count = source.read(block.data(), block.size()))
+        writer.write(block.data(), count);
+    writer.commit();
 }
 
 // One step back; the others are taken whatever becomes of it.
@@ -102,6 +116,22 @@ void Publication::moveFile(const VoFilePath& from, const VoFilePath& to)
     m_moved.emplace_back(from, to);
 }
 
+void Publication::shareFile(const ExpectedFile& from, const VoFilePath& to)
+{
+    if (VoFileSystem::Exists(to)) {
+        // Also left by a run that was killed while copying it.
+        if (VoFileSystem::Same(from.path, to) || IsSound({to, from.checksum, from.size}))
+            return;
+        VoFileSystem::Remove(to);
+    }
+    // Nothing is written through a link: whatever replaces a chunk's file renames another one over it.
+    std::error_code error;
+    std::filesystem::create_hard_link(vo::detail::ToNative(from.path), vo::detail::ToNative(to), error);
+    if (error)
+        CopyDurably(from.path, to);
+    m_shared.push_back(to);
+}
+
 void Publication::writeDefinition(const AdvertisedPackageListing& package, const VoFilePath& definition,
                                   const VoFilePath& relative)
 {
@@ -169,6 +199,8 @@ void Publication::undo() noexcept
             WriteBytes(file->path, *file->bytes);
         });
     }
+    for (const VoFilePath& file : m_shared)
+        TakeBack(file.path(), [&] { VoFileSystem::Remove(file); });
     for (auto file = m_moved.rbegin(); file != m_moved.rend(); ++file)
         TakeBack(file->second.path(), [&] { VoFileSystem::MoveFile(file->second, file->first); });
     // As long as nobody else can be about to fill them.

@@ -8,6 +8,7 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/detail/FileLock.h>
 #include <Updater/AdvertisedPackages.h>
+#include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/publish/ManifestFolder.h>
 
 #include <functional>
@@ -44,6 +45,9 @@ public:
     void makeDirectory(const VoDirectoryPath& directory);
     /// Moves a file in.
     void moveFile(const VoFilePath& from, const VoFilePath& to);
+    /// Puts a file that is there already into a second place as well: as a link where the volume has them, so that the
+    /// releases share it, else as a copy. A sound one that is there stays.
+    void shareFile(const ExpectedFile& from, const VoFilePath& to);
     /// Writes the definition of a release. Where the document declares another build of it at that place, its
     /// declaration goes first: between the two steps a reader then finds no release, and never one whose definition is
     /// that of another.
@@ -73,6 +77,7 @@ private:
     std::vector<VoDirectoryPath> m_madeDirectories; // outermost first
     std::size_t m_outside = 0;                      // the first so many of them were made before the lock was had
     std::vector<std::pair<VoFilePath, VoFilePath>> m_moved;
+    std::vector<VoFilePath> m_shared;
     std::vector<Replaced> m_replaced;
     std::optional<vo::detail::FileLock> m_lock;
     VoUniquePtr<AdvertisedPackages> m_declarations;
