@@ -3,56 +3,28 @@
 #include <Core/VoException.h>
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
+#include <Updater/detail/documents/ListedFile.h>
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
 #include <vector>
 
 namespace vo::updater {
 
+using namespace detail;
+
 namespace {
 
-// A file by its ID. The first bytes of the ID are kept as a number that sorts as they do, since following the pointer
-// to the text is what sorting a hundred thousand of them costs.
-struct Entry
-{
-    std::uint64_t prefix;
-    const AbstractFileListing* file;
-
-    const std::string& id() const { return file->id().toString().toStdString(); }
-};
-
-// Identifiers sort by their bytes as signed characters, the shorter first.
-std::uint64_t Prefix(const std::string& id)
-{
-    std::uint64_t prefix = 0;
-    for (std::size_t i = 0; i < sizeof(prefix); ++i)
-        prefix = prefix << 8 | (i < id.size() ? static_cast<unsigned char>(id[i]) ^ 0x80u : 0u);
-    return prefix;
-}
-
-bool Before(const Entry& a, const Entry& b)
-{
-    return a.prefix != b.prefix ? a.prefix < b.prefix : a.file->id() < b.file->id();
-}
-
-bool SameID(const Entry& a, const Entry& b)
-{
-    return a.prefix == b.prefix && a.id() == b.id();
-}
-
 // By ID; of several with one ID the first.
-std::vector<Entry> Sorted(const std::vector<const AbstractFileListing*>& files)
+std::vector<ListedFile> Sorted(const std::vector<const AbstractFileListing*>& files)
 {
-    std::vector<Entry> entries;
-    entries.reserve(files.size());
+    std::vector<ListedFile> sorted;
+    sorted.reserve(files.size());
     for (const AbstractFileListing* file : files)
-        entries.push_back({Prefix(file->id().toString().toStdString()), file});
-    std::stable_sort(entries.begin(), entries.end(), Before);
-    entries.erase(std::unique(entries.begin(), entries.end(), SameID), entries.end());
-    return entries;
+        sorted.emplace_back(*file);
+    std::stable_sort(sorted.begin(), sorted.end());
+    const auto isSame = [](const ListedFile& a, const ListedFile& b) { return a.hasSameID(b); };
+    sorted.erase(std::unique(sorted.begin(), sorted.end(), isSame), sorted.end());
+    return sorted;
 }
 
 } // namespace
@@ -83,18 +55,18 @@ VoUniquePtr<PackageDifferences> AbstractPackageListing::compare(const AbstractPa
         throw VoInvalidParameterException("Cannot compare different base packages");
 
     auto differences = VoUniquePtr<PackageDifferences>::Make(packageID(), versionID(), target.versionID());
-    const std::vector<Entry> sources = Sorted(listedFiles());
-    const std::vector<Entry> targets = Sorted(target.listedFiles());
+    const std::vector<ListedFile> sources = Sorted(listedFiles());
+    const std::vector<ListedFile> targets = Sorted(target.listedFiles());
     auto source = sources.begin();
     auto fresh = targets.begin();
     while (source != sources.end() || fresh != targets.end()) {
-        if (source == sources.end() || (fresh != targets.end() && Before(*fresh, *source))) {
-            differences->fileAdded((fresh++)->file->id());
-        } else if (fresh == targets.end() || Before(*source, *fresh)) {
-            differences->fileRemoved((source++)->file->id());
+        if (source == sources.end() || (fresh != targets.end() && *fresh < *source)) {
+            differences->fileAdded((fresh++)->id());
+        } else if (fresh == targets.end() || *source < *fresh) {
+            differences->fileRemoved((source++)->id());
         } else {
-            if (!source->file->equivalent(*fresh->file))
-                differences->fileModified(source->file->id());
+            if (!source->isEquivalent(*fresh))
+                differences->fileModified(source->id());
             ++source;
             ++fresh;
         }

@@ -6,21 +6,17 @@
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFilePath.h>
 #include <Updater/detail/documents/Attributes.h>
-#include <Updater/detail/documents/HiddenState.h>
+#include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <XML/VoXMLStreamLoader.h>
 
 #include <algorithm>
+#include <string>
+#include <utility>
 
 namespace vo::updater {
 
 using namespace detail;
-
-struct AdvertisedFileListing::Private
-{
-    VoFilePath target;
-    VoDeque<ChunkReferenceListing> chunks; // sorted; index i at position i
-};
 
 namespace {
 
@@ -50,51 +46,55 @@ AdvertisedFileListing::AdvertisedFileListing() = default;
 
 AdvertisedFileListing::AdvertisedFileListing(const VoFilePath& target, const VoDeque<ChunkReferenceListing>& chunks,
                                              const VoUUID& id, const VoChecksum& checksum, const VoDownloadSize& size)
-    : AbstractFileListing(id, checksum, size)
-    , m_private(new Private{target, Ordered(chunks)})
+    : AbstractFileListing(id, checksum, size, target)
 {
+    addPieces(chunks);
 }
 
 AdvertisedFileListing::AdvertisedFileListing(VoXMLStreamElementLoader& element)
-    : AbstractFileListing(element)
-    , m_private(new Private{ReadAttribute<VoFilePath>(element, attribute::Target), {}})
+    : AbstractFileListing(element, attribute::Target)
 {
     VoDeque<ChunkReferenceListing> chunks;
     LoadChildren<ChunkReferenceListing>(
         element, [&chunks](ChunkReferenceListing&& chunk) { chunks.pushBack(std::move(chunk)); });
-    m_private->chunks = Ordered(std::move(chunks));
+    addPieces(std::move(chunks));
 }
 
-AdvertisedFileListing::AdvertisedFileListing(const AdvertisedFileListing& other)
-    : AbstractFileListing(other)
-    , m_private(Copy(other.m_private))
+AdvertisedFileListing::AdvertisedFileListing(const FileTable& table, std::uint32_t number) noexcept
+    : AbstractFileListing(table, number)
 {
 }
 
+AdvertisedFileListing::AdvertisedFileListing(const AdvertisedFileListing& other) = default;
 AdvertisedFileListing::AdvertisedFileListing(AdvertisedFileListing&& other) noexcept = default;
-
-AdvertisedFileListing& AdvertisedFileListing::operator=(const AdvertisedFileListing& other)
-{
-    return *this = AdvertisedFileListing(other);
-}
-
+AdvertisedFileListing& AdvertisedFileListing::operator=(const AdvertisedFileListing& other) = default;
 AdvertisedFileListing& AdvertisedFileListing::operator=(AdvertisedFileListing&& other) noexcept = default;
-
 AdvertisedFileListing::~AdvertisedFileListing() = default;
+
+void AdvertisedFileListing::addPieces(VoDeque<ChunkReferenceListing> pieces)
+{
+    for (const ChunkReferenceListing& piece : Ordered(std::move(pieces)))
+        addPiece(piece.chunkID(), piece.offset(), piece.length());
+}
 
 void AdvertisedFileListing::AddDefinitions(VoXMLStreamLoader& loader)
 {
     loader.addGlobalRule(tag::ChunkReference, Build<ChunkReferenceListing>);
 }
 
-const VoFilePath& AdvertisedFileListing::target() const
+VoFilePath AdvertisedFileListing::target() const
 {
-    return Read(m_private).target;
+    return VoFilePath::CreateUnchecked(VoString(std::string(pathText())));
 }
 
-const VoDeque<ChunkReferenceListing>& AdvertisedFileListing::chunks() const
+VoDeque<ChunkReferenceListing> AdvertisedFileListing::chunks() const
 {
-    return Read(m_private).chunks;
+    const ListedFile file(*this);
+    VoDeque<ChunkReferenceListing> chunks;
+    for (const FileTable::Piece& piece : file.pieces())
+        chunks.pushBack(ChunkReferenceListing(VoUUID(VoString(std::string(file.table->chunkIDs()[piece.chunk]))),
+                                              piece.offset, piece.length, chunks.size()));
+    return chunks;
 }
 
 XMLObject::Type AdvertisedFileListing::objectType() const

@@ -4,6 +4,11 @@
 #include <Updater/AbstractFileListing.h>
 #include <Updater/ChunkReferenceListing.h>
 
+namespace vo::updater::detail {
+template <typename Listing>
+class ListedFiles;
+}
+
 namespace vo::updater {
 
 /// One file of a published release: where it is to be installed and which pieces of which chunks make up its content.
@@ -33,17 +38,21 @@ public:
 
     /// The path of the installed file, relative to the installation directory. As it stands in the document: it is
     /// checked by whoever installs, not here.
-    const VoFilePath& target() const;
+    VoFilePath target() const;
     /// The pieces of the content, in ascending order of their indexes.
-    const VoDeque<ChunkReferenceListing>& chunks() const;
+    VoDeque<ChunkReferenceListing> chunks() const;
 
     Type objectType() const override;
     void writeAttributes(VoXMLElementWriter& element) const override;
     void writeElements(VoXMLElementWriter& element) const override;
 
 private:
-    struct Private;
-    std::unique_ptr<Private> m_private; // empty in a moved-from object
+    template <typename Listing>
+    friend class detail::ListedFiles;
+
+    AdvertisedFileListing(const detail::FileTable& table, std::uint32_t number) noexcept; // a view
+
+    void addPieces(VoDeque<ChunkReferenceListing> pieces);
 };
 
 } // namespace vo::updater

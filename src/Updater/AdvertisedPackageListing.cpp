@@ -10,10 +10,15 @@
 #include <Threading/VoStopFlag.h>
 #include <Updater/detail/documents/Attributes.h>
 #include <Updater/detail/documents/HiddenState.h>
+#include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/ListingTable.h>
+#include <Updater/detail/documents/PlainListing.h>
 #include <Updater/detail/documents/RemoteDocument.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <XML/VoXMLStreamLoader.h>
+
+#include <string_view>
+#include <utility>
 
 namespace vo::updater {
 
@@ -21,7 +26,7 @@ using namespace detail;
 
 struct AdvertisedPackageListing::Private
 {
-    ListingTable<AdvertisedFileListing> files;
+    ListedFiles<AdvertisedFileListing> files;
     ListingTable<ChunkListing> chunks;
 };
 
@@ -64,11 +69,21 @@ AdvertisedPackageListing::AdvertisedPackageListing(VoXMLStreamElementLoader& ele
         const VoString name = container.name();
         if (name == tag::Files)
             LoadChildren<AdvertisedFileListing>(
-                container, [this](AdvertisedFileListing&& file) { m_private->files.add(std::move(file)); });
+                container, [this](AdvertisedFileListing&& file) { m_private->files.add(file); });
         else if (name == tag::Chunks)
             LoadChildren<ChunkListing>(container,
                                        [this](ChunkListing&& chunk) { m_private->chunks.add(std::move(chunk)); });
     });
+}
+
+VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Made(PlainListing&& plain)
+{
+    auto package = VoUniquePtr<AdvertisedPackageListing>::Make(plain.packageID, plain.versionID, plain.name,
+                                                               plain.version);
+    package->m_private.reset(new Private{ListedFiles<AdvertisedFileListing>(std::move(plain.files)), {}});
+    for (ChunkListing& chunk : plain.chunks)
+        package->m_private->chunks.add(std::move(chunk));
+    return package;
 }
 
 AdvertisedPackageListing::AdvertisedPackageListing(const AdvertisedPackageListing& other)
@@ -106,12 +121,16 @@ VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoUrl
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Open(const VoLocation& location, VoStopFlag stop, const VoDownloadPolicy& downloads)
 {
     const DocumentFile document(location, stop, downloads);
+    if (auto plain = ReadPlainListing(ListingKind::Advertised, document.path()))
+        return Made(std::move(*plain));
     VoXMLStreamLoader loader = Rules();
     return Require(LoadDocument(loader, document.path(), document.name()), document.name());
 }
 
 VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Parse(const VoString& bytes, const VoString& name)
 {
+    if (auto plain = ReadPlainListing(ListingKind::Advertised, std::string_view(bytes.toStdString())))
+        return Made(std::move(*plain));
     VoXMLStreamLoader loader = Rules();
     return Require(ParseDocument(loader, bytes, name), name);
 }
@@ -153,7 +172,9 @@ const ChunkListing* AdvertisedPackageListing::chunk(const VoUUID& chunkID) const
 
 void AdvertisedPackageListing::write(const VoFilePath& path) const
 {
-    WriteDocument(path, tag::Package, *this);
+    const Private& state = Read(m_private);
+    if (!WritePlainListing(path, {*this, nullptr, state.files.table(), &state.chunks.items(), nullptr}))
+        WriteDocument(path, tag::Package, *this);
 }
 
 XMLObject::Type AdvertisedPackageListing::objectType() const

@@ -7,6 +7,10 @@
 
 struct VoDownloadPolicy;
 
+namespace vo::updater::detail {
+struct PlainListing;
+}
+
 namespace vo::updater {
 
 /// The definition of one release as it is published: its identity, its files and the chunks that hold their bytes.
@@ -87,6 +91,7 @@ protected:
 
 private:
     struct Private;
+    static VoUniquePtr<AdvertisedPackageListing> Made(detail::PlainListing&& plain);
     std::unique_ptr<Private> m_private; // empty in a moved-from object
 };
 

@@ -7,16 +7,12 @@
 #include <FileSystem/VoFileSystem.h>
 #include <Updater/VoUpdater.h>
 #include <Updater/detail/documents/Attributes.h>
-#include <Updater/detail/documents/HiddenState.h>
+
+#include <string>
 
 namespace vo::updater {
 
 using namespace detail;
-
-struct InstalledFileListing::Private
-{
-    VoFilePath path;
-};
 
 InstalledFileListing::InstalledFileListing() = default;
 
@@ -28,37 +24,29 @@ InstalledFileListing::InstalledFileListing(const VoFilePath& path)
 
 InstalledFileListing::InstalledFileListing(const VoFilePath& path, const VoUUID& id, const VoChecksum& checksum,
                                            const VoDownloadSize& size)
-    : AbstractFileListing(id, checksum, size)
-    , m_private(new Private{path})
+    : AbstractFileListing(id, checksum, size, path)
 {
 }
 
 InstalledFileListing::InstalledFileListing(VoXMLStreamElementLoader& element)
-    : AbstractFileListing(element)
-    , m_private(new Private{ReadAttribute<VoFilePath>(element, attribute::Path)})
+    : AbstractFileListing(element, attribute::Path)
 {
 }
 
-InstalledFileListing::InstalledFileListing(const InstalledFileListing& other)
-    : AbstractFileListing(other)
-    , m_private(Copy(other.m_private))
+InstalledFileListing::InstalledFileListing(const FileTable& table, std::uint32_t number) noexcept
+    : AbstractFileListing(table, number)
 {
 }
 
+InstalledFileListing::InstalledFileListing(const InstalledFileListing& other) = default;
 InstalledFileListing::InstalledFileListing(InstalledFileListing&& other) noexcept = default;
-
-InstalledFileListing& InstalledFileListing::operator=(const InstalledFileListing& other)
-{
-    return *this = InstalledFileListing(other);
-}
-
+InstalledFileListing& InstalledFileListing::operator=(const InstalledFileListing& other) = default;
 InstalledFileListing& InstalledFileListing::operator=(InstalledFileListing&& other) noexcept = default;
-
 InstalledFileListing::~InstalledFileListing() = default;
 
-const VoFilePath& InstalledFileListing::path() const
+VoFilePath InstalledFileListing::path() const
 {
-    return Read(m_private).path;
+    return VoFilePath::CreateUnchecked(VoString(std::string(pathText())));
 }
 
 XMLObject::Type InstalledFileListing::objectType() const

@@ -2,6 +2,11 @@
 
 #include <Updater/AbstractFileListing.h>
 
+namespace vo::updater::detail {
+template <typename Listing>
+class ListedFiles;
+}
+
 namespace vo::updater {
 
 /// One installed file: where it was installed, with the ID, checksum and size it was installed with.
@@ -26,14 +31,16 @@ public:
     ~InstalledFileListing() override;
     /// @}
 
-    const VoFilePath& path() const; ///< Where the file was installed.
+    VoFilePath path() const; ///< Where the file was installed.
 
     Type objectType() const override;
     void writeAttributes(VoXMLElementWriter& element) const override;
 
 private:
-    struct Private;
-    std::unique_ptr<Private> m_private; // empty in a moved-from object
+    template <typename Listing>
+    friend class detail::ListedFiles;
+
+    InstalledFileListing(const detail::FileTable& table, std::uint32_t number) noexcept; // a view
 };
 
 } // namespace vo::updater

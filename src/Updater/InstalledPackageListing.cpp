@@ -6,11 +6,15 @@
 #include <Core/VoVersion.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoFilePath.h>
+#include <Updater/AdvertisedPackageListing.h>
 #include <Updater/detail/documents/Attributes.h>
 #include <Updater/detail/documents/HiddenState.h>
-#include <Updater/detail/documents/ListingTable.h>
+#include <Updater/detail/documents/ListedFile.h>
+#include <Updater/detail/documents/PlainListing.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <XML/VoXMLStreamLoader.h>
+
+#include <utility>
 
 namespace vo::updater {
 
@@ -19,7 +23,7 @@ using namespace detail;
 struct InstalledPackageListing::Private
 {
     VoDirectoryPath installationDirectory;
-    ListingTable<InstalledFileListing> files;
+    ListedFiles<InstalledFileListing> files;
     VoDeque<VoDirectoryPath> directories;
 };
 
@@ -54,10 +58,19 @@ InstalledPackageListing::InstalledPackageListing(VoXMLStreamElementLoader& eleme
         const VoString name = container.name();
         if (name == tag::Files)
             LoadChildren<InstalledFileListing>(
-                container, [this](InstalledFileListing&& file) { m_private->files.add(std::move(file)); });
+                container, [this](InstalledFileListing&& file) { m_private->files.add(file); });
         else if (name == tag::Directories)
             m_private->directories.append(LoadDirectories(container));
     });
+}
+
+VoUniquePtr<InstalledPackageListing> InstalledPackageListing::Made(PlainListing&& plain)
+{
+    const AdvertisedPackageListing identity(plain.packageID, plain.versionID, plain.name, plain.version);
+    auto package = VoUniquePtr<InstalledPackageListing>::Make(identity, plain.directory);
+    package->m_private.reset(new Private{plain.directory, ListedFiles<InstalledFileListing>(std::move(plain.files)),
+                                         std::move(plain.directories)});
+    return package;
 }
 
 InstalledPackageListing::InstalledPackageListing(const InstalledPackageListing& other)
@@ -79,6 +92,8 @@ InstalledPackageListing::~InstalledPackageListing() = default;
 
 VoUniquePtr<InstalledPackageListing> InstalledPackageListing::Open(const VoFilePath& path)
 {
+    if (auto plain = ReadPlainListing(ListingKind::Installed, path))
+        return Made(std::move(*plain));
     VoXMLStreamLoader loader;
     loader.addGlobalRule(tag::Package, Build<InstalledPackageListing>);
     loader.addGlobalRule(tag::File, Build<InstalledFileListing>);
@@ -132,7 +147,10 @@ VoDeque<VoUUID> InstalledPackageListing::fileIDs() const
 
 void InstalledPackageListing::write(const VoFilePath& path) const
 {
-    WriteDocument(path, tag::Package, *this);
+    const Private& state = Read(m_private);
+    if (!WritePlainListing(
+            path, {*this, &state.installationDirectory, state.files.table(), nullptr, &state.directories}))
+        WriteDocument(path, tag::Package, *this);
 }
 
 XMLObject::Type InstalledPackageListing::objectType() const

@@ -4,6 +4,10 @@
 #include <Updater/AbstractPackageListing.h>
 #include <Updater/InstalledFileListing.h>
 
+namespace vo::updater::detail {
+struct PlainListing;
+}
+
 namespace vo::updater {
 
 /// The record of one installed release: where it was installed, its files, and the directories that installing it
@@ -66,6 +70,7 @@ protected:
 
 private:
     struct Private;
+    static VoUniquePtr<InstalledPackageListing> Made(detail::PlainListing&& plain);
     std::unique_ptr<Private> m_private; // empty in a moved-from object
 };
 

@@ -9,6 +9,7 @@
 #include <IO/VoFileByteStream.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
@@ -401,13 +402,15 @@ const AdvertisedFileListing* PackageInstaller::builtFile(const InstallationPlan:
 std::vector<VoUUID> PackageInstaller::chunkOrder(const PlannedFiles& order) const
 {
     std::vector<VoUUID> result;
-    std::unordered_set<VoUUID> known;
+    std::unordered_set<std::uint32_t> known;
     for (const InstallationPlan::File* planned : order) {
         const AdvertisedFileListing* file = builtFile(*planned);
-        for (std::size_t i = 0; file && i < file->chunks().size(); ++i) {
-            const VoUUID& id = file->chunks()[i].chunkID();
-            if (known.insert(id).second)
-                result.push_back(id);
+        if (!file)
+            continue;
+        const ListedFile listed(*file);
+        for (const FileTable::Piece& piece : listed.pieces()) {
+            if (known.insert(piece.chunk).second)
+                result.emplace_back(VoString(listed.table->chunkIDs()[piece.chunk]));
         }
     }
     return result;
@@ -434,9 +437,10 @@ PackageInstaller::PlannedFiles PackageInstaller::buildOrder(std::uint64_t cacheL
     for (const InstallationPlan::File* planned : order) {
         const AdvertisedFileListing* file = builtFile(*planned);
         Position position(0, 0);
-        if (file && !file->chunks().isEmpty()) {
-            const ChunkReferenceListing& first = file->chunks().front();
-            position = {positions[first.chunkID()], first.offset()};
+        if (file && ListedFile(*file).pieces().size() > 0) {
+            const ListedFile listed(*file);
+            const FileTable::Piece& first = *listed.pieces().begin();
+            position = {positions[VoUUID(VoString(listed.table->chunkIDs()[first.chunk]))], first.offset};
         }
         sorted.emplace_back(position, planned);
     }

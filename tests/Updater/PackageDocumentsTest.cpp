@@ -5,7 +5,10 @@
 #include <Core/VoXMLException.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/InstalledPackageListing.h>
+#include <Updater/detail/documents/XMLDocument.h>
 
+#include <random>
+#include <string>
 #include <vector>
 
 using namespace vo::updater;
@@ -229,4 +232,134 @@ TEST_F(PackageDocuments, AnInstalledFileIsListedFromItsContent)
     EXPECT_EQ(listing.size(), Bytes(4));
     EXPECT_NE(listing.id(), InstalledFileListing(file("a.bin")).id());
     EXPECT_THROW(InstalledFileListing(file("missing")), VoFileNotFoundException);
+}
+
+namespace {
+
+/// Values of listings: those that are usual, and those that a compact form could lose.
+class OddValues
+{
+public:
+    explicit OddValues(unsigned seed)
+        : m_random(seed)
+    {
+    }
+
+    std::size_t below(std::size_t limit) { return m_random() % limit; }
+
+    VoUUID id()
+    {
+        static const std::vector<VoUUID> odd = {
+            VoUUID("{4056813c-2d4a-4341-82c0-611762c1d051}"), VoUUID("4056813C-2d4a-4341-82c0-611762c1d051"),
+            VoUUID("4056813c+2d4a-4341-82c0-611762c1d051"),   VoUUID("x"),
+            VoUUID("{4056813c-2d4a-4341-82c0-611762c1d05}"),  VoUUID("\xC3\xBC & \"<>'")};
+        return below(3) == 0 ? odd[below(odd.size())] : VoUUID(VoUUID::WithoutBraces);
+    }
+
+    VoChecksum checksum()
+    {
+        static const std::vector<VoString> odd = {"", "00", VoString(Digest) + "ff", "zz"};
+        if (below(3) == 0)
+            return VoChecksum::Deserialize(odd[below(odd.size())]);
+        return below(9) == 0 ? VoChecksum() : ChecksumOf(std::to_string(m_random()));
+    }
+
+    VoFilePath path()
+    {
+        static const std::vector<std::string> odd = {"a/b\\\\c", " x ", "", "\\\\server\\x", "\xC3\xBC\\ \xE2\x82\xAC",
+                                                     "R&D <\"'>", "a\tb", "&amp;", "\x7F"};
+        return VoFilePath(VoString(below(3) == 0 ? odd[below(odd.size())] : "d\\file " + std::to_string(m_random())));
+    }
+
+    std::uint64_t number() { return std::uint64_t{m_random()} << below(33); }
+
+    AdvertisedPackageListing advertised()
+    {
+        AdvertisedPackageListing package(id(), id(), path().path(), VoVersion(1, 2, 3, VoVersion::Beta));
+        for (std::size_t n = below(40); n > 0; --n) {
+            VoDeque<ChunkReferenceListing> pieces;
+            while (below(3) > 0)
+                pieces.pushBack(ChunkReferenceListing(id(), number(), number(), pieces.size()));
+            package.add(AdvertisedFileListing(path(), pieces, id(), checksum(), Bytes(std::int64_t(number() >> 1))));
+        }
+        for (std::size_t n = below(4); n > 0; --n)
+            package.add(ChunkListing(id(), checksum(), Bytes(7), path()));
+        return package;
+    }
+
+    InstalledPackageListing installed()
+    {
+        InstalledPackageListing package(advertised(), VoDirectoryPath("/opt/in & out/"));
+        for (std::size_t n = below(40); n > 0; --n)
+            package.add(path(), id(), checksum(), Bytes(std::int64_t(number() >> 1)));
+        for (std::size_t n = below(4); n > 0; --n)
+            package.add(VoDirectoryPath("/opt/in & out/\xC3\xBC/"));
+        return package;
+    }
+
+private:
+    std::mt19937 m_random;
+};
+
+} // namespace
+
+// The writer and reader of many lines against the general ones, which a comment behind a document brings into play.
+TEST_F(PackageDocuments, ListingsAreWrittenAndReadAsTheGeneralRulesDo)
+{
+    const auto outcome = [this](const auto& like, const std::string& text) {
+        WriteBytes(file("read.xml"), text);
+        try {
+            std::decay_t<decltype(like)>::Open(file("read.xml"))->write(file("read-again.xml"));
+            return ReadBytes(file("read-again.xml"));
+        } catch (const VoException&) {
+            return std::string("refused");
+        }
+    };
+    const auto check = [&](OddValues& values, const auto& listing) {
+        const std::string general = detail::DocumentText("package", listing).toStdString();
+        listing.write(file("listing.xml"));
+        ASSERT_EQ(ReadBytes(file("listing.xml")), general);
+        ASSERT_EQ(outcome(listing, general), outcome(listing, general + "<!---->"));
+        std::string damaged = general;
+        const std::string bytes = "<>\"&/ \n\r\tx0\xC3-";
+        for (std::size_t n = 1 + values.below(3); n > 0; --n)
+            damaged[values.below(damaged.size())] = bytes[values.below(bytes.size())];
+        ASSERT_EQ(outcome(listing, damaged), outcome(listing, damaged + "<!---->")) << damaged;
+    };
+    for (unsigned seed = 0; seed < 150; ++seed) {
+        SCOPED_TRACE(seed);
+        OddValues values(seed);
+        check(values, values.advertised());
+        check(values, values.installed());
+        if (HasFatalFailure())
+            return;
+    }
+}
+
+TEST_F(PackageDocuments, FilesOfAListingAreFoundAndOutliveItAsCopies)
+{
+    OddValues values(7);
+    auto package = VoUniquePtr<AdvertisedPackageListing>::Make(values.advertised());
+    std::vector<AdvertisedFileListing> copies;
+    for (int i = 0; i < 300; ++i) {
+        const AdvertisedFileListing file(values.path(), {ChunkReferenceListing(values.id(), 1, 2, 0)}, values.id(),
+                                         values.checksum(), Bytes(i));
+        package->add(i % 50 == 49 ? package->files().front() : file); // also one of its own
+        copies.push_back(package->files().back());
+    }
+    const AdvertisedPackageListing other = *package;
+    for (const AdvertisedFileListing& listed : other.files()) {
+        const AdvertisedFileListing* found = other.file(listed.id());
+        ASSERT_NE(found, nullptr);
+        EXPECT_EQ(found->id(), listed.id());
+        EXPECT_LE(found, &listed) << "of two with one ID the first";
+    }
+    EXPECT_EQ(other.file(VoUUID("nobody's")), nullptr);
+    package = {};
+    for (std::size_t i = 0; i < copies.size(); ++i) {
+        const AdvertisedFileListing& listed = other.files()[other.files().size() - copies.size() + i];
+        EXPECT_TRUE(copies[i].equivalent(listed));
+        EXPECT_EQ(copies[i].target().path().toStdString(), listed.target().path().toStdString());
+        EXPECT_EQ(copies[i].chunks().size(), listed.chunks().size());
+    }
 }

@@ -37,9 +37,15 @@ VoChecksum Sha3::finish()
     return checksum;
 }
 
-VoChecksum Sha3::Digest(const char* bytes)
+VoChecksum Sha3::Digest(const char* bytes, std::size_t size)
 {
-    return VoChecksum::fromDigest(QByteArray(bytes, 32));
+    return VoChecksum::fromDigest(QByteArray(bytes, static_cast<int>(size)));
+}
+
+std::string_view Sha3::Bytes(const VoChecksum& checksum)
+{
+    const QByteArray& bytes = checksum.bytes();
+    return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
 }
 
 } // namespace vo::detail

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string_view>
 
 namespace vo::detail {
 
@@ -21,8 +22,10 @@ public:
     void add(const char* data, std::size_t size);
     /// The digest of everything added since construction or the last finish(); begins anew.
     VoChecksum finish();
-    /// The checksum whose 32 bytes these are.
-    static VoChecksum Digest(const char* bytes);
+    /// The checksum whose bytes these are: 32, unless it was read from a damaged text.
+    static VoChecksum Digest(const char* bytes, std::size_t size = 32);
+    /// The bytes of a checksum, valid as long as it; none of a null one.
+    static std::string_view Bytes(const VoChecksum& checksum);
 
 private:
     struct Private;

@@ -10,6 +10,7 @@
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/detail/SafePath.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 
 #include <QtCore/QString>
@@ -31,19 +32,6 @@ constexpr std::size_t LongestIdentifier = 128;
 bool IsASCII(const std::string& text)
 {
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-// Whether the text comes back from XML as it is: UTF-8 without the two code points that XML excludes. (Control
-// characters are refused by all callers anyway.)
-bool SurvivesXML(const std::string& text)
-{
-    if (IsASCII(text))
-        return true;
-    const QString decoded = QString::fromUtf8(text.data(), static_cast<int>(text.size()));
-    if (decoded.contains(QChar(0xFFFE)) || decoded.contains(QChar(0xFFFF)))
-        return false;
-    const QByteArray encoded = decoded.toUtf8();
-    return std::string_view(encoded.constData(), static_cast<std::size_t>(encoded.size())) == text;
 }
 
 // Reading a path from a document normalises it: one with a blank in front or a "/" would become another name.
@@ -120,20 +108,23 @@ IDs ValidateChunks(const VoDeque<ChunkListing>& chunks)
     return ids;
 }
 
-void ValidatePieces(const AdvertisedFileListing& file, const IDs& chunks)
+// `isKnown` tells of each chunk of the table whether the package has it.
+void ValidatePieces(const ListedFile& file, const std::vector<bool>& isKnown)
 {
     constexpr std::uint64_t most = INT64_MAX;
+    const auto require = [&file](bool sound, const char* what) {
+        if (!sound)
+            Refuse(what + VoString(std::string(file.path())));
+    };
     std::uint64_t sum = 0;
-    for (const ChunkReferenceListing& piece : file.chunks()) {
-        Require(chunks.count(Key(piece.chunkID())) != 0, "unknown chunk referenced by ", file.target());
-        Require(piece.length() <= most && piece.offset() <= most - piece.length(), "piece out of range in ",
-                file.target());
-        Require(piece.length() <= most - sum, "piece out of range in ", file.target());
-        sum += piece.length();
+    for (const FileTable::Piece& piece : file.pieces()) {
+        require(isKnown[piece.chunk], "unknown chunk referenced by ");
+        require(piece.length <= most && piece.offset <= most - piece.length, "piece out of range in ");
+        require(piece.length <= most - sum, "piece out of range in ");
+        sum += piece.length;
     }
-    const auto size = static_cast<std::int64_t>(file.size());
-    Require(size >= 0, "negative size of ", file.target());
-    Require(sum == static_cast<std::uint64_t>(size), "pieces do not add up to the size of ", file.target());
+    require(file.length() >= 0, "negative size of ");
+    require(sum == static_cast<std::uint64_t>(file.length()), "pieces do not add up to the size of ");
 }
 
 struct FoldedTarget
@@ -161,10 +152,14 @@ std::vector<FoldedTarget> SortedTargets(const std::vector<const VoFilePath*>& ta
 
 void RequireDistinctTargets(const VoDeque<AdvertisedFileListing>& files)
 {
+    std::vector<VoFilePath> paths;
+    paths.reserve(files.size());
+    for (const AdvertisedFileListing& file : files)
+        paths.push_back(file.target());
     std::vector<const VoFilePath*> targets;
     targets.reserve(files.size());
-    for (const AdvertisedFileListing& file : files)
-        targets.push_back(&file.target());
+    for (const VoFilePath& path : paths)
+        targets.push_back(&path);
     if (const auto clash = FindTargetClash(targets)) {
         Require(clash->isDirectory, "duplicate target ", clash->second->path());
         Refuse("target is also a directory: " + clash->first->path());
@@ -172,6 +167,17 @@ void RequireDistinctTargets(const VoDeque<AdvertisedFileListing>& files)
 }
 
 } // namespace
+
+bool SurvivesXML(const std::string& text)
+{
+    if (IsASCII(text))
+        return true;
+    const QString decoded = QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+    if (decoded.contains(QChar(0xFFFE)) || decoded.contains(QChar(0xFFFF)))
+        return false;
+    const QByteArray encoded = decoded.toUtf8();
+    return std::string_view(encoded.constData(), static_cast<std::size_t>(encoded.size())) == text;
+}
 
 bool IsSafeIdentifier(const VoUUID& id)
 {
@@ -258,15 +264,23 @@ void ValidatePackage(const AdvertisedPackageListing& package)
     RequireSafeIdentifier(package.packageID());
     RequireShowableIdentifier(package.versionID());
     const IDs chunks = ValidateChunks(package.chunks());
+    if (package.files().isEmpty())
+        return;
 
-    IDs ids;
-    for (const AdvertisedFileListing& file : package.files()) {
-        RequireShowableIdentifier(file.id());
-        RequireSafeTarget(file.target());
-        if (IsBuiltName(file.target()))
-            throw VoValidationException("Invalid target path: " + file.target().path());
-        Require(ids.insert(Key(file.id())).second, "duplicate file ", file.id());
-        ValidatePieces(file, chunks);
+    const FileTable& files = *ListedFile(package.files().front()).table;
+    std::vector<bool> isKnown;
+    for (const std::string& id : files.chunkIDs())
+        isKnown.push_back(chunks.count(id) != 0);
+    for (const AdvertisedFileListing& listing : package.files()) {
+        const ListedFile file(listing);
+        const VoUUID id = file.id();
+        RequireShowableIdentifier(id);
+        const VoFilePath target = listing.target();
+        RequireSafeTarget(target);
+        if (IsBuiltName(target))
+            throw VoValidationException("Invalid target path: " + target.path());
+        Require(files.find(id) == file.number, "duplicate file ", id);
+        ValidatePieces(file, isKnown);
     }
     RequireDistinctTargets(package.files());
 }

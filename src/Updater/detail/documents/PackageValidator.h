@@ -6,6 +6,7 @@
 #include <Core/VoForward.h>
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace vo::updater {
@@ -13,6 +14,10 @@ class AdvertisedPackageListing;
 }
 
 namespace vo::updater::detail {
+
+/// Whether a text without control characters comes back from XML as it is: UTF-8 without the two code points that XML
+/// excludes.
+VOCORE_PRIVATE_EXPORT bool SurvivesXML(const std::string& text);
 
 /// @name Single values
 /// Throw VoValidationException with the text shown unless the value is safe. An identifier must be fit to be a file

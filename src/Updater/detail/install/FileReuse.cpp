@@ -5,6 +5,7 @@
 #include <Core/VoString.h>
 #include <Download/VoDownloadSize.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileCheck.h>
@@ -77,7 +78,7 @@ ReusedFiles FindReusableFiles(const PackageDifferences& differences, const Insta
     for (const FileDifference& difference : differences.fileDifferences()) {
         const bool isAdded = difference.type() == FileDifference::Added;
         const AdvertisedFileListing* file = isAdded ? advertised.file(difference.fileID()) : nullptr;
-        if (file && !file->chunks().isEmpty())
+        if (file && ListedFile(*file).pieces().size() > 0)
             wanted.emplace(file->checksum(), file);
     }
     if (wanted.empty())

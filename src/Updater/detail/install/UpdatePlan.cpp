@@ -3,6 +3,7 @@
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Download/VoDownloadSize.h>
+#include <Updater/detail/documents/ListedFile.h>
 
 #include <algorithm>
 #include <limits>
@@ -54,8 +55,9 @@ ChunkNumbers CountReferences(const PackageDifferences& differences, const Advert
         const AdvertisedFileListing* file = IsWritten(difference) ? advertised.file(difference.fileID()) : nullptr;
         if (!file)
             continue;
-        for (const ChunkReferenceListing& piece : file->chunks())
-            ++references[Key(piece.chunkID())];
+        const ListedFile listed(*file);
+        for (const FileTable::Piece& piece : listed.pieces())
+            ++references[listed.table->chunkIDs()[piece.chunk]];
     }
     return references;
 }
@@ -64,9 +66,10 @@ ChunkNumbers Extents(const AdvertisedPackageListing& advertised)
 {
     ChunkNumbers extents;
     for (const AdvertisedFileListing& file : advertised.files()) {
-        for (const ChunkReferenceListing& piece : file.chunks()) {
-            std::uint64_t& extent = extents[Key(piece.chunkID())];
-            extent = std::max(extent, SaturatedSum(piece.offset(), piece.length()));
+        const ListedFile listed(file);
+        for (const FileTable::Piece& piece : listed.pieces()) {
+            std::uint64_t& extent = extents[listed.table->chunkIDs()[piece.chunk]];
+            extent = std::max(extent, SaturatedSum(piece.offset, piece.length));
         }
     }
     return extents;

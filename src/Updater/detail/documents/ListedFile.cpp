@@ -1,0 +1,17 @@
+#include <Updater/detail/documents/ListedFile.h>
+
+#include <Core/VoString.h>
+
+namespace vo::updater::detail {
+
+const FileTable& ListedFile::NoFile()
+{
+    static const FileTable& table = []() -> const FileTable& {
+        auto& made = *new FileTable; // outlives all static objects
+        made.add(VoUUID(""), VoChecksum(), 0, VoString());
+        return made;
+    }();
+    return table;
+}
+
+} // namespace vo::updater::detail
