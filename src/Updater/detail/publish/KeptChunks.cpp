@@ -64,7 +64,8 @@ KeptChunks::KeptChunks(const AdvertisedPackageListing& release, const VoDirector
     });
     for (const auto& [target, listing] : unchanged) {
         const auto isKept = [this](const ChunkReferenceListing& piece) { return find(piece.chunkID()) != nullptr; };
-        if (std::any_of(listing->chunks().begin(), listing->chunks().end(), isKept))
+        const VoDeque<ChunkReferenceListing> pieces = listing->chunks();
+        if (std::any_of(pieces.begin(), pieces.end(), isKept))
             m_files.emplace(target, *listing);
     }
 }
