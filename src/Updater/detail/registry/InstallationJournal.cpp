@@ -4,6 +4,7 @@
 #include <Core/VoFileException.h>
 #include <FileSystem/VoFileSystem.h>
 #include <Updater/detail/documents/Attributes.h>
+#include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/Containment.h>
@@ -77,7 +78,7 @@ public:
         , m_before(notes.before)
     {
         for (const InstalledFileListing& file : notes.result.files())
-            m_files.emplace(Bytes(file.path()), &file);
+            m_files.emplace(ListedFile(file).path(), &file);
     }
 
     // The order matters: a directory comes back when the file in its place is gone, directories that the run made are
