@@ -1,34 +1,32 @@
 #include <XML/VoXMLValidator.h>
 
 #include <Core/VoDeque.h>
-#include <Core/VoMathsException.h>
 #include <Core/VoString.h>
 #include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
-#include <FileSystem/detail/NativePath.h>
-#include <IO/VoIODevice.h>
 #include <Subsystem/VoLogging.h>
 #include <XML/detail/XMLDevice.h>
-#include <XML/detail/XMLOutline.h>
-#include <XML/detail/XMLText.h>
+#include <XML/detail/XMLSchemaSet.h>
+#include <XML/detail/XMLTree.h>
 
-#include <QtCore/QUrl>
-#include <QtCore/QXmlStreamReader>
-#include <QtNetwork/QNetworkAccessManager>
-#include <QtNetwork/QNetworkReply>
-#include <QtNetwork/QNetworkRequest>
-#include <QtXmlPatterns/QAbstractMessageHandler>
-#include <QtXmlPatterns/QXmlSchema>
-#include <QtXmlPatterns/QXmlSchemaValidator>
+#include <libxml/hash.h>
+#include <libxml/list.h>
+#include <libxml/valid.h>
+#include <libxml/xmlschemas.h>
 
-#include <QtCore/QString>
-
-#include <limits>
+#include <algorithm>
+#include <new>
 #include <optional>
+#include <tuple>
+#include <utility>
+#include <vector>
 
-using vo::detail::FromQtText;
+using vo::detail::SchemaMessage;
+using vo::detail::XMLContent;
 using vo::detail::XMLDevice;
-using vo::detail::XMLOutline;
+using vo::detail::XMLSchemaError;
+using vo::detail::XMLSchemaSet;
+using vo::detail::XMLTree;
 
 namespace {
 
@@ -36,101 +34,88 @@ using Error = VoXMLValidator::Error;
 
 constexpr std::size_t MostErrors = 100;
 
-// Keeps the first error; the parser's default prints to standard error.
-class FirstMessage : public QAbstractMessageHandler
+// The first errors of a document, one for each element: a value that its type does not take is told twice, first for
+// what of the type.
+class FirstErrors
 {
 public:
-    const std::optional<Error>& error() const { return m_error; }
-
-protected:
-    void handleMessage(QtMsgType type, const QString& description, const QUrl&, const QSourceLocation& place) override
+    FirstErrors(const XMLTree& tree, std::size_t most)
+        : m_tree(tree)
+        , m_most(most)
     {
-        if (type == QtDebugMsg || type == QtInfoMsg || m_error)
+    }
+
+    void add(const xmlNode* node, VoString reason)
+    {
+        if (node && node == std::exchange(m_last, node))
             return;
-        m_error = Error{FromQtText(plainText(description)), 0, 0};
-        if (!place.isNull()) {
-            m_error->line = place.line();
-            m_error->column = place.column();
-        }
+        const auto [line, column] = m_tree.place(node);
+        m_errors.push_back({std::move(reason), line, column});
+        if (m_errors.size() >= 2 * MostErrors)
+            shorten(); // an element's end is later than what lies in it, so the first are not known until the end
+    }
+
+    static void Take(void* errors, XMLSchemaError error)
+    {
+        if (error->level >= XML_ERR_ERROR)
+            static_cast<FirstErrors*>(errors)->add(static_cast<const xmlNode*>(error->node), SchemaMessage(*error));
+    }
+
+    VoDeque<Error> take()
+    {
+        shorten();
+        VoDeque<Error> errors;
+        for (Error& error : m_errors)
+            errors.pushBack(std::move(error));
+        return errors;
     }
 
 private:
-    // Descriptions come as XHTML.
-    static QString plainText(const QString& description)
+    void shorten()
     {
-        QXmlStreamReader reader(description);
-        QString text;
-        while (!reader.atEnd()) {
-            if (reader.readNext() == QXmlStreamReader::Characters)
-                text += reader.text();
-        }
-        if (text.endsWith(QLatin1String(".."))) // two sentences meet
-            text.chop(1);
-        return reader.hasError() ? description : text;
+        std::stable_sort(m_errors.begin(), m_errors.end(), [](const Error& left, const Error& right) {
+            return std::tie(left.line, left.column) < std::tie(right.line, right.column);
+        });
+        m_errors.resize(std::min(m_errors.size(), m_most));
     }
 
-    std::optional<Error> m_error;
+    const XMLTree& m_tree;
+    std::size_t m_most;
+    const xmlNode* m_last = nullptr;
+    std::vector<Error> m_errors;
 };
 
-// The answer for what is not fetched: a failure, which makes the schema component go on without. Told through the event
-// loop, since the component listens only once it has the reply.
-class RefusedReply : public QNetworkReply
+struct References
 {
-public:
-    RefusedReply(const QNetworkRequest& request, QObject* parent)
-        : QNetworkReply(parent)
-    {
-        setRequest(request);
-        setUrl(request.url());
-        open(QIODevice::ReadOnly);
-        setError(ContentAccessDenied, QStringLiteral("Not followed"));
-        setFinished(true);
-        for (const char* signal : {"errorOccurred", "error"})
-            QMetaObject::invokeMethod(this, signal, Qt::QueuedConnection,
-                                      Q_ARG(QNetworkReply::NetworkError, ContentAccessDenied));
-        QMetaObject::invokeMethod(this, "finished", Qt::QueuedConnection);
-    }
-
-    void abort() override {}
-
-protected:
-    qint64 readData(char*, qint64) override { return -1; }
+    xmlDoc* document;
+    FirstErrors& errors;
+    const xmlChar* name = nullptr;
 };
 
-// Fetches nothing: a document does not say what it is validated against.
-class NoFiles : public QNetworkAccessManager
+int TakeReference(const void* reference, void* data)
 {
-protected:
-    QNetworkReply* createRequest(Operation, const QNetworkRequest& request, QIODevice*) override
-    {
-        return new RefusedReply(request, this);
-    }
-};
-
-// Through which a schema's includes are fetched: from local files, nowhere else.
-class LocalFilesOnly : public NoFiles
-{
-protected:
-    QNetworkReply* createRequest(Operation operation, const QNetworkRequest& request, QIODevice* data) override
-    {
-        const bool isLocal = request.url().isLocalFile() && request.url().host().isEmpty(); // no share of a server
-        // Past the class between, which refuses: NOLINTNEXTLINE(bugprone-parent-virtual-call)
-        return isLocal ? QNetworkAccessManager::createRequest(operation, request, data)
-                       : NoFiles::createRequest(operation, request, data);
-    }
-};
-
-QUrl LocalUrl(const VoFilePath& file)
-{
-    return QUrl::fromLocalFile(QString::fromStdU16String(vo::detail::ToNative(file).u16string()));
+    const auto& references = *static_cast<const References*>(data);
+    const xmlAttr* const attribute = static_cast<const xmlRef*>(reference)->attr;
+    references.errors.add(reinterpret_cast<const xmlNode*>(attribute),
+                          "There is no ID \"" + VoString(reinterpret_cast<const char*>(references.name)) + "\".");
+    return 1;
 }
 
-VoString Content(const XMLDevice& source)
+void TakeReferences(void* list, void* data, const xmlChar* name)
 {
-    VoString content = source.device().readRemaining();
-    if (content.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
-        throw VoOverflowException();
-    return content;
+    auto& references = *static_cast<References*>(data);
+    if (xmlGetID(references.document, name))
+        return;
+    references.name = name;
+    xmlListWalk(static_cast<xmlList*>(list), &TakeReference, data);
+}
+
+// The component collects IDs and what refers to them, and leaves it at that.
+void CheckReferences(xmlDoc* document, FirstErrors& errors)
+{
+    References references{document, errors};
+    if (document->refs)
+        xmlHashScan(static_cast<xmlHashTable*>(document->refs), &TakeReferences, &references);
 }
 
 } // namespace
@@ -138,60 +123,34 @@ VoString Content(const XMLDevice& source)
 struct VoXMLValidator::Private
 {
     VoFilePath path;
-    FirstMessage schemaMessage; // goes after the schema, which refers to it
-    LocalFilesOnly schemaFiles;
-    mutable NoFiles documentFiles;
-    QXmlSchema schema;
+    XMLSchemaSet::Compiled schema;
 
-    std::optional<Error> firstError(const QByteArray& document) const;
     VoDeque<Error> errors(const VoString& document, std::size_t most) const;
     std::optional<Error> firstError(const XMLDevice& source) const;
 };
 
-std::optional<Error> VoXMLValidator::Private::firstError(const QByteArray& document) const
-{
-    FirstMessage message;
-    QXmlSchemaValidator validator(schema);
-    validator.setMessageHandler(&message);
-    validator.setNetworkAccessManager(&documentFiles);
-    if (validator.validate(document, QUrl(QStringLiteral("file:///"))))
-        return std::nullopt;
-    return message.error() ? message.error() : Error{"Invalid XML", 0, 0};
-}
-
 VoDeque<Error> VoXMLValidator::Private::errors(const VoString& document, std::size_t most) const
 {
-    const XMLOutline outline(document);
-    if (outline.error())
-        return {*outline.error()};
-    VoDeque<Error> errors;
-    QByteArray bytes = QByteArray::fromRawData(document.c_str(), static_cast<int>(document.size()));
-    QString text;
-    std::optional<XMLOutline::Index> leftOut;
-    for (std::size_t tries = 0; errors.size() < most && tries < 4 * MostErrors; ++tries) {
-        const std::optional<Error> error = firstError(bytes);
-        if (!error)
-            break;
-        std::optional<XMLOutline::Index> element = outline.elementAt(error->line, error->column);
-        // Errors come in document order: one before what was left out last is about its absence.
-        if (leftOut && element && *element < *leftOut)
-            element = outline.parent(*leftOut);
-        else
-            errors.pushBack(*error);
-        if (!element || !outline.parent(*element) || !outline.isUtf8())
-            break;
-        if (text.isEmpty())
-            text = QString::fromUtf8(bytes);
-        outline.leaveOut(*element, text);
-        leftOut = element;
-        bytes = text.toUtf8();
-    }
-    return errors;
+    const XMLTree tree(document);
+    if (tree.error())
+        return {*tree.error()};
+    const std::unique_ptr<xmlSchemaValidCtxt, void (*)(xmlSchemaValidCtxt*)> context(
+        xmlSchemaNewValidCtxt(schema.get()), &xmlSchemaFreeValidCtxt);
+    if (!context)
+        throw std::bad_alloc();
+    FirstErrors errors(tree, most);
+    xmlSchemaSetValidStructuredErrors(context.get(), &FirstErrors::Take, &errors);
+    const int verdict = xmlSchemaValidateDoc(context.get(), tree.document());
+    CheckReferences(tree.document(), errors);
+    VoDeque<Error> found = errors.take();
+    if (verdict != 0 && found.isEmpty())
+        found.pushBack({"Invalid XML", 0, 0});
+    return found;
 }
 
 std::optional<Error> VoXMLValidator::Private::firstError(const XMLDevice& source) const
 {
-    const VoDeque<Error> found = errors(Content(source), 1);
+    const VoDeque<Error> found = errors(XMLContent(source), 1);
     return found.isEmpty() ? std::nullopt : std::optional(found[0]);
 }
 
@@ -201,18 +160,8 @@ VoString VoXMLValidator::Error::toString() const
 }
 
 VoXMLValidator::VoXMLValidator(const VoFilePath& schema)
-    : m_private(std::make_unique<Private>())
+    : m_private(new Private{schema, XMLSchemaSet(schema).compile()})
 {
-    m_private->path = schema;
-    m_private->schema.setMessageHandler(&m_private->schemaMessage);
-    m_private->schema.setNetworkAccessManager(&m_private->schemaFiles);
-    const XMLDevice device(schema, XMLDevice::Reading);
-    m_private->schema.load(&device.adapter(), LocalUrl(schema));
-    device.adapter().rethrow();
-    if (!m_private->schema.isValid())
-        throw VoInvalidXMLSchemaException(schema.toString(), m_private->schemaMessage.error()
-                                                                 ? m_private->schemaMessage.error()->toString()
-                                                                 : VoString());
 }
 
 VoXMLValidator::VoXMLValidator(VoXMLValidator&& other) noexcept = default;
@@ -241,10 +190,10 @@ bool VoXMLValidator::isValid(const VoFilePath& file) const
 
 VoDeque<Error> VoXMLValidator::errors(const VoFilePath& file) const
 {
-    return m_private->errors(Content(XMLDevice(file, XMLDevice::Reading)), MostErrors);
+    return m_private->errors(XMLContent(XMLDevice(file, XMLDevice::Reading)), MostErrors);
 }
 
 VoDeque<Error> VoXMLValidator::errors(VoIODevice& device) const
 {
-    return m_private->errors(Content(XMLDevice(device, XMLDevice::Reading)), MostErrors);
+    return m_private->errors(XMLContent(XMLDevice(device, XMLDevice::Reading)), MostErrors);
 }

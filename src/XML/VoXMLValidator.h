@@ -7,12 +7,17 @@
 #include <cstdint>
 #include <memory>
 
-/// Validates XML documents against one W3C XML schema.
+/// Validates XML documents against one W3C XML schema (1.0).
 ///
 /// Nothing but the schema and the local files that it includes is read: addresses elsewhere in the schema are left out,
-/// as if the schema did not name them, and a document's own references to schemas are not followed at all. Documents
-/// are read within the limits of VoXMLStreamReader; more than 1000 levels are refused with VoStackLimitException, more
-/// than 2 GiB with VoOverflowException. Belongs to one thread.
+/// as if the schema did not name them, and so are files that are not there; a document's own references to schemas are
+/// not followed at all. The namespace of the prefix "xml" is known. Documents are read within the limits of
+/// VoXMLStreamReader; more than 1000 levels are refused with VoStackLimitException, more than 2 GiB with
+/// VoOverflowException. Schemas may have 256 levels and 250 documents.
+///
+/// Known limits: decimal numbers of more than 24 digits are refused, a fixed value must be written as in the schema,
+/// and that IDs are unique and those referred to are there is checked of attributes, not of elements. Belongs to one
+/// thread.
 class VOCORE_EXPORT VoXMLValidator
 {
 public:
@@ -27,7 +32,8 @@ public:
 
     /// Loads the schema.
     /// @throws VoFileNotFoundException, VoCannotOpenFileException when it cannot be read
-    /// @throws VoInvalidXMLSchemaException with the path and the first error with its place when it is no valid schema
+    /// @throws VoInvalidXMLSchemaException with the path and the first error with its place when it is no valid schema;
+    /// an error of an included file begins with that file's path
     explicit VoXMLValidator(const VoFilePath& schema);
     VoXMLValidator(VoXMLValidator&& other) noexcept;            ///< `other` can only be assigned to or destroyed.
     VoXMLValidator& operator=(VoXMLValidator&& other) noexcept; ///< `other` can only be assigned to or destroyed.
@@ -45,10 +51,8 @@ public:
     /// when the file cannot be read.
     bool isValid(const VoFilePath& file) const;
 
-    /// The errors of a file, in document order; none for a valid one. The schema component stops at the first error, so
-    /// each further one is looked for with the elements left out that had one before: an error may be the absence of an
-    /// earlier one's element beside it. At most 100; of a document that is not well formed, and of one in another
-    /// encoding than UTF-8, only the first.
+    /// The errors of a file, in document order, the first of each element; none for a valid one. At most 100; of a
+    /// document that is not well formed only the first.
     VoDeque<Error> errors(const VoFilePath& file) const;
     /// The same of the rest of a device's content.
     VoDeque<Error> errors(VoIODevice& device) const;

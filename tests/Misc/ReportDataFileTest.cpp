@@ -1,7 +1,6 @@
 #include "ReportFixture.h"
 
 #include <Approved.h>
-#include <SchemaLeaks.h>
 
 #include <Core/VoFileException.h>
 #include <Core/VoXMLException.h>
