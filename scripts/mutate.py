@@ -18,8 +18,11 @@ what only those before notice is listed:
 The programs kept have headers compiled into them, so that only mutants of the library's own files are drawn then.
 
 The work is done in build/mutate, in a copy of the tree, so that the tree itself may be edited meanwhile; or with --build
-next to a build of the tree that is up to date and stays so, which saves the first compilation. Survivors are printed with
-file, line and change: each is a test that is missing, or a change that makes no difference.
+next to a build of the tree that is up to date and stays so, which saves the first compilation; a unity build serves
+too, best with VOCORE_COMPILED_ALONE=src/FOLDER. Survivors are printed with file, line and change: each is a test that is
+missing, or a change that makes no difference.
+
+FOLDER is one of src, or "tools": the tests then run a program `vo` with the fault, which they are told by VO_PROGRAM.
 """
 import argparse
 import collections
@@ -97,7 +100,7 @@ def mutations(line):
 
 def sites(tree, folder):
     """(file, line number, changed line) of every mutant of a folder, in a fixed order."""
-    for path in sorted((tree / "src" / folder).rglob("*")):
+    for path in sorted((tree / ("" if folder == "tools" else "src") / folder).rglob("*")):
         if path.suffix not in (".cpp", ".h") or path.stem.endswith("_win"):
             continue
         for number, line in enumerate(path.read_text().splitlines(keepends=True)):
@@ -132,20 +135,26 @@ class Builder:
         self.tree, self.directory = tree, build
         self.compile, self.link, self.includers = {}, {}, collections.defaultdict(list)
         for entry in json.loads((build / "compile_commands.json").read_text()):
-            # A fault may leave something unused; it is still one, and nobody debugs it.
-            command = re.sub(r" (-Werror|-g\d?)(?= )", "", entry["command"])
+            # A fault may leave something unused; it is still one.
+            command = re.sub(r" -Werror(?= )", "", entry["command"])
             self.compile[re.search(r" -o (\S+) ", command).group(1)] = command
         linker = " -fuse-ld=lld -o " if shutil.which("ld.lld") else " -o "
         for target in targets:
             commands = subprocess.check_output(["ninja", "-C", build, "-t", "commands", target], text=True).splitlines()
             # Later lines may make symbolic links of what was linked.
             command = next(line for line in reversed(commands) if " -o " in line and " -c " not in line)
-            self.link[target] = command.replace(" -o ", linker).split(" ")
+            self.link[target] = [part for word in command.replace(" -o ", linker).split(" ") for part in self.members(word)]
         for line in subprocess.check_output(["ninja", "-C", build, "-t", "deps"], text=True).splitlines():
             if line and not line.startswith(" "):
                 made = line.split(":")[0]
             elif line.strip() and made in self.compile:
                 self.includers[os.path.normpath(build / line.strip())].append(made)
+
+    def members(self, word):
+        """The objects of an archive that is built too, so that one of them can be another; any other word as it is."""
+        folder, name = os.path.split(word)
+        prefix = f"{folder}/CMakeFiles/{name[3:-2]}.dir/"
+        return [made for made in self.compile if name.endswith(".a") and made.startswith(prefix)] or [word]
 
     def reach(self, path):
         """The objects that change with a file."""
@@ -154,12 +163,19 @@ class Builder:
     def compiled(self, made, path, place, result):
         """Whether an object could be made with another file in the place of one."""
         command = self.compile[made].replace(f" -o {made} ", f" -o {result} ", 1)
-        command = command.replace(f" -c {path}", f" -iquote {path.parent} -c {place}")
+        source = pathlib.Path(command.split(" -c ")[1])
+        if source == path:
+            source = place
+        elif path.suffix == ".cpp":
+            united = source.read_text().replace(f'"{path}"', f'"{place}"')
+            source = result.with_suffix(".cxx")
+            source.write_text(united)
+        command = command.split(" -c ")[0] + f" -iquote {path.parent} -c {source}"
         return run(["sh", "-c", command.replace(" -I", f" -I{result.parent}/include -I", 1)], self.directory) == 0
 
     def build(self, path, text, folder):
         """The target and file of everything that a mutant changes; None when it does not compile."""
-        place = folder / "include" / path.relative_to(self.tree / "src")
+        place = folder / "include" / pathlib.Path(*path.relative_to(self.tree).parts[1:])
         place.parent.mkdir(parents=True)
         place.write_text(text)
         changed = {made: folder / f"{number}.o" for number, made in enumerate(self.reach(path))}
@@ -194,7 +210,7 @@ def limited():
     resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 33, 1 << 33))
 
 
-def run_tests(program, library, seconds):
+def run_tests(program, library, seconds, tool):
     """Runs a test program in a temporary folder of its own, as nobody where that can be: a mutant may delete anything.
 
     TMPDIR=/dev/shm makes that faster, for programs that do not test what disks do."""
@@ -202,7 +218,7 @@ def run_tests(program, library, seconds):
         nobody = {"user": 65534, "group": 65534} if os.geteuid() == 0 else {}
         if nobody:
             os.chown(folder, 65534, 65534)
-        environment = dict(os.environ, TMPDIR=folder, HOME=folder, LD_LIBRARY_PATH=str(library))
+        environment = dict(os.environ, TMPDIR=folder, HOME=folder, LD_LIBRARY_PATH=str(library), VO_PROGRAM=str(tool))
         arguments = [program, "--gtest_fail_fast", "--gtest_brief=1"]
         return run(arguments, folder, seconds, env=environment, preexec_fn=limited, **nobody)
 
@@ -212,16 +228,18 @@ class Suite:
 
     def __init__(self, programs, library):
         self.programs, self.library, self.limits = programs, library, {}
+        self.tool = library / "tools" / "vo" / "vo"
         for target, program in programs.items():
             start = time.monotonic()
-            if run_tests(program, library, None) != 0:
+            if run_tests(program, library, None, self.tool) != 0:
                 sys.exit(f"{program} fails without any fault")
             self.limits[target] = 10 + 5 * (time.monotonic() - start)
 
     def notices(self, results):
         """Whether one of the programs fails with what a mutant changed."""
         library = results["VoCore"].parent if "VoCore" in results else self.library
-        return any(run_tests(results.get(target, program), library, self.limits[target]) != 0
+        tool = results.get("vo", self.tool)
+        return any(run_tests(results.get(target, program), library, self.limits[target], tool) != 0
                    for target, program in self.programs.items())
 
 
@@ -302,13 +320,17 @@ def report(builder, suites, options):
     return lost
 
 
+def tests_of(folder):
+    return "Tools" if folder == "tools" else folder.split("/")[0]
+
+
 def main():
     options = arguments()
     if options.list:
         print(f"{options.folder}: {len(list(sites(ROOT, options.folder)))} places")
         return 0
-    targets = [f"VoCore{name}Tests" for name in options.tests or [options.folder.split("/")[0]]]
-    tree, build = (ROOT, options.build.resolve()) if options.build else prepare(["VoCore", *targets], options.jobs)
+    targets = [f"VoCore{name}Tests" for name in options.tests or [tests_of(options.folder)]]
+    tree, build = (ROOT, options.build.resolve()) if options.build else prepare(["VoCore", "vo", *targets], options.jobs)
     programs = {target: next(path for path in build.rglob(target) if path.is_file()) for target in targets}
     if options.keep:
         options.keep.mkdir(parents=True, exist_ok=True)
@@ -318,7 +340,7 @@ def main():
     suites = [Suite(programs, build)]
     if options.against:
         suites.insert(0, Suite({target: options.against.resolve() / target for target in targets}, build))
-    return 1 if report(Builder(tree, build, ["VoCore", *targets]), suites, options) else 0
+    return 1 if report(Builder(tree, build, ["VoCore", "vo", *targets]), suites, options) else 0
 
 
 if __name__ == "__main__":

@@ -1,7 +1,7 @@
 #include <Application/VoApplication.h>
 
 #include <Application/VoLayeredProperties.h>
-#include <Application/detail/SignalWatch.h>
+#include <Application/VoSignalWatch.h>
 #include <Application/detail/SingleInstance.h>
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
@@ -155,8 +155,8 @@ struct VoApplication::Private
     Callbacks<void(const VoDeque<VoString>&, const VoString&)> argumentsCallbacks;
     QMetaObject::Connection aboutToQuit;
     std::unique_ptr<vo::detail::SingleInstance> single;
-    vo::detail::QueuedFunctions loop; // the application's
-    std::unique_ptr<vo::detail::SignalWatch> signals; // first to go: its thread calls quit()
+    vo::detail::QueuedFunctions loop;       // the application's
+    std::unique_ptr<VoSignalWatch> signals; // first to go: its thread calls quit()
 };
 
 VoApplication::VoApplication(const VoApplicationInformation& information, int argc, char** argv)
@@ -194,7 +194,7 @@ void VoApplication::setUp(const VoApplicationInformation& information, int argc,
     d.parser.setApplicationDescription(displayName().toQString());
     addOption({{"set"}, "Sets a property for this time", "NAME=VALUE"});
     vo::subsystem::RegisterLibrary();
-    d.signals = std::make_unique<vo::detail::SignalWatch>([this](int signal) { quit(SignalExitCode + signal); });
+    d.signals = std::make_unique<VoSignalWatch>([this](int signal) { quit(SignalExitCode + signal); });
 }
 
 VoApplication::~VoApplication()

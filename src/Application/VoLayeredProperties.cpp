@@ -8,8 +8,8 @@
 #include <Core/VoFileException.h>
 #include <Core/VoProperties.h>
 #include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileLock.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/detail/FileLock.h>
 #include <Subsystem/VoLogging.h>
 
 #include <QtCore/QByteArray>
@@ -80,7 +80,7 @@ private:
         return VoFilePath(LockName(path));
     }
 
-    const vo::detail::FileLock m_lock;
+    const VoFileLock m_lock;
 };
 
 void Apply(ValueMap& values, const Changes& changes)

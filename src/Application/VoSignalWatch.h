@@ -5,13 +5,9 @@
 #include <functional>
 #include <memory>
 
-namespace vo::detail {
-class SignalWatch;
-}
-
 /// Calls a function when the system or the user asks the process to end: by SIGINT, SIGTERM or SIGHUP, or by the events
-/// of Windows' consoles, told by the number of the nearest signal. For programs without a VoApplication, which does this
-/// itself.
+/// of Windows' consoles, told by the number of the nearest signal. For programs without a VoApplication, which does
+/// this itself.
 ///
 /// The function runs on a thread of its own, so it may do everything. A second signal of one kind ends the process.
 /// Objects may be nested: SIGINT is the innermost one's, the others go to those around it as well. Failing to set up
@@ -25,5 +21,6 @@ public:
     VoSignalWatch& operator=(const VoSignalWatch&) = delete;
 
 private:
-    std::unique_ptr<vo::detail::SignalWatch> m_private;
+    struct Private;
+    std::unique_ptr<Private> m_private;
 };

@@ -14,9 +14,10 @@
 #include <string>
 #include <vector>
 
+using vo::detail::CSVBlockSize;
+
 namespace {
 
-constexpr std::size_t BlockSize = 256 * 1024;
 constexpr std::size_t LongestField = 64 * 1024 * 1024;
 constexpr std::size_t LongestRow = 256 * 1024 * 1024;
 constexpr std::size_t MostFields = 1 << 20;
@@ -39,7 +40,7 @@ struct VoCSVReader::Private
         , input(source, format.encoding)
         , separator(format.separator.toStdString())
         , quote(format.quote)
-        , block(BlockSize)
+        , block(CSVBlockSize)
     {
         for (const char c : {separator.front(), '\r', '\n'})
             ends[static_cast<unsigned char>(c)] = true;

@@ -15,21 +15,16 @@
 #include <string>
 
 using vo::csv::DetectedType;
+using vo::detail::CSVBlockSize;
 using vo::detail::TextEncoding;
 
 namespace {
 
-constexpr std::size_t BlockSize = 256 * 1024;
 constexpr std::string_view ByteOrderMark = "\xef\xbb\xbf";
 
 // Kinds of bytes; a byte may be of both.
 constexpr unsigned char Special = 1; // stands in quotes only
 constexpr unsigned char BeyondASCII = 2;
-
-bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
 
 VoString CodePointText(char32_t code)
 {
@@ -56,7 +51,7 @@ struct VoCSVWriter::Private
         std::fill(std::begin(kinds) + 0x80, std::end(kinds), BeyondASCII);
         for (const char c : {separator.front(), quote, '\r', '\n'})
             kinds[static_cast<unsigned char>(c)] |= Special;
-        gathered.reserve(2 * BlockSize);
+        gathered.reserve(2 * CSVBlockSize);
         if (csvFormat.byteOrderMark && !vo::detail::FirstUnwritable(ByteOrderMark, csvFormat.encoding))
             gathered = ByteOrderMark;
     }
@@ -121,7 +116,7 @@ bool VoCSVWriter::Private::needsQuotes(std::string_view text, unsigned char foun
 {
     if (text.empty())
         return false;
-    return IsBlank(text.front()) || IsBlank(text.back()) || (found & Special) != 0 ||
+    return vo::detail::IsCSVBlank(text.front()) || vo::detail::IsCSVBlank(text.back()) || (found & Special) != 0 ||
            (rows == 0 && !isInRow && looksLikeMark(text));
 }
 
@@ -226,7 +221,7 @@ void VoCSVWriter::endRow()
     m_private->gathered += m_private->newline;
     m_private->isInRow = false;
     ++m_private->rows;
-    if (m_private->gathered.size() >= BlockSize)
+    if (m_private->gathered.size() >= CSVBlockSize)
         m_private->flush();
 }
 

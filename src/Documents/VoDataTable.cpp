@@ -12,6 +12,7 @@
 #include <Documents/VoVariantTable.h>
 #include <Documents/detail/CSVText.h>
 #include <Documents/detail/ColumnSearch.h>
+#include <Documents/detail/DataTableRows.h>
 
 #include <algorithm>
 #include <cmath>
@@ -25,6 +26,8 @@ struct VoDataTable::Private
     VoDeque<VoSharedPtr<VoDataTableRow>> rows;
     std::size_t numberColumns = 0;
 };
+
+using vo::detail::HeightOf;
 
 namespace {
 
@@ -46,14 +49,6 @@ std::size_t WidthOf(const Items& items)
         width += item->columnSpan();
     }
     return width;
-}
-
-std::size_t HeightOf(const VoDataTableRow& row)
-{
-    std::size_t height = 0;
-    for (const auto& item : row.items)
-        height = std::max(height, item->numberValues());
-    return height;
 }
 
 // The item that covers a column; the filler in a row that is too short.

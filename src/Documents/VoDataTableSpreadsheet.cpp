@@ -8,11 +8,14 @@
 #include <Documents/VoOOXMLWriter.h>
 #include <Documents/VoOOXMLWriterSpreadsheet.h>
 #include <Documents/VoXMLSpreadsheetWriter.h>
+#include <Documents/detail/DataTableRows.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFilePath.h>
 
 #include <algorithm>
 #include <vector>
+
+using vo::detail::HeightOf;
 
 namespace {
 
@@ -23,14 +26,6 @@ struct Cell
     std::size_t columnSpan;
     std::size_t rowSpan;
 };
-
-std::size_t HeightOf(const VoDataTableRow& row)
-{
-    std::size_t height = 0;
-    for (const auto& item : row.items)
-        height = std::max(height, item->numberValues());
-    return height;
-}
 
 // The cells of one row of the table, in a list for each of its sheet rows.
 //

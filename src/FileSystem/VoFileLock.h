@@ -6,10 +6,6 @@
 #include <functional>
 #include <memory>
 
-namespace vo::detail {
-class FileLock;
-}
-
 /// Keeps all others, in this process and in others, from what a lock file stands for, as long as it lives.
 ///
 /// The system itself holds the lock and lets it go when the process ends, however that happens: a lock can never be
@@ -33,5 +29,9 @@ public:
     bool isHeld() const noexcept;
 
 private:
-    std::unique_ptr<vo::detail::FileLock> m_private;
+    struct Private;
+
+    void tryLock();
+
+    std::unique_ptr<Private> m_private;
 };

@@ -2,19 +2,12 @@
 
 #include <Core/VoString.h>
 #include <Maths/VoLinearProblemExceptions.h>
+#include <Maths/detail/ProblemLimits.h>
 
 #include <algorithm>
 #include <cmath>
 
-namespace {
-
-void RequireFinite(double value)
-{
-    if (!std::isfinite(value))
-        throw VoInvalidCoefficientException("Coefficient is not a finite number");
-}
-
-} // namespace
+using vo::detail::RequireFinite;
 
 struct VoLinearProblem::Private
 {

@@ -3,6 +3,7 @@
 #include <FileSystem/VoFilePath.h>
 #include <IO/VoWholeFile.h>
 #include <Maths/VoLinearProblemExceptions.h>
+#include <Maths/detail/ProblemLimits.h>
 
 #include <algorithm>
 #include <array>
@@ -18,7 +19,6 @@
 namespace {
 
 constexpr std::size_t MostBytes = std::size_t(256) << 20;
-constexpr std::size_t MostCells = 100'000'000; // of the tableau; VoSimplexAlgorithm takes no more
 
 [[noreturn]] void Refuse(std::size_t line, const std::string& reason)
 {
@@ -486,7 +486,7 @@ private:
         if (!m_maximise && m_names.size() != m_rows.size())
             Refuse(m_lastLine, "A problem to be minimized must have as many constraints as variables, not " +
                                    std::to_string(m_rows.size()) + " for " + std::to_string(m_names.size()));
-        if (m_names.size() + m_rows.size() + 2 > MostCells / (m_rows.size() + 1))
+        if (!vo::detail::FitsTableau(m_names.size(), m_rows.size()))
             Refuse(m_lastLine, "Problem is too large for the solver");
     }
 

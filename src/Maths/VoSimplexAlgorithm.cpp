@@ -6,17 +6,18 @@
 #include <Maths/VoLinearProblemExceptions.h>
 #include <Maths/VoMaths.h>
 #include <Maths/detail/CondensedTableau.h>
+#include <Maths/detail/ProblemLimits.h>
 #include <Maths/detail/SimplexKernel.h>
 
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
+using vo::detail::RequireFinite;
+
 namespace {
 
 using Tableau = VoNumericMatrix<double>;
-
-constexpr std::size_t MostCells = 100'000'000;
 
 // From here on leaving out the unit columns saves more than it costs to take them out and put them back.
 constexpr std::size_t FewestCellsToCondense = 16384;
@@ -32,16 +33,8 @@ void RequireShape(std::size_t parameters, std::size_t constraints)
     if (!Maximise && parameters != constraints)
         throw VoInvalidCallException(
             "Number of parameters must be the same as the number of constraints for minimisation");
-    if (parameters > MostCells || constraints > MostCells)
+    if (!vo::detail::FitsTableau(parameters, constraints))
         vo::detail::ThrowOverflow();
-    if (parameters + constraints + 2 > MostCells / (constraints + 1))
-        vo::detail::ThrowOverflow();
-}
-
-void RequireFinite(double value)
-{
-    if (!std::isfinite(value))
-        throw VoInvalidCoefficientException("Coefficient is not a finite number");
 }
 
 // One run's view of a tableau: the steps of the simplex method, and what is known of the rows between them.

@@ -111,6 +111,7 @@ bool AbstractTaskScheduler::Private::findWork(std::unique_lock<std::mutex>& lock
             return true;
         if (m_ending)
             return false;
+        // The lock of the arrivals is held from looking to waiting: whatever comes after the look wakes a thread.
         lock.unlock();
         waitForArrival(arrival);
         arrival.unlock();

@@ -83,12 +83,7 @@ Registry& Loops()
 
 VoEventLoop::Private::~Private()
 {
-    if (!m_thread.joinable())
-        return;
-    if (m_thread.id() == std::this_thread::get_id())
-        m_thread.detach();
-    else
-        m_thread.join();
+    vo::detail::FinishThread(m_thread);
 }
 
 void VoEventLoop::Private::run(const std::shared_ptr<Private>& self)

@@ -93,3 +93,13 @@ VoThread vo::detail::CreateThread(std::function<void()> function, const char* na
         function();
     });
 }
+
+void vo::detail::FinishThread(VoThread& thread)
+{
+    if (!thread.joinable())
+        return;
+    if (thread.id() == std::this_thread::get_id())
+        thread.detach();
+    else
+        thread.join();
+}

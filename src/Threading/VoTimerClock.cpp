@@ -101,13 +101,7 @@ public:
     ~SystemClock() override
     {
         m_private->end();
-        if (!m_thread.joinable())
-            return;
-        // The callback that ends the last timer may be on the thread, which then needs nothing of this clock any more.
-        if (m_thread.id() == std::this_thread::get_id())
-            m_thread.detach();
-        else
-            m_thread.join();
+        vo::detail::FinishThread(m_thread); // the callback that ends the last timer may be on the thread
     }
 
     VoTimeDuration now() const override { return SteadyNow(); }

@@ -21,7 +21,6 @@ using namespace vo::detail;
 namespace {
 
 constexpr std::int64_t NanosecondsPerSecond = 1000000000;
-constexpr std::int64_t SecondsPerDay = 86400;
 
 // Seconds of a date and time as if it were in universal time; none when there is no such date.
 std::optional<std::int64_t> WallClock(const VoDateTime::Components& parts)

@@ -16,6 +16,7 @@
 #include <IO/VoStringDevice.h>
 #include <LogCapture.h>
 #include <ScratchFolder.h>
+#include <SpecialNumbers.h>
 #include <VoTestSupport.h>
 
 #include <QtCore/QJsonArray>
@@ -30,9 +31,9 @@
 #include <sys/stat.h>
 #endif
 
-namespace {
+using vo::test::Infinity;
 
-constexpr double Infinity = std::numeric_limits<double>::infinity();
+namespace {
 
 /// Texts that programs on the way might change, drop, evaluate or refuse, and what one reads that does not know the
 /// notation for control characters.

@@ -1,6 +1,6 @@
 #include "FileSystemFixture.h"
 
-#include <FileSystem/detail/FileLock.h>
+#include <FileSystem/VoFileLock.h>
 
 #include <atomic>
 #include <thread>
@@ -11,8 +11,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
-
-using vo::detail::FileLock;
 
 namespace {
 
@@ -26,9 +24,9 @@ TEST_F(FileLocks, ALockExcludesWhateverItsFileHeldBeforeAndLetsGo)
     for (const char* left : {"", "12345\nanother program\nanother machine\n"}) {
         write("l.lock", left);
         {
-            const FileLock lock(path);
+            const VoFileLock lock(path);
             EXPECT_TRUE(lock.isHeld());
-            EXPECT_FALSE(FileLock(path).isHeld());
+            EXPECT_FALSE(VoFileLock(path).isHeld());
         }
         EXPECT_EQ(VoFileSystem::Exists(path), *left != '\0') << "only what a lock made goes with it";
         VoFileSystem::Remove(path);
@@ -41,7 +39,7 @@ TEST_F(FileLocks, ALockExcludesWhateverItsFileHeldBeforeAndLetsGo)
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
             for (int round = 0; round < 50; ++round) {
-                const FileLock lock(path, [] {});
+                const VoFileLock lock(path, [] {});
                 if (++inside > 1)
                     haveMet = true;
                 std::this_thread::yield();
@@ -63,7 +61,7 @@ TEST_F(FileLocks, ALockEndsWithItsProcess)
     ASSERT_EQ(::pipe(ready), 0);
     const pid_t child = ::fork();
     if (child == 0) {
-        const FileLock lock(path);
+        const VoFileLock lock(path);
         const char held = lock.isHeld() ? 'y' : 'n';
         if (::write(ready[1], &held, 1) == 1)
             ::pause();
@@ -73,7 +71,7 @@ TEST_F(FileLocks, ALockEndsWithItsProcess)
     ASSERT_EQ(::read(ready[0], &held, 1), 1);
     EXPECT_EQ(held, 'y');
     int waits = 0;
-    const FileLock lock(path, [&] {
+    const VoFileLock lock(path, [&] {
         if (waits++ == 0)
             ::kill(child, SIGKILL);
     });

@@ -463,6 +463,14 @@ TEST_F(FileSystem, CallbacksMayRemoveWhatIsStillToCome)
         write("new");
     });
     EXPECT_EQ(found, (Texts{"a", "d", "e\\"}));
+
+    found.clear();
+    const auto onlyOne = [&](const VoFilePath& path) {
+        found.push_back(below(path.path()));
+        throw VoInvalidCallException("enough");
+    };
+    EXPECT_THROW_MSG(VoFileSystem::ForEachFile(root(), true, true, onlyOne), VoInvalidCallException, "enough");
+    EXPECT_EQ(found, Texts{"a"});
 }
 
 TEST_F(FileSystem, WhatCannotBeWalkedIsReported)
@@ -511,6 +519,12 @@ TEST_F(FileSystem, WellKnownDirectoriesFollowTheEnvironmentAtEachCall)
     EXPECT_NE(VoFileSystem::Directory(VoFileSystem::ApplicationData), VoDirectoryPath("\\"));
     EXPECT_THROW_MSG(VoFileSystem::Directory(static_cast<VoFileSystem::DirectoryIdentifier>(3)),
                      VoInvalidParameterException, "Unknown directory identifier: 3");
+#if defined(__unix__)
+    const ScopedEnvironment temporary("TMPDIR", QByteArray::fromStdString(vo::detail::ToNative(root()).string()));
+    EXPECT_EQ(VoFileSystem::TempDirectory(), root());
+    const ScopedEnvironment nowhere("TMPDIR", QByteArray::fromStdString(native("missing").string()));
+    EXPECT_THROW(VoFileSystem::TempDirectory(), VoFileException);
+#endif
 }
 
 TEST_F(FileSystem, FreeSpaceIsThatOfTheVolumeAlsoForDirectoriesToCome)

@@ -5,6 +5,7 @@
 #include <Core/VoByteArray.h>
 #include <Core/VoFileException.h>
 
+#include <MemoryDevice.h>
 #include <RandomBytes.h>
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
@@ -21,16 +22,13 @@
 #include <unistd.h>
 #endif
 
+using vo::test::ModeOf;
+
 namespace {
 
 constexpr char OpenFailure[] = "Failed to open file in given mode";
 constexpr char ReadFailure[] = "Error occurred on reading from file";
 constexpr char WriteFailure[] = "Error occurred on writing to file";
-
-VoIODevice::Mode ModeOf(unsigned flags)
-{
-    return static_cast<VoIODevice::Mode>(flags);
-}
 
 std::string RandomText(std::mt19937& random, std::size_t size)
 {

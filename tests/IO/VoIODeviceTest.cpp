@@ -16,15 +16,7 @@
 #include <set>
 
 using vo::test::MemoryDevice;
-
-namespace {
-
-VoIODevice::Mode ModeOf(unsigned flags)
-{
-    return static_cast<VoIODevice::Mode>(flags);
-}
-
-} // namespace
+using vo::test::ModeOf;
 
 TEST(VoIODevice, PermitsTransfersForExactModesOnly)
 {

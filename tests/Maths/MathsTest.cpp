@@ -1,3 +1,4 @@
+#include <SpecialNumbers.h>
 #include <VoTestSupport.h>
 
 #include <Core/VoMathsException.h>
@@ -11,10 +12,10 @@
 #include <string>
 #include <tuple>
 
-namespace {
+using vo::test::Infinity;
+using vo::test::NotANumber;
 
-constexpr double Infinity = std::numeric_limits<double>::infinity();
-constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
+namespace {
 
 TEST(Maths, ComparesNumbersWithinTheirTolerance)
 {

@@ -1,3 +1,4 @@
+#include <SpecialNumbers.h>
 #include <VoTestSupport.h>
 
 #include <Core/VoMathsException.h>
@@ -14,15 +15,15 @@
 #include <limits>
 #include <string>
 
+using vo::test::Infinity;
+using vo::test::NotANumber;
+
 namespace {
 
 using Largest = VoSimplexAlgorithm<double, true>;
 using Smallest = VoSimplexAlgorithm<double, false>;
 using vo::test::ReferenceSimplex;
 using Numbers = VoVector<double>;
-
-constexpr double Infinity = std::numeric_limits<double>::infinity();
-constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
 
 Largest Sample()
 {

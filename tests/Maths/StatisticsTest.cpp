@@ -1,3 +1,4 @@
+#include <SpecialNumbers.h>
 #include <VoTestSupport.h>
 
 #include <Core/VoMathsException.h>
@@ -11,10 +12,11 @@
 #include <cmath>
 #include <limits>
 
+using vo::test::Infinity;
+using vo::test::NotANumber;
+
 namespace {
 
-constexpr double Infinity = std::numeric_limits<double>::infinity();
-constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
 using Counts = VoVector<std::uint64_t>;
 
 Counts CountsOf(const VoHistogram& histogram)

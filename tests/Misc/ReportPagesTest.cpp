@@ -4,6 +4,7 @@
 #include <CommaLocale.h>
 #include <FileSizeLimit.h>
 #include <Misc/XMLReport/ReportPages.h>
+#include <SpecialNumbers.h>
 
 #include <cmath>
 #include <limits>
@@ -13,6 +14,9 @@
 #include <sys/stat.h>
 #endif
 
+using vo::test::Infinity;
+using vo::test::NotANumber;
+
 namespace {
 
 using vo::test::Case;
@@ -20,9 +24,6 @@ using vo::test::Cases;
 using vo::test::LotItem;
 using vo::test::Result;
 using vo::test::Table;
-
-constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr double Infinity = std::numeric_limits<double>::infinity();
 
 XMLReportHeader Header()
 {

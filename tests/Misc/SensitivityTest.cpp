@@ -1,15 +1,16 @@
 #include "ReportFixture.h"
 
+#include <SpecialNumbers.h>
 #include <cmath>
 #include <limits>
+
+using vo::test::NotANumber;
 
 namespace {
 
 using vo::test::Case;
 using vo::test::LotItem;
 using vo::test::Result;
-
-constexpr double NotANumber = std::numeric_limits<double>::quiet_NaN();
 
 // A lot item of which the sample result (reference 10, delta 1) has that sensitivity: 0.1 * 1 / (value - 1).
 XMLReportInfo::LotItem ItemOf(double sensitivity)

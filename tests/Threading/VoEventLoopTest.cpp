@@ -238,6 +238,23 @@ TEST(VoEventLoop, ManyMergeableEventsBehindOthersStayLinear)
     EXPECT_EQ((std::vector<int>{100000}), results);
 }
 
+TEST(VoEventLoop, EventsAddedFromManyThreadsAllRunOnce)
+{
+    VoEventLoop loop;
+    loop.run();
+    std::vector<int> counts(4, 0); // written by the loop's thread only
+    std::vector<std::thread> threads;
+    for (int& count : counts)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 2000; ++i)
+                loop.add(MakeCall([&count] { ++count; }));
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    loop.finish();
+    EXPECT_EQ(std::vector<int>(4, 2000), counts);
+}
+
 TEST(VoStoppableEvent, StoppedBeforeItsTurnNeverRunsAndLaterEndsItsWorkItself)
 {
     for (const bool early : {true, false}) {

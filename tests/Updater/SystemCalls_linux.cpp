@@ -123,8 +123,8 @@ using namespace vo::test;
 #define REAL(name) static auto* const real = Real<decltype(name)>(#name)
 
 // A call of the system that works unless its turn has come.
-#define INTERPOSE(result, failure, effects, name, parameters, arguments, specification)                                \
-    result name parameters specification                                                                               \
+#define INTERPOSE(result, failure, effects, name, parameters, arguments, exceptions)                                   \
+    result name parameters exceptions                                                                                  \
     {                                                                                                                  \
         REAL(name);                                                                                                    \
         return Faulty<result>(effects, failure, [&] { return real arguments; });                                       \

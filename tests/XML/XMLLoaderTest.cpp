@@ -193,6 +193,11 @@ TEST_F(XMLLoader, RecursionIsLimited)
     };
     EXPECT_NO_THROW(load(closed(1000)));
     EXPECT_THROW_MSG(load(closed(1001)), VoStackLimitException, "Stack limit reached");
+    std::string siblings;
+    for (int i = 0; i < 100000; ++i)
+        siblings += "<a/>";
+    EXPECT_EQ(load("<a>" + siblings + "</a>").size(),
+              std::string("a(a)").size() + 100000 * std::string(",a(a/a)").size());
     loader.addGlobalRule("top", [](VoXMLStreamElementLoader) -> ObjectPtr { return VoUniquePtr<Node>::Make("top"); });
     EXPECT_EQ(load("<top>" + closed(50000) + "</top>"), "top"); // what no rule reads may be deeper
 }

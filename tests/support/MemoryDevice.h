@@ -12,6 +12,12 @@
 
 namespace vo::test {
 
+/// A mode of any flags, also of those that none has.
+inline VoIODevice::Mode ModeOf(unsigned flags)
+{
+    return static_cast<VoIODevice::Mode>(flags);
+}
+
 /// A device in memory with none but the hooks that must be there, so that what the base does by default shows. It fails
 /// when it is told to.
 class MemoryDevice : public VoIODevice

@@ -2,9 +2,9 @@
 
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
+#include <FileSystem/VoFileLock.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/detail/FileLock.h>
 #include <FileSystem/detail/NativePath.h>
 #include <Subsystem/VoLogging.h>
 
@@ -149,7 +149,7 @@ struct SingleInstance::Private
 {
     VoDirectoryPath directory;
     Callback callback;
-    std::unique_ptr<FileLock> lock;
+    std::unique_ptr<VoFileLock> lock;
     QLocalServer server; // closed before the lock is let go of
 };
 
@@ -170,7 +170,7 @@ std::optional<bool> SingleInstance::claim(const std::vector<std::string>& texts,
     VoFileSystem::CreateDirectory(m_private->directory, true);
     const QDeadlineTimer end(patience.toChrono());
     do {
-        auto lock = std::make_unique<FileLock>(m_private->directory.file("instance.lock"));
+        auto lock = std::make_unique<VoFileLock>(m_private->directory.file("instance.lock"));
         if (lock->isHeld()) {
             listen();
             m_private->lock = std::move(lock);

@@ -15,11 +15,6 @@
 namespace vo::detail {
 namespace {
 
-bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t';
-}
-
 bool IsDigit(char c)
 {
     return c >= '0' && c <= '9';
@@ -27,9 +22,9 @@ bool IsDigit(char c)
 
 std::string_view WithoutBlanks(std::string_view text)
 {
-    while (!text.empty() && IsBlank(text.front()))
+    while (!text.empty() && IsCSVBlank(text.front()))
         text.remove_prefix(1);
-    while (!text.empty() && IsBlank(text.back()))
+    while (!text.empty() && IsCSVBlank(text.back()))
         text.remove_suffix(1);
     return text;
 }

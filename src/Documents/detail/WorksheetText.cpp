@@ -62,16 +62,11 @@ bool IsAscii(std::string_view text)
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
 }
 
-// XML's white space; what stands at the ends is dropped by readers that are not told to keep it.
-bool IsBlank(char c)
-{
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
+// White space at the ends is dropped by readers that are not told to keep it.
 bool NeedsPreserving(std::string_view text)
 {
-    return !text.empty() &&
-           (IsBlank(text.front()) || IsBlank(text.back()) || text.find_first_of("\r\n") != std::string_view::npos);
+    return !text.empty() && (IsXMLBlank(text.front()) || IsXMLBlank(text.back()) ||
+                             text.find_first_of("\r\n") != std::string_view::npos);
 }
 
 bool IsHexDigit(char c)

@@ -53,6 +53,8 @@ bool BodyDecoder::decode(const char* data, std::size_t size, const Sink& sink)
         }
         stream.next_out = reinterpret_cast<Bytef*>(buffer.data());
         stream.avail_out = static_cast<uInt>(buffer.size());
+        // Z_BUF_ERROR: nothing could be done with what there is, which is no fault of the body; isWhole() tells at its
+        // end.
         const int result = ::inflate(&stream, Z_NO_FLUSH);
         if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR)
             return false;

@@ -4,9 +4,9 @@
 #include <Core/VoExceptionText.h>
 #include <Core/detail/Completed.h>
 #include <Download/VoDownloadNotification.h>
+#include <Download/detail/DownloadLog.h>
 #include <Download/detail/SpeedFloor.h>
 #include <Download/detail/VoDownloadManagerImpl.h>
-#include <Subsystem/VoLogging.h>
 
 #include <QtNetwork/QNetworkAccessManager>
 #include <QtNetwork/QNetworkReply>
@@ -18,18 +18,13 @@
 using vo::detail::DisplayText;
 using vo::detail::DownloadFailure;
 using vo::detail::DownloadFile;
+using vo::detail::DownloadLog;
 using vo::detail::SpeedFloor;
 using Kind = VoDownloadException::Kind;
 
 namespace {
 
 constexpr qint64 ReadBufferSize = qint64{1024} * 1024; // the network waits when a file is written more slowly
-
-vo::logging::Logger& Logger()
-{
-    static vo::logging::Logger& logger = vo::logging::Logger::Get("download");
-    return logger;
-}
 
 qint64 Milliseconds(const VoTimeDuration& duration)
 {
@@ -320,7 +315,7 @@ void VoDownload::onRedirected(QNetworkReply& reply, const QUrl& target)
     touch(*transfer);
     const QUrl from = transfer->file.target();
     const VoString hop = "from (" + DisplayText(from) + ") to (" + DisplayText(target) + ")";
-    Logger().diagnostic("Redirect requested " + hop);
+    DownloadLog().diagnostic("Redirect requested " + hop);
 
     VoString refusal;
     switch (vo::detail::RedirectDecision(from, target, manager()->redirectHosts())) {
@@ -336,7 +331,7 @@ void VoDownload::onRedirected(QNetworkReply& reply, const QUrl& target)
         break;
     }
     if (!refusal.isEmpty()) {
-        Logger().error(refusal);
+        DownloadLog().error(refusal);
         failed(*transfer, {VoDownloadException(refusal), true, std::nullopt});
         return;
     }
@@ -521,7 +516,7 @@ void VoDownload::failed(Transfer& transfer, const DownloadFailure& failure)
         return;
     }
     const VoString text = "Header request failed: " + failure.exception.message();
-    Logger().error(text);
+    DownloadLog().error(text);
     fail(vo::detail::Completed(VoDownloadException(text, failure.exception.kind(), failure.exception.httpStatus()),
                                failure.exception.subject(), failure.exception.reason()));
 }
@@ -529,8 +524,8 @@ void VoDownload::failed(Transfer& transfer, const DownloadFailure& failure)
 void VoDownload::announce(const DownloadFile& file, const DownloadFile::Attempt& attempt, const VoString& reason)
 {
     const VoString url = DisplayText(file.place());
-    Logger().information("Retrying download: " + m_id.toString() + " - " + url + " (attempt " +
-                         VoString(attempt.number) + " in " + attempt.delay.toString() + "): " + reason);
+    DownloadLog().information("Retrying download: " + m_id.toString() + " - " + url + " (attempt " +
+                              VoString(attempt.number) + " in " + attempt.delay.toString() + "): " + reason);
     manager()->callBack([&] {
         if (m_policy.onRetry)
             m_policy.onRetry({VoUrl(url), attempt.number, attempt.delay, reason});

@@ -3,25 +3,21 @@
 #include <Core/VoExceptionText.h>
 #include <Download/VoDownloadException.h>
 #include <Download/VoDownloadNotification.h>
+#include <Download/detail/DownloadLog.h>
 #include <Download/detail/VoGroupDownload.h>
 #include <Download/detail/VoSingleDownload.h>
-#include <Subsystem/VoLogging.h>
 
 #include <QtCore/QCoreApplication>
 #include <QtNetwork/QNetworkAccessManager>
 #include <utility>
+
+using vo::detail::DownloadLog;
 
 namespace {
 
 constexpr std::size_t BufferSize = std::size_t{256} * 1024;
 
 thread_local int CallbackDepth = 0;
-
-vo::logging::Logger& Logger()
-{
-    static vo::logging::Logger& logger = vo::logging::Logger::Get("download");
-    return logger;
-}
 
 } // namespace
 
@@ -148,7 +144,7 @@ void VoDownloadManagerImpl::start(const Request& request, const VoDownloadTicket
             running.start();
     } catch (...) {
         const VoString text = vo::CurrentExceptionText();
-        Logger().error("Download failed: " + request.id().toString() + " - " + text);
+        DownloadLog().error("Download failed: " + request.id().toString() + " - " + text);
         if (ticket)
             ticket->end(VoDownloadException(text));
     }
@@ -159,7 +155,7 @@ void VoDownloadManagerImpl::cancelDownload(const VoUUID& id)
     {
         const std::lock_guard<std::mutex> lock(m_requests.handOver());
     }
-    Logger().diagnostic("Cancelling download: " + id.toString());
+    DownloadLog().diagnostic("Cancelling download: " + id.toString());
     if (VoDownload* const download = m_monitor.find(id))
         download->cancel();
 }
@@ -208,7 +204,7 @@ void VoDownloadManagerImpl::callBack(const std::function<void()>& function) noex
     try {
         function();
     } catch (...) {
-        Logger().error("Download notification failed: " + vo::CurrentExceptionText());
+        DownloadLog().error("Download notification failed: " + vo::CurrentExceptionText());
     }
     --CallbackDepth;
 }
@@ -223,27 +219,28 @@ void VoDownloadManagerImpl::log(const VoDownloadNotification& notification) cons
     const VoString& id = notification.id().toString();
     switch (notification.type()) {
     case VoDownloadNotification::Complete:
-        Logger().diagnostic("Download complete: " + id);
+        DownloadLog().diagnostic("Download complete: " + id);
         break;
     case VoDownloadNotification::Failed:
-        Logger().warning("Download failed: " + id + " - " + notification.asFailedMessage().message());
+        DownloadLog().warning("Download failed: " + id + " - " + notification.asFailedMessage().message());
         break;
     case VoDownloadNotification::NetworkStatus:
-        Logger().diagnostic("Network status change: " + notification.asNetworkStatusMessage().statusString());
+        DownloadLog().diagnostic("Network status change: " + notification.asNetworkStatusMessage().statusString());
         break;
     case VoDownloadNotification::Paused:
-        Logger().diagnostic("Download paused: " + id);
+        DownloadLog().diagnostic("Download paused: " + id);
         break;
     case VoDownloadNotification::Progress: {
-        if (!Logger().isEnabled(vo::logging::Level::Diagnostic))
+        if (!DownloadLog().isEnabled(vo::logging::Level::Diagnostic))
             break;
         const VoDownloadProgressNotification& progress = notification.asProgressMessage();
-        Logger().diagnostic("Download progress: " + id + " - Downloaded: " + progress.received().toString() +
-                            " Total: " + progress.total().toString() + " Rate: " + progress.transferRate().toString());
+        DownloadLog().diagnostic("Download progress: " + id + " - Downloaded: " + progress.received().toString() +
+                                 " Total: " + progress.total().toString() +
+                                 " Rate: " + progress.transferRate().toString());
         break;
     }
     case VoDownloadNotification::Started:
-        Logger().diagnostic("Download started: " + id);
+        DownloadLog().diagnostic("Download started: " + id);
         break;
     }
 }

@@ -1,25 +1,17 @@
 #include <Download/detail/VoDownloadManagerMonitor.h>
 
+#include <Download/detail/DownloadLog.h>
 #include <Download/detail/VoDownload.h>
-#include <Subsystem/VoLogging.h>
 
-namespace {
-
-vo::logging::Logger& Logger()
-{
-    static vo::logging::Logger& logger = vo::logging::Logger::Get("download");
-    return logger;
-}
-
-} // namespace
+using vo::detail::DownloadLog;
 
 bool VoDownloadManagerMonitor::allocate(VoDownload& download)
 {
     if (!m_downloads.emplace(download.id(), &download).second) {
-        Logger().error("Download failed to register");
+        DownloadLog().error("Download failed to register");
         return false;
     }
-    Logger().diagnostic(
+    DownloadLog().diagnostic(
         VoString(download.isGrouped() ? "Allocating grouped download requested [" : "Allocating download requested [") +
         download.id().toString() + "] : " + download.description());
     return true;
@@ -27,12 +19,12 @@ bool VoDownloadManagerMonitor::allocate(VoDownload& download)
 
 void VoDownloadManagerMonitor::complete(const VoUUID& id)
 {
-    Logger().diagnostic("Download request complete [" + id.toString() + "]");
+    DownloadLog().diagnostic("Download request complete [" + id.toString() + "]");
 }
 
 void VoDownloadManagerMonitor::deallocate(const VoUUID& id)
 {
-    Logger().diagnostic("Deallocating download request [" + id.toString() + "]");
+    DownloadLog().diagnostic("Deallocating download request [" + id.toString() + "]");
     m_downloads.erase(id);
 }
 

@@ -1,19 +1,11 @@
 #include <Download/detail/VoDownloadMonitors.h>
 
 #include <Core/VoException.h>
-#include <Subsystem/VoLogging.h>
+#include <Download/detail/DownloadLog.h>
 
 #include <utility>
 
-namespace {
-
-vo::logging::Logger& Logger()
-{
-    static vo::logging::Logger& logger = vo::logging::Logger::Get("download");
-    return logger;
-}
-
-} // namespace
+using vo::detail::DownloadLog;
 
 VoAbstractDownloadMonitor::VoAbstractDownloadMonitor(Issue headers, Issue files)
     : m_headers(std::move(headers))
@@ -41,7 +33,7 @@ void VoAbstractDownloadMonitor::start(Phase phase, const char* what, const Issue
                                      (running == Headers ? "header information." : "files."));
     m_received.exchange(0);
     if (phase == Headers)
-        m_total = 0;
+        m_total = 0; // the files' phase goes by the sizes that the headers' phase has found
     try {
         started(phase);
         issue();
@@ -90,12 +82,12 @@ void VoAbstractDownloadMonitor::started(Phase) {}
 
 bool VoAbstractDownloadMonitor::IsLogged()
 {
-    return Logger().isEnabled(vo::logging::Level::Diagnostic);
+    return DownloadLog().isEnabled(vo::logging::Level::Diagnostic);
 }
 
 void VoAbstractDownloadMonitor::Log(const VoString& text)
 {
-    Logger().diagnostic(text);
+    DownloadLog().diagnostic(text);
 }
 
 VoSingleDownloadMonitor::~VoSingleDownloadMonitor() = default;
@@ -113,7 +105,7 @@ void VoSingleDownloadMonitor::headersComplete()
 
 void VoSingleDownloadMonitor::filesComplete()
 {
-    setTotal(received());
+    setTotal(received()); // which the headers may have got wrong, or not told
     endPhase();
 }
 

@@ -1,5 +1,7 @@
 #include <FileSystem/detail/FileLock.h>
 
+#include <FileSystem/detail/NativeFile.h>
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -9,11 +11,6 @@
 namespace vo::detail {
 
 namespace {
-
-std::error_code LastError() noexcept
-{
-    return std::error_code(errno, std::system_category());
-}
 
 // Closed on exec: the lock belongs to the open file, and a child would hold it on.
 int Open(const std::filesystem::path& path) noexcept
@@ -44,39 +41,38 @@ bool IsAtPath(int descriptor, const std::filesystem::path& path, off_t& size) no
 
 } // namespace
 
-FileLock::Handle FileLock::take(const std::filesystem::path& path, std::error_code& openError,
-                                std::error_code& lockError)
+FileLockHandle TakeFileLock(const std::filesystem::path& path, std::error_code& openError, std::error_code& lockError)
 {
     for (;;) {
         const int descriptor = Open(path);
         if (descriptor == -1 && errno == EINTR)
             continue;
         if (descriptor == -1) {
-            openError = LastError();
-            return NoHandle;
+            openError = LastSystemError();
+            return NoFileLock;
         }
         if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
             off_t size = 0;
             if (IsAtPath(descriptor, path, size))
                 return descriptor;
-            const std::error_code error = LastError();
+            const std::error_code error = LastSystemError();
             ::close(descriptor);
             if (!error)
                 continue;
             lockError = error;
-            return NoHandle;
+            return NoFileLock;
         }
-        const std::error_code error = LastError();
+        const std::error_code error = LastSystemError();
         ::close(descriptor);
         if (error == std::errc::interrupted)
             continue;
         if (error != std::errc::operation_would_block && error != std::errc::resource_unavailable_try_again)
             lockError = error;
-        return NoHandle;
+        return NoFileLock;
     }
 }
 
-void FileLock::letGo(Handle handle, const std::filesystem::path& path) noexcept
+void LetFileLockGo(FileLockHandle handle, const std::filesystem::path& path) noexcept
 {
     const auto descriptor = static_cast<int>(handle);
     // While it is still locked: nobody can lock this file any more, and the next one makes another. What holds bytes

@@ -5,27 +5,27 @@
 namespace vo::detail {
 
 // The lock is that nobody else may open the file; the system closes it with the process.
-FileLock::Handle FileLock::take(const std::filesystem::path& path, std::error_code& openError, std::error_code&)
+FileLockHandle TakeFileLock(const std::filesystem::path& path, std::error_code& openError, std::error_code&)
 {
     constexpr int attempts = 50;
     for (int attempt = 0;; ++attempt) {
         const HANDLE handle = ::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
                                             OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (handle != INVALID_HANDLE_VALUE)
-            return reinterpret_cast<Handle>(handle);
+            return reinterpret_cast<FileLockHandle>(handle);
         const DWORD error = ::GetLastError();
         if (error == ERROR_SHARING_VIOLATION)
-            return NoHandle;
+            return NoFileLock;
         // Also told while the file of the last holder is going away.
         if (error != ERROR_ACCESS_DENIED || attempt == attempts) {
             openError = std::error_code(static_cast<int>(error), std::system_category());
-            return NoHandle;
+            return NoFileLock;
         }
         ::Sleep(10);
     }
 }
 
-void FileLock::letGo(Handle handle, const std::filesystem::path&) noexcept
+void LetFileLockGo(FileLockHandle handle, const std::filesystem::path&) noexcept
 {
     const auto file = reinterpret_cast<HANDLE>(handle);
     // What holds bytes was not made by a lock.

@@ -15,6 +15,9 @@ namespace vo::detail {
 /// Files are read and written in blocks of this many bytes.
 inline constexpr std::size_t FileBlockSize = std::size_t{256} * 1024;
 
+/// What the last call of the system failed with.
+std::error_code LastSystemError() noexcept;
+
 /// Who may use a new file or directory.
 enum class NewFileAccess
 {

@@ -21,11 +21,6 @@ auto Retried(Call call) noexcept
     return result;
 }
 
-std::error_code LastError() noexcept
-{
-    return std::error_code(errno, std::system_category());
-}
-
 // Where the medium has nothing that could be forced (pipes, some network volumes), there is nothing to do.
 bool IsUnsupportedSync(int code) noexcept
 {
@@ -36,26 +31,14 @@ void SyncDescriptor(int descriptor, std::error_code& error) noexcept
 {
     error.clear();
     if (Retried([=] { return ::fsync(descriptor); }) == -1 && !IsUnsupportedSync(errno))
-        error = LastError();
+        error = LastSystemError();
 }
 
 } // namespace
 
-NativeFile::NativeFile(NativeFile&& other) noexcept
-    : m_handle(std::exchange(other.m_handle, NoHandle))
+std::error_code LastSystemError() noexcept
 {
-}
-
-NativeFile& NativeFile::operator=(NativeFile&& other) noexcept
-{
-    std::swap(m_handle, other.m_handle);
-    return *this;
-}
-
-NativeFile::~NativeFile()
-{
-    std::error_code ignored;
-    close(ignored);
+    return std::error_code(errno, std::system_category());
 }
 
 NativeFile NativeFile::OpenForReading(const std::filesystem::path& path, std::error_code& error) noexcept
@@ -63,13 +46,13 @@ NativeFile NativeFile::OpenForReading(const std::filesystem::path& path, std::er
     error.clear();
     const int descriptor = Retried([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
     if (descriptor == -1) {
-        error = LastError();
+        error = LastSystemError();
         return NativeFile();
     }
     NativeFile file(descriptor);
     struct stat information = {};
     if (::fstat(descriptor, &information) == -1)
-        error = LastError();
+        error = LastSystemError();
     else if (S_ISDIR(information.st_mode))
         error = std::make_error_code(std::errc::is_a_directory);
     else if (!S_ISREG(information.st_mode))
@@ -86,7 +69,7 @@ NativeFile NativeFile::CreateNew(const std::filesystem::path& path, NewFileAcces
         Retried([&] { return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode); });
     if (descriptor != -1)
         return NativeFile(descriptor);
-    error = LastError();
+    error = LastSystemError();
     return NativeFile();
 }
 
@@ -97,7 +80,7 @@ std::size_t NativeFile::read(char* data, std::size_t size, std::error_code& erro
     const ssize_t count = Retried([=] { return ::read(descriptor, data, size); });
     if (count >= 0)
         return static_cast<std::size_t>(count);
-    error = LastError();
+    error = LastSystemError();
     return 0;
 }
 
@@ -108,7 +91,7 @@ void NativeFile::write(const char* data, std::size_t size, std::error_code& erro
     while (size != 0) {
         const ssize_t count = Retried([=] { return ::write(descriptor, data, size); });
         if (count == -1) {
-            error = LastError();
+            error = LastSystemError();
             return;
         }
         data += count;
@@ -128,21 +111,21 @@ void NativeFile::close(std::error_code& error) noexcept
         return;
     // The descriptor is gone even when the call is interrupted; calling again could close a stranger's file.
     if (::close(static_cast<int>(std::exchange(m_handle, NoHandle))) == -1 && errno != EINTR)
-        error = LastError();
+        error = LastSystemError();
 }
 
 void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& error) noexcept
 {
     error.clear();
     if (::mkdir(path.c_str(), 0700) == -1)
-        error = LastError();
+        error = LastSystemError();
 }
 
 void RemoveFile(const std::filesystem::path& path, std::error_code& error) noexcept
 {
     error.clear();
     if (::unlink(path.c_str()) == -1)
-        error = LastError();
+        error = LastSystemError();
 }
 
 void SyncDirectory(const std::filesystem::path& directory, std::error_code& error) noexcept
@@ -151,7 +134,7 @@ void SyncDirectory(const std::filesystem::path& directory, std::error_code& erro
     const char* const name = directory.empty() ? "." : directory.c_str();
     const int descriptor = Retried([=] { return ::open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     if (descriptor == -1) {
-        error = LastError();
+        error = LastSystemError();
         return;
     }
     SyncDescriptor(descriptor, error);

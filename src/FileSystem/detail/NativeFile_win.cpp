@@ -8,11 +8,6 @@ namespace vo::detail {
 
 namespace {
 
-std::error_code LastError() noexcept
-{
-    return std::error_code(static_cast<int>(::GetLastError()), std::system_category());
-}
-
 HANDLE ToHandle(std::intptr_t handle) noexcept
 {
     return reinterpret_cast<HANDLE>(handle);
@@ -26,21 +21,9 @@ DWORD Portion(std::size_t size) noexcept
 
 } // namespace
 
-NativeFile::NativeFile(NativeFile&& other) noexcept
-    : m_handle(std::exchange(other.m_handle, NoHandle))
+std::error_code LastSystemError() noexcept
 {
-}
-
-NativeFile& NativeFile::operator=(NativeFile&& other) noexcept
-{
-    std::swap(m_handle, other.m_handle);
-    return *this;
-}
-
-NativeFile::~NativeFile()
-{
-    std::error_code ignored;
-    close(ignored);
+    return std::error_code(static_cast<int>(::GetLastError()), std::system_category());
 }
 
 NativeFile NativeFile::OpenForReading(const std::filesystem::path& path, std::error_code& error) noexcept
@@ -50,7 +33,7 @@ NativeFile NativeFile::OpenForReading(const std::filesystem::path& path, std::er
         ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
     if (handle == INVALID_HANDLE_VALUE) {
-        error = LastError();
+        error = LastSystemError();
         return NativeFile();
     }
     NativeFile file(reinterpret_cast<Handle>(handle));
@@ -71,7 +54,7 @@ NativeFile NativeFile::CreateNew(const std::filesystem::path& path, NewFileAcces
                       CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle != INVALID_HANDLE_VALUE)
         return NativeFile(reinterpret_cast<Handle>(handle));
-    error = LastError();
+    error = LastSystemError();
     return NativeFile();
 }
 
@@ -81,7 +64,7 @@ std::size_t NativeFile::read(char* data, std::size_t size, std::error_code& erro
     DWORD count = 0;
     if (::ReadFile(ToHandle(m_handle), data, Portion(size), &count, nullptr))
         return count;
-    error = LastError();
+    error = LastSystemError();
     return 0;
 }
 
@@ -91,7 +74,7 @@ void NativeFile::write(const char* data, std::size_t size, std::error_code& erro
     while (size != 0) {
         DWORD count = 0;
         if (!::WriteFile(ToHandle(m_handle), data, Portion(size), &count, nullptr)) {
-            error = LastError();
+            error = LastSystemError();
             return;
         }
         data += count;
@@ -103,14 +86,14 @@ void NativeFile::sync(std::error_code& error) noexcept
 {
     error.clear();
     if (!::FlushFileBuffers(ToHandle(m_handle)))
-        error = LastError();
+        error = LastSystemError();
 }
 
 void NativeFile::close(std::error_code& error) noexcept
 {
     error.clear();
     if (isOpen() && !::CloseHandle(ToHandle(std::exchange(m_handle, NoHandle))))
-        error = LastError();
+        error = LastSystemError();
 }
 
 void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& error) noexcept
@@ -118,7 +101,7 @@ void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& 
     // Below the user's own temporary directory the inherited access is that of the user.
     error.clear();
     if (!::CreateDirectoryW(path.c_str(), nullptr))
-        error = LastError();
+        error = LastSystemError();
 }
 
 // The system removes no file that is marked as read-only, and no link to a directory as if it were a file.
@@ -127,7 +110,7 @@ void RemoveFile(const std::filesystem::path& path, std::error_code& error) noexc
     error.clear();
     const DWORD attributes = ::GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
-        error = LastError();
+        error = LastSystemError();
         return;
     }
     const bool isMarked = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
@@ -136,7 +119,7 @@ void RemoveFile(const std::filesystem::path& path, std::error_code& error) noexc
     const bool isDirectory = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     if (isDirectory ? ::RemoveDirectoryW(path.c_str()) : ::DeleteFileW(path.c_str()))
         return;
-    error = LastError();
+    error = LastSystemError();
     if (isMarked)
         ::SetFileAttributesW(path.c_str(), attributes);
 }

@@ -125,6 +125,7 @@ std::optional<CondensedTableau::Pivot> CondensedTableau::choosePivot() const
             smallest = ratio;
         }
     }
+    // Divided by a negative pivot, the zeros of a unit column would become -0.0, which this form cannot hold.
     if (!chosen || m_cells(*chosen, *column) < 0.0)
         return std::nullopt;
     return Pivot{*chosen, *column, overZeroRatio};
@@ -141,6 +142,8 @@ CondensedTableau::Step CondensedTableau::step()
     return pivot->overZeroRatio ? Step::MadeOverZeroRatio : Step::Made;
 }
 
+// Changes only m_pivotRow, so that a step can still be refused here, with the tableau as it was.
+//
 // Where the pivot's column was, the row's unit column takes its place: in this row a 1, which becomes 1 / pivot.
 bool CondensedTableau::preparePivotRow(const Pivot& pivot)
 {

@@ -48,10 +48,13 @@ void CallbackList::disconnect(const VoUUID& id)
             return;
         entry = std::move(*found);
         m_entries.erase(found);
+        // From here on no call of it begins. Those that run are waited for, except for the ones that this thread is in
+        // the midst of: they would wait for themselves.
         entry->removed = true;
         const std::size_t own = Running::OnThisThread(*entry);
         m_ended.wait(lock, [&] { return entry->running <= own; });
     }
+    // Without the lock: what a callback holds may use the list when it is destroyed.
     discard(std::move(entry));
 }
 
@@ -74,6 +77,7 @@ CallbackList::Running::Running(CallbackList& list, Entry& entry)
     , m_entry(entry)
     , m_outer(static_cast<const Running*>(std::exchange(InnermostCall(), this)))
 {
+    // Looked at and counted under one lock: a disconnection either prevents this call or waits for it.
     const std::lock_guard lock(m_list.m_mutex);
     m_permitted = !m_entry.removed;
     if (m_permitted)

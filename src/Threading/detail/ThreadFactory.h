@@ -14,4 +14,8 @@ VOCORE_PRIVATE_EXPORT VoThread CreateThread(std::function<void()> function, cons
 /// Names the calling thread for debuggers; does nothing where the system has no such names.
 void NameCurrentThread(const char* name) noexcept;
 
+/// Waits for the end of a thread whose owner ends. Where that happens on the thread itself, it runs on alone and may
+/// need nothing of the owner any more. Does nothing without a thread.
+void FinishThread(VoThread& thread);
+
 } // namespace vo::detail

@@ -17,6 +17,8 @@ struct CalendarDate
     std::int64_t day;   ///< From 1.
 };
 
+inline constexpr std::int64_t SecondsPerDay = 86400; ///< There are no leap seconds.
+
 /// Rounded down also for what is negative.
 std::int64_t FloorDivide(std::int64_t dividend, std::int64_t divisor);
 

@@ -5,8 +5,6 @@
 namespace vo::detail {
 namespace {
 
-constexpr std::int64_t SecondsPerDay = 86400;
-
 // "<+0330>" or at least three letters.
 void SkipName(TextScanner& scanner)
 {

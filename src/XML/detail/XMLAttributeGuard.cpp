@@ -1,15 +1,12 @@
 #include <XML/detail/XMLAttributeGuard.h>
 
+#include <XML/detail/XMLText.h>
+
 #include <string>
 
 namespace vo::detail {
 
 namespace {
-
-bool IsBlank(char character)
-{
-    return character == ' ' || character == '\t' || character == '\n' || character == '\r';
-}
 
 bool IsQuote(char character)
 {
@@ -85,25 +82,25 @@ void XMLAttributeGuard::step(char character)
         m_place = endsTag || character == '!' || character == '?' ? Place::Elsewhere : Place::TagName;
         break;
     case Place::TagName:
-        if (IsBlank(character))
+        if (IsXMLBlank(character))
             m_place = Place::Between;
         else if (endsTag)
             m_place = Place::Elsewhere;
         break;
     case Place::Between:
-        if (!IsBlank(character))
+        if (!IsXMLBlank(character))
             m_place = endsTag ? Place::Elsewhere : Place::Name;
         break;
     case Place::Name:
         if (character == '=')
             m_place = Place::AfterEquals;
-        else if (IsBlank(character))
+        else if (IsXMLBlank(character))
             m_place = Place::AfterName;
         else if (endsTag)
             m_place = Place::Elsewhere;
         break;
     case Place::AfterName:
-        if (!IsBlank(character))
+        if (!IsXMLBlank(character))
             m_place = character == '=' ? Place::AfterEquals : Place::Elsewhere;
         break;
     case Place::AfterEquals:
@@ -111,7 +108,7 @@ void XMLAttributeGuard::step(char character)
             m_quote = character;
             ++m_attributes;
         }
-        if (!IsBlank(character))
+        if (!IsXMLBlank(character))
             m_place = IsQuote(character) ? Place::Value : Place::Elsewhere;
         break;
     case Place::Value: // at the quote that ends it

@@ -17,6 +17,12 @@ VoString FromQtText(const QStringRef& text);
 /// The UTF-8 form of a text.
 VoString FromQtText(const QString& text);
 
+/// Whether XML takes the character for white space.
+inline bool IsXMLBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
 /// True unless the text has a character that no XML document can hold, not even escaped: U+0000 to U+001F except tab,
 /// line feed and carriage return, U+FFFE, U+FFFF.
 VOCORE_PRIVATE_EXPORT bool IsXMLText(const VoString& text);

@@ -5,8 +5,8 @@
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
 #include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileLock.h>
 #include <FileSystem/VoFilePath.h>
-#include <FileSystem/detail/FileLock.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/publish/ManifestFolder.h>
@@ -79,7 +79,7 @@ private:
     std::vector<std::pair<VoFilePath, VoFilePath>> m_moved;
     std::vector<VoFilePath> m_shared;
     std::vector<Replaced> m_replaced;
-    std::optional<vo::detail::FileLock> m_lock;
+    std::optional<VoFileLock> m_lock;
     VoUniquePtr<AdvertisedPackages> m_declarations;
     std::optional<ManifestFolder> m_manifest;
     bool m_isDeclared = false;

@@ -18,7 +18,7 @@ constexpr const char* MarkName = ".publishing"; // stays when somebody looks whe
 // Whether the folder is one of ours whose process has ended.
 bool IsDead(const VoDirectoryPath& folder)
 {
-    return VoFileSystem::Exists(folder.file(MarkName)) && vo::detail::FileLock(folder.file(LockName)).isHeld();
+    return VoFileSystem::Exists(folder.file(MarkName)) && VoFileLock(folder.file(LockName)).isHeld();
 }
 
 std::uint64_t BytesIn(const VoDirectoryPath& folder)

@@ -2,7 +2,7 @@
 
 #include <Core/VoExport.h>
 #include <FileSystem/VoDirectoryPath.h>
-#include <FileSystem/detail/FileLock.h>
+#include <FileSystem/VoFileLock.h>
 
 #include <cstdint>
 #include <utility>
@@ -17,7 +17,7 @@ public:
     explicit LivingFolder(const VoDirectoryPath& folder);
 
 private:
-    const vo::detail::FileLock m_lock;
+    const VoFileLock m_lock;
 };
 
 /// Removes the private folders in the directory for temporary files whose processes were killed, and tells how many

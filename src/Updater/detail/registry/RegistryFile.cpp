@@ -3,8 +3,8 @@
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileLock.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/detail/FileLock.h>
 #include <FileSystem/detail/TemporaryName.h>
 #include <Updater/detail/documents/Attributes.h>
 #include <Updater/detail/documents/Log.h>
@@ -81,7 +81,7 @@ ProcessLock::ProcessLock(const VoDirectoryPath& directory)
 {
     VoFileSystem::CreateDirectory(directory, true);
     const VoFilePath path = directory.file("updates.lock");
-    m_lock = std::make_unique<vo::detail::FileLock>(path);
+    m_lock = std::make_unique<VoFileLock>(path);
     if (!m_lock->isHeld())
         throw VoFileLockedException(path.path());
 }

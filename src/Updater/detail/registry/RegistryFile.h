@@ -11,9 +11,7 @@
 #include <memory>
 #include <string_view>
 
-namespace vo::detail {
-class FileLock;
-}
+class VoFileLock;
 
 namespace vo::updater::detail {
 
@@ -43,7 +41,7 @@ public:
     ProcessLock& operator=(const ProcessLock&) = delete;
 
 private:
-    std::unique_ptr<vo::detail::FileLock> m_lock;
+    std::unique_ptr<VoFileLock> m_lock;
 };
 
 } // namespace vo::updater::detail

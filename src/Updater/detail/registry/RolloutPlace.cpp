@@ -7,9 +7,9 @@
 #include <Core/VoUUID.h>
 #include <Core/detail/Sha3Hasher.h>
 #include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileLock.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/detail/FileLock.h>
 #include <Updater/ReleaseManifest.h>
 #include <Updater/VoUpdater.h>
 #include <Updater/detail/documents/Log.h>
@@ -41,7 +41,7 @@ VoString Number()
     if (number.size() == NumberLength)
         return number;
     VoFileSystem::CreateDirectory(path.parent(), true);
-    const vo::detail::FileLock lock(path.parent().file("pins.lock"), [] {});
+    const VoFileLock lock(path.parent().file("pins.lock"), [] {});
     number = ReadNumber(path);
     if (number.size() != NumberLength) {
         number = VoString::Random(NumberLength, VoString::Lowercase);

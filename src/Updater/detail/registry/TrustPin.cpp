@@ -3,8 +3,8 @@
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileLock.h>
 #include <FileSystem/VoFileSystem.h>
-#include <FileSystem/detail/FileLock.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/PackageDifferences.h>
@@ -57,9 +57,9 @@ void Write(const TrustPin& pin)
 }
 
 // Commands that only look remember too, without the lock of those that install.
-vo::detail::FileLock LockPins()
+VoFileLock LockPins()
 {
-    return vo::detail::FileLock(VoUpdater::InstalledListingDirectory().file("pins.lock"), [] {});
+    return VoFileLock(VoUpdater::InstalledListingDirectory().file("pins.lock"), [] {});
 }
 
 void RequireSamePublisher(const TrustPin& known, const ReleaseProof& proof)
@@ -141,7 +141,7 @@ std::optional<TrustPin> ReadPin(const VoUUID& packageID)
 void RaisePin(const TrustPin& seen)
 {
     try {
-        const vo::detail::FileLock lock = LockPins();
+        const VoFileLock lock = LockPins();
         auto pin = ReadPin(seen.packageID);
         const bool isLater = pin && (pin->keys == seen.keys || pin->keys.number < seen.keys.number);
         if (isLater && pin->raise(seen))
@@ -173,7 +173,7 @@ void AdmitRelease(const AdvertisedPackageListing& advert, const ReleaseProof* pr
         throw VoUntrustedReleaseException(Kind::Mixed, "Proof is of another release: " + proof->versionID.toString());
     RequireUpdatable(advert, *proof, installed);
     VoFileSystem::CreateDirectory(VoUpdater::InstalledListingDirectory(), true);
-    const vo::detail::FileLock lock = LockPins();
+    const VoFileLock lock = LockPins();
     EraseTemporaryDocuments(VoUpdater::InstalledListingDirectory(), {".pin", ".id"});
     if (!known) {
         Write(proof->pin);

@@ -1,4 +1,4 @@
-#include <Application/detail/SignalWatch.h>
+#include <Application/VoSignalWatch.h>
 
 #if !defined(_WIN32)
 
@@ -11,8 +11,6 @@
 #include <iterator>
 #include <unistd.h>
 #include <utility>
-
-namespace vo::detail {
 
 namespace {
 
@@ -47,7 +45,7 @@ void CallOnMessage(int readingEnd, int outerEnd, const std::function<void(int)>&
 
 } // namespace
 
-struct SignalWatch::Private
+struct VoSignalWatch::Private
 {
     int readingEnd = -1;
     int outerEnd = -1; // of the object around this one
@@ -55,7 +53,7 @@ struct SignalWatch::Private
     VoThread watcher;
 };
 
-SignalWatch::SignalWatch(std::function<void(int)> function)
+VoSignalWatch::VoSignalWatch(std::function<void(int)> function)
     : m_private(std::make_unique<Private>())
 {
     int ends[2];
@@ -65,9 +63,10 @@ SignalWatch::SignalWatch(std::function<void(int)> function)
         fcntl(end, F_SETFD, FD_CLOEXEC);
     m_private->readingEnd = ends[0];
     m_private->outerEnd = writingEnd.exchange(ends[1]);
-    m_private->watcher = CreateThread(
-        [end = ends[0], outer = m_private->outerEnd, function = std::move(function)] { CallOnMessage(end, outer, function); },
-        "vo signals");
+    m_private->watcher =
+        vo::detail::CreateThread([end = ends[0], outer = m_private->outerEnd,
+                                  function = std::move(function)] { CallOnMessage(end, outer, function); },
+                                 "vo signals");
 
     struct sigaction action = {};
     action.sa_handler = OnSignal;
@@ -81,7 +80,7 @@ SignalWatch::SignalWatch(std::function<void(int)> function)
     }
 }
 
-SignalWatch::~SignalWatch()
+VoSignalWatch::~VoSignalWatch()
 {
     if (!m_private->watcher.joinable())
         return;
@@ -93,7 +92,5 @@ SignalWatch::~SignalWatch()
     close(end);
     close(m_private->readingEnd);
 }
-
-} // namespace vo::detail
 
 #endif

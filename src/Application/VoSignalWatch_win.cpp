@@ -1,4 +1,4 @@
-#include <Application/detail/SignalWatch.h>
+#include <Application/VoSignalWatch.h>
 
 #if defined(_WIN32)
 
@@ -7,8 +7,6 @@
 #include <csignal>
 #include <mutex>
 #include <utility>
-
-namespace vo::detail {
 
 namespace {
 
@@ -42,13 +40,13 @@ BOOL WINAPI OnControl(DWORD event)
 
 } // namespace
 
-struct SignalWatch::Private
+struct VoSignalWatch::Private
 {
     std::function<void(int)> function;
     std::function<void(int)>* outer = nullptr; // of the object around this one
 };
 
-SignalWatch::SignalWatch(std::function<void(int)> function)
+VoSignalWatch::VoSignalWatch(std::function<void(int)> function)
     : m_private(std::make_unique<Private>(Private{std::move(function), nullptr}))
 {
     {
@@ -58,13 +56,11 @@ SignalWatch::SignalWatch(std::function<void(int)> function)
     SetConsoleCtrlHandler(OnControl, TRUE);
 }
 
-SignalWatch::~SignalWatch()
+VoSignalWatch::~VoSignalWatch()
 {
     SetConsoleCtrlHandler(OnControl, FALSE);
     const std::lock_guard lock(Mutex());
     current = m_private->outer;
 }
-
-} // namespace vo::detail
 
 #endif
