@@ -57,7 +57,7 @@ Cases SampleCases()
         Case(3, {Result(-20, 1.5), Result(1e-9, -1e-10)},
              {LotItem("C1", 4.7e-12, 5e-12), LotItem("C2 \xc2\xb5\xff\x01", 1, 2), LotItem("", -0.0, Infinity)}),
         Named(Case(5, {Result(123456789, 0.1)}, {}), "no item, one result"),
-        Case(7, {Result(1, 1), Result(2, 2), Result(3, 3)}, {LotItem("L", 1, 2), LotItem("L2", 2, 4)}),
+        Case(7, {Result(1, 1), Result(2, 2), Result(3, 3)}, {LotItem("L", 1, 2), LotItem("L2", 2, 5)}),
     });
 }
 
@@ -107,6 +107,25 @@ TEST_F(ReportPages, AreAsApproved)
                               i == 2 ? std::numeric_limits<std::int64_t>::max() : i));
     ASSERT_TRUE(sp_BuildMonteCarloHTMLReport(path("montecarlo.html"), "", runs, header));
     expectApproved("montecarlo.html");
+}
+
+TEST_F(ReportPages, CountBarsInRoundSteps)
+{
+    const std::pair<int, const char*> rows[] = {{4, "1"},  {5, "2"},   {9, "2"},   {10, "5"},
+                                                {24, "5"}, {25, "10"}, {50, "20"}, {100, "50"}};
+    for (const auto& [highest, step] : rows) {
+        Cases runs = Table({Case(1, {Result(2, 0), Result(3, 0)}, {}), Case(2, {Result(2, 0), Result(3, 0)}, {})});
+        for (int i = 0; i < highest; ++i)
+            runs.insert(i + 3, Case(i + 3, {Result(1, 0), Result(3, 0)}, {}));
+        ASSERT_TRUE(sp_BuildMonteCarloHTMLReport(path("bars.html"), "", runs, Header()));
+        const std::string page = m_folder.read("bars.html");
+        std::smatch counts;
+        ASSERT_TRUE(std::regex_search(page, counts, std::regex(">0</text><path[^>]*/><text[^>]*>(\\d+)</text>")));
+        EXPECT_EQ(counts[1], step) << highest;
+        EXPECT_NE(page.find("<text x=\"194\" y=\"132\" text-anchor=\"middle\" font-size=\"12\">3</text>"),
+                  std::string::npos)
+            << "what all runs have stands below the middle";
+    }
 }
 
 TEST_F(ReportPages, SortCasesByEveryColumn)
