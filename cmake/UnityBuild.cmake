@@ -12,6 +12,8 @@ set(vocore_compiled_alone
     src/Download/detail/VoSingleDownload.cpp
     src/FileSystem/VoTemporaryFile.cpp
     src/FileSystem/detail/FileLock_posix.cpp
+    src/FileSystem/detail/NativeNames_posix.cpp
+    src/FileSystem/detail/NativeNames_win.cpp
     src/Gui/VoMimeData.cpp
     src/IO/detail/BufferedFile.cpp
     src/Misc/XMLReport/detail/SensitivityReport.cpp

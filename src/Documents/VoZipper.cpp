@@ -13,6 +13,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativeNames.h>
 #include <FileSystem/detail/NativePath.h>
 #include <IO/VoIOException.h>
 
@@ -173,7 +174,7 @@ private:
                 continue;
             const VoFilePath path = VoFilePath::CreateUnchecked(VoString(part));
             std::error_code ignored;
-            const auto status = std::filesystem::symlink_status(vo::detail::ToNative(path), ignored);
+            const auto status = vo::detail::LinkStatus(vo::detail::ToNative(path), ignored);
             known->second = std::filesystem::exists(status);
             if (std::filesystem::is_symlink(status) && !vo::detail::IsInsideCanonical(m_directory, path))
                 return false;

@@ -4,6 +4,7 @@
 #include <Core/detail/Completed.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativeNames.h>
 #include <FileSystem/detail/NativePath.h>
 #include <FileSystem/detail/TemporaryName.h>
 #include <IO/VoIODevice.h>
@@ -77,7 +78,7 @@ public:
 
     void rename(const std::filesystem::path& target)
     {
-        std::filesystem::rename(m_path, target, m_error);
+        vo::detail::RenameNative(m_path, target, m_error);
         if (!m_error)
             m_path.clear();
     }
@@ -87,7 +88,7 @@ public:
         std::error_code ignored;
         m_file.close(ignored);
         if (!m_path.empty())
-            std::filesystem::remove(m_path, ignored);
+            vo::detail::RemoveFile(m_path, ignored);
         m_path.clear();
     }
 
@@ -175,8 +176,8 @@ VoAtomicFileWriter::VoAtomicFileWriter(const VoFilePath& target)
         throw VoInvalidPathFileException(target);
     const std::filesystem::path& native = m_private->native = vo::detail::ToNative(target);
     std::error_code ignored;
-    const std::filesystem::file_status old = std::filesystem::symlink_status(native, ignored);
-    if (std::filesystem::is_directory(std::filesystem::is_symlink(old) ? std::filesystem::status(native, ignored)
+    const std::filesystem::file_status old = vo::detail::LinkStatus(native, ignored);
+    if (std::filesystem::is_directory(std::filesystem::is_symlink(old) ? vo::detail::TargetStatus(native, ignored)
                                                                        : old))
         throw vo::detail::Because(std::make_error_code(std::errc::is_a_directory), VoInvalidPathFileException(target));
     m_private->content.open(target, native, old);

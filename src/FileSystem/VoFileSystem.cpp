@@ -8,6 +8,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/detail/NativeFile.h>
+#include <FileSystem/detail/NativeNames.h>
 #include <FileSystem/detail/NativePath.h>
 #include <FileSystem/detail/PathText.h>
 #include <FileSystem/detail/TemporaryName.h>
@@ -24,7 +25,11 @@
 #include <vector>
 
 namespace fs = std::filesystem;
+using vo::detail::LinkStatus;
 using vo::detail::MeansMissing;
+using vo::detail::RemoveNative;
+using vo::detail::RenameNative;
+using vo::detail::TargetStatus;
 
 namespace {
 
@@ -56,7 +61,7 @@ template <typename Path>
 fs::file_status Status(const Path& path, const char* operation)
 {
     std::error_code error;
-    const fs::file_status status = fs::status(vo::detail::ToNative(path), error);
+    const fs::file_status status = TargetStatus(vo::detail::ToNative(path), error);
     if (error && !MeansMissing(error))
         Fail(operation, error, path);
     return error ? fs::file_status(fs::file_type::not_found) : status;
@@ -87,7 +92,7 @@ bool RemoveImpl(const Path& path)
 {
     return Guarded([&] {
         std::error_code error;
-        const bool removed = fs::remove(NativeName(path), error);
+        const bool removed = RemoveNative(NativeName(path), error);
         if (error && !MeansMissing(error))
             Fail("remove", error, path);
         return removed && !error;
@@ -101,10 +106,10 @@ bool IsVolume(const VoDirectoryPath& directory, const fs::path& native)
     if (vo::detail::AnchorLength(text) >= text.size())
         return true;
     std::error_code error;
-    if (fs::is_symlink(fs::symlink_status(native, error)))
+    if (fs::is_symlink(LinkStatus(native, error)))
         return false; // only the link is removed
-    const fs::path canonical = fs::canonical(native, error);
-    return !error && !canonical.has_relative_path();
+    const fs::path real = vo::detail::RealPath(native, error);
+    return !error && !real.has_relative_path();
 }
 
 enum class CopyPurpose
@@ -147,10 +152,10 @@ void CopyAttributes(const fs::path& from, const fs::path& to, CopyPurpose purpos
 std::error_code Place(const fs::path& finished, const fs::path& target, std::error_code error)
 {
     if (!error)
-        fs::rename(finished, target, error);
+        RenameNative(finished, target, error);
     std::error_code ignored;
     if (error)
-        fs::remove(finished, ignored);
+        RemoveNative(finished, ignored);
     return error;
 }
 
@@ -197,7 +202,7 @@ std::error_code CopyLink(const fs::path& from, const fs::path& to)
 std::error_code MoveByCopy(const fs::path& from, const fs::path& to)
 {
     std::error_code error;
-    const fs::file_status status = fs::symlink_status(from, error);
+    const fs::file_status status = LinkStatus(from, error);
     if (error)
         return error;
     if (fs::is_directory(status))
@@ -207,7 +212,7 @@ std::error_code MoveByCopy(const fs::path& from, const fs::path& to)
         return error;
     std::error_code ignored; // not every volume can do that
     vo::detail::SyncDirectory(to.parent_path(), ignored);
-    fs::remove(from, error);
+    RemoveNative(from, error);
     return error;
 }
 
@@ -227,7 +232,7 @@ bool IsListed(const fs::path& name, std::error_code& error)
 std::error_code RemoveOtherName(const fs::path& from, const fs::path& to)
 {
     std::error_code error;
-    if (!fs::exists(fs::symlink_status(from, error)))
+    if (!fs::exists(LinkStatus(from, error)))
         return {};
     const fs::path here(".");
     const bool areInOneDirectory = fs::equivalent(from.has_parent_path() ? from.parent_path() : here,
@@ -235,7 +240,7 @@ std::error_code RemoveOtherName(const fs::path& from, const fs::path& to)
     if (error || (areInOneDirectory && from.filename() == to.filename()) || !IsListed(from, error))
         return error;
     if (fs::equivalent(from, to, error) && !error)
-        fs::remove(from, error);
+        RemoveNative(from, error);
     return error;
 }
 
@@ -253,7 +258,7 @@ bool IsOlder(const fs::path& file, const fs::path& than)
 std::error_code Uncopyable(const fs::path& from)
 {
     std::error_code error;
-    const fs::file_status status = fs::status(from, error);
+    const fs::file_status status = TargetStatus(from, error);
     if (error || fs::is_regular_file(status))
         return error;
     return std::make_error_code(fs::is_directory(status) ? std::errc::is_a_directory
@@ -267,9 +272,9 @@ bool DecideCopy(const fs::path& from, const fs::path& to, VoFileSystem::CopyOpti
     if (error)
         return true;
     std::error_code ignored;
-    if (!fs::exists(fs::symlink_status(to, ignored)))
+    if (!fs::exists(LinkStatus(to, ignored)))
         return true;
-    if (fs::is_directory(to, ignored)) {
+    if (fs::is_directory(TargetStatus(to, ignored))) {
         error = std::make_error_code(std::errc::is_a_directory);
         return true;
     }
@@ -288,6 +293,14 @@ struct Entry
     bool isDirectory;
 };
 
+// The iterator has mostly been told already what a name stands for; but on Windows it takes links for what they lead to.
+bool IsDirectoryItself(const fs::directory_entry& entry, std::error_code& error)
+{
+    if (entry.is_symlink(error) || !entry.is_directory(error))
+        return false;
+    return fs::path::preferred_separator == '/' || fs::is_directory(LinkStatus(entry.path(), error));
+}
+
 std::vector<Entry> ReadDirectory(const VoFilePath& directory, bool mayHaveVanished)
 {
     return Guarded([&] {
@@ -296,7 +309,7 @@ std::vector<Entry> ReadDirectory(const VoFilePath& directory, bool mayHaveVanish
         fs::directory_iterator iterator(vo::detail::ToNative(directory), error);
         while (!error && iterator != fs::directory_iterator()) {
             std::error_code looked; // what has vanished is a file, and missed when its turn comes
-            const bool isDirectory = !iterator->is_symlink(looked) && iterator->is_directory(looked);
+            const bool isDirectory = IsDirectoryItself(*iterator, looked);
             if (looked && !MeansMissing(looked))
                 Fail("status", looked, directory);
             entries.push_back({iterator->path().filename(), isDirectory});
@@ -314,7 +327,7 @@ bool IsStillThere(const VoFilePath& path)
 {
     return Guarded([&] {
         std::error_code error;
-        return fs::symlink_status(vo::detail::ToNative(path), error).type() != fs::file_type::not_found;
+        return LinkStatus(vo::detail::ToNative(path), error).type() != fs::file_type::not_found;
     });
 }
 
@@ -410,7 +423,11 @@ std::uint64_t VoFileSystem::FileSize(const VoFilePath& path)
 {
     return Guarded([&] {
         std::error_code error;
-        const std::uintmax_t size = fs::file_size(vo::detail::ToNative(path), error);
+        const fs::path native = vo::detail::ToNative(path);
+        const bool isDirectory = fs::is_directory(TargetStatus(native, error));
+        const std::uintmax_t size = isDirectory ? 0 : fs::file_size(native, error);
+        if (isDirectory)
+            error = std::make_error_code(std::errc::is_a_directory);
         if (error && MeansMissing(error))
             throw VoFileNotFoundException(path);
         if (error)
@@ -472,7 +489,7 @@ std::uint64_t VoFileSystem::RemoveAll(const VoDirectoryPath& directory)
         if (IsVolume(directory, native))
             throw VoInvalidCallException("Cannot remove root directory: " + directory.path());
         std::error_code error;
-        const std::uintmax_t removed = fs::remove_all(native, error);
+        const std::uintmax_t removed = vo::detail::RemoveTree(native, error);
         if (error && !MeansMissing(error))
             Fail("remove_all", error, directory);
         return error ? 0 : static_cast<std::uint64_t>(removed);
@@ -519,7 +536,7 @@ void VoFileSystem::MoveFile(const VoFilePath& from, const VoFilePath& to)
         const fs::path source = NativeName(from);
         const fs::path target = NativeName(to);
         std::error_code error;
-        fs::rename(source, target, error);
+        RenameNative(source, target, error);
         if (error == std::errc::cross_device_link)
             error = MoveByCopy(source, target);
         else if (!error)

@@ -40,7 +40,7 @@ TEST_F(VoTemporary, LinksInADirectoryAreNotFollowedWhenItIsRemoved)
     write("kept\\file");
     {
         const VoTemporaryDir directory(root());
-        std::filesystem::create_directory_symlink(native("kept"), vo::detail::ToNative(directory.path("link")));
+        vo::test::MakeLink(native("kept"), vo::detail::ToNative(directory.path("link")));
     }
     EXPECT_EQ(read("kept\\file"), "content");
 }

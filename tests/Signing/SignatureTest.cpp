@@ -35,6 +35,7 @@ bool Minisign(const std::string& arguments)
 
 TEST(Signature, MinisignVerifiesOursAndWeVerifyItsOwn)
 {
+    VO_SKIP_WITHOUT_SHELL();
     ASSERT_TRUE(Minisign("-v")) << "minisign is not installed";
     const vo::test::ScratchFolder folder;
     const std::string at = folder.native().string() + "/";
@@ -62,6 +63,7 @@ TEST(Signature, MinisignVerifiesOursAndWeVerifyItsOwn)
 
 TEST(Signature, ASealedKeyOpensWithItsPassphraseOnlyAndForMinisignToo)
 {
+    VO_SKIP_WITHOUT_SHELL();
     const vo::test::ScratchFolder folder;
     const SecretKey key = SecretKey::Generate();
     const VoString sealed = key.toString(Words("open sesame"), SecretKey::Effort::Quick);

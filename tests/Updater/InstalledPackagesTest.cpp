@@ -1,5 +1,7 @@
 #include "InstallFixture.h"
 
+#include <Links.h>
+
 #include <Updater/detail/registry/RegistryFile.h>
 
 #include <atomic>
@@ -329,8 +331,7 @@ TEST_F(InstalledPackagesTest, ATamperedListingRemovesNothingOutsideTheInstallati
     WriteBytes(file("outside/a"), "a");
     WriteBytes(file("linked/b"), "b");
     std::filesystem::create_directories(vo::detail::ToNative(directory("empty")));
-    std::filesystem::create_directory_symlink(vo::detail::ToNative(file("linked")),
-                                              vo::detail::ToNative(placed("link")));
+    vo::test::MakeLink(vo::detail::ToNative(file("linked")), vo::detail::ToNative(placed("link")));
     auto listing = InstalledPackages::Package(packageID);
     for (const VoFilePath& path :
          {file("outside/a"), placed("link/b"), VoFilePath::CreateUnchecked(place().path() + "..\\..\\..\\outside\\a"),

@@ -1,5 +1,7 @@
 #include "InstallFixture.h"
 
+#include <Links.h>
+
 #include <Updater/detail/install/InstallerSettings.h>
 
 #include <set>
@@ -215,7 +217,8 @@ TEST_F(PackageInstallerTest, TheSameDirectoryUnderTheNameOfALinkKeepsItsFiles)
     const VoFilePath definition = publish("1.0.0", First);
     install(definition);
     const VoDirectoryPath link = directory("place").directory("link");
-    fs::create_directory_symlink(vo::detail::ToNative(place()), vo::detail::ToNative(file("place/link")));
+    VO_SKIP_WITHOUT_LINKS(vo::detail::ToNative(place()));
+    vo::test::MakeLink(vo::detail::ToNative(place()), vo::detail::ToNative(file("place/link")));
     InstalledPackages::Install(definition, link, VoStopFlag());
     EXPECT_EQ(installed(), First);
 }
@@ -240,7 +243,7 @@ TEST_F(PackageInstallerTest, WhatStandsAtATargetIsReplacedAndNeverWrittenThrough
     WriteBytes(placed("readonly"), "old");
     WriteBytes(placed("program"), "old");
     WriteBytes(placed("readonly.vonew"), "left by a killed run");
-    fs::create_symlink(vo::detail::ToNative(file("outside")), vo::detail::ToNative(placed("link")));
+    vo::test::MakeLink(vo::detail::ToNative(file("outside")), vo::detail::ToNative(placed("link")));
     fs::permissions(vo::detail::ToNative(placed("readonly")), fs::perms::owner_read);
     fs::permissions(vo::detail::ToNative(placed("program")), fs::perms::owner_all);
     install(definition);
@@ -348,8 +351,9 @@ TEST_F(PackageInstallerTest, ALinkInTheInstallationDirectoryLeadsNothingOutOfIt)
 {
     const VoFilePath definition = publish("1.0.0", {{"sub/evil.txt", "evil"}});
     fs::create_directories(vo::detail::ToNative(place()));
+    VO_SKIP_WITHOUT_LINKS(vo::detail::ToNative(place()));
     fs::create_directories(vo::detail::ToNative(directory("outside")));
-    fs::create_directory_symlink(vo::detail::ToNative(file("outside")), vo::detail::ToNative(placed("sub")));
+    vo::test::MakeLink(vo::detail::ToNative(file("outside")), vo::detail::ToNative(placed("sub")));
     EXPECT_THROW_MSG(install(definition), VoInstallationFailedException,
                      "Installation failed: Invalid target path: sub\\evil.txt");
     EXPECT_TRUE(FilesBelow(directory("outside")).empty());

@@ -66,6 +66,13 @@ testing::AssertionResult Throws(Action&& action, const char* className, const Vo
 #define EXPECT_THROW_MSG(statement, Exception, message)                                                                \
     EXPECT_TRUE((::vo::test::Throws<Exception>([&] { static_cast<void>(statement); }, #Exception, VoString(message))))
 
+/// Ends a test that reads or writes with other programs where there is no shell that runs them.
+#if defined(_WIN32)
+#define VO_SKIP_WITHOUT_SHELL() GTEST_SKIP() << "no shell"
+#else
+#define VO_SKIP_WITHOUT_SHELL() static_cast<void>(0)
+#endif
+
 /// As EXPECT_THROW_MSG, and ends the test on failure.
 #define ASSERT_THROW_MSG(statement, Exception, message)                                                                \
     ASSERT_TRUE((::vo::test::Throws<Exception>([&] { static_cast<void>(statement); }, #Exception, VoString(message))))

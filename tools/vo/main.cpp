@@ -6,6 +6,7 @@
 
 int main(int argc, char** argv)
 {
+    vo::tool::PrepareTerminal();
     const QCoreApplication application(argc, argv);
     return static_cast<int>(vo::tool::RunProgram(vo::tool::ProgramArguments(argc, argv)));
 }

@@ -1,6 +1,6 @@
 #include <FileSystem/detail/FileLock.h>
 
-#include <windows.h>
+#include <FileSystem/detail/WindowsCalls.h>
 
 namespace vo::detail {
 
@@ -8,8 +8,9 @@ namespace vo::detail {
 FileLockHandle TakeFileLock(const std::filesystem::path& path, std::error_code& openError, std::error_code&)
 {
     constexpr int attempts = 50;
+    const std::wstring name = SystemName(path);
     for (int attempt = 0;; ++attempt) {
-        const HANDLE handle = ::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
+        const HANDLE handle = ::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
                                             OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (handle != INVALID_HANDLE_VALUE)
             return reinterpret_cast<FileLockHandle>(handle);
@@ -18,7 +19,7 @@ FileLockHandle TakeFileLock(const std::filesystem::path& path, std::error_code& 
             return NoFileLock;
         // Also told while the file of the last holder is going away.
         if (error != ERROR_ACCESS_DENIED || attempt == attempts) {
-            openError = std::error_code(static_cast<int>(error), std::system_category());
+            openError = ErrorOf(error);
             return NoFileLock;
         }
         ::Sleep(10);

@@ -1,8 +1,13 @@
 #include <FileSystem/detail/NativeFile.h>
 
-#include <algorithm>
+#include <FileSystem/detail/WindowsCalls.h>
 
-#include <windows.h>
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <sddl.h>
 
 namespace vo::detail {
 
@@ -19,21 +24,73 @@ DWORD Portion(std::size_t size) noexcept
     return static_cast<DWORD>(std::min<std::size_t>(size, 1U << 30));
 }
 
+bool Always() noexcept
+{
+    return true;
+}
+
+bool Never() noexcept
+{
+    return false;
+}
+
+struct LocalMemory
+{
+    void operator()(void* memory) const noexcept { ::LocalFree(memory); }
+};
+
+// Who runs this process, as descriptions of access spell it; empty when the system does not tell.
+std::wstring OwnIdentity()
+{
+    HANDLE opened = nullptr;
+    if (!::OpenProcessToken(::GetCurrentProcess(), TOKEN_QUERY, &opened))
+        return {};
+    const WindowsHandle token(opened);
+    DWORD size = 0;
+    ::GetTokenInformation(opened, TokenUser, nullptr, 0, &size);
+    std::vector<unsigned char> user(size);
+    wchar_t* text = nullptr;
+    if (!::GetTokenInformation(opened, TokenUser, user.data(), size, &size) ||
+        !::ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid, &text))
+        return {};
+    const std::unique_ptr<wchar_t, LocalMemory> kept(text);
+    return text;
+}
+
+// This user, the system and its administrators, for the directory and all that will be in it; nothing is inherited.
+std::unique_ptr<void, LocalMemory> OwnersAccess()
+{
+    const std::wstring user = OwnIdentity();
+    PSECURITY_DESCRIPTOR access = nullptr;
+    if (!user.empty())
+        ::ConvertStringSecurityDescriptorToSecurityDescriptorW(
+            (L"D:P(A;OICI;FA;;;" + user + L")(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)").c_str(), SDDL_REVISION_1, &access,
+            nullptr);
+    return std::unique_ptr<void, LocalMemory>(access);
+}
+
 } // namespace
 
 std::error_code LastSystemError() noexcept
 {
-    return std::error_code(static_cast<int>(::GetLastError()), std::system_category());
+    return ErrorOf(::GetLastError());
 }
 
 NativeFile NativeFile::OpenForReading(const std::filesystem::path& path, std::error_code& error) noexcept
 {
     error.clear();
-    const HANDLE handle =
-        ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
-    if (handle == INVALID_HANDLE_VALUE) {
+    const std::wstring name = SystemName(path);
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    const auto open = [&] {
+        handle = ::CreateFileW(name.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                               nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+        return handle != INVALID_HANDLE_VALUE;
+    };
+    if (!Persistently(open, Never)) {
         error = LastSystemError();
+        const DWORD attributes = ::GetFileAttributesW(name.c_str());
+        if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+            error = std::make_error_code(std::errc::is_a_directory);
         return NativeFile();
     }
     NativeFile file(reinterpret_cast<Handle>(handle));
@@ -50,7 +107,7 @@ NativeFile NativeFile::CreateNew(const std::filesystem::path& path, NewFileAcces
     // the path of a new file.
     error.clear();
     const HANDLE handle =
-        ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+        ::CreateFileW(SystemName(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                       CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle != INVALID_HANDLE_VALUE)
         return NativeFile(reinterpret_cast<Handle>(handle));
@@ -98,9 +155,10 @@ void NativeFile::close(std::error_code& error) noexcept
 
 void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& error) noexcept
 {
-    // Below the user's own temporary directory the inherited access is that of the user.
     error.clear();
-    if (!::CreateDirectoryW(path.c_str(), nullptr))
+    const std::unique_ptr<void, LocalMemory> access = OwnersAccess();
+    SECURITY_ATTRIBUTES attributes = {sizeof(attributes), access.get(), FALSE};
+    if (!::CreateDirectoryW(SystemName(path).c_str(), access ? &attributes : nullptr))
         error = LastSystemError();
 }
 
@@ -108,25 +166,32 @@ void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& 
 void RemoveFile(const std::filesystem::path& path, std::error_code& error) noexcept
 {
     error.clear();
-    const DWORD attributes = ::GetFileAttributesW(path.c_str());
+    const std::wstring name = SystemName(path);
+    const DWORD attributes = ::GetFileAttributesW(name.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         error = LastSystemError();
         return;
     }
     const bool isMarked = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
     if (isMarked)
-        ::SetFileAttributesW(path.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+        ::SetFileAttributesW(name.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
     const bool isDirectory = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    if (isDirectory ? ::RemoveDirectoryW(path.c_str()) : ::DeleteFileW(path.c_str()))
+    const auto remove = [&] {
+        return (isDirectory ? ::RemoveDirectoryW(name.c_str()) : ::DeleteFileW(name.c_str())) != 0;
+    };
+    if (isDirectory ? Persistently(remove, Never) : Persistently(remove, Always))
         return;
     error = LastSystemError();
     if (isMarked)
-        ::SetFileAttributesW(path.c_str(), attributes);
+        ::SetFileAttributesW(name.c_str(), attributes);
 }
 
-void SyncDirectory(const std::filesystem::path&, std::error_code& error) noexcept
+// Names are the volume's own care here; only a directory that is not there is told.
+void SyncDirectory(const std::filesystem::path& directory, std::error_code& error) noexcept
 {
     error.clear();
+    if (!directory.empty() && ::GetFileAttributesW(SystemName(directory).c_str()) == INVALID_FILE_ATTRIBUTES)
+        error = LastSystemError();
 }
 
 } // namespace vo::detail

@@ -1,5 +1,8 @@
 #include <FileSystem/detail/NativeFolder.h>
 
+#include <FileSystem/detail/NativeNames.h>
+#include <FileSystem/detail/WindowsCalls.h>
+
 namespace vo::detail {
 
 namespace fs = std::filesystem;
@@ -47,13 +50,14 @@ NativeFile NativeFolder::createNew(const fs::path& name, std::error_code& error)
 
 void NativeFolder::makeDirectory(const fs::path& name, std::error_code& error) const noexcept
 {
-    if (!fs::create_directory(name, error) && !error)
-        error = std::make_error_code(std::errc::file_exists);
+    error.clear();
+    if (!::CreateDirectoryW(SystemName(name).c_str(), nullptr))
+        error = LastSystemError();
 }
 
 void NativeFolder::rename(const fs::path& from, const fs::path& to, std::error_code& error) const noexcept
 {
-    fs::rename(from, to, error);
+    RenameNative(from, to, error);
 }
 
 void NativeFolder::removeFile(const fs::path& name, std::error_code& error) const noexcept
@@ -64,15 +68,20 @@ void NativeFolder::removeFile(const fs::path& name, std::error_code& error) cons
 // The system itself refuses a folder that holds something.
 void NativeFolder::removeDirectory(const fs::path& name, std::error_code& error) const noexcept
 {
-    if (!fs::remove(name, error) && !error)
+    if (!RemoveNative(name, error) && !error)
         error = std::make_error_code(std::errc::no_such_file_or_directory);
 }
 
 void NativeFolder::copyPermissions(const fs::path& model, const fs::path& file, std::error_code& error) const noexcept
 {
-    const fs::perms permissions = fs::status(model, error).permissions();
-    if (!error)
-        fs::permissions(file, permissions & fs::perms::all, error);
+    error.clear();
+    constexpr auto mark = static_cast<DWORD>(FILE_ATTRIBUTE_READONLY);
+    const DWORD modelled = ::GetFileAttributesW(SystemName(model).c_str());
+    const std::wstring target = SystemName(file);
+    const DWORD attributes = ::GetFileAttributesW(target.c_str());
+    if (modelled == INVALID_FILE_ATTRIBUTES || attributes == INVALID_FILE_ATTRIBUTES ||
+        !::SetFileAttributesW(target.c_str(), (attributes & ~mark) | (modelled & mark)))
+        error = LastSystemError();
 }
 
 } // namespace vo::detail

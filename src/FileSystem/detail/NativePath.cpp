@@ -3,6 +3,7 @@
 #include <Core/VoFileException.h>
 #include <FileSystem/VoAbstractPath.h>
 #include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/detail/NativeNames.h>
 #include <FileSystem/detail/PathText.h>
 
 #include <algorithm>
@@ -32,7 +33,9 @@ std::filesystem::path NativeText(const VoString& text)
 std::string PathBytes(const std::filesystem::path& path)
 {
     if constexpr (BackslashSeparates) {
-        return VoString::FromWString(path.wstring()).toStdString();
+        std::string bytes = VoString::FromWString(path.wstring()).toStdString();
+        std::replace(bytes.begin(), bytes.end(), '/', PathSeparator); // means the same there
+        return bytes;
     } else {
         std::string bytes = path.string();
         if (bytes.find(PathSeparator) != std::string::npos)
@@ -97,13 +100,17 @@ bool MeansMissing(const std::error_code& error)
 bool IsInsideCanonical(const VoDirectoryPath& directory, const VoFilePath& path)
 {
     std::error_code error;
-    const std::filesystem::path outer = std::filesystem::canonical(ToNative(directory), error);
+    const std::filesystem::path native = ToNative(directory);
+    const bool isThere = std::filesystem::exists(TargetStatus(native, error));
+    std::filesystem::path outer;
     std::filesystem::path inner;
     if (!error)
-        inner = std::filesystem::weakly_canonical(ToNative(path), error);
+        outer = RealPath(native, error);
+    if (!error)
+        inner = RealPath(ToNative(path), error);
     if (error && !MeansMissing(error))
         throw VoFileException("canonical: " + VoString(error.message()), path);
-    return !error && std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
+    return !error && isThere && std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
 }
 
 } // namespace vo::detail

@@ -34,6 +34,15 @@ bool IsLogName(const std::string& name, const std::string& ending)
                       [](char c, char pattern) { return pattern == '0' ? IsDigit(c) : c == pattern; });
 }
 
+// Names of log files are ASCII. The others need not be text at all, so anything stands for their letters.
+std::string ASCIIName(const std::filesystem::path& name)
+{
+    std::string text;
+    for (const auto c : name.native())
+        text += static_cast<char32_t>(c) < 0x80 ? static_cast<char>(c) : '?';
+    return text;
+}
+
 std::string EndingOf(const LogFiles::Settings& settings)
 {
     return settings.json ? ".jsonl" : ".log";
@@ -142,7 +151,7 @@ std::vector<std::string> LogFiles::names() const
     std::error_code error;
     for (std::filesystem::directory_iterator entry(m_directory, error), end; !error && entry != end;
          entry.increment(error)) {
-        if (std::string name = entry->path().filename().string(); IsLogName(name, ending))
+        if (std::string name = ASCIIName(entry->path().filename()); IsLogName(name, ending))
             names.push_back(std::move(name));
     }
     std::sort(names.begin(), names.end());

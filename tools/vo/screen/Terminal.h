@@ -10,6 +10,10 @@ class QStringList;
 
 namespace vo::tool {
 
+/// Makes standard input and output carry bytes as they are, and a console show UTF-8, where that is not so from the
+/// beginning. Called once, before anything is read or written.
+void PrepareTerminal();
+
 /// Whether standard error is shown to a person, so that a line may be drawn over.
 bool ErrorOutputIsTerminal();
 

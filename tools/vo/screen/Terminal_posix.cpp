@@ -10,6 +10,8 @@
 
 namespace vo::tool {
 
+void PrepareTerminal() {}
+
 bool ErrorOutputIsTerminal()
 {
     return isatty(STDERR_FILENO) == 1;

@@ -4,21 +4,46 @@
 #include <QtCore/QStringList>
 
 #include <array>
-#include <conio.h>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
 #include <io.h>
-#include <stdio.h>
 #include <windows.h>
 
 namespace vo::tool {
 
+namespace {
+
+// The console outlives the program and keeps what was set.
+UINT outputBefore = 0;
+
+void ResetConsole()
+{
+    SetConsoleOutputCP(outputBefore);
+}
+
+} // namespace
+
+void PrepareTerminal()
+{
+    for (FILE* const stream : {stdin, stdout})
+        _setmode(_fileno(stream), _O_BINARY);
+    outputBefore = GetConsoleOutputCP();
+    if (outputBefore != 0 && SetConsoleOutputCP(CP_UTF8))
+        std::atexit(ResetConsole);
+}
+
 bool ErrorOutputIsTerminal()
 {
-    return _isatty(_fileno(stderr)) != 0;
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0; // a null device counts as a terminal elsewhere
 }
 
 bool InputIsTerminal()
 {
-    return _isatty(_fileno(stdin)) != 0 && _isatty(_fileno(stdout)) != 0;
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0 &&
+           GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
 }
 
 std::size_t TerminalWidth()
@@ -31,17 +56,27 @@ std::size_t TerminalWidth()
 
 std::optional<signing::Passphrase> ReadSecretLine(const std::string& prompt)
 {
-    if (_isatty(_fileno(stdin)) == 0)
+    const HANDLE console = GetStdHandle(STD_INPUT_HANDLE);
+    DWORD usual = 0;
+    if (!GetConsoleMode(console, &usual))
         return std::nullopt;
-    _cputs(prompt.c_str());
-    std::array<char, 1024> line{};
-    std::size_t size = 0;
-    for (int c = _getch(); c != '\r' && c != '\n' && size < line.size(); c = _getch())
-        line[size++] = static_cast<char>(c);
-    _cputs("\r\n");
+    std::fwrite(prompt.c_str(), 1, prompt.size(), stderr);
+    SetConsoleMode(console, ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT); // without the echo
+    std::array<wchar_t, 1024> line{};
+    DWORD size = 0;
+    const bool isRead = ReadConsoleW(console, line.data(), static_cast<DWORD>(line.size()), &size, nullptr) != 0;
+    SetConsoleMode(console, usual);
+    std::fputs("\n", stderr);
+    while (size > 0 && (line[size - 1] == L'\n' || line[size - 1] == L'\r'))
+        --size;
     std::optional<signing::Passphrase> passphrase;
-    passphrase.emplace(line.data(), size);
-    line.fill('\0');
+    std::array<char, 3 * 1024> bytes{}; // as on other systems UTF-8, so that one passphrase opens a key on all
+    if (isRead)
+        passphrase.emplace(bytes.data(), static_cast<std::size_t>(WideCharToMultiByte(
+                                             CP_UTF8, 0, line.data(), static_cast<int>(size), bytes.data(),
+                                             static_cast<int>(bytes.size()), nullptr, nullptr)));
+    SecureZeroMemory(line.data(), sizeof(line));
+    SecureZeroMemory(bytes.data(), bytes.size());
     return passphrase;
 }
 

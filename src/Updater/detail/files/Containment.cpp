@@ -3,6 +3,7 @@
 #include <Core/VoFileException.h>
 #include <Core/detail/Completed.h>
 #include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativeNames.h>
 #include <FileSystem/detail/NativePath.h>
 
 #include <algorithm>
@@ -52,19 +53,25 @@ std::string RealDirectory(const VoDirectoryPath& directory)
     std::error_code error;
     const fs::path native = vo::detail::ToNative(directory);
     const fs::path absolute = native.empty() ? fs::current_path(error) : native;
-    const fs::path real = fs::weakly_canonical(absolute, error);
+    const fs::path real = vo::detail::RealPath(absolute, error);
     if (error && !vo::detail::MeansMissing(error))
         throw vo::detail::Because(error, VoFileException("canonical: " + VoString(error.message()), directory));
-    return (error ? native : real).string();
+    return (error ? native : real).u8string(); // compared only, so any encoding of all names does
 }
 
 VoDirectoryPath AbsoluteDirectory(const VoDirectoryPath& directory)
 {
     if (directory.isNull())
         throw VoInvalidParameterException("No installation directory given");
-    if (directory.isRooted())
-        return directory;
     std::error_code error;
+    const std::filesystem::path native = vo::detail::ToNative(directory);
+    if (directory.isRooted() && (native.is_absolute() || std::filesystem::path::preferred_separator == '/'))
+        return directory;
+    if (native.has_root_path()) { // "\x\" and "C:x\" on Windows: on the current volume, in its current directory
+        const std::filesystem::path complete = std::filesystem::absolute(native, error);
+        if (!error)
+            return VoDirectoryPath::FromText(vo::detail::FromNative(complete).path());
+    }
     const std::filesystem::path current = std::filesystem::current_path(error);
     if (error)
         throw vo::detail::Because(error,

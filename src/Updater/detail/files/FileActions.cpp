@@ -5,6 +5,7 @@
 #include <Core/detail/Completed.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativeNames.h>
 #include <FileSystem/detail/NativePath.h>
 #include <Updater/detail/files/HeldTree.h>
 
@@ -70,7 +71,7 @@ FileKind KindOf(const VoFilePath& path, Links links)
     const bool isFollowed = links == Links::Followed;
     const fs::path native = ToNative(path);
     std::error_code error;
-    switch ((isFollowed ? fs::status(native, error) : fs::symlink_status(native, error)).type()) {
+    switch ((isFollowed ? vo::detail::TargetStatus(native, error) : vo::detail::LinkStatus(native, error)).type()) {
     case fs::file_type::none:
         if (!vo::detail::MeansMissing(error))
             throw vo::detail::Because(

@@ -1,6 +1,7 @@
 #include <Updater/detail/publish/SourceTree.h>
 
 #include <FileSystem/VoFileSystem.h>
+#include <FileSystem/detail/NativeNames.h>
 #include <FileSystem/detail/NativePath.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/publish/IgnoreRules.h>
@@ -31,7 +32,7 @@ std::filesystem::path Canonical(const VoDirectoryPath& directory)
     const std::filesystem::path native = vo::detail::ToNative(directory);
     std::error_code error;
     const std::filesystem::path canonical =
-        std::filesystem::weakly_canonical(native.empty() ? std::filesystem::path(".") : native, error);
+        vo::detail::RealPath(native.empty() ? std::filesystem::path(".") : native, error);
     return error ? native : canonical;
 }
 

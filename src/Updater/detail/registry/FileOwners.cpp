@@ -31,7 +31,9 @@ namespace {
 // each file. Empty when it has none; reading the listing will tell why.
 std::optional<VoDirectoryPath> InstallationDirectory(const VoFilePath& listing)
 {
-    QFile file(QFile::decodeName(vo::detail::ToNative(listing).string().c_str()));
+    const std::filesystem::path native = vo::detail::ToNative(listing);
+    constexpr bool namesAreBytes = std::filesystem::path::preferred_separator == '/';
+    QFile file(namesAreBytes ? QFile::decodeName(native.string().c_str()) : QString::fromStdU16String(native.u16string()));
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
     QXmlStreamReader reader(&file);

@@ -1,0 +1,13 @@
+# The zip that runs on a bare Windows: the tool, the library, and beside them the DLLs that they stand on.
+if(VOCORE_WINDOWS_SYSROOT)
+    file(GLOB windows_libraries "${VOCORE_WINDOWS_SYSROOT}/bin/*.dll")
+    install(FILES ${windows_libraries} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Runtime)
+endif()
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION . COMPONENT Runtime)
+set(CPACK_GENERATOR ZIP)
+set(CPACK_PACKAGE_FILE_NAME "vocore-${PROJECT_VERSION}-windows-x86_64")
+set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL Runtime)
+set(CPACK_COMPONENTS_GROUPING ALL_COMPONENTS_IN_ONE)
+set(CPACK_STRIP_FILES ON)
+include(CPack)

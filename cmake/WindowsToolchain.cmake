@@ -1,0 +1,21 @@
+# Windows programs, made on Debian: MinGW with POSIX threads over the sysroot of scripts/windows-sysroot.sh. Test programs
+# run under Wine.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_VERSION 10)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+set(CMAKE_CROSSCOMPILING_EMULATOR wine)
+
+set(VOCORE_WINDOWS_SYSROOT "$ENV{VOCORE_WINDOWS_SYSROOT}" CACHE PATH "What scripts/windows-sysroot.sh made")
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VOCORE_WINDOWS_SYSROOT)
+if(NOT EXISTS "${VOCORE_WINDOWS_SYSROOT}/complete")
+    message(FATAL_ERROR "VOCORE_WINDOWS_SYSROOT names no sysroot; scripts/windows-sysroot.sh makes one")
+endif()
+set(CMAKE_FIND_ROOT_PATH "${VOCORE_WINDOWS_SYSROOT}" /usr/x86_64-w64-mingw32)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(ENV{PKG_CONFIG_LIBDIR} "${VOCORE_WINDOWS_SYSROOT}/lib/pkgconfig")

@@ -1,0 +1,138 @@
+#!/usr/bin/env bash
+# Windows from Debian: makes the sysroot (once), builds the preset "windows", runs all test programs under Wine, and
+# drives the packed tool, unpacked under a fresh Wine: from disk, and over http and https against nginx.
+# usage: scripts/windows.sh [sysroot|build|test [NAME...]|package|road]...   (all but "sysroot" imply the build; none: all)
+#        scripts/windows.sh test Core FileSystem      the test programs VoCoreCoreTests and VoCoreFileSystemTests
+# VOCORE_WINDOWS_SYSROOT names a ready sysroot. GTEST_FILTER chooses cases.
+set -euo pipefail
+. "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
+. "$vocore_root/scripts/server.sh"
+cd "$vocore_root"
+
+built=$vocore_root/build/windows
+vocore_package_lists+=("$vocore_root/scripts/packages.windows")
+install_missing_packages
+VOCORE_WINDOWS_SYSROOT=$(scripts/windows-sysroot.sh | tail -n 1)
+export VOCORE_WINDOWS_SYSROOT WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml=" DISPLAY=
+
+# under_wine PREFIX PROGRAM ARGUMENTS...: with the first, Wine's own folder, apart from the user's.
+under_wine() { HOME=$1/home WINEPREFIX=$1/wine wine "${@:2}"; } # nothing of it leads to the user's own folders
+windows_path() { printf 'Z:%s' "${1//\//\\}"; }
+
+new_prefix() {
+    rm -rf "$1"
+    mkdir -p "$1/home"
+    under_wine "$1" wineboot --init >/dev/null 2>&1 || fail "wine cannot make its folder $1"
+    WINEPREFIX=$1/wine wineserver --wait
+}
+
+# A program that crashes there may end with 0: what counts is that its report is there and tells of no failure.
+passed() {
+    local report=$1
+    [ -s "$report" ] && grep -q '^<testsuites tests="[1-9][0-9]*" failures="0" disabled="[0-9]*" errors="0"' "$report" &&
+        grep -q '</testsuites>' "$report"
+}
+
+run_tests() {
+    local names=("$@") program name report failed=()
+    [ "${#names[@]}" -gt 0 ] || mapfile -t names < <(find "$built/tests" -name 'VoCore*Tests.exe' -printf '%f\n' |
+        sed 's/^VoCore//; s/Tests[.]exe$//' | sort)
+    [ -d "$built/wine" ] || new_prefix "$built/wine"
+    export WINEPATH="$(windows_path "$VOCORE_WINDOWS_SYSROOT/bin");$(windows_path "$built")"
+    for name in "${names[@]}"; do
+        program=$(find "$built/tests" -name "VoCore${name}Tests.exe")
+        [ -n "$program" ] || fail "no test program of the name $name"
+        report=$built/reports/$name.xml
+        mkdir -p "$built/reports"
+        rm -f "$report"
+        HOME=$built/wine/home WINEPREFIX=$built/wine/wine timeout 900 wine "$program" --gtest_output="xml:$(windows_path "$report")" \
+            >"$built/reports/$name.log" 2>&1 || true
+        if passed "$report"; then
+            say "$name: $(sed -n 's/^<testsuites tests="\([0-9]*\)".*time="\([0-9.]*\)".*/\1 cases, \2 s/p' "$report")"
+        else
+            failed+=("$name")
+            grep -a -E '^\[  FAILED  \]|FAILED TEST' "$built/reports/$name.log" | tail -n 60 >&2 ||
+                tail -n 5 "$built/reports/$name.log" >&2
+            say "$name: FAILED ($built/reports/$name.log)"
+        fi
+    done
+    [ "${#failed[@]}" -eq 0 ] || fail "under Wine: ${failed[*]}"
+}
+
+make_package() {
+    say "packing"
+    rm -rf "$built/package"
+    cmake --build "$built" --target VoCore vo -j "$vocore_jobs" >/dev/null
+    (cd "$built" && cpack -G ZIP -B "$built/package") >"$built/package.log" 2>&1 || { tail "$built/package.log" >&2; fail "cpack"; }
+    package=$(find "$built/package" -maxdepth 1 -name '*.zip')
+    say "$(basename "$package"): $(stat -c %s "$package") bytes"
+}
+
+# The packed tool where nothing else was installed, in a folder with a blank and letters beyond ASCII.
+run_road() {
+    local work=$built/road vo published
+    unset WINEPATH
+    [ -n "${package:-}" ] || make_package
+    rm -rf "$work"
+    new_prefix "$work/wine"
+    published=$work/published
+    mkdir -p "$work/two" "$work/one/dir" "$work/tool Größe"
+    unzip -q "$package" -d "$work/tool Größe"
+    vo=$(find "$work/tool Größe" -name vo.exe)
+    export VOAPPDATAPATH="$(windows_path "$work/data Ä")\\"
+    printf 'text\n' >"$work/one/dir/Grün & blank.txt"
+    head -c 300000 /dev/urandom >"$work/one/dir/large.bin"
+    cp -r "$work/one/." "$work/two"
+    printf 'more' >>"$work/two/dir/large.bin"
+    printf 'added' >"$work/two/added.txt"
+
+    tool() { # CODE ARGUMENTS...
+        local wanted=$1 code=0
+        shift
+        output=$(under_wine "$work/wine" "$vo" "$@" 2>&1) || code=$?
+        [ "$code" -eq "$wanted" ] || { printf '%s\n' "$output" >&2; fail "vo $*: exit code $code, expected $wanted"; }
+    }
+    same() { diff -r "$1" "$work/app" >&2 || fail "the installed tree is not that of $1"; }
+    local to; to=$(windows_path "$work/app")
+    say "road: from disk"
+    tool 0 publish "$(windows_path "$work/one")" --to "$(windows_path "$published/declarations.xml")" --name Road --release 1.0.0
+    tool 0 publish "$(windows_path "$work/two")" --to "$(windows_path "$published/declarations.xml")" --name Road --release 1.1.0
+    tool 0 install "$(windows_path "$published/declarations.xml")" --release 1.0.0 --to "$to"
+    same "$work/one"
+    chmod a-w "$work/app/dir/large.bin" # a file marked as read-only is replaced as any
+    tool 0 install "$(windows_path "$published/declarations.xml")"
+    same "$work/two"
+    tool 0 verify Road
+    tool 0 uninstall Road
+    [ ! -e "$work/app/dir" ] || fail "files were left behind"
+
+    say "road: http and https"
+    start_server "$published" "$work/server"
+    trap 'stop_server "$built/road/server"' EXIT
+    tool 0 install "$http_url/declarations.xml" --release 1.0.0 --to "$to"
+    same "$work/one"
+    tool 1 plan "$https_url/declarations.xml"
+    grep -q "SSL handshake failed" <<<"$output" || fail "an unknown authority: $output"
+    tool 0 install "$https_url/declarations.xml" --ca-file "$(windows_path "$ca_file")" --move
+    same "$work/two"
+    stop_server "$work/server"
+    trap - EXIT
+}
+
+[ "$#" -gt 0 ] || set -- build test package road
+[ "$1" != sysroot ] || { say "$VOCORE_WINDOWS_SYSROOT"; exit; }
+build windows
+while [ "$#" -gt 0 ]; do
+    case $1 in
+    build) ;;
+    package) make_package ;;
+    road) run_road ;;
+    test)
+        names=()
+        while [ "$#" -gt 1 ] && [[ $2 =~ ^[A-Z] ]]; do names+=("$2"); shift; done
+        run_tests "${names[@]}" ;;
+    *) fail "unknown word: $1" ;;
+    esac
+    shift
+done
+say "Windows: done"
