@@ -42,6 +42,15 @@ if(NOT output STREQUAL expected)
     message(FATAL_ERROR "the consumer prints \"${output}\"")
 endif()
 
+# A component that there is not is named, with those that there are.
+file(WRITE "${SCRATCH}/unknown/CMakeLists.txt"
+    "cmake_minimum_required(VERSION 3.25)\nproject(Unknown LANGUAGES CXX)\nfind_package(VoCore REQUIRED COMPONENTS Sound)\n")
+execute_process(COMMAND "${CMAKE_COMMAND}" -S "${SCRATCH}/unknown" -B "${SCRATCH}/unknown/build" -G Ninja
+    "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_PREFIX_PATH=${prefix}" RESULT_VARIABLE result OUTPUT_QUIET ERROR_VARIABLE error)
+if(result EQUAL 0 OR NOT error MATCHES "no component .Sound. is installed. there are: Core")
+    message(FATAL_ERROR "an unknown component is told as \"${error}\"")
+endif()
+
 # The installed tool reads what the consumer published.
 run("${prefix}/bin/vo" releases "${SCRATCH}/published/declarations.xml")
 if(NOT output MATCHES "Consumer's files  1\\.0\\.0  newest")
