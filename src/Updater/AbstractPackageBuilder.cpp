@@ -20,10 +20,13 @@
 #include <Updater/detail/publish/ChunkWriter.h>
 #include <Updater/detail/publish/DeclaredHistory.h>
 #include <Updater/detail/publish/IgnoreRules.h>
+#include <Updater/detail/publish/PatchMaker.h>
 #include <Updater/detail/publish/Publication.h>
 #include <Updater/detail/publish/PublishingFolder.h>
 #include <Updater/detail/publish/SourceTree.h>
 
+#include <map>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <unordered_map>
@@ -92,6 +95,9 @@ struct AbstractPackageBuilder::Private
     KeptChunks kept;                                     // for the directory that is being added
     std::unordered_map<VoUUID, VoFilePath> shared;       // chunks of the package that an earlier release has, too
     bool isPackedAnew = false;
+    std::map<VoFilePath, VoFilePath> sources; // by target
+    std::size_t patchedReleases = 0;
+    ReleasePatches patches;
     std::vector<VoDirectoryPath> published; // where finalise has moved chunks, also when it failed
     IgnoreRules ignored;
     Approval approval;
@@ -190,17 +196,18 @@ bool AbstractPackageBuilder::Private::share(const VoUUID& id)
 // A file all of whose bytes are in kept chunks was read when it was compared, and is not read again.
 PackedFile AbstractPackageBuilder::Private::pack(const VoFilePath& source, const VoFilePath& target)
 {
-    VoFileInputByteStream stream(source);
-    stream.requireOpen();
     const AdvertisedFileListing* earlier = kept.file(target);
-    if (!earlier)
-        return chunks->append(stream);
-    bool isWhole = true;
-    for (const ChunkReferenceListing& piece : earlier->chunks())
+    const VoDeque<ChunkReferenceListing> pieces = earlier ? earlier->chunks() : VoDeque<ChunkReferenceListing>();
+    bool isWhole = earlier != nullptr;
+    for (const ChunkReferenceListing& piece : pieces)
         isWhole = share(piece.chunkID()) && isWhole;
     if (isWhole)
-        return {earlier->chunks(), earlier->checksum(), static_cast<std::uint64_t>(earlier->size().bytes())};
-    PackedFile packed = chunks->append(stream, earlier->chunks(), [this](const VoUUID& id) { return share(id); });
+        return {pieces, earlier->checksum(), static_cast<std::uint64_t>(earlier->size().bytes())};
+    VoFileInputByteStream stream(source);
+    stream.requireOpen();
+    if (!earlier)
+        return chunks->append(stream);
+    PackedFile packed = chunks->append(stream, pieces, [this](const VoUUID& id) { return share(id); });
     if (packed.checksum != earlier->checksum())
         throw VoFileException("File changed while being added: " + source.path(), source);
     return packed;
@@ -345,6 +352,7 @@ void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath&
         throw;
     }
     m_private->targets.emplace(FoldedName(target.path()).toStdString(), target);
+    m_private->sources.emplace(target, source);
 }
 
 AdvertisedFileListing AbstractPackageBuilder::packFile(const VoFilePath& source, const VoFilePath& target)
@@ -393,6 +401,7 @@ void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
 
     m_private->broadcast("Writing definition file: " + places.definition.path(), *this);
     publication.writeDefinition(m_private->package, places.definition, places.relative);
+    publishPatches(publication, declarationsFile, places.release);
 
     m_private->broadcast("Updating declarations file: " + declarationsFile.path(), *this);
     m_private->manifest =
@@ -404,6 +413,51 @@ void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
     } catch (const VoUserCancelledException&) {
         // Too late: the release is published.
     }
+}
+
+// Before the release is declared: whoever is killed here leaves the former releases as they were.
+void AbstractPackageBuilder::publishPatches(Publication& publication, const VoFilePath& declarationsFile,
+                                            const VoDirectoryPath& release)
+{
+    const auto working = [this](const VoFilePath& target) { announce("Making patch: " + target.path()); };
+    const auto warn = [this](const VoString& text) { warning(text); };
+    PatchMaker maker(m_private->package, m_private->sources, m_private->intermediateDirectory.path(), working, warn);
+    std::size_t left = m_private->patchedReleases;
+    for (const VoFilePath& definition : left > 0
+                                            ? DefinitionsOf(publication.declarations(), packageID(), declarationsFile)
+                                            : std::vector<VoFilePath>()) {
+        if (left == 0 || definition == release.file(Layout::DefinitionName))
+            continue;
+        --left;
+        try {
+            maker.addFrom(definition);
+        } catch (const VoUserCancelledException&) {
+            throw;
+        } catch (const VoException&) {
+            warning("No patches from release: " + definition.path() + ": " + vo::CurrentExceptionText());
+        }
+    }
+    const VoDirectoryPath directory = release.directory(ReleasePatches::Directory);
+    std::optional<VoString> document;
+    if (!maker.patches().patches.isEmpty()) {
+        publication.makeDirectory(directory);
+        for (const ReleasePatches::Patch& patch : maker.patches().patches)
+            publication.moveFile(maker.path(patch), directory.file(maker.path(patch).filename()));
+        VoFileSystem::SyncDirectory(directory);
+        document = maker.patches().toDocument();
+    }
+    publication.writeBeside(release.file(ReleasePatches::FileName), document);
+    m_private->patches = maker.patches();
+}
+
+void AbstractPackageBuilder::makePatches(std::size_t releases)
+{
+    m_private->patchedReleases = releases;
+}
+
+const ReleasePatches& AbstractPackageBuilder::patches() const
+{
+    return m_private->patches;
 }
 
 void AbstractPackageBuilder::packAnew()

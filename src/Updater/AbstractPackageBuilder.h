@@ -15,9 +15,12 @@
 namespace vo::updater {
 
 class AdvertisedPackages;
+class ReleasePatches;
+
 namespace detail {
+class Publication;
 struct SourceFile;
-}
+} // namespace detail
 
 /// Turns local files into a published release: packs their bytes one after another into chunks of a fixed size,
 /// compresses each chunk into a file of its own, and lays the release out beside a declarations file.
@@ -105,6 +108,13 @@ public:
     void packAnew();
     std::size_t chunksShared() const; ///< How many chunks of the package an earlier release has as well.
 
+    /// Has finalise() make patches from the newest `releases` declared releases of the package, for the files that they
+    /// have with another content, where a patch comes to at most 0.7 of the file's bytes in chunks. The messages "Making
+    /// patch: " + target tell of it. What cannot be had of an earlier release only warns.
+    void makePatches(std::size_t releases);
+    /// The patches that finalise() has published.
+    const ReleasePatches& patches() const;
+
     /// Leaves files and folders out of the directories that are added from now on: `pattern` is a path with the signs
     /// *, ? and **, as in the lists that version control knows ("*.pdb", "/build/", "!keep.pdb"). Letter case does not
     /// count.
@@ -178,6 +188,8 @@ private:
     AdvertisedFileListing packFile(const VoFilePath& source, const VoFilePath& target);
 
     void writeChunk();
+    void publishPatches(detail::Publication& publication, const VoFilePath& declarationsFile,
+                        const VoDirectoryPath& release);
 
     void requireDeclarable(const AdvertisedPackages& declarations) const;
     void requirePublishable(const VoFilePath& declarationsFile);

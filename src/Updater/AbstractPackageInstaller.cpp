@@ -119,7 +119,7 @@ VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoLocat
     try {
         requireValid();
         prepare();
-        obtain(definition, stop, downloads);
+        obtainPrepared(definition, stop, downloads);
         events().report(AbstractMessage::InstallationStarted, "Starting installation");
         VoUniquePtr<InstalledPackageListing> listing = install(stop);
         events().report(AbstractMessage::InstallationComplete, "Installation complete");
@@ -130,6 +130,21 @@ VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoLocat
         events().report(AbstractMessage::InstallationFailed, text);
         throw VoInstallationFailedException(text, std::current_exception());
     }
+}
+
+void AbstractPackageInstaller::obtainPrepared(const VoLocation& definition, const VoStopFlag& stop,
+                                              const VoDownloadPolicy& downloads)
+{
+    do {
+        try {
+            obtain(definition, stop, downloads);
+        } catch (...) {
+            stop.throwIfStopped();
+            if (!findOtherWay())
+                throw;
+            obtain(definition, stop, downloads);
+        }
+    } while (!prepareStaged(stop));
 }
 
 void AbstractPackageInstaller::obtain(const VoLocation& definition, const VoStopFlag& stop,
@@ -157,6 +172,16 @@ void AbstractPackageInstaller::requireValid() const
 }
 
 void AbstractPackageInstaller::prepare() {}
+
+bool AbstractPackageInstaller::prepareStaged(const VoStopFlag& /*stop*/)
+{
+    return true;
+}
+
+bool AbstractPackageInstaller::findOtherWay()
+{
+    return false;
+}
 
 VoDeque<ChunkListing> AbstractPackageInstaller::chunksToObtain() const
 {

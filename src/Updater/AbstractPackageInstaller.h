@@ -88,6 +88,11 @@ protected:
     virtual void prepare();
     /// Those of the required chunks that have to be obtained: all of them here.
     virtual VoDeque<ChunkListing> chunksToObtain() const;
+    /// Called when all of these are staged, to work on them before the first file is written. False when more of them
+    /// are needed now; then they are obtained, and this is called again. Nothing here.
+    virtual bool prepareStaged(const VoStopFlag& stop);
+    /// Called when they cannot be obtained: whether others would do, which are tried then. None here.
+    virtual bool findOtherWay();
 
     const AdvertisedPackageListing& advertisedPackage() const; ///< The release to install.
     const VoUUID& packageID() const;                           ///< advertisedPackage().packageID()
@@ -128,6 +133,7 @@ protected:
 
 private:
     void obtain(const VoLocation& definition, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
+    void obtainPrepared(const VoLocation& definition, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
     VoDeque<ChunkListing> chunksToFetch(const VoStopFlag& stop) const;
     void download(const VoUrl& advertUrl, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
     void reportDamaged(const VoDeque<ChunkListing>& chunks, const VoUrl& advertUrl, std::size_t attempt,

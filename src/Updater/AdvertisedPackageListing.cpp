@@ -89,6 +89,7 @@ VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Made(PlainListin
 AdvertisedPackageListing::AdvertisedPackageListing(const AdvertisedPackageListing& other)
     : AbstractPackageListing(other)
     , m_private(Copy(other.m_private))
+    , m_patches(other.m_patches)
 {
 }
 
@@ -168,6 +169,16 @@ VoDeque<VoUUID> AdvertisedPackageListing::fileIDs() const
 const ChunkListing* AdvertisedPackageListing::chunk(const VoUUID& chunkID) const
 {
     return Read(m_private).chunks.find(chunkID);
+}
+
+const std::shared_ptr<const ReleasePatches>& AdvertisedPackageListing::patches() const noexcept
+{
+    return m_patches;
+}
+
+void AdvertisedPackageListing::setPatches(std::shared_ptr<const ReleasePatches> patches) noexcept
+{
+    m_patches = std::move(patches);
 }
 
 void AdvertisedPackageListing::write(const VoFilePath& path) const

@@ -5,6 +5,8 @@
 #include <Updater/AdvertisedFileListing.h>
 #include <Updater/ChunkListing.h>
 
+#include <memory>
+
 struct VoDownloadPolicy;
 
 namespace vo::updater::detail {
@@ -12,6 +14,8 @@ struct PlainListing;
 }
 
 namespace vo::updater {
+
+class ReleasePatches;
 
 /// The definition of one release as it is published: its identity, its files and the chunks that hold their bytes.
 ///
@@ -79,6 +83,12 @@ public:
     /// The chunk with that ID, or null; the first one when a document lists it twice.
     const ChunkListing* chunk(const VoUUID& chunkID) const;
 
+    /// The patches that lead to the release. They stand in a document of their own, and this listing's does not have
+    /// them. Null when there are none, or nobody has looked.
+    const std::shared_ptr<const ReleasePatches>& patches() const noexcept;
+    /// Sets the patches; an installation takes them from here.
+    void setPatches(std::shared_ptr<const ReleasePatches> patches) noexcept;
+
     using AbstractPackageListing::write;
     /// Writes the definition to a file, replacing it atomically: on failure the old file stays as it was.
     void write(const VoFilePath& path) const;
@@ -93,6 +103,7 @@ private:
     struct Private;
     static VoUniquePtr<AdvertisedPackageListing> Made(detail::PlainListing&& plain);
     std::unique_ptr<Private> m_private; // empty in a moved-from object
+    std::shared_ptr<const ReleasePatches> m_patches;
 };
 
 } // namespace vo::updater

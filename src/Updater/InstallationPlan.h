@@ -24,7 +24,8 @@ struct VOCORE_EXPORT InstallationPlan
         VoUUID id;                 ///< The file's ID.
         VoFilePath path;           ///< Where it is or will be installed.
         std::uint64_t bytes;       ///< Length of the new content; of a removed file that of the old one.
-        VoFilePath copiedFrom{};   ///< The installed file that it is copied from; null when it is built from chunks.
+        VoFilePath copiedFrom{};   ///< The installed file that it is copied from; null when it is built.
+        std::uint64_t patch = 0;   ///< The length of the patch that makes it of the installed file; 0: built of chunks.
     };
 
     VoUUID packageID{""};     ///< The package.
@@ -42,7 +43,9 @@ struct VOCORE_EXPORT InstallationPlan
 
     VoDeque<File> files;                ///< What changes on disk, in the order in which the installer goes through it.
     VoDeque<ChunkListing> chunks;       ///< The chunks to fetch, in the order of the advert.
-    VoDeque<ChunkListing> stagedChunks; ///< Needed chunks that an interrupted run has left whole; not fetched again.
+    VoDeque<ChunkListing> patches;      ///< The patches to fetch, listed as chunks are.
+    /// Needed chunks and patches that an interrupted run has left whole; not fetched again.
+    VoDeque<ChunkListing> stagedChunks;
 
     /// Files on disk that no package owns and that the installation replaces.
     VoDeque<VoFilePath> foreignFiles;
@@ -63,10 +66,11 @@ struct VOCORE_EXPORT InstallationPlan
 
     std::uint64_t addedFiles = 0;     ///< Number of files to add.
     std::uint64_t copiedFiles = 0;    ///< How many of these are copied from installed files.
+    std::uint64_t patchedFiles = 0;   ///< Number of files that patches make.
     std::uint64_t modifiedFiles = 0;  ///< Number of files to rewrite: changed, missing, resized or moved.
     std::uint64_t removedFiles = 0;   ///< Number of files to remove.
     std::uint64_t unchangedFiles = 0; ///< Number of files that stay as they are.
-    std::uint64_t bytesToFetch = 0;   ///< Total size of `chunks`.
+    std::uint64_t bytesToFetch = 0;   ///< Total size of `chunks` and `patches`.
     std::uint64_t bytesToCopy = 0;    ///< Total length of the copied files.
     std::uint64_t bytesToWrite = 0;   ///< Total length of the added and modified files.
     std::uint64_t bytesToRemove = 0;  ///< Total length of the removed files.

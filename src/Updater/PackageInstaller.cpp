@@ -16,6 +16,7 @@
 #include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/files/FileInstaller.h>
+#include <Updater/detail/files/FilePatch.h>
 #include <Updater/detail/files/HeldTree.h>
 #include <Updater/detail/files/VolumeSync.h>
 #include <Updater/detail/install/ChunkSource.h>
@@ -24,6 +25,8 @@
 #include <Updater/detail/install/FileReuse.h>
 #include <Updater/detail/install/InstallerSettings.h>
 #include <Updater/detail/install/PackageCheck.h>
+#include <Updater/detail/install/PatchChoice.h>
+#include <Updater/detail/install/StagingDirectory.h>
 #include <Updater/detail/install/UpdatePlan.h>
 #include <Updater/detail/install/UpdateTransaction.h>
 #include <Updater/detail/registry/DamageRecord.h>
@@ -46,8 +49,10 @@ struct PackageInstaller::Private
     VoUniquePtr<InstalledPackageListing> installed; // null: nothing is installed
     PackageDifferences differences;
     FileOwners owners;
-    InstallationPlan plan;    // without the files that are taken over as they are
-    VoDeque<ChunkUse> chunks; // those of the plan
+    InstallationPlan plan;                       // without the files that are taken over as they are
+    VoDeque<ChunkUse> chunks;                    // those of the plan
+    ChosenPatches patches;                       // those of the plan
+    std::unordered_set<VoUUID> refusedPatches{}; // files that patches failed to make
     bool isPrepared = false;
 };
 
@@ -59,28 +64,6 @@ constexpr std::uint64_t FewFiles = 64;
 // Bytes that are read at once from a file that is copied.
 constexpr std::size_t CopyBlock = 256 * 1024;
 
-template <typename Files>
-PackageDifferences Without(const PackageDifferences& differences, const Files& files)
-{
-    PackageDifferences result(differences.packageID(), differences.sourceVersionID(), differences.targetVersionID());
-    for (const FileDifference& difference : differences.fileDifferences()) {
-        if (files.count(difference.fileID()) > 0)
-            continue;
-        switch (difference.type()) {
-        case FileDifference::Added:
-            result.fileAdded(difference.fileID());
-            break;
-        case FileDifference::Modified:
-            result.fileModified(difference.fileID());
-            break;
-        case FileDifference::Removed:
-            result.fileRemoved(difference.fileID());
-            break;
-        }
-    }
-    return result;
-}
-
 void PlanCopying(InstallationPlan& plan, const ReusedFiles& reused)
 {
     for (InstallationPlan::File& file : plan.files) {
@@ -90,6 +73,15 @@ void PlanCopying(InstallationPlan& plan, const ReusedFiles& reused)
         file.copiedFrom = source->second;
         plan.bytesToCopy += file.bytes;
         ++plan.copiedFiles;
+    }
+}
+
+void PlanPatching(InstallationPlan& plan, const ChosenPatches& patches)
+{
+    for (InstallationPlan::File& file : plan.files) {
+        const auto patch = patches.find(file.id);
+        file.patch = patch == patches.end() ? 0 : patch->second->size;
+        plan.patchedFiles += file.patch > 0 ? 1 : 0;
     }
 }
 
@@ -131,16 +123,22 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
 
     const PackageDifferences written = Without(differences, claims.adoptedIDs);
     const ReusedFiles reused = findReusable(written, installed.get());
-    VoDeque<ChunkUse> chunks = ChunkUses(Without(written, reused), advert);
+    std::unordered_set<VoUUID> refused;
+    if (m_private)
+        refused = m_private->refusedPatches;
+    const PackageDifferences built = Without(written, reused);
+    ChosenPatches patches = choosePatches(built, installed.get(), refused);
+    VoDeque<ChunkUse> chunks = ChunkUses(Without(built, patches), advert);
     InstallationPlan plan = PlanFiles(written, installed.get(), advert);
     PlanCopying(plan, reused);
-    PlanFetching(plan, Listings(chunks));
+    PlanPatching(plan, patches);
+    PlanFetching(plan, Listings(chunks), PatchFiles(patches, built));
     plan.foreignFiles = std::move(claims.foreign);
     plan.adoptedFiles = std::move(claims.adopted);
     plan.conflicts = std::move(claims.conflicts);
     plan.keptFiles = std::move(claims.kept);
     m_private.reset(new Private{std::move(installed), std::move(differences), std::move(owners), std::move(plan),
-                                std::move(chunks)});
+                                std::move(chunks), std::move(patches), std::move(refused)});
 }
 
 // None for an advert that the run will refuse: its paths cannot be told.
@@ -172,6 +170,29 @@ ReusedFiles PackageInstaller::findReusable(const PackageDifferences& differences
     }
     return FindReusableFiles(differences, *installed, advertisedPackage(),
                              [this](const AdvertisedFileListing& file) { return resolvedPath(file); });
+}
+
+// What is installed is read first: a patch makes nothing of other bytes. None for an advert that the run will refuse.
+ChosenPatches PackageInstaller::choosePatches(const PackageDifferences& differences,
+                                              const InstalledPackageListing* installed,
+                                              const std::unordered_set<VoUUID>& refused) const
+{
+    if (!installed || !advertisedPackage().patches())
+        return {};
+    const auto listed = [&](const VoUUID& id) { return refused.count(id) > 0 ? nullptr : installed->file(id); };
+    ChosenPatches fitting = FittingPatches(differences, advertisedPackage(), listed);
+    std::vector<VoUUID> files;
+    for (const auto& [id, patch] : fitting)
+        files.push_back(id);
+    const auto expected = [&](std::size_t i) {
+        const InstalledFileListing& file = *installed->file(files[i]);
+        return Expected(file.path(), file);
+    };
+    ExamineAll(files.size(), expected, Links::Kept, VoStopFlag(), [&](std::size_t i, FileState state) {
+        if (state != FileState::Sound)
+            fitting.erase(files[i]);
+    });
+    return CheapestPatches(std::move(fitting), differences, advertisedPackage());
 }
 
 // The listings know nothing of files that were deleted, cut short or installed into another directory.
@@ -226,10 +247,14 @@ InstallationPlan PackageInstaller::plan() const
         if (file.type != FileDifference::Removed)
             file.path = resolvedPath(*advertisedPackage().file(file.id));
     }
-    VoDeque<ChunkListing> missing;
-    for (const ChunkListing& chunk : m_private->plan.chunks)
-        (chunkSource().staging().holds(chunk) ? result.stagedChunks : missing).pushBack(chunk);
-    PlanFetching(result, std::move(missing));
+    const auto missingOf = [&](const VoDeque<ChunkListing>& files) {
+        VoDeque<ChunkListing> missing;
+        for (const ChunkListing& file : files)
+            (chunkSource().staging().holds(file) ? result.stagedChunks : missing).pushBack(file);
+        return missing;
+    };
+    VoDeque<ChunkListing> chunks = missingOf(m_private->plan.chunks);
+    PlanFetching(result, std::move(chunks), missingOf(m_private->plan.patches));
     return result;
 }
 
@@ -240,7 +265,64 @@ VoDeque<ChunkListing> PackageInstaller::requiredChunks() const
 
 VoDeque<ChunkListing> PackageInstaller::chunksToObtain() const
 {
-    return m_private->plan.chunks;
+    VoDeque<ChunkListing> files = m_private->plan.chunks;
+    for (const ChunkListing& patch : m_private->plan.patches)
+        files.pushBack(patch);
+    return files;
+}
+
+bool PackageInstaller::findOtherWay()
+{
+    if (m_private->patches.empty())
+        return false;
+    warning("Patches cannot be obtained; chunks are instead");
+    for (const auto& [id, patch] : m_private->patches)
+        m_private->refusedPatches.insert(id);
+    compare(std::move(m_private->installed));
+    return true;
+}
+
+// Files are made of their patches in the staging directory, while chunks can still be had instead, and copied from
+// there when all of the release is being built.
+bool PackageInstaller::prepareStaged(const VoStopFlag& stop)
+{
+    std::unordered_set<VoUUID> refused;
+    for (InstallationPlan::File& file : m_private->plan.files) {
+        if (m_private->patches.count(file.id) == 0)
+            continue;
+        try {
+            applyPatch(file, stop);
+        } catch (const VoException&) {
+            stop.throwIfStopped();
+            warning("File is built of chunks instead of its patch: " +
+                    resolvedPath(*advertisedPackage().file(file.id)).path() + ": " + FailureText());
+            refused.insert(file.id);
+        }
+    }
+    if (refused.empty())
+        return true;
+    m_private->refusedPatches.insert(refused.begin(), refused.end());
+    compare(std::move(m_private->installed));
+    return false;
+}
+
+void PackageInstaller::applyPatch(InstallationPlan::File& planned, const VoStopFlag& stop) const
+{
+    const ReleasePatches::Patch& patch = *m_private->patches.at(planned.id);
+    const StagingDirectory& staging = chunkSource().staging();
+    if (!staging.holds(patch.file()))
+        throw VoDamagedContentException("Patch checksum mismatch: " + staging.chunkPath(patch.id).path());
+    RequireFreeSpace(staging.path(), patch.after.size);
+    const VoFilePath place = staging.path().file(patch.id.toString());
+    FileInstaller made(place, Durability::Later);
+    ApplyPatch(m_private->installed->file(planned.id)->path(), staging.chunkPath(patch.id), patch.after.size,
+               [&](const char* bytes, std::size_t size) {
+                   stop.throwIfStopped();
+                   made.write(bytes, size);
+               });
+    if (!made.finish(patch.after.checksum, patch.after.size))
+        throw VoDamagedContentException("File checksum does not match for: " + place.path());
+    planned.copiedFrom = BuiltPath(place);
 }
 
 bool PackageInstaller::isMove() const

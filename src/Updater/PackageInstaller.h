@@ -4,8 +4,10 @@
 #include <Updater/InstallationOptions.h>
 #include <Updater/InstallationPlan.h>
 #include <Updater/PackageDifferences.h>
+#include <Updater/ReleasePatches.h>
 
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace vo::updater {
@@ -17,6 +19,7 @@ struct FileClaims;
 struct TargetFile;
 enum class Durability;
 using ReusedFiles = std::unordered_map<VoUUID, VoFilePath>;
+using ChosenPatches = std::unordered_map<VoUUID, const ReleasePatches::Patch*>;
 } // namespace detail
 
 /// Installs a release over the one that is installed, if any, writing only the files that differ.
@@ -69,6 +72,11 @@ private:
                                   detail::FileOwners& owners) const;
     void prepare() override;
     VoDeque<ChunkListing> chunksToObtain() const override;
+    bool prepareStaged(const VoStopFlag& stop) override;
+    bool findOtherWay() override;
+    detail::ChosenPatches choosePatches(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                                        const std::unordered_set<VoUUID>& refused) const;
+    void applyPatch(InstallationPlan::File& planned, const VoStopFlag& stop) const;
     void requirePermitted() const;
     bool isMove() const;
     bool isInPlace(const InstalledFileListing& record, const AdvertisedFileListing& file) const;

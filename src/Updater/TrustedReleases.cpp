@@ -12,6 +12,8 @@
 #include <Updater/VoUntrustedReleaseException.h>
 #include <Updater/detail/documents/DocumentPlace.h>
 #include <Updater/detail/documents/KeyChain.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
+#include <Updater/detail/documents/TryPatches.h>
 #include <Updater/detail/registry/ReleaseProof.h>
 #include <Updater/detail/registry/RolloutPlace.h>
 #include <Updater/detail/registry/TrustPin.h>
@@ -123,6 +125,7 @@ public:
     void requireSigned(const ReleaseKeys& keys, const std::optional<TrustPin>& before) const;
     void requireFresh(const ReleaseKeys& keys, const std::optional<TrustPin>& before) const;
     Release release(VoUniquePtr<AdvertisedPackageListing> package, const VoFilePath& path) const;
+    void findPatches(AdvertisedPackageListing& package, const VoFilePath& definition) const;
     VoString whyNotOffered(const AbstractPackage& release) const;
 };
 
@@ -190,6 +193,22 @@ VoString TrustedReleases::Private::checked(const VoFilePath& path, const VoStrin
             return *other;
     }
     Refuse(Kind::Mixed, "Document is not the one that the manifest lists: " + place.nameOf(path) + ": " + difference);
+}
+
+// Patches that the manifest does not list do not count; without them chunks are fetched.
+void TrustedReleases::Private::findPatches(AdvertisedPackageListing& package, const VoFilePath& definition) const
+{
+    const VoFilePath path = Beside(definition, ReleasePatches::FileName);
+    const ReleaseManifest::Document* listed = manifest ? manifest->document(path) : nullptr;
+    if (manifest && !listed)
+        return;
+    package.setPatches(TryPatches(package, place.nameOf(path), place.stop(), [&] {
+        auto document = place.find(path, ReleasePatches::LargestSize);
+        if (document && listed && !Difference(*document, *listed).isEmpty())
+            Refuse(Kind::Mixed, "Document is not the one that the manifest lists: " + place.nameOf(path) + ": " +
+                                    Difference(*document, *listed));
+        return document;
+    }));
 }
 
 const Verdict& TrustedReleases::Private::verify(const VoUUID& packageID) const
@@ -342,6 +361,9 @@ TrustedReleases::Release TrustedReleases::Private::release(VoUniquePtr<Advertise
     const VoString why = whyNotOffered(*package);
     if (!why.isEmpty())
         Refuse(Kind::NotOffered, "Release " + package->version().toString() + " is not offered: " + why);
+    const auto installed = Installed(package->packageID());
+    if (installed && installed->versionID() != package->versionID())
+        findPatches(*package, path);
     Release result{std::move(package), place.locationOf(path), nullptr};
     const Verdict& verdict = verify(result.package->packageID());
     if (verdict.seen) {

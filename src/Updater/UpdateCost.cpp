@@ -2,7 +2,11 @@
 
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/InstallationPlan.h>
+#include <Updater/PackageDifferences.h>
+#include <Updater/detail/install/PatchChoice.h>
 #include <Updater/detail/install/UpdatePlan.h>
+
+#include <utility>
 
 namespace vo::updater {
 
@@ -10,7 +14,8 @@ namespace {
 
 UpdateCost CostOf(const InstallationPlan& plan)
 {
-    return {plan.addedFiles + plan.modifiedFiles, plan.chunks.size(), plan.bytesToFetch, plan.bytesToWrite};
+    return {plan.addedFiles + plan.modifiedFiles, plan.chunks.size(), plan.patches.size(), plan.bytesToFetch,
+            plan.bytesToWrite};
 }
 
 } // namespace
@@ -22,7 +27,13 @@ UpdateCost UpdateCost::Of(const AdvertisedPackageListing& to)
 
 UpdateCost UpdateCost::Of(const AdvertisedPackageListing& from, const AdvertisedPackageListing& to)
 {
-    return CostOf(detail::PlanUpdate(*from.compare(to), nullptr, to));
+    const PackageDifferences differences = std::move(*from.compare(to));
+    const auto before = [&](const VoUUID& id) { return from.file(id); };
+    const auto patches = detail::CheapestPatches(detail::FittingPatches(differences, to, before), differences, to);
+    InstallationPlan plan = detail::PlanFiles(differences, nullptr, to);
+    detail::PlanFetching(plan, detail::Listings(detail::ChunkUses(detail::Without(differences, patches), to)),
+                         detail::PatchFiles(patches, differences));
+    return CostOf(plan);
 }
 
 } // namespace vo::updater

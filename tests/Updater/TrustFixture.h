@@ -42,10 +42,18 @@ protected:
     vo::updater::ManifestState release(const char* version, const Files& files, std::initializer_list<Key> keys,
                                        const ReleaseTerms& terms = ReleaseTerms())
     {
-        vo::updater::PackageBuilder builder(packageID, "Examples", VoVersion::Deserialize(version), 40, 6);
-        builder.setTerms(terms, with(keys));
-        publish(builder, files);
-        return builder.manifestState();
+        using namespace vo::updater;
+        const VoVersion number = VoVersion::Deserialize(version);
+        std::unique_ptr<AbstractPackageBuilder> builder;
+        if (m_base)
+            builder = std::make_unique<UpdatePackageBuilder>(*m_base, number, 40, 6);
+        else
+            builder = std::make_unique<PackageBuilder>(packageID, "Examples", number, 40, 6);
+        builder->setTerms(terms, with(keys));
+        builder->makePatches(2);
+        publish(*builder, files);
+        m_base = std::make_unique<AdvertisedPackageListing>(builder->package());
+        return builder->manifestState();
     }
 
     /// The published folder.
@@ -100,10 +108,20 @@ protected:
         }
     }
 
+    /// The newest release and its patches.
+    TrustedReleases::Release opened(const TrustPolicy& trust) const
+    {
+        const auto releases = TrustedReleases::Open(declarations(), trust);
+        return releases.open(releases.newest(packageID));
+    }
+
     const Key key = NewKey();
     const Key other = NewKey();
     VoTimePoint now = Day(0);
     TrustPolicy policy; // that knows the key
+
+private:
+    std::unique_ptr<AdvertisedPackageListing> m_base; // the last release
 };
 
 } // namespace vo::test

@@ -11,6 +11,7 @@
 #include <Threading/VoReceiver.h>
 #include <Time/VoTimer.h>
 #include <Updater/PackageBuilder.h>
+#include <Updater/ReleasePatches.h>
 #include <Updater/UpdatePackageBuilder.h>
 #include <Updater/VoUpdater.h>
 
@@ -206,6 +207,7 @@ void Build(Session& session, AbstractPackageBuilder& builder, const Request& req
     LeaveOut(builder, session, request);
     if (session.arguments.has("repack"))
         builder.packAnew();
+    builder.makePatches(static_cast<std::size_t>(session.arguments.integer("patches", 0, 0, 1000)));
     Pack(builder, session, request);
     builder.finalise(request.declarations);
     console.endProgress();
@@ -228,6 +230,13 @@ void ShowRelease(Console& console, const AbstractPackageBuilder& builder, double
     console.fact("chunks", "chunks", package.chunks().size());
     if (builder.chunksShared() > 0)
         console.fact("chunksShared", "of them kept", builder.chunksShared());
+    if (!builder.patches().patches.isEmpty()) {
+        std::uint64_t bytes = 0;
+        for (const ReleasePatches::Patch& patch : builder.patches().patches)
+            bytes += patch.size;
+        console.fact("patches", "patches", builder.patches().patches.size());
+        console.fact("bytesInPatches", "bytes in them", BytesText(bytes), bytes);
+    }
     console.fact("ratio", "ratio", SecondsText(ratio), ratio);
     console.fact("seconds", "seconds", SecondsText(seconds), seconds);
 }
@@ -261,6 +270,7 @@ std::vector<Option> Options()
         {"older", nullptr, "let the release be older than the newest that is declared"},
         {"chunk-size", "N", "bytes that a chunk holds before compression, such as 512K (the default is 4M)"},
         {"repack", nullptr, "compress all files, also those whose chunks the newest release has already"},
+        {"patches", "N", "make patches for who has one of the N releases before (the default is 0)"},
         {"level", "N", "compression from 0 (none) to 12 (smallest, slow; the default is 6)"},
         {"channel", "NAME", "release (the default), or beta: see vo promote"},
         {"share", "SHARE", "to how many installations the release is offered, such as 20%: see vo rollout"},
@@ -279,7 +289,7 @@ Command PublishCommand()
     return {
         "publish",
         "FOLDER --to DECLARATIONS --name NAME --release V [--build-type N] [--package ID] [--exclude PATTERN]... "
-        "[--replace] [--older] [--chunk-size N] [--level N] [--repack]",
+        "[--replace] [--older] [--chunk-size N] [--level N] [--repack] [--patches N]",
         "publish a folder as the next release of a package",
         "Packs the files of a folder into compressed chunks beside a declarations file, which is created when it\n"
         "does not exist, and declares them there as a release. When the declarations already have a package with\n"
@@ -288,6 +298,9 @@ Command PublishCommand()
         "what changed. Chunks of the newest release that hold hardly anything but unchanged files are used as they\n"
         "are. Otherwise a new package begins, and its ID is printed. Nothing shows before the last step; what cannot\n"
         "be published is refused before anything is packed. Several runs may publish at the same time.\n"
+        "\n"
+        "A patch makes a file of the one that an earlier release has. It is kept where it comes to at most 0.7 of the\n"
+        "file compressed, and installations take patches or chunks, whichever is less.\n"
         "\n"
         "Files that fit a pattern of --exclude or a line of a file .voignore in the folder are left out, as version\n"
         "control does it: \"*.pdb\" anywhere, \"/notes.txt\" from the folder on, \"build/\" for folders,\n"

@@ -8,6 +8,7 @@
 #include <FileSystem/VoFileSystem.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/PackageVerifier.h>
+#include <Updater/ReleasePatches.h>
 
 namespace vo::tool {
 
@@ -48,6 +49,43 @@ void CheckSignatures(const Session& session, const TrustedReleases& releases)
         session.console.note("only compared with the manifest; --key tells whether the signatures are genuine");
 }
 
+/// Tells what is wrong with the patches beside a definition, and how many were checked, and wrong.
+struct PatchCheck
+{
+    std::size_t checked = 0;
+    std::size_t findings = 0;
+};
+
+PatchCheck CheckPatches(const Session& session, const AdvertisedPackageListing& package, const VoFilePath& definition)
+{
+    PatchCheck check;
+    const VoFilePath document = definition.parent().file(ReleasePatches::FileName);
+    if (!VoFileSystem::Exists(document))
+        return check;
+    const auto require = [&](bool isSound, const char* what, const VoFilePath& path) {
+        if (isSound)
+            return;
+        ++check.findings;
+        const VoString text = what + PathText(path);
+        session.console.row("findings", text, JsonRecord()("text", text));
+    };
+    const auto patches = ReleasePatches::Find(package, definition, session.stop, session.downloads);
+    require(patches != nullptr, "Patches cannot be used: ", document);
+    for (; patches && check.checked < patches->patches.size(); ++check.checked) {
+        session.stop.throwIfStopped();
+        const ReleasePatches::Patch& patch = patches->patches[check.checked];
+        const VoFilePath path = definition.parent().appended(patch.file().path());
+        const bool isThere = VoFileSystem::Exists(path);
+        require(isThere, "Patch missing: ", path);
+        require(!isThere ||
+                    (VoFileSystem::FileSize(path) == patch.size && VoFileSystem::Checksum(path) == patch.checksum),
+                "Patch does not match its listing: ", path);
+        const AdvertisedFileListing* file = package.file(patch.fileID);
+        require(file && patch.after.isOf(*file), "Patch makes no file of the release: ", path);
+    }
+    return check;
+}
+
 ExitCode Run(Session& session)
 {
     Console& console = session.console;
@@ -65,8 +103,10 @@ ExitCode Run(Session& session)
     auto package = Doing(session.arguments, "read", name, [&] { return AdvertisedPackageListing::Open(definition); });
     const std::size_t files = package->files().size();
 
-    std::size_t findings = 0;
     console.list("findings");
+    const PatchCheck patches =
+        Doing(session.arguments, "verify", name, [&] { return CheckPatches(session, *package, definition); });
+    std::size_t findings = patches.findings;
     const bool matches = Doing(session.arguments, "verify", name, [&] {
         return PackageVerifier::Verify(
             std::move(package), definition, *source,
@@ -83,8 +123,10 @@ ExitCode Run(Session& session)
     });
     console.endProgress();
     console.fact("files", "files checked", files);
+    if (patches.checked > 0)
+        console.fact("patches", "patches checked", patches.checked);
     console.fact("differences", "differences", findings);
-    return matches ? ExitCode::Done : ExitCode::Differences;
+    return matches && patches.findings == 0 ? ExitCode::Done : ExitCode::Differences;
 }
 
 std::vector<Option> Options()
@@ -102,8 +144,9 @@ Command VerifyReleaseCommand()
             "PACKAGE.XML|DECLARATIONS [--source FOLDER] [--key KEY]...",
             "check a published release against its source and its signatures",
             "Installs a release into a temporary folder, as onto a machine that has nothing of it, and compares every\n"
-            "file byte by byte with the one it was published from. Where the releases are signed, compares the\n"
-            "declarations and all definitions with the manifest, and with --key checks its signatures.\n",
+            "file byte by byte with the one it was published from. Patches beside it are compared with their list.\n"
+            "Where the releases are signed, compares the declarations and all definitions with the manifest, and with\n"
+            "--key checks its signatures.\n",
             Options(),
             1,
             1,

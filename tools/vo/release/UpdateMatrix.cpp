@@ -4,6 +4,7 @@
 #include <vo/line/CommandError.h>
 #include <vo/release/ReleaseChoice.h>
 
+#include <Updater/ReleasePatches.h>
 #include <Updater/UpdateCost.h>
 
 #include <algorithm>
@@ -22,8 +23,12 @@ Releases OpenReleases(const Session& session, const AdvertisedPackages& declared
 {
     Releases releases;
     for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
-        if (declaration.packageID() == packageID)
-            releases.push_back(ReadDefinition(session, declaration.definition(location)));
+        if (declaration.packageID() != packageID)
+            continue;
+        const VoLocation definition = declaration.definition(location);
+        releases.push_back(ReadDefinition(session, definition));
+        releases.back()->setPatches(
+            ReleasePatches::Find(*releases.back(), definition, session.stop, session.downloads));
     }
     std::stable_sort(releases.begin(), releases.end(),
                      [](const auto& a, const auto& b) { return a->version() < b->version(); });
@@ -40,13 +45,17 @@ VoString Padded(const VoString& text, std::size_t width)
 void ShowUpdate(Console& console, const AdvertisedPackageListing* from, const AdvertisedPackageListing& to)
 {
     const UpdateCost cost = from ? UpdateCost::Of(*from, to) : UpdateCost::Of(to);
+    JsonRecord record;
+    record("from", from ? from->version().toString() : VoString())("to", to.version().toString())("files", cost.files)(
+        "chunks", cost.chunks)("bytesToFetch", cost.bytesToFetch)("bytesToWrite", cost.bytesToWrite);
+    if (cost.patches > 0)
+        record("patches", cost.patches);
     const VoString start = from ? ReleaseText(from->version()) : VoString("nothing");
     console.row("updates",
                 Padded(start, 10) + Padded(ReleaseText(to.version()), 10) + Padded(VoString(cost.files), 8) +
-                    Padded(VoString(cost.chunks), 8) + BytesText(cost.bytesToFetch),
-                JsonRecord()("from", from ? from->version().toString() : VoString())("to", to.version().toString())(
-                    "files", cost.files)("chunks", cost.chunks)("bytesToFetch", cost.bytesToFetch)("bytesToWrite",
-                                                                                                   cost.bytesToWrite));
+                    Padded(VoString(cost.chunks), 8) + BytesText(cost.bytesToFetch) +
+                    (cost.patches > 0 ? "  with " + VoString(cost.patches) + " patches" : VoString()),
+                record);
 }
 
 } // namespace

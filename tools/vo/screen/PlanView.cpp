@@ -95,6 +95,10 @@ void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirec
             record("from", source);
             line = line + "  from " + source;
         }
+        if (file.patch > 0) {
+            record("patch", file.patch);
+            line = line + "  by a patch of " + BytesText(file.patch);
+        }
         console.row("files", line, record);
     }
     ShowClaims(console, plan, directory);
@@ -103,6 +107,12 @@ void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirec
         ShowChunk(console, chunk, true);
     for (const ChunkListing& chunk : plan.chunks)
         ShowChunk(console, chunk, false);
+    if (plan.patches.isEmpty())
+        return;
+    console.list("patches");
+    for (const ChunkListing& patch : plan.patches)
+        console.row("patches", Column("fetch") + PathText(patch.path()) + "  " + patch.size().toString(),
+                    JsonRecord()("id", patch.id())("path", PathText(patch.path()))("bytes", patch.size().bytes()));
 }
 
 void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
@@ -118,6 +128,8 @@ void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDir
     console.fact("bytesToRemove", "bytes to remove", BytesText(plan.bytesToRemove), plan.bytesToRemove);
     console.fact("chunksToFetch", "chunks to fetch", plan.chunks.size());
     console.fact("chunksStaged", "chunks staged", plan.stagedChunks.size());
+    if (!plan.patches.isEmpty())
+        console.fact("patchesToFetch", "patches to fetch", plan.patches.size());
     console.fact("bytesToFetch", "bytes to fetch", BytesText(plan.bytesToFetch), plan.bytesToFetch);
 }
 
@@ -132,6 +144,8 @@ void ShowInstalledFigures(Console& console, const InstallationPlan& plan, const 
     console.fact("unchanged", "files unchanged", plan.unchangedFiles);
     console.fact("bytesWritten", "bytes written", BytesText(plan.bytesToWrite), plan.bytesToWrite);
     console.fact("chunksFetched", "chunks fetched", plan.chunks.size());
+    if (!plan.patches.isEmpty())
+        console.fact("patchesFetched", "patches fetched", plan.patches.size());
     console.fact("bytesFetched", "bytes fetched", BytesText(plan.bytesToFetch), plan.bytesToFetch);
 }
 

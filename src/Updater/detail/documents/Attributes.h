@@ -26,6 +26,9 @@ inline constexpr const char* Release = "release";
 inline constexpr const char* Keys = "keys";
 inline constexpr const char* Key = "key";
 inline constexpr const char* Pin = "pin";
+inline constexpr const char* Document = "document";
+inline constexpr const char* Patches = "patches";
+inline constexpr const char* Patch = "patch";
 } // namespace tag
 
 namespace attribute {
@@ -58,6 +61,11 @@ inline constexpr const char* Releases = "releases";
 inline constexpr const char* Keys = "keys";
 inline constexpr const char* Line = "line";
 inline constexpr const char* Origin = "origin";
+inline constexpr const char* FileID = "fileID";
+inline constexpr const char* Before = "before";
+inline constexpr const char* BeforeSize = "beforeSize";
+inline constexpr const char* After = "after";
+inline constexpr const char* AfterSize = "afterSize";
 } // namespace attribute
 
 /// @{ A value in its own text form.

@@ -159,10 +159,11 @@ std::uint64_t BytesOf(const VoDeque<ChunkListing>& chunks)
     return bytes;
 }
 
-void PlanFetching(InstallationPlan& plan, VoDeque<ChunkListing> chunks)
+void PlanFetching(InstallationPlan& plan, VoDeque<ChunkListing> chunks, VoDeque<ChunkListing> patches)
 {
-    plan.bytesToFetch = BytesOf(chunks);
+    plan.bytesToFetch = SaturatedSum(BytesOf(chunks), BytesOf(patches));
     plan.chunks = std::move(chunks);
+    plan.patches = std::move(patches);
 }
 
 } // namespace vo::updater::detail

@@ -54,7 +54,30 @@ VoDeque<ChunkListing> Listings(const VoDeque<ChunkUse>& chunks);
 /// The bytes of chunk files.
 std::uint64_t BytesOf(const VoDeque<ChunkListing>& chunks);
 
-/// Puts chunks to be fetched into a plan, in place of others.
-void PlanFetching(InstallationPlan& plan, VoDeque<ChunkListing> chunks);
+/// Puts chunks and patches to be fetched into a plan, in place of others.
+void PlanFetching(InstallationPlan& plan, VoDeque<ChunkListing> chunks, VoDeque<ChunkListing> patches = {});
+
+/// The differences without some files, which are given by their IDs.
+template <typename Files>
+PackageDifferences Without(const PackageDifferences& differences, const Files& files)
+{
+    PackageDifferences result(differences.packageID(), differences.sourceVersionID(), differences.targetVersionID());
+    for (const FileDifference& difference : differences.fileDifferences()) {
+        if (files.count(difference.fileID()) > 0)
+            continue;
+        switch (difference.type()) {
+        case FileDifference::Added:
+            result.fileAdded(difference.fileID());
+            break;
+        case FileDifference::Modified:
+            result.fileModified(difference.fileID());
+            break;
+        case FileDifference::Removed:
+            result.fileRemoved(difference.fileID());
+            break;
+        }
+    }
+    return result;
+}
 
 } // namespace vo::updater::detail

@@ -6,6 +6,7 @@
 #include <FileSystem/detail/TemporaryName.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/ReleaseManifest.h>
+#include <Updater/ReleasePatches.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/documents/XMLDocument.h>
@@ -49,6 +50,11 @@ bool IsCopy(std::string_view name)
         return false;
     const std::string_view digest = name.substr(name.size() - DigestLength);
     return digest.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
+bool IsPatch(std::string_view name)
+{
+    return EndsWith(name, ReleasePatches::Suffix);
 }
 
 bool IsDefinition(std::string_view name)
@@ -161,6 +167,7 @@ void Clearance::findInRelease(const VoDirectoryPath& release, const std::functio
         if (IsDefinition(name) ? !isKept(file) : IsDefinition(vo::detail::SiblingOf(name)))
             tell(file);
     });
+    findPatches(release, tell);
     const VoDirectoryPath directory = release.directory(Layout::ChunksDirectory);
     if (!VoFileSystem::IsDirectory(directory))
         return;
@@ -169,6 +176,30 @@ void Clearance::findInRelease(const VoDirectoryPath& release, const std::functio
         if (IsChunk(name) ? chunks.count(Folded(VoString(name))) == 0 : IsChunk(vo::detail::SiblingOf(name)))
             tell(file);
     });
+}
+
+// Patches go with their release, and when no document lists them.
+void Clearance::findPatches(const VoDirectoryPath& release, const std::function<void(const VoFilePath&)>& tell) const
+{
+    const VoFilePath document = release.file(ReleasePatches::FileName);
+    const bool stays = isKept(release.file(Layout::DefinitionName));
+    std::set<std::string> listed;
+    if (stays && VoFileSystem::Exists(document)) {
+        const VoString bytes = ReadDocument(document, ReleasePatches::LargestSize);
+        const ReleasePatches patches = ReleasePatches::Parse(bytes, document.path());
+        for (const ReleasePatches::Patch& patch : patches.patches)
+            listed.insert(Folded(VoString(patch.file().path().filename())));
+    }
+    const VoDirectoryPath directory = release.directory(ReleasePatches::Directory);
+    if (VoFileSystem::IsDirectory(directory)) {
+        VoFileSystem::ForEachFile(directory, false, false, [&](const VoFilePath& file) {
+            const std::string name = NameOf(file);
+            if (IsPatch(name) ? listed.count(Folded(VoString(name))) == 0 : IsPatch(vo::detail::SiblingOf(name)))
+                tell(file);
+        });
+    }
+    if (!stays && VoFileSystem::Exists(document))
+        tell(document);
 }
 
 void Clearance::find(const std::function<void(const VoFilePath&)>& tell) const
@@ -185,7 +216,9 @@ void Clearance::find(const std::function<void(const VoFilePath&)>& tell) const
 void Clearance::removeEmptyFolders() const
 {
     forEachRelease([](const VoDirectoryPath& release) {
-        if (EraseDirectoryIfEmpty(release.directory(Layout::ChunksDirectory)) && EraseDirectoryIfEmpty(release))
+        const bool isEmpty = EraseDirectoryIfEmpty(release.directory(ReleasePatches::Directory)) &&
+                             EraseDirectoryIfEmpty(release.directory(Layout::ChunksDirectory));
+        if (isEmpty && EraseDirectoryIfEmpty(release))
             EraseDirectoryIfEmpty(release.parent());
     });
 }

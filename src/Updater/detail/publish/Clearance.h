@@ -43,6 +43,7 @@ public:
 private:
     void forEachRelease(const std::function<void(const VoDirectoryPath&)>& visit) const;
     void findInRelease(const VoDirectoryPath& release, const std::function<void(const VoFilePath&)>& tell) const;
+    void findPatches(const VoDirectoryPath& release, const std::function<void(const VoFilePath&)>& tell) const;
     std::set<std::string> chunksOf(const VoDirectoryPath& release) const;
     bool isKept(const VoFilePath& file) const;
 

@@ -25,25 +25,6 @@ namespace {
 
 using Warn = std::function<void(const VoString&)>;
 
-// The definitions of a package's releases, the newest first; of equal versions the first declared, which is the one
-// that further releases are based on.
-std::vector<VoFilePath> Definitions(const AdvertisedPackages& declared, const VoUUID& packageID,
-                                    const VoFilePath& declarationsFile)
-{
-    std::vector<const AdvertisedPackages::Declaration*> releases;
-    for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
-        if (declaration.packageID() == packageID)
-            releases.push_back(&declaration);
-    }
-    std::stable_sort(releases.begin(), releases.end(),
-                     [](const auto* a, const auto* b) { return a->version() > b->version(); });
-    std::vector<VoFilePath> definitions;
-    definitions.reserve(releases.size());
-    for (const AdvertisedPackages::Declaration* release : releases)
-        definitions.push_back(release->definition(declarationsFile).file());
-    return definitions;
-}
-
 VoUniquePtr<AdvertisedPackageListing> TryOpen(const VoFilePath& definition, const Warn& warn)
 {
     try {
@@ -153,13 +134,30 @@ std::vector<std::vector<SourceFile>> Arranged(std::vector<SourceFile> files, con
 
 } // namespace
 
+std::vector<VoFilePath> DefinitionsOf(const AdvertisedPackages& declared, const VoUUID& packageID,
+                                      const VoFilePath& declarationsFile)
+{
+    std::vector<const AdvertisedPackages::Declaration*> releases;
+    for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
+        if (declaration.packageID() == packageID)
+            releases.push_back(&declaration);
+    }
+    std::stable_sort(releases.begin(), releases.end(),
+                     [](const auto* a, const auto* b) { return a->version() > b->version(); });
+    std::vector<VoFilePath> definitions;
+    definitions.reserve(releases.size());
+    for (const AdvertisedPackages::Declaration* release : releases)
+        definitions.push_back(release->definition(declarationsFile).file());
+    return definitions;
+}
+
 AgedSources SortedByAge(std::vector<SourceFile> files, const VoUUID& packageID, const VoFilePath& declarationsFile,
                         std::uint64_t capacity, const std::function<void(const VoFilePath&)>& reading, const Warn& warn)
 {
     const bool isFirst = !VoFileSystem::Exists(declarationsFile);
     const std::vector<VoFilePath> definitions =
         isFirst ? std::vector<VoFilePath>()
-                : Definitions(*AdvertisedPackages::Open(declarationsFile), packageID, declarationsFile);
+                : DefinitionsOf(*AdvertisedPackages::Open(declarationsFile), packageID, declarationsFile);
     const VoUniquePtr<AdvertisedPackageListing> newest =
         definitions.empty() ? VoUniquePtr<AdvertisedPackageListing>() : TryOpen(definitions.front(), warn);
     if (!newest)

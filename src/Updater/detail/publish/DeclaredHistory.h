@@ -9,7 +9,16 @@
 #include <functional>
 #include <vector>
 
+namespace vo::updater {
+class AdvertisedPackages;
+}
+
 namespace vo::updater::detail {
+
+/// The definitions of a package's releases, the newest first; of equal versions the first declared, which is the one
+/// that further releases are based on.
+std::vector<VoFilePath> DefinitionsOf(const AdvertisedPackages& declared, const VoUUID& packageID,
+                                      const VoFilePath& declarationsFile);
 
 /// What earlier releases tell of the files of the next one.
 struct AgedSources

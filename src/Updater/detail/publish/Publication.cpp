@@ -143,6 +143,14 @@ void Publication::writeDefinition(const AdvertisedPackageListing& package, const
     VoFileSystem::SyncDirectory(definition.parent());
 }
 
+void Publication::writeBeside(const VoFilePath& path, const std::optional<VoString>& bytes)
+{
+    if (bytes)
+        replace(path, [&] { WriteBytes(path, *bytes); });
+    else if (VoFileSystem::Exists(path))
+        replace(path, [&] { VoFileSystem::Remove(path); });
+}
+
 ManifestState Publication::declare(const AdvertisedPackageListing& package, const VoFilePath& relative,
                                    const ReleaseTerms& terms, const ReleaseSigning& signing)
 {

@@ -53,6 +53,9 @@ public:
     /// that of another.
     void writeDefinition(const AdvertisedPackageListing& package, const VoFilePath& definition,
                          const VoFilePath& relative);
+    /// Writes a document that stands beside a definition, before the release is declared; without bytes takes away the
+    /// one that another build may have left.
+    void writeBeside(const VoFilePath& path, const std::optional<VoString>& bytes);
     /// Declares the release, and lists it in the manifest of a folder that has one or is signed now, as the last step.
     ManifestState declare(const AdvertisedPackageListing& package, const VoFilePath& relative,
                           const ReleaseTerms& terms = ReleaseTerms(), const ReleaseSigning& signing = ReleaseSigning());
