@@ -221,6 +221,31 @@ def measure_update(scratch, tree):
         by_path / ours if ours else None)
 
 
+def measure_patches(scratch, old, new):
+    """What is fetched for two builds of a program, whose folders are given."""
+    site, data = fresh(f"{scratch}/patched"), f"{scratch}/data"
+    publish(old, site, "1.0.0")
+    plain = publish(new, fresh(f"{scratch}/plain"), "1.1.0")[0]
+    with_patches = run([VO, "publish", new, "--to", f"{site}/d.xml", "--name", "road", "--release", "1.1.0",
+                        "--chunk-size", str(CHUNK), "--patches", "1"])[0]
+    ours = fetched(site, data)[("1.0.0.0", "1.1.0.0")]
+    alone = int(subprocess.run([FLOOR, "changed", old, new], check=True, stdout=subprocess.PIPE).stdout)
+    peers = {}
+    for path in files_below(new):
+        before = old + path[len(new):]
+        for name, command in (("bsdiff", ["bsdiff", before, path]), ("xdelta3", ["xdelta3", "-f", "-e", "-9", "-s", before, path])):
+            if os.path.exists(before) and shutil.which(name):
+                run(command + [f"{scratch}/peer"])
+                peers[name] = peers.get(name, 0) + os.path.getsize(f"{scratch}/peer")
+    best = min(peers, key=peers.get) if peers else None
+    row("bytes of an update by patches", f"{ours / 1e3:.0f} KB", f"{alone / 1e3:.0f} KB compressed alone", "-",
+        ours / alone, ("<=", 0.2))
+    row("the same beside the best peer", f"{ours / 1e3:.0f} KB", "-",
+        f"{peers[best] / 1e3:.0f} KB {best}" if best else "-", ours / peers[best] if best else None, ("<=", 1.1))
+    row("making patches, beside publishing without", text(with_patches - plain), text(plain), "-",
+        (with_patches - plain) / plain, ("<=", 1.0))
+
+
 class Casync:
     """What its users fetch: the chunks of the new index that the old one does not name."""
 
@@ -347,6 +372,9 @@ def main():
         for job, peak in (("publish", published), ("install", installed)):
             row(f"memory of {job}, in MB", f"{peak >> 10} MB", "-", "-", peak / 1024, ("<=", limit))
         measure_update(scratch, tree)
+        # Two folders with builds of one program: there are none that are the same everywhere.
+        if "VOCORE_TWO_BUILDS" in os.environ:
+            measure_patches(scratch, *os.environ["VOCORE_TWO_BUILDS"].split(":"))
         generated_history(scratch)
         real_history(scratch)
     finally:
