@@ -124,18 +124,18 @@ TEST_F(Patching, PatchesOfNobodyOrSomebodyElseDoNoHarm)
 
 namespace {
 
-const Files First = {{"program", Noise(9000, 1)}, {"text", "one"}, {"same", "same"}};
-const Files Second = {{"program", Noise(4000, 1) + "!" + Noise(9000, 1)}, {"text", "two"}, {"same", "same"}};
+const Files Unpatched = {{"program", Noise(9000, 1)}, {"text", "one"}, {"same", "same"}};
+const Files Patched = {{"program", Noise(4000, 1) + "!" + Noise(9000, 1)}, {"text", "two"}, {"same", "same"}};
 
 class PatchedUpdate : public TrustTest
 {
 protected:
     PatchedUpdate()
     {
-        release("1.0.0", First, {key});
+        release("1.0.0", Unpatched, {key});
         EXPECT_EQ(install(at(Day(1))), "");
         now = Day(1);
-        release("1.1.0", Second, {key});
+        release("1.1.0", Patched, {key});
     }
 
     VoDirectoryPath releasePlace() const
@@ -186,7 +186,7 @@ TEST_F(PatchedUpdate, FetchesWhatItsPlanSaysAndNoMore)
             VoFileSystem::Remove(releasePlace().appended(VoFilePath(VoString(name))));
     }
     installOpened(std::move(release));
-    EXPECT_EQ(FilesBelow(place()), Second);
+    EXPECT_EQ(FilesBelow(place()), Patched);
 }
 
 TEST_F(PatchedUpdate, WhatDoesNotFitIsBuiltOfChunks)
@@ -217,7 +217,7 @@ TEST_F(PatchedUpdate, WhatDoesNotFitIsBuiltOfChunks)
         auto release = openedWith(row.change);
         row.served.empty() ? static_cast<void>(VoFileSystem::Remove(file)) : WriteBytes(file, row.served);
         installOpened(std::move(release));
-        EXPECT_EQ(FilesBelow(place()), Second);
+        EXPECT_EQ(FilesBelow(place()), Patched);
         wipe();
         WriteBytes(file, good);
         options.proof = nullptr;
@@ -228,7 +228,7 @@ TEST_F(PatchedUpdate, WhatDoesNotFitIsBuiltOfChunks)
     WriteBytes(placed("program"), Noise(9000, 5));
     EXPECT_EQ(plan(opened(at(Day(2)))).patches.size(), 0u);
     installOpened(opened(at(Day(2))));
-    EXPECT_EQ(FilesBelow(place()), Second);
+    EXPECT_EQ(FilesBelow(place()), Patched);
 }
 
 TEST_F(PatchedUpdate, DocumentsThatTheManifestDoesNotListDoNotCount)
@@ -243,12 +243,12 @@ TEST_F(PatchedUpdate, DocumentsThatTheManifestDoesNotListDoNotCount)
     WriteBytes(document(), good);
     EXPECT_EQ(ReadBytes(document()), opened(at(Day(2))).package->patches()->toDocument().toStdString());
     // Cleared away with their release.
-    release("1.2.0", First, {key});
+    release("1.2.0", Unpatched, {key});
     signer({key}).clear(1, false);
     EXPECT_TRUE(VoFileSystem::Exists(releasePlace().parent().directory("1.2.0.0").file(ReleasePatches::FileName)));
     EXPECT_FALSE(VoFileSystem::IsDirectory(releasePlace()));
     EXPECT_EQ(install(at(Day(2))), "");
-    EXPECT_EQ(FilesBelow(place()), First);
+    EXPECT_EQ(FilesBelow(place()), Unpatched);
 }
 
 } // namespace vo::test
