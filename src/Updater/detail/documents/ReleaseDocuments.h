@@ -13,6 +13,7 @@
 #include <optional>
 
 struct VoDownloadPolicy;
+class VoLocation;
 
 namespace vo::updater {
 class AbstractPackage;
