@@ -33,10 +33,10 @@ ROOMS = {
                   "VoUntrustedReleaseException", "VoUpdater", "VoDataProgress"],
     "files": [],
     "publish": ["AbstractPackageBuilder", "PackageBuilder", "UpdatePackageBuilder", "PackingOrder", "ReleaseSigner"],
-    "registry": [],
+    "registry": ["PackageSources"],
     "install": ["UpdateMessages", "AbstractPackageInstaller", "PackageInstaller", "PackageVerifier", "InstallationOptions",
                 "InstallationPlan", "UpdateCost", "VerificationReport", "VoInstallationFailedException"],
-    "operations": ["InstalledPackages", "TrustedReleases"],
+    "operations": ["InstalledPackages*", "PackageUpdate", "TrustedReleases"],
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 

@@ -6,15 +6,22 @@
 #include <vo/line/Paths.h>
 #include <vo/release/Downloads.h>
 #include <vo/release/InstalledChoice.h>
-#include <vo/release/SourceRecord.h>
 #include <vo/screen/PlanView.h>
+#include <vo/screen/Terminal.h>
+#include <vo/screen/UpdateProgress.h>
 
 #include <Updater/InstalledPackages.h>
+#include <Updater/PackageSources.h>
+#include <Updater/VoUpdater.h>
+
+#include <atomic>
 
 namespace vo::tool {
 
+using updater::AbstractMessage;
 using updater::InstallationPlan;
 using updater::InstalledPackages;
+using updater::PackageSources;
 
 namespace {
 
@@ -33,7 +40,7 @@ std::vector<Option> InstallOptions()
 {
     std::vector<Option> options = {
         {"to", "FOLDER", "where to install; not needed for a package that is installed"},
-        {"package", "ID", "the package; needed when several are declared"},
+        {"package", "PACKAGE", "the package, by ID or name; needed when several are declared"},
         {"release", "V", "the release, such as 4.2.17, instead of the newest"},
         {"allow-downgrade", nullptr, "let an older release replace the installed one"},
         {"move", nullptr, "let a package be replaced that is in another folder or came from another place"},
@@ -44,6 +51,11 @@ std::vector<Option> InstallOptions()
     const std::vector<Option> downloads = DownloadOptions();
     options.insert(options.end(), downloads.begin(), downloads.end());
     return options;
+}
+
+Option AllOption()
+{
+    return {"all", nullptr, "list every file and chunk, also more than fits on the terminal"};
 }
 
 updater::InstallationOptions OptionsOfInstalling(const Session& session, const InstallJob& job)
@@ -63,6 +75,7 @@ InstallJob PrepareInstall(const Session& session)
     InstallJob job;
     ChosenRelease release = OpenOfferedRelease(session);
     job.definition = release.definition;
+    job.declarations = release.declarations;
     job.directory = InstallationDirectory(session, release.package->packageID());
     job.package = std::move(release.package);
     job.proof = std::move(release.proof);
@@ -82,9 +95,9 @@ void RequireAllowedPlace(const Session& session, const InstallJob& job)
     if (job.plan.isMove)
         throw CommandError{ExitCode::Unsafe, "the package is installed in " + PathText(job.plan.installedDirectory) +
                                                  "; --move installs it here instead"};
-    const auto recorded = RecordedSource(job.plan.packageID);
-    if (recorded && !IsSamePlace(*recorded, job.definition))
-        throw CommandError{ExitCode::Unsafe, "the package was installed from " + LocationText(*recorded) +
+    const auto recorded = PackageSources::Recorded(job.plan.packageID);
+    if (recorded && !PackageSources::IsSamePlace(recorded->definition, job.definition))
+        throw CommandError{ExitCode::Unsafe, "the package was installed from " + LocationText(recorded->definition) +
                                                  "; --move lets a release from another place replace it"};
 }
 
@@ -111,9 +124,51 @@ void RequireAllowed(const Session& session, const InstallJob& job)
     RequireAllowedFiles(session, plan);
 }
 
+void RecordSource(const InstallJob& job)
+{
+    const auto recorded = PackageSources::Recorded(job.plan.packageID);
+    updater::PackageSource source{job.definition, job.declarations};
+    // A definition that was named by itself does not make the document unknown that declares it.
+    if (recorded && source.declarations.isNull() &&
+        PackageSources::IsSamePlace(recorded->definition, source.definition))
+        source.declarations = recorded->declarations;
+    const auto isSame = [](const VoLocation& a, const VoLocation& b) { return LocationText(a) == LocationText(b); };
+    if (!recorded || !isSame(recorded->definition, source.definition) ||
+        !isSame(recorded->declarations, source.declarations))
+        PackageSources::Record(job.plan.packageID, source);
+}
+
+bool CarryOut(Session& session, InstallJob& job)
+{
+    std::atomic<bool> intact{true};
+    std::atomic<bool> recorded{false};
+    const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
+        ShowUpdateMessage(session.console, message);
+        if (message->type() == AbstractMessage::VerificationFailed)
+            intact = false;
+        // Before it starts, what was interrupted may be recorded.
+        if (message->type() == AbstractMessage::InstallationStarted)
+            recorded = false;
+        if (message->type() == AbstractMessage::PackagesUpdated)
+            recorded = true;
+    });
+    job.plan.files.clear(); // may be many thousands, and the installation plans anew
+    Doing(session.arguments, "install to", NameOf(session.arguments, job.directory), [&] {
+        InstalledPackages::Install(std::move(job.package), job.definition, job.directory, session.stop,
+                                   OptionsOfInstalling(session, job));
+        RecordSource(job);
+    });
+    session.console.endProgress();
+    if (!recorded)
+        throw Failure("the files are installed, but " + PathText(VoUpdater::InstalledPackagesPath()) +
+                      " cannot be written; the same command completes it");
+    return intact;
+}
+
 ExitCode ShowPlan(Session& session, const InstallJob& job)
 {
-    ShowPlanSteps(session.console, job.plan, job.directory);
+    const std::optional<std::size_t> rows = session.arguments.has("all") ? std::nullopt : OutputSize().rows;
+    ShowPlanSteps(session.console, job.plan, job.directory, rows);
     ShowPlanFigures(session.console, job.plan, job.directory);
     session.console.member("verified", job.proof != nullptr);
     session.console.list("notOffered");
