@@ -306,7 +306,7 @@ TEST_F(TrustAttack, AnotherPublishersPackageTakesNoInstalledOneOver)
     EXPECT_THAT(unsignedRelease(), HasSubstr("Record of the publisher cannot be read"));
     believing.allowOtherPublisher = true;
     EXPECT_EQ(attempt(believing), "");
-    EXPECT_EQ(installed(), Evil.at("program"));
+    EXPECT_EQ(installed(), "[x]" + Evil.at("program"));
     InstalledPackages::Uninstall(packageID);
     EXPECT_FALSE(VoFileSystem::Exists(pin));
     EXPECT_EQ(unsignedRelease(), "");
