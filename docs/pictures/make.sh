@@ -17,8 +17,9 @@ page() {
 }
 
 for analysis in sensitivity montecarlo worstcase; do
-    "$vo" report "$analysis" "$here/../../tests/Misc/approved/results.xml" "$work/$analysis.html" -q
-    page "report-$analysis" 900 1400 "$work/$analysis.html"
+    python3 "$here/results.py" "$analysis" "$work/$analysis.xml"
+    "$vo" report "$analysis" "$work/$analysis.xml" "$work/$analysis.html" -q
+    page "report-$analysis" 900 900 "$work/$analysis.html"
 done
 
 mkdir "$work/site" "$work/pub"
