@@ -19,7 +19,7 @@ page() {
 for analysis in sensitivity montecarlo worstcase; do
     python3 "$here/results.py" "$analysis" "$work/$analysis.xml"
     "$vo" report "$analysis" "$work/$analysis.xml" "$work/$analysis.html" -q
-    page "report-$analysis" 900 900 "$work/$analysis.html"
+    page "report-$analysis" 1250 900 "$work/$analysis.html"
 done
 
 mkdir "$work/site" "$work/pub"

@@ -46,7 +46,7 @@ def main(analysis, path):
             for name, value in changed.items():
                 out.write(f'<parameter refdes="{name}" nominal="{number(NOMINAL[name])}" value="{number(value)}"/>')
             for index, value in enumerate(results({**NOMINAL, **changed})):
-                out.write(f'<meritfunction index="{index}" reference="{number(nominal[index])}" '
+                out.write(f'<meritfunction index="{index}" reference="{number(value)}" '
                           f'delta="{number(value - nominal[index])}"/>')
             out.write("</step></case>\n")
         out.write("</results>\n")
