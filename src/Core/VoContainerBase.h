@@ -202,22 +202,22 @@ protected:
         try {
             return function();
         } catch (const std::bad_alloc&) {
-            ThrowBadAlloc("elements of a container");
+            vo::detail::ThrowBadAlloc("elements of a container");
         } catch (const std::length_error&) {
-            ThrowBadAlloc("number of elements of a container");
+            vo::detail::ThrowBadAlloc("number of elements of a container");
         }
     }
 
     void requireNotEmpty() const
     {
         if (m_items.empty())
-            ThrowIndexOutOfBounds(0, 0);
+            vo::detail::ThrowIndexOutOfBounds(0, 0);
     }
 
     void requireIndex(std::size_t index) const
     {
         if (index >= m_items.size())
-            ThrowIndexOutOfBounds(index, m_items.size());
+            vo::detail::ThrowIndexOutOfBounds(index, m_items.size());
     }
 
     Container m_items;
