@@ -9,6 +9,7 @@
 #include <IO/VoFileByteStream.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/VoStagedReleaseException.h>
 #include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
@@ -130,7 +131,9 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
     FileClaims claims = findClaims(differences, installed.get(), owners);
 
     const PackageDifferences written = Without(differences, claims.adoptedIDs);
-    const ReusedFiles reused = findReusable(written, installed.get());
+    ReusedFiles reused = findStaged(written);
+    for (auto& [id, source] : findReusable(Without(written, reused), installed.get()))
+        reused.emplace(id, std::move(source));
     VoDeque<ChunkUse> chunks = ChunkUses(Without(written, reused), advert);
     InstallationPlan plan = PlanFiles(written, installed.get(), advert);
     PlanCopying(plan, reused);
@@ -172,6 +175,25 @@ ReusedFiles PackageInstaller::findReusable(const PackageDifferences& differences
     }
     return FindReusableFiles(differences, *installed, advertisedPackage(),
                              [this](const AdvertisedFileListing& file) { return resolvedPath(file); });
+}
+
+// Built files that a staging left. One that is staged is only compared with its size here: its digest is taken when it
+// is copied to its place.
+ReusedFiles PackageInstaller::findStaged(const PackageDifferences& differences) const
+{
+    ReusedFiles result;
+    if (settings().staged.isNull())
+        return result;
+    for (const FileDifference& difference : differences.fileDifferences()) {
+        const AdvertisedFileListing* file = advertisedPackage().file(difference.fileID());
+        if (!file || difference.type() == FileDifference::Removed)
+            continue;
+        const VoFilePath path = StagedFilePath(settings().staged, file->checksum());
+        const ExpectedFile expected = Expected(path, *file);
+        if (settings().isStaging ? IsSound(expected) : HasSize(expected, Links::Kept))
+            result.emplace(file->id(), path);
+    }
+    return result;
 }
 
 // The listings know nothing of files that were deleted, cut short or installed into another directory.
@@ -287,9 +309,47 @@ void PackageInstaller::prepare()
         compare(FindInstalled(packageID()));
     }
     requirePermitted();
+    requireAllStaged();
     // Asked again before the first file is written; here it saves a download that would be of no use.
     RequireFreeSpace(installationDirectory(), m_private->plan.bytesToWrite);
     m_private->isPrepared = true;
+}
+
+// What takes no chunk is built anew.
+void PackageInstaller::requireAllStaged() const
+{
+    if (settings().staged.isNull() || m_private->plan.chunks.isEmpty())
+        return;
+    for (const InstallationPlan::File& file : m_private->plan.files) {
+        const AdvertisedFileListing* built = builtFile(file);
+        if (built && !built->chunks().isEmpty())
+            throw VoStagedReleaseException("Staged release lacks a file that has changed since, stage it again: " +
+                                           resolvedPath(*built).path());
+    }
+}
+
+void PackageInstaller::stage(const VoLocation& definition, const VoStopFlag& stop)
+{
+    requireValid();
+    requirePermitted();
+    VoFileSystem::CreateDirectory(settings().staged, true);
+    RequireFreeSpace(settings().staged, m_private->plan.bytesToWrite);
+    obtain(definition, stop, settings().options.downloads);
+    buildFiles(stop);
+}
+
+VoDeque<VoFilePath> PackageInstaller::stagedFiles() const
+{
+    VoDeque<VoFilePath> result;
+    std::unordered_set<std::string> known;
+    for (const InstallationPlan::File& file : m_private->plan.files) {
+        if (file.type == FileDifference::Removed)
+            continue;
+        const VoFilePath path = buildPlace(*advertisedPackage().file(file.id));
+        if (known.emplace(Bytes(path)).second)
+            result.pushBack(path);
+    }
+    return result;
 }
 
 VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
@@ -354,22 +414,37 @@ void PackageInstaller::buildFiles(const VoStopFlag& stop)
         events().send<InstallationProgressMessage>(++done, m_private->plan.files.size());
     }
     if (durability == Durability::Later)
-        SyncVolume(installationDirectory());
+        SyncVolume(settings().isStaging ? settings().staged : installationDirectory());
+}
+
+// Beside its place, or in the folder of staged files.
+VoFilePath PackageInstaller::buildPlace(const AdvertisedFileListing& file) const
+{
+    return settings().isStaging ? StagedFilePath(settings().staged, file.checksum()) : resolvedPath(file);
 }
 
 void PackageInstaller::buildFile(const InstallationPlan::File& planned, Durability durability, const VoStopFlag& stop)
 {
+    const bool isStaging = settings().isStaging;
     if (planned.type == FileDifference::Removed) {
-        diagnostic("Removing file: " + planned.path.path());
+        if (!isStaging)
+            diagnostic("Removing file: " + planned.path.path());
         return;
     }
     const AdvertisedFileListing& file = *advertisedPackage().file(planned.id);
-    const char* what = planned.type == FileDifference::Added ? "Adding file: " : "Updating file: ";
+    const VoFilePath place = buildPlace(file);
+    if (isStaging && Bytes(planned.copiedFrom) == Bytes(place))
+        return; // whole already
+    const char* what = isStaging                               ? "Staging file: "
+                       : planned.type == FileDifference::Added ? "Adding file: "
+                                                               : "Updating file: ";
     diagnostic(what + file.target().path());
     if (planned.copiedFrom.isNull())
-        chunkSource().build(file, resolvedPath(file), durability, stop);
+        chunkSource().build(file, place, durability, stop);
     else
         copyFile(file, planned.copiedFrom, durability, stop);
+    if (isStaging)
+        PutInPlace(BuiltPath(place), place);
 }
 
 // A file that was changed since it was chosen ends the run; the next one does without it.
@@ -377,7 +452,7 @@ void PackageInstaller::copyFile(const AdvertisedFileListing& file, const VoFileP
                                 const VoStopFlag& stop)
 {
     diagnostic("Copying from: " + source.path());
-    const VoFilePath place = resolvedPath(file);
+    const VoFilePath place = buildPlace(file);
     FileInstaller built(place, durability);
     VoFileInputByteStream stream(source);
     stream.requireOpen();

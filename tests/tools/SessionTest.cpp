@@ -51,5 +51,5 @@ TEST_P(Session, GoesAsApproved)
 
 INSTANTIATE_TEST_SUITE_P(Typed, Session,
                          testing::Values("road", "others", "unrecorded", "damage", "refused", "publishing", "small",
-                                         "json", "table", "zip", "lp", "help", "report"),
+                                         "json", "staged", "table", "zip", "lp", "help", "report"),
                          [](const auto& session) { return std::string(session.param); });

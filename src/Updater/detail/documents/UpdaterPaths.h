@@ -44,5 +44,7 @@ VoFilePath RemovedListingPath(const VoUUID& packageID); ///< What is left of it 
 VoFilePath DamageRecordPath(const VoUUID& packageID);
 /// @}
 VoDirectoryPath StagingPath(const VoUUID& packageID); ///< Where its chunks are gathered.
+/// The file of a folder of staged files that has some content.
+VoFilePath StagedFilePath(const VoDirectoryPath& folder, const VoChecksum& checksum);
 
 } // namespace vo::updater::detail
