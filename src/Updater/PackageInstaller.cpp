@@ -323,7 +323,7 @@ void PackageInstaller::requireAllStaged() const
     for (const InstallationPlan::File& file : m_private->plan.files) {
         const AdvertisedFileListing* built = builtFile(file);
         if (built && !built->chunks().isEmpty())
-            throw VoStagedReleaseException("Staged release lacks a file that has changed since, stage it again: " +
+            throw VoStagedReleaseException("Staged release lacks a file that is needed now, stage it again: " +
                                            resolvedPath(*built).path());
     }
 }
@@ -333,9 +333,26 @@ void PackageInstaller::stage(const VoLocation& definition, const VoStopFlag& sto
     requireValid();
     requirePermitted();
     VoFileSystem::CreateDirectory(settings().staged, true);
-    RequireFreeSpace(settings().staged, m_private->plan.bytesToWrite);
+    RequireFreeSpace(settings().staged, bytesToStage());
     obtain(definition, stop, settings().options.downloads);
     buildFiles(stop);
+}
+
+std::uint64_t PackageInstaller::bytesToStage() const
+{
+    std::uint64_t bytes = 0;
+    for (const InstallationPlan::File& file : m_private->plan.files) {
+        if (file.type != FileDifference::Removed && !isStaged(file))
+            bytes += file.bytes;
+    }
+    return bytes;
+}
+
+// Whether a staging before has left the file whole.
+bool PackageInstaller::isStaged(const InstallationPlan::File& planned) const
+{
+    return settings().isStaging &&
+           Bytes(planned.copiedFrom) == Bytes(buildPlace(*advertisedPackage().file(planned.id)));
 }
 
 VoDeque<VoFilePath> PackageInstaller::stagedFiles() const
@@ -433,8 +450,8 @@ void PackageInstaller::buildFile(const InstallationPlan::File& planned, Durabili
     }
     const AdvertisedFileListing& file = *advertisedPackage().file(planned.id);
     const VoFilePath place = buildPlace(file);
-    if (isStaging && Bytes(planned.copiedFrom) == Bytes(place))
-        return; // whole already
+    if (isStaged(planned))
+        return;
     const char* what = isStaging                               ? "Staging file: "
                        : planned.type == FileDifference::Added ? "Adding file: "
                                                                : "Updating file: ";

@@ -84,6 +84,8 @@ private:
     VoDeque<detail::TargetFile> targets() const;
     VoFilePath buildPlace(const AdvertisedFileListing& file) const;
     void requireAllStaged() const;
+    std::uint64_t bytesToStage() const;
+    bool isStaged(const InstallationPlan::File& planned) const;
     void buildFiles(const VoStopFlag& stop);
     void buildFile(const InstallationPlan::File& planned, detail::Durability durability, const VoStopFlag& stop);
     void copyFile(const AdvertisedFileListing& file, const VoFilePath& source, detail::Durability durability,

@@ -42,7 +42,7 @@ bool Commit(Session& session, const StagedInstallation& staged)
     if (isNews)
         watch.requireRecorded();
     session.console.endProgress();
-    ShowStaged(session.console, "packages", staged);
+    ShowStaged(session.console, "packages", staged, "put in place");
     return watch.isIntact();
 }
 
@@ -51,7 +51,7 @@ ExitCode Drop(Session& session, const std::vector<StagedInstallation>& chosen)
     bool wasThere = false;
     for (const StagedInstallation& staged : chosen) {
         Doing(session.arguments, "drop", staged.name, [&] { InstalledPackages::DropStaged(staged.packageID); });
-        ShowStaged(session.console, "packages", staged);
+        ShowStaged(session.console, "packages", staged, "dropped");
         wasThere = true;
     }
     // Also what cannot be read, or was never staged to its end.

@@ -6,12 +6,12 @@
 
 namespace vo::tool {
 
-void ShowStaged(Console& console, const char* list, const updater::StagedInstallation& staged)
+void ShowStaged(Console& console, const char* list, const updater::StagedInstallation& staged, const char* state)
 {
     const VoString directory = PathText(staged.directory);
     console.row(
         list,
-        staged.packageID.toString() + "  " + staged.name + "  " + ReleaseText(staged.version) + "  staged, " +
+        staged.packageID.toString() + "  " + staged.name + "  " + ReleaseText(staged.version) + "  " + state + ", " +
             VoString(staged.files) + " files  " + directory,
         JsonRecord()("package", staged.packageID)("name", staged.name)("release", staged.version.toString())(
             "versionID", staged.versionID)("files", staged.files)("bytes", staged.bytes)("directory", directory));

@@ -291,6 +291,7 @@ bool Commit(const StagedRelease& staged, const VoStopFlag& stop, const StagedLoc
         VoUniquePtr<AdvertisedPackageListing> advert = staged.openDefinition();
         AdmitRelease(*advert, staged.options.proof.get(), installed.get());
         InstallerSettings settings{staged.options};
+        settings.staging = StagingChunksPath(packageID); // goes with the rest
         settings.staged = staged.folder();
         RunAndRecord(std::move(advert), staged.definition, staged.directory, std::move(installed), std::move(settings),
                      stop);
@@ -331,7 +332,18 @@ bool TryToCommit(const VoUUID& packageID)
                       (isHopeless ? " is dropped: " : " waits: ") + failure.message());
         if (isHopeless)
             DropStagedPackage(packageID);
-        return false;
+    }
+    return false;
+}
+
+// What goes wrong is logged.
+template <typename Work>
+void AttemptAtStart(Work work)
+{
+    try {
+        work();
+    } catch (...) {
+        Log().warning("What is staged cannot be put in place now: " + FailureText());
     }
 }
 
@@ -485,13 +497,12 @@ namespace vo::updater {
 
 bool CommitPending()
 {
+    using namespace detail;
     bool isNews = false;
-    try {
-        for (const VoUUID& packageID : detail::StagedPackages())
-            isNews = detail::TryToCommit(packageID) || isNews;
-    } catch (...) {
-        detail::Log().warning("What is staged cannot be put in place now: " + detail::FailureText());
-    }
+    AttemptAtStart([&] {
+        for (const VoUUID& packageID : StagedPackages())
+            AttemptAtStart([&] { isNews = TryToCommit(packageID) || isNews; });
+    });
     return isNews;
 }
 

@@ -244,6 +244,8 @@ void StagedRelease::keepDefinition(const AdvertisedPackageListing& advert)
 {
     EraseTemporaryDocuments(folder(), {RecordSuffix});
     const VoString document = DocumentText(tag::Package, advert);
+    if (document.size() > LargestDocument) // nobody would read it again
+        throw VoValidationException("Document larger than allowed: " + definitionPath().path());
     AtStep(FileStep::WriteDocument, definitionPath().path());
     WriteBytes(definitionPath(), document);
     digest = DigestOf(document);
