@@ -184,7 +184,7 @@ protected:
             if (VoFileSystem::Exists(updates().directory("staged").file(packageID.toString() + ".xml")))
                 InstalledPackages::Commit(packageID, stop);
             else
-                InstalledPackages::Uninstall(VoUUID("another"), stop);
+                install(second, stop);
             return;
         default:
             install(GetParam().isSecond ? second : first, stop);

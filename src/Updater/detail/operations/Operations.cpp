@@ -293,8 +293,9 @@ bool Commit(const StagedRelease& staged, const VoStopFlag& stop, const StagedLoc
         InstallerSettings settings{staged.options};
         settings.staging = StagingChunksPath(packageID); // goes with the rest
         settings.staged = staged.folder();
-        RunAndRecord(std::move(advert), staged.definition, staged.directory, std::move(installed), std::move(settings),
-                     stop);
+        // From the folder, so that whatever is still looked for is looked for there.
+        RunAndRecord(std::move(advert), staged.definitionPath(), staged.directory, std::move(installed),
+                     std::move(settings), stop);
     }
     try {
         EraseStaged(packageID, lock);
