@@ -2,7 +2,7 @@
 
 #include "TrustFixture.h"
 
-#include <FileSystem/detail/FileLock.h>
+#include <FileSystem/VoFileLock.h>
 #include <Updater/VoStagedReleaseException.h>
 
 #if defined(__unix__)
@@ -100,7 +100,7 @@ TEST_F(StagedReleasesTest, TheNextStagingTakesThePlaceOfTheOneBeforeWhenItIsWhol
     commit();
     EXPECT_EQ(FilesBelow(place()), (Files{{"readme.txt", "third"}}));
 
-    const vo::detail::FileLock other(stagedPath(packageID.toString().toStdString() + ".lock"));
+    const VoFileLock other(stagedPath(packageID.toString().toStdString() + ".lock"));
     EXPECT_THROW_MSG(stage(second), VoInstallationFailedException,
                      "Installation failed: File already locked: " +
                          updates().directory("staged").directory(packageID.toString()).path());

@@ -15,8 +15,8 @@
 #include <Core/VoForward.h>
 #include <Core/VoUniquePtr.h>
 #include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoFileLock.h>
 #include <FileSystem/VoLocation.h>
-#include <FileSystem/detail/FileLock.h>
 #include <Updater/AbstractPackage.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/InstallationOptions.h>
@@ -83,7 +83,7 @@ public:
     bool isHeld() const noexcept { return m_lock.isHeld(); }
 
 private:
-    vo::detail::FileLock m_lock;
+    VoFileLock m_lock;
 };
 
 /// Keeps what is staged from being replaced or removed, as long as it lives; waits for others.
@@ -93,7 +93,7 @@ public:
     StagedLock();
 
 private:
-    vo::detail::FileLock m_lock;
+    VoFileLock m_lock;
 };
 
 /// The packages of which a release is staged, in the order of their names.
