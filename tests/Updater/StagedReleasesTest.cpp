@@ -5,6 +5,8 @@
 #include <FileSystem/VoFileLock.h>
 #include <Updater/VoStagedReleaseException.h>
 
+#include <gmock/gmock.h>
+
 #if defined(__unix__)
 #include <unistd.h>
 #endif
@@ -185,6 +187,7 @@ TEST_F(StagedReleasesTest, WhatCannotBeReplacedNowIsAtTheNextStart)
     EXPECT_TRUE(CommitPending());
     EXPECT_EQ(FilesBelow(place()), Second);
 }
+
 
 #if defined(__unix__)
 // Root may write everywhere, so somebody else does it.

@@ -1,6 +1,7 @@
 #include <Updater/detail/operations/Operations.h>
 
 #include <Core/VoException.h>
+#include <Core/VoFileException.h>
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
 #include <FileSystem/VoFileSystem.h>
