@@ -29,7 +29,7 @@ UPWARDS = {
 # The rooms of Updater/detail, and the public files that stand in the row of each.
 ROOMS = {
     "documents": ["XMLObject", "Abstract*Listing", "AbstractPackage", "Advertised*", "Chunk*Listing", "Installed*Listing",
-                  "PackageDifferences", "ReleaseKeys", "ReleaseManifest", "ReleaseSigning", "TrustPolicy",
+                  "PackageDifferences", "ReleaseAttributes", "ReleaseKeys", "ReleaseManifest", "ReleaseSigning", "TrustPolicy",
                   "VoStagedReleaseException",
                   "VoUntrustedReleaseException", "VoUpdater", "VoDataProgress"],
     "files": [],

@@ -15,10 +15,12 @@
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileAttributes.h>
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/files/FileInstaller.h>
 #include <Updater/detail/files/HeldTree.h>
 #include <Updater/detail/files/VolumeSync.h>
+#include <Updater/detail/install/AttributePlan.h>
 #include <Updater/detail/install/ChunkSource.h>
 #include <Updater/detail/install/EventReport.h>
 #include <Updater/detail/install/FileClaims.h>
@@ -49,6 +51,8 @@ struct PackageInstaller::Private
     FileOwners owners;
     InstallationPlan plan;    // without the files that are taken over as they are
     VoDeque<ChunkUse> chunks; // those of the plan
+    AttributePlan attributes;
+    std::shared_ptr<const ReleaseAttributes> planned; // what the plan was made of
     bool isPrepared = false;
 };
 
@@ -129,52 +133,89 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
         owners = FileOwners::Others(
             packageID(), {installationDirectory(), installed ? installed->installationDirectory() : VoDirectoryPath()});
     FileClaims claims = findClaims(differences, installed.get(), owners);
+    AttributePlan attributes;
+    if (isUsable()) {
+        attributes = PlanAttributes(installed.get(), advert, installationDirectory());
+        ClaimLinks(attributes, installed.get(), owners, claims);
+    }
+    const ReusedFiles unchanged = rebuildWronglyMarked(attributes, differences, claims);
 
     const PackageDifferences written = Without(differences, claims.adoptedIDs);
     ReusedFiles reused = findStaged(written);
-    for (auto& [id, source] : findReusable(Without(written, reused), installed.get()))
-        reused.emplace(id, std::move(source));
+    reused.merge(findReusable(Without(written, reused), installed.get(), attributes));
+    reused.insert(unchanged.begin(), unchanged.end());
     VoDeque<ChunkUse> chunks = ChunkUses(Without(written, reused), advert);
     InstallationPlan plan = PlanFiles(written, installed.get(), advert);
     PlanCopying(plan, reused);
     PlanFetching(plan, Listings(chunks));
+    for (const LinkPlace& link : attributes.links)
+        plan.bytesToWrite += link.copy ? static_cast<std::uint64_t>(link.copy->size.bytes()) : 0;
     plan.foreignFiles = std::move(claims.foreign);
     plan.adoptedFiles = std::move(claims.adopted);
     plan.conflicts = std::move(claims.conflicts);
     plan.keptFiles = std::move(claims.kept);
     m_private.reset(new Private{std::move(installed), std::move(differences), std::move(owners), std::move(plan),
-                                std::move(chunks)});
+                                std::move(chunks), std::move(attributes), advert.attributes()});
 }
 
-// None for an advert that the run will refuse: its paths cannot be told.
+// Whether the advert's paths can be told: else the run will refuse it.
+bool PackageInstaller::isUsable() const
+{
+    try {
+        requireValid();
+        return true;
+    } catch (const VoException&) {
+        return false;
+    }
+}
+
+// Files whose bytes are right and whose permissions are not are built anew from themselves: a new file takes the place
+// of the old one, or the old one stays, whenever the run ends. Those behind links that go are not there at all.
+ReusedFiles PackageInstaller::rebuildWronglyMarked(const AttributePlan& attributes, PackageDifferences& differences,
+                                                   FileClaims& claims) const
+{
+    ReusedFiles unchanged;
+    for (const VoUUID& id : attributes.behindLinks)
+        claims.adoptedIDs.erase(id);
+    if (attributes.programs.empty() && attributes.noPrograms.empty())
+        return unchanged;
+    std::unordered_set<VoUUID> known;
+    for (const FileDifference& difference : differences.fileDifferences())
+        known.insert(difference.fileID());
+    for (const AdvertisedFileListing& file : advertisedPackage().files()) {
+        const bool isAdopted = claims.adoptedIDs.count(file.id()) > 0;
+        if ((known.count(file.id()) > 0 && !isAdopted) || !IsMarkedWrongly(attributes, file, installationDirectory()))
+            continue;
+        if (isAdopted)
+            claims.adoptedIDs.erase(file.id());
+        else
+            differences.fileModified(file.id());
+        const VoFilePath place = resolvedPath(file);
+        if (Examine(Expected(place, file), Links::Kept, VoStopFlag()) == FileState::Sound)
+            unchanged.emplace(file.id(), place);
+    }
+    return unchanged;
+}
+
 FileClaims PackageInstaller::findClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
                                         FileOwners& owners) const
 {
-    if (settings().isTemporary)
+    if (settings().isTemporary || !isUsable())
         return {};
-    try {
-        requireValid();
-    } catch (const VoException&) {
-        return {};
-    }
     return FindClaims(
         differences, installed, advertisedPackage(),
         [this](const AdvertisedFileListing& file) { return resolvedPath(file); }, owners);
 }
 
-// None for an advert that the run will refuse: its paths cannot be told.
 ReusedFiles PackageInstaller::findReusable(const PackageDifferences& differences,
-                                           const InstalledPackageListing* installed) const
+                                           const InstalledPackageListing* installed,
+                                           const AttributePlan& attributes) const
 {
-    if (!installed || !settings().options.reuseInstalledFiles)
+    if (!installed || !settings().options.reuseInstalledFiles || !isUsable())
         return {};
-    try {
-        requireValid();
-    } catch (const VoException&) {
-        return {};
-    }
-    return FindReusableFiles(differences, *installed, advertisedPackage(),
-                             [this](const AdvertisedFileListing& file) { return resolvedPath(file); });
+    return FindReusableFiles(
+        differences, *installed, advertisedPackage(),
+        [this](const AdvertisedFileListing& file) { return resolvedPath(file); }, attributes.places());
 }
 
 // Built files that a staging left. One that is staged is only compared with its size here: its digest is taken when it
@@ -248,6 +289,7 @@ InstallationPlan PackageInstaller::plan() const
         if (file.type != FileDifference::Removed)
             file.path = resolvedPath(*advertisedPackage().file(file.id));
     }
+    ShowAttributes(m_private->attributes, result);
     VoDeque<ChunkListing> missing;
     for (const ChunkListing& chunk : m_private->plan.chunks)
         (chunkSource().staging().holds(chunk) ? result.stagedChunks : missing).pushBack(chunk);
@@ -307,6 +349,8 @@ void PackageInstaller::prepare()
     if (!settings().record && journal.exists()) {
         Recover(journal, RecordInstalled);
         compare(FindInstalled(packageID()));
+    } else if (m_private->planned != advertisedPackage().attributes()) {
+        compare(std::move(m_private->installed));
     }
     requirePermitted();
     requireAllStaged();
@@ -383,7 +427,12 @@ VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
         transaction.begin();
         buildFiles(stop);
         stop.throwIfStopped();
-        transaction.place([this](const TargetFile& target) { logInstalled(*target.file, target.place); });
+        transaction.place([this](const TargetFile& target) {
+            if (target.file)
+                logInstalled(*target.file, target.place);
+            else
+                diagnostic("Installed link: " + target.place.path());
+        });
         verify(stop);
         transaction.commit(settings().record);
     } catch (...) {
@@ -410,6 +459,9 @@ VoDeque<TargetFile> PackageInstaller::targets() const
     VoDeque<TargetFile> result;
     for (const AdvertisedFileListing& file : advertisedPackage().files())
         result.pushBack({&file, resolvedPath(file), written.count(file.id()) > 0});
+    const AttributePlan& attributes = m_private->attributes;
+    for (std::size_t i = 0; i < attributes.links.size(); ++i)
+        result.pushBack({nullptr, attributes.links[i].place, attributes.isMade[i]});
     return result;
 }
 
@@ -430,6 +482,8 @@ void PackageInstaller::buildFiles(const VoStopFlag& stop)
         buildFile(*file, durability, stop);
         events().send<InstallationProgressMessage>(++done, m_private->plan.files.size());
     }
+    if (!settings().isStaging) // a commit makes them
+        buildLinks(durability, stop);
     if (durability == Durability::Later)
         SyncVolume(settings().isStaging ? settings().staged : installationDirectory());
 }
@@ -459,18 +513,46 @@ void PackageInstaller::buildFile(const InstallationPlan::File& planned, Durabili
     if (planned.copiedFrom.isNull())
         chunkSource().build(file, place, durability, stop);
     else
-        copyFile(file, planned.copiedFrom, durability, stop);
+        copyFile(Expected(place, file), planned.copiedFrom, durability, stop);
     if (isStaging)
         PutInPlace(BuiltPath(place), place);
+    else
+        markBuilt(file);
+}
+
+// A file that was and is none keeps what its user gave it.
+void PackageInstaller::markBuilt(const AdvertisedFileListing& file)
+{
+    const bool isProgram = m_private->attributes.programs.count(file.id()) > 0;
+    if (isProgram || m_private->attributes.noPrograms.count(file.id()) > 0)
+        SetExecutable(BuiltPath(resolvedPath(file)), isProgram);
+}
+
+// When the files are built, so that there is what copies are made of.
+void PackageInstaller::buildLinks(Durability durability, const VoStopFlag& stop)
+{
+    const AttributePlan& attributes = m_private->attributes;
+    for (std::size_t i = 0; i < attributes.links.size(); ++i) {
+        const LinkPlace& link = attributes.links[i];
+        if (!attributes.isMade[i])
+            continue;
+        stop.throwIfStopped();
+        diagnostic("Making link: " + link.place.path());
+        if (!link.copy) {
+            MakeLink(BuiltPath(link.place), link.to);
+            continue;
+        }
+        const VoFilePath built = BuiltPath(link.source);
+        copyFile(*link.copy, KindOf(built) == FileKind::File ? built : link.source, durability, stop);
+    }
 }
 
 // A file that was changed since it was chosen ends the run; the next one does without it.
-void PackageInstaller::copyFile(const AdvertisedFileListing& file, const VoFilePath& source, Durability durability,
+void PackageInstaller::copyFile(const ExpectedFile& file, const VoFilePath& source, Durability durability,
                                 const VoStopFlag& stop)
 {
     diagnostic("Copying from: " + source.path());
-    const VoFilePath place = buildPlace(file);
-    FileInstaller built(place, durability);
+    FileInstaller built(file.path, durability);
     VoFileInputByteStream stream(source);
     stream.requireOpen();
     std::vector<char> block(CopyBlock);
@@ -478,8 +560,8 @@ void PackageInstaller::copyFile(const AdvertisedFileListing& file, const VoFileP
         stop.throwIfStopped();
         built.write(block.data(), count);
     }
-    if (!built.finish(file.checksum(), static_cast<std::uint64_t>(file.size().bytes())))
-        throw VoDamagedContentException("File checksum does not match for: " + place.path());
+    if (!built.finish(file.checksum, static_cast<std::uint64_t>(file.size.bytes())))
+        throw VoDamagedContentException("File checksum does not match for: " + file.path.path());
 }
 
 // The file to build from chunks; null for one that is removed or copied.
@@ -552,7 +634,12 @@ void PackageInstaller::verify(const VoStopFlag& stop)
     // Before the installation is recorded: a record that comes to nothing only lets files be written once more.
     if (!damaged.isEmpty() && !settings().isTemporary)
         RecordDamage(packageID(), damaged);
-    ReportVerified(damaged.isEmpty(), events());
+    AttributePlaces places{m_private->attributes.links, {}, m_private->attributes.folders};
+    for (const VoUUID& id : m_private->attributes.programs)
+        places.programs.push_back(resolvedPath(*advertisedPackage().file(id)));
+    VerificationReport others;
+    VerifyAttributes(places, others, events(), stop);
+    ReportVerified(damaged.isEmpty() && others.isIntact(), events());
 }
 
 } // namespace vo::updater

@@ -13,6 +13,8 @@ namespace vo::updater {
 namespace detail {
 class FileOwners;
 class InstallationJournal;
+struct AttributePlan;
+struct ExpectedFile;
 struct FileClaims;
 struct TargetFile;
 enum class Durability;
@@ -69,8 +71,11 @@ private:
     using PlannedFiles = std::vector<const InstallationPlan::File*>;
 
     void compare(VoUniquePtr<InstalledPackageListing> installed);
-    detail::ReusedFiles findReusable(const PackageDifferences& differences,
-                                     const InstalledPackageListing* installed) const;
+    detail::ReusedFiles findReusable(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                                     const detail::AttributePlan& attributes) const;
+    detail::ReusedFiles rebuildWronglyMarked(const detail::AttributePlan& attributes, PackageDifferences& differences,
+                                             detail::FileClaims& claims) const;
+    bool isUsable() const;
     void addFilesNotInPlace(const InstalledPackageListing& installed, PackageDifferences& differences) const;
     detail::FileClaims findClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
                                   detail::FileOwners& owners) const;
@@ -88,7 +93,9 @@ private:
     bool isStaged(const InstallationPlan::File& planned) const;
     void buildFiles(const VoStopFlag& stop);
     void buildFile(const InstallationPlan::File& planned, detail::Durability durability, const VoStopFlag& stop);
-    void copyFile(const AdvertisedFileListing& file, const VoFilePath& source, detail::Durability durability,
+    void markBuilt(const AdvertisedFileListing& file);
+    void buildLinks(detail::Durability durability, const VoStopFlag& stop);
+    void copyFile(const detail::ExpectedFile& file, const VoFilePath& source, detail::Durability durability,
                   const VoStopFlag& stop);
     std::vector<VoUUID> chunkOrder(const PlannedFiles& order) const;
     const AdvertisedFileListing* builtFile(const InstallationPlan::File& planned) const;

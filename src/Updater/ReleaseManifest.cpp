@@ -134,13 +134,14 @@ ReleaseManifest::ReleaseManifest(VoXMLStreamElementLoader& element)
 
 void ReleaseManifest::read(VoXMLStreamElementLoader& child)
 {
-    Require(declarations.size() + packages.size() + releases.size() < MostItems, "too many elements");
+    Require(declarations.size() + packages.size() + releases.size() + documents.size() < MostItems,
+            "too many elements");
     if (child.name() == tag::Release) {
         releases.pushBack(ReadRelease(child));
-    } else if (child.name() == tag::Declarations) {
+    } else if (child.name() == tag::Declarations || child.name() == tag::Document) {
         Document document;
         ReadDocument(child, document);
-        declarations.pushBack(document);
+        (child.name() == tag::Document ? documents : declarations).pushBack(document);
     } else if (child.name() == tag::Package) {
         packages.pushBack(
             {ReadAttribute<VoUUID>(child, attribute::Id), ReadAttribute<VoVersion>(child, attribute::Lowest)});
@@ -156,9 +157,11 @@ void ReleaseManifest::validate() const
     const auto requireNew = [](std::set<std::string>& known, const std::string& text) {
         Require(known.insert(text).second, "said twice: ", VoString(text));
     };
-    for (const Document& document : declarations) {
-        RequireSafeDefinitionPath(document.path);
-        requireNew(paths, document.path.path().toStdString());
+    for (const VoDeque<Document>* listed : {&declarations, &documents}) {
+        for (const Document& document : *listed) {
+            RequireSafeDefinitionPath(document.path);
+            requireNew(paths, document.path.path().toStdString());
+        }
     }
     for (const Release& release : releases) {
         ValidateRelease(release);
@@ -205,9 +208,10 @@ const ReleaseManifest::Document* ReleaseManifest::document(const VoFilePath& pat
     const auto hasPath = [&](const Document& document) {
         return document.path.path().equal(path.path(), VoString::CaseSensitive);
     };
-    for (const Document& document : declarations) {
-        if (hasPath(document))
-            return &document;
+    for (const VoDeque<Document>* listed : {&declarations, &documents}) {
+        const auto other = std::find_if(listed->begin(), listed->end(), hasPath);
+        if (other != listed->end())
+            return &*other;
     }
     const auto found = std::find_if(releases.begin(), releases.end(), hasPath);
     return found == releases.end() ? nullptr : &*found;
@@ -257,6 +261,8 @@ void ReleaseManifest::writeElements(VoXMLElementWriter& element) const
     }
     for (const Release& release : releases)
         WriteRelease(*element.createElement(tag::Release), release);
+    for (const Document& document : documents)
+        WriteDocument(*element.createElement(tag::Document), document);
 }
 
 } // namespace vo::updater

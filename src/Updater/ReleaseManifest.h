@@ -21,6 +21,7 @@ namespace vo::updater {
 ///         <declarations path size checksum/> ...
 ///         <package id lowest/> ...
 ///         <release packageID versionID version path size checksum channel share start from withdrawn notes/> ...
+///         <document path size checksum/> ...
 ///     </manifest>
 ///
 /// It stands beside the declarations, named FileName. Sizes are in bytes, instants in universal time. The attributes of
@@ -91,13 +92,15 @@ public:
     VoDeque<Document> declarations; ///< The declarations documents.
     VoDeque<Package> packages;      ///< Those of which something holds.
     VoDeque<Release> releases;      ///< All that are declared, in the order of the declarations.
+    /// What stands beside definitions and belongs to their releases. One that is not listed does not count.
+    VoDeque<Document> documents;
 
     /// The release with both IDs; null when there is none.
     /// @{
     const Release* release(const VoUUID& packageID, const VoUUID& versionID) const;
     Release* release(const VoUUID& packageID, const VoUUID& versionID);
     /// @}
-    /// The document with that path, a definition or declarations; null when there is none.
+    /// The document with that path, of whichever kind; null when there is none.
     const Document* document(const VoFilePath& path) const;
     VoVersion lowest(const VoUUID& packageID) const; ///< The lowest release of a package; 0.0.0 when nothing is said.
     /// Raises the lowest release of a package; a lower one than now changes nothing.

@@ -12,6 +12,7 @@
 #include <Updater/VoUntrustedReleaseException.h>
 #include <Updater/detail/documents/DocumentPlace.h>
 #include <Updater/detail/documents/KeyChain.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
 #include <Updater/detail/registry/ReleaseProof.h>
 #include <Updater/detail/registry/RolloutPlace.h>
 #include <Updater/detail/registry/TrustPin.h>
@@ -117,6 +118,7 @@ public:
     void open();
     void readManifest();
     VoString checked(const VoFilePath& path, const VoString& first) const;
+    void findAttributes(AdvertisedPackageListing& package, const VoFilePath& definition) const;
     const Verdict& verify(const VoUUID& packageID) const;
     Verdict verifyNow(const VoUUID& packageID) const;
     std::optional<TrustPin> verifyAfter(const std::optional<TrustPin>& before, const VoUUID& packageID) const;
@@ -190,6 +192,17 @@ VoString TrustedReleases::Private::checked(const VoFilePath& path, const VoStrin
             return *other;
     }
     Refuse(Kind::Mixed, "Document is not the one that the manifest lists: " + place.nameOf(path) + ": " + difference);
+}
+
+void TrustedReleases::Private::findAttributes(AdvertisedPackageListing& package, const VoFilePath& definition) const
+{
+    const VoFilePath path = Beside(definition, ReleaseAttributes::FileName);
+    std::optional<VoString> document;
+    if (!manifest)
+        document = FindOptional(place, path);
+    else if (manifest->document(path))
+        document = checked(path, place.find(path).value_or(VoString()));
+    package.setAttributes(AttributesOf(package, document, place.nameOf(path)));
 }
 
 const Verdict& TrustedReleases::Private::verify(const VoUUID& packageID) const
@@ -377,6 +390,7 @@ VoUniquePtr<AdvertisedPackageListing> TrustedReleases::read(const Declaration& d
     auto package = AdvertisedPackageListing::Parse(bytes, name);
     if (package->packageID() != declaration.packageID() || package->versionID() != declaration.versionID())
         throw VoValidationException("Invalid package definition: not the declared release: " + name);
+    state.findAttributes(*package, declaration.path());
     return package;
 }
 
@@ -385,7 +399,9 @@ VoUniquePtr<AdvertisedPackageListing> TrustedReleases::readDefinition() const
     const Private& state = *m_private;
     if (state.declarations)
         throw VoInvalidCallException("No definition was opened");
-    return AdvertisedPackageListing::Parse(state.bytes, state.place.nameOf(state.name));
+    auto package = AdvertisedPackageListing::Parse(state.bytes, state.place.nameOf(state.name));
+    state.findAttributes(*package, state.name);
+    return package;
 }
 
 TrustedReleases::Release TrustedReleases::openDefinition() const

@@ -29,14 +29,34 @@ const Files First = {{"readme.txt", "first"},
                      {"turns", "into a directory"},
                      {"back/to/file", "one"},
                      {"back/file", "two"},
-                     {"moved.dat", Noise(55, 5)}};
+                     {"moved.dat", Noise(55, 5)},
+                     {"bin/tool", "[x]the same bytes"},
+                     {"bin/data", "other bytes"},
+                     {"so/l.so.1.0", "one"},
+                     {"so/l.so.1", "-> l.so.1.0"},
+                     {"so/l.so", "-> l.so.1"},
+                     {"lib64/x", "here, then there"},
+                     {"lib32", "-> lib64"},
+                     {"flip", "-> readme.txt"},
+                     {"flop", "a file"},
+                     {"was/empty/", ""}};
 const Files Second = {{"readme.txt", "second, longer than before"},
                       {"lib/a.dat", Noise(60, 1)},
                       {"lib/deep/b.dat", Noise(50, 3)},
                       {"new/place/c.dat", Noise(45, 4)},
                       {"moved/to/d.dat", Noise(55, 5)},
                       {"turns/into/this", "indeed"},
-                      {"back", "a file now"}};
+                      {"back", "a file now"},
+                      {"bin/tool", "the same bytes"},
+                      {"bin/data", "[x]other bytes"},
+                      {"so/l.so.1.1", "two"},
+                      {"so/l.so.1", "-> l.so.1.1"},
+                      {"so/l.so", "-> l.so.1"},
+                      {"lib32/x", "here, then there"},
+                      {"lib64", "-> lib32"},
+                      {"flip", "a file"},
+                      {"flop", "-> bin/../flip"},
+                      {"is/empty/", ""}};
 
 struct Scenario
 {
@@ -158,6 +178,10 @@ protected:
             install(first);
             VoFileSystem::RemoveAll(place().directory("lib"));
             WriteBytes(placed("readme.txt"), Second.at("readme.txt"));
+            for (const char* gone : {"so/l.so", "lib32", "was/empty"})
+                std::filesystem::remove(vo::detail::ToNative(placed(gone)));
+            WriteEntry(vo::detail::ToNative(placed("lib32")), "-> so");
+            std::filesystem::permissions(vo::detail::ToNative(placed("bin/tool")), std::filesystem::perms(0644));
             return;
         case Scenario::Work::Commit:
             install(first);
@@ -206,10 +230,7 @@ protected:
         VoFileSystem::RemoveAll(updates());
         const auto root = vo::detail::ToNative(directory("place")).parent_path().parent_path();
         for (const auto& [name, content] : state) {
-            if (name.back() == '/')
-                std::filesystem::create_directories(root / name);
-            else
-                std::ofstream(root / name, std::ios::binary) << content;
+            WriteEntry(root / name, content);
         }
     }
 
@@ -259,7 +280,7 @@ TEST_F(PublishFaultTest, AReleaseIsDeclaredWholeOrNotAtAll)
 {
     const VoFilePath first = publish("1.0.0", First);
     for (const auto& [name, content] : Second)
-        WriteBytes(sourceOf("1.1.0.0").appended(VoFilePath(name.c_str())), content);
+        WriteEntry(vo::detail::ToNative(sourceOf("1.1.0.0")) / name, content);
     const Files before = FilesBelow(directory("server"));
     const auto prepare = [&] {
         VoFileSystem::RemoveAll(directory("server"));
@@ -269,6 +290,7 @@ TEST_F(PublishFaultTest, AReleaseIsDeclaredWholeOrNotAtAll)
     const auto work = [&] {
         vo::updater::UpdatePackageBuilder builder(*AdvertisedPackageListing::Open(first),
                                                   VoVersion::Deserialize("1.1.0"), 40, 6);
+        builder.keepAttributes();
         builder.add(sourceOf("1.1.0.0"), declarations());
         builder.finalise(declarations());
     };
@@ -328,7 +350,7 @@ TEST_P(InstallFaultTest, EndsAllOldOrAllNew)
             break;
         default:
             install(first);
-            ASSERT_EQ(FilesBelow(place()), First);
+            ASSERT_EQ(installedTree(), First);
             ASSERT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).extra.isEmpty());
             ASSERT_FALSE(InstalledPackages::IsUnfinished(packageID));
         }
@@ -394,7 +416,7 @@ TEST_P(InstallFaultTest, AFolderThatIsReplacedByALinkMeanwhileLeadsNothingOutsid
                     if (++count != n || !fs::is_directory(fs::symlink_status(real)))
                         return;
                     fs::remove_all(outside);
-                    fs::copy(real, outside, fs::copy_options::recursive);
+                    fs::copy(real, outside, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
                     decoy = TreeOf(outside);
                     fs::rename(real, hidden);
                     fs::create_directory_symlink(outside, real);

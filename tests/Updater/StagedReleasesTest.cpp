@@ -83,6 +83,41 @@ TEST_F(StagedReleasesTest, WhatIsStagedIsPutInPlaceWithoutItsSource)
                      "Installation failed: No release is staged of package " + packageID.toString());
 }
 
+TEST_F(StagedReleasesTest, LinksProgramsAndEmptyFoldersComeWithTheCommit)
+{
+    Files marked = First; // of these files the bytes stay
+    marked["lib/a.dat"].insert(0, "[x]");
+    marked["bin/tool"] = "[x]#!/bin/sh";
+    marked["current"] = "-> lib";
+    marked["logs/old/"];
+    const VoFilePath third = publish("1.2.0", marked);
+    install(third);
+    ASSERT_EQ(installedTree(), marked);
+    const Files listing = FilesBelow(updates().directory("installed"));
+    wipe();
+    install(first);
+
+    const Files before = installedTree();
+    stage(third);
+    EXPECT_EQ(installedTree(), before);
+    const std::string name = nameOfStaged(ReadBytes(third.parent().file("attributes.xml")));
+    VoFileSystem::RemoveAll(directory("server"));
+    std::string bytes = ReadBytes(stagedPath(name));
+    bytes[bytes.find("to=\"lib") + 4] = 'L';
+    WriteBytes(stagedPath(name), bytes);
+    EXPECT_THROW_MSG(commit(), VoInstallationFailedException,
+                     "Installation failed: Staged release is damaged, stage it again: " + stagedPath(name).path());
+    EXPECT_EQ(installedTree(), before);
+
+    bytes[bytes.find("to=\"Lib") + 4] = 'l';
+    WriteBytes(stagedPath(name), bytes);
+    commit();
+    EXPECT_EQ(installedTree(), marked);
+    EXPECT_EQ(FilesBelow(updates().directory("installed")), listing);
+    EXPECT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).isIntact());
+    EXPECT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).extra.isEmpty());
+}
+
 TEST_F(StagedReleasesTest, TheNextStagingTakesThePlaceOfTheOneBeforeWhenItIsWhole)
 {
     const VoFilePath third = publish("1.2.0", {{"readme.txt", "third"}});
@@ -187,7 +222,6 @@ TEST_F(StagedReleasesTest, WhatCannotBeReplacedNowIsAtTheNextStart)
     EXPECT_TRUE(CommitPending());
     EXPECT_EQ(FilesBelow(place()), Second);
 }
-
 
 #if defined(__unix__)
 // Root may write everywhere, so somebody else does it.

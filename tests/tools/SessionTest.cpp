@@ -50,6 +50,6 @@ TEST_P(Session, GoesAsApproved)
 }
 
 INSTANTIATE_TEST_SUITE_P(Typed, Session,
-                         testing::Values("road", "others", "unrecorded", "damage", "refused", "publishing", "small",
-                                         "json", "staged", "table", "zip", "lp", "help", "report"),
+                         testing::Values("road", "others", "unrecorded", "damage", "links", "refused", "publishing",
+                                         "small", "json", "staged", "table", "zip", "lp", "help", "report"),
                          [](const auto& session) { return std::string(session.param); });

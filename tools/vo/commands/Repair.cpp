@@ -62,7 +62,9 @@ ExitCode Run(Session& session)
     console.fact("package", "package", found.packageID.toString(), found.packageID);
     console.fact("definition", "repaired from", LocationText(definition));
     console.fact("files", "files checked", found.filesChecked);
-    console.fact("restored", "files restored", found.missing.size() + found.changed.size());
+    console.fact("restored", "files restored",
+                 found.missing.size() + found.changed.size() + found.notExecutable.size() +
+                     found.missingFolders.size());
     ShowDownloadCounts(session, definition);
     if (!intact) {
         console.error("the installed files are not all as published; see vo verify");

@@ -67,6 +67,46 @@ void ShowIdentity(Console& console, const InstallationPlan& plan, const VoDirect
     console.fact("directory", "folder", PathText(directory));
 }
 
+VoString WayText(const VoString& to)
+{
+    return VoString(NativeText(to.toStdString()));
+}
+
+void ShowStep(Console& console, const char* action, const VoString& path, const VoString& to = VoString())
+{
+    JsonRecord record;
+    record("action", action)("path", path);
+    if (!to.isEmpty())
+        record("to", WayText(to));
+    console.row("attributes", Column(action) + path + (to.isEmpty() ? VoString() : "  to " + WayText(to)), record);
+}
+
+void ShowAttributeSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    for (const InstallationPlan::Link& link : plan.links)
+        ShowStep(console, plan.copiesLinks ? "copy" : "link", PathTextBelow(directory, link.path), link.to);
+    for (const VoFilePath& link : plan.removedLinks)
+        ShowStep(console, "unlink", PathTextBelow(directory, link));
+    for (const VoDirectoryPath& folder : plan.folders)
+        ShowStep(console, "folder", PathTextBelow(directory, folder.toFilePath()));
+}
+
+// Nothing of releases that hold files alone.
+void ShowAttributeFigures(Console& console, const InstallationPlan& plan, bool isDone)
+{
+    const auto show = [&](const char* key, const char* planned, const char* done, std::size_t count) {
+        if (count > 0)
+            console.fact(key, isDone ? done : planned, count);
+    };
+    if (plan.copiesLinks)
+        show("links", "links, as copies", "links, as copies", plan.links.size());
+    else
+        show("links", "links to make", "links made", plan.links.size());
+    show("removedLinks", "links to remove", "links removed", plan.removedLinks.size());
+    show("executables", "executables", "executables", plan.programs.size());
+    show("folders", "empty folders", "empty folders", plan.folders.size());
+}
+
 } // namespace
 
 void ShowClaims(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
@@ -97,6 +137,7 @@ void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirec
         }
         console.row("files", line, record);
     }
+    ShowAttributeSteps(console, plan, directory);
     ShowClaims(console, plan, directory);
     console.list("chunks");
     for (const ChunkListing& chunk : plan.stagedChunks)
@@ -114,6 +155,7 @@ void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDir
     console.fact("modified", "files to update", plan.modifiedFiles);
     console.fact("removed", "files to remove", plan.removedFiles);
     console.fact("unchanged", "files unchanged", plan.unchangedFiles);
+    ShowAttributeFigures(console, plan, false);
     console.fact("bytesToWrite", "bytes to write", BytesText(plan.bytesToWrite), plan.bytesToWrite);
     console.fact("bytesToRemove", "bytes to remove", BytesText(plan.bytesToRemove), plan.bytesToRemove);
     console.fact("chunksToFetch", "chunks to fetch", plan.chunks.size());
@@ -130,6 +172,7 @@ void ShowInstalledFigures(Console& console, const InstallationPlan& plan, const 
     console.fact("modified", "files updated", plan.modifiedFiles);
     console.fact("removed", "files removed", plan.removedFiles);
     console.fact("unchanged", "files unchanged", plan.unchangedFiles);
+    ShowAttributeFigures(console, plan, true);
     console.fact("bytesWritten", "bytes written", BytesText(plan.bytesToWrite), plan.bytesToWrite);
     console.fact("chunksFetched", "chunks fetched", plan.chunks.size());
     console.fact("bytesFetched", "bytes fetched", BytesText(plan.bytesToFetch), plan.bytesToFetch);

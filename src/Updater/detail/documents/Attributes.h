@@ -26,6 +26,11 @@ inline constexpr const char* Release = "release";
 inline constexpr const char* Keys = "keys";
 inline constexpr const char* Key = "key";
 inline constexpr const char* Pin = "pin";
+inline constexpr const char* Document = "document";
+inline constexpr const char* Attributes = "attributes";
+inline constexpr const char* Executable = "executable";
+inline constexpr const char* Link = "link";
+inline constexpr const char* Folder = "folder";
 } // namespace tag
 
 namespace attribute {
@@ -58,6 +63,7 @@ inline constexpr const char* Releases = "releases";
 inline constexpr const char* Keys = "keys";
 inline constexpr const char* Line = "line";
 inline constexpr const char* Origin = "origin";
+inline constexpr const char* To = "to";
 } // namespace attribute
 
 /// @{ A value in its own text form.

@@ -35,6 +35,13 @@ VoFilePath RecordPath(const VoUUID& packageID, const char* suffix)
     return VoUpdater::InstalledListingDirectory().file(packageID.toString() + suffix);
 }
 
+VoFilePath BesideListing(const VoFilePath& listing, const char* suffix)
+{
+    constexpr std::size_t listingSuffix = 4; // ".xml"
+    const VoString& path = listing.path();
+    return VoFilePath::CreateUnchecked(path.substring(0, path.size() - listingSuffix).toString() + suffix);
+}
+
 } // namespace
 
 VoFilePath ListingPath(const VoUUID& packageID)
@@ -50,6 +57,16 @@ VoFilePath RemovedListingPath(const VoUUID& packageID)
 VoFilePath DamageRecordPath(const VoUUID& packageID)
 {
     return RecordPath(packageID, ".damaged");
+}
+
+VoFilePath AttributesRecordPath(const VoFilePath& listing)
+{
+    return BesideListing(listing, ".attributes");
+}
+
+VoFilePath NextAttributesRecordPath(const VoFilePath& listing)
+{
+    return BesideListing(listing, ".next.attributes");
 }
 
 VoDirectoryPath StagingPath(const VoUUID& packageID)

@@ -20,8 +20,8 @@ struct InstallerSettings
     VoDirectoryPath staging{}; ///< The staging directory; null: the package's own.
     /// Where the files of the release are staged; null: they are built beside their places.
     VoDirectoryPath staged{};
-    bool isStaging = false;    ///< Whether the run fills that folder; else it takes from there whatever it writes.
-    bool isTemporary = false;  ///< Whether the installation itself is: then nothing is noted, and no package is asked.
+    bool isStaging = false;   ///< Whether the run fills that folder; else it takes from there whatever it writes.
+    bool isTemporary = false; ///< Whether the installation itself is: then nothing is noted, and no package is asked.
     /// Keeps the listing as the last step that can still be undone; what it throws undoes the run. Empty: the caller
     /// keeps what the run returns.
     UpdateTransaction::Recorder record{};
@@ -35,7 +35,6 @@ class ConfiguredInstaller final : public PackageInstaller
 public:
     using PackageInstaller::stage;
     using PackageInstaller::stagedFiles;
-
 
     ConfiguredInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
                         VoUniquePtr<InstalledPackageListing> installed, const InstallerSettings& settings)

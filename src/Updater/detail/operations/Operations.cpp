@@ -7,12 +7,14 @@
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoLocation.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/VoInstallationFailedException.h>
 #include <Updater/VoStagedReleaseException.h>
 #include <Updater/VoUntrustedReleaseException.h>
 #include <Updater/VoUpdater.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
@@ -31,6 +33,7 @@
 #include <Updater/detail/registry/TrustPin.h>
 
 #include <exception>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -226,7 +229,7 @@ void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStop
     const InstallationJournal journal = InstallationJournal::OfListing(path);
     VoUniquePtr<InstalledPackageListing> listing;
     if (VoFileSystem::Exists(path))
-        listing = InstalledPackageListing::Open(path);
+        listing = OpenInstalled(path);
     else
         events.report(AbstractMessage::PackageDefinitionNotFound,
                       "Package definition file not found for " + packageID.toString());
@@ -238,6 +241,7 @@ void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStop
         EraseStaged(packageID, StagedLock());
     ForgetDamage(packageID);
     ForgetPin(packageID);
+    EraseAttributes(path);
     if (!listing)
         return;
     // Still there under another name until the registry has forgotten the package: so its name finds it.
@@ -253,6 +257,7 @@ void Stage(VoUniquePtr<AdvertisedPackageListing> advert, VoUniquePtr<InstalledPa
     settings.staging = StagingChunksPath(staged.packageID());
     settings.staged = staged.folder();
     settings.isStaging = true;
+    FindAttributes(*advert, staged.definition, stop, staged.options.downloads);
     const AdvertisedPackageListing kept = *advert;
     ConfiguredInstaller installer(std::move(advert), staged.directory, std::move(installed), settings);
     const VoReceiver receiver = installer.connect(Broadcast);
@@ -440,7 +445,7 @@ void InstallPackage(const AdvertSource& source, const VoLocation& definition, co
 
 VerificationReport VerifyPackage(const VoUUID& packageID, const VoStopFlag& stop)
 {
-    const auto listing = InstalledPackageListing::Open(ListingPath(packageID));
+    const auto listing = OpenInstalled(ListingPath(packageID));
     FileOwners owners = FileOwners::Others(packageID, {listing->installationDirectory()});
     return CheckPackage(*listing, owners, stop, Unlogged(*listing)).report;
 }
@@ -455,11 +460,14 @@ VerificationReport RepairPackage(const VoLocation& definition, const VoStopFlag&
         RecoverPackage(packageID);
         if (!VoFileSystem::Exists(ListingPath(packageID)))
             throw VoNotFoundException(packageID.toString());
-        VoUniquePtr<InstalledPackageListing> installed = InstalledPackageListing::Open(ListingPath(packageID));
+        VoUniquePtr<InstalledPackageListing> installed = OpenInstalled(ListingPath(packageID));
         if (installed->versionID() != advert->versionID())
             throw VoInvalidParameterException("Definition is not that of the installed release: " +
                                               definition.toString());
         AdmitRepair(*advert, *installed);
+        // As recorded: nobody has verified what stands beside the definition now.
+        advert->setAttributes(installed->attributes() ? installed->attributes()
+                                                      : std::make_shared<const ReleaseAttributes>());
         FileOwners owners = FileOwners::Others(packageID, {installed->installationDirectory()});
         PackageCheck check = CheckPackage(*installed, owners, stop, Unlogged(*installed));
         report = check.report;

@@ -8,12 +8,14 @@
 #include <Core/detail/Sha3Hasher.h>
 #include <FileSystem/VoFileSystem.h>
 #include <Time/VoTimePoint.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/VoStagedReleaseException.h>
 #include <Updater/VoUntrustedReleaseException.h>
 #include <Updater/VoUpdater.h>
 #include <Updater/detail/documents/Attributes.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/Containment.h>
@@ -36,6 +38,7 @@ constexpr const char* OverAttribute = "over";
 constexpr const char* OverVersionAttribute = "overVersion";
 constexpr const char* OverDirectoryAttribute = "overDirectory";
 constexpr const char* BytesAttribute = "bytes";
+constexpr const char* AttributesAttribute = "attributesChecksum";
 constexpr const char* RefuseForeignAttribute = "refuseForeignFiles";
 constexpr const char* RefuseOtherAttribute = "refuseOtherDirectory";
 constexpr const char* RefuseOlderAttribute = "refuseOlder";
@@ -77,6 +80,38 @@ VoChecksum DigestOf(const VoString& bytes)
     vo::detail::Sha3 hash;
     hash.add(bytes.c_str(), bytes.size());
     return hash.finish();
+}
+
+// Notes the digest; nothing to say is no document.
+VoChecksum KeepDocument(const VoFilePath& path, const VoString& document)
+{
+    if (document.size() > LargestDocument) // nobody would read it again
+        throw VoValidationException("Document larger than allowed: " + path.path());
+    if (document.isEmpty()) {
+        EraseFile(path);
+    } else {
+        AtStep(FileStep::WriteDocument, path.path());
+        WriteBytes(path, document);
+    }
+    return DigestOf(document);
+}
+
+[[noreturn]] void FailDamaged(const VoFilePath& path)
+{
+    throw VoStagedReleaseException("Staged release is damaged, stage it again: " + path.path());
+}
+
+VoString ReadKept(const VoFilePath& path, const VoChecksum& digest)
+{
+    VoString document;
+    try {
+        document = ReadDocument(path);
+    } catch (const VoFileNotFoundException&) {
+        // the digest tells whether there was one
+    }
+    if (DigestOf(document) != digest)
+        FailDamaged(path);
+    return document;
 }
 
 // What is not flagged is refused: the cautious reading of a record of ours.
@@ -179,6 +214,7 @@ StagedRelease::StagedRelease(VoXMLStreamElementLoader& element)
     , installedVersion(ReadAttribute<VoVersion>(element, OverVersionAttribute))
     , installedBefore(ReadAttribute<VoDirectoryPath>(element, OverDirectoryAttribute))
     , digest(ReadAttribute<VoChecksum>(element, attribute::Checksum))
+    , attributesDigest(ReadAttribute<VoChecksum>(element, AttributesAttribute))
     , files(ReadNumber(element, tag::Files))
     , bytes(ReadNumber(element, BytesAttribute))
 {
@@ -201,6 +237,7 @@ void StagedRelease::writeAttributes(VoXMLElementWriter& element) const
     WriteAttribute(element, OverVersionAttribute, installedVersion);
     WriteAttribute(element, OverDirectoryAttribute, installedBefore);
     WriteAttribute(element, attribute::Checksum, digest);
+    WriteAttribute(element, AttributesAttribute, attributesDigest);
     WriteNumber(element, tag::Files, files);
     WriteNumber(element, BytesAttribute, bytes);
     WriteFlag(element, RefuseForeignAttribute, options.refuseForeignFiles);
@@ -225,6 +262,11 @@ VoFilePath StagedRelease::definitionPath() const
     return folder().file(Layout::DefinitionName);
 }
 
+VoFilePath StagedRelease::attributesPath() const
+{
+    return Beside(definitionPath(), ReleaseAttributes::FileName);
+}
+
 StagedInstallation StagedRelease::summary() const
 {
     StagedInstallation result;
@@ -243,27 +285,21 @@ StagedInstallation StagedRelease::summary() const
 void StagedRelease::keepDefinition(const AdvertisedPackageListing& advert)
 {
     EraseTemporaryDocuments(folder(), {RecordSuffix});
-    const VoString document = DocumentText(tag::Package, advert);
-    if (document.size() > LargestDocument) // nobody would read it again
-        throw VoValidationException("Document larger than allowed: " + definitionPath().path());
-    AtStep(FileStep::WriteDocument, definitionPath().path());
-    WriteBytes(definitionPath(), document);
-    digest = DigestOf(document);
+    digest = KeepDocument(definitionPath(), DocumentText(tag::Package, advert));
+    const auto& attributes = advert.attributes();
+    attributesDigest =
+        KeepDocument(attributesPath(), attributes && !attributes->isEmpty() ? attributes->toDocument() : VoString());
 }
 
 VoUniquePtr<AdvertisedPackageListing> StagedRelease::openDefinition() const
 {
-    VoString document;
-    try {
-        document = ReadDocument(definitionPath());
-    } catch (const VoFileNotFoundException&) {
-        // told below
-    }
-    if (DigestOf(document) != digest)
-        throw VoStagedReleaseException("Staged release is damaged, stage it again: " + definitionPath().path());
-    auto advert = AdvertisedPackageListing::Parse(document, definitionPath().path());
+    auto advert = AdvertisedPackageListing::Parse(ReadKept(definitionPath(), digest), definitionPath().path());
     if (advert->packageID() != packageID() || advert->versionID() != versionID())
-        throw VoStagedReleaseException("Staged release is damaged, stage it again: " + definitionPath().path());
+        FailDamaged(definitionPath());
+    std::optional<VoString> attributes = ReadKept(attributesPath(), attributesDigest);
+    if (attributes->isEmpty())
+        attributes.reset();
+    advert->setAttributes(AttributesOf(*this, attributes, attributesPath().path()));
     return advert;
 }
 

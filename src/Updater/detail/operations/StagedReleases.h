@@ -3,7 +3,8 @@
 // The releases that are staged, one of each package at most:
 //
 //     <update directory>\staged\<packageID>.xml                            which it is; replacing this decides
-//     <update directory>\staged\<packageID>\release-<versionID>\package.xml  its definition
+//     <update directory>\staged\<packageID>\release-<versionID>\package.xml     its definition
+//                                                              \attributes.xml  where there are any
 //                                                              \<checksum>.file
 //     <update directory>\staged\<packageID>\chunks\                         while it is being staged
 //
@@ -44,18 +45,20 @@ public:
     VoVersion installedVersion;      ///< The version of that.
     VoDirectoryPath installedBefore; ///< Where that is installed; null for none.
     VoChecksum digest;               ///< Of the document of its definition.
+    VoChecksum attributesDigest;     ///< Of the document of its attributes; that of no bytes when there are none.
     std::uint64_t files = 0;         ///< How many files are staged.
     std::uint64_t bytes = 0;         ///< Their length.
     InstallationOptions options;     ///< What it was staged with: what is refused, and the proof.
 
     VoDirectoryPath folder() const;     ///< Where its files are.
     VoFilePath definitionPath() const;  ///< Where its definition is kept.
+    VoFilePath attributesPath() const;  ///< Where its attributes are kept, when there are any.
     StagedInstallation summary() const; ///< What others are told.
 
-    /// Keeps the definition in the folder, which must be there, and notes its digest.
+    /// Keeps the definition and its attributes in the folder, which must be there, and notes their digests.
     void keepDefinition(const AdvertisedPackageListing& advert);
-    /// The definition.
-    /// @throws VoStagedReleaseException when it is not the one that was staged
+    /// The definition, with its attributes.
+    /// @throws VoStagedReleaseException when they are not those that were staged
     VoUniquePtr<AdvertisedPackageListing> openDefinition() const;
     /// Whether it is what is installed: a commit was interrupted after it was recorded.
     bool isInstalled(const InstalledPackageListing* installed) const;

@@ -7,11 +7,13 @@
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/ReleaseManifest.h>
 #include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/FileActions.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace vo::updater::detail {
@@ -51,10 +53,20 @@ bool IsCopy(std::string_view name)
     return digest.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
+bool IsOrCopies(std::string_view name, std::string_view plain)
+{
+    return name == plain || (StartsWith(name, plain) && name.size() == plain.size() + 1 + DigestLength && IsCopy(name));
+}
+
 bool IsDefinition(std::string_view name)
 {
-    const std::string_view plain(Layout::DefinitionName);
-    return name == plain || (StartsWith(name, plain) && name.size() == plain.size() + 1 + DigestLength && IsCopy(name));
+    return IsOrCopies(name, Layout::DefinitionName);
+}
+
+bool IsDocument(std::string_view name)
+{
+    return IsDefinition(name) || std::any_of(std::begin(OptionalDocuments), std::end(OptionalDocuments),
+                                             [&](const char* plain) { return IsOrCopies(name, plain); });
 }
 
 std::string Folded(const VoString& text)
@@ -102,15 +114,24 @@ Clearance::Clearance(const VoDirectoryPath& folder)
 void Clearance::keep(const AdvertisedPackages& declarations)
 {
     for (const Declaration& declaration : declarations.declarations())
-        m_kept.insert(Folded(declaration.path().path()));
+        keepRelease(declaration.path());
+}
+
+void Clearance::keepRelease(const VoFilePath& definition)
+{
+    m_kept.insert(Folded(definition.path()));
+    for (const char* name : OptionalDocuments)
+        m_kept.insert(Folded(Beside(definition, name).path()));
 }
 
 void Clearance::keep(const ReleaseManifest& manifest)
 {
     for (const ReleaseManifest::Release& release : manifest.releases) {
-        m_kept.insert(Folded(release.path.path()));
+        keepRelease(release.path);
         m_kept.insert(Folded(release.path.path() + "." + release.checksum.toString()));
     }
+    for (const ReleaseManifest::Document& document : manifest.documents)
+        m_kept.insert(Folded(document.path.path() + "." + document.checksum.toString()));
 }
 
 void Clearance::keepOtherDeclarations(const VoFilePath& except)
@@ -158,7 +179,7 @@ void Clearance::findInRelease(const VoDirectoryPath& release, const std::functio
     const std::set<std::string> chunks = chunksOf(release);
     VoFileSystem::ForEachFile(release, false, false, [&](const VoFilePath& file) {
         const std::string name = NameOf(file);
-        if (IsDefinition(name) ? !isKept(file) : IsDefinition(vo::detail::SiblingOf(name)))
+        if (IsDocument(name) ? !isKept(file) : IsDocument(vo::detail::SiblingOf(name)))
             tell(file);
     });
     const VoDirectoryPath directory = release.directory(Layout::ChunksDirectory);

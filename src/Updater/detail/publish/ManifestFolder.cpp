@@ -10,6 +10,7 @@
 #include <Updater/detail/documents/DocumentPlace.h>
 #include <Updater/detail/documents/KeyChain.h>
 #include <Updater/detail/documents/Log.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
 #include <Updater/detail/documents/XMLDocument.h>
 
 #include <algorithm>
@@ -129,6 +130,25 @@ void ManifestFolder::list(ReleaseManifest& manifest, const VoFilePath& declarati
             release = *known;
         }
         manifest.releases.pushBack(release);
+        listBeside(manifest, release, before);
+    }
+}
+
+// What is listed once belongs to the release as its definition does: nobody else may add to it.
+void ManifestFolder::listBeside(ReleaseManifest& manifest, const ReleaseManifest::Release& release,
+                                const ReleaseManifest& before) const
+{
+    const bool isKnown = before.release(release.packageID, release.versionID) != nullptr;
+    for (const char* name : OptionalDocuments) {
+        const VoFilePath document = Beside(release.path, name);
+        const bool isThere = VoFileSystem::Exists(path(document));
+        if (isThere)
+            manifest.documents.pushBack(entry(document));
+        const ReleaseManifest::Document* listed = before.document(document);
+        const bool isSame =
+            isThere ? listed && listed->checksum == manifest.documents.back().checksum : listed == nullptr;
+        if (isKnown && !isSame)
+            throw VoValidationException("Document was changed since it was signed: " + path(document).path());
     }
 }
 

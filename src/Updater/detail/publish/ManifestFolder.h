@@ -64,6 +64,8 @@ private:
     ReleaseManifest listed(const Change& change) const;
     void list(ReleaseManifest& manifest, const VoFilePath& declarations, const ReleaseManifest& before,
               const Change& change) const;
+    void listBeside(ReleaseManifest& manifest, const ReleaseManifest::Release& release,
+                    const ReleaseManifest& before) const;
     ReleaseManifest::Release entry(const VoFilePath& relative) const;
     bool isWaiting(const ReleaseManifest& manifest, const ReleaseSigning& signing) const;
     std::uint64_t lastSerial() const;

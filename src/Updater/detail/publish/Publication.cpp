@@ -9,6 +9,7 @@
 #include <FileSystem/detail/NativePath.h>
 #include <IO/VoFileByteStream.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
 
@@ -139,8 +140,18 @@ void Publication::writeDefinition(const AdvertisedPackageListing& package, const
     m_declarations->remove(package.packageID(), relative);
     if (m_declarations->declarations().size() != declared)
         replace(m_path, [this] { m_declarations->write(m_path); });
+    // First: a definition is never there without them.
+    writeAttributes(package, definition.parent().file(ReleaseAttributes::FileName));
     replace(definition, [&] { package.write(definition); });
     VoFileSystem::SyncDirectory(definition.parent());
+}
+
+void Publication::writeAttributes(const AdvertisedPackageListing& package, const VoFilePath& path)
+{
+    if (package.attributes() && !package.attributes()->isEmpty())
+        replace(path, [&] { WriteBytes(path, package.attributes()->toDocument()); });
+    else if (VoFileSystem::Exists(path)) // of another build
+        replace(path, [&] { VoFileSystem::Remove(path); });
 }
 
 ManifestState Publication::declare(const AdvertisedPackageListing& package, const VoFilePath& relative,

@@ -48,9 +48,9 @@ public:
     /// Puts a file that is there already into a second place as well: as a link where the volume has them, so that the
     /// releases share it, else as a copy. A sound one that is there stays.
     void shareFile(const ExpectedFile& from, const VoFilePath& to);
-    /// Writes the definition of a release. Where the document declares another build of it at that place, its
-    /// declaration goes first: between the two steps a reader then finds no release, and never one whose definition is
-    /// that of another.
+    /// Writes the definition of a release, and before it what it holds besides its files. Where the document declares
+    /// another build of it at that place, its declaration goes first: between the two steps a reader then finds no
+    /// release, and never one whose definition is that of another.
     void writeDefinition(const AdvertisedPackageListing& package, const VoFilePath& definition,
                          const VoFilePath& relative);
     /// Declares the release, and lists it in the manifest of a folder that has one or is signed now, as the last step.
@@ -68,6 +68,7 @@ private:
 
     void lock(const std::function<void()>& waiting);
     void replace(const VoFilePath& path, const std::function<void()>& write);
+    void writeAttributes(const AdvertisedPackageListing& package, const VoFilePath& path);
     void keepListed(const VoFilePath& path, const VoString& bytes);
     ManifestState writeDeclarations(const ReleaseTerms& terms, const ReleaseSigning& signing);
     void eraseDirectories(std::size_t first) noexcept;
