@@ -34,10 +34,10 @@ ROOMS = {
                   "VoUntrustedReleaseException", "VoUpdater", "VoDataProgress"],
     "files": [],
     "publish": ["AbstractPackageBuilder", "PackageBuilder", "UpdatePackageBuilder", "PackingOrder", "ReleaseSigner"],
-    "registry": [],
+    "registry": ["PackageSources"],
     "install": ["UpdateMessages", "AbstractPackageInstaller", "PackageInstaller", "PackageVerifier", "InstallationOptions",
                 "InstallationPlan", "UpdateCost", "VerificationReport", "VoInstallationFailedException"],
-    "operations": ["InstalledPackages", "StagedInstallation", "TrustedReleases"],
+    "operations": ["InstalledPackages*", "PackageUpdate", "StagedInstallation", "TrustedReleases"],
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 

@@ -8,15 +8,19 @@
 #include <Core/VoVersion.h>
 #include <FileSystem/VoLocation.h>
 #include <Threading/VoReceiver.h>
+#include <Threading/VoStopFlag.h>
 #include <Updater/InstallationOptions.h>
 #include <Updater/InstallationPlan.h>
 #include <Updater/InstalledPackageListing.h>
+#include <Updater/PackageUpdate.h>
 #include <Updater/StagedInstallation.h>
+#include <Updater/TrustPolicy.h>
 #include <Updater/UpdateMessages.h>
 #include <Updater/VerificationReport.h>
 #include <Updater/XMLObject.h>
 
 #include <functional>
+#include <future>
 #include <memory>
 
 namespace vo::updater {
@@ -180,6 +184,30 @@ public:
     /// is that of another release than the installed one
     static VerificationReport Repair(const VoLocation& definition, VoStopFlag stop,
                                      const VoDownloadPolicy& downloads = VoDownloadPolicy());
+
+    /// @{
+    /// Asks, for one installed package or for each in turn, where it came from (PackageSources) for the newest release
+    /// that is offered to this installation; TrustedReleases with the policy reads and verifies. Whatever goes wrong
+    /// with one package is its failure() text and does not keep the others from being asked. Changes nothing. A release
+    /// that is found is installed with its definition and proof from TrustedReleases::open(); documents may have
+    /// changed in the meantime.
+    /// @throws VoUserCancelledException when the flag is raised; and, for all packages, what Packages() throws
+    static PackageUpdate UpdatesAvailable(const VoUUID& packageID, VoStopFlag stop = VoStopFlag(),
+                                          const TrustPolicy& policy = TrustPolicy(),
+                                          const VoDownloadPolicy& downloads = VoDownloadPolicy());
+    static VoDeque<PackageUpdate> UpdatesAvailable(VoStopFlag stop = VoStopFlag(),
+                                                   const TrustPolicy& policy = TrustPolicy(),
+                                                   const VoDownloadPolicy& downloads = VoDownloadPolicy());
+    /// @}
+    /// As UpdatesAvailable() for all packages, on a thread of its own, where the callback is called once with what was
+    /// found. The future becomes ready after that; its get() throws what the callback or UpdatesAvailable() threw, and
+    /// its destruction waits: raise the flag before. The thread that owns the download service must not wait for it
+    /// before it is ready, because that thread carries the downloads out.
+    /// @throws VoInvalidParameterException "Invalid callback" when it is empty
+    [[nodiscard]] static std::future<void>
+    UpdatesAvailableAsync(std::function<void(const VoDeque<PackageUpdate>&)> callback, VoStopFlag stop = VoStopFlag(),
+                          const TrustPolicy& policy = TrustPolicy(),
+                          const VoDownloadPolicy& downloads = VoDownloadPolicy());
 
     /// @{ A registry object is only made by reading one; see the static operations.
     InstalledPackages();

@@ -2,6 +2,7 @@
 #include <vo/line/CommandError.h>
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
+#include <vo/release/InstallJob.h>
 #include <vo/release/InstallWatch.h>
 #include <vo/release/StagedView.h>
 
@@ -38,7 +39,7 @@ bool Commit(Session& session, const StagedInstallation& staged)
     InstallWatch watch(session.console);
     const bool isNews = Doing(session.arguments, "commit", staged.name,
                               [&] { return InstalledPackages::Commit(staged.packageID, session.stop); });
-    RecordNewSource(staged.packageID, staged.definition);
+    RecordSource(staged.packageID, {staged.definition});
     if (isNews)
         watch.requireRecorded();
     session.console.endProgress();

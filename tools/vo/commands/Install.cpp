@@ -1,9 +1,7 @@
 #include <vo/Session.h>
-#include <vo/line/CommandError.h>
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
 #include <vo/release/InstallJob.h>
-#include <vo/release/InstallWatch.h>
 #include <vo/screen/PlanView.h>
 #include <vo/screen/UpdateProgress.h>
 
@@ -16,21 +14,11 @@ using namespace updater;
 
 namespace {
 
-/// Installs, and returns whether the check of the installed files at the end found them right.
-bool Install(Session& session, InstallJob& job)
-{
-    InstallWatch watch(session.console);
-    InstalledPackages::Install(std::move(job.package), job.definition, job.directory, session.stop,
-                               OptionsOfInstalling(session, job));
-    RecordNewSource(job.plan.packageID, job.definition);
-    watch.requireRecorded();
-    return watch.isIntact();
-}
-
 ExitCode Stage(Session& session, InstallJob& job)
 {
     const VoReceiver receiver = InstalledPackages::Connect(
         [&](const VoSharedPtr<AbstractMessage>& message) { ShowUpdateMessage(session.console, message); });
+    job.plan.files.clear(); // may be many thousands, and the staging plans anew
     const StagedInstallation staged =
         Doing(session.arguments, "stage for", NameOf(session.arguments, job.directory), [&] {
             return InstalledPackages::Stage(std::move(job.package), job.definition, job.directory, session.stop,
@@ -53,7 +41,7 @@ ExitCode Run(Session& session)
     ShowClaims(console, job.plan, job.directory);
     RequireAllowed(session, job);
     if (job.plan.isUpToDate()) {
-        RecordNewSource(job.plan.packageID, job.definition);
+        RecordSource(job);
         console.fact("package", "package", job.plan.packageID.toString(), job.plan.packageID);
         console.fact("release", "release", ReleaseText(job.plan.version), job.plan.version.toString());
         ShowDownloadCounts(session, job.definition);
@@ -61,16 +49,14 @@ ExitCode Run(Session& session)
         return ExitCode::NothingToDo;
     }
 
-    job.plan.files.clear(); // may be many thousands, and the installation plans anew
     if (session.arguments.has("stage-only"))
         return Stage(session, job);
     const VoTimer timer;
-    const bool intact = Doing(session.arguments, "install to", NameOf(session.arguments, job.directory),
-                              [&] { return Install(session, job); });
+    const bool intact = CarryOut(session, job);
     ShowInstalledFigures(console, job.plan, job.directory);
     ShowDownloadCounts(session, job.definition);
     const double seconds = timer.elapsed().seconds();
-    console.fact("seconds", "seconds", SecondsText(seconds), seconds);
+    console.fact("seconds", "time", TimeText(seconds), seconds);
     if (intact)
         return ExitCode::Done;
     console.error("the installed files are not all as published; see vo verify and vo repair");
@@ -82,6 +68,7 @@ std::vector<Option> Options()
     std::vector<Option> all = InstallOptions();
     all.push_back({"dry-run", nullptr, "only show what would be done, as vo plan"});
     all.push_back({"stage-only", nullptr, "fetch, build and check; vo commit puts it in place"});
+    all.push_back(AllOption());
     return all;
 }
 
@@ -91,8 +78,7 @@ Command InstallCommand()
 {
     return {
         "install",
-        "DECLARATIONS|PACKAGE.XML|URL --to FOLDER [--package ID] [--release V] [--dry-run | --stage-only] "
-        "[--allow-downgrade] [--move] [--overwrite]",
+        "DECLARATIONS|PACKAGE.XML|URL --to FOLDER [OPTIONS]",
         "install a release, or update to it",
         "Installs a release of a local release directory or of a server (the http or https URL of one of the two\n"
         "documents): the newest one, or the one that --release names. Over an installed release only the chunks\n"

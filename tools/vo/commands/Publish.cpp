@@ -240,8 +240,8 @@ void ShowRelease(Console& console, const AbstractPackageBuilder& builder, double
     console.fact("chunks", "chunks", package.chunks().size());
     if (builder.chunksShared() > 0)
         console.fact("chunksShared", "of them kept", builder.chunksShared());
-    console.fact("ratio", "ratio", SecondsText(ratio), ratio);
-    console.fact("seconds", "seconds", SecondsText(seconds), seconds);
+    console.fact("ratio", "ratio", RatioText(ratio), ratio);
+    console.fact("seconds", "time", TimeText(seconds), seconds);
 }
 
 ExitCode Run(Session& session)
@@ -291,8 +291,7 @@ Command PublishCommand()
 {
     return {
         "publish",
-        "FOLDER --to DECLARATIONS --name NAME --release V [--build-type N] [--package ID] [--exclude PATTERN]... "
-        "[--no-attributes] [--replace] [--older] [--chunk-size N] [--level N] [--repack]",
+        "FOLDER --to DECLARATIONS --name NAME --release V [OPTIONS]",
         "publish a folder as the next release of a package",
         "Packs the files of a folder into compressed chunks beside a declarations file, which is created when it\n"
         "does not exist, and declares them there as a release. When the declarations already have a package with\n"

@@ -2,7 +2,6 @@
 
 #include <vo/line/CommandError.h>
 #include <vo/line/Paths.h>
-#include <vo/release/SourceRecord.h>
 #include <vo/screen/Console.h>
 #include <vo/screen/UpdateProgress.h>
 
@@ -37,13 +36,6 @@ void InstallWatch::requireRecorded()
     if (!m_isRecorded)
         throw Failure("the files are installed, but " + PathText(VoUpdater::InstalledPackagesPath()) +
                       " cannot be written; the same command completes it");
-}
-
-void RecordNewSource(const VoUUID& packageID, const VoLocation& definition)
-{
-    const auto recorded = RecordedSource(packageID);
-    if (!recorded || LocationText(*recorded) != LocationText(definition))
-        RecordSource(packageID, definition);
 }
 
 } // namespace vo::tool

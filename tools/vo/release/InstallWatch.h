@@ -1,6 +1,5 @@
 #pragma once
 
-#include <FileSystem/VoLocation.h>
 #include <Threading/VoReceiver.h>
 #include <Updater/UpdateMessages.h>
 
@@ -30,9 +29,5 @@ private:
     std::atomic<bool> m_isRecorded{false};
     VoReceiver m_receiver;
 };
-
-/// Remembers where a release came from, also of one that was installed before from elsewhere, or by a run that was
-/// killed before it could.
-void RecordNewSource(const VoUUID& packageID, const VoLocation& definition);
 
 } // namespace vo::tool

@@ -5,6 +5,13 @@
 
 #include <Download/VoDownloadSize.h>
 
+#include <algorithm>
+#include <map>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
 namespace vo::tool {
 
 using updater::ChunkListing;
@@ -72,7 +79,7 @@ VoString WayText(const VoString& to)
     return VoString(NativeText(to.toStdString()));
 }
 
-void ShowStep(Console& console, const char* action, const VoString& path, const VoString& to = VoString())
+void ShowAttributeStep(Console& console, const char* action, const VoString& path, const VoString& to = VoString())
 {
     JsonRecord record;
     record("action", action)("path", path);
@@ -84,11 +91,11 @@ void ShowStep(Console& console, const char* action, const VoString& path, const 
 void ShowAttributeSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
 {
     for (const InstallationPlan::Link& link : plan.links)
-        ShowStep(console, plan.copiesLinks ? "copy" : "link", PathTextBelow(directory, link.path), link.to);
+        ShowAttributeStep(console, plan.copiesLinks ? "copy" : "link", PathTextBelow(directory, link.path), link.to);
     for (const VoFilePath& link : plan.removedLinks)
-        ShowStep(console, "unlink", PathTextBelow(directory, link));
+        ShowAttributeStep(console, "unlink", PathTextBelow(directory, link));
     for (const VoDirectoryPath& folder : plan.folders)
-        ShowStep(console, "folder", PathTextBelow(directory, folder.toFilePath()));
+        ShowAttributeStep(console, "folder", PathTextBelow(directory, folder.toFilePath()));
 }
 
 // Nothing of releases that hold files alone.
@@ -122,28 +129,116 @@ void ShowClaims(Console& console, const InstallationPlan& plan, const VoDirector
         ShowClaim(console, "keep", directory, owned.path, "belongs to ", &owned);
 }
 
-void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+namespace {
+
+/// One file of a plan, with what its row says.
+struct Step
 {
-    console.list("files");
+    const InstallationPlan::File* file;
+    std::string folder; ///< With the final separator; empty for the installation directory.
+    VoString path;
+};
+
+std::vector<Step> StepsOf(const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    std::vector<Step> steps;
     for (const InstallationPlan::File& file : plan.files) {
-        const VoString path = PathTextBelow(directory, file.path);
-        JsonRecord record;
-        record("action", VerbOf(file))("path", path)("id", file.id)("bytes", file.bytes);
-        VoString line = Column(VerbOf(file)) + path + "  " + BytesText(file.bytes);
-        if (!file.copiedFrom.isNull()) {
-            const VoString source = PathTextBelow(directory, file.copiedFrom);
-            record("from", source);
-            line = line + "  from " + source;
-        }
-        console.row("files", line, record);
+        Step step{&file, {}, PathTextBelow(directory, file.path)};
+        const std::string& path = step.path.toStdString();
+        step.folder = path.substr(0, path.find_last_of("/\\") + 1);
+        steps.push_back(std::move(step));
     }
-    ShowAttributeSteps(console, plan, directory);
-    ShowClaims(console, plan, directory);
+    std::stable_sort(steps.begin(), steps.end(), [](const Step& a, const Step& b) {
+        return std::tie(a.folder, a.path.toStdString()) < std::tie(b.folder, b.path.toStdString());
+    });
+    return steps;
+}
+
+void ShowStep(Console& console, const Step& step, const VoDirectoryPath& directory)
+{
+    const InstallationPlan::File& file = *step.file;
+    JsonRecord record;
+    record("action", VerbOf(file))("path", step.path)("id", file.id)("bytes", file.bytes);
+    VoString line = Column(VerbOf(file)) + step.path + "  " + BytesText(file.bytes);
+    if (!file.copiedFrom.isNull()) {
+        const VoString source = PathTextBelow(directory, file.copiedFrom);
+        record("from", source);
+        line = line + "  from " + source;
+    }
+    console.row("files", line, record);
+}
+
+/// What is done in one folder, in one line.
+struct FolderSum
+{
+    std::string folder;
+    std::map<std::string, std::size_t> verbs{}; ///< How many files for each.
+    std::uint64_t bytes = 0;
+
+    VoString text() const
+    {
+        VoString line = folder.empty() ? VoString("(the folder itself)") : VoString(folder);
+        for (const auto& [verb, files] : verbs)
+            line += "  " + VoString(files) + " to " + verb.c_str();
+        return line + "  " + BytesText(bytes);
+    }
+};
+
+std::vector<FolderSum> FoldersOf(const std::vector<Step>& steps)
+{
+    std::vector<FolderSum> folders;
+    for (const Step& step : steps) {
+        if (folders.empty() || folders.back().folder != step.folder)
+            folders.push_back({step.folder});
+        ++folders.back().verbs[VerbOf(*step.file)];
+        folders.back().bytes += step.file->bytes;
+    }
+    return folders;
+}
+
+void ShowFolders(Console& console, const std::vector<Step>& steps, std::size_t most)
+{
+    const std::vector<FolderSum> folders = FoldersOf(steps);
+    const std::size_t shown = folders.size() <= most ? folders.size() : most - 1;
+    for (std::size_t i = 0; i < shown; ++i)
+        console.line(folders[i].text());
+    if (shown < folders.size())
+        console.line("... and " + VoString(folders.size() - shown) + " more folders");
+    console.line("--all lists every file and chunk");
+}
+
+void ShowChunks(Console& console, const InstallationPlan& plan)
+{
     console.list("chunks");
     for (const ChunkListing& chunk : plan.stagedChunks)
         ShowChunk(console, chunk, true);
     for (const ChunkListing& chunk : plan.chunks)
         ShowChunk(console, chunk, false);
+}
+
+/// What ShowPlanFigures() takes at the end, with the prompt behind it.
+constexpr std::size_t RowsOfFigures = 16;
+constexpr std::size_t FewestRows = 5;
+
+} // namespace
+
+void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory,
+                   std::optional<std::size_t> rows)
+{
+    const std::vector<Step> steps = StepsOf(plan, directory);
+    const std::size_t most = rows ? std::max(*rows, RowsOfFigures + FewestRows) - RowsOfFigures : steps.size();
+    const std::size_t lines = steps.size() + plan.stagedChunks.size() + plan.chunks.size();
+    const bool isShort = rows && lines > most && !console.settings().json;
+    console.list("files");
+    if (isShort) {
+        ShowFolders(console, steps, most);
+        return ShowClaims(console, plan, directory);
+    }
+    for (const Step& step : steps)
+        ShowStep(console, step, directory);
+    ShowAttributeSteps(console, plan, directory);
+    ShowClaims(console, plan, directory);
+    ShowChunks(console, plan);
 }
 
 void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)

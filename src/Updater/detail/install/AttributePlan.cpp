@@ -31,19 +31,16 @@ Targets ProgramsOf(const AbstractPackageListing* listing)
     return programs;
 }
 
+// All files, whatever the release before said of them: one that is taken over, or that an interrupted removal left, may
+// be a program still.
 void FindPrograms(AttributePlan& plan, const InstalledPackageListing* installed,
                   const AdvertisedPackageListing& advertised)
 {
     const Targets now = ProgramsOf(&advertised);
-    const Targets before = ProgramsOf(installed);
-    if (!MarksExecutables() || (now.empty() && before.empty()))
+    if (!MarksExecutables() || (now.empty() && ProgramsOf(installed).empty()))
         return;
-    for (const AdvertisedFileListing& file : advertised.files()) {
-        if (now.count(Bytes(file.target())) > 0)
-            plan.programs.insert(file.id());
-        else if (before.count(Bytes(file.target())) > 0)
-            plan.noPrograms.insert(file.id());
-    }
+    for (const AdvertisedFileListing& file : advertised.files())
+        (now.count(Bytes(file.target())) > 0 ? plan.programs : plan.noPrograms).insert(file.id());
 }
 
 // The places above a path, each with a separator behind.

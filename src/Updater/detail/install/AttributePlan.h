@@ -28,7 +28,7 @@ struct AttributePlan
     std::vector<bool> isMade;               ///< Whether each of them has to be made: it is not in place.
     std::vector<VoFilePath> removed;        ///< Links of the old release that go.
     std::unordered_set<VoUUID> programs;    ///< Files that are executable in the release.
-    std::unordered_set<VoUUID> noPrograms;  ///< Files that were in the old one, and are no more.
+    std::unordered_set<VoUUID> noPrograms;  ///< All others, where one of the releases has some.
     std::unordered_set<VoUUID> behindLinks; ///< Files in the place of what old links show that go.
     std::vector<VoDirectoryPath> folders;   ///< Of the release, in which nothing lies.
 
