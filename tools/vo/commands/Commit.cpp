@@ -4,9 +4,11 @@
 #include <vo/line/Paths.h>
 #include <vo/release/InstallJob.h>
 #include <vo/release/InstallWatch.h>
+#include <vo/release/InstalledChoice.h>
 #include <vo/release/StagedView.h>
 
 #include <Updater/InstalledPackages.h>
+#include <Updater/PackageSources.h>
 
 #include <vector>
 
@@ -51,7 +53,11 @@ ExitCode Drop(Session& session, const std::vector<StagedInstallation>& chosen)
 {
     bool wasThere = false;
     for (const StagedInstallation& staged : chosen) {
-        Doing(session.arguments, "drop", staged.name, [&] { InstalledPackages::DropStaged(staged.packageID); });
+        Doing(session.arguments, "drop", staged.name, [&] {
+            InstalledPackages::DropStaged(staged.packageID);
+            if (!HasListing(staged.packageID))
+                PackageSources::Forget(staged.packageID);
+        });
         ShowStaged(session.console, "packages", staged, "dropped");
         wasThere = true;
     }

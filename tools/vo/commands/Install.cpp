@@ -21,8 +21,10 @@ ExitCode Stage(Session& session, InstallJob& job)
     job.plan.files.clear(); // may be many thousands, and the staging plans anew
     const StagedInstallation staged =
         Doing(session.arguments, "stage for", NameOf(session.arguments, job.directory), [&] {
-            return InstalledPackages::Stage(std::move(job.package), job.definition, job.directory, session.stop,
-                                            OptionsOfInstalling(session, job));
+            auto result = InstalledPackages::Stage(std::move(job.package), job.definition, job.directory, session.stop,
+                                                   OptionsOfInstalling(session, job));
+            RecordStagedSource(job);
+            return result;
         });
     session.console.endProgress();
     ShowPlanFigures(session.console, job.plan, job.directory);

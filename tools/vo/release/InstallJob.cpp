@@ -138,6 +138,13 @@ void RecordSource(const InstallJob& job)
     RecordSource(job.plan.packageID, {job.definition, job.declarations});
 }
 
+void RecordStagedSource(const InstallJob& job)
+{
+    const auto recorded = PackageSources::Recorded(job.plan.packageID);
+    if (!job.plan.isInstalled || (recorded && PackageSources::IsSamePlace(recorded->definition, job.definition)))
+        RecordSource(job);
+}
+
 bool CarryOut(Session& session, InstallJob& job)
 {
     InstallWatch watch(session.console);

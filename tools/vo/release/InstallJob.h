@@ -51,6 +51,10 @@ void RecordSource(const VoUUID& packageID, updater::PackageSource source);
 void RecordSource(const InstallJob& job);
 /// @}
 
+/// The same of a release that is staged, unless what is installed came from another place: which of the two counts is
+/// decided by the commit.
+void RecordStagedSource(const InstallJob& job);
+
 /// Installs, showing progress, and remembers where the release came from. Returns whether the check of the installed
 /// files at the end found them right.
 /// @throws CommandError also when what was installed could not be put on record
