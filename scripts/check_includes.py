@@ -30,13 +30,14 @@ UPWARDS = {
 ROOMS = {
     "documents": ["XMLObject", "Abstract*Listing", "AbstractPackage", "Advertised*", "Chunk*Listing", "Installed*Listing",
                   "PackageDifferences", "ReleaseAttributes", "ReleaseKeys", "ReleaseManifest", "ReleaseSigning", "TrustPolicy",
+                  "VoStagedReleaseException",
                   "VoUntrustedReleaseException", "VoUpdater", "VoDataProgress"],
     "files": [],
     "publish": ["AbstractPackageBuilder", "PackageBuilder", "UpdatePackageBuilder", "PackingOrder", "ReleaseSigner"],
     "registry": ["PackageSources"],
     "install": ["UpdateMessages", "AbstractPackageInstaller", "PackageInstaller", "PackageVerifier", "InstallationOptions",
                 "InstallationPlan", "UpdateCost", "VerificationReport", "VoInstallationFailedException"],
-    "operations": ["InstalledPackages*", "PackageUpdate", "TrustedReleases"],
+    "operations": ["InstalledPackages*", "PackageUpdate", "StagedInstallation", "TrustedReleases"],
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 

@@ -154,6 +154,35 @@ void InstalledPackages::Install(VoUniquePtr<AdvertisedPackageListing> advert, co
     InstallPackage([&] { return std::move(advert); }, definition, installationDirectory, stop, options);
 }
 
+StagedInstallation InstalledPackages::Stage(const VoLocation& definition, const VoDirectoryPath& installationDirectory,
+                                            VoStopFlag stop, const InstallationOptions& options)
+{
+    const auto open = [&] { return AdvertisedPackageListing::Open(definition, stop, options.downloads); };
+    return StagePackage(open, definition, installationDirectory, stop, options);
+}
+
+StagedInstallation InstalledPackages::Stage(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation& definition,
+                                            const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                                            const InstallationOptions& options)
+{
+    return StagePackage([&] { return std::move(advert); }, definition, installationDirectory, stop, options);
+}
+
+bool InstalledPackages::Commit(const VoUUID& packageID, VoStopFlag stop)
+{
+    return CommitPackage(packageID, stop);
+}
+
+VoDeque<StagedInstallation> InstalledPackages::Staged()
+{
+    return ListStaged();
+}
+
+bool InstalledPackages::DropStaged(const VoUUID& packageID)
+{
+    return DropStagedPackage(packageID);
+}
+
 VerificationReport InstalledPackages::Verify(const VoUUID& packageID, VoStopFlag stop)
 {
     return VerifyPackage(packageID, stop);

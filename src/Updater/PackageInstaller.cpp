@@ -9,6 +9,7 @@
 #include <IO/VoFileByteStream.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/VoStagedReleaseException.h>
 #include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
@@ -140,7 +141,8 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
     const ReusedFiles unchanged = rebuildWronglyMarked(attributes, differences, claims);
 
     const PackageDifferences written = Without(differences, claims.adoptedIDs);
-    ReusedFiles reused = findReusable(written, installed.get(), attributes);
+    ReusedFiles reused = findStaged(written);
+    reused.merge(findReusable(Without(written, reused), installed.get(), attributes));
     reused.insert(unchanged.begin(), unchanged.end());
     VoDeque<ChunkUse> chunks = ChunkUses(Without(written, reused), advert);
     InstallationPlan plan = PlanFiles(written, installed.get(), advert);
@@ -214,6 +216,25 @@ ReusedFiles PackageInstaller::findReusable(const PackageDifferences& differences
     return FindReusableFiles(
         differences, *installed, advertisedPackage(),
         [this](const AdvertisedFileListing& file) { return resolvedPath(file); }, attributes.places());
+}
+
+// Built files that a staging left. One that is staged is only compared with its size here: its digest is taken when it
+// is copied to its place.
+ReusedFiles PackageInstaller::findStaged(const PackageDifferences& differences) const
+{
+    ReusedFiles result;
+    if (settings().staged.isNull())
+        return result;
+    for (const FileDifference& difference : differences.fileDifferences()) {
+        const AdvertisedFileListing* file = advertisedPackage().file(difference.fileID());
+        if (!file || difference.type() == FileDifference::Removed)
+            continue;
+        const VoFilePath path = StagedFilePath(settings().staged, file->checksum());
+        const ExpectedFile expected = Expected(path, *file);
+        if (settings().isStaging ? IsSound(expected) : HasSize(expected, Links::Kept))
+            result.emplace(file->id(), path);
+    }
+    return result;
 }
 
 // The listings know nothing of files that were deleted, cut short or installed into another directory.
@@ -332,9 +353,64 @@ void PackageInstaller::prepare()
         compare(std::move(m_private->installed));
     }
     requirePermitted();
+    requireAllStaged();
     // Asked again before the first file is written; here it saves a download that would be of no use.
     RequireFreeSpace(installationDirectory(), m_private->plan.bytesToWrite);
     m_private->isPrepared = true;
+}
+
+// What takes no chunk is built anew.
+void PackageInstaller::requireAllStaged() const
+{
+    if (settings().staged.isNull() || m_private->plan.chunks.isEmpty())
+        return;
+    for (const InstallationPlan::File& file : m_private->plan.files) {
+        const AdvertisedFileListing* built = builtFile(file);
+        if (built && !built->chunks().isEmpty())
+            throw VoStagedReleaseException("Staged release lacks a file that is needed now, stage it again: " +
+                                           resolvedPath(*built).path());
+    }
+}
+
+void PackageInstaller::stage(const VoLocation& definition, const VoStopFlag& stop)
+{
+    requireValid();
+    requirePermitted();
+    VoFileSystem::CreateDirectory(settings().staged, true);
+    RequireFreeSpace(settings().staged, bytesToStage());
+    obtain(definition, stop, settings().options.downloads);
+    buildFiles(stop);
+}
+
+std::uint64_t PackageInstaller::bytesToStage() const
+{
+    std::uint64_t bytes = 0;
+    for (const InstallationPlan::File& file : m_private->plan.files) {
+        if (file.type != FileDifference::Removed && !isStaged(file))
+            bytes += file.bytes;
+    }
+    return bytes;
+}
+
+// Whether a staging before has left the file whole.
+bool PackageInstaller::isStaged(const InstallationPlan::File& planned) const
+{
+    return settings().isStaging &&
+           Bytes(planned.copiedFrom) == Bytes(buildPlace(*advertisedPackage().file(planned.id)));
+}
+
+VoDeque<VoFilePath> PackageInstaller::stagedFiles() const
+{
+    VoDeque<VoFilePath> result;
+    std::unordered_set<std::string> known;
+    for (const InstallationPlan::File& file : m_private->plan.files) {
+        if (file.type == FileDifference::Removed)
+            continue;
+        const VoFilePath path = buildPlace(*advertisedPackage().file(file.id));
+        if (known.emplace(Bytes(path)).second)
+            result.pushBack(path);
+    }
+    return result;
 }
 
 VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
@@ -406,25 +482,47 @@ void PackageInstaller::buildFiles(const VoStopFlag& stop)
         buildFile(*file, durability, stop);
         events().send<InstallationProgressMessage>(++done, m_private->plan.files.size());
     }
-    buildLinks(durability, stop);
+    if (!settings().isStaging) // a commit makes them
+        buildLinks(durability, stop);
     if (durability == Durability::Later)
-        SyncVolume(installationDirectory());
+        SyncVolume(settings().isStaging ? settings().staged : installationDirectory());
+}
+
+// Beside its place, or in the folder of staged files.
+VoFilePath PackageInstaller::buildPlace(const AdvertisedFileListing& file) const
+{
+    return settings().isStaging ? StagedFilePath(settings().staged, file.checksum()) : resolvedPath(file);
 }
 
 void PackageInstaller::buildFile(const InstallationPlan::File& planned, Durability durability, const VoStopFlag& stop)
 {
+    const bool isStaging = settings().isStaging;
     if (planned.type == FileDifference::Removed) {
-        diagnostic("Removing file: " + planned.path.path());
+        if (!isStaging)
+            diagnostic("Removing file: " + planned.path.path());
         return;
     }
     const AdvertisedFileListing& file = *advertisedPackage().file(planned.id);
-    const char* what = planned.type == FileDifference::Added ? "Adding file: " : "Updating file: ";
+    const VoFilePath place = buildPlace(file);
+    if (isStaged(planned))
+        return;
+    const char* what = isStaging                               ? "Staging file: "
+                       : planned.type == FileDifference::Added ? "Adding file: "
+                                                               : "Updating file: ";
     diagnostic(what + file.target().path());
     if (planned.copiedFrom.isNull())
-        chunkSource().build(file, resolvedPath(file), durability, stop);
+        chunkSource().build(file, place, durability, stop);
     else
-        copyFile(Expected(resolvedPath(file), file), planned.copiedFrom, durability, stop);
-    // A file that was and is none keeps what its user gave it.
+        copyFile(Expected(place, file), planned.copiedFrom, durability, stop);
+    if (isStaging)
+        PutInPlace(BuiltPath(place), place);
+    else
+        markBuilt(file);
+}
+
+// A file that was and is none keeps what its user gave it.
+void PackageInstaller::markBuilt(const AdvertisedFileListing& file)
+{
     const bool isProgram = m_private->attributes.programs.count(file.id()) > 0;
     if (isProgram || m_private->attributes.noPrograms.count(file.id()) > 0)
         SetExecutable(BuiltPath(resolvedPath(file)), isProgram);

@@ -60,6 +60,13 @@ protected:
     PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
                      VoUniquePtr<InstalledPackageListing> installed, const detail::InstallerSettings& settings);
 
+    /// The part of a run that needs no rights at the places of the files and changes nothing there: fetches what is
+    /// missing, and builds and checks the files to write in the folder that the settings name. Those that an earlier
+    /// call left there whole are kept. Throws what goes wrong, unwrapped.
+    void stage(const VoLocation& definition, const VoStopFlag& stop);
+    /// The files that a commit takes from there, each once. After stage().
+    VoDeque<VoFilePath> stagedFiles() const;
+
 private:
     using PlannedFiles = std::vector<const InstallationPlan::File*>;
 
@@ -72,6 +79,7 @@ private:
     void addFilesNotInPlace(const InstalledPackageListing& installed, PackageDifferences& differences) const;
     detail::FileClaims findClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
                                   detail::FileOwners& owners) const;
+    detail::ReusedFiles findStaged(const PackageDifferences& differences) const;
     void prepare() override;
     VoDeque<ChunkListing> chunksToObtain() const override;
     void requirePermitted() const;
@@ -79,8 +87,13 @@ private:
     bool isInPlace(const InstalledFileListing& record, const AdvertisedFileListing& file) const;
     detail::InstallationJournal journal() const;
     VoDeque<detail::TargetFile> targets() const;
+    VoFilePath buildPlace(const AdvertisedFileListing& file) const;
+    void requireAllStaged() const;
+    std::uint64_t bytesToStage() const;
+    bool isStaged(const InstallationPlan::File& planned) const;
     void buildFiles(const VoStopFlag& stop);
     void buildFile(const InstallationPlan::File& planned, detail::Durability durability, const VoStopFlag& stop);
+    void markBuilt(const AdvertisedFileListing& file);
     void buildLinks(detail::Durability durability, const VoStopFlag& stop);
     void copyFile(const detail::ExpectedFile& file, const VoFilePath& source, detail::Durability durability,
                   const VoStopFlag& stop);

@@ -363,6 +363,7 @@ TrustedReleases::Release TrustedReleases::Private::release(VoUniquePtr<Advertise
         proof->before = verdict.before;
         proof->versionID = result.package->versionID();
         proof->from = manifest->release(result.package->packageID(), result.package->versionID())->from;
+        proof->expires = policy.allowExpired ? VoTimePoint() : manifest->expires;
         proof->isOtherPublisher = verdict.isOtherPublisher;
         result.proof = std::move(proof);
     }

@@ -43,6 +43,7 @@ public:
         VerificationFailed = 17,       ///< BasicUpdateMessage: at least one file is not.
         InstallationFailed = 18,       ///< BasicUpdateMessage: with the reason as text.
         UninstallFailed = 19,          ///< UninstallFailedMessage
+        StagingComplete = 20,          ///< BasicUpdateMessage: the release is staged, and can be committed.
     };
 
     virtual ~AbstractMessage();
@@ -134,7 +135,8 @@ public:
     MESSAGE(FileMissing, Error)                                                                                        \
     MESSAGE(VerificationSuccess, Diagnostic)                                                                           \
     MESSAGE(VerificationFailed, Error)                                                                                 \
-    MESSAGE(InstallationFailed, Error)
+    MESSAGE(InstallationFailed, Error)                                                                                 \
+    MESSAGE(StagingComplete, Diagnostic)
 
 /// The same of BasicUninstallMessage.
 #define VOCORE_BASIC_UNINSTALL_MESSAGES(MESSAGE)                                                                       \

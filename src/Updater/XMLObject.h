@@ -30,6 +30,7 @@ public:
         ReleaseKeys = 11,       ///< ReleaseKeys
         TrustPin = 12,          ///< What is remembered of a package's publisher; of no use to others.
         ReleaseAttributes = 13, ///< ReleaseAttributes
+        StagedRelease = 15,     ///< What is noted of a staged release; of no use to others.
     };
 
     ~XMLObject() override;

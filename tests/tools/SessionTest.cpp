@@ -51,6 +51,6 @@ TEST_P(Session, GoesAsApproved)
 
 INSTANTIATE_TEST_SUITE_P(Typed, Session,
                          testing::Values("road", "others", "unrecorded", "damage", "links", "refused", "publishing",
-                                         "small", "json", "table", "zip", "lp", "help", "report", "update",
+                                         "small", "json", "staged", "table", "zip", "lp", "help", "report", "update",
                                          "completion"),
                          [](const auto& session) { return std::string(session.param); });

@@ -42,6 +42,7 @@ TextRows Files()
         {"updates/installed/PACKAGE.pin", "its publisher's keys, where its releases are signed"},
         {"updates/installed/rollout.id", "this installation's number in roll-outs"},
         {"updates/download/PACKAGE/", "chunks of an installation under way"},
+        {"updates/staged/", "releases that are staged, for vo commit"},
         {"updates/sources/PACKAGE.txt", "where the package was installed from, for vo repair and vo update"},
         {"vo-shell-history", "what was typed at vo shell"},
     };

@@ -5,20 +5,16 @@
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
 #include <vo/release/Downloads.h>
+#include <vo/release/InstallWatch.h>
 #include <vo/release/InstalledChoice.h>
 #include <vo/screen/PlanView.h>
 #include <vo/screen/Terminal.h>
-#include <vo/screen/UpdateProgress.h>
 
 #include <Updater/InstalledPackages.h>
 #include <Updater/PackageSources.h>
-#include <Updater/VoUpdater.h>
-
-#include <atomic>
 
 namespace vo::tool {
 
-using updater::AbstractMessage;
 using updater::InstallationPlan;
 using updater::InstalledPackages;
 using updater::PackageSources;
@@ -124,10 +120,9 @@ void RequireAllowed(const Session& session, const InstallJob& job)
     RequireAllowedFiles(session, plan);
 }
 
-void RecordSource(const InstallJob& job)
+void RecordSource(const VoUUID& packageID, updater::PackageSource source)
 {
-    const auto recorded = PackageSources::Recorded(job.plan.packageID);
-    updater::PackageSource source{job.definition, job.declarations};
+    const auto recorded = PackageSources::Recorded(packageID);
     // A definition that was named by itself does not make the document unknown that declares it.
     if (recorded && source.declarations.isNull() &&
         PackageSources::IsSamePlace(recorded->definition, source.definition))
@@ -135,34 +130,32 @@ void RecordSource(const InstallJob& job)
     const auto isSame = [](const VoLocation& a, const VoLocation& b) { return LocationText(a) == LocationText(b); };
     if (!recorded || !isSame(recorded->definition, source.definition) ||
         !isSame(recorded->declarations, source.declarations))
-        PackageSources::Record(job.plan.packageID, source);
+        PackageSources::Record(packageID, source);
+}
+
+void RecordSource(const InstallJob& job)
+{
+    RecordSource(job.plan.packageID, {job.definition, job.declarations});
+}
+
+void RecordStagedSource(const InstallJob& job)
+{
+    const auto recorded = PackageSources::Recorded(job.plan.packageID);
+    if (!job.plan.isInstalled || (recorded && PackageSources::IsSamePlace(recorded->definition, job.definition)))
+        RecordSource(job);
 }
 
 bool CarryOut(Session& session, InstallJob& job)
 {
-    std::atomic<bool> intact{true};
-    std::atomic<bool> recorded{false};
-    const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
-        ShowUpdateMessage(session.console, message);
-        if (message->type() == AbstractMessage::VerificationFailed)
-            intact = false;
-        // Before it starts, what was interrupted may be recorded.
-        if (message->type() == AbstractMessage::InstallationStarted)
-            recorded = false;
-        if (message->type() == AbstractMessage::PackagesUpdated)
-            recorded = true;
-    });
+    InstallWatch watch(session.console);
     job.plan.files.clear(); // may be many thousands, and the installation plans anew
     Doing(session.arguments, "install to", NameOf(session.arguments, job.directory), [&] {
         InstalledPackages::Install(std::move(job.package), job.definition, job.directory, session.stop,
                                    OptionsOfInstalling(session, job));
         RecordSource(job);
     });
-    session.console.endProgress();
-    if (!recorded)
-        throw Failure("the files are installed, but " + PathText(VoUpdater::InstalledPackagesPath()) +
-                      " cannot be written; the same command completes it");
-    return intact;
+    watch.requireRecorded();
+    return watch.isIntact();
 }
 
 ExitCode ShowPlan(Session& session, const InstallJob& job)

@@ -6,6 +6,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <Updater/InstallationOptions.h>
 #include <Updater/InstallationPlan.h>
+#include <Updater/PackageSources.h>
 
 #include <vector>
 
@@ -44,9 +45,15 @@ InstallJob PrepareInstall(const Session& session);
 /// belongs to no package
 void RequireAllowed(const Session& session, const InstallJob& job);
 
-/// Remembers where the release came from, also of one that was installed before from elsewhere, or by a run that was
+/// @{ Remembers where the release came from, also of one that was installed before from elsewhere, or by a run that was
 /// killed before it could.
+void RecordSource(const VoUUID& packageID, updater::PackageSource source);
 void RecordSource(const InstallJob& job);
+/// @}
+
+/// The same of a release that is staged, unless what is installed came from another place: which of the two counts is
+/// decided by the commit.
+void RecordStagedSource(const InstallJob& job);
 
 /// Installs, showing progress, and remembers where the release came from. Returns whether the check of the installed
 /// files at the end found them right.

@@ -1,5 +1,6 @@
 #include <Updater/detail/documents/UpdaterPaths.h>
 
+#include <Core/VoChecksum.h>
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
@@ -71,6 +72,11 @@ VoFilePath NextAttributesRecordPath(const VoFilePath& listing)
 VoDirectoryPath StagingPath(const VoUUID& packageID)
 {
     return VoUpdater::DownloadDirectory().directory(packageID.toString());
+}
+
+VoFilePath StagedFilePath(const VoDirectoryPath& folder, const VoChecksum& checksum)
+{
+    return folder.file(checksum.toString() + ".file");
 }
 
 } // namespace vo::updater::detail

@@ -51,5 +51,7 @@ VoFilePath NextAttributesRecordPath(const VoFilePath& listing);
 /// @}
 /// @}
 VoDirectoryPath StagingPath(const VoUUID& packageID); ///< Where its chunks are gathered.
+/// The file of a folder of staged files that has some content.
+VoFilePath StagedFilePath(const VoDirectoryPath& folder, const VoChecksum& checksum);
 
 } // namespace vo::updater::detail
