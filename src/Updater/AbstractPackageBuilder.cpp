@@ -294,6 +294,7 @@ void AbstractPackageBuilder::requireSound(const ReleaseAttributes& attributes,
     if (attributes.isEmpty())
         return;
     std::vector<const VoFilePath*> targets;
+    targets.reserve(sources.size() + m_private->targets.size());
     for (const SourceFile& file : sources)
         targets.push_back(&file.target);
     for (const auto& [folded, target] : m_private->targets)

@@ -2,7 +2,7 @@
 # Runs in a fresh root in which the packages were installed: a consumer is built, the tool is taken along its road.
 set -eu
 
-cp -r /usr/share/doc/libvocore-doc/examples/consumer /tmp/consumer
+cp -r "$(find /usr/share/doc -type d -path '*/examples/consumer')" /tmp/consumer
 cmake -S /tmp/consumer -B /tmp/consumer/build -G Ninja >/dev/null
 cmake --build /tmp/consumer/build >/dev/null
 export VOAPPDATAPATH=/tmp/data

@@ -87,7 +87,9 @@ ReleaseTree::End ReleaseTree::follow(const ReleaseAttributes::Link& link) const
             const std::string& way = node->second.to->toStdString();
             if (way.empty() || IsRooted(way))
                 return {LeadsOut};
-            rest = rest.empty() ? way : way + "\\" + rest;
+            if (!rest.empty())
+                rest.insert(0, 1, '\\');
+            rest.insert(0, way);
             continue;
         }
         end.path = next;
@@ -157,6 +159,7 @@ void ValidateAttributes(const ReleaseAttributes& attributes, const AdvertisedPac
     for (const AdvertisedFileListing& file : package.files())
         targets.push_back(file.target());
     std::vector<const VoFilePath*> files;
+    files.reserve(targets.size());
     for (const VoFilePath& target : targets)
         files.push_back(&target);
     ReleaseTree(files, attributes).validate();
