@@ -177,7 +177,7 @@ ReusedFiles PackageInstaller::rebuildWronglyMarked(const AttributePlan& attribut
     ReusedFiles unchanged;
     for (const VoUUID& id : attributes.behindLinks)
         claims.adoptedIDs.erase(id);
-    if (attributes.programs.empty() && attributes.noPrograms.empty())
+    if (!attributes.marksFiles)
         return unchanged;
     std::unordered_set<VoUUID> known;
     for (const FileDifference& difference : differences.fileDifferences())
@@ -520,12 +520,12 @@ void PackageInstaller::buildFile(const InstallationPlan::File& planned, Durabili
         markBuilt(file);
 }
 
-// A file that was and is none keeps what its user gave it.
+// Where neither release has programs, a file keeps what its user gave it.
 void PackageInstaller::markBuilt(const AdvertisedFileListing& file)
 {
-    const bool isProgram = m_private->attributes.programs.count(file.id()) > 0;
-    if (isProgram || m_private->attributes.noPrograms.count(file.id()) > 0)
-        SetExecutable(BuiltPath(resolvedPath(file)), isProgram);
+    const AttributePlan& attributes = m_private->attributes;
+    if (attributes.marksFiles)
+        SetExecutable(BuiltPath(resolvedPath(file)), attributes.programs.count(file.id()) > 0);
 }
 
 // When the files are built, so that there is what copies are made of.

@@ -39,8 +39,11 @@ void FindPrograms(AttributePlan& plan, const InstalledPackageListing* installed,
     const Targets now = ProgramsOf(&advertised);
     if (!MarksExecutables() || (now.empty() && ProgramsOf(installed).empty()))
         return;
-    for (const AdvertisedFileListing& file : advertised.files())
-        (now.count(Bytes(file.target())) > 0 ? plan.programs : plan.noPrograms).insert(file.id());
+    plan.marksFiles = true;
+    for (const AdvertisedFileListing& file : advertised.files()) {
+        if (now.count(Bytes(file.target())) > 0)
+            plan.programs.insert(file.id());
+    }
 }
 
 // The places above a path, each with a separator behind.
@@ -147,11 +150,10 @@ void ClaimLinks(const AttributePlan& plan, const InstalledPackageListing* instal
 
 bool IsMarkedWrongly(const AttributePlan& plan, const AdvertisedFileListing& file, const VoDirectoryPath& directory)
 {
-    const bool isProgram = plan.programs.count(file.id()) > 0;
-    if (!isProgram && plan.noPrograms.count(file.id()) == 0)
+    if (!plan.marksFiles)
         return false;
     const VoFilePath place = directory.appended(file.target());
-    return KindOf(place) == FileKind::File && IsExecutable(place) != isProgram;
+    return KindOf(place) == FileKind::File && IsExecutable(place) != (plan.programs.count(file.id()) > 0);
 }
 
 void ShowAttributes(const AttributePlan& attributes, InstallationPlan& plan)

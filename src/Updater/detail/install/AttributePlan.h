@@ -28,7 +28,7 @@ struct AttributePlan
     std::vector<bool> isMade;               ///< Whether each of them has to be made: it is not in place.
     std::vector<VoFilePath> removed;        ///< Links of the old release that go.
     std::unordered_set<VoUUID> programs;    ///< Files that are executable in the release.
-    std::unordered_set<VoUUID> noPrograms;  ///< All others, where one of the releases has some.
+    bool marksFiles = false;                ///< Whether one of the releases has some: no other file is one then.
     std::unordered_set<VoUUID> behindLinks; ///< Files in the place of what old links show that go.
     std::vector<VoDirectoryPath> folders;   ///< Of the release, in which nothing lies.
 
