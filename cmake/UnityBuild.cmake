@@ -33,6 +33,7 @@ set(vocore_compiled_alone
     src/Updater/detail/files/HeldTree.cpp
     src/Updater/detail/install/UpdatePlan.cpp
     src/Updater/detail/install/UpdateTransaction.cpp
+    src/Updater/detail/operations/StagedReleases.cpp
     src/Updater/detail/publish/ChunkWriter.cpp
     src/Updater/detail/publish/Clearance.cpp
     src/Updater/detail/registry/TrustPin.cpp
@@ -50,6 +51,7 @@ set(vocore_compiled_alone
     tests/Updater/PackageVerifierTest.cpp
     tests/Updater/ReleaseSignerTest.cpp
     tests/Updater/RemoteInstallTest.cpp
+    tests/Updater/StagedReleasesTest.cpp
     tests/Updater/TrustTest.cpp
     tests/XML/XMLDomTest.cpp
     tests/XML/XMLElementWriterTest.cpp

@@ -133,16 +133,6 @@ function(vocore_install_package)
         DESTINATION "${package_directory}" COMPONENT Development)
 endfunction()
 
-# The target "uninstall": removes what the last installation from this build wrote.
-function(vocore_add_uninstall)
-    if(PROJECT_IS_TOP_LEVEL AND NOT TARGET uninstall)
-        add_custom_target(uninstall
-            COMMAND "${CMAKE_COMMAND}" -D "MANIFEST=${PROJECT_BINARY_DIR}/install_manifest.txt"
-                -P "${PROJECT_SOURCE_DIR}/cmake/Uninstall.cmake"
-            VERBATIM)
-    endif()
-endfunction()
-
 # vocore_test(Name SOURCES file... [LIBRARIES target...] [DEFINITIONS definition...])
 # Adds one test program of GoogleTest cases, with the shared fixtures and matchers.
 function(vocore_test name)

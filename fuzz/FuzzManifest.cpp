@@ -1,12 +1,17 @@
 #include "Fuzz.h"
 
 #include <Signing/Signature.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/ReleaseKeys.h>
 #include <Updater/ReleaseManifest.h>
+#include <Updater/ReleasePatches.h>
+#include <Updater/detail/documents/ReleaseTree.h>
 
 using namespace vo::fuzz;
+using vo::updater::ReleaseAttributes;
 using vo::updater::ReleaseKeys;
 using vo::updater::ReleaseManifest;
+using vo::updater::ReleasePatches;
 
 namespace {
 
@@ -28,6 +33,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const VoString bytes(reinterpret_cast<const char*>(data), size);
     ReadAndWrite<ReleaseManifest>(bytes);
     ReadAndWrite<ReleaseKeys>(bytes);
+    ReadAndWrite<ReleaseAttributes>(bytes);
+    ReadAndWrite<ReleasePatches>(bytes);
+    Allow([&] {
+        const auto attributes = ReleaseAttributes::Parse(bytes, "input");
+        const VoFilePath file("so\\l.so.1");
+        const vo::updater::detail::ReleaseTree tree({&file}, attributes);
+        tree.copies();
+        tree.validate();
+    });
     Allow([&] { vo::signing::Signature::Parse(bytes).toString(); });
     return 0;
 }

@@ -29,14 +29,15 @@ UPWARDS = {
 # The rooms of Updater/detail, and the public files that stand in the row of each.
 ROOMS = {
     "documents": ["XMLObject", "Abstract*Listing", "AbstractPackage", "Advertised*", "Chunk*Listing", "Installed*Listing",
-                  "PackageDifferences", "ReleaseKeys", "ReleaseManifest", "ReleasePatches", "ReleaseSigning", "TrustPolicy",
+                  "PackageDifferences", "ReleaseAttributes", "ReleaseKeys", "ReleaseManifest", "ReleasePatches",
+                  "ReleaseSigning", "TrustPolicy", "VoStagedReleaseException",
                   "VoUntrustedReleaseException", "VoUpdater", "VoDataProgress"],
     "files": [],
     "publish": ["AbstractPackageBuilder", "PackageBuilder", "UpdatePackageBuilder", "PackingOrder", "ReleaseSigner"],
-    "registry": [],
+    "registry": ["PackageSources"],
     "install": ["UpdateMessages", "AbstractPackageInstaller", "PackageInstaller", "PackageVerifier", "InstallationOptions",
                 "InstallationPlan", "UpdateCost", "VerificationReport", "VoInstallationFailedException"],
-    "operations": ["InstalledPackages", "TrustedReleases"],
+    "operations": ["InstalledPackages*", "PackageUpdate", "StagedInstallation", "TrustedReleases"],
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 

@@ -9,12 +9,10 @@
 #include <stdexcept>
 #include <utility>
 
-namespace vo::detail {
-
 /// What VoDeque, VoList and VoVector share: the standard container `Container` behind checked access, in the library's
 /// spelling and in the standard one. `Derived` is the class that the chaining members return.
 template <typename Derived, typename Container>
-class ContainerBase
+class VoContainerBase
 {
 public:
     using value_type = typename Container::value_type;           ///< Type of the elements.
@@ -174,27 +172,28 @@ public:
     /// @}
 
     /// Exchanges the contents.
-    void swap(Derived& other) noexcept { m_items.swap(static_cast<ContainerBase&>(other).m_items); }
+    void swap(Derived& other) noexcept { m_items.swap(static_cast<VoContainerBase&>(other).m_items); }
 
     /// Equal sizes and, position by position, equal elements.
     friend bool operator==(const Derived& a, const Derived& b)
     {
-        return static_cast<const ContainerBase&>(a).m_items == static_cast<const ContainerBase&>(b).m_items;
+        return static_cast<const VoContainerBase&>(a).m_items == static_cast<const VoContainerBase&>(b).m_items;
     }
     /// Some element or the size differs.
     friend bool operator!=(const Derived& a, const Derived& b) { return !(a == b); }
 
+    /// @cond INTERNAL
 protected:
-    ContainerBase() = default;
-    explicit ContainerBase(Container items)
+    VoContainerBase() = default;
+    explicit VoContainerBase(Container items)
         : m_items(std::move(items))
     {
     }
-    ~ContainerBase() = default;
-    ContainerBase(const ContainerBase&) = default;
-    ContainerBase(ContainerBase&&) = default;
-    ContainerBase& operator=(const ContainerBase&) = default;
-    ContainerBase& operator=(ContainerBase&&) = default;
+    ~VoContainerBase() = default;
+    VoContainerBase(const VoContainerBase&) = default;
+    VoContainerBase(VoContainerBase&&) = default;
+    VoContainerBase& operator=(const VoContainerBase&) = default;
+    VoContainerBase& operator=(VoContainerBase&&) = default;
 
     // Does what takes memory for a number of elements that the caller named.
     template <typename Function>
@@ -203,28 +202,27 @@ protected:
         try {
             return function();
         } catch (const std::bad_alloc&) {
-            ThrowBadAlloc("elements of a container");
+            vo::detail::ThrowBadAlloc("elements of a container");
         } catch (const std::length_error&) {
-            ThrowBadAlloc("number of elements of a container");
+            vo::detail::ThrowBadAlloc("number of elements of a container");
         }
     }
 
     void requireNotEmpty() const
     {
         if (m_items.empty())
-            ThrowIndexOutOfBounds(0, 0);
+            vo::detail::ThrowIndexOutOfBounds(0, 0);
     }
 
     void requireIndex(std::size_t index) const
     {
         if (index >= m_items.size())
-            ThrowIndexOutOfBounds(index, m_items.size());
+            vo::detail::ThrowIndexOutOfBounds(index, m_items.size());
     }
 
     Container m_items;
 
 private:
     Derived& self() { return static_cast<Derived&>(*this); }
+    /// @endcond
 };
-
-} // namespace vo::detail

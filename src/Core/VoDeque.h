@@ -128,10 +128,10 @@ private:
 /// Adding at either end keeps references to the other elements valid. An empty one takes no memory of its own. A value:
 /// copies copy the elements, a moved-from one is empty, and moving never throws. Not synchronised.
 template <typename T>
-class VoDeque : public vo::detail::ContainerBase<VoDeque<T>, vo::detail::LazyDeque<T>>
+class VoDeque : public VoContainerBase<VoDeque<T>, vo::detail::LazyDeque<T>>
 {
     using Items = vo::detail::LazyDeque<T>;
-    using Base = vo::detail::ContainerBase<VoDeque<T>, Items>;
+    using Base = VoContainerBase<VoDeque<T>, Items>;
 
 public:
     using typename Base::const_reference;

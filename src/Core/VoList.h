@@ -7,9 +7,9 @@
 /// A linked list in the interface of VoDeque, without index access. References stay valid until their element is
 /// removed.
 template <typename T>
-class VoList : public vo::detail::ContainerBase<VoList<T>, std::list<T>>
+class VoList : public VoContainerBase<VoList<T>, std::list<T>>
 {
-    using Base = vo::detail::ContainerBase<VoList<T>, std::list<T>>;
+    using Base = VoContainerBase<VoList<T>, std::list<T>>;
 
 public:
     /// Empty.

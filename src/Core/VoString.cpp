@@ -1,6 +1,7 @@
 #include <Core/VoString.h>
 
 #include <Core/VoBase64.h>
+#include <Core/VoException.h>
 #include <Core/VoHostTypes.h>
 #include <Core/VoThrow.h>
 #include <Core/VoUUID.h>
@@ -11,6 +12,7 @@
 #include <QtCore/QString>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -674,6 +676,25 @@ double VoString::toDouble() const
 std::size_t VoString::toSizeT() const
 {
     return vo::detail::ParseSize(*m_text);
+}
+
+std::int64_t VoString::requireInteger() const
+{
+    const auto value = vo::detail::ParseInteger(*m_text);
+    if (!value)
+        throw VoInvalidParameterException("Not a whole number of 64 bits: " + *this);
+    return *value;
+}
+
+double VoString::requireDouble() const
+{
+    // What else the C library reads as a number: white space, a plus sign, hexadecimal digits, "inf" and "nan".
+    const bool isDecimal = !isEmpty() && m_text->find_first_not_of("0123456789.-+eE") == std::string::npos;
+    const vo::detail::ParsedDouble parsed =
+        isDecimal && m_text->front() != '+' ? vo::detail::ParseDouble(*m_text) : vo::detail::ParsedDouble();
+    if (parsed.consumed == 0 || parsed.consumed != size() || !std::isfinite(parsed.value))
+        throw VoInvalidParameterException("Not a finite number: " + *this);
+    return parsed.value;
 }
 
 VoString VoString::ToString(double value)

@@ -2,9 +2,11 @@
 
 #include <Core/VoComparableString.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -29,7 +31,8 @@ template <typename T>
 inline constexpr bool IsArithmeticButNotChar = std::is_arithmetic_v<T> && !std::is_same_v<T, char>;
 
 template <typename T>
-inline constexpr bool IsForeignString = std::is_same_v<T, QString> || std::is_same_v<T, std::string>;
+inline constexpr bool IsForeignString =
+    std::is_same_v<T, QString> || std::is_same_v<T, std::string> || std::is_same_v<T, std::string_view>;
 
 } // namespace vo::detail
 /// @endcond
@@ -49,6 +52,9 @@ inline constexpr bool IsForeignString = std::is_same_v<T, QString> || std::is_sa
 class VOCORE_EXPORT VoString : public VoComparableString
 {
 public:
+    using value_type = char;            ///< As algorithms and inserters of the standard library ask for it.
+    using const_iterator = const char*; ///< See begin().
+
     /// The alphabet that Random() draws from. Values above 4 mean Alphanumeric.
     enum RandomType : std::int32_t
     {
@@ -87,6 +93,14 @@ public:
     template <typename C, std::enable_if_t<std::is_same_v<C, char>, int> = 0>
     VoString(C c)
         : VoString(c, 1)
+    {
+    }
+
+    /// A copy of the viewed bytes, zero bytes included. Deduces the type exactly, so that it competes with none of the
+    /// other texts.
+    template <typename V, std::enable_if_t<std::is_same_v<V, std::string_view>, int> = 0>
+    explicit VoString(V view)
+        : VoString(view.data(), view.size())
     {
     }
 
@@ -165,6 +179,15 @@ public:
         return m_text->data() + m_text->size();
     } ///< Past the last byte.
 
+    const char* cbegin() const noexcept
+    {
+        return begin();
+    } ///< The first byte.
+    const char* cend() const noexcept
+    {
+        return end();
+    } ///< Past the last byte.
+
     const std::locale& locale() const final;
 
     // Overridden for speed only: the own bytes and the locale's record need no virtual call.
@@ -212,6 +235,10 @@ public:
     }
     template <typename T, std::enable_if_t<vo::detail::IsArithmeticButNotChar<T>, int> = 0>
     VoString& operator+=(T) = delete;
+    void push_back(char c)
+    {
+        appendByte(c);
+    } ///< Adds one byte, as inserters do.
 
     void resize(std::size_t size, char fill); ///< Cuts the end, or grows with `fill`.
 
@@ -280,6 +307,13 @@ public:
         return *m_text;
     }                           ///< The held bytes.
     std::string& toStdString(); ///< The held bytes, to be changed.
+    /// The held bytes, zero bytes included, as a view that ends with the string's next change. Not by conversion: it
+    /// would compete with the one to a pointer.
+    std::string_view toStdStringView() const& noexcept
+    {
+        return *m_text;
+    }
+    std::string_view toStdStringView() const&& = delete; ///< Would dangle.
     const char* c_str() const
     {
         return m_text->c_str();
@@ -328,6 +362,14 @@ public:
     /// The unsigned number that the text starts with, as a classic stream extracts it: 0 when there is none, the
     /// largest value when it does not fit, and a leading "-" wraps around.
     std::size_t toSizeT() const;
+
+    /// The number that the whole text is: an optional "-" and digits, nothing before, between or behind them.
+    /// @throws VoInvalidParameterException "Not a whole number of 64 bits: " and the text
+    std::int64_t requireInteger() const;
+    /// The number that the whole text is: an optional "-", decimal digits with an optional "." among them, an optional
+    /// exponent, nothing before or behind. What is too small becomes 0.
+    /// @throws VoInvalidParameterException "Not a finite number: " and the text, also for one that is too large
+    double requireDouble() const;
     /// @}
 
     /// @name Making texts
@@ -391,7 +433,7 @@ using IfStringAndForeign =
     std::enable_if_t<std::conjunction_v<std::bool_constant<IsForeignString<S>>, std::is_base_of<VoComparableString, A>>,
                      bool>;
 
-inline VoStringView TextOf(const std::string& text)
+inline VoStringView TextOf(std::string_view text)
 {
     return VoStringView(text.data(), text.size());
 }
@@ -404,7 +446,7 @@ VoString TextOf(const Q& text)
 } // namespace vo::detail
 /// @endcond
 
-/// @name Comparison with QString and std::string
+/// @name Comparison with QString, std::string and std::string_view
 /// The library's string decides how case counts, on either side.
 /// @{
 /// Equal texts.

@@ -3,6 +3,8 @@
 #include <Core/VoComparableString.h>
 
 #include <functional>
+#include <string_view>
+#include <type_traits>
 
 /// A range of bytes of a VoString or of a text, without a copy, with the locale of the string that it views.
 ///
@@ -21,6 +23,9 @@ public:
     explicit VoStringView(Private&& state) noexcept;
     /// @endcond
 
+    using value_type = char;            ///< As algorithms of the standard library ask for it.
+    using const_iterator = const char*; ///< See begin().
+
     /// As large a length as any: "to the end".
     static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
@@ -33,6 +38,13 @@ public:
     VoStringView(const VoString&&, std::size_t, std::size_t) = delete; ///< Would dangle.
     VoStringView(const char* text);                      ///< The bytes up to the terminator, with the global locale.
     VoStringView(const char* bytes, std::size_t length); ///< `length` bytes, with the global locale.
+
+    /// The viewed bytes, with the global locale. Deduces the type exactly, so that it competes with none of the others.
+    template <typename V, std::enable_if_t<std::is_same_v<V, std::string_view>, int> = 0>
+    explicit VoStringView(V view)
+        : VoStringView(view.data(), view.size())
+    {
+    }
 
     VoStringView(const VoStringView& other);     ///< The same bytes.
     VoStringView(VoStringView&& other) noexcept; ///< `other` becomes an empty view.
@@ -62,6 +74,11 @@ public:
     /// The index of the last byte equal to c (exactly) at or before the index `from`.
     /// @throws VoNotFoundException "Item not found: " + c, when there is none
     std::size_t findLastOf(char c, std::size_t from = npos) const;
+
+    /// The viewed bytes, valid as long as they are.
+    std::string_view toStdStringView() const noexcept { return {begin(), size()}; }
+    const char* cbegin() const noexcept { return begin(); } ///< The first byte.
+    const char* cend() const noexcept { return end(); }     ///< Past the last byte.
 
     int toInt() const;         ///< Like VoString::toInt().
     QString toQString() const; ///< Like VoString::toQString().

@@ -10,10 +10,10 @@
 ///
 /// There is no VoVector<bool>: its elements would be neither contiguous nor references; use unsigned char.
 template <typename T>
-class VoVector : public vo::detail::ContainerBase<VoVector<T>, std::vector<T>>
+class VoVector : public VoContainerBase<VoVector<T>, std::vector<T>>
 {
     static_assert(!std::is_same_v<T, bool>, "VoVector<bool> has no contiguous elements; use unsigned char");
-    using Base = vo::detail::ContainerBase<VoVector<T>, std::vector<T>>;
+    using Base = VoContainerBase<VoVector<T>, std::vector<T>>;
 
 public:
     using typename Base::const_reference;

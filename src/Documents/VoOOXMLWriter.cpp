@@ -9,6 +9,7 @@
 #include <Documents/VoOOXMLWriterSpreadsheet.h>
 #include <Documents/VoZipArchive.h>
 #include <Documents/VoZipFile.h>
+#include <Documents/detail/CellStyles.h>
 #include <FileSystem/VoFilePath.h>
 #include <Subsystem/VoLogging.h>
 #include <XML/VoXMLStreamElementWriter.h>
@@ -26,6 +27,7 @@ namespace {
 constexpr const char* ContentTypesPart = "[Content_Types].xml";
 constexpr const char* OfficeRelations = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
 constexpr const char* PackageRelations = "http://schemas.openxmlformats.org/package/2006/relationships";
+constexpr const char* SpreadsheetNamespace = "http://schemas.openxmlformats.org/spreadsheetml/2006/main";
 constexpr int LongestName = 31;
 
 // What spreadsheet programs accept as the name of a sheet.
@@ -78,6 +80,7 @@ struct VoOOXMLWriter::Private
     VoFilePath path;
     FileType type;
     bool closed = false;
+    bool hasStyles = false; // some worksheet has a look
     VoSharedPtr<VoOOXMLWriterSpreadsheet> current;
     VoDeque<Document> documents;
 };
@@ -113,12 +116,28 @@ VoOOXMLWriter::~VoOOXMLWriter()
 
 VoSharedPtr<VoOOXMLWriterSpreadsheet> VoOOXMLWriter::addSheet(const VoString& name)
 {
+    return keepSheet(name, VoSharedPtr<VoOOXMLWriterSpreadsheet>::Make(beginSheet(name)));
+}
+
+VoSharedPtr<VoOOXMLWriterSpreadsheet> VoOOXMLWriter::addSheet(const VoString& name, const VoWorksheetLook& look)
+{
+    const auto sheet = VoSharedPtr<VoOOXMLWriterSpreadsheet>::Make(beginSheet(name), look);
+    m_private->hasStyles = true;
+    return keepSheet(name, sheet);
+}
+
+VoWeakPtr<VoIODevice> VoOOXMLWriter::beginSheet(const VoString& name)
+{
     requireNewName(name);
     closeDocument();
-    const VoString part(PartName(name));
-    const VoWeakPtr<VoIODevice> entry = m_private->archive.open("xl/worksheets/" + part, VoZipArchive::Default);
-    m_private->current = VoSharedPtr<VoOOXMLWriterSpreadsheet>::Make(entry);
-    m_private->documents.pushBack({name, "rId" + VoString(m_private->documents.size() + 1), part});
+    return m_private->archive.open("xl/worksheets/" + VoString(PartName(name)), VoZipArchive::Default);
+}
+
+VoSharedPtr<VoOOXMLWriterSpreadsheet> VoOOXMLWriter::keepSheet(const VoString& name,
+                                                               VoSharedPtr<VoOOXMLWriterSpreadsheet> sheet)
+{
+    m_private->current = std::move(sheet);
+    m_private->documents.pushBack({name, "rId" + VoString(m_private->documents.size() + 1), VoString(PartName(name))});
     return m_private->current;
 }
 
@@ -134,6 +153,8 @@ void VoOOXMLWriter::close()
     writePackageRelations();
     writeWorkbookRelations();
     writeWorkbook();
+    if (m_private->hasStyles)
+        writeStyles();
     m_private->archive.close();
 }
 
@@ -176,6 +197,9 @@ void VoOOXMLWriter::writeContentTypes()
             for (const auto& document : m_private->documents)
                 add(types, "Override", {"PartName", "/xl/worksheets/" + document.part},
                     "application/vnd.openxmlformats-officedocument.spreadsheetml.worksheet+xml");
+            if (m_private->hasStyles)
+                add(types, "Override", {"PartName", "/xl/styles.xml"},
+                    "application/vnd.openxmlformats-officedocument.spreadsheetml.styles+xml");
         });
 }
 
@@ -194,18 +218,22 @@ void VoOOXMLWriter::writeWorkbookRelations()
 {
     m_private->writePart("xl/_rels/workbook.xml.rels", "Relationships", PackageRelations,
                          [this](VoXMLStreamWriter&, VoXMLElementWriter& relations) {
-                             for (const auto& document : m_private->documents) {
-                                 const auto sheet = relations.createElement("Relationship");
-                                 sheet->writeAttribute("Target", "worksheets/" + document.part);
-                                 sheet->writeAttribute("Id", document.rId);
-                                 sheet->writeAttribute("Type", OfficeRelations + VoString("/worksheet"));
-                             }
+                             const auto relate = [&](const VoString& target, const VoString& id, const char* type) {
+                                 const auto relation = relations.createElement("Relationship");
+                                 relation->writeAttribute("Target", target);
+                                 relation->writeAttribute("Id", id);
+                                 relation->writeAttribute("Type", OfficeRelations + VoString(type));
+                             };
+                             for (const auto& document : m_private->documents)
+                                 relate("worksheets/" + document.part, document.rId, "/worksheet");
+                             if (m_private->hasStyles)
+                                 relate("styles.xml", "rId" + VoString(m_private->documents.size() + 1), "/styles");
                          });
 }
 
 void VoOOXMLWriter::writeWorkbook()
 {
-    m_private->writePart("xl/workbook.xml", "workbook", "http://schemas.openxmlformats.org/spreadsheetml/2006/main",
+    m_private->writePart("xl/workbook.xml", "workbook", SpreadsheetNamespace,
                          [this](VoXMLStreamWriter& xml, VoXMLElementWriter& workbook) {
                              xml.writeNamespace(OfficeRelations, "r");
                              const auto sheets = workbook.createElement("sheets");
@@ -217,4 +245,10 @@ void VoOOXMLWriter::writeWorkbook()
                                  sheet->writeAttribute("r:id", document.rId);
                              }
                          });
+}
+
+void VoOOXMLWriter::writeStyles()
+{
+    m_private->writePart("xl/styles.xml", "styleSheet", SpreadsheetNamespace,
+                         [](VoXMLStreamWriter&, VoXMLElementWriter& styles) { vo::detail::WriteCellStyles(styles); });
 }

@@ -3,11 +3,13 @@
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
 #include <Core/VoSharedPtr.h>
+#include <Core/VoWeakPtr.h>
 
 #include <cstdint>
 #include <memory>
 
 class VoOOXMLWriterSpreadsheet;
+struct VoWorksheetLook;
 
 /// Writes a workbook in the Office Open XML format (an XLSX file), straight into its zip archive: one worksheet after
 /// another, and what holds them together at the end.
@@ -48,6 +50,9 @@ public:
     ///        none of them a control character or of : \ / ? * [ ], no apostrophe at either end, and is not blank; the
     ///        current worksheet stays open
     VoSharedPtr<VoOOXMLWriterSpreadsheet> addSheet(const VoString& name);
+    /// The same for a worksheet with a look. A workbook without any is the same, byte for byte, as before there were
+    /// looks.
+    VoSharedPtr<VoOOXMLWriterSpreadsheet> addSheet(const VoString& name, const VoWorksheetLook& look);
 
     /// Completes the workbook and closes the file. Only the first call does anything; after a failure the file is no
     /// valid workbook.
@@ -59,6 +64,9 @@ public:
 private:
     struct Private;
 
+    VoWeakPtr<VoIODevice> beginSheet(const VoString& name);
+    VoSharedPtr<VoOOXMLWriterSpreadsheet> keepSheet(const VoString& name, VoSharedPtr<VoOOXMLWriterSpreadsheet> sheet);
+    void writeStyles();
     void requireNewName(const VoString& name) const;
     void closeDocument();
     void requireSpreadsheet() const;

@@ -3,8 +3,21 @@
 #include <Documents/VoOOXMLWriterDocument.h>
 
 #include <Core/VoForward.h>
+#include <Time/VoDate.h>
+#include <Time/VoTimeOfDay.h>
 
 #include <cstddef>
+#include <optional>
+#include <vector>
+
+/// How a worksheet looks to people who open it. A plain value.
+struct VOCORE_EXPORT VoWorksheetLook
+{
+    std::size_t headerRows = 0; ///< So many rows at the top are bold, and stay while the others are scrolled.
+    /// The widths of the first columns, in characters of the usual font; 0 for the program's own width. What is more
+    /// than programs allow is taken for their most, 255.
+    std::vector<double> columnWidths{};
+};
 
 /// Writes one worksheet of an XLSX workbook, row by row and cell by cell, in one pass: memory does not grow with the
 /// rows. VoOOXMLWriter::addSheet() makes it.
@@ -22,6 +35,10 @@ public:
     /// Begins a worksheet on a device.
     /// @throws VoInvalidCallException "Document writer has no valid device"
     explicit VoOOXMLWriterSpreadsheet(VoWeakPtr<VoIODevice> device);
+    /// Begins a worksheet with a look. Its cells refer to the styles that VoOOXMLWriter adds to the workbook: whole
+    /// numbers are shown without an exponent, dates as dates.
+    /// @throws VoInvalidCallException as above
+    VoOOXMLWriterSpreadsheet(VoWeakPtr<VoIODevice> device, const VoWorksheetLook& look);
     /// Share the worksheet; a moved-from one is not alive.
     /// @{
     VoOOXMLWriterSpreadsheet(const VoOOXMLWriterSpreadsheet& other);
@@ -45,6 +62,11 @@ public:
     ///         nothing is written then
     void addCell(const VoVariant& value, std::size_t columnSpan = 1, std::size_t rowSpan = 1);
 
+    /// Writes a date, or a date with a time of that day to the millisecond, as addCell() does a value. In a worksheet
+    /// without a look, and before 1900-03-01, which spreadsheet programs count differently, it is a text.
+    /// @throws VoInvalidCallException as addCell()
+    void addDate(VoDate date, std::optional<VoTimeOfDay> time = std::nullopt);
+
     /// The column, counted from 1, in which the next addCell() of the open row writes; 1 when no row is open.
     std::size_t nextColumn() const noexcept;
 
@@ -60,6 +82,11 @@ private:
     struct Private;
 
     Private& requireAlive();
+    void startWorksheet();
+    void writeFrozenRows();
+    void writeColumnWidths(const std::vector<double>& widths);
+    std::size_t openCell(Private& sheet);
+    void closeCell(Private& sheet);
     void writeEmptyCells(Private& sheet);
     void flush(Private& sheet, std::size_t atLeast);
     void writeMerges(const Private& sheet);

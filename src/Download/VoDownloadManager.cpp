@@ -367,24 +367,24 @@ VoPair<VoUUID, VoReceiver> VoDownloadManager::RequestDownload(VoSharedPtr<VoGrou
     return Get().m_private->request(request, std::move(callback));
 }
 
-std::future<void> VoDownloadManager::RequestFuture(VoSharedPtr<VoDownloadRequest> request)
+VoDownloadFuture VoDownloadManager::RequestFuture(VoSharedPtr<VoDownloadRequest> request)
 {
-    return Get().m_private->future(request, {});
+    return VoDownloadFuture(Get().m_private->future(request, {}));
 }
 
-std::future<void> VoDownloadManager::RequestFuture(VoSharedPtr<VoGroupedDownloadRequest> request)
+VoDownloadFuture VoDownloadManager::RequestFuture(VoSharedPtr<VoGroupedDownloadRequest> request)
 {
-    return Get().m_private->future(request, {});
+    return VoDownloadFuture(Get().m_private->future(request, {}));
 }
 
-std::future<void> VoDownloadManager::RequestFuture(VoSharedPtr<VoDownloadRequest> request, Callback callback)
+VoDownloadFuture VoDownloadManager::RequestFuture(VoSharedPtr<VoDownloadRequest> request, Callback callback)
 {
-    return Get().m_private->future(request, std::move(callback));
+    return VoDownloadFuture(Get().m_private->future(request, std::move(callback)));
 }
 
-std::future<void> VoDownloadManager::RequestFuture(VoSharedPtr<VoGroupedDownloadRequest> request, Callback callback)
+VoDownloadFuture VoDownloadManager::RequestFuture(VoSharedPtr<VoGroupedDownloadRequest> request, Callback callback)
 {
-    return Get().m_private->future(request, std::move(callback));
+    return VoDownloadFuture(Get().m_private->future(request, std::move(callback)));
 }
 
 void VoDownloadManager::RequestWait(const VoUrl& url, const VoFilePath& path)

@@ -2,9 +2,9 @@
 
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
+#include <Download/VoDownloadFuture.h>
 
 #include <functional>
-#include <future>
 #include <memory>
 
 class VoDownloadNotification;
@@ -67,13 +67,14 @@ public:
     /// @}
 
     /// Start a download and give a future. It becomes ready when the download has ended, after its last notification;
-    /// get() throws VoDownloadException when it failed. Waiting for it on the thread that owns the service never ends.
+    /// get() throws VoDownloadException when it failed. On the thread that owns the service waiting would never end:
+    /// there it throws; see VoDownloadFuture.
     /// @{
-    [[nodiscard]] static std::future<void> RequestFuture(VoSharedPtr<VoDownloadRequest> request);
-    [[nodiscard]] static std::future<void> RequestFuture(VoSharedPtr<VoGroupedDownloadRequest> request);
-    [[nodiscard]] static std::future<void> RequestFuture(VoSharedPtr<VoDownloadRequest> request, Callback callback);
-    [[nodiscard]] static std::future<void> RequestFuture(VoSharedPtr<VoGroupedDownloadRequest> request,
-                                                         Callback callback);
+    [[nodiscard]] static VoDownloadFuture RequestFuture(VoSharedPtr<VoDownloadRequest> request);
+    [[nodiscard]] static VoDownloadFuture RequestFuture(VoSharedPtr<VoGroupedDownloadRequest> request);
+    [[nodiscard]] static VoDownloadFuture RequestFuture(VoSharedPtr<VoDownloadRequest> request, Callback callback);
+    [[nodiscard]] static VoDownloadFuture RequestFuture(VoSharedPtr<VoGroupedDownloadRequest> request,
+                                                        Callback callback);
     /// @}
 
     /// Start a download and wait for its end. They return when the download is complete and throw VoDownloadException

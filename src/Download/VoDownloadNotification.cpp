@@ -192,6 +192,11 @@ const VoDownloadSize& VoDownloadProgressNotification::received() const noexcept
     return m_received;
 }
 
+const VoDownloadSize& VoDownloadProgressNotification::processed() const noexcept
+{
+    return m_received;
+}
+
 const VoDownloadSize& VoDownloadProgressNotification::total() const noexcept
 {
     return m_total;

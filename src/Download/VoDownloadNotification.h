@@ -131,6 +131,7 @@ public:
 
     Type type() const override;                          ///< Progress
     const VoDownloadSize& received() const noexcept;     ///< Bytes received.
+    const VoDownloadSize& processed() const noexcept;    ///< The same, as the updater's messages call it.
     const VoDownloadSize& total() const noexcept;        ///< Bytes there are; unknown when a server does not tell.
     const VoTransferRate& transferRate() const noexcept; ///< Bytes per second, smoothed.
 

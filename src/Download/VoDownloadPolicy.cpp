@@ -1,6 +1,63 @@
 #include <Download/VoDownloadPolicy.h>
 
+#include <Core/VoException.h>
+
 #include <algorithm>
+#include <iterator>
+#include <string_view>
+
+namespace {
+
+bool IsToken(const VoString& name)
+{
+    constexpr std::string_view others = "!#$%&'*+-.^_`|~";
+    return !name.isEmpty() && std::all_of(name.begin(), name.end(), [&](char c) {
+        return VoString::IsLetter(c) || (c >= '0' && c <= '9') || others.find(c) != std::string_view::npos;
+    });
+}
+
+bool IsOurs(const VoString& name)
+{
+    constexpr const char* ours[] = {"Accept-Encoding",
+                                    "Cache-Control",
+                                    "Connection",
+                                    "Content-Length",
+                                    "Host",
+                                    "If-None-Match",
+                                    "Pragma",
+                                    "Range",
+                                    "TE",
+                                    "Trailer",
+                                    "Transfer-Encoding",
+                                    "Upgrade"};
+    return std::any_of(std::begin(ours), std::end(ours), [&](const char* own) { return name == own; });
+}
+
+// A line end would begin another header.
+bool HasControls(const VoString& value)
+{
+    return std::any_of(value.begin(), value.end(),
+                       [](char c) { return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7f; });
+}
+
+} // namespace
+
+void VoDownloadPolicy::setHeader(const VoString& name, const VoString& value)
+{
+    if (!IsToken(name))
+        throw VoInvalidParameterException("Invalid header name: " + name);
+    if (IsOurs(name))
+        throw VoInvalidParameterException("Header is the download service's own: " + name);
+    if (HasControls(value))
+        throw VoInvalidParameterException("Invalid value of header: " + name);
+    for (VoPair<VoString, VoString>& header : m_headers) {
+        if (header.first == name) {
+            header.second = value;
+            return;
+        }
+    }
+    m_headers.pushBack(VoPair<VoString, VoString>(name, value));
+}
 
 VoTimeDuration VoDownloadPolicy::delayBefore(unsigned retry, double jitter) const noexcept
 {

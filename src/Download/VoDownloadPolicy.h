@@ -3,6 +3,7 @@
 #include <Core/VoDeque.h>
 #include <Core/VoExport.h>
 #include <Core/VoForward.h>
+#include <Core/VoPair.h>
 #include <Core/VoString.h>
 #include <Download/VoDownloadSize.h>
 #include <Download/VoTransferRate.h>
@@ -93,6 +94,20 @@ struct VOCORE_EXPORT VoDownloadPolicy
     /// place is asked like this, and no grouped download: the words of one server mean nothing to another.
     VoString knownTag;
 
+    /// @name Request headers
+    /// Headers that requests carry besides the service's own, such as "Authorization". They go to the server of the
+    /// file's own URL (scheme, host and port) only: neither mirrors nor the targets of redirects see them, and they are
+    /// never logged.
+    /// @{
+    /// Adds a header; one of the same name is replaced.
+    /// @throws VoInvalidParameterException "Invalid header name: " and the name, unless it is made of the characters
+    ///         that names may have; "Header is the download service's own: " and the name, for those that it sets
+    ///         itself or that concern the connection; "Invalid value of header: " and the name, when the value has
+    ///         control characters
+    void setHeader(const VoString& name, const VoString& value);
+    const VoDeque<VoPair<VoString, VoString>>& headers() const noexcept { return m_headers; } ///< Names and values.
+    /// @}
+
     /// @name Mirrors
     /// A file whose URL begins with @ref mirrored is also to be had at each of the mirrors, with that beginning
     /// replaced. After a failure on the way or at the server, a missing file included, the next place is asked at once.
@@ -114,4 +129,7 @@ struct VOCORE_EXPORT VoDownloadPolicy
 
     /// The places of the file at `url`: itself, then those at the mirrors.
     VoDeque<VoUrl> locations(const VoUrl& url) const;
+
+private:
+    VoDeque<VoPair<VoString, VoString>> m_headers;
 };

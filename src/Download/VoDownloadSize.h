@@ -113,9 +113,7 @@ VoDownloadSize operator-(const A& a, const B& b)
 }
 /// @}
 
-/// @name Comparison of sizes, and of sizes and integers
-/// By the numbers of bytes; an unknown size is -1.
-/// @{
+/// @{ Compares sizes, and sizes and integers, by the numbers of bytes; an unknown size is -1.
 template <typename A, typename B, std::enable_if_t<vo::detail::AreDownloadSizes<A, B>, int> = 0>
 bool operator==(const A& a, const B& b)
 {

@@ -5,6 +5,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoPathException.h>
+#include <FileSystem/detail/NativePath.h>
 #include <FileSystem/detail/PathText.h>
 
 #include <ostream>
@@ -33,6 +34,11 @@ VoAbstractPath::~VoAbstractPath() = default;
 std::wstring VoAbstractPath::toWString() const
 {
     return m_path.toWString();
+}
+
+VoString VoAbstractPath::nativeText() const
+{
+    return VoString(ToNative(*this).u8string());
 }
 
 bool VoAbstractPath::isNull() const noexcept

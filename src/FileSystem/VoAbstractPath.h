@@ -31,6 +31,10 @@ public:
     VoString path() && noexcept { return std::move(m_path); }
     /// The text as a wide string.
     std::wstring toWString() const;
+    /// The path as the system writes it, for messages, other libraries and programs: vo::NativeName(). For the standard
+    /// library see vo::ToStdPath().
+    /// @throws VoInvalidPathFileException when the text holds a zero byte
+    VoString nativeText() const;
 
     /// True when the text is empty.
     bool isNull() const noexcept;

@@ -129,8 +129,11 @@ void VoDirectoryPath::assertValid() const
     if (isNull())
         return;
     VoAbstractPath::assertValid();
-    if (!isDirectory())
-        throw VoInvalidPathException("Not a valid directory path", path());
+    if (isDirectory())
+        return;
+    VoInvalidPathException refused("Not a valid directory path", path());
+    refused.complete(path(), "a directory's path ends with a separator; VoDirectoryPath::FromText() adds it");
+    throw refused;
 }
 
 std::size_t std::hash<VoDirectoryPath>::operator()(const VoDirectoryPath& path) const noexcept

@@ -10,8 +10,9 @@ class VOCORE_EXPORT VoDirectoryPath : public VoAbstractPath
 public:
     /// The null path.
     VoDirectoryPath();
-    /// Normalise and check a text.
-    /// @throws VoInvalidPathException "Invalid : in path name" or "Not a valid directory path"
+    /// Normalise and check a text. FromText() takes one that lacks the final separator.
+    /// @throws VoInvalidPathException "Invalid : in path name", or "Not a valid directory path" with the text as its
+    /// subject and what is missing as its reason
     /// @{
     VoDirectoryPath(const VoString& text);
     VoDirectoryPath(VoString&& text);

@@ -1,6 +1,7 @@
 #include <FileSystem/VoFilePath.h>
 
 #include <FileSystem/VoDirectoryPath.h>
+#include <FileSystem/VoNativeName.h>
 #include <FileSystem/detail/PathText.h>
 
 #include <ostream>
@@ -103,6 +104,11 @@ VoString VoFilePath::path() && noexcept
 std::wstring VoFilePath::toWString() const
 {
     return path().toWString();
+}
+
+VoString VoFilePath::nativeText() const
+{
+    return vo::NativeName(*this);
 }
 
 bool VoFilePath::isNull() const noexcept

@@ -48,16 +48,16 @@ enum class Colours
 /// Warning on, and standard error shows all that the rules let through unless "@stderr" is set.
 struct VOCORE_EXPORT Configuration
 {
-    VoDeque<LevelRule> levels{};                         ///< The rules; without any everything is logged.
-    std::optional<Level> standardError = Level::Warning; ///< From which level on standard error gets lines.
-    Colours colours = Colours::Automatic;                ///< Whether these have colours.
-    VoFilePath folder{};                                 ///< The directory for lines; null for none.
-    VoFilePath jsonFolder{};                             ///< The directory for JSON objects; null for none.
-    std::size_t fileSize = 10000000;                     ///< Bytes after which a file is ended.
-    std::size_t files = 5;                               ///< How many files of each directory are kept.
-    std::size_t days = 0;                                ///< Files of more days ago are removed; 0: none.
-    std::optional<Level> systemLog{};                    ///< From which level on the system's log gets records.
-    VoFilePath crashFile{};                              ///< What gets the last records before a crash; null for none.
+    VoDeque<LevelRule> levels{};          ///< The rules; without any everything is logged.
+    std::optional<Level> standardError{}; ///< From which level on standard error gets lines; at first it gets none.
+    Colours colours = Colours::Automatic; ///< Whether these have colours.
+    VoFilePath folder{};                  ///< The directory for lines; null for none.
+    VoFilePath jsonFolder{};              ///< The directory for JSON objects; null for none.
+    std::size_t fileSize = 10000000;      ///< Bytes after which a file is ended.
+    std::size_t files = 5;                ///< How many files of each directory are kept.
+    std::size_t days = 0;                 ///< Files of more days ago are removed; 0: none.
+    std::optional<Level> systemLog{};     ///< From which level on the system's log gets records.
+    VoFilePath crashFile{};               ///< What gets the last records before a crash; null for none.
 
     /// @name From texts
     /// @throws VoInvalidParameterException "Invalid log setting " + setting + ": " and what would be right; of the

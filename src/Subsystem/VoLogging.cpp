@@ -111,7 +111,7 @@ SinkList& Sinks()
 
 std::atomic<int>& StandardErrorMinimum()
 {
-    static std::atomic<int> minimum{static_cast<int>(Level::Warning)};
+    static std::atomic<int> minimum{NoLevel};
     return minimum;
 }
 

@@ -13,8 +13,8 @@
 ///
 ///     vo::logging::Logger::Get("updater").warning("Staging directory is not empty");
 ///
-/// Logging never throws and may be done from all threads, also while static objects are destroyed. Warnings and worse
-/// go to standard error unless that is changed; further sinks are added for files, windows and tests.
+/// Logging never throws and may be done from all threads, also while static objects are destroyed. Nothing is shown
+/// unless the program asks for it, with EnableStandardError(), Configure() or a sink: standard error is the program's.
 namespace vo::logging {
 
 /// How grave a record is.
@@ -94,7 +94,7 @@ using Sink = std::function<void(const Record&)>;
 [[nodiscard]] VOCORE_EXPORT VoReceiver AddSink(Sink sink, Level minimum = Level::Diagnostic);
 
 /// @name Standard error
-/// Records of at least a level, at first Warning, go to standard error.
+/// Records of at least a level go to standard error, at first none.
 /// @{
 VOCORE_EXPORT void EnableStandardError(Level minimum = Level::Warning); ///< From `minimum` on.
 VOCORE_EXPORT void DisableStandardError();                              ///< Nothing.

@@ -304,9 +304,8 @@ constexpr bool IsTimeComponent =
 } // namespace vo::detail
 /// @endcond
 
-/// @name Sums of time components
-/// `VoTimeDuration lap = VoMinutes(1) + VoSeconds(12);` Throws VoOverflowException as durations do.
-/// @{
+/// @{ Sums of time components: `VoTimeDuration lap = VoMinutes(1) + VoSeconds(12);`
+/// @throws VoOverflowException as durations do
 template <typename A, typename B,
           typename = std::enable_if_t<vo::detail::IsTimeComponent<A> && vo::detail::IsTimeComponent<B>>>
 constexpr VoTimeDuration operator+(A a, B b)

@@ -54,6 +54,8 @@ AbstractFileListing::AbstractFileListing(AbstractFileListing&& other) noexcept
 
 AbstractFileListing& AbstractFileListing::operator=(const AbstractFileListing& other)
 {
+    if (this == &other)
+        return *this;
     auto copy = other.m_table ? std::make_unique<FileTable>() : nullptr;
     if (copy)
         copy->add(*other.m_table, other.m_number);

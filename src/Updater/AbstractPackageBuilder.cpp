@@ -13,10 +13,13 @@
 #include <IO/VoFileByteStream.h>
 #include <Threading/VoBroadcaster.h>
 #include <Updater/AdvertisedPackages.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/VoUpdater.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/ReleaseTree.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/files/FileAttributes.h>
 #include <Updater/detail/publish/ChunkWriter.h>
 #include <Updater/detail/publish/DeclaredHistory.h>
 #include <Updater/detail/publish/IgnoreRules.h>
@@ -100,6 +103,8 @@ struct AbstractPackageBuilder::Private
     ReleasePatches patches;
     std::vector<VoDirectoryPath> published; // where finalise has moved chunks, also when it failed
     IgnoreRules ignored;
+    bool keepsAttributes = false;
+    ReleaseAttributes attributes;
     Approval approval;
     ReleaseTerms terms;
     ReleaseSigning signing;
@@ -220,6 +225,7 @@ AbstractPackageBuilder::AbstractPackageBuilder(const VoUUID& packageID, const Vo
     RequireSafeIdentifier(packageID);
     RequireShowableName(name);
     m_private->package = AdvertisedPackageListing(packageID, VoUpdater::GenerateID(), name, version);
+    m_private->attributes = ReleaseAttributes(packageID, m_private->package.versionID());
     m_private->chunks = std::make_unique<ChunkWriter>(
         m_private->intermediateDirectory.path(), chunkSize, compressionLevel,
         [this](const VoUUID& id, const VoFilePath& path) {
@@ -261,8 +267,11 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
     const auto warn = [this](const VoString& text) { warning(text); };
     if (!declarationsFile.isNull())
         requirePublishable(declarationsFile);
-    std::vector<SourceFile> sources = ListSources(directory, declarationsFile, m_private->ignored, warn);
+    ReleaseAttributes attributes = m_private->attributes;
+    std::vector<SourceFile> sources = ListSources(directory, declarationsFile, m_private->ignored, warn,
+                                                  m_private->keepsAttributes ? &attributes : nullptr);
     requirePackable(sources);
+    requireSound(attributes, sources);
     m_private->listed += sources.size();
     std::vector<std::vector<SourceFile>> ages;
     if (byAge) {
@@ -282,6 +291,22 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
     }
     m_private->chunks->settle();
     m_private->kept = KeptChunks();
+    m_private->attributes.links = std::move(attributes.links);
+    m_private->attributes.folders = std::move(attributes.folders);
+}
+
+void AbstractPackageBuilder::requireSound(const ReleaseAttributes& attributes,
+                                          const std::vector<SourceFile>& sources) const
+{
+    if (attributes.isEmpty())
+        return;
+    std::vector<const VoFilePath*> targets;
+    targets.reserve(sources.size() + m_private->targets.size());
+    for (const SourceFile& file : sources)
+        targets.push_back(&file.target);
+    for (const auto& [folded, target] : m_private->targets)
+        targets.push_back(&target);
+    ReleaseTree(targets, attributes).validate();
 }
 
 // What would be refused after hours of packing is refused now.
@@ -346,7 +371,10 @@ void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath&
         const AdvertisedFileListing listing = packFile(source, target);
         if (isAlone)
             m_private->chunks->settle();
+        const bool isProgram = m_private->keepsAttributes && MarksExecutables() && IsExecutable(source);
         m_private->package.add(listing);
+        if (isProgram)
+            m_private->attributes.executables.pushBack(target);
     } catch (...) {
         m_private->chunks->rollBack(mark);
         throw;
@@ -379,7 +407,9 @@ void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
 
     const ReleasePlaces places(m_private->package, declarationsFile);
     writeChunk();
+    m_private->package.setAttributes(std::make_shared<ReleaseAttributes>(m_private->attributes));
     ValidatePackage(m_private->package);
+    ValidateAttributes(m_private->attributes, m_private->package);
     m_private->broadcast("Finalising build", *this);
 
     Publication publication(declarationsFile, [&] { waitForOthers(declarationsFile); });
@@ -468,6 +498,11 @@ void AbstractPackageBuilder::packAnew()
 std::size_t AbstractPackageBuilder::chunksShared() const
 {
     return m_private->shared.size();
+}
+
+void AbstractPackageBuilder::keepAttributes()
+{
+    m_private->keepsAttributes = true;
 }
 
 void AbstractPackageBuilder::setApproval(Approval approval)

@@ -15,6 +15,7 @@
 namespace vo::updater {
 
 class AdvertisedPackages;
+class ReleaseAttributes;
 class ReleasePatches;
 
 namespace detail {
@@ -98,10 +99,9 @@ public:
     /// that updates fetch little. Chunks end where an age ends, but ages that have less than a sixteenth of a chunk
     /// together share one. Reads the files that may be unchanged once more, on all processors; messages
     /// "Comparing file: " + target come before. A declared release that cannot be read is left out, with a warning.
-    /// Chunks of the newest declared release that hold hardly anything but files which have not changed are used as they
-    /// are, when their digests are those of its definition: both releases then have the same file, where the volume
-    /// has links.
-    /// Throws also what opening the declarations throws.
+    /// Chunks of the newest declared release that hold hardly anything but files which have not changed are used as
+    /// they are, when their digests are those of its definition: both releases then have the same file, where the
+    /// volume has links. Throws also what opening the declarations throws.
     void addByAge(const VoDirectoryPath& directory, const VoFilePath& declarationsFile);
 
     /// Has addByAge() compress all files, and use no chunks of earlier releases.
@@ -124,6 +124,15 @@ public:
     /// and what reading the file throws.
     void excludeListed(const VoFilePath& list);
 
+    /// Has the release hold more than the bytes of its files, from the next call of add on: links as links, empty
+    /// folders, and which files are executable. They stand in a document of their own beside the definition
+    /// (ReleaseAttributes), and installations that know nothing of it install the files alone.
+    ///
+    /// A link has to lead to something that was added before or by the same call; add then also throws
+    /// VoValidationException ("Invalid link: " + target + " -> " + where it leads + ": " + the rule that it breaks),
+    /// and ("Invalid attributes: " + what is wrong) for places that clash, before anything is packed.
+    void keepAttributes();
+
     /// Told what is declared, to refuse the release by throwing.
     using Approval = std::function<void(const AdvertisedPackages&)>;
     /// Sets who approves of the release: asked before files are packed, by the forms of add that name the declarations,
@@ -131,16 +140,17 @@ public:
     /// release is published.
     void setApproval(Approval approval);
 
-    /// Sets to whom the release is offered, and with what the manifest of the folder is signed (ReleaseSigner). A folder
-    /// without a manifest gets one by signing only.
+    /// Sets to whom the release is offered, and with what the manifest of the folder is signed (ReleaseSigner). A
+    /// folder without a manifest gets one by signing only.
     void setTerms(const ReleaseTerms& terms, const ReleaseSigning& signing = ReleaseSigning());
     /// How the folder's manifest stands after finalise.
     const ManifestState& manifestState() const;
 
     /// Publishes the release: writes the last chunk, moves the chunks to the release directory, writes "package.xml"
     /// there and enters the release in `declarationsFile` (created when missing) and, where there is one, in the
-    /// manifest as the last step, so that a crash at any point leaves the old declarations valid. Others who publish in the same directory, also in other processes,
-    /// are waited for, with messages "Waiting for another publication to: " now and then.
+    /// manifest as the last step, so that a crash at any point leaves the old declarations valid. Others who publish in
+    /// the same directory, also in other processes, are waited for, with messages "Waiting for another publication to:
+    /// " now and then.
     ///
     ///     <directory of declarationsFile>\packages\<packageID>\<version>\package.xml
     ///                                                                   \chunks\<chunkID>.vochk
@@ -193,6 +203,7 @@ private:
 
     void requireDeclarable(const AdvertisedPackages& declarations) const;
     void requirePublishable(const VoFilePath& declarationsFile);
+    void requireSound(const ReleaseAttributes& attributes, const std::vector<detail::SourceFile>& sources) const;
     void requirePackable(const std::vector<detail::SourceFile>& sources) const;
     void requireNew(const VoFilePath& target) const;
     void waitForOthers(const VoFilePath& declarationsFile);

@@ -10,6 +10,8 @@
 #include <Updater/VoInstallationFailedException.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
+#include <Updater/detail/documents/ReleaseTree.h>
 #include <Updater/detail/documents/RemoteDocument.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
@@ -118,6 +120,11 @@ VoUniquePtr<InstalledPackageListing> AbstractPackageInstaller::run(const VoLocat
 {
     try {
         requireValid();
+        if (!advertisedPackage().attributes()) {
+            FindDocuments(*m_private->package, definition, stop, downloads);
+            m_private->isValid = false;
+            requireValid();
+        }
         prepare();
         obtainPrepared(definition, stop, downloads);
         events().report(AbstractMessage::InstallationStarted, "Starting installation");
@@ -168,6 +175,8 @@ void AbstractPackageInstaller::requireValid() const
         return;
     RequireRecordableDirectory(installationDirectory());
     ValidatePackage(advertisedPackage());
+    if (const auto& attributes = advertisedPackage().attributes())
+        ValidateAttributes(*attributes, advertisedPackage());
     m_private->isValid = true;
 }
 

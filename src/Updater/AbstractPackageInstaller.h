@@ -114,6 +114,10 @@ protected:
     /// advertised ones, and then leaves an older file as it was
     void installFile(const AdvertisedFileListing& file, InstalledPackageListing& listing);
 
+    /// Brings the chunks that are missing into the staging directory and has prepareStaged() work on them; the first
+    /// part of run(). Throws what goes wrong, unwrapped, after logging it.
+    void obtainPrepared(const VoLocation& definition, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
+
     /// Deletes the staged chunks and the staging directory. Failures are logged, never thrown.
     void cleanStagingDirectory();
 
@@ -133,7 +137,6 @@ protected:
 
 private:
     void obtain(const VoLocation& definition, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
-    void obtainPrepared(const VoLocation& definition, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
     VoDeque<ChunkListing> chunksToFetch(const VoStopFlag& stop) const;
     void download(const VoUrl& advertUrl, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
     void reportDamaged(const VoDeque<ChunkListing>& chunks, const VoUrl& advertUrl, std::size_t attempt,

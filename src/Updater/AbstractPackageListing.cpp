@@ -6,6 +6,7 @@
 #include <Updater/detail/documents/ListedFile.h>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace vo::updater {
@@ -72,6 +73,16 @@ VoUniquePtr<PackageDifferences> AbstractPackageListing::compare(const AbstractPa
         }
     }
     return differences;
+}
+
+const std::shared_ptr<const ReleaseAttributes>& AbstractPackageListing::attributes() const noexcept
+{
+    return m_attributes;
+}
+
+void AbstractPackageListing::setAttributes(std::shared_ptr<const ReleaseAttributes> attributes) noexcept
+{
+    m_attributes = std::move(attributes);
 }
 
 std::vector<const AbstractFileListing*> AbstractPackageListing::listedFiles() const

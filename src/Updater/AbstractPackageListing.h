@@ -7,9 +7,12 @@
 #include <Updater/AbstractPackage.h>
 #include <Updater/PackageDifferences.h>
 
+#include <memory>
 #include <vector>
 
 namespace vo::updater {
+
+class ReleaseAttributes;
 
 /// A release together with its files, advertised or installed, that can be compared with another release of the same
 /// package.
@@ -32,6 +35,13 @@ public:
     /// more than letter case
     VoUniquePtr<PackageDifferences> compare(const AbstractPackageListing& target) const;
 
+    /// What the release holds besides the bytes of its files. It stands in a document of its own, and this listing's
+    /// does not have it. Null for an advert while nobody has looked whether there is such a document (an empty one says
+    /// that there is none), and for an installed release of which nothing of that kind is recorded.
+    const std::shared_ptr<const ReleaseAttributes>& attributes() const noexcept;
+    /// Sets what the release holds besides; an installation takes it from here.
+    void setAttributes(std::shared_ptr<const ReleaseAttributes> attributes) noexcept;
+
 protected:
     AbstractPackageListing();
     /// A release of the given identity.
@@ -50,6 +60,9 @@ protected:
     AbstractPackageListing& operator=(const AbstractPackageListing& other);
     AbstractPackageListing& operator=(AbstractPackageListing&& other) noexcept;
     /// @}
+
+private:
+    std::shared_ptr<const ReleaseAttributes> m_attributes;
 };
 
 } // namespace vo::updater

@@ -4,7 +4,7 @@ namespace vo::updater {
 
 bool InstallationPlan::isEmpty() const
 {
-    return files.isEmpty();
+    return files.isEmpty() && links.isEmpty() && removedLinks.isEmpty() && folders.isEmpty();
 }
 
 bool InstallationPlan::isUpToDate() const

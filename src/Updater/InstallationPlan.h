@@ -41,7 +41,19 @@ struct VOCORE_EXPORT InstallationPlan
     VoDirectoryPath installedDirectory; ///< Where it is installed; null when none is.
     bool isMove = false;                ///< Whether it is installed in another directory than the one planned for.
 
-    VoDeque<File> files;                ///< What changes on disk, in the order in which the installer goes through it.
+    VoDeque<File> files; ///< What changes on disk, in the order in which the installer goes through it.
+    /// A link to make.
+    struct VOCORE_EXPORT Link
+    {
+        VoFilePath path; ///< Where.
+        VoString to;     ///< Where it leads, from its folder, with backslashes; empty for a copy.
+    };
+    VoDeque<Link> links;              ///< Links to make or to change, or the copies that stand for them.
+    bool copiesLinks = false;         ///< Whether files are copied where the release has links, as on Windows.
+    VoDeque<VoFilePath> removedLinks; ///< Links to remove.
+    VoDeque<VoFilePath> programs;     ///< Those of the files to add or rewrite that are executable.
+    VoDeque<VoDirectoryPath> folders; ///< Folders to make in which nothing lies.
+
     VoDeque<ChunkListing> chunks;       ///< The chunks to fetch, in the order of the advert.
     VoDeque<ChunkListing> patches;      ///< The patches to fetch, listed as chunks are.
     /// Needed chunks and patches that an interrupted run has left whole; not fetched again.
@@ -75,7 +87,7 @@ struct VOCORE_EXPORT InstallationPlan
     std::uint64_t bytesToWrite = 0;   ///< Total length of the added and modified files.
     std::uint64_t bytesToRemove = 0;  ///< Total length of the removed files.
 
-    bool isEmpty() const; ///< Whether every file is in place already.
+    bool isEmpty() const; ///< Whether every file, link and folder is in place already.
     /// Whether the release is already the one recorded, in this directory, and there is nothing to do or to complete.
     bool isUpToDate() const;
     /// Whether an older version would replace a newer one. The build type plays no part.

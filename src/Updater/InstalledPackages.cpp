@@ -5,6 +5,7 @@
 #include <FileSystem/VoLocation.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/PackageInstaller.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/operations/Operations.h>
@@ -69,7 +70,7 @@ VoFilePath InstalledPackages::InstalledPackageListingPath(const VoUUID& packageI
 
 VoUniquePtr<InstalledPackageListing> InstalledPackages::Package(const VoUUID& packageID)
 {
-    return InstalledPackageListing::Open(ListingPath(packageID));
+    return OpenInstalled(ListingPath(packageID));
 }
 
 VoDeque<VoPair<VoUUID, VoVersion>> InstalledPackages::Packages()
@@ -108,7 +109,9 @@ bool InstalledPackages::IsUnfinished(const VoUUID& packageID)
 InstallationPlan InstalledPackages::Plan(const VoFilePath& definitionFile, const VoDirectoryPath& installationDirectory,
                                          const InstallationOptions& options)
 {
-    return Plan(AdvertisedPackageListing::Open(definitionFile), installationDirectory, options);
+    VoUniquePtr<AdvertisedPackageListing> advert = AdvertisedPackageListing::Open(definitionFile);
+    FindDocuments(*advert, definitionFile, VoStopFlag(), options.downloads);
+    return Plan(std::move(advert), installationDirectory, options);
 }
 
 InstallationPlan InstalledPackages::Plan(const AdvertisedPackageListing& advert,
@@ -149,6 +152,35 @@ void InstalledPackages::Install(VoUniquePtr<AdvertisedPackageListing> advert, co
                                 const InstallationOptions& options)
 {
     InstallPackage([&] { return std::move(advert); }, definition, installationDirectory, stop, options);
+}
+
+StagedInstallation InstalledPackages::Stage(const VoLocation& definition, const VoDirectoryPath& installationDirectory,
+                                            VoStopFlag stop, const InstallationOptions& options)
+{
+    const auto open = [&] { return AdvertisedPackageListing::Open(definition, stop, options.downloads); };
+    return StagePackage(open, definition, installationDirectory, stop, options);
+}
+
+StagedInstallation InstalledPackages::Stage(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation& definition,
+                                            const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                                            const InstallationOptions& options)
+{
+    return StagePackage([&] { return std::move(advert); }, definition, installationDirectory, stop, options);
+}
+
+bool InstalledPackages::Commit(const VoUUID& packageID, VoStopFlag stop)
+{
+    return CommitPackage(packageID, stop);
+}
+
+VoDeque<StagedInstallation> InstalledPackages::Staged()
+{
+    return ListStaged();
+}
+
+bool InstalledPackages::DropStaged(const VoUUID& packageID)
+{
+    return DropStagedPackage(packageID);
 }
 
 VerificationReport InstalledPackages::Verify(const VoUUID& packageID, VoStopFlag stop)

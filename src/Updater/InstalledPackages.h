@@ -8,14 +8,19 @@
 #include <Core/VoVersion.h>
 #include <FileSystem/VoLocation.h>
 #include <Threading/VoReceiver.h>
+#include <Threading/VoStopFlag.h>
 #include <Updater/InstallationOptions.h>
 #include <Updater/InstallationPlan.h>
 #include <Updater/InstalledPackageListing.h>
+#include <Updater/PackageUpdate.h>
+#include <Updater/StagedInstallation.h>
+#include <Updater/TrustPolicy.h>
 #include <Updater/UpdateMessages.h>
 #include <Updater/VerificationReport.h>
 #include <Updater/XMLObject.h>
 
 #include <functional>
+#include <future>
 #include <memory>
 
 namespace vo::updater {
@@ -43,11 +48,11 @@ class AdvertisedPackageListing;
 /// A thread that owns the download service (VoDownloadManager::IsOwner) waits for another one's operation with its
 /// event loop running, because that one may be waiting for a download. So events arrive in the meantime.
 ///
-/// Failures that Install, Repair and Uninstall share: VoInvalidCallException ("An installation is already running")
-/// when this thread is in one of them already, as a receiver is, or would have to wait and cannot run the event loop
-/// that others need: in a callback of the download service, or when the application is quitting. A registry file that
-/// is there but cannot be read is never replaced: everything that needs it throws VoNullPointerException ("VoUniquePtr
-/// dereferencing nullptr") after logging an error with its path.
+/// Failures that Install, Commit, Repair and Uninstall share: VoInvalidCallException ("An installation is already
+/// running") when this thread is in one of them already, as a receiver is, or would have to wait and cannot run the
+/// event loop that others need: in a callback of the download service, or when the application is quitting. A registry
+/// file that is there but cannot be read is never replaced: everything that needs it throws VoNullPointerException
+/// ("VoUniquePtr dereferencing nullptr") after logging an error with its path.
 class VOCORE_EXPORT InstalledPackages : public XMLObject
 {
 public:
@@ -81,6 +86,46 @@ public:
     static void Install(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation& definition,
                         const VoDirectoryPath& installationDirectory, VoStopFlag stop,
                         const InstallationOptions& options = InstallationOptions());
+
+    /// @{
+    /// The first, long part of Install: fetches, builds and checks a release, and keeps it in the update directory
+    /// until Commit puts it in place, by this process or a later one. Needs no rights at the installation directory and
+    /// changes nothing there; other operations may go on meanwhile, and so may the application that is to be updated.
+    ///
+    /// Of each package one release is staged at most: the next one takes the place of the one before when it is whole.
+    /// A staging that was interrupted goes on when it is called again, and one of the same release fetches nothing and
+    /// takes over the newer proof.
+    ///
+    /// Failures are those of Install; "File already locked: " + folder when another process, or another thread, is
+    /// staging the package.
+    static StagedInstallation Stage(const VoLocation& definition, const VoDirectoryPath& installationDirectory,
+                                    VoStopFlag stop, const InstallationOptions& options = InstallationOptions());
+    static StagedInstallation Stage(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation& definition,
+                                    const VoDirectoryPath& installationDirectory, VoStopFlag stop,
+                                    const InstallationOptions& options = InstallationOptions());
+    /// @}
+
+    /// The second, short part: puts the staged release of a package in place as Install does, as a whole or not at all,
+    /// with the options it was staged with, and records it. Nothing is fetched. It is decided anew whether the
+    /// release may be installed. The result is false when it was in place already: an earlier call was killed after
+    /// that.
+    ///
+    /// After a failure the release stays staged, and may be committed later: at the next start of the application
+    /// (CommitPending) files may be replaced that are in use now.
+    /// @throws VoInstallationFailedException as Install does. Its cause is a VoStagedReleaseException when nothing is
+    /// staged ("No release is staged of package " + packageID), when another release is installed than when it was
+    /// staged, or files are missing that were there then, or what is staged is damaged; a VoUntrustedReleaseException
+    /// when a newer manifest was seen since or the one that vouched for it has expired
+    /// @throws VoValidationException ("Invalid identifier: " + packageID)
+    static bool Commit(const VoUUID& packageID, VoStopFlag stop);
+
+    /// What is staged. A record that cannot be read is logged and left out.
+    static VoDeque<StagedInstallation> Staged();
+    /// Drops what is staged of a package, also of a staging that was interrupted; false when there is nothing.
+    /// @throws VoFileException when it cannot be removed
+    /// @throws VoInvalidCallException ("An installation is already running") from a receiver of messages
+    /// @throws VoValidationException ("Invalid identifier: " + packageID)
+    static bool DropStaged(const VoUUID& packageID);
 
     /// @{
     /// What Install would do, without doing it; see PackageInstaller::plan. The first form throws what reading the
@@ -139,6 +184,30 @@ public:
     /// is that of another release than the installed one
     static VerificationReport Repair(const VoLocation& definition, VoStopFlag stop,
                                      const VoDownloadPolicy& downloads = VoDownloadPolicy());
+
+    /// @{
+    /// Asks, for one installed package or for each in turn, where it came from (PackageSources) for the newest release
+    /// that is offered to this installation; TrustedReleases with the policy reads and verifies. Whatever goes wrong
+    /// with one package is its failure() text and does not keep the others from being asked. Changes nothing. A release
+    /// that is found is installed with its definition and proof from TrustedReleases::open(); documents may have
+    /// changed in the meantime.
+    /// @throws VoUserCancelledException when the flag is raised; and, for all packages, what Packages() throws
+    static PackageUpdate UpdatesAvailable(const VoUUID& packageID, VoStopFlag stop = VoStopFlag(),
+                                          const TrustPolicy& policy = TrustPolicy(),
+                                          const VoDownloadPolicy& downloads = VoDownloadPolicy());
+    static VoDeque<PackageUpdate> UpdatesAvailable(VoStopFlag stop = VoStopFlag(),
+                                                   const TrustPolicy& policy = TrustPolicy(),
+                                                   const VoDownloadPolicy& downloads = VoDownloadPolicy());
+    /// @}
+    /// As UpdatesAvailable() for all packages, on a thread of its own, where the callback is called once with what was
+    /// found. The future becomes ready after that; its get() throws what the callback or UpdatesAvailable() threw, and
+    /// its destruction waits: raise the flag before. The thread that owns the download service must not wait for it
+    /// before it is ready, because that thread carries the downloads out.
+    /// @throws VoInvalidParameterException "Invalid callback" when it is empty
+    [[nodiscard]] static std::future<void>
+    UpdatesAvailableAsync(std::function<void(const VoDeque<PackageUpdate>&)> callback, VoStopFlag stop = VoStopFlag(),
+                          const TrustPolicy& policy = TrustPolicy(),
+                          const VoDownloadPolicy& downloads = VoDownloadPolicy());
 
     /// @{ A registry object is only made by reading one; see the static operations.
     InstalledPackages();

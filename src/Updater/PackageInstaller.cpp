@@ -9,16 +9,19 @@
 #include <IO/VoFileByteStream.h>
 #include <Subsystem/VoLogging.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/VoStagedReleaseException.h>
 #include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileAttributes.h>
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/files/FileInstaller.h>
 #include <Updater/detail/files/FilePatch.h>
 #include <Updater/detail/files/HeldTree.h>
 #include <Updater/detail/files/VolumeSync.h>
+#include <Updater/detail/install/AttributePlan.h>
 #include <Updater/detail/install/ChunkSource.h>
 #include <Updater/detail/install/EventReport.h>
 #include <Updater/detail/install/FileClaims.h>
@@ -49,10 +52,12 @@ struct PackageInstaller::Private
     VoUniquePtr<InstalledPackageListing> installed; // null: nothing is installed
     PackageDifferences differences;
     FileOwners owners;
-    InstallationPlan plan;                       // without the files that are taken over as they are
-    VoDeque<ChunkUse> chunks;                    // those of the plan
-    ChosenPatches patches;                       // those of the plan
-    std::unordered_set<VoUUID> refusedPatches{}; // files that patches failed to make
+    InstallationPlan plan;    // without the files that are taken over as they are
+    VoDeque<ChunkUse> chunks; // those of the plan
+    ChosenPatches patches;    // those of the plan
+    AttributePlan attributes;
+    std::shared_ptr<const ReleaseAttributes> planned; // what the plan was made of
+    std::unordered_set<VoUUID> refusedPatches;        // files that patches failed to make
     bool isPrepared = false;
 };
 
@@ -120,12 +125,20 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
         owners = FileOwners::Others(
             packageID(), {installationDirectory(), installed ? installed->installationDirectory() : VoDirectoryPath()});
     FileClaims claims = findClaims(differences, installed.get(), owners);
+    AttributePlan attributes;
+    if (isUsable()) {
+        attributes = PlanAttributes(installed.get(), advert, installationDirectory());
+        ClaimLinks(attributes, installed.get(), owners, claims);
+    }
+    const ReusedFiles unchanged = rebuildWronglyMarked(attributes, differences, claims);
 
     const PackageDifferences written = Without(differences, claims.adoptedIDs);
-    const ReusedFiles reused = findReusable(written, installed.get());
+    ReusedFiles reused = findStaged(written);
+    reused.merge(findReusable(Without(written, reused), installed.get(), attributes));
+    reused.insert(unchanged.begin(), unchanged.end());
     std::unordered_set<VoUUID> refused;
     if (m_private)
-        refused = m_private->refusedPatches;
+        refused = std::move(m_private->refusedPatches);
     const PackageDifferences built = Without(written, reused);
     ChosenPatches patches = choosePatches(built, installed.get(), refused);
     VoDeque<ChunkUse> chunks = ChunkUses(Without(built, patches), advert);
@@ -133,43 +146,94 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
     PlanCopying(plan, reused);
     PlanPatching(plan, patches);
     PlanFetching(plan, Listings(chunks), PatchFiles(patches, built));
+    for (const LinkPlace& link : attributes.links)
+        plan.bytesToWrite += link.copy ? static_cast<std::uint64_t>(link.copy->size.bytes()) : 0;
     plan.foreignFiles = std::move(claims.foreign);
     plan.adoptedFiles = std::move(claims.adopted);
     plan.conflicts = std::move(claims.conflicts);
     plan.keptFiles = std::move(claims.kept);
     m_private.reset(new Private{std::move(installed), std::move(differences), std::move(owners), std::move(plan),
-                                std::move(chunks), std::move(patches), std::move(refused)});
+                                std::move(chunks), std::move(patches), std::move(attributes), advert.attributes(),
+                                std::move(refused)});
 }
 
-// None for an advert that the run will refuse: its paths cannot be told.
+// Whether the advert's paths can be told: else the run will refuse it.
+bool PackageInstaller::isUsable() const
+{
+    try {
+        requireValid();
+        return true;
+    } catch (const VoException&) {
+        return false;
+    }
+}
+
+// Files whose bytes are right and whose permissions are not are built anew from themselves: a new file takes the place
+// of the old one, or the old one stays, whenever the run ends. Those behind links that go are not there at all.
+ReusedFiles PackageInstaller::rebuildWronglyMarked(const AttributePlan& attributes, PackageDifferences& differences,
+                                                   FileClaims& claims) const
+{
+    ReusedFiles unchanged;
+    for (const VoUUID& id : attributes.behindLinks)
+        claims.adoptedIDs.erase(id);
+    if (!attributes.marksFiles)
+        return unchanged;
+    std::unordered_set<VoUUID> known;
+    for (const FileDifference& difference : differences.fileDifferences())
+        known.insert(difference.fileID());
+    for (const AdvertisedFileListing& file : advertisedPackage().files()) {
+        const bool isAdopted = claims.adoptedIDs.count(file.id()) > 0;
+        if ((known.count(file.id()) > 0 && !isAdopted) || !IsMarkedWrongly(attributes, file, installationDirectory()))
+            continue;
+        if (isAdopted)
+            claims.adoptedIDs.erase(file.id());
+        else
+            differences.fileModified(file.id());
+        const VoFilePath place = resolvedPath(file);
+        if (Examine(Expected(place, file), Links::Kept, VoStopFlag()) == FileState::Sound)
+            unchanged.emplace(file.id(), place);
+    }
+    return unchanged;
+}
+
 FileClaims PackageInstaller::findClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
                                         FileOwners& owners) const
 {
-    if (settings().isTemporary)
+    if (settings().isTemporary || !isUsable())
         return {};
-    try {
-        requireValid();
-    } catch (const VoException&) {
-        return {};
-    }
     return FindClaims(
         differences, installed, advertisedPackage(),
         [this](const AdvertisedFileListing& file) { return resolvedPath(file); }, owners);
 }
 
-// None for an advert that the run will refuse: its paths cannot be told.
 ReusedFiles PackageInstaller::findReusable(const PackageDifferences& differences,
-                                           const InstalledPackageListing* installed) const
+                                           const InstalledPackageListing* installed,
+                                           const AttributePlan& attributes) const
 {
-    if (!installed || !settings().options.reuseInstalledFiles)
+    if (!installed || !settings().options.reuseInstalledFiles || !isUsable())
         return {};
-    try {
-        requireValid();
-    } catch (const VoException&) {
-        return {};
+    return FindReusableFiles(
+        differences, *installed, advertisedPackage(),
+        [this](const AdvertisedFileListing& file) { return resolvedPath(file); }, attributes.places());
+}
+
+// Built files that a staging left. One that is staged is only compared with its size here: its digest is taken when it
+// is copied to its place.
+ReusedFiles PackageInstaller::findStaged(const PackageDifferences& differences) const
+{
+    ReusedFiles result;
+    if (settings().staged.isNull())
+        return result;
+    for (const FileDifference& difference : differences.fileDifferences()) {
+        const AdvertisedFileListing* file = advertisedPackage().file(difference.fileID());
+        if (!file || difference.type() == FileDifference::Removed)
+            continue;
+        const VoFilePath path = StagedFilePath(settings().staged, file->checksum());
+        const ExpectedFile expected = Expected(path, *file);
+        if (settings().isStaging ? IsSound(expected) : HasSize(expected, Links::Kept))
+            result.emplace(file->id(), path);
     }
-    return FindReusableFiles(differences, *installed, advertisedPackage(),
-                             [this](const AdvertisedFileListing& file) { return resolvedPath(file); });
+    return result;
 }
 
 // What is installed is read first: a patch makes nothing of other bytes. None for an advert that the run will refuse.
@@ -177,7 +241,7 @@ ChosenPatches PackageInstaller::choosePatches(const PackageDifferences& differen
                                               const InstalledPackageListing* installed,
                                               const std::unordered_set<VoUUID>& refused) const
 {
-    if (!installed || !advertisedPackage().patches())
+    if (!installed || !advertisedPackage().patches() || !isUsable())
         return {};
     const auto listed = [&](const VoUUID& id) { return refused.count(id) > 0 ? nullptr : installed->file(id); };
     ChosenPatches fitting = FittingPatches(differences, advertisedPackage(), listed);
@@ -247,6 +311,7 @@ InstallationPlan PackageInstaller::plan() const
         if (file.type != FileDifference::Removed)
             file.path = resolvedPath(*advertisedPackage().file(file.id));
     }
+    ShowAttributes(m_private->attributes, result);
     const auto missingOf = [&](const VoDeque<ChunkListing>& files) {
         VoDeque<ChunkListing> missing;
         for (const ChunkListing& file : files)
@@ -278,7 +343,7 @@ bool PackageInstaller::findOtherWay()
     warning("Patches cannot be obtained; chunks are instead");
     for (const auto& [id, patch] : m_private->patches)
         m_private->refusedPatches.insert(id);
-    compare(std::move(m_private->installed));
+    planAgain();
     return true;
 }
 
@@ -302,8 +367,16 @@ bool PackageInstaller::prepareStaged(const VoStopFlag& stop)
     if (refused.empty())
         return true;
     m_private->refusedPatches.insert(refused.begin(), refused.end());
-    compare(std::move(m_private->installed));
+    planAgain();
     return false;
+}
+
+// What the run has asked for holds for chunks as for patches.
+void PackageInstaller::planAgain()
+{
+    const bool isPrepared = m_private->isPrepared;
+    compare(std::move(m_private->installed));
+    m_private->isPrepared = isPrepared;
 }
 
 void PackageInstaller::applyPatch(InstallationPlan::File& planned, const VoStopFlag& stop) const
@@ -367,11 +440,68 @@ void PackageInstaller::prepare()
     if (!settings().record && journal.exists()) {
         Recover(journal, RecordInstalled);
         compare(FindInstalled(packageID()));
+    } else if (m_private->planned != advertisedPackage().attributes()) {
+        compare(std::move(m_private->installed));
     }
     requirePermitted();
+    requireAllStaged();
     // Asked again before the first file is written; here it saves a download that would be of no use.
     RequireFreeSpace(installationDirectory(), m_private->plan.bytesToWrite);
     m_private->isPrepared = true;
+}
+
+// What takes no chunk is built anew.
+void PackageInstaller::requireAllStaged() const
+{
+    if (settings().staged.isNull() || m_private->plan.chunks.isEmpty())
+        return;
+    for (const InstallationPlan::File& file : m_private->plan.files) {
+        const AdvertisedFileListing* built = builtFile(file);
+        if (built && !built->chunks().isEmpty())
+            throw VoStagedReleaseException("Staged release lacks a file that is needed now, stage it again: " +
+                                           resolvedPath(*built).path());
+    }
+}
+
+void PackageInstaller::stage(const VoLocation& definition, const VoStopFlag& stop)
+{
+    requireValid();
+    requirePermitted();
+    VoFileSystem::CreateDirectory(settings().staged, true);
+    RequireFreeSpace(settings().staged, bytesToStage());
+    obtainPrepared(definition, stop, settings().options.downloads);
+    buildFiles(stop);
+}
+
+std::uint64_t PackageInstaller::bytesToStage() const
+{
+    std::uint64_t bytes = 0;
+    for (const InstallationPlan::File& file : m_private->plan.files) {
+        if (file.type != FileDifference::Removed && !isStaged(file))
+            bytes += file.bytes;
+    }
+    return bytes;
+}
+
+// Whether a staging before has left the file whole.
+bool PackageInstaller::isStaged(const InstallationPlan::File& planned) const
+{
+    return settings().isStaging &&
+           Bytes(planned.copiedFrom) == Bytes(buildPlace(*advertisedPackage().file(planned.id)));
+}
+
+VoDeque<VoFilePath> PackageInstaller::stagedFiles() const
+{
+    VoDeque<VoFilePath> result;
+    std::unordered_set<std::string> known;
+    for (const InstallationPlan::File& file : m_private->plan.files) {
+        if (file.type == FileDifference::Removed)
+            continue;
+        const VoFilePath path = buildPlace(*advertisedPackage().file(file.id));
+        if (known.emplace(Bytes(path)).second)
+            result.pushBack(path);
+    }
+    return result;
 }
 
 VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
@@ -388,7 +518,12 @@ VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
         transaction.begin();
         buildFiles(stop);
         stop.throwIfStopped();
-        transaction.place([this](const TargetFile& target) { logInstalled(*target.file, target.place); });
+        transaction.place([this](const TargetFile& target) {
+            if (target.file)
+                logInstalled(*target.file, target.place);
+            else
+                diagnostic("Installed link: " + target.place.path());
+        });
         verify(stop);
         transaction.commit(settings().record);
     } catch (...) {
@@ -415,6 +550,9 @@ VoDeque<TargetFile> PackageInstaller::targets() const
     VoDeque<TargetFile> result;
     for (const AdvertisedFileListing& file : advertisedPackage().files())
         result.pushBack({&file, resolvedPath(file), written.count(file.id()) > 0});
+    const AttributePlan& attributes = m_private->attributes;
+    for (std::size_t i = 0; i < attributes.links.size(); ++i)
+        result.pushBack({nullptr, attributes.links[i].place, attributes.isMade[i]});
     return result;
 }
 
@@ -435,32 +573,77 @@ void PackageInstaller::buildFiles(const VoStopFlag& stop)
         buildFile(*file, durability, stop);
         events().send<InstallationProgressMessage>(++done, m_private->plan.files.size());
     }
+    if (!settings().isStaging) // a commit makes them
+        buildLinks(durability, stop);
     if (durability == Durability::Later)
-        SyncVolume(installationDirectory());
+        SyncVolume(settings().isStaging ? settings().staged : installationDirectory());
+}
+
+// Beside its place, or in the folder of staged files.
+VoFilePath PackageInstaller::buildPlace(const AdvertisedFileListing& file) const
+{
+    return settings().isStaging ? StagedFilePath(settings().staged, file.checksum()) : resolvedPath(file);
 }
 
 void PackageInstaller::buildFile(const InstallationPlan::File& planned, Durability durability, const VoStopFlag& stop)
 {
+    const bool isStaging = settings().isStaging;
     if (planned.type == FileDifference::Removed) {
-        diagnostic("Removing file: " + planned.path.path());
+        if (!isStaging)
+            diagnostic("Removing file: " + planned.path.path());
         return;
     }
     const AdvertisedFileListing& file = *advertisedPackage().file(planned.id);
-    const char* what = planned.type == FileDifference::Added ? "Adding file: " : "Updating file: ";
+    const VoFilePath place = buildPlace(file);
+    if (isStaged(planned))
+        return;
+    const char* what = isStaging                               ? "Staging file: "
+                       : planned.type == FileDifference::Added ? "Adding file: "
+                                                               : "Updating file: ";
     diagnostic(what + file.target().path());
     if (planned.copiedFrom.isNull())
-        chunkSource().build(file, resolvedPath(file), durability, stop);
+        chunkSource().build(file, place, durability, stop);
     else
-        copyFile(file, planned.copiedFrom, durability, stop);
+        copyFile(Expected(place, file), planned.copiedFrom, durability, stop);
+    if (isStaging)
+        PutInPlace(BuiltPath(place), place);
+    else
+        markBuilt(file);
+}
+
+// Where neither release has programs, a file keeps what its user gave it.
+void PackageInstaller::markBuilt(const AdvertisedFileListing& file)
+{
+    const AttributePlan& attributes = m_private->attributes;
+    if (attributes.marksFiles)
+        SetExecutable(BuiltPath(resolvedPath(file)), attributes.programs.count(file.id()) > 0);
+}
+
+// When the files are built, so that there is what copies are made of.
+void PackageInstaller::buildLinks(Durability durability, const VoStopFlag& stop)
+{
+    const AttributePlan& attributes = m_private->attributes;
+    for (std::size_t i = 0; i < attributes.links.size(); ++i) {
+        const LinkPlace& link = attributes.links[i];
+        if (!attributes.isMade[i])
+            continue;
+        stop.throwIfStopped();
+        diagnostic("Making link: " + link.place.path());
+        if (!link.copy) {
+            MakeLink(BuiltPath(link.place), link.to);
+            continue;
+        }
+        const VoFilePath built = BuiltPath(link.source);
+        copyFile(*link.copy, KindOf(built) == FileKind::File ? built : link.source, durability, stop);
+    }
 }
 
 // A file that was changed since it was chosen ends the run; the next one does without it.
-void PackageInstaller::copyFile(const AdvertisedFileListing& file, const VoFilePath& source, Durability durability,
+void PackageInstaller::copyFile(const ExpectedFile& file, const VoFilePath& source, Durability durability,
                                 const VoStopFlag& stop)
 {
     diagnostic("Copying from: " + source.path());
-    const VoFilePath place = resolvedPath(file);
-    FileInstaller built(place, durability);
+    FileInstaller built(file.path, durability);
     VoFileInputByteStream stream(source);
     stream.requireOpen();
     std::vector<char> block(CopyBlock);
@@ -468,8 +651,8 @@ void PackageInstaller::copyFile(const AdvertisedFileListing& file, const VoFileP
         stop.throwIfStopped();
         built.write(block.data(), count);
     }
-    if (!built.finish(file.checksum(), static_cast<std::uint64_t>(file.size().bytes())))
-        throw VoDamagedContentException("File checksum does not match for: " + place.path());
+    if (!built.finish(file.checksum, static_cast<std::uint64_t>(file.size.bytes())))
+        throw VoDamagedContentException("File checksum does not match for: " + file.path.path());
 }
 
 // The file to build from chunks; null for one that is removed or copied.
@@ -542,7 +725,12 @@ void PackageInstaller::verify(const VoStopFlag& stop)
     // Before the installation is recorded: a record that comes to nothing only lets files be written once more.
     if (!damaged.isEmpty() && !settings().isTemporary)
         RecordDamage(packageID(), damaged);
-    ReportVerified(damaged.isEmpty(), events());
+    AttributePlaces places{m_private->attributes.links, {}, m_private->attributes.folders};
+    for (const VoUUID& id : m_private->attributes.programs)
+        places.programs.push_back(resolvedPath(*advertisedPackage().file(id)));
+    VerificationReport others;
+    VerifyAttributes(places, others, events(), stop);
+    ReportVerified(damaged.isEmpty() && others.isIntact(), events());
 }
 
 } // namespace vo::updater

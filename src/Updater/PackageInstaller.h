@@ -15,6 +15,8 @@ namespace vo::updater {
 namespace detail {
 class FileOwners;
 class InstallationJournal;
+struct AttributePlan;
+struct ExpectedFile;
 struct FileClaims;
 struct TargetFile;
 enum class Durability;
@@ -61,30 +63,48 @@ protected:
     PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
                      VoUniquePtr<InstalledPackageListing> installed, const detail::InstallerSettings& settings);
 
+    /// The part of a run that needs no rights at the places of the files and changes nothing there: fetches what is
+    /// missing, and builds and checks the files to write in the folder that the settings name. Those that an earlier
+    /// call left there whole are kept. Throws what goes wrong, unwrapped.
+    void stage(const VoLocation& definition, const VoStopFlag& stop);
+    /// The files that a commit takes from there, each once. After stage().
+    VoDeque<VoFilePath> stagedFiles() const;
+
 private:
     using PlannedFiles = std::vector<const InstallationPlan::File*>;
 
     void compare(VoUniquePtr<InstalledPackageListing> installed);
-    detail::ReusedFiles findReusable(const PackageDifferences& differences,
-                                     const InstalledPackageListing* installed) const;
+    detail::ReusedFiles findReusable(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                                     const detail::AttributePlan& attributes) const;
+    detail::ReusedFiles rebuildWronglyMarked(const detail::AttributePlan& attributes, PackageDifferences& differences,
+                                             detail::FileClaims& claims) const;
+    bool isUsable() const;
     void addFilesNotInPlace(const InstalledPackageListing& installed, PackageDifferences& differences) const;
     detail::FileClaims findClaims(const PackageDifferences& differences, const InstalledPackageListing* installed,
                                   detail::FileOwners& owners) const;
+    detail::ReusedFiles findStaged(const PackageDifferences& differences) const;
     void prepare() override;
     VoDeque<ChunkListing> chunksToObtain() const override;
     bool prepareStaged(const VoStopFlag& stop) override;
     bool findOtherWay() override;
     detail::ChosenPatches choosePatches(const PackageDifferences& differences, const InstalledPackageListing* installed,
                                         const std::unordered_set<VoUUID>& refused) const;
+    void planAgain();
     void applyPatch(InstallationPlan::File& planned, const VoStopFlag& stop) const;
     void requirePermitted() const;
     bool isMove() const;
     bool isInPlace(const InstalledFileListing& record, const AdvertisedFileListing& file) const;
     detail::InstallationJournal journal() const;
     VoDeque<detail::TargetFile> targets() const;
+    VoFilePath buildPlace(const AdvertisedFileListing& file) const;
+    void requireAllStaged() const;
+    std::uint64_t bytesToStage() const;
+    bool isStaged(const InstallationPlan::File& planned) const;
     void buildFiles(const VoStopFlag& stop);
     void buildFile(const InstallationPlan::File& planned, detail::Durability durability, const VoStopFlag& stop);
-    void copyFile(const AdvertisedFileListing& file, const VoFilePath& source, detail::Durability durability,
+    void markBuilt(const AdvertisedFileListing& file);
+    void buildLinks(detail::Durability durability, const VoStopFlag& stop);
+    void copyFile(const detail::ExpectedFile& file, const VoFilePath& source, detail::Durability durability,
                   const VoStopFlag& stop);
     std::vector<VoUUID> chunkOrder(const PlannedFiles& order) const;
     const AdvertisedFileListing* builtFile(const InstallationPlan::File& planned) const;

@@ -1,11 +1,15 @@
 #include <Updater/PackageVerifier.h>
 
 #include <Core/VoFileException.h>
+#include <Download/VoDownloadPolicy.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoTemporaryDir.h>
 #include <IO/VoIOException.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/detail/documents/Log.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileAttributes.h>
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/install/EventReport.h>
 #include <Updater/detail/install/InstallerSettings.h>
@@ -46,7 +50,7 @@ public:
             isSame =
                 compare(file.target(), source.appended(file.target()), installed.appended(file.target())) && isSame;
         }
-        return isSame;
+        return runAttributes(source, installed) && isSame;
     }
 
     const VoString& ids() const { return m_ids; }
@@ -63,6 +67,31 @@ private:
         if (!IsSame(source, installed))
             return fail(AbstractMessage::FileMismatch, "Files do not match: ", "Files do not math ", target);
         return true;
+    }
+
+    // What the release says it has. Where links are copied, the files have shown that they can be.
+    bool runAttributes(const VoDirectoryPath& source, const VoDirectoryPath& installed) const
+    {
+        bool isSame = true;
+        const ReleaseAttributes& attributes = *m_package.attributes();
+        const auto requireSame = [&](bool holds, const VoFilePath& target) {
+            if (!holds)
+                isSame = fail(AbstractMessage::FileMismatch, "Files do not match: ", "Files do not match ", target);
+        };
+        for (const ReleaseAttributes::Link& link : attributes.links) {
+            const auto isThere = [&](const VoDirectoryPath& root) {
+                const auto to = ReadLink(root.appended(link.target));
+                return to && to->equal(link.to, VoString::CaseSensitive);
+            };
+            requireSame(LinksAreCopies() || (isThere(source) && isThere(installed)), link.target);
+        }
+        for (const VoFilePath& program : attributes.executables)
+            requireSame(IsExecutable(source.appended(program)) && IsExecutable(installed.appended(program)), program);
+        for (const VoFilePath& folder : attributes.folders)
+            requireSame(VoFileSystem::IsDirectory(AsDirectory(source.appended(folder))) &&
+                            VoFileSystem::IsDirectory(AsDirectory(installed.appended(folder))),
+                        folder);
+        return isSame;
     }
 
     bool fail(AbstractMessage::Type type, const char* message, const char* logged, const VoFilePath& target) const
@@ -90,6 +119,7 @@ bool PackageVerifier::Verify(VoUniquePtr<AdvertisedPackageListing> package, cons
                              const VoDirectoryPath& sourceDirectory,
                              std::function<void(const VoSharedPtr<AbstractMessage>&)> callback, VoStopFlag stop)
 {
+    FindDocuments(*package, definitionFile, stop, VoDownloadPolicy());
     const AdvertisedPackageListing advert = *package;
     const Comparison comparison(advert, callback);
     PublishingLog().diagnostic("Starting package verification process for [" + comparison.ids() + "]");

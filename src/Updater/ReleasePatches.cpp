@@ -1,7 +1,6 @@
 #include <Updater/ReleasePatches.h>
 
 #include <Core/VoException.h>
-#include <Core/VoExceptionText.h>
 #include <Download/VoDownloadPolicy.h>
 #include <Download/VoDownloadSize.h>
 #include <FileSystem/VoDirectoryPath.h>
@@ -12,9 +11,8 @@
 #include <Updater/AbstractPackage.h>
 #include <Updater/detail/documents/Attributes.h>
 #include <Updater/detail/documents/DocumentPlace.h>
-#include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
-#include <Updater/detail/documents/TryPatches.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <XML/VoXMLStreamLoader.h>
 
@@ -129,7 +127,7 @@ std::shared_ptr<const ReleasePatches> ReleasePatches::Find(const AbstractPackage
 {
     const DocumentPlace place = DocumentPlace::Of(definition, stop, downloads).first;
     const VoFilePath path(FileName);
-    return TryPatches(release, place.nameOf(path), stop, [&] { return place.find(path, LargestSize); });
+    return TryPatches(release, place.nameOf(path), stop, [&] { return FindOptional(place, path, LargestSize); });
 }
 
 VoString ReleasePatches::toDocument() const
@@ -163,26 +161,3 @@ void ReleasePatches::writeElements(VoXMLElementWriter& element) const
 }
 
 } // namespace vo::updater
-
-namespace vo::updater::detail {
-
-std::shared_ptr<const ReleasePatches> TryPatches(const AbstractPackage& release, const VoString& name,
-                                                 const VoStopFlag& stop,
-                                                 const std::function<std::optional<VoString>()>& read)
-{
-    try {
-        const auto bytes = read();
-        if (!bytes)
-            return nullptr;
-        auto patches = std::make_shared<ReleasePatches>(ReleasePatches::Parse(*bytes, name));
-        if (patches->packageID == release.packageID() && patches->versionID == release.versionID())
-            return patches;
-        Log().warning("Patches are not those of the release: " + name);
-    } catch (const VoException&) {
-        stop.throwIfStopped();
-        Log().warning("Patches are not used: " + name + ": " + CurrentExceptionText());
-    }
-    return nullptr;
-}
-
-} // namespace vo::updater::detail

@@ -13,6 +13,7 @@
 #include <memory>
 
 struct VoDownloadPolicy;
+class VoLocation;
 
 namespace vo::updater {
 

@@ -13,7 +13,6 @@
 #include <Updater/detail/documents/DocumentPlace.h>
 #include <Updater/detail/documents/KeyChain.h>
 #include <Updater/detail/documents/ReleaseDocuments.h>
-#include <Updater/detail/documents/TryPatches.h>
 #include <Updater/detail/registry/ReleaseProof.h>
 #include <Updater/detail/registry/RolloutPlace.h>
 #include <Updater/detail/registry/TrustPin.h>
@@ -119,6 +118,7 @@ public:
     void open();
     void readManifest();
     VoString checked(const VoFilePath& path, const VoString& first) const;
+    void findAttributes(AdvertisedPackageListing& package, const VoFilePath& definition) const;
     const Verdict& verify(const VoUUID& packageID) const;
     Verdict verifyNow(const VoUUID& packageID) const;
     std::optional<TrustPin> verifyAfter(const std::optional<TrustPin>& before, const VoUUID& packageID) const;
@@ -199,16 +199,25 @@ VoString TrustedReleases::Private::checked(const VoFilePath& path, const VoStrin
 void TrustedReleases::Private::findPatches(AdvertisedPackageListing& package, const VoFilePath& definition) const
 {
     const VoFilePath path = Beside(definition, ReleasePatches::FileName);
-    const ReleaseManifest::Document* listed = manifest ? manifest->document(path) : nullptr;
-    if (manifest && !listed)
+    if (manifest && !manifest->document(path))
         return;
     package.setPatches(TryPatches(package, place.nameOf(path), place.stop(), [&] {
-        auto document = place.find(path, ReleasePatches::LargestSize);
-        if (document && listed && !Difference(*document, *listed).isEmpty())
-            Refuse(Kind::Mixed, "Document is not the one that the manifest lists: " + place.nameOf(path) + ": " +
-                                    Difference(*document, *listed));
+        auto document = FindOptional(place, path, ReleasePatches::LargestSize);
+        if (manifest)
+            document = checked(path, document.value_or(VoString()));
         return document;
     }));
+}
+
+void TrustedReleases::Private::findAttributes(AdvertisedPackageListing& package, const VoFilePath& definition) const
+{
+    const VoFilePath path = Beside(definition, ReleaseAttributes::FileName);
+    std::optional<VoString> document;
+    if (!manifest)
+        document = FindOptional(place, path, LargestDocument);
+    else if (manifest->document(path))
+        document = checked(path, place.find(path).value_or(VoString()));
+    package.setAttributes(AttributesOf(package, document, place.nameOf(path)));
 }
 
 const Verdict& TrustedReleases::Private::verify(const VoUUID& packageID) const
@@ -361,8 +370,7 @@ TrustedReleases::Release TrustedReleases::Private::release(VoUniquePtr<Advertise
     const VoString why = whyNotOffered(*package);
     if (!why.isEmpty())
         Refuse(Kind::NotOffered, "Release " + package->version().toString() + " is not offered: " + why);
-    const auto installed = Installed(package->packageID());
-    if (installed && installed->versionID() != package->versionID())
+    if (IsRecorded(package->packageID()))
         findPatches(*package, path);
     Release result{std::move(package), place.locationOf(path), nullptr};
     const Verdict& verdict = verify(result.package->packageID());
@@ -372,6 +380,7 @@ TrustedReleases::Release TrustedReleases::Private::release(VoUniquePtr<Advertise
         proof->before = verdict.before;
         proof->versionID = result.package->versionID();
         proof->from = manifest->release(result.package->packageID(), result.package->versionID())->from;
+        proof->expires = policy.allowExpired ? VoTimePoint() : manifest->expires;
         proof->isOtherPublisher = verdict.isOtherPublisher;
         result.proof = std::move(proof);
     }
@@ -398,6 +407,7 @@ VoUniquePtr<AdvertisedPackageListing> TrustedReleases::read(const Declaration& d
     auto package = AdvertisedPackageListing::Parse(bytes, name);
     if (package->packageID() != declaration.packageID() || package->versionID() != declaration.versionID())
         throw VoValidationException("Invalid package definition: not the declared release: " + name);
+    state.findAttributes(*package, declaration.path());
     return package;
 }
 
@@ -406,7 +416,9 @@ VoUniquePtr<AdvertisedPackageListing> TrustedReleases::readDefinition() const
     const Private& state = *m_private;
     if (state.declarations)
         throw VoInvalidCallException("No definition was opened");
-    return AdvertisedPackageListing::Parse(state.bytes, state.place.nameOf(state.name));
+    auto package = AdvertisedPackageListing::Parse(state.bytes, state.place.nameOf(state.name));
+    state.findAttributes(*package, state.name);
+    return package;
 }
 
 TrustedReleases::Release TrustedReleases::openDefinition() const

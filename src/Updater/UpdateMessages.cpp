@@ -1,8 +1,18 @@
 #include <Updater/UpdateMessages.h>
 
+#include <Download/VoDownloadSize.h>
 #include <Time/VoTimeDuration.h>
 
 namespace vo::updater {
+
+namespace {
+
+std::uint64_t CountOf(const VoDownloadSize& number)
+{
+    return number.isUnknown() ? 0 : static_cast<std::uint64_t>(number.bytes());
+}
+
+} // namespace
 
 AbstractMessage::~AbstractMessage() = default;
 
@@ -121,6 +131,11 @@ const VoDownloadSize& DownloadProgressMessage::processed() const
     return m_progress.processed();
 }
 
+const VoDownloadSize& DownloadProgressMessage::received() const
+{
+    return processed();
+}
+
 const VoDownloadSize& DownloadProgressMessage::total() const
 {
     return m_progress.total();
@@ -163,6 +178,16 @@ const VoDownloadSize& InstallationProgressMessage::processed() const
 const VoDownloadSize& InstallationProgressMessage::total() const
 {
     return m_progress.total();
+}
+
+std::uint64_t InstallationProgressMessage::filesProcessed() const
+{
+    return CountOf(processed());
+}
+
+std::uint64_t InstallationProgressMessage::filesTotal() const
+{
+    return CountOf(total());
 }
 
 VerificationProgressMessage::VerificationProgressMessage(std::uint64_t processed, std::uint64_t total,

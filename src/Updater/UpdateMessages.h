@@ -43,6 +43,7 @@ public:
         VerificationFailed = 17,       ///< BasicUpdateMessage: at least one file is not.
         InstallationFailed = 18,       ///< BasicUpdateMessage: with the reason as text.
         UninstallFailed = 19,          ///< UninstallFailedMessage
+        StagingComplete = 20,          ///< BasicUpdateMessage: the release is staged, and can be committed.
     };
 
     virtual ~AbstractMessage();
@@ -134,7 +135,8 @@ public:
     MESSAGE(FileMissing, Error)                                                                                        \
     MESSAGE(VerificationSuccess, Diagnostic)                                                                           \
     MESSAGE(VerificationFailed, Error)                                                                                 \
-    MESSAGE(InstallationFailed, Error)
+    MESSAGE(InstallationFailed, Error)                                                                                 \
+    MESSAGE(StagingComplete, Diagnostic)
 
 /// The same of BasicUninstallMessage.
 #define VOCORE_BASIC_UNINSTALL_MESSAGES(MESSAGE)                                                                       \
@@ -167,6 +169,7 @@ public:
     Type type() const override;                 ///< DownloadProgress
     const VoDownloadProgress& progress() const; ///< All figures as one value.
     const VoDownloadSize& processed() const;    ///< Bytes downloaded.
+    const VoDownloadSize& received() const;     ///< The same, as the download service's notifications call it.
     const VoDownloadSize& total() const;        ///< Bytes there are; may be unknown.
     const VoTransferRate& transferRate() const; ///< Bytes per second.
     VoTimeDuration timeRemaining() const;       ///< See VoDownloadProgress::timeRemaining().
@@ -186,8 +189,10 @@ public:
 
     Type type() const override;              ///< InstallationProgress
     const VoDataProgress& progress() const;  ///< Both figures as one value.
-    const VoDownloadSize& processed() const; ///< Files done; a count, not bytes.
-    const VoDownloadSize& total() const;     ///< Files there are; a count, not bytes.
+    const VoDownloadSize& processed() const; ///< Files done; a count, not bytes, though its text is that of a size.
+    const VoDownloadSize& total() const;     ///< Files there are; likewise.
+    std::uint64_t filesProcessed() const;    ///< Files done, as a plain number.
+    std::uint64_t filesTotal() const;        ///< Files there are, as a plain number.
 
 private:
     const VoDataProgress m_progress;

@@ -4,7 +4,7 @@ namespace vo::updater {
 
 bool VerificationReport::isIntact() const
 {
-    return missing.isEmpty() && changed.isEmpty();
+    return missing.isEmpty() && changed.isEmpty() && notExecutable.isEmpty() && missingFolders.isEmpty();
 }
 
 } // namespace vo::updater

@@ -8,6 +8,7 @@
 ///     <application data>\updates\            UpdateSystemDirectory()
 ///         download\<packageID>\              staged chunks of a running installation
 ///         documents\                         documents fetched from servers, to be asked for changes only
+///         staged\                            releases that are built and checked, and yet to be put in place
 ///         installed\packages.xml             the registry of installed packages
 ///         installed\<packageID>.xml          the listing of one installed release
 ///

@@ -29,7 +29,9 @@ public:
         ReleaseManifest = 10,   ///< ReleaseManifest
         ReleaseKeys = 11,       ///< ReleaseKeys
         TrustPin = 12,          ///< What is remembered of a package's publisher; of no use to others.
+        ReleaseAttributes = 13, ///< ReleaseAttributes
         ReleasePatches = 14,    ///< ReleasePatches
+        StagedRelease = 15,     ///< What is noted of a staged release; of no use to others.
     };
 
     ~XMLObject() override;

@@ -47,6 +47,7 @@ void ExpectOrderWithEveryKindOfText(const A& a, const VoString& b, int sign)
     EXPECT_TRUE(AreOrdered(a, ClientsString(b.c_str()), sign));
     EXPECT_TRUE(AreOrdered(a, b.c_str(), sign));
     EXPECT_TRUE(AreOrdered(a, b.toStdString(), sign));
+    EXPECT_TRUE(AreOrdered(a, b.toStdStringView(), sign));
     EXPECT_TRUE(AreOrdered(a, b.toQString(), sign));
     EXPECT_TRUE(AreEqual(a, VoUUID(VoString(a)), true));
     EXPECT_TRUE(AreEqual(a, VoUrl(b), sign == 0));

@@ -6,8 +6,13 @@
 
 #include <QtCore/QString>
 
+#include <algorithm>
 #include <climits>
+#include <iterator>
+#include <limits>
 #include <map>
+#include <string_view>
+#include <type_traits>
 
 namespace {
 
@@ -289,6 +294,32 @@ TEST(VoString, RandomTextsUseTheirWholeAlphabetAndNothingElse)
     }
     EXPECT_TRUE(VoString::Random(0, VoString::Letters).isEmpty());
     EXPECT_NE(VoString::Random(40, VoString::Letters), VoString::Random(40, VoString::Letters));
+}
+
+TEST(VoString, GoesThroughTheStandardLibraryAndBackWithEveryByte)
+{
+    const std::string bytes("a\0b\xff", 4);
+    const VoString text{std::string_view(bytes)};
+    EXPECT_EQ(text.toStdStringView(), bytes);
+    EXPECT_EQ(VoStringView(std::string_view(bytes)).toStdStringView(), bytes);
+    VoString copy;
+    std::copy(text.cbegin(), text.cend(), std::back_inserter(copy));
+    EXPECT_EQ(copy.toStdString(), bytes);
+    static_assert(!std::is_convertible_v<std::string_view, VoString>, "would make calls ambiguous");
+}
+
+TEST(VoString, ARequiredNumberIsTheWholeText)
+{
+    EXPECT_EQ(VoString("-9223372036854775808").requireInteger(), std::numeric_limits<std::int64_t>::min());
+    for (const char* text : {"", "-", "+1", " 1", "1 ", "1.0", "0x1", "9223372036854775808", "12a"})
+        EXPECT_THROW_MSG(VoString(text).requireInteger(), VoInvalidParameterException,
+                         VoString("Not a whole number of 64 bits: ") + text);
+    EXPECT_EQ(VoString("-1.5e3").requireDouble(), -1500.0);
+    EXPECT_EQ(VoString("1e-999").requireDouble(), 0.0);
+    for (const char* text : {"", "-", ".", "+1", " 1", "1 ", "1,5", "0x1", "inf", "nan", "1e999", "1e", "1-2"})
+        EXPECT_THROW_MSG(VoString(text).requireDouble(), VoInvalidParameterException,
+                         VoString("Not a finite number: ") + text);
+    EXPECT_THROW(VoString(std::string("1\0", 2)).requireDouble(), VoInvalidParameterException);
 }
 
 } // namespace

@@ -64,6 +64,22 @@ TEST(RedirectPolicy, AllowsOnlyTheConfiguredHostsAndOnlyHttpsForAnotherScheme)
     }
 }
 
+TEST(DownloadPolicy, HeadersCannotSmuggleOthersNorReplaceTheServicesOwn)
+{
+    VoDownloadPolicy policy;
+    for (const char* value : {"a\r\nHost: evil", "a\nb", "a\rb", "\x7f", "\x01"})
+        EXPECT_THROW_MSG(policy.setHeader("X-A", value), VoInvalidParameterException, "Invalid value of header: X-A");
+    EXPECT_THROW_MSG(policy.setHeader("X-A", VoString(std::string("a\0b", 3))), VoInvalidParameterException,
+                     "Invalid value of header: X-A");
+    for (const char* name : {"", "X A", "X:", "X\r\n", "\xc3\xa4"})
+        EXPECT_THROW_MSG(policy.setHeader(name, "v"), VoInvalidParameterException,
+                         VoString("Invalid header name: ") + name);
+    for (const char* name : {"host", "Transfer-Encoding", "IF-NONE-MATCH"})
+        EXPECT_THROW_MSG(policy.setHeader(name, "v"), VoInvalidParameterException,
+                         VoString("Header is the download service's own: ") + name);
+    EXPECT_TRUE(policy.headers().isEmpty());
+}
+
 TEST(DownloadPolicy, ReadsRetryAfterAsSecondsOrDate)
 {
     const QDateTime now = QDateTime::fromString(QStringLiteral("2024-02-29T12:00:00Z"), Qt::ISODate);

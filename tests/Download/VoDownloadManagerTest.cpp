@@ -153,7 +153,11 @@ TEST_F(DownloadManager, TellsTheWholeStoryOfADownloadToItsOwnCallbackOnly)
     m_server.get("/b", ScriptedAnswer::Body("b"));
     const auto a = request("/a", "a");
     Told told;
-    std::future<void> other = VoDownloadManager::RequestFuture(request("/b", "b"));
+    auto other = VoDownloadManager::RequestFuture(request("/b", "b"));
+    for (const auto wait :
+         {+[](VoDownloadFuture& future) { future.get(); }, +[](VoDownloadFuture& future) { future.wait(); }})
+        EXPECT_THROW_MSG(wait(other), VoInvalidCallException,
+                         "Cannot wait for a download on the thread that carries it out");
     VoDownloadManager::RequestWait(a, VoStopFlag(), told.callback());
     EXPECT_EQ(Outcome(std::move(other)), "");
 
@@ -297,6 +301,39 @@ TEST_F(DownloadManager, TriesMirrorsInOrderAndNotAgainThoseWithoutHope)
                                                m_server.url("/two/file"), m_server.url("/three/file"),
                                                m_server.url("/two/file")}));
     EXPECT_EQ(m_server.count("HEAD", "/one/file"), 1U);
+}
+
+TEST_F(DownloadManager, HeadersGoToTheFilesOwnServerAndNowhereElse)
+{
+    VoDownloadManager::SetRedirectHosts("localhost", "");
+    ScriptedHttpServer mirror;
+    mirror.get("/file", ScriptedAnswer::Body("mirrored"));
+    m_server.get("/own", ScriptedAnswer::Body("own"));
+    m_server.get("/moved", ScriptedAnswer::Redirect(302, m_server.url("/there", "localhost")));
+    m_server.get("/there", ScriptedAnswer::Body("there"));
+    VoDownloadPolicy policy;
+    policy.setHeader("X-Token", "old");
+    policy.setHeader("x-token", "s3cret");
+    policy.mirrored = url("/");
+    policy.mirrors = {VoUrl(VoString(mirror.url("/")))};
+    for (const char* name : {"own", "moved", "file"}) {
+        const auto wanted = request(std::string("/") + name, name);
+        wanted->setPolicy(policy);
+        VoDownloadManager::RequestWait(wanted);
+    }
+    VoDownloadManager::SetRedirectHosts("", "");
+    const auto token = [](const vo::test::ScriptedRequest& asked) -> std::string {
+        const auto found = asked.headers.find("x-token");
+        return found == asked.headers.end() ? "" : found->second;
+    };
+    for (const vo::test::ScriptedRequest& asked : m_server.requests())
+        EXPECT_EQ(token(asked), asked.target == "/there" ? "" : "s3cret") << asked.method << asked.target;
+    EXPECT_EQ(m_server.count("GET", "/there"), 1U);
+    EXPECT_EQ(mirror.count("GET", "/file"), 1U);
+    for (const vo::test::ScriptedRequest& asked : mirror.requests())
+        EXPECT_EQ(token(asked), "");
+    for (const vo::logging::Record& record : m_log.records())
+        EXPECT_FALSE(record.text.contains("s3cret")) << record.text;
 }
 
 TEST_F(DownloadManager, CancelAndStopFlagGiveExactlyOneFailureInEveryPhase)

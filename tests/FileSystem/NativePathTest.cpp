@@ -1,9 +1,11 @@
 #include "FileSystemFixture.h"
 
 #include <Core/VoFileException.h>
+#include <FileSystem/VoNativeName.h>
 #include <FileSystem/detail/NativeFile.h>
 
 #include <system_error>
+#include <utility>
 
 using namespace vo::detail;
 
@@ -30,6 +32,19 @@ TEST_F(NativePath, BytesPassAsTheyAre)
     EXPECT_EQ(FromNative("/tmp/\xff x ").path().toStdString(), "\\tmp\\\xff x ");
     EXPECT_EQ(FromNative("/tmp//a///b").path().toStdString(), "\\tmp\\a\\b");
     EXPECT_EQ(ChildFromNative(VoFilePath("\\tmp\\"), " x ").path().toStdString(), "\\tmp\\ x ");
+}
+
+TEST_F(NativePath, PathsGoToTheStandardLibraryAndBack)
+{
+    for (const char* text : {"/tmp/\xff x ", " a /b", "", "/"}) {
+        EXPECT_EQ(vo::ToStdPath(vo::FromStdPath(text)).string(), text);
+        EXPECT_EQ(vo::FromStdPath(text).nativeText().toStdString(), text);
+    }
+    for (const auto& [text, directory] : {std::pair("/tmp/a ", "/tmp/a /"), std::pair("/tmp/a/", "/tmp/a/"),
+                                          std::pair(" a", "./ a/"), std::pair("", ""), std::pair("/", "/")}) {
+        EXPECT_EQ(vo::ToStdPath(vo::FromStdDirectory(text)).string(), directory);
+        EXPECT_EQ(vo::FromStdDirectory(text).nativeText().toStdString(), directory);
+    }
 }
 
 TEST_F(NativePath, ABackslashInANameIsNoSeparator)

@@ -31,6 +31,8 @@ TEST(VoDirectoryPath, AcceptsDirectoriesOnly)
         FAIL() << "accepted " << path;
     } catch (const VoInvalidPathException& e) {
         EXPECT_EQ(e.path().toStdString(), "C:\\Temp");
+        EXPECT_EQ(e.subject(), e.path());
+        EXPECT_TRUE(e.reason().contains("FromText()"));
     }
 }
 

@@ -97,7 +97,7 @@ TEST(LogConfiguration, SettingsAreReadFromTextsFilesAndProperties)
         EXPECT_EQ(c.systemLog, Level::Error);
         EXPECT_EQ(c.standardError, std::nullopt);
     }
-    EXPECT_EQ(Configuration::FromText("").standardError, Level::Warning);
+    EXPECT_EQ(Configuration::FromText("").standardError, std::nullopt);
     EXPECT_EQ(Configuration::FromText("error").standardError, Level::Diagnostic);
     EXPECT_EQ(Configuration::FromProperties({{"log", "error"}}).levels.size(), 1u);
 }

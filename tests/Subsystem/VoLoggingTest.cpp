@@ -83,7 +83,6 @@ TEST(VoLogging, RecordsBelowTheLevelOfTheirLoggerAreDropped)
 TEST(VoLogging, IsDisabledWhereNoSinkListens)
 {
     Logger& logger = Logger::Get("test sinks");
-    vo::logging::DisableStandardError();
     EXPECT_FALSE(logger.isEnabled(Level::Critical));
     {
         const VoReceiver warnings = vo::logging::AddSink([](const Record&) {}, Level::Warning);
@@ -96,6 +95,7 @@ TEST(VoLogging, IsDisabledWhereNoSinkListens)
     vo::logging::EnableStandardError();
     EXPECT_TRUE(logger.isEnabled(Level::Warning));
     EXPECT_FALSE(logger.isEnabled(Level::Information));
+    vo::logging::DisableStandardError();
     EXPECT_THROW_MSG(vo::logging::AddSink(nullptr), VoInvalidParameterException, "Invalid callback");
 }
 
@@ -120,8 +120,11 @@ TEST(VoLogging, ASinkMayLogThrowAndRemoveItself)
 TEST(VoLogging, WritesOneLineARecordToStandardError)
 {
     testing::internal::CaptureStderr();
+    Logger::Get("test stderr").critical("not shown: nobody asked for it");
+    vo::logging::EnableStandardError();
     Logger::Get("test stderr").information("not shown");
     Logger::Get("test stderr").warning("two\nlines");
+    vo::logging::DisableStandardError();
     const std::string shown = testing::internal::GetCapturedStderr();
     EXPECT_NE(shown.find(" warning [test stderr] ("), std::string::npos) << shown;
     EXPECT_EQ(shown.find("not shown"), std::string::npos);

@@ -1,5 +1,6 @@
 #include <VoTestSupport.h>
 
+#include <Subsystem/VoLogging.h>
 #include <Threading/VoThread.h>
 #include <Threading/VoThreadException.h>
 #include <Threading/detail/ThreadFactory.h>
@@ -68,6 +69,7 @@ TEST(VoThread, CannotJoinItself)
 TEST(VoThreadDeathTest, AJoinableHandleThatEndsTakesTheProcessWithIt)
 {
     testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    vo::logging::EnableStandardError();
     EXPECT_DEATH({ VoThread thread = Start([] {}); }, "Thread destroyed whilst still running");
     EXPECT_DEATH(
         {
@@ -75,4 +77,5 @@ TEST(VoThreadDeathTest, AJoinableHandleThatEndsTakesTheProcessWithIt)
             thread = VoThread();
         },
         "Thread destroyed whilst still running");
+    vo::logging::DisableStandardError();
 }

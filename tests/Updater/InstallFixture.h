@@ -42,6 +42,38 @@ public:
     StepWatch& operator=(const StepWatch&) = delete;
 };
 
+/// @{ In these trees the content of a link is "-> " and where it leads, that of a program begins with "[x]", and
+/// folders end with "/".
+inline void WriteEntry(const std::filesystem::path& place, const std::string& content)
+{
+    namespace fs = std::filesystem;
+    const bool isProgram = content.compare(0, 3, "[x]") == 0;
+    fs::create_directories(place.filename().empty() ? place : place.parent_path());
+    if (fs::is_symlink(place))
+        fs::remove(place);
+    if (content.compare(0, 3, "-> ") == 0)
+        fs::create_symlink(content.substr(3), place);
+    else if (!place.filename().empty())
+        std::ofstream(place, std::ios::binary) << content.substr(isProgram ? 3 : 0);
+    if (isProgram)
+        fs::permissions(place, fs::perms::owner_exec, fs::perm_options::add);
+}
+
+inline Files MarkedTreeOf(const std::filesystem::path& root)
+{
+    namespace fs = std::filesystem;
+    Files files = TreeOf(root);
+    for (auto& [name, content] : files) {
+        const fs::path path = root / name;
+        if (fs::is_symlink(path))
+            content = "-> " + fs::read_symlink(path).generic_string();
+        else if (name.back() != '/' && (fs::status(path).permissions() & fs::perms::owner_exec) != fs::perms::none)
+            content = "[x]" + content;
+    }
+    return files;
+}
+/// @}
+
 /// Publishes releases of one package and installs them into a directory whose parents do not exist at first.
 class InstallTest : public UpdaterTest
 {
@@ -55,8 +87,8 @@ protected:
     VoDirectoryPath staging() const { return updates().directory("download").directory(packageID.toString()); }
     VoFilePath listingPath() const { return InstalledPackages::InstalledPackageListingPath(packageID); }
 
-    /// Publishes the files as the next release; the IDs of known targets are kept.
-    VoFilePath publish(const char* version, const Files& files, std::uint64_t chunkSize = 40)
+    /// Publishes the files as the next release, with patches from so many others; the IDs of known targets are kept.
+    VoFilePath publish(const char* version, const Files& files, std::uint64_t chunkSize = 40, std::size_t patched = 0)
     {
         using namespace vo::updater;
         std::unique_ptr<AbstractPackageBuilder> builder;
@@ -65,6 +97,7 @@ protected:
         else
             builder = std::make_unique<UpdatePackageBuilder>(*AdvertisedPackageListing::Open(m_last), parse(version),
                                                              chunkSize, 6);
+        builder->makePatches(patched);
         return m_last = publish(*builder, files);
     }
 
@@ -79,7 +112,8 @@ protected:
     {
         const VoDirectoryPath source = sourceOf(builder.version().toString());
         for (const auto& [name, content] : files)
-            WriteBytes(source.appended(VoFilePath(name.c_str())), content);
+            WriteEntry(vo::detail::ToNative(source) / name, content);
+        builder.keepAttributes();
         builder.addByAge(source, declarations());
         builder.finalise(declarations());
         return declarations()
@@ -97,6 +131,18 @@ protected:
         InstalledPackages::Install(definition, place(), stop, options);
     }
 
+    /// What is installed, with the folders in which nothing lies.
+    Files installedTree() const
+    {
+        Files result;
+        const auto root = vo::detail::ToNative(place());
+        for (auto& [name, content] : MarkedTreeOf(root)) {
+            if (name.back() != '/' || std::filesystem::is_empty(root / name))
+                result[name] = std::move(content);
+        }
+        return result;
+    }
+
     /// Everything below "place" and the update directory: files with their content, directories with a "/" behind.
     Files snapshot() const
     {
@@ -106,7 +152,7 @@ protected:
             if (!std::filesystem::exists(root))
                 continue;
             result[std::string(top) + "/"];
-            for (auto& [name, content] : TreeOf(root))
+            for (auto& [name, content] : MarkedTreeOf(root))
                 result[top + ("/" + name)] = std::move(content);
         }
         return result;

@@ -7,6 +7,7 @@
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/detail/documents/XMLDocument.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -352,7 +353,9 @@ TEST_F(PackageDocuments, FilesOfAListingAreFoundAndOutliveItAsCopies)
         const AdvertisedFileListing* found = other.file(listed.id());
         ASSERT_NE(found, nullptr);
         EXPECT_EQ(found->id(), listed.id());
-        EXPECT_LE(found, &listed) << "of two with one ID the first";
+        const auto first = std::find_if(other.files().begin(), other.files().end(),
+                                        [&](const AdvertisedFileListing& file) { return file.id() == listed.id(); });
+        EXPECT_EQ(found, &*first) << "of two with one ID the first";
     }
     EXPECT_EQ(other.file(VoUUID("nobody's")), nullptr);
     package = {};

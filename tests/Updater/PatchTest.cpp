@@ -198,6 +198,7 @@ TEST_F(PatchedUpdate, WhatDoesNotFitIsBuiltOfChunks)
     const VoFilePath file = patchFile();
     const std::string good = ReadBytes(file);
     const std::string forged = good.substr(0, good.size() - 1) + static_cast<char>(good.back() ^ 1);
+    const std::string bomb = std::string(good).replace(24, 4, "\xff\xff\xff\xf0"); // the length of the instructions
     struct Row
     {
         const char* name;
@@ -208,6 +209,8 @@ TEST_F(PatchedUpdate, WhatDoesNotFitIsBuiltOfChunks)
         {"gone", "", [](Patch&) {}},
         {"damaged", forged, [](Patch&) {}},
         {"another file", good + good, [](Patch&) {}},
+        {"cut short", good.substr(0, good.size() / 2), [](Patch&) {}},
+        {"a bomb, and listed so", bomb, [&](Patch& patch) { patch.checksum = ChecksumOf(bomb); }},
         {"forged, and listed so", forged, [&](Patch& patch) { patch.checksum = ChecksumOf(forged); }},
         {"for another old file", good, [](Patch& patch) { patch.before.checksum = ChecksumOf("x"); }},
         {"for another new file", good, [](Patch& patch) { patch.after.checksum = ChecksumOf("x"); }},
@@ -242,10 +245,17 @@ TEST_F(PatchedUpdate, DocumentsThatTheManifestDoesNotListDoNotCount)
     }
     WriteBytes(document(), good);
     EXPECT_EQ(ReadBytes(document()), opened(at(Day(2))).package->patches()->toDocument().toStdString());
-    // Cleared away with their release.
+    // Cleared away with their release; and what was left by who was killed.
     release("1.2.0", Unpatched, {key});
+    const VoDirectoryPath newest = releasePlace().parent().directory("1.2.0.0");
+    const VoFilePath leftovers[] = {newest.file("patches.xml.tmpabcdefghijkl"), newest.file("patches\\no.vopatch"),
+                                    newest.file("patches\\no.vopatch.tmpabcdefghijkl")};
+    for (const VoFilePath& leftover : leftovers)
+        WriteBytes(leftover, "x");
     signer({key}).clear(1, false);
-    EXPECT_TRUE(VoFileSystem::Exists(releasePlace().parent().directory("1.2.0.0").file(ReleasePatches::FileName)));
+    for (const VoFilePath& leftover : leftovers)
+        EXPECT_FALSE(VoFileSystem::Exists(leftover)) << leftover.path().c_str();
+    EXPECT_TRUE(VoFileSystem::Exists(newest.file(ReleasePatches::FileName)));
     EXPECT_FALSE(VoFileSystem::IsDirectory(releasePlace()));
     EXPECT_EQ(install(at(Day(2))), "");
     EXPECT_EQ(FilesBelow(place()), Unpatched);

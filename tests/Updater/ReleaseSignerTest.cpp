@@ -173,7 +173,7 @@ TEST_F(Publisher, ARollOutTakesInTheShareThatItNames)
 TEST_F(Publisher, ClearingKeepsWhatAnybodyRefersTo)
 {
     for (const char* version : {"1.0.0", "2.0.0", "3.0.0"})
-        release(version, {{"program", Noise(120, static_cast<unsigned>(version[0]))}}, {key});
+        release(version, {{"program", Noise(120, static_cast<unsigned>(version[0]))}, {"alias", "-> program"}}, {key});
     const VoFilePath second = file("server/others.xml");
     WriteBytes(second, ReadBytes(declarations()));
     WriteBytes(file("server/readme.txt"), "mine");
@@ -200,6 +200,10 @@ TEST_F(Publisher, ClearingKeepsWhatAnybodyRefersTo)
     const auto cleared = signer({key}).clear(1, false);
     EXPECT_GT(cleared.files, 5u);
     EXPECT_THAT(releases(), ElementsAre("3.0.0.0"));
+    const Files left = folder();
+    EXPECT_EQ(std::count_if(left.begin(), left.end(),
+                            [](const auto& file) { return file.first.find("attributes.xml") != std::string::npos; }),
+              1);
     EXPECT_EQ(ReadBytes(file("server/readme.txt")), "mine");
     EXPECT_EQ(install(at(Day(1))), "");
     EXPECT_EQ(signer({key}).clear(1, false).files, 0u);
@@ -220,6 +224,38 @@ TEST_F(Publisher, ClearingKeepsWhatAnybodyRefersTo)
     EXPECT_GE(signer({}).clear(1, false).folders, 1u);
     EXPECT_TRUE(VoFileSystem::IsDirectory(alive.path()));
     EXPECT_FALSE(VoFileSystem::IsDirectory(dead.path()));
+}
+
+TEST_F(Publisher, AttributesAreListedOrDoNotCount)
+{
+    const Files linked = {{"program", "[x]" + Noise(120, 1)}, {"alias", "-> program"}};
+    release("1.0.0", Content, {key});
+    const VoFilePath added = declarations().parent().appended(VoFilePath("packages/" + packageID.toString() +
+                                                                         "/1.0.0.0"
+                                                                         "/attributes.xml"));
+    const auto listing = AdvertisedPackageListing::Open(added.parent().file("package.xml"));
+    WriteBytes(added, "<attributes packageID=\"" + packageID.toString().toStdString() + "\" versionID=\"" +
+                          listing->versionID().toString().toStdString() +
+                          "\"><link target=\"evil\" to=\"program\"/></attributes>");
+    EXPECT_EQ(install(at(Day(1))), "");
+    EXPECT_EQ(installedTree(), Content) << "not listed by the manifest";
+    const auto sign = [&] { return told([&] { return std::to_string(signer({key}).sign().serial); }); };
+    EXPECT_THAT(sign(), HasSubstr("Document was changed since it was signed"));
+    VoFileSystem::Remove(added);
+
+    now = Day(1);
+    release("2.0.0", linked, {key});
+    EXPECT_EQ(install(at(Day(1))), "");
+    EXPECT_EQ(installedTree(), linked);
+    // Until a key has signed what was published in its place, the former build is installed with what it had.
+    VoFileSystem::RemoveAll(directory("source"));
+    release("2.0.0", Content, {});
+    wipe();
+    EXPECT_EQ(install(at(Day(1))), "");
+    EXPECT_EQ(installedTree(), linked);
+    EXPECT_TRUE(signer({key}).sign().isInEffect);
+    EXPECT_EQ(install(at(Day(1))), "");
+    EXPECT_EQ(installedTree().count("alias"), 0u);
 }
 
 TEST_F(Publisher, DamagedDocumentsAreRefusedByName)

@@ -167,7 +167,7 @@ TEST_F(RemoteInstall, ADamagedChunkIsFetchedAgainAsOftenAsThePolicySays)
     server.get(target(chunk), {bad, good});
     EXPECT_EQ(installFrom(definition), "");
     EXPECT_EQ(server.count("GET", target(chunk)), 2u);
-    EXPECT_EQ(server.requests().size(), 2u + 2u * 2u) << "the definition, and the chunk twice, each with its header";
+    EXPECT_EQ(server.requests().size(), 3u + 2u * 2u) << "definition, no attributes, the chunk twice, with headers";
     EXPECT_EQ(FilesBelow(place()), First);
 }
 
@@ -180,7 +180,7 @@ TEST_F(RemoteInstall, WhatTheTargetHasNoSpaceForIsNotDownloaded)
     const std::string failure = installFrom(definition);
     EXPECT_EQ(failure.rfind("Installation failed: Not enough disk space: 1125899906842624 bytes needed, ", 0), 0u);
     EXPECT_NE(failure.find(" available in " + place().path().toStdString()), std::string::npos) << failure;
-    EXPECT_EQ(server.requests().size(), 2u) << "for the definition alone";
+    EXPECT_EQ(server.requests().size(), 3u) << "for the definition, and for attributes that there are not";
 }
 
 TEST_F(RemoteInstall, AMirrorStepsInForWhatIsDamagedOrMissing)

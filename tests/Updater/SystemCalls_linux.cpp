@@ -162,6 +162,10 @@ INTERPOSE(int, -1, Changes, rmdir, (const char* path), (path), noexcept)
 INTERPOSE(int, -1, Changes | TakesSpace, mkdir, (const char* path, mode_t mode), (path, mode), noexcept)
 INTERPOSE(int, -1, Changes | TakesSpace, mkdirat, (int directory, const char* path, mode_t mode),
           (directory, path, mode), noexcept)
+INTERPOSE(int, -1, Changes | TakesSpace, symlinkat, (const char* to, int directory, const char* path),
+          (to, directory, path), noexcept)
+INTERPOSE(int, -1, Changes, fchmod, (int file, mode_t mode), (file, mode), noexcept)
+INTERPOSE(ssize_t, -1, Looks, readlink, (const char* path, char* to, size_t size), (path, to, size), noexcept)
 INTERPOSE(int, -1, Looks, stat, (const char* path, struct stat* information), (path, information), noexcept)
 INTERPOSE(int, -1, Looks, lstat, (const char* path, struct stat* information), (path, information), noexcept)
 INTERPOSE(char*, nullptr, Looks, realpath, (const char* path, char* resolved), (path, resolved), noexcept)

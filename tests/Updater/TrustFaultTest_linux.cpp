@@ -14,8 +14,8 @@ namespace {
 
 using FaultKind = CallFault::Kind;
 
-const Files Old = {{"program", Noise(900, 1)}, {"same", "same"}, {"other", Noise(90, 3)}};
-const Files New = {{"program", "!" + Noise(900, 1)}, {"same", "same"}, {"other", Noise(90, 4)}};
+const Files Old = {{"program", Noise(900, 1)}, {"same", "same"}};
+const Files New = {{"program", "!" + Noise(900, 1)}, {"same", "same"}};
 
 class TrustFault : public TrustTest
 {
@@ -74,37 +74,6 @@ protected:
 TEST_F(TrustFault, AKilledPublicationStrandsNobody)
 {
     matrix(FaultKind::Kill, 25, [this] { release("2.0.0", New, {key}); });
-}
-
-TEST_F(TrustFault, AnUpdateByPatchesThatIsKilledGoesOn)
-{
-    const Files before = folder();
-    release("2.0.0", New, {key});
-    const Files after = folder();
-    const auto update = [this] { return install(at(Day(2))); };
-    const auto installFirst = [&] {
-        putFolder(before);
-        wipe();
-        EXPECT_EQ(update(), "");
-        putFolder(after);
-    };
-    for (const auto kind : {FaultKind::Kill, FaultKind::FailAll}) {
-        CallFault fault{kind, static_cast<std::size_t>(-1), kind == FaultKind::FailAll ? ENOSPC : 0};
-        installFirst();
-        ASSERT_NE(opened(at(Day(2))).package->patches(), nullptr);
-        Arm(fault);
-        update();
-        const std::size_t calls = Disarm();
-        constexpr std::size_t few = 20;
-        for (std::size_t i = 0; i < few; ++i) {
-            fault.number = 1 + i * calls / few;
-            SCOPED_TRACE("call " + std::to_string(fault.number) + " of " + std::to_string(calls));
-            installFirst();
-            strike(fault, update);
-            EXPECT_EQ(update(), "");
-            EXPECT_EQ(FilesBelow(place()), New);
-        }
-    }
 }
 
 TEST_F(TrustFault, AFullDiskStrandsNobody)

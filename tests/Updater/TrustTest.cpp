@@ -20,7 +20,7 @@ using vo::updater::PackageBuilder;
 namespace {
 
 const Files Old = {{"program", Noise(200, 1)}, {"same", "same"}};
-const Files New = {{"program", Noise(200, 2)}, {"same", "same"}};
+const Files New = {{"program", "[x]" + Noise(200, 2)}, {"same", "same"}, {"alias", "-> same"}};
 const Files Evil = {{"program", "evil"}};
 
 std::string Flipped(std::string bytes, const std::string& behind)
@@ -117,6 +117,7 @@ TEST_F(TrustAttack, IsRefusedAndNothingChanges)
         return files;
     };
     const std::string definition = definitionOf(second, "2.0.0.0");
+    const std::string attributes = definition.substr(0, definition.rfind('/')) + "/attributes.xml";
     const std::string signature = "manifest.xml." + key->id().toStdString() + ".minisig";
     Files stolen = forged({key}, 1000);
     const Files keysOfOther = with(second, "keys.2.xml", [&] {
@@ -161,6 +162,11 @@ TEST_F(TrustAttack, IsRefusedAndNothingChanges)
         {"a flipped bit in a definition",
          {[&] { mount(with(second, definition, Flipped(second[definition], "checksum=\""))); },
           "Document is not the one that the manifest lists"}},
+        {"a link that leads elsewhere",
+         {[&] { mount(with(second, attributes, Flipped(second[attributes], "to=\""))); },
+          "Document is not the one that the manifest lists"}},
+        {"links are withheld",
+         {[&] { mount(without(second, "attributes.xml")); }, "Document is not the one that the manifest lists"}},
         {"extraneous files: another release declared and served",
          {[&] {
               Files files = evil;
@@ -300,7 +306,7 @@ TEST_F(TrustAttack, AnotherPublishersPackageTakesNoInstalledOneOver)
     EXPECT_THAT(unsignedRelease(), HasSubstr("Record of the publisher cannot be read"));
     believing.allowOtherPublisher = true;
     EXPECT_EQ(attempt(believing), "");
-    EXPECT_EQ(installed(), Evil.at("program"));
+    EXPECT_EQ(installed(), "[x]" + Evil.at("program"));
     InstalledPackages::Uninstall(packageID);
     EXPECT_FALSE(VoFileSystem::Exists(pin));
     EXPECT_EQ(unsignedRelease(), "");

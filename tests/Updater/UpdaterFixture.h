@@ -68,7 +68,7 @@ protected:
         return found;
     }
 
-    LogCapture log; // what these tests provoke is not shown on standard error
+    LogCapture log;
 
 private:
     VoTemporaryDir m_scratch;

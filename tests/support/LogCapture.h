@@ -10,19 +10,17 @@
 
 namespace vo::test {
 
-/// Captures what is logged on any thread while it exists, and keeps it off standard error.
+/// Captures what is logged on any thread while it exists.
 class LogCapture
 {
 public:
     LogCapture()
         : m_receiver(vo::logging::AddSink([this](const vo::logging::Record& record) { keep(record); }))
     {
-        vo::logging::DisableStandardError();
     }
 
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
-    ~LogCapture() { vo::logging::EnableStandardError(); }
 
     /// Everything captured so far.
     std::vector<vo::logging::Record> records() const

@@ -78,6 +78,10 @@ TEST_F(ReleaseChoice, ThePackageNeedsNoNameWhenItIsTheOnlyOne)
         EXPECT_EQ(error.text.toStdString(),
                   "several packages are declared, choose one with --package: p (name of p) q (name of q)");
     }
-    EXPECT_EQ(ChoosePackage(declared, VoUUID("q")).toString().toStdString(), "q");
-    EXPECT_THROW(ChoosePackage(declared, VoUUID("Q")), Failure) << "identifiers are exact";
+    EXPECT_EQ(ChoosePackage(declared, VoString("q")).toString().toStdString(), "q");
+    EXPECT_THROW(ChoosePackage(declared, VoString("Q")), Failure) << "identifiers are exact";
+    EXPECT_EQ(ChoosePackage(declared, VoString("Name of Q")).toString().toStdString(), "q") << "names are not";
+    declare("name of q", "1.0.0.0", "confusing");
+    EXPECT_EQ(ChoosePackage(declared, VoString("name of q")).toString().toStdString(), "name of q");
+    EXPECT_EQ(ChoosePackage(declared, VoString("Name of q")).toString().toStdString(), "q");
 }

@@ -31,7 +31,7 @@ protected:
         const std::pair<std::regex, const char*> masks[] = {
             {std::regex(m_scratch.native().string()), "DIR"},
             {std::regex("[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}"), "ID"},
-            {std::regex("(seconds +|ratio +|\"seconds\": |\"ratio\": )[-0-9.e]+"), "$1*"},
+            {std::regex("(time +|ratio +|\"seconds\": |\"ratio\": )[-0-9.e]+( s)?"), "$1*"},
             {std::regex("(\"(bytesOut|bytesFetched|bytesToFetch|chunkBytes|bytes)\": )[0-9]+"), "$1*"},
             {std::regex("[0-9]+\\.[0-9] [KM]B"), "* KB"},
         };
@@ -50,6 +50,7 @@ TEST_P(Session, GoesAsApproved)
 }
 
 INSTANTIATE_TEST_SUITE_P(Typed, Session,
-                         testing::Values("road", "others", "unrecorded", "damage", "refused", "publishing", "small",
-                                         "json", "table", "zip", "lp", "help", "report"),
+                         testing::Values("road", "others", "unrecorded", "damage", "links", "refused", "publishing",
+                                         "small", "json", "staged", "table", "zip", "lp", "help", "report", "update",
+                                         "completion"),
                          [](const auto& session) { return std::string(session.param); });

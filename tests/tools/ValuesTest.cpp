@@ -63,6 +63,16 @@ TEST(ParseRelease, RefusesWhatIsNoNumber)
         EXPECT_FALSE(ParseRelease(text)) << text;
 }
 
+TEST(TimeText, HasItsUnits)
+{
+    for (const auto& [seconds, text] :
+         {std::pair(0.0, "0.00 s"), std::pair(-5.0, "0.00 s"), std::pair(59.99, "59.99 s"),
+          std::pair(59.999, "1 min 0 s"), std::pair(3599.0, "59 min 59 s"), std::pair(3599.9, "1 h 0 min"),
+          std::pair(37815.0, "10 h 30 min")})
+        EXPECT_EQ(TimeText(seconds).toStdString(), text);
+    EXPECT_EQ(TimeText(7, 0).toStdString(), "7 s");
+}
+
 TEST(SheetName, AFilesNameBecomesASheetName)
 {
     for (const auto& [name, sheet] :

@@ -44,6 +44,7 @@ Console::Settings SettingsOf(const Arguments& arguments)
     settings.quiet = arguments.has("quiet");
     settings.verbose = arguments.has("verbose");
     settings.progress = WantsProgress(arguments);
+    settings.colours = ErrorOutputShowsColours();
     return settings;
 }
 
@@ -145,6 +146,7 @@ ExitCode Refuse(const CommandError& error, const QStringList& texts)
 {
     Console::Settings settings;
     settings.json = texts.contains(QStringLiteral("--json"));
+    settings.colours = ErrorOutputShowsColours();
     Console console(settings);
     console.error(error.text);
     return console.finish(Arguments::CommandOf(texts), error.code);

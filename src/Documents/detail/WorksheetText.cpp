@@ -145,6 +145,19 @@ void WorksheetText::cell(std::size_t column, const VoVariant& value)
     }
 }
 
+void WorksheetText::instant(std::size_t column, std::int64_t day, std::int64_t nanoseconds)
+{
+    constexpr std::int64_t millisecondsOfDay = 86400000;
+    constexpr std::int64_t parts = 10000000000; // of a day: ten digits, far below a millisecond
+    const std::int64_t share = (nanoseconds / 1000000 * parts + millisecondsOfDay / 2) / millisecondsOfDay;
+    std::string number = IntegerText(day);
+    if (share > 0) {
+        const std::string digits = IntegerText(share);
+        number += "." + std::string(10 - digits.size(), '0') + digits;
+    }
+    valueCell(column, number);
+}
+
 void WorksheetText::emptyCell(std::size_t column)
 {
     startCell(column);
@@ -159,6 +172,10 @@ void WorksheetText::startCell(std::size_t column)
     m_text += "<c r=\"";
     m_text += Columns()[column];
     m_text += m_row;
+    if (m_style != CellStyle::Plain) {
+        m_text += "\" s=\"";
+        m_text += static_cast<char>('0' + static_cast<int>(m_style));
+    }
 }
 
 void WorksheetText::valueCell(std::size_t column, std::string_view number)

@@ -77,6 +77,11 @@ const VoUrl* DownloadFile::unsupportedPlace() const
     return found == m_places.end() ? nullptr : &found->url;
 }
 
+const VoUrl& DownloadFile::ownPlace() const
+{
+    return m_places.front().url;
+}
+
 const VoUrl& DownloadFile::place() const
 {
     return m_places[m_place].url;

@@ -58,6 +58,7 @@ public:
 
     const VoUrl* unsupportedPlace() const; ///< One whose scheme is not of the network; null when there is none.
     const VoUrl& place() const;            ///< The place being asked.
+    const VoUrl& ownPlace() const;         ///< The one that was asked for: neither a mirror nor a redirect's target.
     Method method() const { return m_method; }
     const QUrl& target() const { return m_target; } ///< Where the request goes; not place() after redirects.
 

@@ -197,7 +197,7 @@ void VoDownload::beginAttempt(Transfer& transfer, Method method)
     send(transfer);
 }
 
-QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method, const VoString& knownTag)
+QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method, const VoString& knownTag, bool isOwnServer)
 {
     VoDownloadManagerImpl* const impl = manager();
     if (!impl)
@@ -216,6 +216,11 @@ QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method, const Vo
         request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
         request.setRawHeader("Cache-Control", "no-cache");
         request.setRawHeader("Pragma", "no-cache");
+    }
+    if (isOwnServer) {
+        for (const auto& [name, value] : m_policy.headers())
+            request.setRawHeader(QByteArray::fromStdString(name.toStdString()),
+                                 QByteArray::fromStdString(value.toStdString()));
     }
     QNetworkReply* const reply = method == Method::Head ? network->head(request) : network->get(request);
     if (method == Method::Get)
@@ -238,8 +243,9 @@ void VoDownload::send(Transfer& transfer)
 void VoDownload::sendNow(Transfer& transfer)
 {
     const DownloadFile& file = transfer.file;
-    QNetworkReply* const reply =
-        issueRequest(file.target(), file.method(), file.isAskedForChanges() ? m_policy.knownTag : VoString());
+    const VoString knownTag = file.isAskedForChanges() ? m_policy.knownTag : VoString();
+    const bool isOwnServer = ConnectionName(file.target()) == ConnectionName(file.ownPlace().toQUrl());
+    QNetworkReply* const reply = issueRequest(file.target(), file.method(), knownTag, isOwnServer);
     transfer.file.sent();
     transfer.reply = reply;
     touch(transfer);

@@ -51,10 +51,12 @@ public:
     void cancel();                                 ///< Fails with "Download cancelled".
     void fail(const VoDownloadException& failure); ///< Ends the download and releases everything.
 
-    /// Sends a request whose redirects wait for approval. A version that is known already asks for changes only.
+    /// Sends a request whose redirects wait for approval. A version that is known already asks for changes only. The
+    /// policy's headers go to the file's own server.
     /// @throws VoNullPointerException "Download has no manager"
     /// @throws VoDownloadException "Parent network access manager unavailable"
-    QNetworkReply* issueRequest(const QUrl& url, Method method, const VoString& knownTag = VoString());
+    QNetworkReply* issueRequest(const QUrl& url, Method method, const VoString& knownTag = VoString(),
+                                bool isOwnServer = false);
 
 protected:
     /// @throws VoDownloadException "Download must have a parent manager" unless the parent is a VoDownloadManagerImpl

@@ -38,6 +38,8 @@ public:
 
     /// @{ As the system's calls do it: the last piece of a name is never followed where it is a link.
     NativeFile createNew(const std::filesystem::path& name, std::error_code& error) const noexcept;
+    void makeLink(const std::filesystem::path& to, const std::filesystem::path& name,
+                  std::error_code& error) const noexcept;
     void makeDirectory(const std::filesystem::path& name, std::error_code& error) const noexcept;
     void rename(const std::filesystem::path& from, const std::filesystem::path& to,
                 std::error_code& error) const noexcept;
@@ -47,6 +49,9 @@ public:
     /// Gives a file the permissions of another one, without the bits that lend another's rights.
     void copyPermissions(const std::filesystem::path& model, const std::filesystem::path& file,
                          std::error_code& error) const noexcept;
+
+    /// Lets all run a regular file who may read it, or nobody. Nothing where files have no such permission.
+    void setExecutable(const std::filesystem::path& name, bool isExecutable, std::error_code& error) const noexcept;
 
 private:
     using Handle = std::intptr_t; // a descriptor

@@ -106,6 +106,12 @@ NativeFile NativeFolder::createNew(const std::filesystem::path& name, std::error
     return error ? NativeFile() : NativeFile(descriptor);
 }
 
+void NativeFolder::makeLink(const std::filesystem::path& to, const std::filesystem::path& name,
+                            std::error_code& error) const noexcept
+{
+    Tell(::symlinkat(to.c_str(), isOpen() ? static_cast<int>(m_handle) : AT_FDCWD, name.c_str()) == 0, error);
+}
+
 void NativeFolder::makeDirectory(const std::filesystem::path& name, std::error_code& error) const noexcept
 {
     Tell(::mkdirat(isOpen() ? static_cast<int>(m_handle) : AT_FDCWD, name.c_str(), 0777) == 0, error);
@@ -138,6 +144,26 @@ void NativeFolder::copyPermissions(const std::filesystem::path& model, const std
         return;
     const int descriptor = ::openat(folder, file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     Tell(descriptor != -1 && ::fchmod(descriptor, information.st_mode & 0777) == 0, error);
+    if (descriptor != -1)
+        ::close(descriptor);
+}
+
+void NativeFolder::setExecutable(const std::filesystem::path& name, bool isExecutable,
+                                 std::error_code& error) const noexcept
+{
+    constexpr mode_t allMayRun = S_IXUSR | S_IXGRP | S_IXOTH;
+    constexpr mode_t allMayRead = S_IRUSR | S_IRGRP | S_IROTH;
+    const int folder = isOpen() ? static_cast<int>(m_handle) : AT_FDCWD;
+    const int descriptor = ::openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    struct stat found = {};
+    Tell(descriptor != -1 && ::fstat(descriptor, &found) == 0, error);
+    if (!error && !S_ISREG(found.st_mode))
+        error = std::make_error_code(std::errc::invalid_argument);
+    const mode_t before = found.st_mode & 0777;
+    // The three bits to read stand two places above those to run.
+    const mode_t after = isExecutable ? before | ((before & allMayRead) >> 2) : before & ~allMayRun;
+    if (!error && after != before)
+        Tell(::fchmod(descriptor, after) == 0, error);
     if (descriptor != -1)
         ::close(descriptor);
 }

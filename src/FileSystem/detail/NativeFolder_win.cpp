@@ -48,6 +48,16 @@ NativeFile NativeFolder::createNew(const fs::path& name, std::error_code& error)
     return NativeFile::CreateNew(name, NewFileAccess::Usual, error);
 }
 
+void NativeFolder::makeLink(const fs::path& to, const fs::path& name, std::error_code& error) const noexcept
+{
+    fs::create_symlink(to, name, error);
+}
+
+void NativeFolder::setExecutable(const fs::path&, bool, std::error_code& error) const noexcept
+{
+    error.clear();
+}
+
 void NativeFolder::makeDirectory(const fs::path& name, std::error_code& error) const noexcept
 {
     error.clear();

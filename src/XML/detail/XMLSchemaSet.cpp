@@ -183,8 +183,8 @@ private:
 
 void PrepareSchemas()
 {
-    static std::once_flag s_once;
-    std::call_once(s_once, [] {
+    static std::once_flag once;
+    std::call_once(once, [] {
         xmlInitParser();
         xmlSchemaInitTypes(); // else the first of several threads would, each for itself
         xmlRegisterInputCallbacks(&Match, &Open, &Read, &Close);

@@ -121,7 +121,8 @@ void XMLTree::open(const QXmlStreamReader& reader)
         xmlDocSetRootElement(m_document.get(), node);
     m_open = node;
     m_places.emplace_back(reader.lineNumber(), reader.columnNumber());
-    node->_private = reinterpret_cast<void*>(m_places.size()); // the application's own word: index and one
+    // The application's own word: index and one, never followed. NOLINTNEXTLINE(performance-no-int-to-ptr)
+    node->_private = reinterpret_cast<void*>(m_places.size());
     node->line = static_cast<unsigned short>(std::min<std::int64_t>(reader.lineNumber(), HighestLineOfNode));
     for (const QXmlStreamNamespaceDeclaration& declaration : reader.namespaceDeclarations())
         Declare(node, declaration);

@@ -1,17 +1,12 @@
 #include <vo/Session.h>
-#include <vo/line/CommandError.h>
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
 #include <vo/release/InstallJob.h>
-#include <vo/release/SourceRecord.h>
 #include <vo/screen/PlanView.h>
 #include <vo/screen/UpdateProgress.h>
 
 #include <Time/VoTimer.h>
 #include <Updater/InstalledPackages.h>
-#include <Updater/VoUpdater.h>
-
-#include <atomic>
 
 namespace vo::tool {
 
@@ -19,38 +14,24 @@ using namespace updater;
 
 namespace {
 
-/// Remembers where the release came from, also of one that was installed before from elsewhere, or by a run that was
-/// killed before it could.
-void Record(const InstallJob& job)
+ExitCode Stage(Session& session, InstallJob& job)
 {
-    const auto recorded = RecordedSource(job.plan.packageID);
-    if (!recorded || LocationText(*recorded) != LocationText(job.definition))
-        RecordSource(job.plan.packageID, job.definition);
-}
-
-/// Installs, and returns whether the check of the installed files at the end found them right.
-bool Install(Session& session, InstallJob& job)
-{
-    std::atomic<bool> intact{true};
-    std::atomic<bool> recorded{false};
-    const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
-        ShowUpdateMessage(session.console, message);
-        if (message->type() == AbstractMessage::VerificationFailed)
-            intact = false;
-        // Before it starts, what was interrupted may be recorded.
-        if (message->type() == AbstractMessage::InstallationStarted)
-            recorded = false;
-        if (message->type() == AbstractMessage::PackagesUpdated)
-            recorded = true;
-    });
-    InstalledPackages::Install(std::move(job.package), job.definition, job.directory, session.stop,
-                               OptionsOfInstalling(session, job));
-    Record(job);
+    const VoReceiver receiver = InstalledPackages::Connect(
+        [&](const VoSharedPtr<AbstractMessage>& message) { ShowUpdateMessage(session.console, message); });
+    job.plan.files.clear(); // may be many thousands, and the staging plans anew
+    const StagedInstallation staged =
+        Doing(session.arguments, "stage for", NameOf(session.arguments, job.directory), [&] {
+            auto result = InstalledPackages::Stage(std::move(job.package), job.definition, job.directory, session.stop,
+                                                   OptionsOfInstalling(session, job));
+            RecordStagedSource(job);
+            return result;
+        });
     session.console.endProgress();
-    if (!recorded)
-        throw Failure("the files are installed, but " + PathText(VoUpdater::InstalledPackagesPath()) +
-                      " cannot be written; the same command completes it");
-    return intact;
+    ShowPlanFigures(session.console, job.plan, job.directory);
+    ShowDownloadCounts(session, job.definition);
+    session.console.fact("filesStaged", "files staged", staged.files);
+    session.console.note("staged; vo commit puts it in place");
+    return ExitCode::Done;
 }
 
 ExitCode Run(Session& session)
@@ -62,7 +43,7 @@ ExitCode Run(Session& session)
     ShowClaims(console, job.plan, job.directory);
     RequireAllowed(session, job);
     if (job.plan.isUpToDate()) {
-        Record(job);
+        RecordSource(job);
         console.fact("package", "package", job.plan.packageID.toString(), job.plan.packageID);
         console.fact("release", "release", ReleaseText(job.plan.version), job.plan.version.toString());
         ShowDownloadCounts(session, job.definition);
@@ -70,14 +51,14 @@ ExitCode Run(Session& session)
         return ExitCode::NothingToDo;
     }
 
-    job.plan.files.clear(); // may be many thousands, and the installation plans anew
+    if (session.arguments.has("stage-only"))
+        return Stage(session, job);
     const VoTimer timer;
-    const bool intact = Doing(session.arguments, "install to", NameOf(session.arguments, job.directory),
-                              [&] { return Install(session, job); });
+    const bool intact = CarryOut(session, job);
     ShowInstalledFigures(console, job.plan, job.directory);
     ShowDownloadCounts(session, job.definition);
     const double seconds = timer.elapsed().seconds();
-    console.fact("seconds", "seconds", SecondsText(seconds), seconds);
+    console.fact("seconds", "time", TimeText(seconds), seconds);
     if (intact)
         return ExitCode::Done;
     console.error("the installed files are not all as published; see vo verify and vo repair");
@@ -88,6 +69,8 @@ std::vector<Option> Options()
 {
     std::vector<Option> all = InstallOptions();
     all.push_back({"dry-run", nullptr, "only show what would be done, as vo plan"});
+    all.push_back({"stage-only", nullptr, "fetch, build and check; vo commit puts it in place"});
+    all.push_back(AllOption());
     return all;
 }
 
@@ -97,15 +80,15 @@ Command InstallCommand()
 {
     return {
         "install",
-        "DECLARATIONS|PACKAGE.XML|URL --to FOLDER [--package ID] [--release V] [--dry-run] [--allow-downgrade] "
-        "[--move] [--overwrite]",
+        "DECLARATIONS|PACKAGE.XML|URL --to FOLDER [OPTIONS]",
         "install a release, or update to it",
         "Installs a release of a local release directory or of a server (the http or https URL of one of the two\n"
         "documents): the newest one, or the one that --release names. Over an installed release only the chunks\n"
         "of added and changed files are fetched. Each file is built beside its place, checked and then renamed, so no\n"
         "file is ever seen half-written; a run that was interrupted goes on when the same command is given again. An\n"
         "older release than the installed one is refused, and so is one from another place or for another folder, and\n"
-        "one in whose places there are files that belong to no package; files of another package are never replaced.\n",
+        "one in whose places there are files that belong to no package; files of another package are never replaced.\n"
+        "--stage-only needs no rights at the folder and changes nothing there; vo commit does the rest in a moment.\n",
         Options(),
         1,
         1,

@@ -1,6 +1,7 @@
 #include <vo/Session.h>
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
+#include <vo/release/StagedView.h>
 
 #include <Core/VoException.h>
 #include <Updater/InstalledPackages.h>
@@ -32,6 +33,10 @@ ExitCode Run(Session& session)
             code = ExitCode::Failed;
         }
     }
+    console.list("staged");
+    const auto staged = InstalledPackages::Staged();
+    for (const StagedInstallation& release : staged)
+        ShowStaged(console, "staged", release);
     if (packages.isEmpty())
         console.note("nothing is installed");
     return code;
@@ -44,7 +49,8 @@ Command InstalledCommand()
     return {"installed",
             "",
             "list what is installed",
-            "Lists the installed packages: ID, name, release, number of files and folder.\n",
+            "Lists the installed packages: ID, name, release, number of files and folder; then the releases that are\n"
+            "staged and that vo commit puts in place.\n",
             {},
             0,
             0,

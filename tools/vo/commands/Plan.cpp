@@ -15,6 +15,7 @@ ExitCode Run(Session& session)
 std::vector<Option> Options()
 {
     std::vector<Option> all = InstallOptions();
+    all.push_back(AllOption());
     all.push_back({"matrix", nullptr, "show what the update between any two releases of a package takes"});
     return all;
 }

@@ -11,6 +11,7 @@
 #include <Threading/VoReceiver.h>
 #include <Time/VoTimer.h>
 #include <Updater/PackageBuilder.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/ReleasePatches.h>
 #include <Updater/UpdatePackageBuilder.h>
 #include <Updater/VoUpdater.h>
@@ -35,6 +36,7 @@ struct Request
     int level;
     bool replace;
     bool older;
+    bool onlyFiles;
     ReleaseTerms terms{};
     ReleaseSigning signing{};
 };
@@ -56,7 +58,8 @@ Request ReadRequest(const Arguments& arguments)
                    arguments.bytes("chunk-size", 4u << 20, 1, 0x7fffffff),
                    static_cast<int>(arguments.integer("level", 6, -1, 12)),
                    arguments.has("replace"),
-                   arguments.has("older")};
+                   arguments.has("older"),
+                   arguments.has("no-attributes")};
 }
 
 /// The declared package that the request continues, if there is one: the one with the ID, or else with the name.
@@ -204,6 +207,8 @@ void Build(Session& session, AbstractPackageBuilder& builder, const Request& req
     });
     builder.setTerms(request.terms, request.signing);
     builder.setApproval([&](const AdvertisedPackages& declared) { Approve(declared, base, request); });
+    if (!request.onlyFiles)
+        builder.keepAttributes();
     LeaveOut(builder, session, request);
     if (session.arguments.has("repack"))
         builder.packAnew();
@@ -225,6 +230,13 @@ void ShowRelease(Console& console, const AbstractPackageBuilder& builder, double
     console.fact("release", "release", ReleaseText(package.version()), package.version().toString());
     console.fact("versionID", "version ID", package.versionID().toString(), package.versionID());
     console.fact("files", "files", package.files().size());
+    const auto show = [&console](const char* key, const char* label, std::size_t count) {
+        if (count > 0)
+            console.fact(key, label, count);
+    };
+    show("links", "links", package.attributes()->links.size());
+    show("executables", "executables", package.attributes()->executables.size());
+    show("folders", "empty folders", package.attributes()->folders.size());
     console.fact("bytesIn", "bytes in", BytesText(in), in);
     console.fact("bytesOut", "bytes out", BytesText(out), out);
     console.fact("chunks", "chunks", package.chunks().size());
@@ -237,8 +249,8 @@ void ShowRelease(Console& console, const AbstractPackageBuilder& builder, double
         console.fact("patches", "patches", builder.patches().patches.size());
         console.fact("bytesInPatches", "bytes in them", BytesText(bytes), bytes);
     }
-    console.fact("ratio", "ratio", SecondsText(ratio), ratio);
-    console.fact("seconds", "seconds", SecondsText(seconds), seconds);
+    console.fact("ratio", "ratio", RatioText(ratio), ratio);
+    console.fact("seconds", "time", TimeText(seconds), seconds);
 }
 
 ExitCode Run(Session& session)
@@ -266,6 +278,7 @@ std::vector<Option> Options()
         {"build-type", "N", "0 release (the default), 1 beta, 2 alpha, 3 development"},
         {"package", "ID", "the package to continue, or the ID to give to a new one"},
         {"exclude", "PATTERN", "leave out the files and folders that fit; may be given again", '\0', true},
+        {"no-attributes", nullptr, "publish the bytes of files alone, and what links to files lead to as files"},
         {"replace", nullptr, "let the release take the place of one that is declared already"},
         {"older", nullptr, "let the release be older than the newest that is declared"},
         {"chunk-size", "N", "bytes that a chunk holds before compression, such as 512K (the default is 4M)"},
@@ -288,8 +301,7 @@ Command PublishCommand()
 {
     return {
         "publish",
-        "FOLDER --to DECLARATIONS --name NAME --release V [--build-type N] [--package ID] [--exclude PATTERN]... "
-        "[--replace] [--older] [--chunk-size N] [--level N] [--repack] [--patches N]",
+        "FOLDER --to DECLARATIONS --name NAME --release V [OPTIONS]",
         "publish a folder as the next release of a package",
         "Packs the files of a folder into compressed chunks beside a declarations file, which is created when it\n"
         "does not exist, and declares them there as a release. When the declarations already have a package with\n"
@@ -304,7 +316,12 @@ Command PublishCommand()
         "\n"
         "Files that fit a pattern of --exclude or a line of a file .voignore in the folder are left out, as version\n"
         "control does it: \"*.pdb\" anywhere, \"/notes.txt\" from the folder on, \"build/\" for folders,\n"
-        "\"!keep.pdb\" to keep one after all.\n",
+        "\"!keep.pdb\" to keep one after all.\n"
+        "\n"
+        "Links within the folder, empty folders, and which files are executable are published too, in a document\n"
+        "attributes.xml of the release. Installations older than that document install the files alone, without\n"
+        "links: where there are such ones, --no-attributes publishes the files that links lead to in their places,\n"
+        "and nothing else.\n",
         Options(),
         1,
         1,

@@ -39,6 +39,7 @@ ExitCode Run(Session& session)
                         "name", declaration.name())("release", declaration.version().toString())("newest", newest)(
                         "definition", path)("notOffered", why));
     }
+    ShowDownloadCounts(session, location);
     if (declared->declarations().isEmpty())
         console.note("no release is declared");
     return ExitCode::Done;

@@ -5,11 +5,11 @@
 #include <vo/release/Downloads.h>
 #include <vo/release/InstalledChoice.h>
 #include <vo/release/ReleaseChoice.h>
-#include <vo/release/SourceRecord.h>
 #include <vo/screen/UpdateProgress.h>
 #include <vo/screen/VerificationView.h>
 
 #include <Updater/InstalledPackages.h>
+#include <Updater/PackageSources.h>
 
 #include <atomic>
 
@@ -25,10 +25,10 @@ VoLocation DefinitionOf(const Session& session, const InstalledPackageListing& i
 {
     const auto from = session.arguments.location("from");
     if (!from) {
-        const auto recorded = RecordedSource(installed.packageID());
+        const auto recorded = PackageSources::Recorded(installed.packageID());
         if (!recorded)
             throw UsageError("option --from is missing: where the package was installed from is not recorded");
-        return *recorded;
+        return recorded->definition;
     }
     const auto declared = ReadDeclarations(session, *from);
     if (!declared)
@@ -62,7 +62,9 @@ ExitCode Run(Session& session)
     console.fact("package", "package", found.packageID.toString(), found.packageID);
     console.fact("definition", "repaired from", LocationText(definition));
     console.fact("files", "files checked", found.filesChecked);
-    console.fact("restored", "files restored", found.missing.size() + found.changed.size());
+    console.fact("restored", "files restored",
+                 found.missing.size() + found.changed.size() + found.notExecutable.size() +
+                     found.missingFolders.size());
     ShowDownloadCounts(session, definition);
     if (!intact) {
         console.error("the installed files are not all as published; see vo verify");

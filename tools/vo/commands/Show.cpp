@@ -41,13 +41,14 @@ ExitCode Run(Session& session)
     console.fact("bytes", "bytes", BytesText(content), content);
     console.fact("chunkCount", "chunks", package.chunks().size());
     console.fact("chunkBytes", "bytes in chunks", BytesText(transfer), transfer);
+    ShowDownloadCounts(session, chosen.definition);
     return ExitCode::Done;
 }
 
 std::vector<Option> Options()
 {
     std::vector<Option> all = DownloadOptions();
-    all.insert(all.begin(), {{"package", "ID", "the package; needed when several are declared"},
+    all.insert(all.begin(), {{"package", "PACKAGE", "the package, by ID or name; needed when several are declared"},
                              {"release", "V", "the release, such as 4.2.17"}});
     return all;
 }

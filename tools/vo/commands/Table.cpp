@@ -8,6 +8,7 @@
 #include <Core/VoException.h>
 #include <Documents/VoCSVReader.h>
 #include <Documents/VoCSVValues.h>
+#include <Documents/VoOOXMLWriterSpreadsheet.h>
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileDevice.h>
 
@@ -21,6 +22,7 @@ namespace vo::tool {
 namespace {
 
 constexpr std::size_t RowsBetweenSteps = 256;
+constexpr std::size_t WidestStyledColumn = 60; // characters
 
 // What the options say about the files that are read.
 struct Input
@@ -56,8 +58,8 @@ VoCSVFormat::Encoding EncodingOption(const Arguments& arguments)
 Input InputOptions(const Arguments& arguments)
 {
     Input input;
-    input.headerRows =
-        static_cast<std::size_t>(arguments.integer("header", 0, 0, std::numeric_limits<std::int32_t>::max()));
+    input.headerRows = static_cast<std::size_t>(
+        arguments.integer("header", arguments.has("styled") ? 1 : 0, 0, std::numeric_limits<std::int32_t>::max()));
     input.asTexts = arguments.has("text");
     input.format.separator = SeparatorOption(arguments);
     input.format.encoding = EncodingOption(arguments);
@@ -164,9 +166,14 @@ public:
         if (m_files > 1 && !output->hasSheets())
             throw UsageError("several files need an output with several sheets, which is .xlsx");
 
-        Rows rows(m_session, "Converting", bytes);
+        const bool styled = m_arguments.has("styled");
+        if (styled && !output->hasSheets())
+            throw UsageError("--styled goes with an output that ends with .xlsx");
+
+        Rows rows(m_session, "Converting", styled ? bytes * 2 : bytes);
         for (std::size_t i = 0; i < m_files; ++i) {
-            output->beginSheet(sheet ? *sheet : nameOf(i));
+            const VoWorksheetLook look = styled ? lookOf(rows, i) : VoWorksheetLook();
+            output->beginSheet(sheet ? *sheet : nameOf(i), styled ? &look : nullptr);
             rows.read(i, m_input.format, [&](const VoCSVReader& row) { add(*output, row, i); });
         }
         Doing(m_arguments, "write", m_arguments.argument(m_files), [&] { output->finish(); });
@@ -175,6 +182,18 @@ public:
     }
 
 private:
+    /// What the contents ask for: a first pass over the file.
+    VoWorksheetLook lookOf(Rows& rows, std::size_t file)
+    {
+        TableView view(m_input.format, WidestStyledColumn);
+        rows.read(file, m_input.format,
+                  [&](const VoCSVReader& row) { view.measure(row, row.rowNumber() <= m_input.headerRows); });
+        VoWorksheetLook look{m_input.headerRows, view.widths()};
+        for (double& width : look.columnWidths)
+            width += 2; // bold is wider, and cells have margins
+        return look;
+    }
+
     VoString nameOf(std::size_t file)
     {
         const VoFilePath path = m_arguments.fileArgument(file);
@@ -252,6 +271,9 @@ Command TableCommand()
              {"encoding", "NAME", "of the input: windows-1252, iso-8859-1, utf-16le, utf-16be, utf-32le or utf-32be"},
              {"decimal-comma", nullptr, "numbers of the input are written 1,5; a CSV output gets 1.5"},
              {"text", nullptr, "make every cell a text, as it is in the file"},
+             {"styled", nullptr,
+              "a workbook to be read by people: the header rows (one, unless --header says otherwise) bold and always "
+              "in sight, columns as wide as their contents, dates such as 2024-05-01 as dates"},
              {"show", nullptr, "print the table"}},
             1,
             AnyNumber,

@@ -55,7 +55,7 @@ void Show(Console& console, const VoScriptedTestRun::Result& result)
     const VoString outcome = VoScriptedTestRun::OutcomeText(result.outcome);
     VoString padded = outcome;
     padded.resize(9, ' ');
-    console.row("tests", padded + "  " + result.test.name + "  (" + SecondsText(seconds) + " s)",
+    console.row("tests", padded + "  " + result.test.name + "  (" + TimeText(seconds) + ")",
                 JsonRecord()("name", result.test.name)("outcome", outcome)("seconds", seconds)(
                     "message", result.message)("output", result.output));
     if (result.outcome == Outcome::Passed)

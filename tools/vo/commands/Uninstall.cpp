@@ -3,10 +3,10 @@
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
 #include <vo/release/InstalledChoice.h>
-#include <vo/release/SourceRecord.h>
 #include <vo/screen/UpdateProgress.h>
 
 #include <Updater/InstalledPackages.h>
+#include <Updater/PackageSources.h>
 #include <Updater/VoUpdater.h>
 
 namespace vo::tool {
@@ -33,7 +33,7 @@ ExitCode Run(Session& session)
     if (InstalledPackages::IsUnfinished(packageID))
         throw Failure("the files are removed, but " + PathText(VoUpdater::InstalledPackagesPath()) +
                       " cannot be written; the same command completes it");
-    ForgetSource(packageID);
+    PackageSources::Forget(packageID);
 
     console.fact("package", "package", packageID.toString(), packageID);
     console.fact("files", "files removed", removed);

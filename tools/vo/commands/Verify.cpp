@@ -42,8 +42,8 @@ ExitCode Run(Session& session)
         console.endProgress();
         ShowFindings(console, report);
         checked += report.filesChecked;
-        missing += report.missing.size();
-        changed += report.changed.size();
+        missing += report.missing.size() + report.missingFolders.size();
+        changed += report.changed.size() + report.notExecutable.size();
         extra += report.extra.size();
     }
     console.fact("packages", "packages", packages.size());
@@ -62,8 +62,9 @@ Command VerifyCommand()
             "[PACKAGE]",
             "check installed files against their listings",
             "Reads every installed file of a package (an ID or a name), or of all packages, and lists those that are\n"
-            "missing or changed. Files that no package brought, in folders that installing created, are listed as\n"
-            "extra; they count as no difference.\n",
+            "missing or changed, links and empty folders among them, and as \"not-run\" programs that may not be run.\n"
+            "Files that no package brought, in folders that installing created, are listed as extra; they count as no\n"
+            "difference.\n",
             {},
             0,
             1,

@@ -18,7 +18,7 @@ ExitCode Raise(Session& session, const ReleaseNumber& lowest)
 {
     const Arguments& arguments = session.arguments;
     const VoFilePath document = arguments.fileArgument(0);
-    const VoUUID packageID = ChoosePackage(*OpenDeclarations(session, document), arguments.identifier("package"));
+    const VoUUID packageID = ChoosePackage(*OpenDeclarations(session, document), arguments.text("package"));
     const ReleaseSigner signer(document, SigningOf(session), [&] { session.stop.throwIfStopped(); });
     const ManifestState state = Doing(arguments, "change", NameOf(arguments, VoLocation(document)), [&] {
         return signer.change([&](ReleaseManifest& manifest) { manifest.raiseLowest(packageID, lowest.version); });

@@ -1,6 +1,7 @@
 #include <vo/line/Arguments.h>
 
 #include <vo/line/CommandError.h>
+#include <vo/line/Help.h>
 #include <vo/line/Paths.h>
 
 #include <Core/VoNearestName.h>
@@ -131,7 +132,7 @@ void Arguments::parse(const QStringList& arguments)
 
 void Arguments::checkCount() const
 {
-    const VoString usage = VoString("; usage: vo ") + m_command->name + " " + m_command->arguments;
+    const VoString usage = "; usage: vo " + UsageText(*m_command);
     if (count() < m_command->fewestArguments)
         throw UsageError("an argument is missing" + usage);
     if (count() > m_command->mostArguments)

@@ -31,6 +31,8 @@ struct Command
     std::size_t fewestArguments;
     std::size_t mostArguments;
     ExitCode (*run)(Session&);
+
+    bool takes(std::string_view option) const; ///< Whether the option is one of its own.
 };
 
 constexpr std::size_t AnyNumber = static_cast<std::size_t>(-1);

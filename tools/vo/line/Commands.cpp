@@ -4,6 +4,11 @@
 
 namespace vo::tool {
 
+bool Command::takes(std::string_view option) const
+{
+    return std::any_of(options.begin(), options.end(), [option](const Option& own) { return own.name == option; });
+}
+
 const std::vector<Option>& CommonOptions()
 {
     static const std::vector<Option> options = {

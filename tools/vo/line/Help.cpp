@@ -1,53 +1,89 @@
 #include <vo/line/Help.h>
 
 #include <vo/line/Command.h>
+#include <vo/line/TextLayout.h>
+#include <vo/line/Topics.h>
+#include <vo/screen/Terminal.h>
 
-#include <algorithm>
 #include <cstdio>
 
 namespace vo::tool {
 namespace {
 
-/// Rows of two columns, aligned and indented.
-VoString Table(const std::vector<std::pair<VoString, VoString>>& rows)
+VoString OptionTable(const std::vector<Option>& options, std::size_t width)
 {
-    std::size_t width = 0;
-    for (const auto& row : rows)
-        width = std::max(width, row.first.size());
-    VoString text;
-    for (const auto& [left, right] : rows) {
-        VoString padded = left;
-        padded.resize(width, ' ');
-        text += "  " + padded + "  " + right + "\n";
-    }
+    TextRows rows;
+    for (const Option& option : options)
+        rows.emplace_back(OptionText(option), option.help);
+    return TwoColumns(rows, width);
+}
+
+VoString TopicTable(std::size_t width)
+{
+    TextRows rows;
+    for (const Topic& topic : Topics())
+        rows.emplace_back(topic.name, topic.summary);
+    return TwoColumns(rows, width);
+}
+
+} // namespace
+
+VoString OptionText(const Option& option)
+{
+    VoString text = option.letter != '\0' ? VoString("-") + option.letter + ", --" : VoString("    --");
+    text += option.name;
+    if (option.value != nullptr)
+        text += VoString("=") + option.value;
     return text;
 }
 
-VoString OptionTable(const std::vector<Option>& options)
+VoString UsageText(const Command& command)
 {
-    std::vector<std::pair<VoString, VoString>> rows;
-    for (const Option& option : options) {
-        VoString left = option.letter != '\0' ? VoString("-") + option.letter + ", --" : VoString("    --");
-        left += option.name;
-        if (option.value != nullptr)
-            left += VoString("=") + option.value;
-        rows.emplace_back(left, option.help);
-    }
-    return Table(rows);
+    const VoString arguments(command.arguments);
+    return arguments.isEmpty() ? VoString(command.name) : command.name + (" " + arguments);
 }
 
-VoString ExitCodeTable()
+VoString OverviewText(std::size_t width)
 {
-    return Table({
-        {"0", "done"},
-        {"1", "failed"},
-        {"2", "wrong usage"},
-        {"3", "nothing to do: everything already stands as asked"},
-        {"4", "verification found differences"},
-        {"5", "cancelled; the same command goes on from there"},
-        {"6", "refused as unsafe: a document that could do harm, or an older release than the installed one"},
-        {"7", "a linear problem was answered, but the answer is not proven optimal"},
-    });
+    TextRows rows;
+    for (const Command& command : Commands())
+        rows.emplace_back(command.name, command.summary);
+    return "usage: vo COMMAND [OPTIONS] [ARGUMENTS]\n"
+           "\n" +
+           Wrapped("Publishes folders as releases, and installs, updates, verifies and removes releases.", width) +
+           "\n"
+           "commands:\n" +
+           TwoColumns(rows, width) +
+           "\n"
+           "options of every command:\n" +
+           OptionTable(CommonOptions(), width) +
+           "\n"
+           "topics:\n" +
+           TopicTable(width) + "\n" +
+           Wrapped("Results go to standard output, messages and progress to standard error. \"vo help COMMAND\" and "
+                   "\"vo help TOPIC\" tell more, \"vo help topics\" all topics.",
+                   width);
+}
+
+VoString CommandText(const Command& command, std::size_t width)
+{
+    const VoString usage("usage: vo ");
+    VoString text =
+        Wrapped(UsageText(command), width, usage, usage.size()) + "\n" + Wrapped(command.description, width);
+    if (!command.options.empty())
+        text += "\noptions:\n" + OptionTable(command.options, width);
+    return text + "\noptions of every command:\n" + OptionTable(CommonOptions(), width);
+}
+
+VoString TopicText(const Topic* topic, std::size_t width)
+{
+    VoString text;
+    for (const Topic& each : Topics()) {
+        if (topic == nullptr || topic == &each)
+            text += VoString(text.isEmpty() ? "" : "\n") + each.name + ": " + each.summary + "\n" +
+                    TwoColumns(each.rows, width);
+    }
+    return text;
 }
 
 ExitCode Print(const VoString& text)
@@ -56,42 +92,10 @@ ExitCode Print(const VoString& text)
     return std::fflush(stdout) == 0 ? ExitCode::Done : ExitCode::Failed;
 }
 
-} // namespace
-
-VoString OverviewText()
-{
-    std::vector<std::pair<VoString, VoString>> rows;
-    for (const Command& command : Commands())
-        rows.emplace_back(command.name, command.summary);
-    return "usage: vo COMMAND [options] [arguments]\n"
-           "\n"
-           "Publishes folders as releases, and installs, verifies and removes releases.\n"
-           "\n"
-           "commands:\n" +
-           Table(rows) +
-           "\n"
-           "options of every command:\n" +
-           OptionTable(CommonOptions()) +
-           "\n"
-           "Results go to standard output, messages and progress to standard error.\n"
-           "\n"
-           "exit codes:\n" +
-           ExitCodeTable() +
-           "\n"
-           "\"vo help COMMAND\" tells more.\n";
-}
-
-VoString CommandText(const Command& command)
-{
-    VoString text = VoString("usage: vo ") + command.name + " " + command.arguments + "\n\n" + command.description;
-    if (!command.options.empty())
-        text += "\noptions:\n" + OptionTable(command.options);
-    return text + "\noptions of every command:\n" + OptionTable(CommonOptions());
-}
-
 ExitCode PrintHelp(const Command* command)
 {
-    return Print(command != nullptr ? CommandText(*command) : OverviewText());
+    const std::size_t width = OutputSize().columns;
+    return Print(command != nullptr ? CommandText(*command, width) : OverviewText(width));
 }
 
 ExitCode PrintVersion()

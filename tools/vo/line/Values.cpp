@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -39,6 +40,13 @@ std::optional<unsigned> ShiftOf(char suffix)
     default:
         return std::nullopt;
     }
+}
+
+VoString FixedText(double value, int decimals)
+{
+    char text[64];
+    const auto [end, error] = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals);
+    return error == std::errc() ? VoString(text, static_cast<std::size_t>(end - text)) : VoString();
 }
 
 } // namespace
@@ -138,11 +146,21 @@ VoString BytesText(std::uint64_t bytes)
     return VoString(VoDownloadSize(bytes).toString().trimmed());
 }
 
-VoString SecondsText(double seconds)
+VoString RatioText(double ratio)
 {
-    char text[64];
-    const auto [end, error] = std::to_chars(text, text + sizeof text, seconds, std::chars_format::fixed, 2);
-    return error == std::errc() ? VoString(text, static_cast<std::size_t>(end - text)) : VoString();
+    return FixedText(ratio, 2);
+}
+
+VoString TimeText(double seconds, int decimals)
+{
+    constexpr double longest = 1e9; // hours that nobody waits for
+    const double time = std::clamp(seconds, 0.0, longest);
+    if (time < 59.995)
+        return FixedText(time, decimals) + " s";
+    const auto whole = static_cast<std::int64_t>(std::llround(time));
+    if (whole < 3600)
+        return VoString(whole / 60) + " min " + VoString(whole % 60) + " s";
+    return VoString(whole / 3600) + " h " + VoString(whole / 60 % 60) + " min";
 }
 
 } // namespace vo::tool

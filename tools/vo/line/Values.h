@@ -46,7 +46,10 @@ VoString ReleaseText(const VoVersion& version);
 VoString BytesText(std::uint64_t bytes);
 
 /// "12.34"
-VoString SecondsText(double seconds);
+VoString RatioText(double ratio);
+
+/// A time with its units, for people: "12.34 s" (with `decimals` below a minute), "3 min 4 s", "2 h 5 min".
+VoString TimeText(double seconds, int decimals = 2);
 
 using vo::Printable;
 

@@ -5,16 +5,19 @@
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
 #include <vo/release/Downloads.h>
+#include <vo/release/InstallWatch.h>
 #include <vo/release/InstalledChoice.h>
-#include <vo/release/SourceRecord.h>
 #include <vo/screen/PlanView.h>
+#include <vo/screen/Terminal.h>
 
 #include <Updater/InstalledPackages.h>
+#include <Updater/PackageSources.h>
 
 namespace vo::tool {
 
 using updater::InstallationPlan;
 using updater::InstalledPackages;
+using updater::PackageSources;
 
 namespace {
 
@@ -33,7 +36,7 @@ std::vector<Option> InstallOptions()
 {
     std::vector<Option> options = {
         {"to", "FOLDER", "where to install; not needed for a package that is installed"},
-        {"package", "ID", "the package; needed when several are declared"},
+        {"package", "PACKAGE", "the package, by ID or name; needed when several are declared"},
         {"release", "V", "the release, such as 4.2.17, instead of the newest"},
         {"allow-downgrade", nullptr, "let an older release replace the installed one"},
         {"move", nullptr, "let a package be replaced that is in another folder or came from another place"},
@@ -44,6 +47,11 @@ std::vector<Option> InstallOptions()
     const std::vector<Option> downloads = DownloadOptions();
     options.insert(options.end(), downloads.begin(), downloads.end());
     return options;
+}
+
+Option AllOption()
+{
+    return {"all", nullptr, "list every file and chunk, also more than fits on the terminal"};
 }
 
 updater::InstallationOptions OptionsOfInstalling(const Session& session, const InstallJob& job)
@@ -63,6 +71,7 @@ InstallJob PrepareInstall(const Session& session)
     InstallJob job;
     ChosenRelease release = OpenOfferedRelease(session);
     job.definition = release.definition;
+    job.declarations = release.declarations;
     job.directory = InstallationDirectory(session, release.package->packageID());
     job.package = std::move(release.package);
     job.proof = std::move(release.proof);
@@ -82,9 +91,9 @@ void RequireAllowedPlace(const Session& session, const InstallJob& job)
     if (job.plan.isMove)
         throw CommandError{ExitCode::Unsafe, "the package is installed in " + PathText(job.plan.installedDirectory) +
                                                  "; --move installs it here instead"};
-    const auto recorded = RecordedSource(job.plan.packageID);
-    if (recorded && !IsSamePlace(*recorded, job.definition))
-        throw CommandError{ExitCode::Unsafe, "the package was installed from " + LocationText(*recorded) +
+    const auto recorded = PackageSources::Recorded(job.plan.packageID);
+    if (recorded && !PackageSources::IsSamePlace(recorded->definition, job.definition))
+        throw CommandError{ExitCode::Unsafe, "the package was installed from " + LocationText(recorded->definition) +
                                                  "; --move lets a release from another place replace it"};
 }
 
@@ -111,9 +120,48 @@ void RequireAllowed(const Session& session, const InstallJob& job)
     RequireAllowedFiles(session, plan);
 }
 
+void RecordSource(const VoUUID& packageID, updater::PackageSource source)
+{
+    const auto recorded = PackageSources::Recorded(packageID);
+    // A definition that was named by itself does not make the document unknown that declares it.
+    if (recorded && source.declarations.isNull() &&
+        PackageSources::IsSamePlace(recorded->definition, source.definition))
+        source.declarations = recorded->declarations;
+    const auto isSame = [](const VoLocation& a, const VoLocation& b) { return LocationText(a) == LocationText(b); };
+    if (!recorded || !isSame(recorded->definition, source.definition) ||
+        !isSame(recorded->declarations, source.declarations))
+        PackageSources::Record(packageID, source);
+}
+
+void RecordSource(const InstallJob& job)
+{
+    RecordSource(job.plan.packageID, {job.definition, job.declarations});
+}
+
+void RecordStagedSource(const InstallJob& job)
+{
+    const auto recorded = PackageSources::Recorded(job.plan.packageID);
+    if (!job.plan.isInstalled || (recorded && PackageSources::IsSamePlace(recorded->definition, job.definition)))
+        RecordSource(job);
+}
+
+bool CarryOut(Session& session, InstallJob& job)
+{
+    InstallWatch watch(session.console);
+    job.plan.files.clear(); // may be many thousands, and the installation plans anew
+    Doing(session.arguments, "install to", NameOf(session.arguments, job.directory), [&] {
+        InstalledPackages::Install(std::move(job.package), job.definition, job.directory, session.stop,
+                                   OptionsOfInstalling(session, job));
+        RecordSource(job);
+    });
+    watch.requireRecorded();
+    return watch.isIntact();
+}
+
 ExitCode ShowPlan(Session& session, const InstallJob& job)
 {
-    ShowPlanSteps(session.console, job.plan, job.directory);
+    const std::optional<std::size_t> rows = session.arguments.has("all") ? std::nullopt : OutputSize().rows;
+    ShowPlanSteps(session.console, job.plan, job.directory, rows);
     ShowPlanFigures(session.console, job.plan, job.directory);
     session.console.member("verified", job.proof != nullptr);
     session.console.list("notOffered");

@@ -6,6 +6,7 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <Updater/InstallationOptions.h>
 #include <Updater/InstallationPlan.h>
+#include <Updater/PackageSources.h>
 
 #include <vector>
 
@@ -17,6 +18,7 @@ class Session;
 struct InstallJob
 {
     VoLocation definition;                                  ///< Of the release.
+    VoLocation declarations{};                              ///< As in ChosenRelease.
     VoUniquePtr<updater::AdvertisedPackageListing> package; ///< As it was read there, once.
     VoDirectoryPath directory;
     updater::InstallationPlan plan;
@@ -26,6 +28,8 @@ struct InstallJob
 
 /// The options that name the release and the folder, for both commands.
 std::vector<Option> InstallOptions();
+/// That of ShowPlan().
+Option AllOption();
 
 /// How the tool installs: files that have only moved are copied, and what the command line does not allow is refused
 /// under the lock as well.
@@ -41,7 +45,23 @@ InstallJob PrepareInstall(const Session& session);
 /// belongs to no package
 void RequireAllowed(const Session& session, const InstallJob& job);
 
-/// Shows the plan; ExitCode::NothingToDo when there is nothing to do.
+/// @{ Remembers where the release came from, also of one that was installed before from elsewhere, or by a run that was
+/// killed before it could.
+void RecordSource(const VoUUID& packageID, updater::PackageSource source);
+void RecordSource(const InstallJob& job);
+/// @}
+
+/// The same of a release that is staged, unless what is installed came from another place: which of the two counts is
+/// decided by the commit.
+void RecordStagedSource(const InstallJob& job);
+
+/// Installs, showing progress, and remembers where the release came from. Returns whether the check of the installed
+/// files at the end found them right.
+/// @throws CommandError also when what was installed could not be put on record
+bool CarryOut(Session& session, InstallJob& job);
+
+/// Shows the plan, on a terminal what fits there unless --all is given; ExitCode::NothingToDo when there is nothing to
+/// do.
 ExitCode ShowPlan(Session& session, const InstallJob& job);
 
 } // namespace vo::tool

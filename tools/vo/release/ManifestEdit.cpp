@@ -15,7 +15,7 @@ using namespace updater;
 std::vector<Option> ManifestEditOptions()
 {
     std::vector<Option> options = {
-        {"package", "ID", "the package; needed when several are declared"},
+        {"package", "PACKAGE", "the package, by ID or name; needed when several are declared"},
         {"release", "V", "the release, such as 4.2.17, instead of the newest"},
     };
     const std::vector<Option> signing = SigningOptions();
@@ -28,7 +28,7 @@ ExitCode EditRelease(Session& session, const std::function<void(ReleaseManifest:
     const Arguments& arguments = session.arguments;
     const VoFilePath document = arguments.fileArgument(0);
     const auto declared = OpenDeclarations(session, document);
-    const VoUUID packageID = ChoosePackage(*declared, arguments.identifier("package"));
+    const VoUUID packageID = ChoosePackage(*declared, arguments.text("package"));
     const auto& declaration = ChooseRelease(*declared, packageID, arguments.release("release"));
     const ReleaseSigner signer(document, SigningOf(session), [&] { session.stop.throwIfStopped(); });
     const ManifestState state = Doing(arguments, "change", NameOf(arguments, VoLocation(document)), [&] {

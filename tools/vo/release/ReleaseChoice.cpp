@@ -29,8 +29,9 @@ bool Fits(const VoVersion& version, const ReleaseNumber& wanted)
 /// A definition file named on the command line must be the one that the options ask for.
 void RequireAskedFor(const AdvertisedPackageListing& package, const Arguments& arguments)
 {
-    const auto packageID = arguments.identifier("package");
-    if (packageID && !(package.packageID() == *packageID))
+    const auto wanted = arguments.text("package");
+    const bool isOther = wanted && package.packageID() != VoUUID(*wanted) && package.name() != *wanted;
+    if (isOther)
         throw Failure("option --package: the definition is of package " + package.packageID().toString());
     const auto release = arguments.release("release");
     if (release && !Fits(package.version(), *release))
@@ -39,24 +40,48 @@ void RequireAskedFor(const AdvertisedPackageListing& package, const Arguments& a
 
 } // namespace
 
-VoUUID ChoosePackage(const AdvertisedPackages& declared, const std::optional<VoUUID>& wanted)
+namespace {
+
+/// The declared packages by their IDs; of those that a name is given for, only these.
+using Packages = std::map<std::string, const Declaration*>;
+
+Packages PackagesNamed(const AdvertisedPackages& declared, const std::optional<VoString>& name)
 {
-    std::map<std::string, const Declaration*> packages;
-    for (const Declaration& declaration : declared.declarations())
-        packages.try_emplace(declaration.packageID().toString().toStdString(), &declaration);
-    if (wanted) {
-        if (packages.count(wanted->toString().toStdString()) == 0)
-            throw Failure("option --package: no release of \"" + wanted->toString() + "\" is declared");
-        return *wanted;
+    Packages packages;
+    for (const Declaration& declaration : declared.declarations()) {
+        if (!name || declaration.name() == *name)
+            packages.try_emplace(declaration.packageID().toString().toStdString(), &declaration);
     }
-    if (packages.empty())
-        throw Failure("no release is declared");
+    return packages;
+}
+
+VoUUID OnlyOne(const Packages& packages, const VoString& problem)
+{
     if (packages.size() == 1)
         return packages.begin()->second->packageID();
-    VoString text = "several packages are declared, choose one with --package:";
+    VoString text = problem;
     for (const auto& [id, package] : packages)
         text += " " + VoString(id) + " (" + package->name() + ")";
     throw UsageError(text);
+}
+
+} // namespace
+
+VoUUID ChoosePackage(const AdvertisedPackages& declared, const std::optional<VoString>& wanted)
+{
+    const Packages all = PackagesNamed(declared, std::nullopt);
+    if (!wanted) {
+        if (all.empty())
+            throw Failure("no release is declared");
+        return OnlyOne(all, "several packages are declared, choose one with --package:");
+    }
+    const auto found = all.find(wanted->toStdString());
+    if (found != all.end())
+        return found->second->packageID();
+    const Packages named = PackagesNamed(declared, wanted);
+    if (named.empty())
+        throw Failure("option --package: no release of \"" + *wanted + "\" is declared");
+    return OnlyOne(named, "option --package: several packages have that name, give one of the IDs:");
 }
 
 const Declaration& ChooseRelease(const AdvertisedPackages& declared, const VoUUID& packageID,
@@ -112,7 +137,7 @@ ChosenRelease OpenChosenRelease(const Session& session)
         RequireAskedFor(*chosen.package, arguments);
         return chosen;
     }
-    const VoUUID packageID = ChoosePackage(*declared, arguments.identifier("package"));
+    const VoUUID packageID = ChoosePackage(*declared, arguments.text("package"));
     const Declaration& declaration = ChooseRelease(*declared, packageID, arguments.release("release"));
     const VoLocation definition = declaration.definition(location);
     ChosenRelease chosen{definition, ReadDefinition(session, definition)};
@@ -176,11 +201,12 @@ ChosenRelease OpenDeclared(const Session& session, const updater::TrustedRelease
 {
     const Arguments& arguments = session.arguments;
     const AdvertisedPackages& declared = *releases.declarations();
-    const VoUUID packageID = ChoosePackage(declared, arguments.identifier("package"));
+    const VoUUID packageID = ChoosePackage(declared, arguments.text("package"));
     const auto wanted = arguments.release("release");
     const Declaration& declaration = wanted ? ChooseRelease(declared, packageID, wanted) : releases.newest(packageID);
     auto opened = OpenDefinition(session, releases, declaration);
-    ChosenRelease chosen{opened.definition, std::move(opened.package), std::move(opened.proof), {}};
+    ChosenRelease chosen{
+        opened.definition, std::move(opened.package), std::move(opened.proof), {}, arguments.locationArgument(0)};
     for (const Declaration& other : declared.declarations()) {
         const bool isNewer = other.packageID() == packageID && other.version() > declaration.version();
         const VoString why = isNewer ? releases.whyNotOffered(other) : VoString();

@@ -25,12 +25,14 @@ struct ChosenRelease
     VoUniquePtr<updater::AdvertisedPackageListing> package;
     std::shared_ptr<const updater::ReleaseProof> proof{};  ///< Null: nobody has verified it.
     std::vector<std::pair<VoVersion, VoString>> refused{}; ///< Newer releases, and why they are not offered.
+    VoLocation declarations{};                             ///< What declares it; null when its definition was named.
 };
 
-/// The package that is meant when `wanted` names it, or else the only one that is declared. Pure.
+/// The package that is meant when `wanted` is its ID, or else its name in any letter case, or without it the only one
+/// that is declared. Pure.
 /// @throws UsageError naming the packages there are when that leaves a choice
 /// @throws Failure when there is none
-VoUUID ChoosePackage(const updater::AdvertisedPackages& declared, const std::optional<VoUUID>& wanted);
+VoUUID ChoosePackage(const updater::AdvertisedPackages& declared, const std::optional<VoString>& wanted);
 
 /// The declared release with that number, or the newest one. Of several that differ in their build type only, the one
 /// without build type unless the number names another. Pure.

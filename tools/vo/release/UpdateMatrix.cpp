@@ -69,7 +69,7 @@ ExitCode ShowUpdateMatrix(Session& session)
     const VoLocation location = session.arguments.locationArgument(0);
     const auto declared = OpenDeclarations(session, location);
     const Releases releases =
-        OpenReleases(session, *declared, ChoosePackage(*declared, session.arguments.identifier("package")), location);
+        OpenReleases(session, *declared, ChoosePackage(*declared, session.arguments.text("package")), location);
     session.console.line(Padded("from", 10) + Padded("to", 10) + Padded("files", 8) + Padded("chunks", 8) + "bytes");
     session.console.list("updates");
     for (std::size_t to = 0; to < releases.size(); ++to) {

@@ -17,6 +17,9 @@ constexpr std::int64_t DrawInterval = 50 * 1000 * 1000; // nanoseconds
 /// Where the texts behind the labels begin.
 constexpr std::size_t LabelWidth = 18;
 
+constexpr const char* Yellow = "\x1b[33m";
+constexpr const char* Red = "\x1b[31m";
+
 void Write(std::FILE* file, const VoString& text)
 {
     std::fwrite(text.c_str(), 1, text.size(), file);
@@ -96,17 +99,21 @@ void Console::row(const char* key, const VoString& text, const QJsonObject& reco
         m_lists[QString::fromLatin1(key)].append(record);
 }
 
-void Console::message(const VoString& text)
+void Console::message(const VoString& text, const char* colour)
 {
     erase();
-    Write(stderr, "vo: " + Printable(text) + "\n");
+    const VoString shown = "vo: " + Printable(text);
+    if (colour != nullptr && m_settings.colours)
+        Write(stderr, colour + shown + "\x1b[0m\n");
+    else
+        Write(stderr, shown + "\n");
 }
 
 void Console::note(const VoString& text)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_settings.quiet)
-        message(text);
+        message(text, text.find("warning: ") == 0 ? Yellow : nullptr);
 }
 
 void Console::detail(const VoString& text)
@@ -120,7 +127,7 @@ void Console::error(const VoString& text)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_error = text;
-    message(text);
+    message(text, Red);
 }
 
 void Console::error(const CommandError& failure)

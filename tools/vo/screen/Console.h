@@ -32,6 +32,7 @@ public:
         bool quiet = false;
         bool verbose = false;
         bool progress = false; ///< Draw the progress line.
+        bool colours = false;  ///< Errors red, warnings yellow.
     };
 
     explicit Console(const Settings& settings)
@@ -92,7 +93,7 @@ public:
 
 private:
     void labelled(const char* label, const VoString& text);
-    void message(const VoString& text);
+    void message(const VoString& text, const char* colour = nullptr);
     void draw(bool force);
     void erase();
 

@@ -5,6 +5,13 @@
 
 #include <Download/VoDownloadSize.h>
 
+#include <algorithm>
+#include <map>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
 namespace vo::tool {
 
 using updater::ChunkListing;
@@ -67,6 +74,46 @@ void ShowIdentity(Console& console, const InstallationPlan& plan, const VoDirect
     console.fact("directory", "folder", PathText(directory));
 }
 
+VoString WayText(const VoString& to)
+{
+    return VoString(NativeText(to.toStdString()));
+}
+
+void ShowAttributeStep(Console& console, const char* action, const VoString& path, const VoString& to = VoString())
+{
+    JsonRecord record;
+    record("action", action)("path", path);
+    if (!to.isEmpty())
+        record("to", WayText(to));
+    console.row("attributes", Column(action) + path + (to.isEmpty() ? VoString() : "  to " + WayText(to)), record);
+}
+
+void ShowAttributeSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    for (const InstallationPlan::Link& link : plan.links)
+        ShowAttributeStep(console, plan.copiesLinks ? "copy" : "link", PathTextBelow(directory, link.path), link.to);
+    for (const VoFilePath& link : plan.removedLinks)
+        ShowAttributeStep(console, "unlink", PathTextBelow(directory, link));
+    for (const VoDirectoryPath& folder : plan.folders)
+        ShowAttributeStep(console, "folder", PathTextBelow(directory, folder.toFilePath()));
+}
+
+// Nothing of releases that hold files alone.
+void ShowAttributeFigures(Console& console, const InstallationPlan& plan, bool isDone)
+{
+    const auto show = [&](const char* key, const char* planned, const char* done, std::size_t count) {
+        if (count > 0)
+            console.fact(key, isDone ? done : planned, count);
+    };
+    if (plan.copiesLinks)
+        show("links", "links, as copies", "links, as copies", plan.links.size());
+    else
+        show("links", "links to make", "links made", plan.links.size());
+    show("removedLinks", "links to remove", "links removed", plan.removedLinks.size());
+    show("executables", "executables", "executables", plan.programs.size());
+    show("folders", "empty folders", "empty folders", plan.folders.size());
+}
+
 } // namespace
 
 void ShowClaims(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
@@ -82,26 +129,90 @@ void ShowClaims(Console& console, const InstallationPlan& plan, const VoDirector
         ShowClaim(console, "keep", directory, owned.path, "belongs to ", &owned);
 }
 
-void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
+namespace {
+
+/// One file of a plan, with what its row says.
+struct Step
 {
-    console.list("files");
+    const InstallationPlan::File* file;
+    std::string folder; ///< With the final separator; empty for the installation directory.
+    VoString path;
+};
+
+std::vector<Step> StepsOf(const InstallationPlan& plan, const VoDirectoryPath& directory)
+{
+    std::vector<Step> steps;
     for (const InstallationPlan::File& file : plan.files) {
-        const VoString path = PathTextBelow(directory, file.path);
-        JsonRecord record;
-        record("action", VerbOf(file))("path", path)("id", file.id)("bytes", file.bytes);
-        VoString line = Column(VerbOf(file)) + path + "  " + BytesText(file.bytes);
-        if (!file.copiedFrom.isNull()) {
-            const VoString source = PathTextBelow(directory, file.copiedFrom);
-            record("from", source);
-            line = line + "  from " + source;
-        }
-        if (file.patch > 0) {
-            record("patch", file.patch);
-            line = line + "  by a patch of " + BytesText(file.patch);
-        }
-        console.row("files", line, record);
+        Step step{&file, {}, PathTextBelow(directory, file.path)};
+        const std::string& path = step.path.toStdString();
+        step.folder = path.substr(0, path.find_last_of("/\\") + 1);
+        steps.push_back(std::move(step));
     }
-    ShowClaims(console, plan, directory);
+    std::stable_sort(steps.begin(), steps.end(), [](const Step& a, const Step& b) {
+        return std::tie(a.folder, a.path.toStdString()) < std::tie(b.folder, b.path.toStdString());
+    });
+    return steps;
+}
+
+void ShowStep(Console& console, const Step& step, const VoDirectoryPath& directory)
+{
+    const InstallationPlan::File& file = *step.file;
+    JsonRecord record;
+    record("action", VerbOf(file))("path", step.path)("id", file.id)("bytes", file.bytes);
+    VoString line = Column(VerbOf(file)) + step.path + "  " + BytesText(file.bytes);
+    if (!file.copiedFrom.isNull()) {
+        const VoString source = PathTextBelow(directory, file.copiedFrom);
+        record("from", source);
+        line = line + "  from " + source;
+    }
+    if (file.patch > 0) {
+        record("patch", file.patch);
+        line = line + "  by a patch of " + BytesText(file.patch);
+    }
+    console.row("files", line, record);
+}
+
+/// What is done in one folder, in one line.
+struct FolderSum
+{
+    std::string folder;
+    std::map<std::string, std::size_t> verbs{}; ///< How many files for each.
+    std::uint64_t bytes = 0;
+
+    VoString text() const
+    {
+        VoString line = folder.empty() ? VoString("(the folder itself)") : VoString(folder);
+        for (const auto& [verb, files] : verbs)
+            line += "  " + VoString(files) + " to " + verb.c_str();
+        return line + "  " + BytesText(bytes);
+    }
+};
+
+std::vector<FolderSum> FoldersOf(const std::vector<Step>& steps)
+{
+    std::vector<FolderSum> folders;
+    for (const Step& step : steps) {
+        if (folders.empty() || folders.back().folder != step.folder)
+            folders.push_back({step.folder});
+        ++folders.back().verbs[VerbOf(*step.file)];
+        folders.back().bytes += step.file->bytes;
+    }
+    return folders;
+}
+
+void ShowFolders(Console& console, const std::vector<Step>& steps, std::size_t most)
+{
+    const std::vector<FolderSum> folders = FoldersOf(steps);
+    const std::size_t shown = folders.size() <= most ? folders.size() : most - 1;
+    for (std::size_t i = 0; i < shown; ++i)
+        console.line(folders[i].text());
+    if (shown < folders.size())
+        console.line("... and " + VoString(folders.size() - shown) + " more folders");
+    console.line("--all lists every file and chunk");
+}
+
+void ShowChunks(Console& console, const InstallationPlan& plan)
+{
     console.list("chunks");
     for (const ChunkListing& chunk : plan.stagedChunks)
         ShowChunk(console, chunk, true);
@@ -115,6 +226,31 @@ void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirec
                     JsonRecord()("id", patch.id())("path", PathText(patch.path()))("bytes", patch.size().bytes()));
 }
 
+/// What ShowPlanFigures() takes at the end, with the prompt behind it.
+constexpr std::size_t RowsOfFigures = 16;
+constexpr std::size_t FewestRows = 5;
+
+} // namespace
+
+void ShowPlanSteps(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory,
+                   std::optional<std::size_t> rows)
+{
+    const std::vector<Step> steps = StepsOf(plan, directory);
+    const std::size_t most = rows ? std::max(*rows, RowsOfFigures + FewestRows) - RowsOfFigures : steps.size();
+    const std::size_t lines = steps.size() + plan.stagedChunks.size() + plan.chunks.size() + plan.patches.size();
+    const bool isShort = rows && lines > most && !console.settings().json;
+    console.list("files");
+    if (isShort) {
+        ShowFolders(console, steps, most);
+        return ShowClaims(console, plan, directory);
+    }
+    for (const Step& step : steps)
+        ShowStep(console, step, directory);
+    ShowAttributeSteps(console, plan, directory);
+    ShowClaims(console, plan, directory);
+    ShowChunks(console, plan);
+}
+
 void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDirectoryPath& directory)
 {
     ShowIdentity(console, plan, directory);
@@ -124,6 +260,7 @@ void ShowPlanFigures(Console& console, const InstallationPlan& plan, const VoDir
     console.fact("modified", "files to update", plan.modifiedFiles);
     console.fact("removed", "files to remove", plan.removedFiles);
     console.fact("unchanged", "files unchanged", plan.unchangedFiles);
+    ShowAttributeFigures(console, plan, false);
     console.fact("bytesToWrite", "bytes to write", BytesText(plan.bytesToWrite), plan.bytesToWrite);
     console.fact("bytesToRemove", "bytes to remove", BytesText(plan.bytesToRemove), plan.bytesToRemove);
     console.fact("chunksToFetch", "chunks to fetch", plan.chunks.size());
@@ -142,6 +279,7 @@ void ShowInstalledFigures(Console& console, const InstallationPlan& plan, const 
     console.fact("modified", "files updated", plan.modifiedFiles);
     console.fact("removed", "files removed", plan.removedFiles);
     console.fact("unchanged", "files unchanged", plan.unchangedFiles);
+    ShowAttributeFigures(console, plan, true);
     console.fact("bytesWritten", "bytes written", BytesText(plan.bytesToWrite), plan.bytesToWrite);
     console.fact("chunksFetched", "chunks fetched", plan.chunks.size());
     if (!plan.patches.isEmpty())

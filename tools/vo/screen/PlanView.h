@@ -3,12 +3,17 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <Updater/InstallationPlan.h>
 
+#include <cstddef>
+#include <optional>
+
 namespace vo::tool {
 
 class Console;
 
-/// Lists every file and chunk of a plan, with ShowClaims(). Paths below `directory` are shown relative to it.
-void ShowPlanSteps(Console& console, const updater::InstallationPlan& plan, const VoDirectoryPath& directory);
+/// Lists the files of a plan, folder by folder, and its chunks, with ShowClaims() between them. Paths below `directory`
+/// are shown relative to it. On a terminal with that many rows, a plan that would not fit there is told by folders.
+void ShowPlanSteps(Console& console, const updater::InstallationPlan& plan, const VoDirectoryPath& directory,
+                   std::optional<std::size_t> rows = std::nullopt);
 
 /// Lists the files on disk that are not the package's own and that the installation meets.
 void ShowClaims(Console& console, const updater::InstallationPlan& plan, const VoDirectoryPath& directory);

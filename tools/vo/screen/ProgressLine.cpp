@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace vo::tool {
 namespace {
@@ -86,30 +87,32 @@ VoString ProgressLine::rate() const
     return VoString(std::llround(std::min(rate.bytesPerSecond(), 1e15))) + " files/s";
 }
 
-VoString ProgressLine::text(std::size_t width) const
+VoString ProgressLine::remaining() const
 {
-    VoString line = m_label + "   " + amounts();
-    if (m_percent >= 0)
-        line += "   " + VoString(m_percent) + " %";
-    const VoString rateText = rate();
-    if (!rateText.isEmpty())
-        line += "   " + rateText;
     const VoTimeDuration left = timeLeft();
-    if (left.count() >= 0 && m_done < m_total)
-        line += "   " + ClockText(left) + " left";
-    if (line.size() > width)
-        line.resize(width, ' ');
-    return line;
+    if (left.count() < 0 || m_done >= m_total)
+        return VoString();
+    return TimeText(std::ceil(left.seconds()), 0) + " left"; // never less than it takes
 }
 
-VoString ClockText(const VoTimeDuration& duration)
+VoString ProgressLine::text(std::size_t width) const
 {
-    const std::int64_t count = std::max<std::int64_t>(0, duration.count());
-    const std::int64_t seconds = count / NanosecondsPerSecond + (count % NanosecondsPerSecond != 0 ? 1 : 0);
-    const auto twoDigits = [](std::int64_t value) { return VoString::Pad(static_cast<int>(value % 60), 2); };
-    if (seconds < 3600)
-        return VoString(seconds / 60) + ":" + twoDigits(seconds);
-    return VoString(seconds / 3600) + ":" + twoDigits(seconds / 60) + ":" + twoDigits(seconds);
+    const VoString share = m_percent >= 0 ? VoString(m_percent) + " %" : VoString();
+    const VoString left = remaining();
+    const std::vector<VoString> lines[] = {
+        {amounts(), share, rate(), left}, {amounts(), share, left}, {amounts(), share}, {share, left}, {share}};
+    VoString line;
+    for (const std::vector<VoString>& parts : lines) {
+        line = m_label;
+        for (const VoString& part : parts) {
+            if (!part.isEmpty())
+                line += "   " + part;
+        }
+        if (line.size() <= width)
+            return line;
+    }
+    line.resize(width, ' ');
+    return line;
 }
 
 } // namespace vo::tool

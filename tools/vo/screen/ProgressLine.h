@@ -11,7 +11,7 @@ namespace vo::tool {
 
 /// The text of a line that tells how far a piece of work is:
 ///
-///     Installing   1234 of 2235 files   55 %   812 files/s   0:01 left
+///     Installing   1234 of 2235 files   55 %   812 files/s   2 s left
 ///
 /// Pure: times are handed in, and nothing is printed. What it shows never goes backwards and never beyond 100 %,
 /// whatever it is told; 100 % appears only when all is done.
@@ -40,12 +40,14 @@ public:
     /// The rate over the last samples tells it; negative while it cannot be told yet.
     VoTimeDuration timeLeft() const;
 
-    /// The line, at most `width` bytes: what stands behind gives way first.
+    /// The line, at most `width` bytes. Where it is narrow the rate gives way first, then the amounts, then the time;
+    /// how far the work is stays the longest.
     VoString text(std::size_t width) const;
 
 private:
     VoString amounts() const;
     VoString rate() const;
+    VoString remaining() const;
 
     VoString m_label;
     Unit m_unit;
@@ -57,8 +59,5 @@ private:
     VoTimePoint m_lastSample;
     bool m_sampled = false;
 };
-
-/// A span of time as a clock shows it: "0:07", "12:05", "3:00:10"; seconds are rounded up.
-VoString ClockText(const VoTimeDuration& duration);
 
 } // namespace vo::tool

@@ -1,5 +1,6 @@
 #include <vo/screen/TableOutput.h>
 
+#include <Core/VoException.h>
 #include <Core/VoVariant.h>
 #include <Documents/VoCSVReader.h>
 #include <Documents/VoCSVValues.h>
@@ -9,11 +10,14 @@
 #include <Documents/VoXMLSpreadsheetWriter.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <IO/VoIODevice.h>
+#include <Time/VoDate.h>
+#include <Time/VoTimeOfDay.h>
 
 #include <QtCore/QString>
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -71,6 +75,31 @@ VoVariant CellValue(const VoCSVReader& row, std::size_t index, const VoCSVFormat
     return Text(row, index);
 }
 
+struct Instant
+{
+    VoDate date;
+    std::optional<VoTimeOfDay> time{};
+};
+
+// "2024-05-01", or with a time of day behind a blank or "T". With a zone it stays a text: a cell would lose that.
+std::optional<Instant> InstantOf(std::string_view field)
+{
+    constexpr std::size_t dateLength = 10;
+    if (field.size() < dateLength || field[4] != '-' || field[7] != '-')
+        return std::nullopt;
+    const std::string_view time = field.substr(dateLength);
+    if (!time.empty() && (time.size() < 9 || (time.front() != ' ' && time.front() != 'T')))
+        return std::nullopt;
+    try {
+        Instant instant{VoDate::Deserialize(VoString(field.substr(0, dateLength)))};
+        if (!time.empty())
+            instant.time = VoTimeOfDay::Deserialize(VoString(time.substr(1)));
+        return instant;
+    } catch (const VoException&) {
+        return std::nullopt;
+    }
+}
+
 class CsvOutput : public TableOutput
 {
 public:
@@ -82,7 +111,7 @@ public:
     }
 
     bool hasSheets() const override { return false; }
-    void beginSheet(const VoString&) override {}
+    void beginSheet(const VoString&, const VoWorksheetLook*) override {}
 
     void addRow(const VoCSVReader& row, bool asTexts) override
     {
@@ -125,13 +154,22 @@ public:
     }
 
     bool hasSheets() const override { return true; }
-    void beginSheet(const VoString& name) override { m_sheet = m_workbook.addSheet(name); }
+    void beginSheet(const VoString& name, const VoWorksheetLook* look) override
+    {
+        m_hasLook = look != nullptr;
+        m_sheet = m_hasLook ? m_workbook.addSheet(name, *look) : m_workbook.addSheet(name);
+    }
 
     void addRow(const VoCSVReader& row, bool asTexts) override
     {
         m_sheet->startRow();
-        for (std::size_t i = 0; i < row.numberFields(); ++i)
-            m_sheet->addCell(CellValue(row, i, m_input, asTexts, m_losses));
+        for (std::size_t i = 0; i < row.numberFields(); ++i) {
+            const bool mayBeDate = m_hasLook && !asTexts && !row.isQuoted(i);
+            if (const auto instant = mayBeDate ? InstantOf(row.field(i)) : std::nullopt)
+                m_sheet->addDate(instant->date, instant->time);
+            else
+                m_sheet->addCell(CellValue(row, i, m_input, asTexts, m_losses));
+        }
     }
 
     void finish() override
@@ -145,6 +183,7 @@ private:
     VoAtomicFileWriter m_target;
     VoOOXMLWriter m_workbook;
     VoSharedPtr<VoOOXMLWriterSpreadsheet> m_sheet;
+    bool m_hasLook = false;
 };
 
 class XmlOutput : public TableOutput
@@ -158,7 +197,7 @@ public:
     }
 
     bool hasSheets() const override { return false; }
-    void beginSheet(const VoString&) override {}
+    void beginSheet(const VoString&, const VoWorksheetLook*) override {}
 
     void addRow(const VoCSVReader& row, bool asTexts) override
     {

@@ -9,6 +9,7 @@
 
 class VoCSVReader;
 struct VoCSVFormat;
+struct VoWorksheetLook;
 
 namespace vo::tool {
 
@@ -29,8 +30,9 @@ public:
     static std::unique_ptr<TableOutput> Make(const VoFilePath& file, const VoCSVFormat& input);
     virtual ~TableOutput();
 
-    virtual bool hasSheets() const = 0;                ///< Whether there may be more than one sheet.
-    virtual void beginSheet(const VoString& name) = 0; ///< Begins the next sheet.
+    virtual bool hasSheets() const = 0; ///< Whether there may be more than one sheet.
+    /// Begins the next sheet, plain or with a look, which only what has sheets can give it.
+    virtual void beginSheet(const VoString& name, const VoWorksheetLook* look) = 0;
     /// Writes the row that the reader has reached; as texts, or as the values that the fields stand for.
     virtual void addRow(const VoCSVReader& row, bool asTexts) = 0;
     virtual void finish() = 0; ///< Puts the file in its place.

@@ -97,4 +97,12 @@ VoString TableView::rule() const
     return VoString(line);
 }
 
+std::vector<double> TableView::widths() const
+{
+    std::vector<double> widths;
+    for (const Column& column : m_columns)
+        widths.push_back(static_cast<double>(column.width));
+    return widths;
+}
+
 } // namespace vo::tool

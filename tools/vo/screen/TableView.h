@@ -26,6 +26,8 @@ public:
     VoString line(const VoCSVReader& row) const;
     VoString rule() const; ///< A line below the header.
 
+    std::vector<double> widths() const; ///< Of the columns, in characters.
+
 private:
     struct Column
     {

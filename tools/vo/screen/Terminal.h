@@ -23,6 +23,20 @@ bool InputIsTerminal();
 /// Columns of the terminal behind standard error; 80 when it cannot be told.
 std::size_t TerminalWidth();
 
+/// What standard output is shown in.
+struct OutputShape
+{
+    std::size_t columns = 80;          ///< 80 when it cannot be told.
+    std::optional<std::size_t> rows{}; ///< None where everything may be long: no terminal.
+};
+OutputShape OutputSize();
+
+/// @{ Whether a person sees the output on something that shows colours, and has not said otherwise (NO_COLOR). The
+/// terminal is made to show them where it must be told to.
+bool OutputShowsColours();
+bool ErrorOutputShowsColours();
+/// @}
+
 /// A line that is typed at the terminal after a prompt, and not shown there; none when there is no terminal.
 std::optional<signing::Passphrase> ReadSecretLine(const std::string& prompt);
 

@@ -1,5 +1,6 @@
 #include <vo/screen/Terminal.h>
 
+#include <QtCore/QByteArray>
 #include <QtCore/QStringList>
 
 #include <array>
@@ -28,6 +29,33 @@ std::size_t TerminalWidth()
     if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
         return 80;
     return size.ws_col;
+}
+
+OutputShape OutputSize()
+{
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0)
+        return OutputShape();
+    return {size.ws_col, size.ws_row};
+}
+
+namespace {
+
+bool ShowsColours(int output)
+{
+    return qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb" && isatty(output) == 1;
+}
+
+} // namespace
+
+bool OutputShowsColours()
+{
+    return ShowsColours(STDOUT_FILENO);
+}
+
+bool ErrorOutputShowsColours()
+{
+    return ShowsColours(STDERR_FILENO);
 }
 
 std::optional<signing::Passphrase> ReadSecretLine(const std::string& prompt)

@@ -54,6 +54,38 @@ std::size_t TerminalWidth()
     return static_cast<std::size_t>(information.srWindow.Right - information.srWindow.Left + 1);
 }
 
+OutputShape OutputSize()
+{
+    CONSOLE_SCREEN_BUFFER_INFO information{};
+    if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &information))
+        return OutputShape();
+    const SMALL_RECT& window = information.srWindow;
+    return {static_cast<std::size_t>(window.Right - window.Left + 1),
+            static_cast<std::size_t>(window.Bottom - window.Top + 1)};
+}
+
+namespace {
+
+bool ShowsColours(DWORD output)
+{
+    const HANDLE console = GetStdHandle(output);
+    DWORD mode = 0;
+    return qEnvironmentVariableIsEmpty("NO_COLOR") && GetConsoleMode(console, &mode) != 0 &&
+           SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+} // namespace
+
+bool OutputShowsColours()
+{
+    return ShowsColours(STD_OUTPUT_HANDLE);
+}
+
+bool ErrorOutputShowsColours()
+{
+    return ShowsColours(STD_ERROR_HANDLE);
+}
+
 std::optional<signing::Passphrase> ReadSecretLine(const std::string& prompt)
 {
     const HANDLE console = GetStdHandle(STD_INPUT_HANDLE);

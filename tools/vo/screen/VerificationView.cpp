@@ -22,7 +22,10 @@ void ShowFindings(Console& console, const updater::VerificationReport& report)
 {
     console.list("findings");
     ShowAll(console, report.packageID, "missing", report.missing);
+    for (const VoDirectoryPath& folder : report.missingFolders)
+        ShowAll(console, report.packageID, "missing", {folder.toFilePath()});
     ShowAll(console, report.packageID, "changed", report.changed);
+    ShowAll(console, report.packageID, "not-run", report.notExecutable);
     ShowAll(console, report.packageID, "extra", report.extra);
 }
 

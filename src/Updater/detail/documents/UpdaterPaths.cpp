@@ -1,5 +1,6 @@
 #include <Updater/detail/documents/UpdaterPaths.h>
 
+#include <Core/VoChecksum.h>
 #include <Core/VoString.h>
 #include <Core/VoUUID.h>
 #include <Core/VoVersion.h>
@@ -34,6 +35,13 @@ VoFilePath RecordPath(const VoUUID& packageID, const char* suffix)
     return VoUpdater::InstalledListingDirectory().file(packageID.toString() + suffix);
 }
 
+VoFilePath BesideListing(const VoFilePath& listing, const char* suffix)
+{
+    constexpr std::size_t listingSuffix = 4; // ".xml"
+    const VoString& path = listing.path();
+    return VoFilePath::CreateUnchecked(path.substring(0, path.size() - listingSuffix).toString() + suffix);
+}
+
 } // namespace
 
 VoFilePath ListingPath(const VoUUID& packageID)
@@ -51,9 +59,24 @@ VoFilePath DamageRecordPath(const VoUUID& packageID)
     return RecordPath(packageID, ".damaged");
 }
 
+VoFilePath AttributesRecordPath(const VoFilePath& listing)
+{
+    return BesideListing(listing, ".attributes");
+}
+
+VoFilePath NextAttributesRecordPath(const VoFilePath& listing)
+{
+    return BesideListing(listing, ".next.attributes");
+}
+
 VoDirectoryPath StagingPath(const VoUUID& packageID)
 {
     return VoUpdater::DownloadDirectory().directory(packageID.toString());
+}
+
+VoFilePath StagedFilePath(const VoDirectoryPath& folder, const VoChecksum& checksum)
+{
+    return folder.file(checksum.toString() + ".file");
 }
 
 } // namespace vo::updater::detail

@@ -3,6 +3,7 @@
 // Where a published release stands, beside its declarations file D:
 //
 //     <directory of D>\packages\<packageID>\<version>\package.xml
+//                                                    \attributes.xml
 //                                                    \chunks\<chunkID>.vochk
 
 #include <Core/VoExport.h>
@@ -42,7 +43,15 @@ inline constexpr const char* AsideSuffix = ".voold";
 VoFilePath ListingPath(const VoUUID& packageID);
 VoFilePath RemovedListingPath(const VoUUID& packageID); ///< What is left of it until the registry has forgotten it.
 VoFilePath DamageRecordPath(const VoUUID& packageID);
+/// What the listing at a path says nothing of: <packageID>.attributes, beside it, and <packageID>.next.attributes until
+/// the listing is that of the same release.
+/// @{
+VoFilePath AttributesRecordPath(const VoFilePath& listing);
+VoFilePath NextAttributesRecordPath(const VoFilePath& listing);
+/// @}
 /// @}
 VoDirectoryPath StagingPath(const VoUUID& packageID); ///< Where its chunks are gathered.
+/// The file of a folder of staged files that has some content.
+VoFilePath StagedFilePath(const VoDirectoryPath& folder, const VoChecksum& checksum);
 
 } // namespace vo::updater::detail

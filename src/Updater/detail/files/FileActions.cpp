@@ -130,17 +130,20 @@ bool EraseFile(const VoFilePath& path)
 
 bool EraseDirectoryIfEmpty(const VoDirectoryPath& directory)
 {
-    if (!VoFileSystem::IsDirectory(directory))
-        return true;
-    AtStep(FileStep::EraseDirectory, directory.path());
+    // What the path leads to need not be what is held: the removal itself decides.
+    const bool isThere = KindOf(AsFile(directory)) == FileKind::Directory;
+    if (isThere)
+        AtStep(FileStep::EraseDirectory, directory.path());
     std::error_code error;
     const HeldPlace held = HeldPlace::Of(AsFile(directory), error);
+    if (!isThere && !held.folder.isOpen())
+        return true;
     if (!error)
         held.folder.removeDirectory(held.name, error);
-    if (!error || vo::detail::MeansMissing(error))
+    // A link or a file in its place is somebody's.
+    if (!error || vo::detail::MeansMissing(error) || error == std::errc::not_a_directory)
         return true;
-    if (error == std::errc::directory_not_empty || error == std::errc::file_exists ||
-        error == std::errc::not_a_directory)
+    if (error == std::errc::directory_not_empty || error == std::errc::file_exists)
         return false;
     throw vo::detail::Because(
         error, VoFileException("Cannot remove directory: " + VoString(error.message()) + ": " + directory.path(),

@@ -30,6 +30,8 @@ enum class FileStep
     EraseDirectory,
     WriteDocument,
     ChangePhase, ///< Of the journal.
+    MakeLink,
+    SetExecutable,
 };
 
 /// Called before a step with the path it is about. What it throws fails the step.

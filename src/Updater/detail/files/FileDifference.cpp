@@ -39,7 +39,8 @@ class OldContent
 public:
     explicit OldContent(std::string_view bytes)
         : m_bytes(bytes)
-        , m_newest(std::size_t{1} << HashBits)
+        , m_hashBits(hashBitsFor(bytes.size()))
+        , m_newest(std::size_t{1} << m_hashBits)
         , m_before(bytes.size())
     {
         for (std::size_t at = 0; at + Seed <= bytes.size(); ++at) {
@@ -80,16 +81,26 @@ public:
 
 private:
     static constexpr std::size_t Seed = 8;
-    static constexpr int HashBits = 22;
 
-    static std::size_t hash(const char* bytes)
+    // Few for small contents, which are many: a table costs its size to begin with.
+    static int hashBitsFor(std::size_t size)
+    {
+        constexpr int most = 22;
+        int bits = 8;
+        while (bits < most && size >> bits > 0)
+            ++bits;
+        return bits;
+    }
+
+    std::size_t hash(const char* bytes) const
     {
         std::uint64_t word = 0;
         std::memcpy(&word, bytes, Seed);
-        return static_cast<std::size_t>((word * 0x9E3779B97F4A7C15u) >> (64 - HashBits));
+        return static_cast<std::size_t>((word * 0x9E3779B97F4A7C15u) >> (64 - m_hashBits));
     }
 
     const std::string_view m_bytes;
+    const int m_hashBits;
     std::vector<std::uint32_t> m_newest; // by hash: a place + 1, 0 for none
     std::vector<std::uint32_t> m_before; // by place: the one before with the same hash
 };

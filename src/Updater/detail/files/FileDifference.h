@@ -17,7 +17,7 @@ namespace vo::updater::detail {
 /// numbers each), the differences of the latter, and what is new. Numbers have seven bits a byte, the lowest first; a
 /// move is twice its amount, or twice less one for a move back.
 ///
-/// Takes 4 bytes of memory for each byte of the old content and 16 MB besides, which must have less than 4 GiB.
+/// Takes 4 bytes of memory for each byte of the old content and up to 16 MB besides, which must have less than 4 GiB.
 VOCORE_PRIVATE_EXPORT std::string FindDifference(std::string_view before, std::string_view after);
 
 /// Carries instructions out, whoever has written them: `after` is a buffer of the length to be reached. False when they

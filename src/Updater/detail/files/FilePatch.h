@@ -30,7 +30,7 @@ VOCORE_PRIVATE_EXPORT void MakePatch(const VoFilePath& before, const VoFilePath&
                                      const std::function<void()>& between, const PatchWindow& most = PatchWindow());
 
 /// Makes a file of `size` bytes of another one and a patch, and hands it out piece by piece. Whoever made the patch:
-/// takes no more than about 100 MB of memory, and hands out no more than `size` bytes.
+/// takes no more than about 130 MB of memory, and hands out no more than `size` bytes.
 /// @throws VoInvalidConversionException ("Patch does not fit: " + patch) for a patch that is none, or one for other
 /// files
 /// @throws VoFileException for a file that cannot be read

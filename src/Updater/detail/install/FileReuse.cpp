@@ -72,7 +72,8 @@ bool IsStillThere(const InstalledFileListing& file)
 
 ReusedFiles FindReusableFiles(const PackageDifferences& differences, const InstalledPackageListing& installed,
                               const AdvertisedPackageListing& advertised,
-                              const std::function<VoFilePath(const AdvertisedFileListing&)>& placeOf)
+                              const std::function<VoFilePath(const AdvertisedFileListing&)>& placeOf,
+                              const std::vector<VoFilePath>& otherPlaces)
 {
     std::unordered_multimap<VoChecksum, const AdvertisedFileListing*> wanted;
     for (const FileDifference& difference : differences.fileDifferences()) {
@@ -87,6 +88,8 @@ ReusedFiles FindReusableFiles(const PackageDifferences& differences, const Insta
     NewTree tree;
     for (const AdvertisedFileListing& file : advertised.files())
         tree.add(placeOf(file));
+    for (const VoFilePath& place : otherPlaces)
+        tree.add(place);
     Containment inside(installed.installationDirectory());
     std::vector<const InstalledFileListing*> candidates; // that may have the bytes of some added ones
     for (const InstalledFileListing& file : installed.files()) {

@@ -18,7 +18,10 @@ struct InstallerSettings
 {
     InstallationOptions options{};
     VoDirectoryPath staging{}; ///< The staging directory; null: the package's own.
-    bool isTemporary = false;  ///< Whether the installation itself is: then nothing is noted, and no package is asked.
+    /// Where the files of the release are staged; null: they are built beside their places.
+    VoDirectoryPath staged{};
+    bool isStaging = false;   ///< Whether the run fills that folder; else it takes from there whatever it writes.
+    bool isTemporary = false; ///< Whether the installation itself is: then nothing is noted, and no package is asked.
     /// Keeps the listing as the last step that can still be undone; what it throws undoes the run. Empty: the caller
     /// keeps what the run returns.
     UpdateTransaction::Recorder record{};
@@ -30,6 +33,9 @@ struct InstallerSettings
 class ConfiguredInstaller final : public PackageInstaller
 {
 public:
+    using PackageInstaller::stage;
+    using PackageInstaller::stagedFiles;
+
     ConfiguredInstaller(VoUniquePtr<AdvertisedPackageListing> package, const VoDirectoryPath& installationDirectory,
                         VoUniquePtr<InstalledPackageListing> installed, const InstallerSettings& settings)
         : PackageInstaller(std::move(package), installationDirectory, std::move(installed), settings)

@@ -4,8 +4,11 @@
 #include <FileSystem/VoFileSystem.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/InstalledPackageListing.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/files/Containment.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileAttributes.h>
 #include <Updater/detail/install/EventReport.h>
 #include <Updater/detail/registry/FileOwners.h>
 
@@ -45,6 +48,8 @@ public:
     {
         for (const InstalledFileListing& file : listing.files())
             m_listed.emplace(Bytes(file.path()));
+        for (const LinkPlace& link : LinkPlacesOf(listing))
+            m_listed.emplace(Bytes(link.place));
     }
 
     void findIn(const VoDirectoryPath& directory, VoDeque<VoFilePath>& extra)
@@ -79,6 +84,28 @@ VoDeque<VoFilePath> FindExtra(const InstalledPackageListing& listing, FileOwners
     return extra;
 }
 
+AttributePlaces PlacesOf(const InstalledPackageListing& listing)
+{
+    AttributePlaces places;
+    places.links = LinkPlacesOf(listing);
+    if (const auto& attributes = listing.attributes()) {
+        for (const VoFilePath& program : attributes->executables)
+            places.programs.push_back(listing.installationDirectory().appended(program));
+        for (const VoFilePath& folder : attributes->folders)
+            places.folders.push_back(AsDirectory(listing.installationDirectory().appended(folder)));
+    }
+    return places;
+}
+
+FileState StateOf(const LinkPlace& link, const VoStopFlag& stop)
+{
+    if (link.copy)
+        return Examine(*link.copy, Links::Kept, stop);
+    if (KindOf(link.place) == FileKind::None)
+        return FileState::Missing;
+    return IsInPlace(link) ? FileState::Sound : FileState::Changed;
+}
+
 } // namespace
 
 VoDeque<FileFinding> VerifyFiles(std::size_t count, const std::function<ExpectedFile(std::size_t)>& expected,
@@ -98,6 +125,36 @@ VoDeque<FileFinding> VerifyFiles(std::size_t count, const std::function<Expected
         report.send<VerificationProgressMessage>(number + 1, count);
     });
     return findings;
+}
+
+void VerifyAttributes(const AttributePlaces& places, VerificationReport& report, const EventReport& events,
+                      const VoStopFlag& stop)
+{
+    for (const LinkPlace& link : places.links) {
+        stop.throwIfStopped();
+        const FileState state = StateOf(link, stop);
+        if (state == FileState::Sound)
+            continue;
+        const VoString& path = link.place.path();
+        if (state == FileState::Missing)
+            events.report(AbstractMessage::FileMissing, "Link missing: " + path);
+        else
+            events.report(AbstractMessage::FileMismatch, "Link leads elsewhere: " + path);
+        (state == FileState::Missing ? report.missing : report.changed).pushBack(link.place);
+    }
+    for (const VoFilePath& program : places.programs) {
+        stop.throwIfStopped();
+        if (KindOf(program, Links::Followed) != FileKind::File || IsExecutable(program))
+            continue;
+        events.report(AbstractMessage::FileMismatch, "File not executable: " + program.path());
+        report.notExecutable.pushBack(program);
+    }
+    for (const VoDirectoryPath& folder : places.folders) {
+        if (VoFileSystem::IsDirectory(folder))
+            continue;
+        events.report(AbstractMessage::FileMissing, "Folder missing: " + folder.path());
+        report.missingFolders.pushBack(folder);
+    }
 }
 
 void ReportVerified(bool isIntact, const EventReport& report)
@@ -122,6 +179,7 @@ PackageCheck CheckPackage(const InstalledPackageListing& listing, FileOwners& ow
         check.damaged.pushBack(file.id());
     }
     check.report.filesChecked = files.size();
+    VerifyAttributes(PlacesOf(listing), check.report, events, stop);
     check.report.extra = FindExtra(listing, owners, stop);
     ReportVerified(check.report.isIntact(), events);
     return check;

@@ -3,11 +3,14 @@
 #include <Core/VoDeque.h>
 #include <Core/VoForward.h>
 #include <Core/VoUUID.h>
+#include <FileSystem/VoDirectoryPath.h>
 #include <Updater/VerificationReport.h>
 #include <Updater/detail/files/FileCheck.h>
+#include <Updater/detail/files/LinkPlaces.h>
 
 #include <cstddef>
 #include <functional>
+#include <vector>
 
 namespace vo::updater {
 class InstalledPackageListing;
@@ -31,6 +34,19 @@ VoDeque<FileFinding> VerifyFiles(std::size_t count, const std::function<Expected
                                  const EventReport& report, const VoStopFlag& stop);
 /// Tells of the end of it.
 void ReportVerified(bool isIntact, const EventReport& report);
+
+/// What a release holds besides the bytes of its files, at its places.
+struct AttributePlaces
+{
+    std::vector<LinkPlace> links;
+    std::vector<VoFilePath> programs;
+    std::vector<VoDirectoryPath> folders;
+};
+
+/// Looks at all of it, and tells of each finding; adds them to `report`. A program that is not there is no finding of
+/// this.
+void VerifyAttributes(const AttributePlaces& places, VerificationReport& report, const EventReport& events,
+                      const VoStopFlag& stop);
 
 /// What a check found, and the IDs of the files that a repair has to write.
 struct PackageCheck

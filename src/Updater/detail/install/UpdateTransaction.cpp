@@ -8,12 +8,15 @@
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativePath.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileAttributes.h>
 #include <Updater/detail/files/FileInstaller.h>
 #include <Updater/detail/files/KeptFile.h>
+#include <Updater/detail/files/LinkPlaces.h>
 #include <Updater/detail/files/PathIndex.h>
 #include <Updater/detail/registry/FileOwners.h>
 
@@ -179,6 +182,10 @@ void UpdateTransaction::indexDirectories()
 {
     for (const TargetFile& target : m_targets)
         indexDirectoriesOf(target.place);
+    if (!m_advert.attributes())
+        return;
+    for (const VoFilePath& folder : m_advert.attributes()->folders)
+        indexDirectoriesOf(AsDirectory(m_directory.appended(folder)).file("any"));
 }
 
 void UpdateTransaction::indexDirectoriesOf(const VoFilePath& place)
@@ -193,16 +200,48 @@ void UpdateTransaction::indexDirectoriesOf(const VoFilePath& place)
         m_needed.pushBack(std::move(*directory));
 }
 
+PathIndex UpdateTransaction::targetPlaces() const
+{
+    PathIndex places;
+    for (const TargetFile& target : m_targets) {
+        if (!isBelowGoing(target.place))
+            places.add(target.place, 0);
+    }
+    return places;
+}
+
+// Links of the old release that the new one has not. What they show now is no longer there when they have gone: where
+// they stand, directories may have to be made.
+void UpdateTransaction::findGoingLinks(const std::vector<LinkPlace>& links, PathIndex& places, Containment& inside)
+{
+    for (const LinkPlace& link : links) {
+        if (!places.find(link.place) && inside.holds(link.place) && ReadLink(link.place) && !m_owners.find(link.place))
+            m_going.insert(Key(link.place) + '\\');
+    }
+}
+
+bool UpdateTransaction::isBelowGoing(const VoFilePath& place) const
+{
+    for (VoDirectoryPath directory = place.parent(); !m_going.empty() && !directory.isNull();
+         directory = directory.parent()) {
+        if (m_going.count(Key(directory)) > 0)
+            return true;
+    }
+    return false;
+}
+
 // What the old listing has and the new release has not, by path: a file whose ID went may still be at the place of one
 // whose ID came, and a package installed elsewhere than before leaves all its old places.
 void UpdateTransaction::findRemovals()
 {
     if (!m_installed)
         return;
-    PathIndex places;
-    for (const TargetFile& target : m_targets)
-        places.add(target.place, 0);
+    const std::vector<LinkPlace> links = LinkPlacesOf(*m_installed);
     Containment inside(m_installed->installationDirectory());
+    PathIndex places = targetPlaces();
+    findGoingLinks(links, places, inside);
+    if (!m_going.empty())
+        places = targetPlaces();
     for (const InstalledFileListing& file : m_installed->files()) {
         const VoFilePath& path = file.path();
         if (places.find(path))
@@ -216,11 +255,26 @@ void UpdateTransaction::findRemovals()
             continue;
         if (kind == FileKind::Directory)
             LogKeptDirectory(path.path());
-        else if (const FileOwners::Owned* owned = m_owners.find(path))
-            LogKeptFor(owned->packageID, path.path());
-        else if (m_removed.insert(Key(path)).second)
-            m_removals.pushBack(path);
+        else
+            remove(path);
     }
+    findRemovedLinks(links, places, inside);
+}
+
+void UpdateTransaction::findRemovedLinks(const std::vector<LinkPlace>& links, PathIndex& places, Containment& inside)
+{
+    for (const LinkPlace& link : links) {
+        if (!places.find(link.place) && inside.holds(link.place) && IsReplaceable(link))
+            remove(link.place);
+    }
+}
+
+void UpdateTransaction::remove(const VoFilePath& path)
+{
+    if (const FileOwners::Owned* owned = m_owners.find(path))
+        LogKeptFor(owned->packageID, path.path());
+    else if (m_removed.insert(Key(path)).second)
+        m_removals.pushBack(path);
 }
 
 void UpdateTransaction::findReplacements()
@@ -230,8 +284,9 @@ void UpdateTransaction::findReplacements()
         if (!target.isWritten)
             continue;
         vo::detail::RequireValidLength(BuiltPath(target.place));
-        if (!inside.holds(target.place))
-            throw VoValidationException("Invalid target path: " + target.file->target().path());
+        // The link in the way, which goes, was found inside itself.
+        if (!isBelowGoing(target.place) && !inside.holds(target.place))
+            throw VoValidationException("Invalid target path: " + m_directory.relativeFile(target.place).path());
         replace(target.place);
     }
     for (const VoFilePath& path : m_removals) {
@@ -244,7 +299,7 @@ void UpdateTransaction::findReplacements()
 
 void UpdateTransaction::replace(const VoFilePath& place)
 {
-    const FileKind kind = KindOf(place);
+    const FileKind kind = isBelowGoing(place) ? FileKind::None : KindOf(place);
     if (kind == FileKind::Directory) {
         moveDirectoryAside(place);
         return;
@@ -287,10 +342,11 @@ VoFilePath UpdateTransaction::asidePath(const VoFilePath& place)
 void UpdateTransaction::findDirectories()
 {
     for (const VoDirectoryPath& directory : m_needed) {
-        if (VoFileSystem::IsDirectory(directory))
-            continue;
         const VoFilePath obstacle = AsFile(directory);
-        if (KindOf(obstacle) != FileKind::None && m_removed.count(Key(obstacle)) == 0)
+        const bool isBehindLink = m_removed.count(Key(obstacle)) > 0 || isBelowGoing(obstacle);
+        if (!isBehindLink && VoFileSystem::IsDirectory(directory))
+            continue;
+        if (!isBehindLink && KindOf(obstacle) != FileKind::None)
             throw VoFileException("File in the way: " + obstacle.path(), obstacle);
         m_missing.pushBack(directory);
         m_notes.made.pushBack(directory);
@@ -336,8 +392,11 @@ void UpdateTransaction::completeNotes()
 {
     m_notes.before = m_installed ? m_installed->installationDirectory() : VoDirectoryPath();
     m_notes.result = InstalledPackageListing(m_advert, m_directory);
-    for (const TargetFile& target : m_targets)
-        m_notes.result.add(target.place, target.file->id(), target.file->checksum(), target.file->size());
+    m_notes.result.setAttributes(m_advert.attributes());
+    for (const TargetFile& target : m_targets) {
+        if (target.file)
+            m_notes.result.add(target.place, target.file->id(), target.file->checksum(), target.file->size());
+    }
     PathSet known;
     for (const VoDirectoryPath& directory : m_notes.emptied)
         known.insert(Key(directory));

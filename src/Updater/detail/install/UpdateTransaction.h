@@ -12,6 +12,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 namespace vo::updater {
 class AdvertisedFileListing;
@@ -20,12 +21,15 @@ class AdvertisedPackageListing;
 
 namespace vo::updater::detail {
 
+class Containment;
 class FileOwners;
+class PathIndex;
+struct LinkPlace;
 
-/// A file of the release and its place on disk.
+/// A file of the release, or a link, and its place on disk.
 struct TargetFile
 {
-    const AdvertisedFileListing* file;
+    const AdvertisedFileListing* file; ///< Null for a link, and for the copy that stands for one.
     VoFilePath place;
     bool isWritten; ///< Whether this run builds it; else it is in place already.
 };
@@ -50,9 +54,9 @@ public:
     /// Keeps a listing, and tells whether all of the keeping succeeded.
     using Recorder = std::function<bool(const InstalledPackageListing&)>;
 
-    /// `targets` are all files of the release, in the advert's order. `installed` is null when nothing is installed.
-    /// What other packages own is neither moved nor erased. What was interrupted has been recovered before. The
-    /// arguments that are taken by reference must outlive the transaction.
+    /// `targets` are all files of the release, in the advert's order, then its links. `installed` is null when nothing
+    /// is installed. What other packages own is neither moved nor erased. What was interrupted has been recovered
+    /// before. The arguments that are taken by reference must outlive the transaction.
     UpdateTransaction(const AdvertisedPackageListing& advert, const InstalledPackageListing* installed,
                       const VoDirectoryPath& directory, VoDeque<TargetFile> targets, FileOwners& owners,
                       const InstallationJournal& journal);
@@ -82,7 +86,12 @@ private:
     void readLeft();
     void indexDirectories();
     void indexDirectoriesOf(const VoFilePath& place);
+    PathIndex targetPlaces() const;
+    void findGoingLinks(const std::vector<LinkPlace>& links, PathIndex& places, Containment& inside);
+    bool isBelowGoing(const VoFilePath& place) const;
     void findRemovals();
+    void findRemovedLinks(const std::vector<LinkPlace>& links, PathIndex& places, Containment& inside);
+    void remove(const VoFilePath& path);
     void findReplacements();
     void replace(const VoFilePath& place);
     void moveDirectoryAside(const VoFilePath& place);
@@ -102,6 +111,8 @@ private:
 
     VoDeque<VoDirectoryPath> m_needed; // of all targets, outermost first
     PathSet m_neededKeys;
+
+    PathSet m_going; // places of old links that make room, by their bytes, each with a separator behind
 
     VoDeque<VoFilePath> m_removals; // old files on disk that the release does not have
     PathSet m_removed;              // those, by their bytes

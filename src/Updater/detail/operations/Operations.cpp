@@ -1,15 +1,20 @@
 #include <Updater/detail/operations/Operations.h>
 
 #include <Core/VoException.h>
+#include <Core/VoFileException.h>
 #include <Core/VoString.h>
 #include <Core/VoVersion.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoLocation.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/VoInstallationFailedException.h>
+#include <Updater/VoStagedReleaseException.h>
+#include <Updater/VoUntrustedReleaseException.h>
 #include <Updater/VoUpdater.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
@@ -18,6 +23,7 @@
 #include <Updater/detail/install/PackageCheck.h>
 #include <Updater/detail/install/StagingDirectory.h>
 #include <Updater/detail/operations/OperationGate.h>
+#include <Updater/detail/operations/StagedReleases.h>
 #include <Updater/detail/operations/Uninstaller.h>
 #include <Updater/detail/registry/DamageRecord.h>
 #include <Updater/detail/registry/FileOwners.h>
@@ -27,6 +33,7 @@
 #include <Updater/detail/registry/TrustPin.h>
 
 #include <exception>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -111,14 +118,19 @@ void RecoverAll()
     }
 }
 
+void RequireNotBroadcasting()
+{
+    if (isBroadcasting)
+        throw VoInvalidCallException("An installation is already running");
+}
+
 // One operation that changes what is installed. Its thread may not begin another: it would wait for itself.
 class Operation
 {
 public:
     Operation()
     {
-        if (isBroadcasting)
-            throw VoInvalidCallException("An installation is already running");
+        RequireNotBroadcasting();
         State().gate.enter();
     }
 
@@ -176,6 +188,14 @@ void AttemptWith(const AdvertSource& source, Work work)
     });
 }
 
+// The package under its own name alone: another spelling of an installed one would share its records on some volumes.
+void RequireOwnName(const VoUUID& packageID)
+{
+    RequireSafeIdentifier(packageID);
+    for (const VoPair<VoUUID, VoVersion>& entry : SharedRegistry::Get().packages())
+        RequireNoOtherSpelling(packageID, entry.first);
+}
+
 void RunAndRecord(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation& definition,
                   const VoDirectoryPath& directory, VoUniquePtr<InstalledPackageListing> installed,
                   InstallerSettings settings, const VoStopFlag& stop)
@@ -209,7 +229,7 @@ void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStop
     const InstallationJournal journal = InstallationJournal::OfListing(path);
     VoUniquePtr<InstalledPackageListing> listing;
     if (VoFileSystem::Exists(path))
-        listing = InstalledPackageListing::Open(path);
+        listing = OpenInstalled(path);
     else
         events.report(AbstractMessage::PackageDefinitionNotFound,
                       "Package definition file not found for " + packageID.toString());
@@ -217,8 +237,11 @@ void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStop
     for (const auto phase : {InstallationJournal::Phase::Pending, InstallationJournal::Phase::Replaced})
         journal.remove(phase);
     StagingDirectory(StagingPath(packageID)).remove();
+    if (HasStaged(packageID))
+        EraseStaged(packageID, StagedLock());
     ForgetDamage(packageID);
     ForgetPin(packageID);
+    EraseAttributes(path);
     if (!listing)
         return;
     // Still there under another name until the registry has forgotten the package: so its name finds it.
@@ -226,7 +249,179 @@ void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStop
     events.report(AbstractMessage::PackageDefinitionRemoved, "Package definition removed for " + packageID.toString());
 }
 
+// Builds and checks the release in its folder; nobody else stages the package meanwhile.
+void Stage(VoUniquePtr<AdvertisedPackageListing> advert, VoUniquePtr<InstalledPackageListing> installed,
+           StagedRelease& staged, const VoStopFlag& stop)
+{
+    InstallerSettings settings{staged.options};
+    settings.staging = StagingChunksPath(staged.packageID());
+    settings.staged = staged.folder();
+    settings.isStaging = true;
+    FindDocuments(*advert, staged.definition, stop, staged.options.downloads);
+    const AdvertisedPackageListing kept = *advert;
+    ConfiguredInstaller installer(std::move(advert), staged.directory, std::move(installed), settings);
+    const VoReceiver receiver = installer.connect(Broadcast);
+    installer.stage(staged.definition, stop);
+    for (const VoFilePath& path : installer.stagedFiles()) {
+        ++staged.files;
+        staged.bytes += VoFileSystem::FileSize(path);
+    }
+    staged.keepDefinition(kept);
+}
+
+// What was staged over the former release can never be committed. Trouble with it is that of its commit.
+void DropUnfitting(const VoUUID& packageID)
+{
+    try {
+        if (!HasStaged(packageID))
+            return;
+        const StagedLock lock;
+        const auto staged = ReadStaged(packageID);
+        if (staged && !staged->fits(FindInstalled(packageID).get()))
+            EraseStaged(packageID, lock);
+    } catch (const VoException&) {
+        Log().warning("What is staged of package " + packageID.toString() + " is left as it is: " + FailureText());
+    }
+}
+
+bool Commit(const StagedRelease& staged, const VoStopFlag& stop, const StagedLock& lock)
+{
+    const VoUUID& packageID = staged.packageID();
+    RequireOwnName(packageID);
+    RecoverPackage(packageID);
+    VoUniquePtr<InstalledPackageListing> installed = FindInstalled(packageID);
+    const bool isNews = !staged.isInstalled(installed.get());
+    if (isNews) {
+        staged.requireFitting(installed.get());
+        staged.requireFresh();
+        VoUniquePtr<AdvertisedPackageListing> advert = staged.openDefinition();
+        AdmitRelease(*advert, staged.options.proof.get(), installed.get());
+        InstallerSettings settings{staged.options};
+        settings.staging = StagingChunksPath(packageID); // goes with the rest
+        settings.staged = staged.folder();
+        // From the folder, so that whatever is still looked for is looked for there.
+        RunAndRecord(std::move(advert), staged.definitionPath(), staged.directory, std::move(installed),
+                     std::move(settings), stop);
+    }
+    try {
+        EraseStaged(packageID, lock);
+    } catch (const VoException&) {
+        Log().warning("What was staged is left to the next operation on it: " + FailureText());
+    }
+    return isNews;
+}
+
+// Whether a commit that failed so fails for ever.
+bool IsHopeless(const std::exception_ptr& cause)
+{
+    try {
+        if (cause)
+            std::rethrow_exception(cause);
+    } catch (const VoStagedReleaseException&) {
+        return true;
+    } catch (const VoUntrustedReleaseException&) {
+        return true;
+    } catch (const VoDamagedContentException&) {
+        return true;
+    } catch (...) {
+        // may pass
+    }
+    return false;
+}
+
+bool TryToCommit(const VoUUID& packageID)
+{
+    try {
+        return CommitPackage(packageID, VoStopFlag());
+    } catch (const VoInstallationFailedException& failure) {
+        const bool isHopeless = IsHopeless(failure.cause());
+        Log().warning("Staged release of package " + packageID.toString() +
+                      (isHopeless ? " is dropped: " : " waits: ") + failure.message());
+        if (isHopeless)
+            DropStagedPackage(packageID);
+    }
+    return false;
+}
+
+// What goes wrong is logged.
+template <typename Work>
+void AttemptAtStart(Work work)
+{
+    try {
+        work();
+    } catch (...) {
+        Log().warning("What is staged cannot be put in place now: " + FailureText());
+    }
+}
+
 } // namespace
+
+StagedInstallation StagePackage(const AdvertSource& source, const VoLocation& definition,
+                                const VoDirectoryPath& directory, const VoStopFlag& stop,
+                                const InstallationOptions& options)
+{
+    RequireNotBroadcasting();
+    StagedInstallation result;
+    Attempt(VoUUID(""), VoUUID(""), [&] {
+        VoUniquePtr<AdvertisedPackageListing> advert = source();
+        const VoUUID packageID = advert->packageID();
+        const VoUUID versionID = advert->versionID();
+        Attempt(packageID, versionID, [&] {
+            RequireOwnName(packageID);
+            const StagingLock lock(packageID);
+            if (!lock.isHeld())
+                throw VoFileLockedException(StagingChunksPath(packageID).parent().path());
+            VoUniquePtr<InstalledPackageListing> installed = FindInstalled(packageID);
+            RequireAdmissible(*advert, options.proof.get(), installed.get());
+            StagedRelease staged(*advert, installed.get());
+            staged.directory = AbsoluteDirectory(directory);
+            staged.definition = definition;
+            staged.options = options;
+            Stage(std::move(advert), std::move(installed), staged, stop);
+            WriteStaged(staged, StagedLock());
+            result = staged.summary();
+            Events(packageID, versionID)
+                .report(AbstractMessage::StagingComplete, "Staged release " + staged.version().toString());
+        });
+    });
+    return result;
+}
+
+bool CommitPackage(const VoUUID& packageID, const VoStopFlag& stop)
+{
+    RequireSafeIdentifier(packageID);
+    bool isNews = false;
+    Operation operation;
+    Attempt(packageID, VoUUID(""), [&] {
+        operation.begin();
+        const StagedLock lock;
+        const std::optional<StagedRelease> staged = ReadStaged(packageID);
+        if (!staged)
+            throw VoStagedReleaseException("No release is staged of package " + packageID.toString());
+        Attempt(packageID, staged->versionID(), [&] { isNews = Commit(*staged, stop, lock); });
+    });
+    return isNews;
+}
+
+VoDeque<StagedInstallation> ListStaged()
+{
+    VoDeque<StagedInstallation> result;
+    for (const VoUUID& packageID : StagedPackages()) {
+        try {
+            if (const auto staged = ReadStaged(packageID))
+                result.pushBack(staged->summary());
+        } catch (const VoException&) {
+            Log().warning(FailureText());
+        }
+    }
+    return result;
+}
+
+bool DropStagedPackage(const VoUUID& packageID)
+{
+    RequireNotBroadcasting();
+    return HasStaged(packageID) && EraseStaged(packageID, StagedLock());
+}
 
 VoReceiver ConnectToOperations(MessageReceiver callback)
 {
@@ -238,20 +433,19 @@ void InstallPackage(const AdvertSource& source, const VoLocation& definition, co
 {
     AttemptWith(source, [&](VoUniquePtr<AdvertisedPackageListing> advert) {
         const VoUUID packageID = advert->packageID();
-        RequireSafeIdentifier(packageID);
-        for (const VoPair<VoUUID, VoVersion>& entry : SharedRegistry::Get().packages())
-            RequireNoOtherSpelling(packageID, entry.first);
+        RequireOwnName(packageID);
         RecoverPackage(packageID);
         VoUniquePtr<InstalledPackageListing> installed = FindInstalled(packageID);
         AdmitRelease(*advert, options.proof.get(), installed.get());
         RunAndRecord(std::move(advert), definition, AbsoluteDirectory(directory), std::move(installed),
                      InstallerSettings{options}, stop);
+        DropUnfitting(packageID);
     });
 }
 
 VerificationReport VerifyPackage(const VoUUID& packageID, const VoStopFlag& stop)
 {
-    const auto listing = InstalledPackageListing::Open(ListingPath(packageID));
+    const auto listing = OpenInstalled(ListingPath(packageID));
     FileOwners owners = FileOwners::Others(packageID, {listing->installationDirectory()});
     return CheckPackage(*listing, owners, stop, Unlogged(*listing)).report;
 }
@@ -266,11 +460,14 @@ VerificationReport RepairPackage(const VoLocation& definition, const VoStopFlag&
         RecoverPackage(packageID);
         if (!VoFileSystem::Exists(ListingPath(packageID)))
             throw VoNotFoundException(packageID.toString());
-        VoUniquePtr<InstalledPackageListing> installed = InstalledPackageListing::Open(ListingPath(packageID));
+        VoUniquePtr<InstalledPackageListing> installed = OpenInstalled(ListingPath(packageID));
         if (installed->versionID() != advert->versionID())
             throw VoInvalidParameterException("Definition is not that of the installed release: " +
                                               definition.toString());
         AdmitRepair(*advert, *installed);
+        // As recorded: nobody has verified what stands beside the definition now.
+        advert->setAttributes(installed->attributes() ? installed->attributes()
+                                                      : std::make_shared<const ReleaseAttributes>());
         FileOwners owners = FileOwners::Others(packageID, {installed->installationDirectory()});
         PackageCheck check = CheckPackage(*installed, owners, stop, Unlogged(*installed));
         report = check.report;
@@ -305,3 +502,18 @@ void UninstallPackage(const VoUUID& packageID, const VoStopFlag& stop)
 }
 
 } // namespace vo::updater::detail
+
+namespace vo::updater {
+
+bool CommitPending()
+{
+    using namespace detail;
+    bool isNews = false;
+    AttemptAtStart([&] {
+        for (const VoUUID& packageID : StagedPackages())
+            AttemptAtStart([&] { isNews = TryToCommit(packageID) || isNews; });
+    });
+    return isNews;
+}
+
+} // namespace vo::updater

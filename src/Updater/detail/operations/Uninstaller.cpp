@@ -10,7 +10,9 @@
 #include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/files/HeldTree.h>
 #include <Updater/detail/files/KeptFile.h>
+#include <Updater/detail/files/LinkPlaces.h>
 #include <Updater/detail/registry/FileOwners.h>
+#include <Updater/detail/registry/PackageRecords.h>
 
 #include <algorithm>
 #include <vector>
@@ -30,8 +32,10 @@ Uninstaller::Uninstaller(const VoUUID& packageID, const VoFilePath& listingPath,
 void Uninstaller::run(const VoStopFlag& stop)
 {
     const HeldTree held(m_listing ? m_listing->installationDirectory() : VoDirectoryPath());
-    if (m_listing)
+    if (m_listing) {
+        removeLinks(stop);
         removeFiles(stop);
+    }
     removeLeft();
     removeDirectories();
     if (!m_failure)
@@ -77,6 +81,26 @@ void Uninstaller::removeFiles(const VoStopFlag& stop)
         if (!isDone)
             m_remaining.pushBack(file);
         m_broadcast(VoSharedPtr<UninstallProgressMessage>::Make(++done, m_listing->files().size(), m_packageID));
+    }
+}
+
+void Uninstaller::removeLinks(const VoStopFlag& stop)
+{
+    Containment inside(m_listing->installationDirectory());
+    FileOwners owners = FileOwners::Others(m_packageID, {m_listing->installationDirectory()});
+    for (const LinkPlace& link : LinkPlacesOf(*m_listing)) {
+        stop.throwIfStopped();
+        const VoString& path = link.place.path();
+        m_hasLinksLeft |= !attempt("Link cannot be removed: ", path, [&] {
+            if (!inside.holds(link.place))
+                LogKeptOutside(path);
+            else if (const FileOwners::Owned* owned = owners.find(link.place))
+                LogKeptFor(owned->packageID, path);
+            else if (IsReplaceable(link))
+                EraseFile(link.place);
+            else if (KindOf(link.place) != FileKind::None)
+                Log().warning("File kept in place of removed link: " + path);
+        });
     }
 }
 
@@ -130,8 +154,9 @@ void Uninstaller::keepRemaining() const
         if (KindOf(AsFile(directory)) == FileKind::Directory)
             remaining.add(directory);
     }
-    AtStep(FileStep::WriteDocument, m_path.path());
-    remaining.write(m_path);
+    if (m_hasLinksLeft)
+        remaining.setAttributes(m_listing->attributes());
+    WriteInstalled(remaining, m_path);
 }
 
 } // namespace vo::updater::detail

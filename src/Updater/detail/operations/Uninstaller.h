@@ -35,6 +35,7 @@ public:
 
 private:
     void removeFiles(const VoStopFlag& stop);
+    void removeLinks(const VoStopFlag& stop);
     void removeLeft();
     void removeDirectories();
     template <typename Work>
@@ -47,6 +48,7 @@ private:
     const InstallationJournal& m_journal;
     const Broadcast& m_broadcast;
     VoDeque<InstalledFileListing> m_remaining;
+    bool m_hasLinksLeft = false;
     std::exception_ptr m_failure;
 };
 

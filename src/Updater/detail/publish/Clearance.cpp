@@ -8,11 +8,13 @@
 #include <Updater/ReleaseManifest.h>
 #include <Updater/ReleasePatches.h>
 #include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/FileActions.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace vo::updater::detail {
@@ -52,6 +54,11 @@ bool IsCopy(std::string_view name)
     return digest.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
+bool IsOrCopies(std::string_view name, std::string_view plain)
+{
+    return name == plain || (StartsWith(name, plain) && name.size() == plain.size() + 1 + DigestLength && IsCopy(name));
+}
+
 bool IsPatch(std::string_view name)
 {
     return EndsWith(name, ReleasePatches::Suffix);
@@ -59,13 +66,31 @@ bool IsPatch(std::string_view name)
 
 bool IsDefinition(std::string_view name)
 {
-    const std::string_view plain(Layout::DefinitionName);
-    return name == plain || (StartsWith(name, plain) && name.size() == plain.size() + 1 + DigestLength && IsCopy(name));
+    return IsOrCopies(name, Layout::DefinitionName);
+}
+
+bool IsDocument(std::string_view name)
+{
+    return IsDefinition(name) || std::any_of(std::begin(OptionalDocuments), std::end(OptionalDocuments),
+                                             [&](const char* plain) { return IsOrCopies(name, plain); });
 }
 
 std::string Folded(const VoString& text)
 {
     return FoldedName(text).toStdString();
+}
+
+// Tells of the files of a kind that no document lists, and of what writing such files left.
+void FindUnlisted(const VoDirectoryPath& directory, bool (*isOne)(std::string_view),
+                  const std::set<std::string>& listed, const std::function<void(const VoFilePath&)>& tell)
+{
+    if (!VoFileSystem::IsDirectory(directory))
+        return;
+    VoFileSystem::ForEachFile(directory, false, false, [&](const VoFilePath& file) {
+        const std::string name = NameOf(file);
+        if (isOne(name) ? listed.count(Folded(VoString(name))) == 0 : isOne(vo::detail::SiblingOf(name)))
+            tell(file);
+    });
 }
 
 // By a look at the beginning: among the files of a web server's folder are pages and pictures.
@@ -108,15 +133,24 @@ Clearance::Clearance(const VoDirectoryPath& folder)
 void Clearance::keep(const AdvertisedPackages& declarations)
 {
     for (const Declaration& declaration : declarations.declarations())
-        m_kept.insert(Folded(declaration.path().path()));
+        keepRelease(declaration.path());
+}
+
+void Clearance::keepRelease(const VoFilePath& definition)
+{
+    m_kept.insert(Folded(definition.path()));
+    for (const char* name : OptionalDocuments)
+        m_kept.insert(Folded(Beside(definition, name).path()));
 }
 
 void Clearance::keep(const ReleaseManifest& manifest)
 {
     for (const ReleaseManifest::Release& release : manifest.releases) {
-        m_kept.insert(Folded(release.path.path()));
+        keepRelease(release.path);
         m_kept.insert(Folded(release.path.path() + "." + release.checksum.toString()));
     }
+    for (const ReleaseManifest::Document& document : manifest.documents)
+        m_kept.insert(Folded(document.path.path() + "." + document.checksum.toString()));
 }
 
 void Clearance::keepOtherDeclarations(const VoFilePath& except)
@@ -159,47 +193,30 @@ std::set<std::string> Clearance::chunksOf(const VoDirectoryPath& release) const
     return chunks;
 }
 
-void Clearance::findInRelease(const VoDirectoryPath& release, const std::function<void(const VoFilePath&)>& tell) const
+// The names of the patches that the documents which stay list.
+std::set<std::string> Clearance::patchesOf(const VoDirectoryPath& release) const
 {
-    const std::set<std::string> chunks = chunksOf(release);
+    std::set<std::string> patches;
     VoFileSystem::ForEachFile(release, false, false, [&](const VoFilePath& file) {
-        const std::string name = NameOf(file);
-        if (IsDefinition(name) ? !isKept(file) : IsDefinition(vo::detail::SiblingOf(name)))
-            tell(file);
+        if (!IsOrCopies(NameOf(file), ReleasePatches::FileName) || !isKept(file))
+            return;
+        const VoString bytes = ReadDocument(file, ReleasePatches::LargestSize);
+        const ReleasePatches document = ReleasePatches::Parse(bytes, file.path());
+        for (const ReleasePatches::Patch& patch : document.patches)
+            patches.insert(Folded(VoString(patch.file().path().filename())));
     });
-    findPatches(release, tell);
-    const VoDirectoryPath directory = release.directory(Layout::ChunksDirectory);
-    if (!VoFileSystem::IsDirectory(directory))
-        return;
-    VoFileSystem::ForEachFile(directory, false, false, [&](const VoFilePath& file) {
-        const std::string name = NameOf(file);
-        if (IsChunk(name) ? chunks.count(Folded(VoString(name))) == 0 : IsChunk(vo::detail::SiblingOf(name)))
-            tell(file);
-    });
+    return patches;
 }
 
-// Patches go with their release, and when no document lists them.
-void Clearance::findPatches(const VoDirectoryPath& release, const std::function<void(const VoFilePath&)>& tell) const
+void Clearance::findInRelease(const VoDirectoryPath& release, const std::function<void(const VoFilePath&)>& tell) const
 {
-    const VoFilePath document = release.file(ReleasePatches::FileName);
-    const bool stays = isKept(release.file(Layout::DefinitionName));
-    std::set<std::string> listed;
-    if (stays && VoFileSystem::Exists(document)) {
-        const VoString bytes = ReadDocument(document, ReleasePatches::LargestSize);
-        const ReleasePatches patches = ReleasePatches::Parse(bytes, document.path());
-        for (const ReleasePatches::Patch& patch : patches.patches)
-            listed.insert(Folded(VoString(patch.file().path().filename())));
-    }
-    const VoDirectoryPath directory = release.directory(ReleasePatches::Directory);
-    if (VoFileSystem::IsDirectory(directory)) {
-        VoFileSystem::ForEachFile(directory, false, false, [&](const VoFilePath& file) {
-            const std::string name = NameOf(file);
-            if (IsPatch(name) ? listed.count(Folded(VoString(name))) == 0 : IsPatch(vo::detail::SiblingOf(name)))
-                tell(file);
-        });
-    }
-    if (!stays && VoFileSystem::Exists(document))
-        tell(document);
+    VoFileSystem::ForEachFile(release, false, false, [&](const VoFilePath& file) {
+        const std::string name = NameOf(file);
+        if (IsDocument(name) ? !isKept(file) : IsDocument(vo::detail::SiblingOf(name)))
+            tell(file);
+    });
+    FindUnlisted(release.directory(Layout::ChunksDirectory), IsChunk, chunksOf(release), tell);
+    FindUnlisted(release.directory(ReleasePatches::Directory), IsPatch, patchesOf(release), tell);
 }
 
 void Clearance::find(const std::function<void(const VoFilePath&)>& tell) const

@@ -43,12 +43,13 @@ public:
 private:
     void forEachRelease(const std::function<void(const VoDirectoryPath&)>& visit) const;
     void findInRelease(const VoDirectoryPath& release, const std::function<void(const VoFilePath&)>& tell) const;
-    void findPatches(const VoDirectoryPath& release, const std::function<void(const VoFilePath&)>& tell) const;
     std::set<std::string> chunksOf(const VoDirectoryPath& release) const;
+    std::set<std::string> patchesOf(const VoDirectoryPath& release) const;
+    void keepRelease(const VoFilePath& definition);
     bool isKept(const VoFilePath& file) const;
 
     const VoDirectoryPath m_folder;
-    std::set<std::string> m_kept; // definitions and copies of them, relative, folded
+    std::set<std::string> m_kept; // definitions, what stands beside them, and copies of both, relative, folded
 };
 
 } // namespace vo::updater::detail

@@ -9,6 +9,7 @@
 #include <FileSystem/detail/NativePath.h>
 #include <IO/VoFileByteStream.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
 
@@ -139,6 +140,11 @@ void Publication::writeDefinition(const AdvertisedPackageListing& package, const
     m_declarations->remove(package.packageID(), relative);
     if (m_declarations->declarations().size() != declared)
         replace(m_path, [this] { m_declarations->write(m_path); });
+    // First: a definition is never there without them.
+    const auto& attributes = package.attributes();
+    const bool hasAttributes = attributes && !attributes->isEmpty();
+    writeBeside(definition.parent().file(ReleaseAttributes::FileName),
+                hasAttributes ? std::make_optional(attributes->toDocument()) : std::nullopt);
     replace(definition, [&] { package.write(definition); });
     VoFileSystem::SyncDirectory(definition.parent());
 }

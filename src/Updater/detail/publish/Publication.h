@@ -48,9 +48,9 @@ public:
     /// Puts a file that is there already into a second place as well: as a link where the volume has them, so that the
     /// releases share it, else as a copy. A sound one that is there stays.
     void shareFile(const ExpectedFile& from, const VoFilePath& to);
-    /// Writes the definition of a release. Where the document declares another build of it at that place, its
-    /// declaration goes first: between the two steps a reader then finds no release, and never one whose definition is
-    /// that of another.
+    /// Writes the definition of a release, and before it what it holds besides its files. Where the document declares
+    /// another build of it at that place, its declaration goes first: between the two steps a reader then finds no
+    /// release, and never one whose definition is that of another.
     void writeDefinition(const AdvertisedPackageListing& package, const VoFilePath& definition,
                          const VoFilePath& relative);
     /// Writes a document that stands beside a definition, before the release is declared; without bytes takes away the

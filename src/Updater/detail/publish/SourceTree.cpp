@@ -3,7 +3,10 @@
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativeNames.h>
 #include <FileSystem/detail/NativePath.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileAttributes.h>
 #include <Updater/detail/publish/IgnoreRules.h>
 #include <Updater/detail/publish/Publication.h>
 
@@ -75,21 +78,32 @@ private:
 };
 
 // Hands on what the rules do not leave out, in any order, without entering what they do.
-void Walk(const VoDirectoryPath& directory, const VoDirectoryPath& top, const IgnoreRules& ignored,
-          const std::function<void(SourceFile)>& take)
+struct Walk
 {
-    VoFileSystem::ForEachFile(directory, false, true, [&](const VoFilePath& file) {
-        SourceFile source{file, TargetOf(file, top)};
-        const std::string& text = file.path().toStdString();
-        const bool isDirectory = !text.empty() && text.back() == '\\';
-        if (ignored.leavesOut(source.target, isDirectory))
-            return;
-        if (isDirectory)
-            Walk(VoDirectoryPath(file.path()), top, ignored, take);
-        else
-            take(std::move(source));
-    });
-}
+    const VoDirectoryPath& top;
+    const IgnoreRules& ignored;
+    const std::function<void(SourceFile)>& take;
+    const std::function<void(const VoFilePath&)>& takeEmpty; // told the target of a folder, with its separator
+
+    // Whether anything at all lies in the directory.
+    bool enter(const VoDirectoryPath& directory) const
+    {
+        bool isEmpty = true;
+        VoFileSystem::ForEachFile(directory, false, true, [&](const VoFilePath& file) {
+            isEmpty = false;
+            SourceFile source{file, TargetOf(file, top)};
+            const std::string& text = file.path().toStdString();
+            const bool isDirectory = !text.empty() && text.back() == '\\';
+            if (ignored.leavesOut(source.target, isDirectory))
+                return;
+            if (!isDirectory)
+                take(std::move(source));
+            else if (!enter(VoDirectoryPath(file.path())))
+                takeEmpty(source.target);
+        });
+        return !isEmpty;
+    }
+};
 
 } // namespace
 
@@ -100,24 +114,36 @@ bool IsRegularFile(const VoFilePath& path)
 }
 
 std::vector<SourceFile> ListSources(const VoDirectoryPath& directory, const VoFilePath& declarationsFile,
-                                    const IgnoreRules& ignored, const std::function<void(const VoString&)>& warn)
+                                    const IgnoreRules& ignored, const std::function<void(const VoString&)>& warn,
+                                    ReleaseAttributes* attributes)
 {
     const PublishedOutput output(directory, declarationsFile);
     std::vector<SourceFile> sources;
     bool skippedOutput = false;
-    Walk(directory, directory, ignored, [&](SourceFile source) {
+    const auto take = [&](SourceFile source) {
+        const auto link = attributes ? ReadLink(source.source) : std::nullopt;
         if (output.contains(source.target))
             skippedOutput = true;
+        else if (link)
+            attributes->links.pushBack({source.target, *link});
         else if (IsRegularFile(source.source))
             sources.push_back(std::move(source));
         else if (!VoFileSystem::IsDirectory(source.source))
             warn("Not a regular file, left out: " + source.source.path());
-    });
+    };
+    const auto takeEmpty = [&](const VoFilePath& target) {
+        if (attributes && !output.contains(target))
+            attributes->folders.pushBack(AsFile(VoDirectoryPath(target.path())));
+    };
+    Walk{directory, ignored, take, takeEmpty}.enter(directory);
     if (skippedOutput)
         warn("Published output inside the added directory, left out: " + declarationsFile.path());
-    std::sort(sources.begin(), sources.end(), [](const SourceFile& a, const SourceFile& b) {
+    const auto byTarget = [](const auto& a, const auto& b) {
         return a.target.path().toStdString() < b.target.path().toStdString();
-    });
+    };
+    std::sort(sources.begin(), sources.end(), byTarget);
+    if (attributes)
+        std::sort(attributes->links.begin(), attributes->links.end(), byTarget);
     return sources;
 }
 

@@ -7,6 +7,10 @@
 #include <functional>
 #include <vector>
 
+namespace vo::updater {
+class ReleaseAttributes;
+}
+
 namespace vo::updater::detail {
 
 class IgnoreRules;
@@ -25,9 +29,10 @@ VOCORE_PRIVATE_EXPORT bool IsRegularFile(const VoFilePath& path);
 /// directories are not entered, nor are directories that are left out; what is neither a directory nor a regular file
 /// is left out with a warning. So is, once, the output of publishing to `declarationsFile` (null: none) when it lies
 /// below the directory: that file, what killed publications left of it, and the packages directory beside it.
-VOCORE_PRIVATE_EXPORT std::vector<SourceFile> ListSources(const VoDirectoryPath& directory,
-                                                          const VoFilePath& declarationsFile,
-                                                          const IgnoreRules& ignored,
-                                                          const std::function<void(const VoString&)>& warn);
+///
+/// With `attributes`, links are not followed but added there, and so are folders in which nothing lies at all.
+VOCORE_PRIVATE_EXPORT std::vector<SourceFile>
+ListSources(const VoDirectoryPath& directory, const VoFilePath& declarationsFile, const IgnoreRules& ignored,
+            const std::function<void(const VoString&)>& warn, ReleaseAttributes* attributes = nullptr);
 
 } // namespace vo::updater::detail

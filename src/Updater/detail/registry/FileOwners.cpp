@@ -12,6 +12,7 @@
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/LinkPlaces.h>
 #include <Updater/detail/registry/InstallationJournal.h>
 #include <Updater/detail/registry/PackageRecords.h>
 
@@ -90,7 +91,7 @@ private:
 VoUniquePtr<InstalledPackageListing> ReadListing(const VoFilePath& path)
 {
     try {
-        return InstalledPackageListing::Open(path);
+        return OpenInstalled(path);
     } catch (const VoFileException&) {
         throw;
     } catch (const VoException& exception) {
@@ -132,6 +133,12 @@ void FileOwners::add(const InstalledPackageListing& listing)
     for (const InstalledFileListing& file : listing.files()) {
         m_index.add(file.path(), m_owned.size());
         m_owned.pushBack({listing.packageID(), listing.name(), file});
+    }
+    for (const LinkPlace& link : LinkPlacesOf(listing)) {
+        m_index.add(link.place, m_owned.size());
+        const ExpectedFile content = link.copy.value_or(ExpectedFile{link.place, VoChecksum(), VoDownloadSize()});
+        const InstalledFileListing file(link.place, VoUUID(""), content.checksum, content.size);
+        m_owned.pushBack({listing.packageID(), listing.name(), file, link.to});
     }
 }
 

@@ -24,8 +24,9 @@ public:
     struct Owned
     {
         VoUUID packageID;
-        VoString name; ///< The package's display name.
-        InstalledFileListing file;
+        VoString name;             ///< The package's display name.
+        InstalledFileListing file; ///< Of a link only the path.
+        VoString link{};           ///< Where it leads; empty for a file.
     };
 
     FileOwners() = default; ///< No other packages.

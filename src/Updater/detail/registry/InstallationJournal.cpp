@@ -3,19 +3,24 @@
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
 #include <FileSystem/VoFileSystem.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/detail/documents/Attributes.h>
 #include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/files/FileAttributes.h>
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/files/FileInstaller.h>
 #include <Updater/detail/files/HeldTree.h>
+#include <Updater/detail/files/LinkPlaces.h>
 #include <XML/VoXMLStreamLoader.h>
 
 #include <algorithm>
 #include <exception>
+#include <memory>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -79,12 +84,17 @@ public:
     {
         for (const InstalledFileListing& file : notes.result.files())
             m_files.emplace(ListedFile(file).path(), &file);
+        for (const LinkPlace& link : LinkPlacesOf(notes.result))
+            m_links.emplace(std::string(Bytes(link.place)), link);
     }
 
     // The order matters: a directory comes back when the file in its place is gone, directories that the run made are
     // removed when they are empty, and a file comes back when the directory in its place is gone.
     bool undo()
     {
+        attempt([&] { findLinksLeft(); });
+        if (m_failure)
+            return false; // what lies below such a link may be an old file
         for (const PlaceChange& change : m_notes.changes) {
             if (change.kind == Kind::Added || change.kind == Kind::Replaced)
                 attempt([&] { eraseNew(change); });
@@ -132,11 +142,26 @@ private:
 
     bool isInside(const VoFilePath& path) { return m_after.holds(path) || m_before.holds(path); }
 
+    // Links that were to make room for directories and have not: what seems to lie below them lies elsewhere.
+    void findLinksLeft()
+    {
+        for (const PlaceChange& change : m_notes.changes) {
+            if (change.kind == Kind::Removed && ReadLink(change.place))
+                m_linksLeft.push_back(std::string(Bytes(change.place)) + '\\');
+        }
+    }
+
+    bool isBelowLink(const VoFilePath& place) const
+    {
+        return std::any_of(m_linksLeft.begin(), m_linksLeft.end(),
+                           [&place](const std::string& link) { return Bytes(place).substr(0, link.size()) == link; });
+    }
+
     // What stands at the place is ours when it was built and is the file that was to come. A file that was never put in
     // place is still beside it.
     void eraseNew(const PlaceChange& change)
     {
-        if (!isInside(change.place))
+        if (isBelowLink(change.place) || !isInside(change.place))
             return;
         const VoFilePath built = BuiltPath(change.place);
         const bool wasPlaced = KindOf(built) == FileKind::None;
@@ -148,8 +173,10 @@ private:
 
     bool hasNewContent(const VoFilePath& place) const
     {
-        const auto file = m_files.find(Bytes(place));
-        return file != m_files.end() && IsSound(Expected(place, *file->second));
+        if (const auto file = m_files.find(Bytes(place)); file != m_files.end())
+            return IsSound(Expected(place, *file->second));
+        const auto link = m_links.find(std::string(Bytes(place)));
+        return link != m_links.end() && IsInPlace(link->second);
     }
 
     void moveBack(const PlaceChange& change)
@@ -193,6 +220,8 @@ private:
     Containment m_after;
     Containment m_before;
     std::unordered_map<std::string_view, const InstalledFileListing*> m_files; // views of the notes
+    std::unordered_map<std::string, LinkPlace> m_links;                        // by place
+    std::vector<std::string> m_linksLeft;                                      // with a separator behind
     std::exception_ptr m_failure;
 };
 
@@ -201,7 +230,8 @@ private:
 RunNotes::RunNotes(VoXMLStreamElementLoader& element)
     : before(ReadAttribute<VoDirectoryPath>(element, BeforeAttribute))
 {
-    element.processChildren([this](VoXMLStreamElementLoader& child) {
+    std::shared_ptr<const ReleaseAttributes> attributes;
+    element.processChildren([&](VoXMLStreamElementLoader& child) {
         const VoString name = child.name();
         if (name == tag::Package)
             result = InstalledPackageListing(child);
@@ -213,7 +243,10 @@ RunNotes::RunNotes(VoXMLStreamElementLoader& element)
             ReadPaths(child, emptied);
         else if (name == LeftoversTag)
             ReadPaths(child, leftovers);
+        else if (name == tag::Attributes)
+            attributes = std::make_shared<ReleaseAttributes>(child);
     });
+    result.setAttributes(std::move(attributes));
 }
 
 XMLObject::Type RunNotes::objectType() const
@@ -240,6 +273,8 @@ void RunNotes::writeElements(VoXMLElementWriter& element) const
     WritePaths(element, MadeTag, made);
     WritePaths(element, EmptiedTag, emptied);
     WritePaths(element, LeftoversTag, leftovers);
+    if (result.attributes())
+        WriteChild(element, tag::Attributes, *result.attributes());
 }
 
 InstallationJournal InstallationJournal::OfListing(const VoFilePath& listing)

@@ -7,10 +7,12 @@
 #include <Core/VoVersion.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/VoUpdater.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/registry/DamageRecord.h>
@@ -18,7 +20,9 @@
 #include <Updater/detail/registry/SharedRegistry.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace vo::updater::detail {
 
@@ -80,7 +84,7 @@ VoUniquePtr<InstalledPackageListing> FindInstalled(const VoUUID& packageID)
         return {};
     VoString reason = "it is that of another package";
     try {
-        VoUniquePtr<InstalledPackageListing> listing = InstalledPackageListing::Open(path);
+        VoUniquePtr<InstalledPackageListing> listing = OpenInstalled(path);
         if (listing->packageID().toString() == packageID.toString())
             return listing;
     } catch (...) {
@@ -106,12 +110,53 @@ bool IsUnfinished(const VoUUID& packageID, const InstalledPackageListing* instal
     return installed->version().toString() != entry->second.toString();
 }
 
+// Two files cannot be replaced at once: the attributes of the release that the listing is of count.
+VoUniquePtr<InstalledPackageListing> OpenInstalled(const VoFilePath& listing)
+{
+    VoUniquePtr<InstalledPackageListing> installed = InstalledPackageListing::Open(listing);
+    for (const VoFilePath& record : {AttributesRecordPath(listing), NextAttributesRecordPath(listing)}) {
+        if (installed->attributes() || KindOf(record) == FileKind::None)
+            continue;
+        auto attributes =
+            std::make_shared<ReleaseAttributes>(ReleaseAttributes::Parse(ReadDocument(record), record.path()));
+        if (attributes->versionID == installed->versionID())
+            installed->setAttributes(std::move(attributes));
+    }
+    return installed;
+}
+
+void WriteInstalled(const InstalledPackageListing& listing, const VoFilePath& path)
+{
+    const VoFilePath record = AttributesRecordPath(path);
+    const VoFilePath next = NextAttributesRecordPath(path);
+    const bool hasAttributes = listing.attributes() && !listing.attributes()->isEmpty();
+    if (hasAttributes) {
+        AtStep(FileStep::WriteDocument, next.path());
+        WriteBytes(next, listing.attributes()->toDocument());
+    }
+    AtStep(FileStep::WriteDocument, path.path());
+    listing.write(path);
+    try {
+        if (hasAttributes)
+            PutInPlace(next, record);
+        else
+            EraseAttributes(path);
+    } catch (const VoException& exception) {
+        Log().warning("Former attributes are left: " + record.path() + ": " + exception.message());
+    }
+}
+
+void EraseAttributes(const VoFilePath& listing)
+{
+    EraseFile(AttributesRecordPath(listing));
+    EraseFile(NextAttributesRecordPath(listing));
+}
+
 bool RecordInstalled(const InstalledPackageListing& listing)
 {
     const VoFilePath path = ListingPath(listing.packageID());
     VoFileSystem::CreateDirectory(path.parent(), true);
-    AtStep(FileStep::WriteDocument, path.path());
-    listing.write(path);
+    WriteInstalled(listing, path);
     return SharedRegistry::Get().set(listing.packageID(), listing.version());
 }
 

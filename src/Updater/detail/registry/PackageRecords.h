@@ -29,6 +29,14 @@ VoUniquePtr<InstalledPackageListing> FindInstalled(const VoUUID& packageID);
 /// Whether an operation on the package was interrupted or could not be recorded wholly. `installed` is null for none.
 bool IsUnfinished(const VoUUID& packageID, const InstalledPackageListing* installed);
 
+/// Reads the listing of an installed package, with the attributes that are recorded beside it. Throws what reading the
+/// documents throws.
+VoUniquePtr<InstalledPackageListing> OpenInstalled(const VoFilePath& listing);
+/// Writes both, or leaves both as they were and throws what writing files throws.
+void WriteInstalled(const InstalledPackageListing& listing, const VoFilePath& path);
+/// Forgets the attributes. Throws what removing a file throws.
+void EraseAttributes(const VoFilePath& listing);
+
 /// Records a release: the listing first, so that the next operation does both again should the process end before the
 /// registry is written. False when the registry could not be written, which is logged.
 bool RecordInstalled(const InstalledPackageListing& listing);

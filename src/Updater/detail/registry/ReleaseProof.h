@@ -1,5 +1,6 @@
 #pragma once
 
+#include <Time/VoTimePoint.h>
 #include <Updater/detail/registry/TrustPin.h>
 
 namespace vo::updater {
@@ -12,7 +13,8 @@ public:
     std::optional<detail::TrustPin> before; ///< What was remembered when it was verified.
     VoUUID versionID{""};                   ///< The release.
     VoVersion from;                         ///< The lowest installed release that it updates.
-    bool isOtherPublisher = false;          ///< Whether what was remembered counts no more.
+    VoTimePoint expires;           ///< Until when the manifest is good; the beginning of 1970: that is not asked.
+    bool isOtherPublisher = false; ///< Whether what was remembered counts no more.
 };
 
 } // namespace vo::updater

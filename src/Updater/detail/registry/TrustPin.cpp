@@ -83,6 +83,34 @@ void RequireUpdatable(const AdvertisedPackageListing& advert, const ReleaseProof
                                                                 proof.from.toString());
 }
 
+std::optional<TrustPin> KnownPin(const AdvertisedPackageListing& advert, const ReleaseProof* proof)
+{
+    const bool mayChange = proof && proof->isOtherPublisher;
+    return mayChange ? std::nullopt : ReadPin(advert.packageID());
+}
+
+void RequireAdmissibleAfter(const std::optional<TrustPin>& known, const AdvertisedPackageListing& advert,
+                            const ReleaseProof* proof, const InstalledPackageListing* installed)
+{
+    const VoUUID& packageID = advert.packageID();
+    if (!proof && known)
+        throw VoUntrustedReleaseException(Kind::Publisher,
+                                          "Package was installed from signed releases, and this one is not verified: " +
+                                              packageID.toString());
+    if (!proof)
+        return;
+    if (proof->pin.packageID != packageID || proof->versionID != advert.versionID())
+        throw VoUntrustedReleaseException(Kind::Mixed, "Proof is of another release: " + proof->versionID.toString());
+    RequireUpdatable(advert, *proof, installed);
+    if (!known)
+        return;
+    RequireSamePublisher(*known, *proof);
+    if (advert.version() < known->lowest)
+        throw VoUntrustedReleaseException(Kind::NotOffered, "Release " + advert.version().toString() +
+                                                                " is older than " + known->lowest.toString() +
+                                                                ", the lowest release that may be installed");
+}
+
 } // namespace
 
 TrustPin::TrustPin(VoXMLStreamElementLoader& element)
@@ -157,30 +185,27 @@ void ForgetPin(const VoUUID& packageID)
     EraseFile(PathOf(packageID));
 }
 
+void RequireAdmissible(const AdvertisedPackageListing& advert, const ReleaseProof* proof,
+                       const InstalledPackageListing* installed)
+{
+    RequireAdmissibleAfter(KnownPin(advert, proof), advert, proof, installed);
+}
+
 void AdmitRelease(const AdvertisedPackageListing& advert, const ReleaseProof* proof,
                   const InstalledPackageListing* installed)
 {
-    const VoUUID& packageID = advert.packageID();
-    const bool mayChange = proof && proof->isOtherPublisher;
-    auto known = mayChange ? std::nullopt : ReadPin(packageID);
-    if (!proof && known)
-        throw VoUntrustedReleaseException(Kind::Publisher,
-                                          "Package was installed from signed releases, and this one is not verified: " +
-                                              packageID.toString());
-    if (!proof)
+    if (!proof) {
+        RequireAdmissible(advert, proof, installed);
         return;
-    if (proof->pin.packageID != packageID || proof->versionID != advert.versionID())
-        throw VoUntrustedReleaseException(Kind::Mixed, "Proof is of another release: " + proof->versionID.toString());
-    RequireUpdatable(advert, *proof, installed);
+    }
     VoFileSystem::CreateDirectory(VoUpdater::InstalledListingDirectory(), true);
     const VoFileLock lock = LockPins();
     EraseTemporaryDocuments(VoUpdater::InstalledListingDirectory(), {".pin", ".id"});
-    if (!known) {
+    auto known = KnownPin(advert, proof);
+    RequireAdmissibleAfter(known, advert, proof, installed);
+    if (!known)
         Write(proof->pin);
-        return;
-    }
-    RequireSamePublisher(*known, *proof);
-    if (known->raise(proof->pin))
+    else if (known->raise(proof->pin))
         Write(*known);
 }
 

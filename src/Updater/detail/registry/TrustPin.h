@@ -59,8 +59,12 @@ VOCORE_PRIVATE_EXPORT void RaisePin(const TrustPin& seen);
 /// Forgets a package. Throws what removing a file throws.
 void ForgetPin(const VoUUID& packageID);
 
-/// Decides under the registry's lock whether a release may be installed over `installed` (null: nothing), and remembers
-/// its publisher. Without a proof only a package that has no record may.
+/// Decides whether a release may be installed over `installed` (null: nothing), and changes nothing. Without a proof
+/// only a package that has no record may.
+/// @throws VoUntrustedReleaseException
+void RequireAdmissible(const AdvertisedPackageListing& advert, const ReleaseProof* proof,
+                       const InstalledPackageListing* installed);
+/// Decides the same under the registry's lock, and remembers the publisher.
 /// @throws VoUntrustedReleaseException
 void AdmitRelease(const AdvertisedPackageListing& advert, const ReleaseProof* proof,
                   const InstalledPackageListing* installed);

@@ -1,6 +1,4 @@
-#include <vo/release/SourceRecord.h>
-
-#include <vo/line/CommandError.h>
+#include <Updater/PackageSources.h>
 
 #include <Core/VoException.h>
 #include <Core/VoFileException.h>
@@ -19,10 +17,11 @@
 #include <string_view>
 #include <system_error>
 
-namespace vo::tool {
+namespace vo::updater {
+
 namespace {
 
-constexpr std::size_t LongestRecord = 8192;
+constexpr std::size_t LongestRecord = 16384;
 
 VoDirectoryPath RecordDirectory()
 {
@@ -36,8 +35,8 @@ VoFilePath RecordPath(const VoUUID& packageID)
     return RecordDirectory().file(packageID.toString() + ".txt");
 }
 
-/// The folder of the declarations beside which a definition was published
-/// (FOLDER/packages/PACKAGE/RELEASE/package.xml), or else that of the definition.
+// The folder of the declarations beside which a definition was published
+// (FOLDER/packages/PACKAGE/RELEASE/package.xml), or else that of the definition.
 std::string PublishedPlace(const VoLocation& definition)
 {
     std::string text = definition.withoutUser().toString().toStdString();
@@ -51,11 +50,32 @@ std::string PublishedPlace(const VoLocation& definition)
     return parent(packages);
 }
 
+// None for a text that cannot be a place: the record may have been damaged.
+std::optional<VoLocation> PlaceOf(const std::string& text)
+{
+    if (text.find("://") == std::string::npos) { // recorded paths have backslashes
+        const VoFilePath file{VoString(text)};
+        return file.isNull() || !file.validLength() ? std::nullopt : std::optional<VoLocation>(file);
+    }
+    const VoUrl url{VoString(text)};
+    const bool isOfWeb = url.isValid() && (url.scheme() == "http" || url.scheme() == "https");
+    return isOfWeb ? std::optional<VoLocation>(url) : std::nullopt;
+}
+
 } // namespace
 
-void RecordSource(const VoUUID& packageID, const VoLocation& definition)
+VoLocation PackageSource::declared() const
 {
-    const VoString text = definition.withoutUser().toString();
+    if (!declarations.isNull())
+        return declarations;
+    return VoLocation::FromText(VoString(PublishedPlace(definition)) + "/declarations.xml");
+}
+
+void PackageSources::Record(const VoUUID& packageID, const PackageSource& source)
+{
+    VoString text = source.definition.withoutUser().toString();
+    if (!source.declarations.isNull())
+        text += "\n" + source.declarations.withoutUser().toString();
     const auto write = [&] {
         VoFileSystem::CreateDirectory(RecordDirectory(), true);
         VoAtomicFileWriter writer(RecordPath(packageID));
@@ -70,7 +90,7 @@ void RecordSource(const VoUUID& packageID, const VoLocation& definition)
     }
 }
 
-std::optional<VoLocation> RecordedSource(const VoUUID& packageID)
+std::optional<PackageSource> PackageSources::Recorded(const VoUUID& packageID)
 {
     const VoFilePath path = RecordPath(packageID);
     if (!VoFileSystem::Exists(path))
@@ -81,20 +101,23 @@ std::optional<VoLocation> RecordedSource(const VoUUID& packageID)
     text.resize(stream.read(text.data(), text.size()));
     if (text.size() > LongestRecord)
         return std::nullopt;
-    try {
-        // Recorded paths have backslashes, so that "://" tells a URL here too.
-        if (text.find("://") != std::string::npos)
-            return TypedLocation("record", VoString(std::move(text)));
-    } catch (const UsageError&) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const auto definition = PlaceOf(text.substr(0, end));
+    if (!definition)
         return std::nullopt;
-    }
-    const VoFilePath definition{VoString(std::move(text))};
-    if (definition.isNull() || !definition.validLength())
-        return std::nullopt;
-    return definition;
+    const auto declarations = end < text.size() ? PlaceOf(text.substr(end + 1)) : std::nullopt;
+    return PackageSource{*definition, declarations.value_or(VoLocation())};
 }
 
-bool IsSamePlace(const VoLocation& a, const VoLocation& b)
+void PackageSources::Forget(const VoUUID& packageID)
+{
+    VoFileSystem::Remove(RecordPath(packageID));
+    // Fails while it holds the records of others, and that is right.
+    std::error_code ignored;
+    std::filesystem::remove(ToStdPath(RecordDirectory()), ignored);
+}
+
+bool PackageSources::IsSamePlace(const VoLocation& a, const VoLocation& b)
 {
     if (a.isUrl() != b.isUrl())
         return false;
@@ -105,12 +128,4 @@ bool IsSamePlace(const VoLocation& a, const VoLocation& b)
            (!a.isUrl() && VoFileSystem::Same(VoFilePath(VoString(placeA)), VoFilePath(VoString(placeB))));
 }
 
-void ForgetSource(const VoUUID& packageID)
-{
-    VoFileSystem::Remove(RecordPath(packageID));
-    // Fails while it holds the records of others, and that is right.
-    std::error_code ignored;
-    std::filesystem::remove(std::filesystem::u8path(NativeName(RecordDirectory()).toStdString()), ignored);
-}
-
-} // namespace vo::tool
+} // namespace vo::updater

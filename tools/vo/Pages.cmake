@@ -1,0 +1,16 @@
+# Writes the manual pages and completions that the program VO prints of itself, for its COMMANDS, into FOLDER.
+function(keep file)
+    execute_process(COMMAND "${VO}" ${ARGN} OUTPUT_FILE "${FOLDER}/${file}" RESULT_VARIABLE code)
+    if(NOT code EQUAL 0)
+        message(FATAL_ERROR "vo ${ARGN} failed: ${code}")
+    endif()
+endfunction()
+
+file(MAKE_DIRECTORY "${FOLDER}")
+foreach(command IN LISTS COMMANDS)
+    keep("vo-${command}.1" help --man ${command})
+endforeach()
+keep(vo completion bash)
+keep(_vo completion zsh)
+keep(vo.fish completion fish)
+keep(vo.1 help --man)
