@@ -282,8 +282,9 @@ TEST_F(DownloadFaults, BehindAnInterimAnswerAMalformedHeadIsRefused)
         EXPECT_EQ(m_folder.read("target"), "old");
     }
     m_server.get("/file", good);
-    EXPECT_EQ(Fetch(m_server.url("/file"), path).text, Complete);
+    EXPECT_EQ(Fetch(Replaced(m_server.url("/file"), "http://", "http://user:se%20cret@"), path).text, Complete);
     const auto requests = m_server.requests();
+    EXPECT_EQ(requests.back().headers.at("authorization"), "Basic dXNlcjpzZSBjcmV0");
     EXPECT_EQ(std::count_if(requests.begin(), requests.end(), [](const auto& request) { return !request.isOld; }), 1);
 }
 

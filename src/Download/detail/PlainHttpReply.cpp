@@ -62,6 +62,11 @@ QByteArray Target(const QUrl& url)
     return target.startsWith('/') ? target : '/' + target;
 }
 
+QByteArray Credentials(const QUrl& url)
+{
+    return (url.userName(QUrl::FullyDecoded) + QLatin1Char(':') + url.password(QUrl::FullyDecoded)).toUtf8();
+}
+
 QByteArray Head(const QNetworkRequest& request, QNetworkAccessManager::Operation operation)
 {
     const QUrl url = request.url();
@@ -71,7 +76,7 @@ QByteArray Head(const QNetworkRequest& request, QNetworkAccessManager::Operation
     if (!request.hasRawHeader("User-Agent"))
         head += "User-Agent: Mozilla/5.0\r\n";
     if (!url.userInfo().isEmpty() && !request.hasRawHeader("Authorization"))
-        head += "Authorization: Basic " + url.userInfo(QUrl::FullyDecoded).toUtf8().toBase64() + "\r\n";
+        head += "Authorization: Basic " + Credentials(url).toBase64() + "\r\n";
     for (const QByteArray& name : request.rawHeaderList())
         head += name + ": " + request.rawHeader(name) + "\r\n";
     return head + "\r\n";
