@@ -550,7 +550,7 @@ using vo::updater::detail::FileStamp;
 using vo::updater::detail::SeenFiles;
 
 constexpr std::int64_t Always = std::numeric_limits<std::int64_t>::max();
-constexpr std::int64_t Second = 1'000'000'000;
+constexpr std::int64_t InSeconds = 1'000'000'000;
 
 } // namespace
 
@@ -560,8 +560,8 @@ TEST_F(InstalledPackagesTest, AFileIsSureToBeAsItWasOnlyWithoutAnyDoubt)
     WriteBytes(listing, "a listing");
     if (!vo::updater::detail::StampOf(listing))
         GTEST_SKIP() << "the system has no times of change";
-    const FileStamp old{5, 70 * Second, 80 * Second, 11, 3};
-    const FileStamp newest{6, 90 * Second, 90 * Second, 12, 3};
+    const FileStamp old{5, 70 * InSeconds, 80 * InSeconds, 11, 3};
+    const FileStamp newest{6, 90 * InSeconds, 90 * InSeconds, 12, 3};
     const auto isSure = [&](const SeenFiles::Stamps& kept, std::int64_t begun, const std::optional<FileStamp>& now) {
         SeenFiles::Keep(listing, kept, begun);
         return SeenFiles::Of(listing).isUnchanged(0, now);
@@ -580,7 +580,7 @@ TEST_F(InstalledPackagesTest, AFileIsSureToBeAsItWasOnlyWithoutAnyDoubt)
         EXPECT_FALSE(isSure({old, newest}, Always, other)) << "also a time before";
     }
     EXPECT_FALSE(isSure({newest, old}, Always, newest)) << "changed in the same moment as it was read";
-    EXPECT_FALSE(isSure({old, newest}, 85 * Second, old)) << "the newest was made by somebody else";
+    EXPECT_FALSE(isSure({old, newest}, 85 * InSeconds, old)) << "the newest was made by somebody else";
     FileStamp elsewhere = newest;
     elsewhere.device = 4;
     EXPECT_FALSE(isSure({old, elsewhere}, Always, old)) << "another volume has another clock";
@@ -623,7 +623,7 @@ TEST_F(InstalledPackagesTest, AnUpdateReadsWhatItWritesAndWhatIsInDoubt)
         for (const InstalledFileListing& listed : listing->files())
             stamps.push_back(vo::updater::detail::StampOf(listed.path()));
         FileStamp newest = *stamps.front();
-        newest.changed += 1000 * Second;
+        newest.changed += 1000 * InSeconds;
         stamps.push_back(newest);
         SeenFiles::Keep(listingPath(), stamps, Always);
     };
