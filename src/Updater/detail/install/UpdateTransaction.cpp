@@ -202,7 +202,8 @@ void UpdateTransaction::indexDirectoriesOf(const VoFilePath& place)
         m_needed.pushBack(std::move(*directory));
 }
 
-// Files of the old listing but for those that the release has under the same ID at the same place: nearly all, as a rule.
+// Files of the old listing but for those that the release has under the same ID at the same place: as a rule nearly
+// all.
 std::vector<VoFilePath> UpdateTransaction::filesNotAtTargets() const
 {
     std::vector<VoFilePath> result;
