@@ -61,7 +61,7 @@ FileStamp StampAt(std::string_view bytes, std::size_t position)
             number(4)};
 }
 
-std::string DigestOf(std::string_view bytes)
+std::string DigestBytes(std::string_view bytes)
 {
     vo::detail::Sha3 hash;
     hash.add(bytes.data(), bytes.size());
@@ -77,7 +77,7 @@ std::string StampsIn(std::string_view bytes, const FileStamp& listing)
         bytes.substr(0, Magic.size()) != Magic || !(StampAt(bytes, Magic.size()) == listing))
         return {};
     const std::string_view kept = bytes.substr(0, bytes.size() - DigestSize);
-    const bool isWhole = DigestOf(kept) == bytes.substr(kept.size());
+    const bool isWhole = DigestBytes(kept) == bytes.substr(kept.size());
     return std::string(isWhole ? kept.substr(head) : std::string_view());
 }
 
@@ -109,7 +109,7 @@ std::string BytesOf(const VoFilePath& listing, const SeenFiles::Stamps& stamps, 
         Append(bytes, isSure ? *stamp : FileStamp());
         isAnySure = isAnySure || isSure;
     }
-    return isAnySure ? bytes + DigestOf(bytes) : std::string();
+    return isAnySure ? bytes + DigestBytes(bytes) : std::string();
 }
 
 } // namespace
