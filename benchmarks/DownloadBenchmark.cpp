@@ -268,14 +268,14 @@ std::vector<Times> Measure(const std::vector<std::function<void(const Job&)>>& w
 }
 
 /// The peak of memory, in megabytes, of a process that fetches the job's files with this program. Throws when these do
-/// not have the bytes of those in the folder @p served, or when their progress was told wrongly.
-double PeakMegabytes(const Job& job, const QString& served)
+/// not have the bytes of those in the folder `served`, or when their progress was told wrongly.
+double PeakMegabytes(const Job& job, const QString& served, const QString& way = QStringLiteral("--fetch"))
 {
     const QTemporaryDir folder;
     QProcess process;
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--fetch"), QString::fromStdString(job.url),
-                                                            folder.path(), QString::number(job.files), served});
+    process.start(QCoreApplication::applicationFilePath(),
+                  {way, QString::fromStdString(job.url), folder.path(), QString::number(job.files), served});
     if (!process.waitForFinished(-1) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
         throw VoDownloadException("the files were not fetched as they are served");
     return process.readAllStandardOutput().trimmed().toDouble();
@@ -310,9 +310,13 @@ int Fetch(char** argv)
 {
     const Job job{argv[2], QString::fromLocal8Bit(argv[3]), std::atoi(argv[4])};
     ProgressCheck progress;
-    VoDownloadManager::RequestWait(
-        GroupOf(job), VoStopFlag(),
-        [&](const VoSharedPtr<VoDownloadNotification>& notification) { progress.take(*notification); });
+    const bool isBare = std::string(argv[1]) == "--fetch-bare";
+    if (isBare)
+        Bare(job);
+    else
+        VoDownloadManager::RequestWait(
+            GroupOf(job), VoStopFlag(),
+            [&](const VoSharedPtr<VoDownloadNotification>& notification) { progress.take(*notification); });
     // Not by the resources used: those begin with the size of the process that started this one.
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {
@@ -326,7 +330,8 @@ int Fetch(char** argv)
         if (VoFileSystem::Checksum(PathIn(job, i)) != VoFileSystem::Checksum(PathIn(served, i)))
             throw VoDownloadException("other bytes than those served: " + PathIn(job, i).path());
     }
-    progress.requireRight(bytes);
+    if (!isBare)
+        progress.requireRight(bytes);
     return 0;
 }
 
@@ -335,6 +340,14 @@ std::string Megabytes(double value)
     char text[32];
     std::snprintf(text, sizeof text, "%.1f MB", value);
     return text;
+}
+
+/// A row of the peak of a process that does the job, beside that of one with the bare network classes.
+void PrintPeak(const Job& job, const QString& served, double atMost)
+{
+    const double ours = PeakMegabytes(job, served);
+    const double bare = PeakMegabytes(job, served, QStringLiteral("--fetch-bare"));
+    PrintRow({"the same, peak of memory in MB", Megabytes(ours), Megabytes(bare) + " bare", "-", ours, 0, atMost});
 }
 
 /// A row of wall times; without two free cores there is no ratio.
@@ -375,8 +388,7 @@ void MeasureFromWebServer(int repetitions)
     PrintRow({"one file of 500 MB", Milliseconds(times[0].cpu), Milliseconds(times[1].cpu), "-",
               times[1].cpu / times[0].cpu, 0.9, 0});
     PrintWall("the same, wall time beside curl", times[0].wall, times[2].wall, "curl", 1.2, 0);
-    const double peakOfOne = PeakMegabytes(one, server.folder("one"));
-    PrintRow({"the same, peak of memory in MB", Megabytes(peakOfOne), "-", "-", peakOfOne, 0, 40});
+    PrintPeak(one, server.folder("one"), 40);
 
     const Job files{server.provide("many", many, std::size_t{1} << 20), {}, many};
     times = Measure({Ours, Bare, Aria, Curl}, files, repetitions);
@@ -384,8 +396,7 @@ void MeasureFromWebServer(int repetitions)
               times[1].cpu / times[0].cpu, 0.8, 0});
     PrintWall("the same, wall time beside aria2 -j6", times[0].wall, times[2].wall, "aria2", 1.3, 0);
     PrintWall("the same, wall time beside curl", times[0].wall, times[3].wall, "curl", 0.7, 0);
-    const double peakOfMany = PeakMegabytes(files, server.folder("many"));
-    PrintRow({"the same, peak of memory in MB", Megabytes(peakOfMany), "-", "-", peakOfMany, 0, 80});
+    PrintPeak(files, server.folder("many"), 80);
     MeasureMixedGroups(server);
 
     const Job small{server.provide("small", many, 4096), {}, many};
@@ -417,7 +428,7 @@ int main(int argc, char** argv)
     const QCoreApplication application(argc, argv);
     vo::logging::DisableStandardError();
     try {
-        if (argc == 6 && std::string(argv[1]) == "--fetch")
+        if (argc == 6 && std::string(argv[1]).rfind("--fetch", 0) == 0)
             return Fetch(argv);
         const int repetitions = IsSmokeRun() ? 1 : 5;
         MeasureFromWebServer(repetitions);

@@ -1,4 +1,5 @@
 #include "InterleavedTiming.h"
+#include "ProcessTiming.h"
 #include "ResultRow.h"
 
 #include <Maths/VoLinearProblem.h>
@@ -14,12 +15,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
+#include <iomanip>
 #include <vector>
 
 /// @file
 /// The simplex solver beside the same steps through checked access to the matrix, and beside another library's primal
 /// method where that is installed. Loading the problem counts on all sides. The floor is the checked access; the
-/// ratio is the other library's time over ours.
+/// ratio is the other library's time over ours. Last, whole programs that read a problem's text, solve it and answer.
 
 namespace {
 
@@ -158,6 +161,47 @@ void Measure(std::size_t size, double filled, double goal)
         std::printf("\n");
 }
 
+void Write(const VoLinearProblem& problem, const std::string& path)
+{
+    std::ofstream text(path);
+    text << std::setprecision(17);
+    const auto sum = [&](const VoVector<double>& coefficients) {
+        for (std::size_t j = 0; j < coefficients.size(); ++j)
+            if (coefficients[j] != 0)
+                text << " + " << coefficients[j] << " x" << j << '\n';
+    };
+    text << "maximize\n";
+    sum(problem.objective());
+    text << "subject to\n";
+    for (std::size_t i = 0; i < problem.numberConstraints(); ++i) {
+        sum(problem.coefficients(i));
+        text << " <= " << problem.bound(i) << '\n';
+    }
+    text << "end\n";
+}
+
+void MeasurePrograms(std::size_t size)
+{
+    const char* const build = std::getenv("VOCORE_BUILD");
+    if (build == nullptr || !HasProgram("glpsol")) {
+        std::printf("No other program that solves: its row is missing.\n");
+        return;
+    }
+    const BenchmarkFolder folder;
+    const std::string path = folder / "problem.lp";
+    Write(Problem(size, 1), path);
+    const std::string answer = " " + path + " > " + folder / "answer";
+    const auto costs = TakeTurns({Program(build + std::string("/tools/vo/vo lp -q") + answer),
+                                  Program("glpsol --primal -o /dev/null --lp" + answer)},
+                                 IsSmokeRun() ? 1 : 7);
+    ResultRow row;
+    row.job = "vo lp, dense " + std::to_string(size) + ", the text read and the answer judged";
+    row.ours = Milliseconds(costs[0].processor);
+    row.peer = Milliseconds(costs[1].processor) + " glpsol";
+    row.ratio = costs[1].processor / costs[0].processor;
+    PrintRow(row);
+}
+
 } // namespace
 
 int main()
@@ -167,5 +211,6 @@ int main()
     Measure(50, 0.1, 2);
     Measure(200, 0.1, 1 / 1.3);
     Measure(500, 0.1, 1 / 3.5);
+    MeasurePrograms(300);
     return 0;
 }

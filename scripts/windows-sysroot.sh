@@ -9,7 +9,7 @@ set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
 target=x86_64-w64-mingw32
-sources=(qtbase-opensource-src zlib libdeflate libsodium libxml2 googletest)
+sources=(qtbase-opensource-src zlib libdeflate libsodium libxml2 libzstd googletest)
 # The DLLs of the compiler's runtime stand beside the programs like all others.
 runtime=(libstdc++-6.dll libgcc_s_seh-1.dll)
 
@@ -151,6 +151,14 @@ build_xml() {
         -DLIBXML2_WITH_PYTHON=OFF -DLIBXML2_WITH_PROGRAMS=OFF -DLIBXML2_WITH_TESTS=OFF -DLIBXML2_WITH_FTP=OFF -DLIBXML2_WITH_HTTP=OFF
 }
 
+build_zstd() {
+    cd "$work/libzstd"
+    "$target-gcc-posix" -O2 -shared -DZSTD_DLL_EXPORT=1 -DZSTD_DISABLE_ASM lib/{common,compress,decompress}/*.c \
+        -Wl,--out-implib,"$sysroot/lib/libzstd.dll.a" -o "$sysroot/bin/libzstd.dll"
+    cp lib/zstd.h lib/zstd_errors.h "$sysroot/include"
+    write_pc libzstd 1.5.4 -lzstd
+}
+
 build_googletest() {
     build_with_cmake googletest
 }
@@ -168,6 +176,7 @@ step "minizip" build_minizip
 step "libdeflate" build_deflate
 step "libsodium" build_sodium
 step "libxml2" build_xml
+step "libzstd" build_zstd
 step "GoogleTest" build_googletest
 step "framework, configuration" configure_framework
 step "framework" build_framework

@@ -55,7 +55,9 @@ VoThread::~VoThread()
 
 void VoThread::join()
 {
-    if (!m_private)
+    // A thread that joins itself while another waits for it makes two joins of one thread, which the system leaves
+    // undefined; it is not even asked.
+    if (!m_private || id() == std::this_thread::get_id())
         throw VoJoinThreadException();
     try {
         m_private->thread.join();

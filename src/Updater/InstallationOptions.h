@@ -28,6 +28,11 @@ struct VOCORE_EXPORT InstallationOptions
     /// version) instead of being installed with a warning.
     bool refuseOlder = false;
 
+    /// Whether every file is read at the end to see that it is right. Else one that the release leaves as it is, and
+    /// that an installation found right before, is read only when the system tells of a change of it since, or when
+    /// there is any doubt about that.
+    bool examineAll = false;
+
     /// That the release was verified (TrustedReleases): its publisher is remembered, and from then on releases of the
     /// package without such a proof, or of another publisher, are refused. Null: nobody has verified it.
     std::shared_ptr<const ReleaseProof> proof;

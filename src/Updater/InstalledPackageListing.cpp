@@ -109,6 +109,11 @@ void InstalledPackageListing::add(const InstalledFileListing& file)
     detail::Write(m_private).files.add(file);
 }
 
+void InstalledPackageListing::addInstalled(const AdvertisedFileListing& file, const VoFilePath& place)
+{
+    detail::Write(m_private).files.addAt(place.path().toStdString(), ListedFile(file));
+}
+
 void InstalledPackageListing::add(const VoFilePath& path, const VoUUID& id, const VoChecksum& checksum,
                                   const VoDownloadSize& size)
 {

@@ -6,9 +6,12 @@
 
 namespace vo::updater::detail {
 struct PlainListing;
-}
+class UpdateTransaction;
+} // namespace vo::updater::detail
 
 namespace vo::updater {
+
+class AdvertisedFileListing;
 
 /// The record of one installed release: where it was installed, its files, and the directories that installing it
 /// created, outermost first, so that uninstalling can remove them.
@@ -70,7 +73,9 @@ protected:
 
 private:
     struct Private;
+    friend class detail::UpdateTransaction;
     static VoUniquePtr<InstalledPackageListing> Made(detail::PlainListing&& plain);
+    void addInstalled(const AdvertisedFileListing& file, const VoFilePath& place);
     std::unique_ptr<Private> m_private; // empty in a moved-from object
 };
 

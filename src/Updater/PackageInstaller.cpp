@@ -19,6 +19,7 @@
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/files/FileInstaller.h>
 #include <Updater/detail/files/FilePatch.h>
+#include <Updater/detail/files/FileStamp.h>
 #include <Updater/detail/files/HeldTree.h>
 #include <Updater/detail/files/VolumeSync.h>
 #include <Updater/detail/install/AttributePlan.h>
@@ -36,10 +37,14 @@
 #include <Updater/detail/registry/FileOwners.h>
 #include <Updater/detail/registry/InstallationJournal.h>
 #include <Updater/detail/registry/PackageRecords.h>
+#include <Updater/detail/registry/SeenFiles.h>
 
 #include <QtCore/QScopeGuard>
 
 #include <algorithm>
+#include <chrono>
+#include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -59,6 +64,8 @@ struct PackageInstaller::Private
     std::shared_ptr<const ReleaseAttributes> planned; // what the plan was made of
     std::unordered_set<VoUUID> refusedPatches;        // files that patches failed to make
     bool isPrepared = false;
+    SeenFiles::Stamps stamps{}; // of the files of the advert, when they were verified
+    std::int64_t begun = 0;     // when that was
 };
 
 namespace {
@@ -93,6 +100,36 @@ void PlanPatching(InstallationPlan& plan, const ChosenPatches& patches)
 bool IsInPlace(const InstalledFileListing& file, const VoFilePath& place)
 {
     return Bytes(file.path()) == Bytes(place) && HasSize(Expected(place, file), Links::Followed);
+}
+
+// What IsInPlace says, for a target that is safe and with one look at the disk; false where that does not decide.
+bool IsThere(const ListedFile& record, const VoDirectoryPath& directory, std::string_view target)
+{
+    const std::string_view path = record.path();
+    const std::string_view root = Bytes(directory);
+    if (path.size() != root.size() + target.size() || path.substr(0, root.size()) != root ||
+        path.substr(root.size()) != target)
+        return false;
+    const auto stamp = StampOf(VoFilePath::CreateUnchecked(VoString(std::string(path))));
+    return stamp && record.length() >= 0 && stamp->size == static_cast<std::uint64_t>(record.length());
+}
+
+// The number of an installed file that the advert has, with the same content; none where it has changed.
+FileTable::Number UnchangedFile(const InstalledPackageListing& installed, const AdvertisedFileListing& file)
+{
+    if (installed.files().isEmpty())
+        return FileTable::None;
+    const FileTable& files = *ListedFile(installed.files().front()).table;
+    const ListedFile advertised(file);
+    const FileTable::Number number = files.find(*advertised.table, advertised.number);
+    const bool isSame = number != FileTable::None && ListedFile(files, number).isEquivalent(advertised);
+    return isSame ? number : FileTable::None;
+}
+
+std::int64_t Now()
+{
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
+        .count();
 }
 
 } // namespace
@@ -263,19 +300,33 @@ ChosenPatches PackageInstaller::choosePatches(const PackageDifferences& differen
 void PackageInstaller::addFilesNotInPlace(const InstalledPackageListing& installed,
                                           PackageDifferences& differences) const
 {
-    std::unordered_set<VoUUID> known;
-    for (const FileDifference& difference : differences.fileDifferences())
-        known.insert(difference.fileID());
-    std::unordered_set<VoUUID> damaged(settings().damaged.begin(), settings().damaged.end());
-    if (!settings().isTemporary) {
-        for (const VoUUID& file : DamagedFiles(packageID()))
-            damaged.insert(file);
-    }
-    for (const AdvertisedFileListing& file : advertisedPackage().files()) {
-        if (known.count(file.id()) > 0)
+    const VoDeque<AdvertisedFileListing>& files = advertisedPackage().files();
+    if (files.isEmpty() || installed.files().isEmpty())
+        return;
+    const FileTable& advertised = *ListedFile(files.front()).table;
+    const FileTable& records = *ListedFile(installed.files().front()).table;
+    const auto numbersOf = [&](const auto& ids, const auto& idOf) {
+        std::unordered_set<FileTable::Number> numbers;
+        for (const auto& id : ids)
+            numbers.insert(advertised.find(idOf(id)));
+        return numbers;
+    };
+    const auto itself = [](const VoUUID& id) { return id; };
+    const auto known =
+        numbersOf(differences.fileDifferences(), [](const FileDifference& difference) { return difference.fileID(); });
+    auto damaged = numbersOf(settings().damaged, itself);
+    if (!settings().isTemporary)
+        damaged.merge(numbersOf(DamagedFiles(packageID()), itself));
+    const bool areTargetsSafe = isUsable();
+    for (const AdvertisedFileListing& file : files) {
+        const FileTable::Number number = ListedFile(file).number;
+        const FileTable::Number record = records.find(advertised, number);
+        if (known.count(number) > 0 || record == FileTable::None)
             continue;
-        const auto* record = static_cast<const InstalledFileListing*>(installed.file(file.id()));
-        if (damaged.count(file.id()) > 0 || !isInPlace(*record, file))
+        const InstalledFileListing& recorded = installed.files()[record];
+        const bool isThere =
+            areTargetsSafe && IsThere(ListedFile(recorded), installationDirectory(), ListedFile(file).path());
+        if (damaged.count(number) > 0 || !(isThere || isInPlace(recorded, file)))
             differences.fileModified(file.id());
     }
 }
@@ -525,7 +576,13 @@ VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
                 diagnostic("Installed link: " + target.place.path());
         });
         verify(stop);
-        transaction.commit(settings().record);
+        bool isRecorded = false;
+        UpdateTransaction::Recorder record;
+        if (settings().record)
+            record = [&](const InstalledPackageListing& listing) { return isRecorded = settings().record(listing); };
+        transaction.commit(record);
+        if (isRecorded)
+            SeenFiles::Keep(ListingPath(packageID()), m_private->stamps, m_private->begun);
     } catch (...) {
         transaction.rollBack();
         throw;
@@ -715,13 +772,34 @@ PackageInstaller::PlannedFiles PackageInstaller::buildOrder(std::uint64_t cacheL
     return order;
 }
 
+// The stamps are taken before the files are read: what changes meanwhile differs from them.
+std::vector<std::size_t> PackageInstaller::filesToVerify()
+{
+    const bool isSpared = m_private->installed && settings().record && !settings().options.examineAll;
+    const SeenFiles seen = isSpared ? SeenFiles::Of(ListingPath(packageID())) : SeenFiles();
+    std::vector<std::size_t> numbers;
+    m_private->begun = Now();
+    m_private->stamps.clear();
+    for (const AdvertisedFileListing& file : advertisedPackage().files()) {
+        const std::size_t number = m_private->stamps.size();
+        m_private->stamps.push_back(StampOf(resolvedPath(file)));
+        const auto known = isSpared ? UnchangedFile(*m_private->installed, file) : FileTable::None;
+        if (known == FileTable::None || !seen.isUnchanged(known, m_private->stamps.back()))
+            numbers.push_back(number);
+    }
+    return numbers;
+}
+
 void PackageInstaller::verify(const VoStopFlag& stop)
 {
     const VoDeque<AdvertisedFileListing>& files = advertisedPackage().files();
-    const auto expected = [&](std::size_t i) { return Expected(resolvedPath(files[i]), files[i]); };
+    const std::vector<std::size_t> numbers = filesToVerify();
+    const auto expected = [&](std::size_t i) { return Expected(resolvedPath(files[numbers[i]]), files[numbers[i]]); };
     VoDeque<VoUUID> damaged;
-    for (const FileFinding& finding : VerifyFiles(files.size(), expected, events(), stop))
-        damaged.pushBack(files[finding.number].id());
+    for (const FileFinding& finding : VerifyFiles(numbers.size(), expected, events(), stop)) {
+        damaged.pushBack(files[numbers[finding.number]].id());
+        m_private->stamps[numbers[finding.number]].reset();
+    }
     // Before the installation is recorded: a record that comes to nothing only lets files be written once more.
     if (!damaged.isEmpty() && !settings().isTemporary)
         RecordDamage(packageID(), damaged);

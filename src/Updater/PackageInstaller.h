@@ -109,6 +109,7 @@ private:
     std::vector<VoUUID> chunkOrder(const PlannedFiles& order) const;
     const AdvertisedFileListing* builtFile(const InstallationPlan::File& planned) const;
     PlannedFiles buildOrder(std::uint64_t cacheLimit) const;
+    std::vector<std::size_t> filesToVerify();
     void verify(const VoStopFlag& stop);
 
     struct Private;

@@ -12,9 +12,11 @@
 #include <Download/VoDownloadRequest.h>
 #include <FileSystem/VoUrl.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <utility>
 
 using vo::test::RefusingUrl;
 using vo::test::ScratchFolder;
@@ -212,8 +214,18 @@ protected:
 
 } // namespace
 
-TEST_F(DownloadFaults, EachEndsInAClearErrorLeavesTheOldFileAndIsOverTheNextTime)
+/// The same from a server that announces each answer by an interim one, at which the framework ends a request.
+class DownloadFaultsBehindHints : public DownloadFaults, public testing::WithParamInterface<const char*>
+{};
+
+INSTANTIATE_TEST_SUITE_P(, DownloadFaultsBehindHints,
+                         testing::Values("", "HTTP/1.1 103 Early Hints\r\nLink: </a>; rel=preload\r\n\r\n"
+                                             "HTTP/1.1 102 Processing\r\nContent-Length: 7\r\n\r\n"),
+                         [](const auto& set) { return *set.param ? "Interim" : "Alone"; });
+
+TEST_P(DownloadFaultsBehindHints, EachEndsInAClearErrorLeavesTheOldFileAndIsOverTheNextTime)
 {
+    m_server.sayBefore(GetParam());
     std::printf("| fault | outcome | target |\n| --- | --- | --- |\n");
     for (const Row& row : Rows()) {
         SCOPED_TRACE(row.name);
@@ -249,6 +261,31 @@ TEST_F(DownloadFaults, EachEndsInAClearErrorLeavesTheOldFileAndIsOverTheNextTime
         EXPECT_EQ(Fetch(m_server.url("/file"), path).text, Complete);
         EXPECT_EQ(m_folder.read("target"), Content);
     }
+}
+
+TEST_F(DownloadFaults, BehindAnInterimAnswerAMalformedHeadIsRefused)
+{
+    m_server.sayBefore("HTTP/1.1 103 Early Hints\r\n\r\n");
+    const ScriptedAnswer good = ScriptedAnswer::Body(Content);
+    const VoFilePath path = m_folder.write("target", "old");
+    for (const auto& [bad, message] :
+         {std::pair(good.with("Content-Length", "7"), "Invalid HTTP header"),
+          std::pair(good.withoutLength().with("Content-Length", "-7"), "Invalid HTTP header"),
+          std::pair(good.withoutLength().with("Content-Length", "7x"), "Invalid HTTP header"),
+          std::pair(good.with(" Folded", "x"), "Invalid HTTP header"), std::pair(good.with("", "x"), "Invalid HTTP header"),
+          std::pair(good.with("Long", std::string(300000, 'x')), "Invalid HTTP header"),
+          std::pair(good.with("Transfer-Encoding", "chunked"), "Unexpected transfer coding"),
+          std::pair(ScriptedAnswer::Status(7, "OK", "x"), "Invalid HTTP status line")}) {
+        m_server.get("/file", bad);
+        m_server.head("/file", {good});
+        EXPECT_EQ(Fetch(m_server.url("/file"), path).text, message);
+        EXPECT_EQ(m_folder.read("target"), "old");
+    }
+    m_server.get("/file", good);
+    EXPECT_EQ(Fetch(Replaced(m_server.url("/file"), "http://", "http://user:se%20cret@"), path).text, Complete);
+    const auto requests = m_server.requests();
+    EXPECT_EQ(requests.back().headers.at("authorization"), "Basic dXNlcjpzZSBjcmV0");
+    EXPECT_EQ(std::count_if(requests.begin(), requests.end(), [](const auto& request) { return !request.isOld; }), 1);
 }
 
 TEST_F(DownloadFaults, RedirectsAskOnceForEachHop)

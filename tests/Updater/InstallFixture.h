@@ -143,7 +143,8 @@ protected:
         return result;
     }
 
-    /// Everything below "place" and the update directory: files with their content, directories with a "/" behind.
+    /// Everything below "place" and the update directory: files with their content, directories with a "/" behind. But
+    /// not what the system told of files, which is something else each time.
     Files snapshot() const
     {
         Files result;
@@ -152,8 +153,11 @@ protected:
             if (!std::filesystem::exists(root))
                 continue;
             result[std::string(top) + "/"];
-            for (auto& [name, content] : MarkedTreeOf(root))
+            for (auto& [name, content] : MarkedTreeOf(root)) {
+                if (VoString(name).endsWith(".seen"))
+                    continue;
                 result[top + ("/" + name)] = std::move(content);
+            }
         }
         return result;
     }

@@ -3,8 +3,13 @@
 #include <Links.h>
 
 #include <Updater/detail/registry/RegistryFile.h>
+#include <Updater/detail/registry/SeenFiles.h>
 
 #include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <optional>
 #include <thread>
 
 namespace vo::test {
@@ -538,6 +543,116 @@ TEST_F(InstalledPackagesTest, ARelativeInstallationDirectoryIsRecordedAsAnAbsolu
     EXPECT_EQ(InstalledPackages::Package(packageID)->installationDirectory(), place());
     EXPECT_THROW_MSG(InstalledPackages::Install(definition, VoDirectoryPath(), VoStopFlag()),
                      VoInstallationFailedException, "Installation failed: No installation directory given");
+}
+
+namespace {
+
+using vo::updater::detail::FileStamp;
+using vo::updater::detail::SeenFiles;
+
+constexpr std::int64_t Always = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t InSeconds = 1'000'000'000;
+
+} // namespace
+
+TEST_F(InstalledPackagesTest, AFileIsSureToBeAsItWasOnlyWithoutAnyDoubt)
+{
+    const VoFilePath listing = file("package.xml");
+    WriteBytes(listing, "a listing");
+    if (!vo::updater::detail::StampOf(listing))
+        GTEST_SKIP() << "the system has no times of change";
+    const FileStamp old{5, 70 * InSeconds, 80 * InSeconds, 11, 3};
+    const FileStamp newest{6, 90 * InSeconds, 90 * InSeconds, 12, 3};
+    const auto isSure = [&](const SeenFiles::Stamps& kept, std::int64_t begun, const std::optional<FileStamp>& now) {
+        SeenFiles::Keep(listing, kept, begun);
+        return SeenFiles::Of(listing).isUnchanged(0, now);
+    };
+    EXPECT_TRUE(isSure({old, newest}, Always, old));
+    EXPECT_FALSE(isSure({old, newest}, Always, std::nullopt));
+    EXPECT_FALSE(isSure({std::nullopt, newest}, Always, FileStamp())) << "nothing was told of it";
+    for (std::uint64_t FileStamp::*field : {&FileStamp::size, &FileStamp::file, &FileStamp::device}) {
+        FileStamp other = old;
+        ++(other.*field);
+        EXPECT_FALSE(isSure({old, newest}, Always, other));
+    }
+    for (std::int64_t FileStamp::*field : {&FileStamp::written, &FileStamp::changed}) {
+        FileStamp other = old;
+        --(other.*field);
+        EXPECT_FALSE(isSure({old, newest}, Always, other)) << "also a time before";
+    }
+    EXPECT_FALSE(isSure({newest, old}, Always, newest)) << "changed in the same moment as it was read";
+    EXPECT_FALSE(isSure({old, newest}, 85 * InSeconds, old)) << "the newest was made by somebody else";
+    FileStamp elsewhere = newest;
+    elsewhere.device = 4;
+    EXPECT_FALSE(isSure({old, elsewhere}, Always, old)) << "another volume has another clock";
+
+    ASSERT_TRUE(isSure({old, newest}, Always, old));
+    const std::string kept = ReadBytes(file("package.seen"));
+    for (std::size_t i = 0; i < kept.size(); i += 7) {
+        std::string damaged = kept;
+        damaged[i] ^= 1;
+        WriteBytes(file("package.seen"), damaged);
+        ASSERT_FALSE(SeenFiles::Of(listing).isUnchanged(0, old)) << i;
+        WriteBytes(file("package.seen"), kept.substr(0, i));
+        ASSERT_FALSE(SeenFiles::Of(listing).isUnchanged(0, old)) << i;
+    }
+    WriteBytes(file("package.seen"), kept);
+    ASSERT_TRUE(SeenFiles::Of(listing).isUnchanged(0, old));
+    WriteBytes(listing, "another one");
+    EXPECT_FALSE(SeenFiles::Of(listing).isUnchanged(0, old));
+}
+
+TEST_F(InstalledPackagesTest, AnUpdateReadsWhatItWritesAndWhatIsInDoubt)
+{
+    const VoFilePath first = publish("1.0.0", Content);
+    Files changed = Content;
+    changed["readme.txt"] = "second";
+    const VoFilePath second = publish("1.1.0", changed);
+    const auto filesRead = [&](const VoFilePath& definition) {
+        std::uint64_t read = 0;
+        const VoReceiver receiver = InstalledPackages::Connect([&](const VoSharedPtr<AbstractMessage>& message) {
+            if (const auto* progress = dynamic_cast<const VerificationProgressMessage*>(message.get()))
+                read = progress->total();
+        });
+        install(definition);
+        return read;
+    };
+    // As if the files had been installed long before.
+    const auto age = [&] {
+        SeenFiles::Stamps stamps;
+        const auto listing = InstalledPackages::Package(packageID);
+        for (const InstalledFileListing& listed : listing->files())
+            stamps.push_back(vo::updater::detail::StampOf(listed.path()));
+        FileStamp newest = *stamps.front();
+        newest.changed += 1000 * InSeconds;
+        stamps.push_back(newest);
+        SeenFiles::Keep(listingPath(), stamps, Always);
+    };
+    EXPECT_EQ(filesRead(first), 3u);
+    if (!vo::updater::detail::StampOf(listingPath()))
+        GTEST_SKIP() << "the system has no times of change";
+    age();
+    EXPECT_EQ(filesRead(second), 1u);
+    EXPECT_TRUE(isIntact());
+
+    age();
+    using std::filesystem::perms;
+    std::filesystem::permissions(vo::detail::ToNative(placed("lib/a.dat")), perms::owner_exec,
+                                 std::filesystem::perm_options::add);
+    EXPECT_EQ(filesRead(first), 2u) << "rights that were changed are a change";
+    age();
+    options.examineAll = true;
+    EXPECT_EQ(filesRead(second), 3u);
+    options.examineAll = false;
+
+    age();
+    WriteBytes(placed("lib/a.dat"), Noise(100, 9)); // keeps its size
+    EXPECT_EQ(filesRead(first), 2u);
+    EXPECT_FALSE(isIntact());
+    install(first);
+    EXPECT_TRUE(isIntact()) << "what was damaged was written anew";
+    InstalledPackages::Uninstall(packageID);
+    EXPECT_TRUE(FilesBelow(updates().directory("installed")).count(packageID.toString().toStdString() + ".seen") == 0);
 }
 
 } // namespace vo::test

@@ -84,12 +84,13 @@ public:
         std::deque<ScriptedAnswer> head;
     };
 
-    mutable std::mutex mutex; // guards the next five
+    mutable std::mutex mutex; // guards the next six
     mutable std::condition_variable asked;
     std::map<std::string, Answers> answers;
     std::vector<ScriptedRequest> requests;
     std::size_t connections = 0;
     std::size_t mostConnections = 0;
+    std::string before;
 
     std::size_t count(const std::string& method, const std::string& target) const // under the mutex
     {
@@ -129,6 +130,8 @@ private:
         ScriptedRequest request = Parse(text.substr(0, end));
         text.erase(0, end + 4);
         ScriptedAnswer answer = take(request);
+        if (request.isOld && answer.chunked)
+            answer = answer.withoutLength().inChunks(false);
         const bool bodyless = request.method == "HEAD";
         {
             const std::lock_guard lock(mutex);
@@ -148,6 +151,7 @@ private:
         ScriptedRequest request;
         request.method = lines.first().section(QLatin1Char(' '), 0, 0).toStdString();
         request.target = lines.first().section(QLatin1Char(' '), 1, 1).toStdString();
+        request.isOld = lines.first().endsWith(QLatin1String("HTTP/1.0"));
         for (const QString& line : lines.mid(1)) {
             const std::string name = line.section(QStringLiteral(": "), 0, 0).toLower().toStdString();
             request.headers[name] = line.section(QStringLiteral(": "), 1).toStdString();
@@ -180,12 +184,18 @@ private:
         return header;
     }
 
+    std::string textBefore() const
+    {
+        const std::lock_guard lock(mutex);
+        return before;
+    }
+
     void send(QTcpSocket& socket, const ScriptedAnswer& answer, bool bodyless)
     {
         using Fault = ScriptedAnswer::Fault;
         if (answer.fault != Fault::None && answer.faultAt == ScriptedAnswer::BeforeHeaders)
             return fail(socket, answer.fault);
-        socket.write(QByteArray::fromStdString(Headers(answer)));
+        socket.write(QByteArray::fromStdString(textBefore() + Headers(answer)));
         if (bodyless && answer.fault == Fault::None)
             return;
         if (answer.fault == Fault::Endless)
@@ -305,9 +315,9 @@ ScriptedAnswer ScriptedAnswer::with(const std::string& name, const std::string& 
     return Changed(*this, [&](ScriptedAnswer& answer) { answer.headers.emplace_back(name, value); });
 }
 
-ScriptedAnswer ScriptedAnswer::inChunks() const
+ScriptedAnswer ScriptedAnswer::inChunks(bool on) const
 {
-    return Changed(*this, [](ScriptedAnswer& answer) { answer.chunked = true; });
+    return Changed(*this, [=](ScriptedAnswer& answer) { answer.chunked = on; });
 }
 
 ScriptedAnswer ScriptedAnswer::withoutLength() const
@@ -366,6 +376,12 @@ void ScriptedHttpServer::head(const std::string& target, std::vector<ScriptedAns
 {
     const std::lock_guard lock(m_thread->worker->mutex);
     m_thread->worker->answers[target].head.assign(answers.begin(), answers.end());
+}
+
+void ScriptedHttpServer::sayBefore(const std::string& text)
+{
+    const std::lock_guard lock(m_thread->worker->mutex);
+    m_thread->worker->before = text;
 }
 
 void ScriptedHttpServer::clear()

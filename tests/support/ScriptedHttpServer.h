@@ -47,7 +47,7 @@ struct ScriptedAnswer
     /// @{
     ScriptedAnswer failing(Fault how, std::int64_t at) const;
     ScriptedAnswer with(const std::string& name, const std::string& value) const;
-    ScriptedAnswer inChunks() const;
+    ScriptedAnswer inChunks(bool on = true) const;
     ScriptedAnswer withoutLength() const;
     ScriptedAnswer announcing(std::int64_t length) const;
     ScriptedAnswer trickling(std::size_t bytes, int milliseconds) const;
@@ -59,6 +59,7 @@ struct ScriptedRequest
 {
     std::string method;
     std::string target;
+    bool isOld = false; ///< Of HTTP/1.0: its answer comes without chunks and ends the connection.
     std::map<std::string, std::string> headers; ///< Names in lower case.
 };
 
@@ -82,6 +83,7 @@ public:
     void get(const std::string& target, const ScriptedAnswer& answer);
     void head(const std::string& target, std::vector<ScriptedAnswer> answers);
     /// @}
+    void sayBefore(const std::string& text); ///< Sends that text before each answer, for good.
     void clear(); ///< Forgets all answers and requests.
 
     std::vector<ScriptedRequest> requests() const;

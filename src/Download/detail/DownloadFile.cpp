@@ -22,11 +22,6 @@ int StatusOf(const QNetworkReply& reply)
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-bool IsRedirect(int status)
-{
-    return status == 301 || status == 302 || status == 303 || status == 305 || status == 307 || status == 308;
-}
-
 // What a server calls a version of a file; nothing that could not be sent back as it came.
 VoString TagOf(const QNetworkReply& reply)
 {
@@ -51,6 +46,11 @@ double Jitter()
 }
 
 } // namespace
+
+bool IsRedirect(int status) noexcept
+{
+    return status == 301 || status == 302 || status == 303 || status == 305 || status == 307 || status == 308;
+}
 
 std::int64_t ContentLength(const QNetworkReply& reply)
 {

@@ -20,6 +20,8 @@ class QNetworkReply;
 
 namespace vo::detail {
 
+bool IsRedirect(int status) noexcept; ///< Whether a status sends to another place.
+
 /// The length of a body by its headers; -1 when they do not say.
 std::int64_t ContentLength(const QNetworkReply& reply);
 

@@ -5,6 +5,7 @@
 #include <Core/detail/Completed.h>
 #include <Download/VoDownloadNotification.h>
 #include <Download/detail/DownloadLog.h>
+#include <Download/detail/PlainHttpReply.h>
 #include <Download/detail/SpeedFloor.h>
 #include <Download/detail/VoDownloadManagerImpl.h>
 
@@ -222,7 +223,12 @@ QNetworkReply* VoDownload::issueRequest(const QUrl& url, Method method, const Vo
             request.setRawHeader(QByteArray::fromStdString(name.toStdString()),
                                  QByteArray::fromStdString(value.toStdString()));
     }
-    QNetworkReply* const reply = method == Method::Head ? network->head(request) : network->get(request);
+    QNetworkReply* reply = nullptr;
+    if (impl->interimServers().contains(ConnectionName(url)))
+        reply = new vo::detail::PlainHttpReply(request, method == Method::Head ? QNetworkAccessManager::HeadOperation
+                                                                               : QNetworkAccessManager::GetOperation);
+    else
+        reply = method == Method::Head ? network->head(request) : network->get(request);
     if (method == Method::Get)
         reply->setReadBufferSize(m_limit.readAhead(ReadBufferSize));
     return reply;
@@ -353,10 +359,25 @@ void VoDownload::onMetaData(QNetworkReply& reply)
     }
 }
 
+// The framework has taken an interim answer for the last one, and what follows it is lost: the request is made again,
+// in a way that gets none.
+bool VoDownload::isInterim(Transfer& transfer, const QNetworkReply& reply)
+{
+    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    if (status < 100 || status >= 200)
+        return false;
+    const QString server = ConnectionName(transfer.file.target());
+    DownloadLog().diagnostic("Interim answers from " + VoString(server));
+    manager()->interimServers().insert(server);
+    release(transfer);
+    send(transfer);
+    return true;
+}
+
 // False when the body is not to be read: the file has failed, or its answer is still to come.
 bool VoDownload::accept(Transfer& transfer, QNetworkReply& reply)
 {
-    return !failedBy(transfer, transfer.file.accept(reply)) && transfer.file.isAccepted();
+    return !isInterim(transfer, reply) && !failedBy(transfer, transfer.file.accept(reply)) && transfer.file.isAccepted();
 }
 
 bool VoDownload::take(Transfer& transfer, QNetworkReply& reply)

@@ -102,6 +102,7 @@ private:
     void checkSpeed();
     std::optional<VoDownloadException> slowness(Transfer& transfer, qint64 now) const;
 
+    bool isInterim(Transfer& transfer, const QNetworkReply& reply);
     bool accept(Transfer& transfer, QNetworkReply& reply);
     bool take(Transfer& transfer, QNetworkReply& reply);
     void headerReceived(Transfer& transfer, QNetworkReply& reply);

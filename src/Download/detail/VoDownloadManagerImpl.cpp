@@ -60,6 +60,11 @@ vo::detail::ConnectionQueue& VoDownloadManagerImpl::connections() noexcept
     return m_connections;
 }
 
+QSet<QString>& VoDownloadManagerImpl::interimServers() noexcept
+{
+    return m_interimServers;
+}
+
 std::vector<char>& VoDownloadManagerImpl::buffer()
 {
     m_buffer.resize(BufferSize);

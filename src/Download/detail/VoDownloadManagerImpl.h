@@ -10,6 +10,8 @@
 
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
+#include <QtCore/QSet>
+#include <QtCore/QString>
 
 #include <functional>
 #include <memory>
@@ -38,6 +40,8 @@ public:
     QNetworkAccessManager* networkAccessManager() const;
     vo::detail::RedirectHosts redirectHosts() const;
     vo::detail::ConnectionQueue& connections() noexcept;
+    /// Servers (as they are counted by connections) that send interim answers, at which the framework ends a request.
+    QSet<QString>& interimServers() noexcept;
     std::vector<char>& buffer(); ///< For bytes on their way; one user at a time.
 
     /// Logs a notification and hands it to all receivers.
@@ -79,6 +83,7 @@ private:
     QPointer<QNetworkAccessManager> m_network;
     VoDownloadManagerMonitor m_monitor;
     vo::detail::ConnectionQueue m_connections;
+    QSet<QString> m_interimServers;
     std::vector<char> m_buffer;
     bool m_shutDown = false;
 };

@@ -42,7 +42,8 @@ ExitCode Run(Session& session)
         return ShowPlan(session, job);
     ShowClaims(console, job.plan, job.directory);
     RequireAllowed(session, job);
-    if (job.plan.isUpToDate()) {
+    job.examinesAll = session.arguments.has("check");
+    if (job.plan.isUpToDate() && !job.examinesAll) {
         RecordSource(job);
         console.fact("package", "package", job.plan.packageID.toString(), job.plan.packageID);
         console.fact("release", "release", ReleaseText(job.plan.version), job.plan.version.toString());
@@ -68,6 +69,7 @@ ExitCode Run(Session& session)
 std::vector<Option> Options()
 {
     std::vector<Option> all = InstallOptions();
+    all.push_back({"check", nullptr, "read every installed file at the end, also those unchanged by size and time"});
     all.push_back({"dry-run", nullptr, "only show what would be done, as vo plan"});
     all.push_back({"stage-only", nullptr, "fetch, build and check; vo commit puts it in place"});
     all.push_back(AllOption());

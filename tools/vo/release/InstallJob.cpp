@@ -63,6 +63,7 @@ updater::InstallationOptions OptionsOfInstalling(const Session& session, const I
     options.refuseOlder = !session.arguments.has("allow-downgrade");
     options.downloads = session.downloads;
     options.proof = job.proof;
+    options.examineAll = job.examinesAll;
     return options;
 }
 

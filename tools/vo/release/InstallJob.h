@@ -24,6 +24,7 @@ struct InstallJob
     updater::InstallationPlan plan;
     std::shared_ptr<const updater::ReleaseProof> proof{};  ///< As in ChosenRelease.
     std::vector<std::pair<VoVersion, VoString>> refused{}; ///< As in ChosenRelease.
+    bool examinesAll = false;                              ///< Whether every installed file is read at the end.
 };
 
 /// The options that name the release and the folder, for both commands.

@@ -129,35 +129,50 @@ FileTable::Number FileTable::add(const VoUUID& id, const VoChecksum& checksum, s
     return append(id.toString().toStdString(), row, path.toStdString());
 }
 
+// A row with its texts, but for the path. The other table may be this one.
+FileTable::Row FileTable::copied(const FileTable& other, Number file)
+{
+    Row row = other.m_rows[file];
+    if (row.digestForm == Form::Other)
+        keepText(std::string(other.kept(other.m_rows[file].digest)), row.digest);
+    if (row.idForm == Form::Other)
+        keepText(std::string(other.kept(other.m_rows[file].id)), row.id);
+    return row;
+}
+
 FileTable::Number FileTable::add(const FileTable& other, Number file)
 {
-    // Copies first: the other table may be this one.
-    Row row = other.m_rows[file];
-    const std::string path(other.path(file));
     const Pieces pieces = other.pieces(file);
     const std::vector<Piece> piecesOfFile(pieces.begin(), pieces.end());
-    std::string id;
-    other.appendID(id, file);
-    if (row.digestForm == Form::Other)
-        keepText(std::string(other.kept(row.digest)), row.digest);
-    const Number added = append(id, row, path);
+    const Row row = copied(other, file);
+    const Number added = append(row, std::string(other.path(file)));
     for (const Piece& piece : piecesOfFile)
         addPiece(std::string(other.m_chunkIDs[piece.chunk]), piece.offset, piece.length);
     return added;
 }
 
+FileTable::Number FileTable::addAt(std::string_view path, const FileTable& other, Number file)
+{
+    return append(copied(other, file), path);
+}
+
 FileTable::Number FileTable::append(std::string_view id, Row row, std::string_view path)
 {
-    if (m_rows.size() >= None - 1)
-        throw VoOverflowException("More files or pieces in a listing than can be counted");
     row.idForm = Pack(id, row.id);
     if (row.idForm == Form::Other)
         keepText(id, row.id);
-    row.path = m_texts.size();
-    row.pathLength = static_cast<std::uint32_t>(path.size());
-    row.firstPiece = static_cast<std::uint32_t>(m_pieces.size());
-    m_texts += path;
+    return append(row, path);
+}
+
+FileTable::Number FileTable::append(const Row& row, std::string_view path)
+{
+    if (m_rows.size() >= None - 1)
+        throw VoOverflowException("More files or pieces in a listing than can be counted");
     m_rows.push_back(row);
+    m_rows.back().path = m_texts.size();
+    m_rows.back().pathLength = static_cast<std::uint32_t>(path.size());
+    m_rows.back().firstPiece = static_cast<std::uint32_t>(m_pieces.size());
+    m_texts += path;
     const auto added = static_cast<Number>(m_rows.size() - 1);
     index(added);
     return added;
@@ -179,12 +194,11 @@ void FileTable::addPiece(std::string_view chunkID, std::uint64_t offset, std::ui
     m_pieces.push_back({offset, length, chunk});
 }
 
-std::size_t FileTable::slotOf(const Row& row) const
+FileTable::Key FileTable::keyOf(const Row& row) const
 {
-    const std::string_view bytes = row.idForm == Form::Other
-                                       ? kept(row.id)
-                                       : std::string_view(reinterpret_cast<const char*>(row.id.data()), row.id.size());
-    return std::hash<std::string_view>()(bytes);
+    if (row.idForm == Form::Other)
+        return {row.idForm, kept(row.id)};
+    return {row.idForm, {reinterpret_cast<const char*>(row.id.data()), row.id.size()}};
 }
 
 // A file whose ID is there already is not entered: the first one is found.
@@ -196,11 +210,11 @@ void FileTable::index(Number file)
         growIndex();
         return;
     }
-    const Row& row = m_rows[file];
+    const Key key = keyOf(m_rows[file]);
     const std::size_t mask = m_slots.size() - 1;
-    std::size_t slot = slotOf(row) & mask;
+    std::size_t slot = std::hash<std::string_view>()(key.bytes) & mask;
     for (; m_slots[slot] != None; slot = (slot + 1) & mask) {
-        if (sameID(m_rows[m_slots[slot]], *this, row))
+        if (isKey(m_rows[m_slots[slot]], key))
             return;
     }
     m_slots[slot] = file;
@@ -213,23 +227,38 @@ void FileTable::growIndex()
         index(static_cast<Number>(i));
 }
 
-FileTable::Number FileTable::find(const VoUUID& id) const
+bool FileTable::isKey(const Row& row, const Key& key) const
 {
-    FileTable wanted;
-    wanted.append(id.toString().toStdString(), Row{}, {});
-    const Row& row = wanted.m_rows.front();
+    return row.idForm == key.form && keyOf(row).bytes == key.bytes;
+}
+
+FileTable::Number FileTable::find(const Key& key) const
+{
     if (m_slots.empty()) {
-        for (std::size_t i = 0; i < m_rows.size(); ++i) {
-            if (sameID(m_rows[i], wanted, row))
-                return static_cast<Number>(i);
-        }
-        return None;
+        const auto found =
+            std::find_if(m_rows.begin(), m_rows.end(), [&](const Row& row) { return isKey(row, key); });
+        return found == m_rows.end() ? None : static_cast<Number>(found - m_rows.begin());
     }
     const std::size_t mask = m_slots.size() - 1;
-    std::size_t slot = wanted.slotOf(row) & mask;
-    while (m_slots[slot] != None && !sameID(m_rows[m_slots[slot]], wanted, row))
+    std::size_t slot = std::hash<std::string_view>()(key.bytes) & mask;
+    while (m_slots[slot] != None && !isKey(m_rows[m_slots[slot]], key))
         slot = (slot + 1) & mask;
     return m_slots[slot];
+}
+
+FileTable::Number FileTable::find(const VoUUID& id) const
+{
+    const std::string& text = id.toString().toStdString();
+    IDBytes bytes;
+    const Form form = Pack(text, bytes);
+    if (form == Form::Other)
+        return find(Key{form, text});
+    return find(Key{form, {reinterpret_cast<const char*>(bytes.data()), bytes.size()}});
+}
+
+FileTable::Number FileTable::find(const FileTable& other, Number otherFile) const
+{
+    return find(other.keyOf(other.m_rows[otherFile]));
 }
 
 VoUUID FileTable::id(Number file) const
@@ -296,16 +325,9 @@ std::string_view FileTable::digestBytes(const Row& row) const
     }
 }
 
-bool FileTable::sameID(const Row& row, const FileTable& other, const Row& otherRow) const
-{
-    if (row.idForm != otherRow.idForm)
-        return false;
-    return row.idForm == Form::Other ? kept(row.id) == other.kept(otherRow.id) : row.id == otherRow.id;
-}
-
 bool FileTable::sameID(Number file, const FileTable& other, Number otherFile) const
 {
-    return sameID(m_rows[file], other, other.m_rows[otherFile]);
+    return isKey(m_rows[file], other.keyOf(other.m_rows[otherFile]));
 }
 
 bool FileTable::isBefore(Number file, const FileTable& other, Number otherFile) const

@@ -54,11 +54,16 @@ public:
     Number add(const VoUUID& id, const VoChecksum& checksum, std::int64_t size, const VoString& path);
     Number add(const FileTable& other, Number file);
     /// @}
+    /// Appends a file of another table at another path, without its pieces.
+    Number addAt(std::string_view path, const FileTable& other, Number file);
     /// Appends a piece to the file added last.
     void addPiece(std::string_view chunkID, std::uint64_t offset, std::uint64_t length);
 
     std::size_t size() const { return m_rows.size(); }
-    Number find(const VoUUID& id) const; ///< None when there is no such file.
+    /// @{ None when there is no such file.
+    Number find(const VoUUID& id) const;
+    Number find(const FileTable& other, Number otherFile) const; ///< The file with the ID of one of another table.
+    /// @}
 
     VoUUID id(Number file) const;
     VoChecksum checksum(Number file) const;
@@ -122,10 +127,19 @@ private:
     std::string_view kept(const Bytes& room) const;
     std::string_view digestBytes(const Row& row) const;
     Number append(std::string_view id, Row row, std::string_view path);
+    Number append(const Row& row, std::string_view path);
+    Row copied(const FileTable& other, Number file);
     void index(Number file);
     void growIndex();
-    std::size_t slotOf(const Row& row) const;
-    bool sameID(const Row& row, const FileTable& other, const Row& otherRow) const;
+    // An ID as the index sees it.
+    struct Key
+    {
+        Form form;
+        std::string_view bytes; // the 16, or those of a text
+    };
+    Key keyOf(const Row& row) const;
+    bool isKey(const Row& row, const Key& key) const;
+    Number find(const Key& key) const;
 
     std::vector<Row> m_rows;
     std::string m_texts;

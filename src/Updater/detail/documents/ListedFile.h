@@ -78,6 +78,13 @@ public:
         addViews();
     }
 
+    // A file of another listing at another path, without its pieces.
+    void addAt(std::string_view path, const ListedFile& file)
+    {
+        m_table.addAt(path, *file.table, file.number);
+        addViews();
+    }
+
     const Listing* find(const VoUUID& id) const
     {
         const FileTable::Number number = m_table.find(id);

@@ -7,7 +7,6 @@
 #include <string>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 namespace vo::updater::detail {
 
@@ -28,24 +27,6 @@ public:
     {
         const auto position = m_positions.find(id.toString().toStdString());
         return position == m_positions.end() ? nullptr : &m_items[position->second];
-    }
-
-    VoDeque<VoUUID> ids() const
-    {
-        VoDeque<VoUUID> result;
-        for (const T& item : m_items)
-            result.pushBack(item.id());
-        return result;
-    }
-
-    template <typename Base>
-    std::vector<const Base*> pointers() const
-    {
-        std::vector<const Base*> result;
-        result.reserve(m_items.size());
-        for (const T& item : m_items)
-            result.push_back(&item);
-        return result;
     }
 
 private:

@@ -127,42 +127,68 @@ void ValidatePieces(const ListedFile& file, const std::vector<bool>& isKnown)
     require(sum == static_cast<std::uint64_t>(file.length()), "pieces do not add up to the size of ");
 }
 
-struct FoldedTarget
-{
-    std::string key;
-    const VoFilePath* target;
-};
-
 // Targets by their folded names, with the separator before all other characters: whatever lies in a directory then
-// follows directly behind a file that has the directory's name.
-std::vector<FoldedTarget> SortedTargets(const std::vector<const VoFilePath*>& targets)
+// follows directly behind a file that has the directory's name. The names are one text: there may be very many.
+class FoldedTargets
 {
-    std::vector<FoldedTarget> result;
-    result.reserve(targets.size());
-    for (const VoFilePath* target : targets) {
-        std::string key = FoldedName(target->path()).toStdString();
-        std::replace(key.begin(), key.end(), '\\', '\x01');
-        result.push_back({std::move(key), target});
+public:
+    struct Clash
+    {
+        std::size_t first;
+        std::size_t second;
+        bool isDirectory;
+    };
+
+    void add(std::string_view target)
+    {
+        const std::string key = FoldedName(VoString(std::string(target))).toStdString();
+        m_targets.push_back({m_keys.size(), key.size(), m_targets.size()});
+        m_keys += key;
     }
-    // Stable: of two equal targets the later one is named.
-    std::stable_sort(result.begin(), result.end(),
-                     [](const FoldedTarget& a, const FoldedTarget& b) { return a.key < b.key; });
-    return result;
-}
+
+    std::optional<Clash> findClash()
+    {
+        std::replace(m_keys.begin(), m_keys.end(), '\\', '\x01');
+        // Of two equal targets the later one is named.
+        std::sort(m_targets.begin(), m_targets.end(), [this](const Target& a, const Target& b) {
+            const int order = keyOf(a).compare(keyOf(b));
+            return order != 0 ? order < 0 : a.number < b.number;
+        });
+        for (std::size_t i = 1; i < m_targets.size(); ++i) {
+            const std::string_view before = keyOf(m_targets[i - 1]);
+            const std::string_view key = keyOf(m_targets[i]);
+            const bool isBelow = key.size() > before.size() && key[before.size()] == '\x01';
+            if (key.substr(0, before.size()) == before && (isBelow || key.size() == before.size()))
+                return Clash{m_targets[i - 1].number, m_targets[i].number, isBelow};
+        }
+        return std::nullopt;
+    }
+
+private:
+    struct Target
+    {
+        std::size_t begin; // of the key
+        std::size_t length;
+        std::size_t number;
+    };
+
+    std::string_view keyOf(const Target& target) const
+    {
+        return std::string_view(m_keys).substr(target.begin, target.length);
+    }
+
+    std::string m_keys;
+    std::vector<Target> m_targets;
+};
 
 void RequireDistinctTargets(const VoDeque<AdvertisedFileListing>& files)
 {
-    std::vector<VoFilePath> paths;
-    paths.reserve(files.size());
+    FoldedTargets targets;
     for (const AdvertisedFileListing& file : files)
-        paths.push_back(file.target());
-    std::vector<const VoFilePath*> targets;
-    targets.reserve(files.size());
-    for (const VoFilePath& path : paths)
-        targets.push_back(&path);
-    if (const auto clash = FindTargetClash(targets)) {
-        Require(clash->isDirectory, "duplicate target ", clash->second->path());
-        Refuse("target is also a directory: " + clash->first->path());
+        targets.add(ListedFile(file).path());
+    if (const auto clash = targets.findClash()) {
+        Require(clash->isDirectory, "duplicate target ", files[clash->second].target().path());
+        Refuse("target is also a directory: " + files[clash->first].target().path());
     }
 }
 
@@ -223,18 +249,15 @@ void RequireShowableName(const VoString& name)
         throw VoValidationException("Invalid package name: " + name);
 }
 
-std::optional<TargetClash> FindTargetClash(const std::vector<const VoFilePath*>& unsorted)
+std::optional<TargetClash> FindTargetClash(const std::vector<const VoFilePath*>& targets)
 {
-    const std::vector<FoldedTarget> targets = SortedTargets(unsorted);
-    for (std::size_t i = 1; i < targets.size(); ++i) {
-        const std::string& before = targets[i - 1].key;
-        const std::string& key = targets[i].key;
-        if (key == before)
-            return TargetClash{targets[i - 1].target, targets[i].target, false};
-        if (key.size() > before.size() && key[before.size()] == '\x01' && key.compare(0, before.size(), before) == 0)
-            return TargetClash{targets[i - 1].target, targets[i].target, true};
-    }
-    return std::nullopt;
+    FoldedTargets folded;
+    for (const VoFilePath* target : targets)
+        folded.add(target->path().toStdString());
+    const auto clash = folded.findClash();
+    if (!clash)
+        return std::nullopt;
+    return TargetClash{targets[clash->first], targets[clash->second], clash->isDirectory};
 }
 
 void RequireSafeChunkPath(const VoFilePath& path)

@@ -9,7 +9,9 @@
 #include <FileSystem/detail/NativePath.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/ReleaseAttributes.h>
+#include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/Log.h>
+#include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
@@ -200,11 +202,39 @@ void UpdateTransaction::indexDirectoriesOf(const VoFilePath& place)
         m_needed.pushBack(std::move(*directory));
 }
 
-PathIndex UpdateTransaction::targetPlaces() const
+// Files of the old listing but for those that the release has under the same ID at the same place: as a rule nearly
+// all.
+std::vector<VoFilePath> UpdateTransaction::filesNotAtTargets() const
 {
+    std::vector<VoFilePath> result;
+    if (!m_installed || m_installed->files().isEmpty())
+        return result;
+    const FileTable& records = *ListedFile(m_installed->files().front()).table;
+    std::vector<bool> isAtTarget(records.size());
+    for (const TargetFile& target : m_targets) {
+        if (!target.file || isBelowGoing(target.place))
+            continue;
+        const ListedFile file(*target.file);
+        const FileTable::Number record = records.find(*file.table, file.number);
+        if (record != FileTable::None && records.path(record) == Bytes(target.place))
+            isAtTarget[record] = true;
+    }
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        if (!isAtTarget[i])
+            result.push_back(m_installed->files()[i].path());
+    }
+    return result;
+}
+
+// Only these can be the same files under other names.
+PathIndex UpdateTransaction::targetsNamedAs(const std::vector<VoFilePath>& paths) const
+{
+    PathSet names;
+    for (const VoFilePath& path : paths)
+        names.insert(FoldedName(VoString(path.filename())).toStdString());
     PathIndex places;
     for (const TargetFile& target : m_targets) {
-        if (!isBelowGoing(target.place))
+        if (names.count(FoldedName(VoString(target.place.filename())).toStdString()) > 0 && !isBelowGoing(target.place))
             places.add(target.place, 0);
     }
     return places;
@@ -212,8 +242,12 @@ PathIndex UpdateTransaction::targetPlaces() const
 
 // Links of the old release that the new one has not. What they show now is no longer there when they have gone: where
 // they stand, directories may have to be made.
-void UpdateTransaction::findGoingLinks(const std::vector<LinkPlace>& links, PathIndex& places, Containment& inside)
+void UpdateTransaction::findGoingLinks(const std::vector<LinkPlace>& links, Containment& inside)
 {
+    std::vector<VoFilePath> old;
+    for (const LinkPlace& link : links)
+        old.push_back(link.place);
+    PathIndex places = targetsNamedAs(old);
     for (const LinkPlace& link : links) {
         if (!places.find(link.place) && inside.holds(link.place) && ReadLink(link.place) && !m_owners.find(link.place))
             m_going.insert(Key(link.place) + '\\');
@@ -238,12 +272,13 @@ void UpdateTransaction::findRemovals()
         return;
     const std::vector<LinkPlace> links = LinkPlacesOf(*m_installed);
     Containment inside(m_installed->installationDirectory());
-    PathIndex places = targetPlaces();
-    findGoingLinks(links, places, inside);
-    if (!m_going.empty())
-        places = targetPlaces();
-    for (const InstalledFileListing& file : m_installed->files()) {
-        const VoFilePath& path = file.path();
+    findGoingLinks(links, inside);
+    const std::vector<VoFilePath> candidates = filesNotAtTargets();
+    std::vector<VoFilePath> old = candidates;
+    for (const LinkPlace& link : links)
+        old.push_back(link.place);
+    PathIndex places = targetsNamedAs(old);
+    for (const VoFilePath& path : candidates) {
         if (places.find(path))
             continue;
         if (!inside.holds(path)) {
@@ -395,7 +430,7 @@ void UpdateTransaction::completeNotes()
     m_notes.result.setAttributes(m_advert.attributes());
     for (const TargetFile& target : m_targets) {
         if (target.file)
-            m_notes.result.add(target.place, target.file->id(), target.file->checksum(), target.file->size());
+            m_notes.result.addInstalled(*target.file, target.place);
     }
     PathSet known;
     for (const VoDirectoryPath& directory : m_notes.emptied)

@@ -86,9 +86,10 @@ private:
     void readLeft();
     void indexDirectories();
     void indexDirectoriesOf(const VoFilePath& place);
-    PathIndex targetPlaces() const;
-    void findGoingLinks(const std::vector<LinkPlace>& links, PathIndex& places, Containment& inside);
+    void findGoingLinks(const std::vector<LinkPlace>& links, Containment& inside);
     bool isBelowGoing(const VoFilePath& place) const;
+    std::vector<VoFilePath> filesNotAtTargets() const;
+    PathIndex targetsNamedAs(const std::vector<VoFilePath>& paths) const;
     void findRemovals();
     void findRemovedLinks(const std::vector<LinkPlace>& links, PathIndex& places, Containment& inside);
     void remove(const VoFilePath& path);

@@ -29,6 +29,7 @@
 #include <Updater/detail/registry/FileOwners.h>
 #include <Updater/detail/registry/PackageRecords.h>
 #include <Updater/detail/registry/RegistryFile.h>
+#include <Updater/detail/registry/SeenFiles.h>
 #include <Updater/detail/registry/SharedRegistry.h>
 #include <Updater/detail/registry/TrustPin.h>
 
@@ -240,6 +241,7 @@ void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStop
     if (HasStaged(packageID))
         EraseStaged(packageID, StagedLock());
     ForgetDamage(packageID);
+    SeenFiles::Forget(path);
     ForgetPin(packageID);
     EraseAttributes(path);
     if (!listing)
@@ -475,6 +477,7 @@ VerificationReport RepairPackage(const VoLocation& definition, const VoStopFlag&
             return;
         InstallerSettings settings;
         settings.options.downloads = downloads;
+        settings.options.examineAll = true;
         settings.damaged = std::move(check.damaged);
         const VoDirectoryPath directory = installed->installationDirectory();
         RunAndRecord(std::move(advert), definition, directory, std::move(installed), std::move(settings), stop);

@@ -7,6 +7,7 @@
 #include <FileSystem/VoFilePath.h>
 #include <Updater/AdvertisedPackageListing.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <unordered_map>
@@ -44,7 +45,8 @@ public:
 
 private:
     std::unordered_map<VoUUID, Chunk> m_chunks;
-    std::map<VoFilePath, AdvertisedFileListing> m_files;
+    AdvertisedPackageListing m_files;                           // in one piece: nearly all of the release
+    std::unordered_multimap<std::size_t, std::size_t> m_numbers; // of those, by the hashes of their targets
 };
 
 } // namespace vo::updater::detail

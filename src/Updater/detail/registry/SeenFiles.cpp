@@ -1,0 +1,156 @@
+#include <Updater/detail/registry/SeenFiles.h>
+
+#include <Core/VoChecksum.h>
+#include <Core/VoExceptionText.h>
+#include <Core/VoString.h>
+#include <Core/detail/Sha3Hasher.h>
+#include <FileSystem/VoFilePath.h>
+#include <Updater/detail/documents/Log.h>
+#include <Updater/detail/documents/XMLDocument.h>
+#include <Updater/detail/files/FileActions.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace vo::updater::detail {
+
+namespace {
+
+constexpr std::string_view Magic = "vo-seen\n";
+constexpr std::size_t NumbersOfStamp = 5;
+constexpr std::size_t StampSize = NumbersOfStamp * sizeof(std::uint64_t);
+constexpr std::size_t DigestSize = 32;
+
+// The coarsest clock of a volume in use. A file that was changed so shortly before it was read could be changed again
+// without another time.
+constexpr std::int64_t Grain = 2'000'000'000;
+
+VoFilePath PathFor(const VoFilePath& listing)
+{
+    return VoFilePath::CreateUnchecked(listing.path().substring(0, listing.path().size() - 4).toString() + ".seen");
+}
+
+std::array<std::uint64_t, NumbersOfStamp> Numbers(const FileStamp& stamp)
+{
+    return {stamp.size, static_cast<std::uint64_t>(stamp.written), static_cast<std::uint64_t>(stamp.changed),
+            stamp.file, stamp.device};
+}
+
+void Append(std::string& bytes, const FileStamp& stamp)
+{
+    for (std::uint64_t number : Numbers(stamp)) {
+        for (std::size_t i = 0; i < sizeof(number); ++i, number >>= 8)
+            bytes += static_cast<char>(number & 0xFF);
+    }
+}
+
+std::uint64_t NumberAt(std::string_view bytes, std::size_t position)
+{
+    std::uint64_t number = 0;
+    for (std::size_t i = sizeof(number); i-- > 0;)
+        number = number << 8 | static_cast<unsigned char>(bytes[position + i]);
+    return number;
+}
+
+FileStamp StampAt(std::string_view bytes, std::size_t position)
+{
+    const auto number = [&](std::size_t i) { return NumberAt(bytes, position + i * sizeof(std::uint64_t)); };
+    return {number(0), static_cast<std::int64_t>(number(1)), static_cast<std::int64_t>(number(2)), number(3),
+            number(4)};
+}
+
+std::string DigestBytes(std::string_view bytes)
+{
+    vo::detail::Sha3 hash;
+    hash.add(bytes.data(), bytes.size());
+    const VoChecksum digest = hash.finish();
+    return std::string(vo::detail::Sha3::Bytes(digest));
+}
+
+// The stamps in what was kept for a listing with that stamp; none of another listing, and of damaged bytes.
+std::string StampsIn(std::string_view bytes, const FileStamp& listing)
+{
+    constexpr std::size_t head = Magic.size() + StampSize;
+    if (bytes.size() < head + DigestSize || (bytes.size() - head - DigestSize) % StampSize != 0 ||
+        bytes.substr(0, Magic.size()) != Magic || !(StampAt(bytes, Magic.size()) == listing))
+        return {};
+    const std::string_view kept = bytes.substr(0, bytes.size() - DigestSize);
+    const bool isWhole = DigestBytes(kept) == bytes.substr(kept.size());
+    return std::string(isWhole ? kept.substr(head) : std::string_view());
+}
+
+// Of all clocks only that of the files' volume can be compared with their times: the newest of them tells how late it
+// was at least. One from after the beginning was made by somebody else, perhaps when other files had been read.
+std::optional<FileStamp> Newest(const SeenFiles::Stamps& stamps, std::int64_t begun)
+{
+    std::optional<FileStamp> newest;
+    for (const auto& stamp : stamps) {
+        if (stamp && stamp->changed <= begun && (!newest || stamp->changed > newest->changed))
+            newest = stamp;
+    }
+    return newest;
+}
+
+// What is to be kept; nothing where no file is sure.
+std::string BytesOf(const VoFilePath& listing, const SeenFiles::Stamps& stamps, std::int64_t begun)
+{
+    const std::optional<FileStamp> newest = Newest(stamps, begun);
+    const std::optional<FileStamp> listed = StampOf(listing);
+    if (!newest || !listed)
+        return {};
+    std::string bytes(Magic);
+    bytes.reserve(Magic.size() + (stamps.size() + 1) * StampSize + DigestSize);
+    Append(bytes, *listed);
+    bool isAnySure = false;
+    for (const auto& stamp : stamps) {
+        const bool isSure = stamp && stamp->changed < newest->changed - Grain && stamp->device == newest->device;
+        Append(bytes, isSure ? *stamp : FileStamp());
+        isAnySure = isAnySure || isSure;
+    }
+    return isAnySure ? bytes + DigestBytes(bytes) : std::string();
+}
+
+} // namespace
+
+SeenFiles SeenFiles::Of(const VoFilePath& listing)
+{
+    SeenFiles seen;
+    try {
+        const VoFilePath path = PathFor(listing);
+        const std::optional<FileStamp> stamp = StampOf(listing);
+        if (!stamp || KindOf(path) != FileKind::File)
+            return seen;
+        seen.m_bytes = StampsIn(ReadDocument(path).toStdString(), *stamp);
+    } catch (...) {
+        Log().diagnostic("What was seen of installed files is not used: " + CurrentExceptionText());
+    }
+    return seen;
+}
+
+void SeenFiles::Keep(const VoFilePath& listing, const Stamps& stamps, std::int64_t begun)
+{
+    try {
+        const std::string bytes = BytesOf(listing, stamps, begun);
+        if (bytes.empty())
+            Forget(listing);
+        else
+            WriteBytes(PathFor(listing), VoString(bytes));
+    } catch (...) {
+        Log().diagnostic("What was seen of installed files is not kept: " + CurrentExceptionText());
+    }
+}
+
+void SeenFiles::Forget(const VoFilePath& listing)
+{
+    if (KindOf(PathFor(listing)) != FileKind::None)
+        EraseFile(PathFor(listing));
+}
+
+bool SeenFiles::isUnchanged(std::size_t number, const std::optional<FileStamp>& stamp) const
+{
+    return stamp && number < m_bytes.size() / StampSize && StampAt(m_bytes, number * StampSize) == *stamp;
+}
+
+} // namespace vo::updater::detail
