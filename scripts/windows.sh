@@ -14,6 +14,7 @@ vocore_package_lists+=("$vocore_root/scripts/packages.windows")
 install_missing_packages
 VOCORE_WINDOWS_SYSROOT=$(scripts/windows-sysroot.sh | tail -n 1)
 export VOCORE_WINDOWS_SYSROOT WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml=" DISPLAY=
+export LC_ALL=C.UTF-8 # by which Wine reads names and the environment
 
 # under_wine PREFIX PROGRAM ARGUMENTS...: with the first, Wine's own folder, apart from the user's.
 under_wine() { HOME=$1/home WINEPREFIX=$1/wine wine "${@:2}"; } # nothing of it leads to the user's own folders

@@ -208,6 +208,8 @@ void Build(Session& session, AbstractPackageBuilder& builder, const Request& req
     builder.setApproval([&](const AdvertisedPackages& declared) { Approve(declared, base, request); });
     if (!request.onlyFiles)
         builder.keepAttributes();
+    if (!session.arguments.has("no-portable"))
+        builder.requirePortableNames();
     LeaveOut(builder, session, request);
     if (session.arguments.has("repack"))
         builder.packAnew();
@@ -270,6 +272,7 @@ std::vector<Option> Options()
         {"package", "ID", "the package to continue, or the ID to give to a new one"},
         {"exclude", "PATTERN", "leave out the files and folders that fit; may be given again", '\0', true},
         {"no-attributes", nullptr, "publish the bytes of files alone, and what links to files lead to as files"},
+        {"no-portable", nullptr, "publish also names that cannot be on Windows, with one of ? * | \" < > in them"},
         {"replace", nullptr, "let the release take the place of one that is declared already"},
         {"older", nullptr, "let the release be older than the newest that is declared"},
         {"chunk-size", "N", "bytes that a chunk holds before compression, such as 512K (the default is 4M)"},
