@@ -85,8 +85,7 @@ TEST_F(KillTest, TheNextRunFindsAllOldOrAllNewAndGoesOn)
                 const bool isNew = !definition.isNull() && Second.count(name) > 0 && content == Second.at(name);
                 EXPECT_TRUE(isNew || (First.count(name) > 0 && content == First.at(name))) << name;
             }
-            if (!definition.isNull())
-                ASSERT_TRUE(installedTree() == First || installedTree() == Second);
+            ASSERT_TRUE(definition.isNull() || installedTree() == First || installedTree() == Second);
             install(second);
             ASSERT_EQ(installedTree(), Second);
             ASSERT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).extra.isEmpty());
