@@ -2,6 +2,7 @@
 #include <vo/line/CommandError.h>
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
+#include <vo/release/Besides.h>
 #include <vo/release/Keys.h>
 #include <vo/release/ReleaseChoice.h>
 #include <vo/release/Totals.h>
@@ -230,13 +231,7 @@ void ShowRelease(Console& console, const AbstractPackageBuilder& builder, double
     console.fact("release", "release", ReleaseText(package.version()), package.version().toString());
     console.fact("versionID", "version ID", package.versionID().toString(), package.versionID());
     console.fact("files", "files", package.files().size());
-    const auto show = [&console](const char* key, const char* label, std::size_t count) {
-        if (count > 0)
-            console.fact(key, label, count);
-    };
-    show("links", "links", package.attributes()->links.size());
-    show("executables", "executables", package.attributes()->executables.size());
-    show("folders", "empty folders", package.attributes()->folders.size());
+    ShowBesidesFigures(console, *package.attributes());
     console.fact("bytesIn", "bytes in", BytesText(in), in);
     console.fact("bytesOut", "bytes out", BytesText(out), out);
     console.fact("chunks", "chunks", package.chunks().size());
