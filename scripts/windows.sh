@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Windows from Debian: makes the sysroot (once), builds the preset "windows", runs all test programs under Wine, and
-# drives the packed tool, unpacked under a fresh Wine: from disk, and over http and https against nginx.
+# drives the packed tool, unpacked under a fresh Wine: from disk, and over http against nginx. Wine's own https is not fit
+# for it: it takes no list of authorities (the chain is "partial"), and ends the program with TLS 1.3.
 # usage: scripts/windows.sh [sysroot|build|test [NAME...]|package|road]...   (all but "sysroot" imply the build; none: all)
 #        scripts/windows.sh test Core FileSystem      the test programs VoCoreCoreTests and VoCoreFileSystemTests
 # VOCORE_WINDOWS_SYSROOT names a ready sysroot. GTEST_FILTER chooses cases.
@@ -14,6 +15,7 @@ vocore_package_lists+=("$vocore_root/scripts/packages.windows")
 install_missing_packages
 VOCORE_WINDOWS_SYSROOT=$(scripts/windows-sysroot.sh | tail -n 1)
 export VOCORE_WINDOWS_SYSROOT WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml=" DISPLAY=
+export LC_ALL=C.UTF-8 # by which Wine reads names and the environment
 
 # under_wine PREFIX PROGRAM ARGUMENTS...: with the first, Wine's own folder, apart from the user's.
 under_wine() { HOME=$1/home WINEPREFIX=$1/wine wine "${@:2}"; } # nothing of it leads to the user's own folders
@@ -106,14 +108,12 @@ run_road() {
     tool 0 uninstall Road
     [ ! -e "$work/app/dir" ] || fail "files were left behind"
 
-    say "road: http and https"
+    say "road: http"
     start_server "$published" "$work/server"
     trap 'stop_server "$built/road/server"' EXIT
     tool 0 install "$http_url/declarations.xml" --release 1.0.0 --to "$to"
     same "$work/one"
-    tool 1 plan "$https_url/declarations.xml"
-    grep -q "SSL handshake failed" <<<"$output" || fail "an unknown authority: $output"
-    tool 0 install "$https_url/declarations.xml" --ca-file "$(windows_path "$ca_file")" --move
+    tool 0 update
     same "$work/two"
     stop_server "$work/server"
     trap - EXIT

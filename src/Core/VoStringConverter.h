@@ -4,7 +4,7 @@
 
 /// Converts a value to its text and back. Instantiated for `double` and `long long`.
 template <typename T>
-class VOCORE_EXPORT VoStringConverter
+class VOCORE_TEMPLATE_EXPORT VoStringConverter
 {
 public:
     virtual ~VoStringConverter();

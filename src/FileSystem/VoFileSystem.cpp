@@ -306,7 +306,10 @@ std::vector<Entry> ReadDirectory(const VoFilePath& directory, bool mayHaveVanish
     return Guarded([&] {
         std::vector<Entry> entries;
         std::error_code error;
-        fs::directory_iterator iterator(vo::detail::ToNative(directory), error);
+        const fs::path native = vo::detail::ToNative(directory);
+        if (native.empty()) // what systems say of it differs
+            Fail("directory_iterator", std::make_error_code(std::errc::no_such_file_or_directory), directory);
+        fs::directory_iterator iterator(native, error);
         while (!error && iterator != fs::directory_iterator()) {
             std::error_code looked; // what has vanished is a file, and missed when its turn comes
             const bool isDirectory = IsDirectoryItself(*iterator, looked);

@@ -15,7 +15,7 @@
 /// @tparam SimplexMatrix a matrix of them
 /// @tparam SimplexVector a sequence of them
 template <typename T, typename SimplexMatrix, typename SimplexVector>
-class VOCORE_EXPORT VoLinearProblemAlgorithm
+class VOCORE_TEMPLATE_EXPORT VoLinearProblemAlgorithm
 {
 public:
     VoLinearProblemAlgorithm() = default;                                           ///< For derived classes.

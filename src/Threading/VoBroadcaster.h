@@ -26,7 +26,7 @@
 /// The owner sees to it that no broadcast is running when the broadcaster is destroyed. Receivers that are left become
 /// inert.
 template <typename T>
-class VOCORE_EXPORT VoBroadcaster : public VoAbstractBroadcaster
+class VOCORE_TEMPLATE_EXPORT VoBroadcaster : public VoAbstractBroadcaster
 {
 public:
     VoBroadcaster() = default;

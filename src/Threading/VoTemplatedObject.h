@@ -7,7 +7,7 @@
 
 /// A value of any type as an object of the library, so that it can be shared and watched by weak pointers.
 template <typename T>
-class VOCORE_EXPORT VoTemplatedObject : public VoObject
+class VOCORE_TEMPLATE_EXPORT VoTemplatedObject : public VoObject
 {
 public:
     /// Holds a default value.

@@ -104,6 +104,7 @@ struct AbstractPackageBuilder::Private
     std::vector<VoDirectoryPath> published; // where finalise has moved chunks, also when it failed
     IgnoreRules ignored;
     bool keepsAttributes = false;
+    bool isPortable = false;
     ReleaseAttributes attributes;
     Approval approval;
     ReleaseTerms terms;
@@ -300,6 +301,10 @@ void AbstractPackageBuilder::requireSound(const ReleaseAttributes& attributes,
 {
     if (attributes.isEmpty())
         return;
+    for (const ReleaseAttributes::Link& link : attributes.links)
+        requireTarget(link.target);
+    for (const VoFilePath& folder : attributes.folders)
+        requireTarget(folder);
     std::vector<const VoFilePath*> targets;
     targets.reserve(sources.size() + m_private->targets.size());
     for (const SourceFile& file : sources)
@@ -314,7 +319,7 @@ void AbstractPackageBuilder::requirePackable(const std::vector<SourceFile>& sour
 {
     std::vector<const VoFilePath*> targets;
     for (const SourceFile& file : sources) {
-        RequirePublishableTarget(file.target);
+        requireTarget(file.target);
         requireNew(file.target);
         targets.push_back(&file.target);
     }
@@ -346,6 +351,13 @@ void AbstractPackageBuilder::requireNew(const VoFilePath& target) const
     throw VoInvalidParameterException(text);
 }
 
+void AbstractPackageBuilder::requireTarget(const VoFilePath& target) const
+{
+    RequirePublishableTarget(target);
+    if (m_private->isPortable)
+        RequirePortableTarget(target);
+}
+
 void AbstractPackageBuilder::exclude(const VoString& pattern)
 {
     m_private->ignored.add(pattern);
@@ -358,7 +370,7 @@ void AbstractPackageBuilder::excludeListed(const VoFilePath& list)
 
 void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath& target, bool isAlone)
 {
-    RequirePublishableTarget(target);
+    requireTarget(target);
     requireNew(target);
 
     announce("Adding file to package: " + target.path(), Message::FileAdded);
@@ -503,6 +515,11 @@ std::size_t AbstractPackageBuilder::chunksShared() const
 void AbstractPackageBuilder::keepAttributes()
 {
     m_private->keepsAttributes = true;
+}
+
+void AbstractPackageBuilder::requirePortableNames()
+{
+    m_private->isPortable = true;
 }
 
 void AbstractPackageBuilder::setApproval(Approval approval)

@@ -133,6 +133,11 @@ public:
     /// and ("Invalid attributes: " + what is wrong) for places that clash, before anything is packed.
     void keepAttributes();
 
+    /// Has add refuse, from its next call on, the names that other systems than Windows can have, as it refuses targets
+    /// that no client installs: "Invalid target path: " + target + ": it holds one of ? * | \" < >, which Windows takes
+    /// in no name". Without this call such a release is published, and cannot be installed on Windows.
+    void requirePortableNames();
+
     /// Told what is declared, to refuse the release by throwing.
     using Approval = std::function<void(const AdvertisedPackages&)>;
     /// Sets who approves of the release: asked before files are packed, by the forms of add that name the declarations,
@@ -194,6 +199,7 @@ private:
     struct Private;
 
     void addFile(const VoFilePath& source, const VoFilePath& target, bool isAlone);
+    void requireTarget(const VoFilePath& target) const;
     void addDirectory(const VoDirectoryPath& directory, const VoFilePath& declarationsFile, bool byAge = false);
     AdvertisedFileListing packFile(const VoFilePath& source, const VoFilePath& target);
 

@@ -13,6 +13,7 @@
 #include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/ListingTable.h>
 #include <Updater/detail/documents/PlainListing.h>
+#include <Updater/detail/documents/ReleaseDocuments.h>
 #include <Updater/detail/documents/RemoteDocument.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <XML/VoXMLStreamLoader.h>
@@ -134,6 +135,12 @@ VoUniquePtr<AdvertisedPackageListing> AdvertisedPackageListing::Parse(const VoSt
         return Made(std::move(*plain));
     VoXMLStreamLoader loader = Rules();
     return Require(ParseDocument(loader, bytes, name), name);
+}
+
+void AdvertisedPackageListing::findAttributes(const VoLocation& definition, const VoStopFlag& stop,
+                                              const VoDownloadPolicy& downloads)
+{
+    FindAttributes(*this, definition, stop, downloads);
 }
 
 void AdvertisedPackageListing::add(const AdvertisedFileListing& file)

@@ -72,6 +72,12 @@ public:
     static VoUniquePtr<AdvertisedPackageListing> Open(const VoLocation& location, VoStopFlag stop,
                                                       const VoDownloadPolicy& downloads);
 
+    /// Sets the attributes() to what stands beside the definition, or to empty ones where nothing does; does nothing
+    /// when they are known. Nobody verifies them: TrustedReleases does that for what is to be installed.
+    /// @throws VoValidationException "Invalid attributes: not those of the release: " + name; and what reading and
+    /// ReleaseAttributes::Parse() throw
+    void findAttributes(const VoLocation& definition, const VoStopFlag& stop, const VoDownloadPolicy& downloads);
+
     void add(const AdvertisedFileListing& file); ///< Appends a file.
     void add(const ChunkListing& chunk);         ///< Appends a chunk.
 

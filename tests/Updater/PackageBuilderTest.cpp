@@ -239,9 +239,11 @@ TEST_F(PackageBuilding, WhatNoClientWouldInstallIsRefusedBeforeAnythingIsPackedA
              {"..\\a", invalid + "..\\a: a name in it ends with a dot or a blank"},
              {"x.VoNew", invalid + "x.VoNew: names that end like this are those of files that are being installed"},
              {"nul", invalid + "nul: a name in it is that of a device"},
+             {"a\\<b>", invalid + "a\\<b>: it holds one of ? * | \" < >, which Windows takes in no name"},
          }) {
         makeSource({{"a", "1"}});
         const auto packer = builder();
+        packer->requirePortableNames();
         packer->add(source().file("a"), VoFilePath("Dir/\xC3\x89.txt"));
         try {
             packer->add(source().file("a"), VoFilePath::CreateUnchecked(VoString(target)));
@@ -258,6 +260,7 @@ TEST_F(PackageBuilding, WhatNoClientWouldInstallIsRefusedBeforeAnythingIsPackedA
              {{{"0", large}, {"a.txt", "1"}, {"A.TXT", "2"}}, added + "A.TXT and a.txt differ only in letter case"},
              {{{"0", large}, {"dir", "1"}, {"Dir/x", "2"}}, invalid + "dir: it is also the directory of Dir\\x"},
              {{{"0", large}, {" a", "1"}}, invalid + " a: it begins with a blank"},
+             {{{"0", large}, {"why?", "1"}}, invalid + "why?: it holds one of"},
          }) {
         makeSource({});
         for (const auto& [name, content] : files) {
@@ -266,6 +269,7 @@ TEST_F(PackageBuilding, WhatNoClientWouldInstallIsRefusedBeforeAnythingIsPackedA
             std::ofstream(path) << content;
         }
         const auto packer = builder();
+        packer->requirePortableNames();
         bool hasPacked = false;
         const VoReceiver receiver = packer->connect([&](const VoSharedPtr<Message>&) { hasPacked = true; });
         try {

@@ -87,7 +87,7 @@ NativeFile NativeFile::OpenForReading(const std::filesystem::path& path, std::er
         return handle != INVALID_HANDLE_VALUE;
     };
     if (!Persistently(open, Never)) {
-        error = LastSystemError();
+        error = LastErrorOf(path);
         const DWORD attributes = ::GetFileAttributesW(name.c_str());
         if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
             error = std::make_error_code(std::errc::is_a_directory);
@@ -107,8 +107,8 @@ NativeFile NativeFile::CreateNew(const std::filesystem::path& path, NewFileAcces
     // the path of a new file.
     error.clear();
     const HANDLE handle =
-        ::CreateFileW(SystemName(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                      CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+        ::CreateFileW(SystemName(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                      nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle != INVALID_HANDLE_VALUE)
         return NativeFile(reinterpret_cast<Handle>(handle));
     error = LastSystemError();
@@ -181,7 +181,7 @@ void RemoveFile(const std::filesystem::path& path, std::error_code& error) noexc
     };
     if (isDirectory ? Persistently(remove, Never) : Persistently(remove, Always))
         return;
-    error = LastSystemError();
+    error = LastErrorOf(path);
     if (isMarked)
         ::SetFileAttributesW(name.c_str(), attributes);
 }

@@ -30,8 +30,7 @@ fs::file_status StatusOf(DWORD attributes) noexcept
 fs::file_status Unknown(std::error_code& error) noexcept
 {
     error = LastSystemError();
-    const bool isMissing =
-        error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+    const bool isMissing = error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
     return fs::file_status(isMissing ? fs::file_type::not_found : fs::file_type::none);
 }
 
@@ -68,7 +67,8 @@ bool RenameOpened(const fs::path& from, const std::wstring& to)
     info.FileNameLength = static_cast<DWORD>(bytes);
     std::memcpy(storage.data(), &info, sizeof(info));
     std::memcpy(storage.data() + offsetof(FILE_RENAME_INFO, FileName), to.c_str(), bytes + sizeof(wchar_t));
-    return ::SetFileInformationByHandle(file.get(), renameInfoEx, storage.data(), static_cast<DWORD>(storage.size())) != 0;
+    return ::SetFileInformationByHandle(file.get(), renameInfoEx, storage.data(), static_cast<DWORD>(storage.size())) !=
+           0;
 }
 
 bool RenamePlainly(const std::wstring& from, const std::wstring& to)
@@ -86,6 +86,13 @@ bool RenamePlainly(const std::wstring& from, const std::wstring& to)
     }
     ::SetLastError(error);
     return false;
+}
+
+// Renaming over a file that somebody holds is merely "denied".
+bool IsHeld(const fs::path& path)
+{
+    return !OpenName(path, DELETE, FILE_FLAG_OPEN_REPARSE_POINT).isOpen() &&
+           ::GetLastError() == ERROR_SHARING_VIOLATION;
 }
 
 std::vector<std::wstring> NamesIn(const fs::path& directory, std::error_code& error)
@@ -167,8 +174,11 @@ void RenameNative(const fs::path& from, const fs::path& to, std::error_code& err
     const auto mayPass = [&] { return !IsDirectoryName(target) && !IsDirectoryName(source); };
     if (Persistently([&] { return RenameOpened(from, target) || RenamePlainly(source, target); }, mayPass))
         return;
-    error = LastSystemError();
-    if (::GetLastError() == ERROR_ACCESS_DENIED && IsDirectoryName(target) && !IsDirectoryName(source))
+    const DWORD failure = ::GetLastError();
+    const bool isSourceHeld = IsHeld(from);
+    ::SetLastError(isSourceHeld || IsHeld(to) ? ERROR_SHARING_VIOLATION : failure);
+    error = LastErrorOf(isSourceHeld ? from : to);
+    if (failure == ERROR_ACCESS_DENIED && IsDirectoryName(target) && !IsDirectoryName(source))
         error = std::make_error_code(std::errc::is_a_directory);
 }
 
@@ -191,13 +201,16 @@ std::uintmax_t RemoveTree(const fs::path& path, std::error_code& error)
 
 fs::path RealPath(const fs::path& path, std::error_code& error)
 {
-    const fs::path full = fs::absolute(path, error).lexically_normal();
+    fs::path full = fs::absolute(path, error).lexically_normal();
+    if (!full.has_filename() && full.has_relative_path())
+        full = full.parent_path();
     fs::path missing;
     for (fs::path existing = full; !error; existing = existing.parent_path()) {
         const WindowsHandle file = OpenName(existing, FILE_READ_ATTRIBUTES, 0);
         if (file.isOpen()) {
             const fs::path real = FinalPath(file);
-            return (real.empty() ? existing : real) / missing;
+            const fs::path& start = real.empty() ? existing : real;
+            return missing.empty() ? start : start / missing; // nothing appended would append a separator
         }
         error = LastSystemError();
         if (error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory)

@@ -1,6 +1,7 @@
 #include <FileSystem/detail/NativePath.h>
 
 #include <Core/VoFileException.h>
+#include <Core/detail/UTF8.h>
 #include <FileSystem/VoAbstractPath.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/detail/NativeNames.h>
@@ -21,6 +22,8 @@ std::filesystem::path NativeText(const VoString& text)
     if (Bytes(text).find('\0') != std::string_view::npos)
         throw VoInvalidPathFileException(VoFilePath::CreateUnchecked(VoString(text)));
     if constexpr (BackslashSeparates) {
+        if (ValidUTF8Prefix(Bytes(text)) != text.size()) // two such texts would be one name
+            throw VoInvalidPathFileException(VoFilePath::CreateUnchecked(VoString(text)));
         return std::filesystem::path(text.toWString());
     } else {
         std::string bytes = text.toStdString();
@@ -33,7 +36,11 @@ std::filesystem::path NativeText(const VoString& text)
 std::string PathBytes(const std::filesystem::path& path)
 {
     if constexpr (BackslashSeparates) {
-        std::string bytes = VoString::FromWString(path.wstring()).toStdString();
+        const VoString text = VoString::FromWString(path.wstring());
+        std::string bytes = text.toStdString();
+        if (text.toWString() != path.wstring()) // half a character, which the system lets stand by itself
+            throw VoInvalidPathFileException("Name is no Unicode text",
+                                             VoFilePath::CreateUnchecked(VoString(std::move(bytes))));
         std::replace(bytes.begin(), bytes.end(), '/', PathSeparator); // means the same there
         return bytes;
     } else {
@@ -110,7 +117,8 @@ bool IsInsideCanonical(const VoDirectoryPath& directory, const VoFilePath& path)
         inner = RealPath(ToNative(path), error);
     if (error && !MeansMissing(error))
         throw VoFileException("canonical: " + VoString(error.message()), path);
-    return !error && isThere && std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
+    return !error && isThere &&
+           std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
 }
 
 } // namespace vo::detail

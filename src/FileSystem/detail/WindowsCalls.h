@@ -58,6 +58,10 @@ inline std::error_code ErrorOf(DWORD error) noexcept
     }
 }
 
+/// The thread's last error, that a call about `file` ended with. Where other programs have the file open, the message
+/// says so, with their names where the system tells them, until the thread meets the next such error.
+std::error_code LastErrorOf(const std::filesystem::path& file) noexcept;
+
 /// Calls again, for about a second, while somebody holds a file open: scanners and indexers do so with new files for a
 /// moment. `call` gives false and leaves the error with the system, as its calls do; "access denied" is said of such
 /// files as well as of those that never may be changed, so `mayPass` is asked whether it can be the former.

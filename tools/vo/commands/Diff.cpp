@@ -1,10 +1,15 @@
 #include <vo/Session.h>
 #include <vo/line/Paths.h>
+#include <vo/release/Besides.h>
 #include <vo/release/ReleaseChoice.h>
 #include <vo/release/Totals.h>
 
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/PackageDifferences.h>
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
 
 namespace vo::tool {
 
@@ -52,6 +57,21 @@ void ShowDifference(Console& console, const FileDifference& difference, const Ad
     }
 }
 
+void ShowAttributeDifferences(Session& session, AdvertisedPackageListing& from, AdvertisedPackageListing& to)
+{
+    const auto before = BesidesOf(session, from, session.arguments.fileArgument(0));
+    const auto after = BesidesOf(session, to, session.arguments.fileArgument(1));
+    const auto show = [&](const std::vector<Besides>& in, const std::vector<Besides>& notIn, const char* type) {
+        std::vector<Besides> only;
+        std::set_difference(in.begin(), in.end(), notIn.begin(), notIn.end(), std::back_inserter(only));
+        for (const Besides& one : only)
+            ShowBesides(session.console, one, type);
+    };
+    session.console.list("attributes");
+    show(after, before, "added");
+    show(before, after, "removed");
+}
+
 ExitCode Run(Session& session)
 {
     Console& console = session.console;
@@ -63,6 +83,7 @@ ExitCode Run(Session& session)
     console.list("differences");
     for (const FileDifference& difference : differences->fileDifferences())
         ShowDifference(console, difference, *from, *to, totals);
+    ShowAttributeDifferences(session, *from, *to);
     console.fact("from", "from", ReleaseText(from->version()), from->version().toString());
     console.fact("to", "to", ReleaseText(to->version()), to->version().toString());
     console.fact("added", "added", totals.added);
@@ -78,8 +99,9 @@ Command DiffCommand()
     return {"diff",
             "A/package.xml B/package.xml",
             "compare two releases of one package",
-            "Lists the files that differ between two releases of one package, with their sizes. Files are told apart\n"
-            "by their IDs, which a target keeps from release to release.\n",
+            "Lists the files that differ between two releases of one package, with their sizes, and what differs of\n"
+            "executables, links and empty folders. Files are told apart by their IDs, which a target keeps from\n"
+            "release to release.\n",
             {},
             2,
             2,

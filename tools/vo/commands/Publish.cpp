@@ -2,6 +2,7 @@
 #include <vo/line/CommandError.h>
 #include <vo/line/Failures.h>
 #include <vo/line/Paths.h>
+#include <vo/release/Besides.h>
 #include <vo/release/Keys.h>
 #include <vo/release/ReleaseChoice.h>
 #include <vo/release/Totals.h>
@@ -209,6 +210,8 @@ void Build(Session& session, AbstractPackageBuilder& builder, const Request& req
     builder.setApproval([&](const AdvertisedPackages& declared) { Approve(declared, base, request); });
     if (!request.onlyFiles)
         builder.keepAttributes();
+    if (!session.arguments.has("no-portable"))
+        builder.requirePortableNames();
     LeaveOut(builder, session, request);
     if (session.arguments.has("repack"))
         builder.packAnew();
@@ -230,13 +233,7 @@ void ShowRelease(Console& console, const AbstractPackageBuilder& builder, double
     console.fact("release", "release", ReleaseText(package.version()), package.version().toString());
     console.fact("versionID", "version ID", package.versionID().toString(), package.versionID());
     console.fact("files", "files", package.files().size());
-    const auto show = [&console](const char* key, const char* label, std::size_t count) {
-        if (count > 0)
-            console.fact(key, label, count);
-    };
-    show("links", "links", package.attributes()->links.size());
-    show("executables", "executables", package.attributes()->executables.size());
-    show("folders", "empty folders", package.attributes()->folders.size());
+    ShowBesidesFigures(console, *package.attributes());
     console.fact("bytesIn", "bytes in", BytesText(in), in);
     console.fact("bytesOut", "bytes out", BytesText(out), out);
     console.fact("chunks", "chunks", package.chunks().size());
@@ -279,6 +276,7 @@ std::vector<Option> Options()
         {"package", "ID", "the package to continue, or the ID to give to a new one"},
         {"exclude", "PATTERN", "leave out the files and folders that fit; may be given again", '\0', true},
         {"no-attributes", nullptr, "publish the bytes of files alone, and what links to files lead to as files"},
+        {"no-portable", nullptr, "publish also names that cannot be on Windows, with one of ? * | \" < > in them"},
         {"replace", nullptr, "let the release take the place of one that is declared already"},
         {"older", nullptr, "let the release be older than the newest that is declared"},
         {"chunk-size", "N", "bytes that a chunk holds before compression, such as 512K (the default is 4M)"},

@@ -1,5 +1,6 @@
 #include <vo/Session.h>
 #include <vo/line/Paths.h>
+#include <vo/release/Besides.h>
 #include <vo/release/Downloads.h>
 #include <vo/release/ReleaseChoice.h>
 #include <vo/release/Totals.h>
@@ -32,12 +33,16 @@ ExitCode Run(Session& session)
     const std::uint64_t content = TotalBytes(package.files());
     const std::uint64_t transfer = TotalBytes(package.chunks());
     ShowFiles(console, package);
+    console.list("attributes");
+    for (const Besides& one : BesidesOf(session, *chosen.package, chosen.definition))
+        ShowBesides(console, one);
     console.fact("package", "package", package.packageID().toString(), package.packageID());
     console.fact("name", "name", package.name());
     console.fact("release", "release", ReleaseText(package.version()), package.version().toString());
     console.fact("versionID", "version ID", package.versionID().toString(), package.versionID());
     console.fact("definition", "definition", LocationText(chosen.definition));
     console.fact("fileCount", "files", package.files().size());
+    ShowBesidesFigures(console, *package.attributes());
     console.fact("bytes", "bytes", BytesText(content), content);
     console.fact("chunkCount", "chunks", package.chunks().size());
     console.fact("chunkBytes", "bytes in chunks", BytesText(transfer), transfer);
@@ -60,8 +65,9 @@ Command ShowCommand()
     return {"show",
             "DECLARATIONS|PACKAGE.XML|URL [--package ID] [--release V]",
             "show one release and its files",
-            "Lists the files of a release (digest, bytes and target) and its figures. Of a declarations file the\n"
-            "newest release is shown unless --release names another.\n",
+            "Lists the files of a release (digest, bytes and target), which of them are executable, its links and\n"
+            "empty folders, and its figures. Of a declarations file the newest release is shown unless --release\n"
+            "names another.\n",
             Options(),
             1,
             1,

@@ -78,6 +78,11 @@ VoString PathText(const VoDirectoryPath& path)
     return VoString(WithoutEnd(NativeName(path).toStdString()));
 }
 
+VoString WayText(const VoString& to)
+{
+    return VoString(NativeText(to.toStdString()));
+}
+
 VoString PathTextBelow(const VoDirectoryPath& directory, const VoFilePath& path)
 {
     return PathText(directory.toFilePath().isAncestor(path) ? directory.relativeFile(path) : path);

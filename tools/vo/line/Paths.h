@@ -28,6 +28,9 @@ VoString PathText(const VoFilePath& path);
 VoString PathText(const VoDirectoryPath& path); ///< Without a separator at its end.
 /// @}
 
+/// Where a link leads, as this system writes it.
+VoString WayText(const VoString& to);
+
 /// The path as seen from a directory, when it lies inside, else all of it; as this system writes it.
 VoString PathTextBelow(const VoDirectoryPath& directory, const VoFilePath& path);
 

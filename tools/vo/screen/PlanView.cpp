@@ -74,11 +74,6 @@ void ShowIdentity(Console& console, const InstallationPlan& plan, const VoDirect
     console.fact("directory", "folder", PathText(directory));
 }
 
-VoString WayText(const VoString& to)
-{
-    return VoString(NativeText(to.toStdString()));
-}
-
 void ShowAttributeStep(Console& console, const char* action, const VoString& path, const VoString& to = VoString())
 {
     JsonRecord record;

@@ -236,6 +236,13 @@ void RequirePublishableTarget(const VoFilePath& target)
         throw VoValidationException("Invalid target path: " + target.path() + ": " + problem);
 }
 
+void RequirePortableTarget(const VoFilePath& target)
+{
+    if (target.path().toStdString().find_first_of("?*|\"<>") != std::string::npos)
+        throw VoValidationException("Invalid target path: " + target.path() +
+                                    ": it holds one of ? * | \" < >, which Windows takes in no name");
+}
+
 void RequireRecordableDirectory(const VoDirectoryPath& directory)
 {
     if (!SurvivesXML(directory.path().toStdString()))

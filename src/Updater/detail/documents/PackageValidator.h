@@ -32,6 +32,8 @@ VOCORE_PRIVATE_EXPORT void RequireSafeDefinitionPath(const VoFilePath& path); //
 /// A target that every client installs: safe, and no name that the installer itself uses. "Invalid target path: " +
 /// target + ": " + the rule that it breaks.
 VOCORE_PRIVATE_EXPORT void RequirePublishableTarget(const VoFilePath& target);
+/// A target that files of every system can have: what Windows refuses besides is not in it. Told as above.
+VOCORE_PRIVATE_EXPORT void RequirePortableTarget(const VoFilePath& target);
 /// A directory whose path documents can record; else throws VoInvalidParameterException ("Installation directory is not
 /// UTF-8: " + directory).
 VOCORE_PRIVATE_EXPORT void RequireRecordableDirectory(const VoDirectoryPath& directory);

@@ -81,14 +81,22 @@ bool IsRecorded(const VoUUID& packageID)
     return vo::detail::SafeName(packageID.toString()) && VoFileSystem::Exists(ListingPath(packageID));
 }
 
-void FindDocuments(AdvertisedPackageListing& package, const VoLocation& definition, const VoStopFlag& stop,
-                   const VoDownloadPolicy& downloads)
+void FindAttributes(AdvertisedPackageListing& package, const VoLocation& definition, const VoStopFlag& stop,
+                    const VoDownloadPolicy& downloads)
 {
     if (package.attributes())
         return;
     const VoFilePath path(ReleaseAttributes::FileName);
     const DocumentPlace place = DocumentPlace::Of(definition, stop, downloads).first;
     package.setAttributes(AttributesOf(package, FindOptional(place, path, LargestDocument), place.nameOf(path)));
+}
+
+void FindDocuments(AdvertisedPackageListing& package, const VoLocation& definition, const VoStopFlag& stop,
+                   const VoDownloadPolicy& downloads)
+{
+    if (package.attributes())
+        return;
+    FindAttributes(package, definition, stop, downloads);
     if (!package.patches() && IsRecorded(package.packageID()))
         package.setPatches(ReleasePatches::Find(package, definition, stop, downloads));
 }

@@ -55,8 +55,12 @@ std::shared_ptr<const ReleasePatches> TryPatches(const AbstractPackage& release,
 /// Whether patches could be of use here: something is on record of the package.
 bool IsRecorded(const VoUUID& packageID);
 
-/// Reads from beside the definition of a release what stands there, unless its attributes are known: then somebody has
-/// looked. Patches are looked for where they could be of use. Throws as FindOptional and AttributesOf.
+/// Reads the attributes of a release from beside its definition, unless they are known. Throws as FindOptional and
+/// AttributesOf.
+void FindAttributes(AdvertisedPackageListing& package, const VoLocation& definition, const VoStopFlag& stop,
+                    const VoDownloadPolicy& downloads);
+/// The same, and with them the patches where they could be of use. Where the attributes are known, somebody has looked
+/// for both.
 void FindDocuments(AdvertisedPackageListing& package, const VoLocation& definition, const VoStopFlag& stop,
                    const VoDownloadPolicy& downloads);
 
