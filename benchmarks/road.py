@@ -237,6 +237,11 @@ def measure_patches(scratch, old, new):
             if os.path.exists(before) and shutil.which(name):
                 run(command + [f"{scratch}/peer"])
                 peers[name] = peers.get(name, 0) + os.path.getsize(f"{scratch}/peer")
+    for peer in (Casync, Zsync):
+        if shutil.which(peer.name):
+            other = peer([old, new], scratch)
+            peers[peer.name] = other.bytes(1, 2)
+            other.close()
     best = min(peers, key=peers.get) if peers else None
     row("bytes of an update by patches", f"{ours / 1e3:.0f} KB", f"{alone / 1e3:.0f} KB compressed alone", "-",
         ours / alone, ("<=", 0.2))
@@ -259,6 +264,9 @@ class Casync:
             self.chunks.append({name: os.path.getsize(os.path.join(at, name))
                                 for at, _, names in os.walk(store) for name in names})
             fresh(store)
+
+    def close(self):
+        pass
 
     def bytes(self, old, new):
         return sum(size for name, size in self.chunks[new].items() if name not in self.chunks[old])
@@ -323,8 +331,7 @@ def print_matrix(title, trees, scratch, chunk):
             cells.append(" / ".join(str(size // 1000) for size in sizes))
         print("    " + f"{start[:-2] or 'nothing':10}" + "".join(f"{cell:>33}" for cell in cells))
     for other in others:
-        if isinstance(other, Zsync):
-            other.close()
+        other.close()
 
 
 def generated_history(scratch):

@@ -31,8 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string old;
     for (int i = 0; i < 600; ++i)
         old += static_cast<char>('a' + i * i % 23);
-    const VoFilePath before =
-        scratch.write("before", reinterpret_cast<const std::uint8_t*>(old.data()), old.size());
+    const VoFilePath before = scratch.write("before", reinterpret_cast<const std::uint8_t*>(old.data()), old.size());
     const VoFilePath patch = scratch.write("patch", data, size);
     for (const std::size_t made : {std::size_t{700}, MadeSize})
         Allow([&] { Applied(before, patch, made); });

@@ -109,8 +109,8 @@ public:
     std::size_t chunksShared() const; ///< How many chunks of the package an earlier release has as well.
 
     /// Has finalise() make patches from the newest `releases` declared releases of the package, for the files that they
-    /// have with another content, where a patch comes to at most 0.7 of the file's bytes in chunks. The messages "Making
-    /// patch: " + target tell of it. What cannot be had of an earlier release only warns.
+    /// have with another content, where a patch comes to at most 0.7 of the file's bytes in chunks. The messages
+    /// "Making patch: " + target tell of it. What cannot be had of an earlier release only warns.
     void makePatches(std::size_t releases);
     /// The patches that finalise() has published.
     const ReleasePatches& patches() const;

@@ -54,8 +54,8 @@ struct VOCORE_EXPORT InstallationPlan
     VoDeque<VoFilePath> programs;     ///< Those of the files to add or rewrite that are executable.
     VoDeque<VoDirectoryPath> folders; ///< Folders to make in which nothing lies.
 
-    VoDeque<ChunkListing> chunks;       ///< The chunks to fetch, in the order of the advert.
-    VoDeque<ChunkListing> patches;      ///< The patches to fetch, listed as chunks are.
+    VoDeque<ChunkListing> chunks;  ///< The chunks to fetch, in the order of the advert.
+    VoDeque<ChunkListing> patches; ///< The patches to fetch, listed as chunks are.
     /// Needed chunks and patches that an interrupted run has left whole; not fetched again.
     VoDeque<ChunkListing> stagedChunks;
 

@@ -276,7 +276,8 @@ protected:
     // How many patches the second release lists, all of which are there.
     std::size_t patchesPublished() const
     {
-        const VoDirectoryPath release = directory("server").directory("packages").directory(packageID.toString()).directory("1.1.0.0");
+        const VoDirectoryPath release =
+            directory("server").directory("packages").directory(packageID.toString()).directory("1.1.0.0");
         const VoString document = ReadBytes(release.file(ReleasePatches::FileName));
         const auto patches = ReleasePatches::Parse(document, "patches").patches;
         return static_cast<std::size_t>(std::count_if(patches.begin(), patches.end(), [&](const auto& patch) {

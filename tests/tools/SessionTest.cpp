@@ -52,5 +52,5 @@ TEST_P(Session, GoesAsApproved)
 INSTANTIATE_TEST_SUITE_P(Typed, Session,
                          testing::Values("road", "others", "unrecorded", "damage", "links", "refused", "publishing",
                                          "small", "json", "staged", "table", "zip", "lp", "help", "report", "update",
-                                         "completion"),
+                                         "completion", "patches"),
                          [](const auto& session) { return std::string(session.param); });

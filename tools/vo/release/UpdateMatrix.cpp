@@ -54,7 +54,8 @@ void ShowUpdate(Console& console, const AdvertisedPackageListing* from, const Ad
     console.row("updates",
                 Padded(start, 10) + Padded(ReleaseText(to.version()), 10) + Padded(VoString(cost.files), 8) +
                     Padded(VoString(cost.chunks), 8) + BytesText(cost.bytesToFetch) +
-                    (cost.patches > 0 ? "  with " + VoString(cost.patches) + " patches" : VoString()),
+                    (cost.patches > 0 ? "  by " + VoString(cost.patches) + (cost.patches > 1 ? " patches" : " patch")
+                                      : VoString()),
                 record);
 }
 

@@ -41,7 +41,7 @@ public:
     /// As find(); a document that is not there is a failure like others.
     VoString read(const VoFilePath& relative, std::uint64_t most = LargestDocument) const;
 
-    const VoStopFlag& stop() const { return m_stop; } ///< What ends fetching.
+    const VoStopFlag& stop() const { return m_stop; }        ///< What ends fetching.
     VoLocation locationOf(const VoFilePath& relative) const; ///< Where a document here stands.
     /// What a document here is called: its path, or its URL without user name and password.
     VoString nameOf(const VoFilePath& relative) const;

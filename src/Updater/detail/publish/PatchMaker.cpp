@@ -64,15 +64,14 @@ public:
     std::shared_ptr<const VoByteArray> read(const ChunkListing& chunk)
     {
         const std::lock_guard lock(m_mutex);
-        const auto found = std::find_if(m_held.begin(), m_held.end(), [&](const auto& held) {
-            return held.first == chunk.id();
-        });
+        const auto found =
+            std::find_if(m_held.begin(), m_held.end(), [&](const auto& held) { return held.first == chunk.id(); });
         if (found != m_held.end())
             return found->second;
         if (m_held.size() == MostHeld)
             m_held.pop_front();
-        m_held.emplace_back(chunk.id(), std::make_shared<const VoByteArray>(
-                                            ReadChunk(m_place.appended(chunk.path()), LargestChunk)));
+        m_held.emplace_back(
+            chunk.id(), std::make_shared<const VoByteArray>(ReadChunk(m_place.appended(chunk.path()), LargestChunk)));
         return m_held.back().second;
     }
 

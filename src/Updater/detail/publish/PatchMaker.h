@@ -58,7 +58,7 @@ private:
     const VoDirectoryPath m_directory;
     const Working m_working;
     const Warn m_warn;
-    std::unordered_map<VoUUID, std::uint64_t> m_extents; // what the chunks of the package hold
+    std::unordered_map<VoUUID, std::uint64_t> m_extents;              // what the chunks of the package hold
     std::unordered_multimap<VoUUID, ReleasePatches::Content> m_known; // what patches take, by the IDs of the files
     ReleasePatches m_patches;
 };
