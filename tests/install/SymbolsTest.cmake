@@ -13,7 +13,7 @@ list(FILTER private EXCLUDE REGEX "VoNotImplementedException")
 list(LENGTH private known)
 set(detail "vo::(background_task::)?detail::")
 list(FILTER private EXCLUDE REGEX
-    " (${detail}(Throw|GlobalValueHandle::|AbstractConnection::|BroadcastConnections::|Job::|CancelledException|LogFailedWork))")
+    " (${detail}(Throw|GlobalValueHandle::|AbstractConnection::|BroadcastConnections::|Job::|CancelledException|LogFailedWork|Table(To|From)HTML))")
 list(FILTER private EXCLUDE REGEX " (vtable|typeinfo|typeinfo name) for ${detail}(AbstractConnection|Job)$")
 list(FILTER private EXCLUDE REGEX "AbstractTaskScheduler::enqueue")
 if(private)
