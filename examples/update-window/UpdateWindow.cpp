@@ -8,6 +8,10 @@
 #include <QtCore/QCoreApplication>
 #include <QtWidgets/QGridLayout>
 
+#include <chrono>
+#include <initializer_list>
+#include <utility>
+
 using namespace vo::updater;
 
 namespace {
@@ -102,7 +106,8 @@ void UpdateWindow::run(const QString& doing, bool changes, std::function<QString
 void UpdateWindow::tell(const QString& text, bool isBusy)
 {
     m_status.setText(text);
-    m_progress.setRange(0, isBusy ? 0 : 1); // of no range: how long it takes is not known
+    m_progress.setRange(0, isBusy ? 0 : 1); // none until it is known how much there is to do
+    m_progress.setValue(0);
     m_look.setDisabled(isBusy);
     m_install.setDisabled(isBusy || m_found.isEmpty());
     m_cancel.setEnabled(isBusy);

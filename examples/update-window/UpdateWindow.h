@@ -32,7 +32,7 @@ private:
     QPushButton m_look{QStringLiteral("Look for updates")};
     QPushButton m_install{QStringLiteral("Install")};
     QPushButton m_cancel{QStringLiteral("Cancel")};
-    VoDeque<vo::updater::PackageUpdate> m_found; // those that can be installed
+    VoDeque<vo::updater::PackageUpdate> m_found; // what can be installed
     VoStopFlag m_stop;
     VoReceiver m_messages;
     std::future<void> m_work; // last: its end waits

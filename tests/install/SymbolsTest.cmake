@@ -8,7 +8,7 @@ string(REGEX REPLACE "[[]|[]]" "|" symbols "${symbols}")
 string(REPLACE "\n" ";" symbols "${symbols}")
 
 set(private "${symbols}")
-list(FILTER private INCLUDE REGEX "detail::|Private|Impl")
+list(FILTER private INCLUDE REGEX "vo::([a-z_]+::)?detail::|Private|Impl")
 list(FILTER private EXCLUDE REGEX "VoNotImplementedException")
 list(LENGTH private known)
 set(detail "vo::(background_task::)?detail::")
