@@ -1,7 +1,7 @@
 #include <Core/VoVersion.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
-#include <FileSystem/detail/NativePath.h>
+#include <FileSystem/VoNativeName.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/PackageBuilder.h>
 #include <Updater/UpdatePackageBuilder.h>
@@ -145,7 +145,7 @@ void Changed(const fs::path& old, const fs::path& fresh)
 void PublishSorted(char** arguments, int count)
 {
     using namespace vo::updater;
-    const auto path = [&](int i) { return vo::detail::FromNative(fs::absolute(arguments[i])); };
+    const auto path = [&](int i) { return vo::FromStdPath(fs::absolute(arguments[i])); };
     const VoVersion version = VoVersion::Deserialize(arguments[4]);
     const auto size = static_cast<std::uint64_t>(std::atoll(arguments[3]));
     std::unique_ptr<AbstractPackageBuilder> builder;

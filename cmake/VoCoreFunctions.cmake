@@ -126,6 +126,8 @@ endfunction()
 # The CMake package VoCore, of which the libraries are components.
 function(vocore_install_package)
     set(package_directory "${CMAKE_INSTALL_LIBDIR}/cmake/VoCore")
+    get_target_property(type VoCore TYPE)
+    string(COMPARE EQUAL "${type}" "SHARED_LIBRARY" VOCORE_IS_SHARED)
     configure_package_config_file(packaging/VoCoreConfig.cmake.in "${PROJECT_BINARY_DIR}/VoCoreConfig.cmake"
         INSTALL_DESTINATION "${package_directory}")
     write_basic_package_version_file("${PROJECT_BINARY_DIR}/VoCoreConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
@@ -133,17 +135,50 @@ function(vocore_install_package)
         DESTINATION "${package_directory}" COMPONENT Development)
 endfunction()
 
-# vocore_test(Name SOURCES file... [LIBRARIES target...] [DEFINITIONS definition...])
-# Adds one test program of GoogleTest cases, with the shared fixtures and matchers.
+# VoCoreInternal: the same objects as a static library, in which the tests reach what the shared one does not export. A
+# program links one of the two, never both, for each has the library's single objects. Where the linker does not read the
+# list of exports, and in static builds, it is VoCore itself.
+function(vocore_add_internal_library)
+    get_target_property(type VoCore TYPE)
+    if(NOT type STREQUAL "SHARED_LIBRARY" OR WIN32 OR APPLE)
+        add_library(VoCoreInternal ALIAS VoCore)
+        return()
+    endif()
+    set(exports "${PROJECT_SOURCE_DIR}/cmake/VoCore.map")
+    target_link_options(VoCore PRIVATE "LINKER:--version-script=${exports}")
+    set_target_properties(VoCore PROPERTIES LINK_DEPENDS "${exports}")
+    # Objects alone would wait for nothing that VoCore makes before it compiles.
+    add_library(VoCoreInternal STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:VoCore>)
+    set_target_properties(VoCoreInternal PROPERTIES LINKER_LANGUAGE CXX)
+    target_compile_features(VoCoreInternal INTERFACE cxx_std_17)
+    target_include_directories(VoCoreInternal INTERFACE $<TARGET_PROPERTY:VoCore,INTERFACE_INCLUDE_DIRECTORIES>)
+    get_target_property(libraries VoCore LINK_LIBRARIES)
+    target_link_libraries(VoCoreInternal PUBLIC ${libraries})
+endfunction()
+
+# The target "uninstall": removes what the last installation from this build wrote.
+function(vocore_add_uninstall)
+    if(PROJECT_IS_TOP_LEVEL AND NOT TARGET uninstall)
+        add_custom_target(uninstall
+            COMMAND "${CMAKE_COMMAND}" -D "MANIFEST=${PROJECT_BINARY_DIR}/install_manifest.txt"
+                -P "${PROJECT_SOURCE_DIR}/cmake/Uninstall.cmake"
+            VERBATIM)
+    endif()
+endfunction()
+
+# vocore_test(Name [SHARED] SOURCES file... [LIBRARIES target...] [DEFINITIONS definition...])
+# Adds one test program of GoogleTest cases, with the shared fixtures and matchers. SHARED: over the library as its users
+# link it, for what needs VoCoreGui.
 function(vocore_test name)
-    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES;DEFINITIONS" ${ARGN})
+    cmake_parse_arguments(arg "SHARED" "" "SOURCES;LIBRARIES;DEFINITIONS" ${ARGN})
     set(program VoCore${name}Tests)
     add_executable(${program} ${arg_SOURCES})
     vocore_compile_alone()
     vocore_target_defaults(${program})
     vocore_add_windows_resource(${program} "Tests")
     target_compile_definitions(${program} PRIVATE ${arg_DEFINITIONS})
-    target_link_libraries(${program} PRIVATE VoCoreTestSupport ${arg_LIBRARIES})
+    target_link_libraries(${program} PRIVATE
+        VoCoreTestSupport ${arg_LIBRARIES} $<IF:$<BOOL:${arg_SHARED}>,VoCore::VoCore,VoCoreInternal>)
     if(VOCORE_PRECOMPILE_HEADERS)
         target_precompile_headers(${program} REUSE_FROM VoCoreTestSupport)
     endif()

@@ -153,7 +153,8 @@ class Builder:
     def members(self, word):
         """The objects of an archive that is built too, so that one of them can be another; any other word as it is."""
         folder, name = os.path.split(word)
-        prefix = f"{folder}/CMakeFiles/{name[3:-2]}.dir/"
+        target = "VoCore" if name == "libVoCoreInternal.a" else name[3:-2]  # made of the same objects
+        prefix = os.path.join(folder, "CMakeFiles", f"{target}.dir", "")
         return [made for made in self.compile if name.endswith(".a") and made.startswith(prefix)] or [word]
 
     def reach(self, path):

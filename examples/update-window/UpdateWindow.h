@@ -4,7 +4,6 @@
 #include <Threading/VoReceiver.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/PackageUpdate.h>
-#include <Updater/UpdateMessages.h>
 
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QProgressBar>
@@ -21,14 +20,11 @@ public:
     UpdateWindow();
     ~UpdateWindow() override; ///< Stops what is going on; nothing is left half-installed.
 
-    bool isBusy() const { return m_isBusy; }
+    bool isBusy() const { return m_cancel.isEnabled(); }
 
 private:
-    void look();
-    void install();
-    void run(const QString& doing, std::function<QString()> work, bool changes);
+    void run(const QString& doing, bool changes, std::function<QString(const VoStopFlag&)> work);
     void tell(const QString& text, bool isBusy);
-    void showMessage(const vo::updater::AbstractMessage& message);
     void post(std::function<void()> function); ///< To the window's thread, from any.
 
     QLabel m_status;
@@ -36,9 +32,8 @@ private:
     QPushButton m_look{QStringLiteral("Look for updates")};
     QPushButton m_install{QStringLiteral("Install")};
     QPushButton m_cancel{QStringLiteral("Cancel")};
-    VoDeque<vo::updater::PackageUpdate> m_found;
+    VoDeque<vo::updater::PackageUpdate> m_found; // what can be installed
     VoStopFlag m_stop;
-    bool m_isBusy = false;
     VoReceiver m_messages;
     std::future<void> m_work; // last: its end waits
 };

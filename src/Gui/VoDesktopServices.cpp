@@ -7,8 +7,8 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
+#include <FileSystem/VoNativeName.h>
 #include <FileSystem/VoUrl.h>
-#include <FileSystem/detail/NativePath.h>
 #include <Gui/detail/SelectInFolder.h>
 
 #include <QtCore/QByteArray>
@@ -24,7 +24,7 @@ namespace {
 std::filesystem::path AbsolutePath(const VoFilePath& path)
 {
     try {
-        return std::filesystem::absolute(vo::detail::ToNative(path));
+        return std::filesystem::absolute(vo::ToStdPath(path));
     } catch (const std::filesystem::filesystem_error& error) {
         throw VoInvalidCallException(VoString(error.what()));
     }

@@ -49,6 +49,16 @@ if(NOT output STREQUAL expected)
     message(FATAL_ERROR "the consumer prints \"${output}\"")
 endif()
 
+# A component that there is not is named, with those that there are.
+file(WRITE "${SCRATCH}/unknown/CMakeLists.txt"
+    "cmake_minimum_required(VERSION 3.25)\nproject(Unknown LANGUAGES CXX)\nfind_package(VoCore REQUIRED COMPONENTS Sound)\n")
+execute_process(COMMAND "${CMAKE_COMMAND}" -S "${SCRATCH}/unknown" -B "${SCRATCH}/unknown/build" -G Ninja
+    "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_PREFIX_PATH=${prefix}" RESULT_VARIABLE result OUTPUT_QUIET ERROR_VARIABLE error)
+string(REGEX REPLACE "[ \n]+" " " error "${error}")
+if(result EQUAL 0 OR NOT error MATCHES "no component \"Sound\" is installed. there are: Core")
+    message(FATAL_ERROR "an unknown component is told as \"${error}\"")
+endif()
+
 # The installed tool reads what the consumer published.
 run("${prefix}/bin/vo" releases "${SCRATCH}/published/declarations.xml")
 if(NOT output MATCHES "Consumer's files  1\\.0\\.0  newest")
@@ -65,13 +75,17 @@ if(NOT output STREQUAL "vo ${VERSION}\n")
     message(FATAL_ERROR "the tool built against the installed library says \"${output}\"")
 endif()
 
+set(static)
+if(NOT SHARED)
+    set(static --static)
+endif()
 # pkg-config gives flags that are enough on their own.
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
 run(pkg-config --modversion VoCore)
 if(NOT output STREQUAL "${VERSION}\n")
     message(FATAL_ERROR "pkg-config gives version \"${output}\"")
 endif()
-run(pkg-config --cflags --libs VoCore)
+run(pkg-config ${static} --cflags --libs VoCore)
 string(STRIP "${output}" flags)
 separate_arguments(flags UNIX_COMMAND "${flags}")
 run("${CXX}" -std=c++17 -o "${SCRATCH}/by-pkg-config" "${EXAMPLE}/main.cpp" ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")
@@ -86,7 +100,7 @@ if(GUI)
     run("${CMAKE_COMMAND}" -S "${gui}" -B "${SCRATCH}/gui" -G Ninja "-DCMAKE_CXX_COMPILER=${CXX}"
         "-DCMAKE_PREFIX_PATH=${prefix}" "-DCMAKE_CXX_FLAGS=-Wall -Wextra -Werror")
     run("${CMAKE_COMMAND}" --build "${SCRATCH}/gui")
-    run(pkg-config --cflags --libs VoCoreGui)
+    run(pkg-config ${static} --cflags --libs VoCoreGui)
     string(STRIP "${output}" flags)
     separate_arguments(flags UNIX_COMMAND "${flags}")
     run("${CXX}" -std=c++17 -o "${SCRATCH}/gui/by-pkg-config" "${gui}/main.cpp" ${flags} "-Wl,-rpath,${prefix}/${LIBDIR}")

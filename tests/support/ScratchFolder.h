@@ -1,7 +1,7 @@
 #pragma once
 
 #include <FileSystem/VoFilePath.h>
-#include <FileSystem/detail/NativePath.h>
+#include <FileSystem/VoNativeName.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -62,7 +62,7 @@ public:
     std::filesystem::path native(const std::string& name) const { return m_directory / name; }
 
     /// The library's path of a file in the directory.
-    VoFilePath path(const std::string& name) const { return vo::detail::FromNative(native(name)); }
+    VoFilePath path(const std::string& name) const { return vo::FromStdPath(native(name)); }
 
     /// Makes a file and the directories it needs; gives its path.
     VoFilePath write(const std::string& name, const std::string& content) const

@@ -1,0 +1,18 @@
+# Run as a script by the target "uninstall": removes the files that the last installation listed, and says which are gone
+# already. Folders stay.
+if(NOT EXISTS "${MANIFEST}")
+    message(FATAL_ERROR "Nothing was installed from this build: ${MANIFEST} is not there")
+endif()
+file(STRINGS "${MANIFEST}" files)
+foreach(file IN LISTS files)
+    set(path "$ENV{DESTDIR}${file}")
+    if(EXISTS "${path}" OR IS_SYMLINK "${path}")
+        message(STATUS "Removing ${path}")
+        file(REMOVE "${path}")
+        if(EXISTS "${path}" OR IS_SYMLINK "${path}")
+            message(FATAL_ERROR "${path} cannot be removed")
+        endif()
+    else()
+        message(STATUS "Gone already: ${path}")
+    endif()
+endforeach()
