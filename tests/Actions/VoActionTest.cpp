@@ -5,8 +5,6 @@
 #include <LogCapture.h>
 #include <VoTestSupport.h>
 
-#include <vector>
-
 namespace {
 
 using Property = VoAction::Property;

@@ -6,11 +6,6 @@
 #include <LogCapture.h>
 #include <VoTestSupport.h>
 
-#include <optional>
-#include <random>
-#include <string>
-#include <vector>
-
 namespace {
 
 // A document of letters, which fails once when it is told to: at the n-th step from now.

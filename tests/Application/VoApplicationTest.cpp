@@ -17,12 +17,6 @@
 #include <QtCore/QProcessEnvironment>
 #include <QtCore/QStringList>
 
-#include <memory>
-#include <set>
-#include <string>
-#include <thread>
-#include <vector>
-
 #if !defined(_WIN32)
 #include <csignal>
 #endif

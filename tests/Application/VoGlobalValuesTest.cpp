@@ -5,10 +5,6 @@
 #include <LogCapture.h>
 #include <VoTestSupport.h>
 
-#include <string>
-#include <thread>
-#include <vector>
-
 namespace {
 
 const VoGlobalValue<double> Tolerance({"Test.Tolerance", 1e-3, "Relative error", 1e-12, 1.0});
@@ -133,15 +129,10 @@ TEST(VoGlobalValues, ThreadsSetAndReadAndEveryChangeIsToldOnceInOrder)
     {
         const VoReceiver receiver =
             VoGlobalValues::Connect("Test.Counter", [&](const VoValueChange& change) { changes.push_back(change); });
-        std::vector<std::thread> threads;
-        for (int t = 1; t <= 4; ++t) {
-            threads.emplace_back([&, t] {
-                for (int i = 0; i < 200; ++i)
-                    counter.set(t * 1000 + i);
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
+        const vo::test::Threads threads(4, [&](int t) {
+            for (int i = 0; i < 200; ++i)
+                counter.set((t + 1) * 1000 + i);
+        });
     }
     ASSERT_EQ(changes.size(), 800u);
     for (std::size_t i = 1; i < changes.size(); ++i)

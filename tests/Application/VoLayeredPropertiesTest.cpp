@@ -12,12 +12,6 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QtGlobal>
 
-#include <limits>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
-
 using Layer = VoLayeredProperties::Layer;
 using vo::detail::ValueMap;
 
@@ -148,18 +142,13 @@ TEST_F(VoLayeredPropertiesTest, TwoWhoSaveDifferentNamesLoseNothingAndSeeEachOth
 
 TEST_F(VoLayeredPropertiesTest, ManyWhoSaveAtOnceLoseNothing)
 {
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([this, t] {
-            VoLayeredProperties own(sources());
-            for (int i = 0; i < 10; ++i) {
-                own.set("p" + VoString(t * 10 + i), i);
-                own.save();
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    vo::test::Threads(4, [this](int t) {
+        VoLayeredProperties own(sources());
+        for (int i = 0; i < 10; ++i) {
+            own.set("p" + VoString(t * 10 + i), i);
+            own.save();
+        }
+    });
     EXPECT_EQ(read("user.xml").size(), 40u);
 }
 

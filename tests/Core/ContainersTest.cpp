@@ -4,7 +4,6 @@
 #include <Core/VoDeque.h>
 #include <Core/VoHostTypes.h>
 #include <Core/VoList.h>
-#include <Core/VoMathsException.h>
 #include <Core/VoNumericMatrix.h>
 #include <Core/VoPair.h>
 #include <Core/VoPoint.h>
@@ -18,13 +17,8 @@
 #include <Maths/VoMaths.h>
 #include <Time/VoDateTime.h>
 
-#include <array>
-#include <cmath>
 #include <cstdint>
 #include <deque>
-#include <limits>
-#include <random>
-#include <sstream>
 
 namespace {
 

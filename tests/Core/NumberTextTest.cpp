@@ -5,13 +5,7 @@
 #include <Core/detail/NumberText.h>
 
 #include <climits>
-#include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <random>
-#include <sstream>
-#include <vector>
 
 namespace {
 

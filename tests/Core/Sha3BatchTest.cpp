@@ -4,13 +4,6 @@
 
 #include <QtCore/QByteArray>
 
-#include <algorithm>
-#include <cstring>
-#include <random>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
 namespace {
 
 // Each test runs with every number of lanes that this machine has, beside the framework's digest of each message alone.

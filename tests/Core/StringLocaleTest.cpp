@@ -6,11 +6,6 @@
 
 #include <QtCore/QString>
 
-#include <atomic>
-#include <thread>
-#include <utility>
-#include <vector>
-
 namespace {
 
 using vo::test::OddCharacters;
@@ -132,21 +127,16 @@ TEST_F(StringLocale, IsUsedByManyThreadsAtOnce)
 {
     const VoString shared = odd("Shared[\xC4_");
     std::atomic<int> failures{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 300; ++i) {
-                // More locales than a thread remembers.
-                const std::locale own(std::locale::classic(), new OddCharacters);
-                const bool found = shared.find("{\xE4") == 6 && shared == "sHARED{\xE4_";
-                const bool viewed = shared.trimmed().size() == 8 && VoString(shared).locale() == m_odd;
-                if (!found || !viewed || vo::detail::RecordOf(own)->locale != own)
-                    ++failures;
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    vo::test::Threads(4, [&] {
+        for (int i = 0; i < 300; ++i) {
+            // More locales than a thread remembers.
+            const std::locale own(std::locale::classic(), new OddCharacters);
+            const bool found = shared.find("{\xE4") == 6 && shared == "sHARED{\xE4_";
+            const bool viewed = shared.trimmed().size() == 8 && VoString(shared).locale() == m_odd;
+            if (!found || !viewed || vo::detail::RecordOf(own)->locale != own)
+                ++failures;
+        }
+    });
     EXPECT_EQ(failures, 0);
 }
 

@@ -13,9 +13,7 @@
 
 #include <QtCore/QByteArray>
 
-#include <cstring>
 #include <unordered_set>
-#include <utility>
 
 // What all classes of values promise of copies and moves.
 

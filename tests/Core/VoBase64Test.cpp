@@ -7,9 +7,6 @@
 #include <QtCore/QByteArray>
 
 #include <climits>
-#include <cmath>
-#include <cstring>
-#include <random>
 
 namespace {
 

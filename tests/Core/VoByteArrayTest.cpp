@@ -1,16 +1,11 @@
 #include <Core/VoByteArray.h>
 
-#include <Core/VoMathsException.h>
-
 #include <RandomBytes.h>
 #include <VoTestSupport.h>
 
 #include <QtCore/QByteArray>
 
 #include <cstdint>
-#include <limits>
-#include <random>
-#include <utility>
 
 namespace {
 

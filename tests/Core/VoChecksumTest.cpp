@@ -1,5 +1,4 @@
 #include <Core/VoChecksum.h>
-#include <Core/VoFileException.h>
 #include <Core/detail/Sha3Hasher.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/detail/NativePath.h>
@@ -9,9 +8,7 @@
 
 #include <QtCore/QByteArray>
 
-#include <algorithm>
 #include <filesystem>
-#include <random>
 
 #if defined(__unix__)
 #include <sys/stat.h>

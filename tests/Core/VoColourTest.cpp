@@ -2,11 +2,6 @@
 
 #include <Core/VoColour.h>
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <random>
-
 namespace {
 
 using Light = std::array<double, 3>;

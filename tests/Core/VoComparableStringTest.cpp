@@ -4,11 +4,6 @@
 
 #include <Core/VoCaseSensitiveString.h>
 
-#include <cstdlib>
-#include <random>
-#include <sstream>
-#include <vector>
-
 namespace {
 
 using Mode = VoComparableString::Comparison;

@@ -1,18 +1,11 @@
 #include <VoTestSupport.h>
 
-#include <Core/VoFileException.h>
-#include <Core/VoMathsException.h>
-#include <Core/VoXMLException.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <IO/VoFileDevice.h>
 #include <XML/VoXMLPath.h>
 
 #include <exception>
-#include <functional>
-#include <stdexcept>
-#include <thread>
-#include <vector>
 
 namespace {
 

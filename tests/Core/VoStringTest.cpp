@@ -6,11 +6,8 @@
 
 #include <QtCore/QString>
 
-#include <algorithm>
 #include <climits>
 #include <iterator>
-#include <limits>
-#include <map>
 #include <string_view>
 #include <type_traits>
 

@@ -3,8 +3,6 @@
 #include <VoTestSupport.h>
 
 #include <regex>
-#include <set>
-#include <sstream>
 
 namespace {
 

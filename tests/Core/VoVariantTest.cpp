@@ -7,11 +7,7 @@
 
 #include <QtCore/QString>
 
-#include <cmath>
-#include <limits>
-#include <sstream>
 #include <type_traits>
-#include <vector>
 
 namespace {
 

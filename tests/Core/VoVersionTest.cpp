@@ -1,7 +1,6 @@
 #include <Core/VoVersion.h>
 #include <VoTestSupport.h>
 
-#include <limits>
 #include <tuple>
 #include <unordered_set>
 

@@ -10,14 +10,6 @@
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <sstream>
-#include <string>
-#include <vector>
-
 namespace {
 
 using Rows = std::vector<std::vector<std::string>>;

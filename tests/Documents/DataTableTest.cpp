@@ -1,8 +1,5 @@
 #include <Core/VoDeque.h>
-#include <Core/VoException.h>
-#include <Core/VoMathsException.h>
 #include <Core/VoUniquePtr.h>
-#include <Core/VoXMLException.h>
 #include <Documents/VoCSVFormat.h>
 #include <Documents/VoDataTable.h>
 #include <Documents/VoDataTableItem.h>
@@ -27,12 +24,7 @@
 
 #include <QtXml/QDomDocument>
 
-#include <cmath>
-#include <limits>
-#include <random>
 #include <regex>
-#include <sstream>
-#include <string>
 
 namespace {
 

@@ -8,9 +8,6 @@
 #include <Documents/VoDataTableRow.h>
 #include <Documents/detail/HTMLTable.h>
 
-#include <optional>
-#include <string>
-
 using vo::detail::TableFromHTML;
 
 namespace {

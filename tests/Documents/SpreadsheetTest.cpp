@@ -1,10 +1,8 @@
 #include <Approved.h>
 #include <CommaLocale.h>
 #include <Core/VoDeque.h>
-#include <Core/VoFileException.h>
 #include <Core/VoPair.h>
 #include <Core/VoVariant.h>
-#include <Core/VoXMLException.h>
 #include <Documents/VoOOXMLWriter.h>
 #include <Documents/VoOOXMLWriterSpreadsheet.h>
 #include <Documents/VoXMLSpreadsheetWriter.h>
@@ -23,10 +21,6 @@
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-
-#include <cmath>
-#include <cstdlib>
-#include <limits>
 
 #if defined(__unix__)
 #include <sys/stat.h>

@@ -1,11 +1,7 @@
-#include <Core/VoException.h>
 #include <Documents/detail/WorksheetLayout.h>
 #include <VoTestSupport.h>
 
-#include <random>
-#include <set>
 #include <tuple>
-#include <vector>
 
 using vo::detail::WorksheetLayout;
 

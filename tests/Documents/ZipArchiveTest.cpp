@@ -1,7 +1,6 @@
 #include "RawZip.h"
 
 #include <Core/VoDeque.h>
-#include <Core/VoFileException.h>
 #include <Documents/VoZipArchive.h>
 #include <Documents/VoZipFile.h>
 #include <Documents/detail/VoZipArchiveInternal.h>
@@ -10,10 +9,6 @@
 #include <RandomBytes.h>
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
-
-#include <gmock/gmock.h>
-
-#include <cstdlib>
 
 using vo::test::RawArchive;
 using vo::test::RawEntry;
@@ -237,13 +232,8 @@ TEST_F(ZipArchive, DamagedAndLyingEntriesAreNotReadAsGood)
             for (RawEntry& entry : entries)
                 entry.isLarge = isLarge;
             VoZipArchive archive(write(RawArchive(entries)), VoZipArchive::Read);
-            std::string message;
-            try {
-                contentOf(archive, "a");
-            } catch (const VoException& exception) {
-                message = exception.what();
-            }
-            EXPECT_EQ(message, row.message) << row.what << (isLarge ? ", large" : "");
+            EXPECT_EQ(vo::test::Refusal([&] { contentOf(archive, "a"); }), row.message)
+                << row.what << (isLarge ? ", large" : "");
             EXPECT_EQ(contentOf(archive, "good"), "content") << "the other entries are not concerned";
         }
     }

@@ -1,20 +1,17 @@
 #include "RawZip.h"
 
 #include <Core/VoDeque.h>
-#include <Core/VoFileException.h>
 #include <Documents/VoZipArchive.h>
 #include <Documents/VoZipFile.h>
 #include <Documents/VoZipper.h>
-#include <Links.h>
 #include <FileSizeLimit.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <HostileNames.h>
+#include <Links.h>
 #include <RandomBytes.h>
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
-
-#include <cstdlib>
 
 #if defined(__unix__)
 #include <sys/stat.h>
@@ -205,13 +202,7 @@ TEST_F(Zipper, HostileArchivesAreRefusedBeforeAnythingIsWritten)
         std::vector<RawEntry> entries = {{"good", "fine"}};
         entries.insert(entries.end(), row.entries.begin(), row.entries.end());
         m_scratch.write("a.zip", RawArchive(entries));
-        std::string message = "nothing";
-        try {
-            VoZipper::Unzip(path("a.zip"), directory("out"));
-        } catch (const VoException& exception) {
-            message = exception.message().toStdString();
-        }
-        EXPECT_EQ(message, row.message);
+        EXPECT_EQ(vo::test::Refusal([&] { VoZipper::Unzip(path("a.zip"), directory("out")); }), row.message);
         EXPECT_FALSE(fs::exists(m_scratch.native("out/good"))) << row.message;
         EXPECT_TRUE(fs::is_empty(m_scratch.native("outside"))) << row.message;
     }

@@ -12,11 +12,7 @@
 #include <Download/VoDownloadRequest.h>
 #include <FileSystem/VoUrl.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <functional>
-#include <string>
-#include <utility>
 
 using vo::test::RefusingUrl;
 using vo::test::ScratchFolder;
@@ -216,7 +212,8 @@ protected:
 
 /// The same from a server that announces each answer by an interim one, at which the framework ends a request.
 class DownloadFaultsBehindHints : public DownloadFaults, public testing::WithParamInterface<const char*>
-{};
+{
+};
 
 INSTANTIATE_TEST_SUITE_P(, DownloadFaultsBehindHints,
                          testing::Values("", "HTTP/1.1 103 Early Hints\r\nLink: </a>; rel=preload\r\n\r\n"
@@ -272,7 +269,8 @@ TEST_F(DownloadFaults, BehindAnInterimAnswerAMalformedHeadIsRefused)
          {std::pair(good.with("Content-Length", "7"), "Invalid HTTP header"),
           std::pair(good.withoutLength().with("Content-Length", "-7"), "Invalid HTTP header"),
           std::pair(good.withoutLength().with("Content-Length", "7x"), "Invalid HTTP header"),
-          std::pair(good.with(" Folded", "x"), "Invalid HTTP header"), std::pair(good.with("", "x"), "Invalid HTTP header"),
+          std::pair(good.with(" Folded", "x"), "Invalid HTTP header"),
+          std::pair(good.with("", "x"), "Invalid HTTP header"),
           std::pair(good.with("Long", std::string(300000, 'x')), "Invalid HTTP header"),
           std::pair(good.with("Transfer-Encoding", "chunked"), "Unexpected transfer coding"),
           std::pair(ScriptedAnswer::Status(7, "OK", "x"), "Invalid HTTP status line")}) {

@@ -17,11 +17,6 @@
 #include <Threading/VoReceiver.h>
 #include <Threading/VoStopFlag.h>
 
-#include <atomic>
-#include <map>
-#include <thread>
-#include <vector>
-
 using vo::test::ScriptedAnswer;
 
 // Eight threads request, wait, cancel, stop, connect and drop receivers at once. What each of them must see holds
@@ -86,12 +81,9 @@ TEST(DownloadStress, ManyThreadsMayDoEverythingAtOnce)
         }
         --running;
     };
-    std::vector<std::thread> threads;
-    for (int i = 0; i < threadCount; ++i)
-        threads.emplace_back(work, i);
+    vo::test::Threads threads(threadCount, work);
     vo::test::RunServiceUntil([&] { return running == 0; });
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.join();
     // A last one behind all requests that nobody waited for.
     VoDownloadManager::RequestWait(VoUrl(VoString(server.url("/file"))), folder.path("last"));
 

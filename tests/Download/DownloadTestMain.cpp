@@ -2,12 +2,9 @@
 
 #include <VoTestSupport.h>
 
-#include <Core/VoExceptionText.h>
-
 #include <QtCore/QCoreApplication>
 #include <exception>
 #include <iostream>
-#include <string>
 
 // The download service needs an application object, and the thread of the tests owns the service. What can only be
 // shown in a process of its own is run by the tests as "--scenario name argument...".

@@ -6,7 +6,6 @@
 #include <ScriptedHttpServer.h>
 #include <VoTestSupport.h>
 
-#include <Core/VoExceptionText.h>
 #include <Core/VoPair.h>
 #include <Core/VoSharedPtr.h>
 #include <Core/VoUUID.h>
@@ -28,10 +27,8 @@
 #include <QtCore/QProcess>
 #include <QtCore/QTimer>
 #include <QtNetwork/QNetworkAccessManager>
-#include <atomic>
 #include <chrono>
 #include <iostream>
-#include <thread>
 
 #include <zlib.h>
 
@@ -45,6 +42,7 @@ using vo::test::ScriptedAnswer;
 using vo::test::ScriptedHttpServer;
 using Fault = ScriptedAnswer::Fault;
 using Notification = VoSharedPtr<VoDownloadNotification>;
+using vo::test::Refusal;
 
 namespace {
 
@@ -83,23 +81,11 @@ private:
     std::function<void(const VoDownloadNotification&)> m_onEach;
 };
 
-/// The message of the VoDownloadException that an action throws; empty without one.
-template <typename Action>
-std::string Failure(Action action)
-{
-    try {
-        action();
-        return {};
-    } catch (const VoDownloadException& e) {
-        return e.message().toStdString();
-    }
-}
-
 /// Runs the service until a future is ready.
 std::string Outcome(std::future<void> future)
 {
     vo::test::RunServiceUntil([&] { return future.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
-    return Failure([&] { future.get(); });
+    return Refusal<VoDownloadException>([&] { future.get(); });
 }
 
 std::string Gzip(const std::string& text)
@@ -206,7 +192,9 @@ TEST_F(DownloadManager, ProgressOfAGroupOnlyGrowsAndIsExactAtTheEndAlthoughFiles
     };
     group->setPolicy(policy);
     Told told;
-    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(group, VoStopFlag(), told.callback()); }), "");
+    EXPECT_EQ(
+        Refusal<VoDownloadException>([&] { VoDownloadManager::RequestWait(group, VoStopFlag(), told.callback()); }),
+        "");
 
     EXPECT_EQ(retries, 4);
     EXPECT_EQ(told.story(), "Started Progress Complete");
@@ -238,7 +226,7 @@ TEST_F(DownloadManager, AGroupKeepsToItsHighestRateTogether)
     policy.highestRate = VoTransferRate(300000);
     group->setPolicy(policy);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(group); }), "");
+    EXPECT_EQ(Refusal<VoDownloadException>([&] { VoDownloadManager::RequestWait(group); }), "");
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(490));
     for (const char* const name : {"a", "b", "c"})
         EXPECT_EQ(m_folder.read(name), std::string(100000, *name));
@@ -274,7 +262,7 @@ TEST_F(DownloadManager, RetriesOnlyWhatMayPassAndHonoursRetryAfter)
         VoTimeDuration waited;
         policy.onRetry = [&](const VoDownloadRetry& retry) { waited += retry.delay; };
         wanted->setPolicy(policy);
-        EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(wanted); }).empty(), row.complete);
+        EXPECT_EQ(Refusal<VoDownloadException>([&] { VoDownloadManager::RequestWait(wanted); }).empty(), row.complete);
         EXPECT_EQ(m_server.count("GET", "/file"), row.asked);
         EXPECT_GE(waited.seconds(), row.shortestDelay);
     }
@@ -382,7 +370,7 @@ TEST_F(DownloadManager, CancelAndStopFlagGiveExactlyOneFailureInEveryPhase)
                     if (*row.method != 0 && !atProgress && m_server.waitFor(row.method, target))
                         end();
                 });
-                const std::string failure = Failure([&] {
+                const std::string failure = Refusal<VoDownloadException>([&] {
                     if (grouped)
                         VoDownloadManager::RequestWait(group, stop, told.callback());
                     else
@@ -407,7 +395,8 @@ TEST_F(DownloadManager, AFlagRaisedBeforeStartsNothing)
     m_server.get("/file", ScriptedAnswer::Body("x"));
     const VoStopFlag stop;
     stop.stop();
-    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(url("/file"), m_folder.path("file"), stop); }),
+    EXPECT_EQ(Refusal<VoDownloadException>(
+                  [&] { VoDownloadManager::RequestWait(url("/file"), m_folder.path("file"), stop); }),
               "Download cancelled");
     QCoreApplication::processEvents();
     EXPECT_TRUE(m_server.requests().empty());
@@ -420,11 +409,12 @@ TEST_F(DownloadManager, WaitsOnAWorkerWhileTheOwnerRunsItsLoop)
     std::string missing;
     std::thread::id calledOn;
     onWorker([&] {
-        found = Failure([&] {
+        found = Refusal<VoDownloadException>([&] {
             VoDownloadManager::RequestWait(url("/file"), m_folder.path("file"), VoStopFlag(),
                                            [&](const Notification&) { calledOn = std::this_thread::get_id(); });
         });
-        missing = Failure([&] { VoDownloadManager::RequestWait(url("/none"), m_folder.path("none")); });
+        missing =
+            Refusal<VoDownloadException>([&] { VoDownloadManager::RequestWait(url("/none"), m_folder.path("none")); });
     });
     EXPECT_EQ(found, "");
     EXPECT_EQ(calledOn, std::this_thread::get_id());
@@ -441,11 +431,8 @@ TEST_F(DownloadManager, RefusesToWaitInsideACallbackButRequestsAndSurvivesWhatCa
     VoDownloadManager::RequestWait(url("/file"), m_folder.path("file"), VoStopFlag(), [&](const Notification& n) {
         if (n->type() != VoDownloadNotification::Started)
             return;
-        try {
-            VoDownloadManager::RequestWait(url("/file"), m_folder.path("other"));
-        } catch (const VoInvalidCallException& e) {
-            refusal = e.message().toStdString();
-        }
+        refusal = Refusal<VoInvalidCallException>(
+            [&] { VoDownloadManager::RequestWait(url("/file"), m_folder.path("other")); });
         second = VoDownloadManager::RequestFuture(request("/file", "second"));
         throw VoDownloadException();
     });
@@ -494,7 +481,7 @@ TEST_F(DownloadManager, CompressedBodiesBecomeTheFileOrFailWithinTheLimit)
         policy.onReceived = [&](const VoDownloadReceipt& received) { receipt = received; };
         const auto wanted = request("/file", "file");
         wanted->setPolicy(policy);
-        const std::string failure = Failure([&] { VoDownloadManager::RequestWait(wanted); });
+        const std::string failure = Refusal<VoDownloadException>([&] { VoDownloadManager::RequestWait(wanted); });
         if (row.result[0] == 'D') {
             EXPECT_EQ(failure.substr(0, row.result.size()), row.result);
             EXPECT_TRUE(m_folder.read("file") == "old");
@@ -505,7 +492,7 @@ TEST_F(DownloadManager, CompressedBodiesBecomeTheFileOrFailWithinTheLimit)
         }
     }
     m_server.get("/file", coded(bytes));
-    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(request("/file", "file")); }),
+    EXPECT_EQ(Refusal<VoDownloadException>([&] { VoDownloadManager::RequestWait(request("/file", "file")); }),
               "Header request failed: Unsupported content coding: gzip")
         << "it was not asked for";
 }
@@ -528,7 +515,7 @@ TEST_F(DownloadManager, AnIdThatIsTakenFailsTheNewRequestOnly)
 TEST_F(DownloadManager, AnEmptyGroupAndOneWithAFailingFileFailAsOne)
 {
     Told told;
-    EXPECT_EQ(Failure([&] {
+    EXPECT_EQ(Refusal<VoDownloadException>([&] {
                   VoDownloadManager::RequestWait(VoSharedPtr<VoGroupedDownloadRequest>::Make(), VoStopFlag(),
                                                  told.callback());
               }),
@@ -542,7 +529,7 @@ TEST_F(DownloadManager, AnEmptyGroupAndOneWithAFailingFileFailAsOne)
         m_server.head(target, {ScriptedAnswer::Body("x")});
         group->add(url(target), m_folder.path(std::to_string(i)));
     }
-    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(group); }),
+    EXPECT_EQ(Refusal<VoDownloadException>([&] { VoDownloadManager::RequestWait(group); }),
               "Error transferring " + m_server.url("/7") + " - server replied: Broken");
     EXPECT_FALSE(std::filesystem::exists(m_folder.native("7")));
 }
@@ -559,7 +546,7 @@ TEST_F(DownloadManager, ADroppedReceiverIsNotCalledAndALimitOfOneFileHoldsInAGro
         const auto dropped = VoDownloadManager::RequestDownload(request("/small", "x"), told.callback());
         EXPECT_TRUE(dropped.second.isReceiving());
     }
-    EXPECT_EQ(Failure([&] { VoDownloadManager::RequestWait(group); }),
+    EXPECT_EQ(Refusal<VoDownloadException>([&] { VoDownloadManager::RequestWait(group); }),
               "Header request failed: Download larger than allowed: " + m_server.url("/small"));
     EXPECT_EQ(told.story(), "");
 }
@@ -576,7 +563,7 @@ TEST_F(DownloadManager, FetchesTwoThousandFilesWithTwoHundredAndFiftySixDescript
     auto group = VoSharedPtr<VoGroupedDownloadRequest>::Make();
     for (int i = 0; i < 2000; ++i)
         group->add(url("/file"), m_folder.path(std::to_string(i)));
-    const std::string failure = Failure([&] { VoDownloadManager::RequestWait(group); });
+    const std::string failure = Refusal<VoDownloadException>([&] { VoDownloadManager::RequestWait(group); });
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
     EXPECT_EQ(failure, "");
     // Six at a time; one that was given up counts until the server learns of its end.
@@ -645,7 +632,7 @@ void Print(const std::string& line)
 
 std::string WaitFor(const char* url, const char* target)
 {
-    return Failure([&] { VoDownloadManager::RequestWait(VoUrl(url), VoFilePath(target)); });
+    return Refusal<VoDownloadException>([&] { VoDownloadManager::RequestWait(VoUrl(url), VoFilePath(target)); });
 }
 
 } // namespace
@@ -675,7 +662,7 @@ int RunScenario(int argc, char** argv)
         std::future<void> end =
             VoDownloadManager::RequestFuture(VoSharedPtr<VoDownloadRequest>::Make(VoUrl(file), VoFilePath(target)));
         std::thread worker([&] {
-            Print(Failure([&] { end.get(); }));
+            Print(Refusal<VoDownloadException>([&] { end.get(); }));
             QMetaObject::invokeMethod(application.get(), "quit", Qt::QueuedConnection);
         });
         application->exec();
@@ -696,7 +683,7 @@ int RunScenario(int argc, char** argv)
             std::future<void> end =
                 VoDownloadManager::RequestFuture(VoSharedPtr<VoDownloadRequest>::Make(VoUrl(url), VoFilePath(target)));
             asked.set_value();
-            Print(Failure([&] { end.get(); }));
+            Print(Refusal<VoDownloadException>([&] { end.get(); }));
         });
         asked.get_future().get();
         application.reset();
@@ -712,7 +699,7 @@ int RunScenario(int argc, char** argv)
             QCoreApplication::processEvents();
         });
         owner.join();
-        Print(Failure([&] { end.get(); }));
+        Print(Refusal<VoDownloadException>([&] { end.get(); }));
         Print(WaitFor(file, target));
     }
     return 0;

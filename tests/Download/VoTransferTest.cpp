@@ -7,10 +7,6 @@
 #include <VoTestSupport.h>
 
 #include <cstdint>
-#include <limits>
-#include <random>
-#include <utility>
-#include <vector>
 
 namespace {
 

@@ -2,10 +2,6 @@
 
 #include <FileSystem/VoFileLock.h>
 
-#include <atomic>
-#include <thread>
-#include <vector>
-
 #if !defined(_WIN32)
 #include <csignal>
 #include <sys/wait.h>
@@ -35,20 +31,15 @@ TEST_F(FileLocks, ALockExcludesWhateverItsFileHeldBeforeAndLetsGo)
     // The file is made and removed all the time.
     std::atomic<int> inside{0};
     std::atomic<bool> haveMet{false};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 50; ++round) {
-                const VoFileLock lock(path, [] {});
-                if (++inside > 1)
-                    haveMet = true;
-                std::this_thread::yield();
-                --inside;
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    vo::test::Threads(4, [&] {
+        for (int round = 0; round < 50; ++round) {
+            const VoFileLock lock(path, [] {});
+            if (++inside > 1)
+                haveMet = true;
+            std::this_thread::yield();
+            --inside;
+        }
+    });
     EXPECT_FALSE(haveMet);
     EXPECT_FALSE(VoFileSystem::Exists(path));
 }

@@ -1,20 +1,17 @@
 #pragma once
 
+#include <FileSizeLimit.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoTemporaryDir.h>
 #include <FileSystem/detail/NativePath.h>
-#include <FileSizeLimit.h>
 #include <Links.h>
 #include <VoTestSupport.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
-#include <vector>
 
 #if defined(__unix__)
 #include <unistd.h>

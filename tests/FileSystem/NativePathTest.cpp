@@ -1,11 +1,9 @@
 #include "FileSystemFixture.h"
 
-#include <Core/VoFileException.h>
 #include <FileSystem/VoNativeName.h>
 #include <FileSystem/detail/NativeFile.h>
 
 #include <system_error>
-#include <utility>
 
 using namespace vo::detail;
 

@@ -5,10 +5,7 @@
 #include <RandomBytes.h>
 #include <VoTestSupport.h>
 
-#include <random>
-#include <sstream>
 #include <unordered_set>
-#include <vector>
 
 // What all kinds of paths have in common: normalisation, roots, and ".." pieces.
 

@@ -1,14 +1,10 @@
 #include "FileSystemFixture.h"
 
-#include <Core/VoFileException.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoTemporaryDir.h>
 #include <IO/VoIODevice.h>
 #include <IO/VoIOException.h>
-
-#include <cstdlib>
-#include <utility>
 
 #if defined(__unix__)
 #include <sys/wait.h>

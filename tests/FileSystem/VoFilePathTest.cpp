@@ -1,4 +1,3 @@
-#include <Core/VoFileException.h>
 #include <FileSystem/VoPath.h>
 #include <FileSystem/VoPathException.h>
 #include <VoTestSupport.h>

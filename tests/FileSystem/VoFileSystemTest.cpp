@@ -1,7 +1,6 @@
 #include "FileSystemFixture.h"
 
 #include <Core/VoChecksum.h>
-#include <Core/VoFileException.h>
 #include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoDirectoryPathFragment.h>
 
@@ -10,7 +9,6 @@
 #include <QtCore/QByteArray>
 
 #include <chrono>
-#include <utility>
 
 #if defined(__unix__)
 #include <sys/stat.h>
@@ -199,7 +197,8 @@ TEST_F(FileSystem, RootsAreNotRemovedWhateverTheyAreCalled)
 
 #endif
 
-// A mark of the file on some systems, a right of its owner on others; the directory says what may be done with its name.
+// A mark of the file on some systems, a right of its owner on others; the directory says what may be done with its
+// name.
 TEST_F(FileSystem, ReadOnlyFilesAreReplacedMovedAndRemoved)
 {
     const auto writeMarked = [&](const char* name) {
@@ -233,12 +232,7 @@ TEST_F(FileSystem, AFileThatAnotherProgramHoldsIsKeptAndNamed)
     ASSERT_TRUE(holder);
     VoAtomicFileWriter writer(file);
     writer.write("new", 3);
-    try {
-        writer.commit();
-        ADD_FAILURE() << "replaced a file that another program has for itself";
-    } catch (const VoFileException& e) {
-        EXPECT_EQ(e.path1(), file);
-    }
+    EXPECT_EQ(vo::test::Caught<VoFileException>([&] { writer.commit(); }).path1(), file);
     EXPECT_THROW(VoFileSystem::Remove(file), VoFileException);
     holder.reset();
     EXPECT_EQ(read("held"), "old");
@@ -298,14 +292,10 @@ TEST_F(FileSystem, CopiesAsTheOptionSays)
 
 TEST_F(FileSystem, ARefusedCopyNamesBothFilesAndTheSystemsReason)
 {
-    try {
-        VoFileSystem::CopyFile(at("missing"), at("to"));
-        FAIL() << "copied a missing file";
-    } catch (const VoFileException& e) {
-        EXPECT_EQ(e.message().toStdString(), "No such file or directory");
-        EXPECT_EQ(e.path1(), at("missing"));
-        EXPECT_EQ(e.path2(), at("to"));
-    }
+    const auto refused = vo::test::Caught<VoFileException>([&] { VoFileSystem::CopyFile(at("missing"), at("to")); });
+    EXPECT_EQ(refused.message(), "No such file or directory");
+    EXPECT_EQ(refused.path1(), at("missing"));
+    EXPECT_EQ(refused.path2(), at("to"));
     write("directory\\x");
     write("file");
     EXPECT_THROW_MSG(VoFileSystem::CopyFile(at("file"), at("no\\place")), VoFileException, "No such file or directory");
@@ -494,14 +484,7 @@ TEST_F(FileSystem, NamesWithBlanksAtTheirEndsAreDeliveredAsTheyAre)
     write("x", "another file"); // which the errors about " x " must not name
     const VoFilePath blank = VoFilePath::CreateUnchecked(root().path() + " x ");
     const VoFilePath below = VoFilePath::CreateUnchecked(blank.path() + "\\y");
-    const auto pathOf = [](const auto& failing) {
-        try {
-            failing();
-        } catch (const VoFileException& e) {
-            return e.path1().path();
-        }
-        return VoString("nothing was thrown");
-    };
+    const auto pathOf = [](const auto& failing) { return vo::test::Caught<VoFileException>(failing).path1().path(); };
     EXPECT_EQ(pathOf([&] { VoFileSystem::FileSize(below); }), below.path());
     EXPECT_EQ(pathOf([&] { VoFileSystem::CopyFile(below, at("to")); }), below.path());
     EXPECT_EQ(pathOf([&] { throw VoFileException("text", blank); }), blank.path());

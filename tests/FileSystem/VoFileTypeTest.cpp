@@ -3,8 +3,6 @@
 #include <Core/VoDeque.h>
 #include <FileSystem/VoFileType.h>
 
-#include <sstream>
-
 namespace {
 
 class VoFileTypeOnDisk : public vo::test::FileSystemFixture

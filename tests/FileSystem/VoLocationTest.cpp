@@ -1,10 +1,6 @@
 #include <VoTestSupport.h>
 
-#include <Core/VoException.h>
 #include <FileSystem/VoLocation.h>
-
-#include <sstream>
-#include <utility>
 
 TEST(VoLocation, ATextIsAUrlOrAPathAndComesBackAsIs)
 {

@@ -1,9 +1,6 @@
 #include "FileSystemFixture.h"
 
-#include <Core/VoFileException.h>
 #include <FileSystem/VoTemporaryFile.h>
-
-#include <utility>
 
 namespace {
 

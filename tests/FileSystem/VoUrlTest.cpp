@@ -1,4 +1,3 @@
-#include <Core/VoFileException.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoUrl.h>
 #include <VoTestSupport.h>

@@ -2,7 +2,6 @@
 
 #include <VoTestSupport.h>
 
-#include <Core/VoFileException.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>

@@ -14,8 +14,6 @@
 #include <QtWidgets/QAction>
 #include <QtWidgets/QTableView>
 
-#include <cmath>
-
 using vo::updater::PackageBuilder;
 
 namespace {

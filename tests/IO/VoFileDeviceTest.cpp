@@ -3,7 +3,6 @@
 #include <IO/VoIOException.h>
 
 #include <Core/VoByteArray.h>
-#include <Core/VoFileException.h>
 
 #include <MemoryDevice.h>
 #include <RandomBytes.h>
@@ -11,11 +10,6 @@
 #include <VoTestSupport.h>
 
 #include <cstdint>
-#include <limits>
-#include <optional>
-#include <random>
-#include <thread>
-#include <utility>
 
 #if defined(__unix__)
 #include <sys/stat.h>

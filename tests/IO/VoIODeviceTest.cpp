@@ -3,17 +3,10 @@
 #include <IO/VoIOException.h>
 #include <IO/VoStringDevice.h>
 
-#include <Core/VoMathsException.h>
-
 #include <MemoryDevice.h>
 #include <RandomBytes.h>
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
-
-#include <algorithm>
-#include <limits>
-#include <random>
-#include <set>
 
 using vo::test::MemoryDevice;
 using vo::test::ModeOf;

@@ -4,8 +4,6 @@
 #include <IO/VoFileWriter.h>
 #include <IO/VoStringDevice.h>
 
-#include <Core/VoFileException.h>
-
 #include <MemoryDevice.h>
 #include <RandomBytes.h>
 #include <ScratchFolder.h>
@@ -13,11 +11,6 @@
 
 #include <QtCore/QBuffer>
 #include <QtCore/QCryptographicHash>
-
-#include <algorithm>
-#include <random>
-#include <utility>
-#include <vector>
 
 using vo::test::MemoryDevice;
 using vo::test::RandomBytes;

@@ -3,8 +3,6 @@
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
-#include <memory>
-
 namespace {
 
 const std::string Text = std::string("first\r\nsecond\n\nb\0c\x1a", 19) + "d\nlast";

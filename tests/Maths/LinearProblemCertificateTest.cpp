@@ -8,12 +8,6 @@
 
 #include "ExactLinearProgram.h"
 
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdlib>
-#include <limits>
-
 namespace {
 
 using Sense = VoLinearProblem::Sense;

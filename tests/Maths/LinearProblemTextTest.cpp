@@ -5,7 +5,6 @@
 #include <Maths/VoLinearProblemText.h>
 
 #include <fstream>
-#include <string>
 
 namespace {
 

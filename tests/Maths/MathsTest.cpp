@@ -1,15 +1,10 @@
 #include <SpecialNumbers.h>
 #include <VoTestSupport.h>
 
-#include <Core/VoMathsException.h>
 #include <Maths/VoMaths.h>
 #include <Maths/VoRandom.h>
 
-#include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <limits>
-#include <string>
 #include <tuple>
 
 using vo::test::Infinity;

@@ -1,16 +1,7 @@
 #include <VoTestSupport.h>
 
-#include <Core/VoMathsException.h>
 #include <Maths/VoMaths.h>
 #include <Maths/VoRandom.h>
-
-#include <algorithm>
-#include <array>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <set>
-#include <string>
 
 namespace {
 

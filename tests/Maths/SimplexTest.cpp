@@ -1,19 +1,12 @@
 #include <SpecialNumbers.h>
 #include <VoTestSupport.h>
 
-#include <Core/VoMathsException.h>
 #include <Maths/VoLinearProblemExceptions.h>
 #include <Maths/VoLinearProblemSolution.h>
 #include <Maths/VoRandom.h>
 #include <Maths/VoSimplexAlgorithm.h>
 
 #include "ReferenceSimplex.h"
-
-#include <algorithm>
-#include <cmath>
-#include <cstring>
-#include <limits>
-#include <string>
 
 using vo::test::Infinity;
 using vo::test::NotANumber;

@@ -1,16 +1,11 @@
 #include <SpecialNumbers.h>
 #include <VoTestSupport.h>
 
-#include <Core/VoMathsException.h>
 #include <Documents/VoDataTable.h>
 #include <IO/VoStringDevice.h>
 #include <Maths/VoHistogram.h>
 #include <Maths/VoRandom.h>
 #include <Maths/VoStatistics.h>
-
-#include <array>
-#include <cmath>
-#include <limits>
 
 using vo::test::Infinity;
 using vo::test::NotANumber;

@@ -2,8 +2,6 @@
 
 #include <Approved.h>
 
-#include <Core/VoFileException.h>
-#include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
 #include <IO/VoStringDevice.h>
 #include <Maths/VoRandom.h>
@@ -11,10 +9,7 @@
 #include <Misc/XMLReport/ReportPages.h>
 #include <XML/VoXMLValidator.h>
 
-#include <cmath>
 #include <fstream>
-#include <limits>
-#include <sstream>
 
 namespace {
 

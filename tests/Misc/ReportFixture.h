@@ -8,8 +8,6 @@
 #include <Misc/XMLReport/XMLReportInfo.h>
 
 #include <cstdint>
-#include <utility>
-#include <vector>
 
 namespace vo::test {
 

@@ -6,8 +6,6 @@
 #include <Misc/XMLReport/ReportPages.h>
 #include <SpecialNumbers.h>
 
-#include <cmath>
-#include <limits>
 #include <regex>
 
 #if defined(__unix__)

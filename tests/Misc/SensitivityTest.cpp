@@ -1,8 +1,6 @@
 #include "ReportFixture.h"
 
 #include <SpecialNumbers.h>
-#include <cmath>
-#include <limits>
 
 using vo::test::NotANumber;
 

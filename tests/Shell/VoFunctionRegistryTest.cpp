@@ -1,15 +1,9 @@
 #include <Shell/VoFunctionRegistry.h>
 
-#include <Core/VoException.h>
 #include <FileSystem/VoFilePath.h>
 #include <Threading/VoReceiver.h>
 
 #include <VoTestSupport.h>
-
-#include <atomic>
-#include <string>
-#include <thread>
-#include <vector>
 
 using Form = VoShellValue::Form;
 
@@ -153,21 +147,16 @@ TEST(VoFunctionRegistry, ServesManyThreads)
     VoFunctionRegistry registry;
     std::atomic<int> calls{0};
     registry.add({"count", "", {}, [&](const VoFunctionCall&) { return VoShellValue(++calls); }});
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&, t] {
-            const VoString own = "f" + VoString(t);
-            for (int i = 0; i < 200; ++i) {
-                registry.add(Named(own));
-                registry.call("count", {});
-                EXPECT_TRUE(registry.find(own) != nullptr);
-                EXPECT_GE(registry.names().size(), 2u);
-                EXPECT_TRUE(registry.remove(own));
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    vo::test::Threads(4, [&](int t) {
+        const VoString own = "f" + VoString(t);
+        for (int i = 0; i < 200; ++i) {
+            registry.add(Named(own));
+            registry.call("count", {});
+            EXPECT_TRUE(registry.find(own) != nullptr);
+            EXPECT_GE(registry.names().size(), 2u);
+            EXPECT_TRUE(registry.remove(own));
+        }
+    });
     EXPECT_EQ(calls, 800);
 }
 

@@ -4,7 +4,6 @@
 #include <Application/VoGlobalValues.h>
 #include <Application/VoLayeredProperties.h>
 #include <Application/VoValueDefinition.h>
-#include <Core/VoException.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <Shell/VoScriptException.h>
 #include <Shell/VoScriptedTestRun.h>
@@ -19,7 +18,6 @@
 #include <QtCore/QtGlobal>
 
 #include <exception>
-#include <string>
 
 namespace {
 

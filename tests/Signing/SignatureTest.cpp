@@ -3,9 +3,6 @@
 #include <ScratchFolder.h>
 #include <VoTestSupport.h>
 
-#include <cstdlib>
-#include <vector>
-
 using namespace vo::signing;
 
 namespace {

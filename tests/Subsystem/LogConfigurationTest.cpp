@@ -1,6 +1,5 @@
 #include <Subsystem/LogConfiguration.h>
 
-#include <Core/VoFileException.h>
 #include <Core/VoProperties.h>
 #include <Subsystem/detail/CrashRing.h>
 #include <Subsystem/detail/LogFiles.h>
@@ -13,13 +12,6 @@
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-
-#include <cstdlib>
-#include <map>
-#include <set>
-#include <string>
-#include <thread>
-#include <vector>
 
 #if !defined(_WIN32)
 #include <csignal>
@@ -40,18 +32,12 @@ struct Unconfigured
     ~Unconfigured() { Configure({}); }
 };
 
-std::vector<std::string> LinesIn(const std::filesystem::path& directory)
+std::string TextIn(const vo::test::Tree& files)
 {
-    std::set<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(directory))
-        files.insert(entry.path());
-    std::vector<std::string> lines;
-    for (const std::filesystem::path& file : files) {
-        std::ifstream stream(file);
-        for (std::string line; std::getline(stream, line);)
-            lines.push_back(line);
-    }
-    return lines;
+    std::string text;
+    for (const auto& [name, content] : files)
+        text += content;
+    return text;
 }
 
 VoString PathText(const vo::test::ScratchFolder& folder, const char* name)
@@ -135,22 +121,19 @@ TEST(LogConfiguration, IsChangedWhileThreadsLogAndNoRecordIsLost)
     const vo::test::ScratchFolder folder;
     const VoString lines = PathText(folder, "lines");
     Configure(Configuration::FromText("test keep=information,@stderr=off,@size=20K,@files=1000,@folder=" + lines));
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 3; ++t) {
-        threads.emplace_back([t] {
-            for (int i = 0; i < 300; ++i) {
-                Logger::Get("test keep").information("record " + VoString(t * 1000 + i));
-                Logger::Get("test keep").diagnostic("dropped");
-            }
-        });
-    }
+    vo::test::Threads threads(3, [](int t) {
+        for (int i = 0; i < 300; ++i) {
+            Logger::Get("test keep").information("record " + VoString(t * 1000 + i));
+            Logger::Get("test keep").diagnostic("dropped");
+        }
+    });
     for (int i = 0; i < 20; ++i)
         Configure(Configuration::FromText("test keep=information,@stderr=off,@size=20K,@files=1000,@folder=" + lines +
                                           (i % 2 ? VoString() : ",@json=" + PathText(folder, "json"))));
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.join();
     std::set<std::string> records;
-    for (const std::string& line : LinesIn(folder.native("lines")))
+    std::istringstream all(TextIn(folder.tree("lines")));
+    for (std::string line; std::getline(all, line);)
         records.insert(line.substr(line.find(") ") + 2));
     EXPECT_EQ(records.size(), 900u);
     EXPECT_EQ(records.count("dropped"), 0u);
@@ -190,18 +173,15 @@ TEST(LogFiles, SharedOnesAreKeptWithinSizeNumberAndAgeAndRemovalByOthersIsNotice
     const VoTimePoint time{VoTimeDuration(VoMilliseconds(1709209800250))}; // 2024-02-29
     for (int i = 0; i < 60; ++i)
         (i % 2 ? first : second).write({Level::Information, "test", "number " + VoString(i), time, {}});
-    std::map<std::string, std::size_t> sizes;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.native()))
-        sizes[entry.path().filename().string()] = entry.file_size();
-    EXPECT_EQ(sizes.count("2024-02-25-0001.log"), 0u);
-    EXPECT_EQ(sizes.count("2020-01-01-0001.jsonl"), 1u);
-    EXPECT_EQ(sizes.size(), 5u);
-    for (const auto& [name, size] : sizes)
-        EXPECT_LT(size, 1100u) << name;
-    const std::string last = std::prev(sizes.end())->first;
-    std::filesystem::remove(folder.native(last));
+    const vo::test::Tree files = folder.tree(".");
+    EXPECT_EQ(files.count("2024-02-25-0001.log"), 0u);
+    EXPECT_EQ(files.count("2020-01-01-0001.jsonl"), 1u);
+    EXPECT_EQ(files.size(), 5u);
+    for (const auto& [name, content] : files)
+        EXPECT_LT(content.size(), 1100u) << name;
+    std::filesystem::remove(folder.native(std::prev(files.end())->first));
     first.write({Level::Information, "test", "after the removal", time, {}});
-    EXPECT_NE(LinesIn(folder.native()).back().find("after the removal"), std::string::npos);
+    EXPECT_THAT(TextIn(folder.tree(".")), testing::EndsWith(") after the removal\n"));
 }
 
 TEST(CrashRing, KeepsTheLastLinesWholeWhileThreadsAdd)
@@ -218,20 +198,16 @@ TEST(CrashRing, KeepsTheLastLinesWholeWhileThreadsAdd)
         ring.add("line " + std::to_string(i));
     EXPECT_EQ(text().size(), 256u * 9);
     EXPECT_EQ(text().substr(0, 9), "line 144\n");
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 3; ++t) {
-        threads.emplace_back([&ring, t] {
-            for (int i = 0; i < 20000; ++i)
-                ring.add(std::string(static_cast<std::size_t>(i % 600), static_cast<char>('a' + t)));
-        });
-    }
+    vo::test::Threads threads(3, [&ring](int t) {
+        for (int i = 0; i < 20000; ++i)
+            ring.add(std::string(static_cast<std::size_t>(i % 600), static_cast<char>('a' + t)));
+    });
     for (int i = 0; i < 200; ++i) { // no line has letters of two threads
         const std::string now = text();
         for (const char* const mixed : {"ab", "ba", "bc", "cb", "ac", "ca"})
             EXPECT_EQ(now.find(mixed), std::string::npos);
     }
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.join();
 }
 
 #if !defined(_WIN32)

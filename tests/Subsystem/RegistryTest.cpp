@@ -3,13 +3,7 @@
 #include <LogCapture.h>
 #include <VoTestSupport.h>
 
-#include <atomic>
-#include <memory>
 #include <mutex>
-#include <random>
-#include <string>
-#include <thread>
-#include <vector>
 
 using vo::subsystem::Definition;
 using vo::subsystem::Registry;
@@ -191,25 +185,20 @@ TEST(SubsystemRegistryProperty, NeedsRunAsLongAsTheirUsersAndEveryStartHasItsSto
                                   Fail();
                           }});
         }
-        std::vector<std::thread> threads;
-        for (unsigned t = 0; t < 3; ++t) {
-            threads.emplace_back([&, t] {
-                std::mt19937 own(seed * 10 + t);
-                std::vector<std::unique_ptr<Running>> held;
-                for (int step = 0; step < 60; ++step) {
-                    const int which = static_cast<int>(own() % Count);
-                    try {
-                        held.push_back(std::make_unique<Running>(registry, "s" + VoString(which)));
-                        EXPECT_EQ(up[which], 1);
-                    } catch (const VoInvalidUseException&) {
-                    }
-                    if (!held.empty() && own() % 2 == 0)
-                        held.erase(held.begin() + static_cast<std::ptrdiff_t>(own() % held.size()));
+        vo::test::Threads(3u, [&](unsigned t) {
+            std::mt19937 own(seed * 10 + t);
+            std::vector<std::unique_ptr<Running>> held;
+            for (int step = 0; step < 60; ++step) {
+                const int which = static_cast<int>(own() % Count);
+                try {
+                    held.push_back(std::make_unique<Running>(registry, "s" + VoString(which)));
+                    EXPECT_EQ(up[which], 1);
+                } catch (const VoInvalidUseException&) {
                 }
-            });
-        }
-        for (std::thread& thread : threads)
-            thread.join();
+                if (!held.empty() && own() % 2 == 0)
+                    held.erase(held.begin() + static_cast<std::ptrdiff_t>(own() % held.size()));
+            }
+        });
         EXPECT_TRUE(registry.running().isEmpty());
         for (const std::atomic<int>& state : up)
             EXPECT_EQ(state, 0);

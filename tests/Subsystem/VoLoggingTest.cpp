@@ -11,13 +11,6 @@
 #include <QtCore/QtDebug>
 #include <QtCore/QtGlobal>
 
-#include <atomic>
-#include <memory>
-#include <set>
-#include <string>
-#include <thread>
-#include <vector>
-
 using vo::logging::Level;
 using vo::logging::Logger;
 using vo::logging::Record;
@@ -30,14 +23,6 @@ const VoTimePoint LeapDay{VoTimeDuration(VoMilliseconds(1709209800250))};
 Record RecordOf(const VoString& text, Level level = Level::Information, VoTimePoint time = LeapDay)
 {
     return {level, "updater", text, time, std::thread::id()};
-}
-
-std::set<std::string> FileNames(const std::filesystem::path& directory)
-{
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(directory))
-        names.insert(entry.path().filename().string());
-    return names;
 }
 
 } // namespace
@@ -126,9 +111,9 @@ TEST(VoLogging, WritesOneLineARecordToStandardError)
     Logger::Get("test stderr").warning("two\nlines");
     vo::logging::DisableStandardError();
     const std::string shown = testing::internal::GetCapturedStderr();
-    EXPECT_NE(shown.find(" warning [test stderr] ("), std::string::npos) << shown;
-    EXPECT_EQ(shown.find("not shown"), std::string::npos);
-    EXPECT_EQ(shown.substr(shown.size() - 11), "two\\nlines\n");
+    EXPECT_THAT(shown,
+                testing::AllOf(testing::HasSubstr(" warning [test stderr] ("), testing::EndsWith(") two\\nlines\n"),
+                               testing::Not(testing::HasSubstr("not shown"))));
 }
 
 TEST(VoLogging, WhatSteersTerminalsIsEscapedInLines)
@@ -163,13 +148,10 @@ TEST(VoLogging, SinksComeAndGoWhileThreadsLog)
 {
     const vo::test::LogCapture log;
     std::atomic<bool> done{false};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 3; ++t) {
-        threads.emplace_back([&] {
-            while (!done)
-                Logger::Get("test threads").information("text");
-        });
-    }
+    vo::test::Threads threads(3, [&] {
+        while (!done)
+            Logger::Get("test threads").information("text");
+    });
     for (int i = 0; i < 300; ++i) {
         auto calls = std::make_unique<std::atomic<int>>(0); // a late call would touch freed memory
         VoReceiver receiver = vo::logging::AddSink([&calls](const Record&) { ++*calls; });
@@ -179,8 +161,7 @@ TEST(VoLogging, SinksComeAndGoWhileThreadsLog)
         calls.reset();
     }
     done = true;
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.join();
     EXPECT_GE(log.records().size(), 300u);
 }
 
@@ -193,12 +174,10 @@ TEST(VoLogging, SetUpWritesBelowTheGivenDirectoryWhileTheReceiverLives)
         Logger::Get("test files").information("written");
     }
     Logger::Get("test files").information("too late");
-    const std::set<std::string> names = FileNames(folder.native("data/logs"));
-    ASSERT_EQ(names.size(), 1u);
-    const std::string content = folder.read("data/logs/" + *names.begin());
-    EXPECT_NE(content.find(" information [test files] ("), std::string::npos);
-    EXPECT_NE(content.find(") written\n"), std::string::npos);
-    EXPECT_EQ(content.find("too late"), std::string::npos);
+    EXPECT_THAT(
+        folder.tree("data/logs"),
+        testing::ElementsAre(testing::Pair(testing::_, testing::AllOf(testing::HasSubstr(" information [test files] ("),
+                                                                      testing::EndsWith(") written\n")))));
 }
 
 TEST(LogFiles, WarningsAreOnDiskAtOnce)
@@ -208,9 +187,7 @@ TEST(LogFiles, WarningsAreOnDiskAtOnce)
     files.write(RecordOf("gathered"));
     EXPECT_EQ(folder.read("logs/2024-02-29-0001.log"), "");
     files.write(RecordOf("urgent", Level::Warning));
-    const std::string content = folder.read("logs/2024-02-29-0001.log");
-    EXPECT_LT(content.find("gathered"), content.find("urgent"));
-    EXPECT_NE(content.find("urgent"), std::string::npos);
+    EXPECT_THAT(folder.read("logs/2024-02-29-0001.log"), testing::ContainsRegex("gathered\n.*urgent\n"));
 }
 
 TEST(LogFiles, ADayHasItsFilesAndAFullOneIsFollowedByTheNext)
@@ -225,11 +202,10 @@ TEST(LogFiles, ADayHasItsFilesAndAFullOneIsFollowedByTheNext)
     }
     vo::logging::LogFiles again(folder.path("logs"));
     again.write(RecordOf("goes on", Level::Error, LeapDay + VoHours(25)));
-    EXPECT_EQ(FileNames(folder.native("logs")),
-              (std::set<std::string>{"2024-02-29-0001.log", "2024-02-29-0002.log", "2024-03-01-0001.log"}));
-    const std::string last = folder.read("logs/2024-03-01-0001.log");
-    EXPECT_LT(last.find("next day"), last.find("goes on"));
-    EXPECT_NE(last.find("goes on"), std::string::npos);
+    EXPECT_THAT(
+        folder.tree("logs"),
+        testing::ElementsAre(testing::Key("2024-02-29-0001.log"), testing::Key("2024-02-29-0002.log"),
+                             testing::Pair("2024-03-01-0001.log", testing::ContainsRegex("next day\n.*goes on\n"))));
 }
 
 TEST(LogFiles, OnlyTheNewestFiveAreKeptAndForeignFilesAreLeftAlone)
@@ -240,10 +216,11 @@ TEST(LogFiles, OnlyTheNewestFiveAreKeptAndForeignFilesAreLeftAlone)
     vo::logging::LogFiles files(folder.path("."));
     for (int day = 0; day < 8; ++day)
         files.write(RecordOf("x", Level::Error, LeapDay + VoHours(24 * day)));
-    EXPECT_EQ(
-        FileNames(folder.native()),
-        (std::set<std::string>{"2020-01-01-0001.log.bak", "2024-03-03-0001.log", "2024-03-04-0001.log",
-                               "2024-03-05-0001.log", "2024-03-06-0001.log", "2024-03-07-0001.log", "notes.log"}));
+    std::string names;
+    for (const auto& [name, content] : folder.tree("."))
+        names += name + " ";
+    EXPECT_EQ(names, "2020-01-01-0001.log.bak 2024-03-03-0001.log 2024-03-04-0001.log 2024-03-05-0001.log "
+                     "2024-03-06-0001.log 2024-03-07-0001.log notes.log ");
 }
 
 TEST(LogFiles, TroubleWithTheFilesIsSilent)

@@ -6,13 +6,8 @@
 #include <Threading/VoReceiver.h>
 #include <Threading/VoSerialTaskScheduler.h>
 
-#include <atomic>
-#include <functional>
 #include <future>
 #include <numeric>
-#include <stdexcept>
-#include <thread>
-#include <vector>
 
 using namespace vo::background_task;
 
@@ -235,17 +230,13 @@ TEST(ParallelScheduler, ParallelForThrowsTheFirstFailureAfterAllHaveReturned)
     const vo::test::LogCapture log;
     VoParallelTaskScheduler scheduler(2);
     std::atomic<int> active{0}, calls{0};
-    try {
-        scheduler.parallelFor(0, 100000, 1, [&](std::size_t, std::size_t) {
-            ++active;
-            ++calls;
-            --active;
-            throw VoInvalidCallException("piece");
-        });
-        ADD_FAILURE() << "nothing was thrown";
-    } catch (const VoInvalidCallException& e) {
-        EXPECT_STREQ("piece", e.what());
-    }
+    const auto piece = [&](std::size_t, std::size_t) {
+        ++active;
+        ++calls;
+        --active;
+        throw VoInvalidCallException("piece");
+    };
+    EXPECT_THROW_MSG(scheduler.parallelFor(0, 100000, 1, piece), VoInvalidCallException, "piece");
     EXPECT_EQ(0, active);
     EXPECT_LE(calls, 3) << "at most one piece a thread after the first failure";
     EXPECT_EQ(static_cast<std::size_t>(calls - 1), log.texts("tasks").size()) << "the other failures are logged";
@@ -276,19 +267,15 @@ TEST(ParallelScheduler, SurvivesManyThreadsAddingWaitingAndStopping)
     std::atomic<int> ran{0};
     {
         VoParallelTaskScheduler scheduler(4);
-        std::vector<std::thread> clients;
-        for (int client = 0; client < 4; ++client)
-            clients.emplace_back([&] {
-                for (int i = 0; i < 300; ++i) {
-                    const TaskHandle handle = scheduler.add(Task([&](FunctionTask&, const VoStopFlag&) { ++ran; }));
-                    if (i % 3 == 0)
-                        handle.stop();
-                    else if (i % 3 == 1)
-                        handle.wait();
-                }
-            });
-        for (std::thread& client : clients)
-            client.join();
+        vo::test::Threads(4, [&] {
+            for (int i = 0; i < 300; ++i) {
+                const TaskHandle handle = scheduler.add(Task([&](FunctionTask&, const VoStopFlag&) { ++ran; }));
+                if (i % 3 == 0)
+                    handle.stop();
+                else if (i % 3 == 1)
+                    handle.wait();
+            }
+        });
         scheduler.finish();
         EXPECT_GE(ran, 800) << "only stopped tasks may be left out";
         for (int i = 0; i < 1000; ++i)

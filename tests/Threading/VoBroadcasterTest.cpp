@@ -5,13 +5,6 @@
 #include <RunningCallback.h>
 #include <VoTestSupport.h>
 
-#include <algorithm>
-#include <atomic>
-#include <map>
-#include <memory>
-#include <thread>
-#include <vector>
-
 namespace {
 
 using Broadcaster = VoBroadcaster<const std::string&>;
@@ -222,31 +215,22 @@ TEST(VoBroadcasterThreads, ReceiversComeAndGoWhileOthersBroadcast)
 {
     Broadcaster broadcaster;
     std::atomic<bool> done{false};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 2; ++t) {
-        threads.emplace_back([&] {
-            while (!done)
-                broadcaster.broadcast("news");
-        });
-    }
-    std::vector<std::thread> listeners;
-    for (int t = 0; t < 3; ++t) {
-        listeners.emplace_back([&] {
-            for (int i = 0; i < 300; ++i) {
-                auto calls = std::make_unique<int>(0); // gone with the scope: a late call would touch freed memory
-                VoReceiver receiver =
-                    broadcaster.connect([&calls](const std::string& text) { *calls += static_cast<int>(text.size()); });
-                EXPECT_TRUE(receiver.isReceiving());
-                receiver = VoReceiver();
-                calls.reset();
-            }
-        });
-    }
-    for (std::thread& listener : listeners)
-        listener.join();
+    vo::test::Threads threads(2, [&] {
+        while (!done)
+            broadcaster.broadcast("news");
+    });
+    vo::test::Threads(3, [&] {
+        for (int i = 0; i < 300; ++i) {
+            auto calls = std::make_unique<int>(0); // gone with the scope: a late call would touch freed memory
+            VoReceiver receiver =
+                broadcaster.connect([&calls](const std::string& text) { *calls += static_cast<int>(text.size()); });
+            EXPECT_TRUE(receiver.isReceiving());
+            receiver = VoReceiver();
+            calls.reset();
+        }
+    });
     done = true;
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.join();
 }
 
 TEST(VoBroadcasterThreads, EitherSideMayBeDestroyedFirstOnAnyThread)

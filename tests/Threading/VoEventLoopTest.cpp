@@ -5,11 +5,7 @@
 #include <Threading/VoEventLoop.h>
 #include <Threading/VoStoppableEvent.h>
 
-#include <functional>
 #include <future>
-#include <stdexcept>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -243,14 +239,10 @@ TEST(VoEventLoop, EventsAddedFromManyThreadsAllRunOnce)
     VoEventLoop loop;
     loop.run();
     std::vector<int> counts(4, 0); // written by the loop's thread only
-    std::vector<std::thread> threads;
-    for (int& count : counts)
-        threads.emplace_back([&] {
-            for (int i = 0; i < 2000; ++i)
-                loop.add(MakeCall([&count] { ++count; }));
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    vo::test::Threads(counts.size(), [&](std::size_t number) {
+        for (int i = 0; i < 2000; ++i)
+            loop.add(MakeCall([&count = counts[number]] { ++count; }));
+    });
     loop.finish();
     EXPECT_EQ(std::vector<int>(4, 2000), counts);
 }

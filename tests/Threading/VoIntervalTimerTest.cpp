@@ -9,12 +9,6 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QEventLoop>
 
-#include <atomic>
-#include <memory>
-#include <optional>
-#include <thread>
-#include <vector>
-
 namespace {
 
 using Ticks = std::vector<std::pair<std::uint64_t, std::uint64_t>>;
@@ -163,23 +157,19 @@ TEST(VoIntervalTimer, TimersComeAndGoOnManyThreadsWhileTheyFire)
 {
     VoEventLoop loop;
     loop.run();
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t)
-        threads.emplace_back([&loop, t] {
-            for (int i = 0; i < 200; ++i) {
-                auto calls = std::make_unique<std::atomic<int>>(0); // a late call would touch freed memory
-                const auto callback = [&calls](const VoIntervalTimer::Tick&) { ++*calls; };
-                VoIntervalTimer timer = t % 2 ? VoIntervalTimer(callback) : VoIntervalTimer(loop, callback);
-                timer.start(VoMicroseconds(20));
-                while (i % 2 && *calls == 0)
-                    std::this_thread::yield();
-                if (i % 3 == 0)
-                    timer.startOnce(VoTimeDuration());
-                timer = VoIntervalTimer(callback);
-                calls.reset();
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    vo::test::Threads(4, [&loop](int t) {
+        for (int i = 0; i < 200; ++i) {
+            auto calls = std::make_unique<std::atomic<int>>(0); // a late call would touch freed memory
+            const auto callback = [&calls](const VoIntervalTimer::Tick&) { ++*calls; };
+            VoIntervalTimer timer = t % 2 ? VoIntervalTimer(callback) : VoIntervalTimer(loop, callback);
+            timer.start(VoMicroseconds(20));
+            while (i % 2 && *calls == 0)
+                std::this_thread::yield();
+            if (i % 3 == 0)
+                timer.startOnce(VoTimeDuration());
+            timer = VoIntervalTimer(callback);
+            calls.reset();
+        }
+    });
     loop.terminate();
 }

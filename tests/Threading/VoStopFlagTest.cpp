@@ -7,11 +7,7 @@
 #include <RunningCallback.h>
 #include <VoTestSupport.h>
 
-#include <atomic>
 #include <future>
-#include <memory>
-#include <thread>
-#include <vector>
 
 TEST(VoStopFlag, CopiesShareOneFlag)
 {
@@ -124,21 +120,17 @@ TEST(VoStopFlag, EveryCallbackOfARaceIsCalledExactlyOnceUnlessWithdrawn)
     for (int round = 0; round < 200; ++round) {
         const VoStopFlag flag;
         std::atomic<int> calls{0};
-        std::vector<std::thread> threads;
-        for (int t = 0; t < 3; ++t) {
-            threads.emplace_back([&] {
-                const VoStopFlag child = flag.child();
-                auto counted = std::make_unique<std::atomic<int>*>(&calls);
-                const VoReceiver receiver = child.onStop([&counted] { ++**counted; });
-                while (!child.isStopped())
-                    std::this_thread::yield();
-                child.waitFor(VoTimeDuration::Max());
-                flag.stop(); // may come before the raising thread has called back
-            });
-        }
+        vo::test::Threads threads(3, [&] {
+            const VoStopFlag child = flag.child();
+            auto counted = std::make_unique<std::atomic<int>*>(&calls);
+            const VoReceiver receiver = child.onStop([&counted] { ++**counted; });
+            while (!child.isStopped())
+                std::this_thread::yield();
+            child.waitFor(VoTimeDuration::Max());
+            flag.stop(); // may come before the raising thread has called back
+        });
         flag.stop();
-        for (std::thread& thread : threads)
-            thread.join();
+        threads.join();
         EXPECT_LE(calls, 3);
     }
 }

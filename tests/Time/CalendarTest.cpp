@@ -1,5 +1,4 @@
 #include <Core/VoDeque.h>
-#include <Core/VoMathsException.h>
 #include <ScopedEnvironment.h>
 #include <Time/VoDateTime.h>
 #include <Time/detail/ZoneRule.h>
@@ -11,9 +10,6 @@
 #include <QtCore/QTimeZone>
 
 #include <ctime>
-#include <limits>
-#include <random>
-#include <vector>
 
 using vo::test::ScopedEnvironment;
 

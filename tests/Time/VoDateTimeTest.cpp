@@ -1,12 +1,8 @@
-#include <Core/VoMathsException.h>
 #include <ScopedEnvironment.h>
 #include <Time/VoDateTime.h>
 #include <Time/VoTimer.h>
 #include <VoTestSupport.h>
 #include <Words.h>
-
-#include <limits>
-#include <random>
 
 using vo::test::ScopedEnvironment;
 

@@ -1,15 +1,11 @@
 #include <Time/VoTimeDuration.h>
 #include <Time/VoTimePoint.h>
 
-#include <Core/VoMathsException.h>
-
 #include <VoTestSupport.h>
 
 #include <QtCore/QDateTime>
 
 #include <cstdint>
-#include <limits>
-#include <random>
 
 namespace {
 

@@ -2,9 +2,6 @@
 
 #include <Updater/AdvertisedPackages.h>
 
-#include <string>
-#include <vector>
-
 using namespace vo::updater;
 using namespace vo::test;
 

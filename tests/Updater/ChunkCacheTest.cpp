@@ -2,9 +2,6 @@
 
 #include <Updater/detail/install/ChunkCache.h>
 
-#include <random>
-#include <vector>
-
 namespace vo::test {
 
 using vo::updater::detail::ChunkCache;

@@ -1,11 +1,7 @@
 #include "UpdaterFixture.h"
 
-#include <Core/VoMathsException.h>
 #include <IO/VoFileByteStream.h>
 #include <Updater/detail/publish/ChunkWriter.h>
-
-#include <string>
-#include <vector>
 
 using namespace vo::updater;
 using namespace vo::updater::detail;

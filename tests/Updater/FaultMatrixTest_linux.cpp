@@ -9,7 +9,6 @@
 #include <Updater/ReleasePatches.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <iostream>
 #include <sys/wait.h>
 #include <unistd.h>

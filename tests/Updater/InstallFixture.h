@@ -2,7 +2,6 @@
 
 #include "UpdaterFixture.h"
 
-#include <Core/VoFileException.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoLocation.h>
 #include <Threading/VoStopFlag.h>
@@ -13,10 +12,6 @@
 #include <Updater/VoInstallationFailedException.h>
 #include <Updater/VoUpdater.h>
 #include <Updater/detail/files/FileActions.h>
-
-#include <algorithm>
-#include <memory>
-#include <vector>
 
 namespace vo::test {
 

@@ -5,12 +5,8 @@
 #include <Updater/detail/registry/RegistryFile.h>
 #include <Updater/detail/registry/SeenFiles.h>
 
-#include <atomic>
 #include <cstdint>
 #include <filesystem>
-#include <limits>
-#include <optional>
-#include <thread>
 
 namespace vo::test {
 
@@ -390,22 +386,13 @@ TEST_F(InstalledPackagesTest, OperationsOnSeveralThreadsFollowEachOther)
             --running;
         InstalledPackages::Packages();
     });
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < definitions.size(); ++i) {
-        threads.emplace_back([&, i] {
-            InstalledPackages::Install(definitions[i], directory("place").directory(ids[i].toString()), VoStopFlag());
-            InstalledPackages::Verify(ids[i], VoStopFlag());
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
+    vo::test::Threads(definitions.size(), [&](std::size_t i) {
+        InstalledPackages::Install(definitions[i], directory("place").directory(ids[i].toString()), VoStopFlag());
+        InstalledPackages::Verify(ids[i], VoStopFlag());
+    });
     EXPECT_FALSE(haveMet);
     EXPECT_EQ(InstalledPackages::Packages().size(), definitions.size());
-    threads.clear();
-    for (const VoUUID& id : ids)
-        threads.emplace_back([id] { InstalledPackages::Uninstall(id); });
-    for (std::thread& thread : threads)
-        thread.join();
+    vo::test::Threads(ids.size(), [&](std::size_t i) { InstalledPackages::Uninstall(ids[i]); });
     EXPECT_TRUE(InstalledPackages::Packages().isEmpty());
     EXPECT_TRUE(std::filesystem::is_empty(vo::detail::ToNative(directory("place"))));
 }

@@ -2,8 +2,6 @@
 
 #include <Updater/InstalledPackageListing.h>
 
-#include <vector>
-
 using namespace vo::updater;
 using namespace vo::test;
 

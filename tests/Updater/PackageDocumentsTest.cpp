@@ -1,16 +1,9 @@
 #include "UpdaterFixture.h"
 
 #include <Approved.h>
-#include <Core/VoFileException.h>
-#include <Core/VoXMLException.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/detail/documents/XMLDocument.h>
-
-#include <algorithm>
-#include <random>
-#include <string>
-#include <vector>
 
 using namespace vo::updater;
 using namespace vo::test;
@@ -267,8 +260,8 @@ public:
 
     VoFilePath path()
     {
-        static const std::vector<std::string> odd = {"a/b\\\\c", " x ", "", "\\\\server\\x", "\xC3\xBC\\ \xE2\x82\xAC",
-                                                     "R&D <\"'>", "a\tb", "&amp;", "\x7F"};
+        static const std::vector<std::string> odd = {
+            "a/b\\\\c", " x ", "", "\\\\server\\x", "\xC3\xBC\\ \xE2\x82\xAC", "R&D <\"'>", "a\tb", "&amp;", "\x7F"};
         return VoFilePath(VoString(below(3) == 0 ? odd[below(odd.size())] : "d\\file " + std::to_string(m_random())));
     }
 

@@ -4,8 +4,6 @@
 
 #include <Updater/detail/install/InstallerSettings.h>
 
-#include <set>
-
 namespace vo::test {
 
 namespace {

@@ -6,9 +6,6 @@
 #include <Updater/UpdatePackageBuilder.h>
 #include <Updater/detail/install/UpdatePlan.h>
 
-#include <algorithm>
-#include <vector>
-
 using namespace vo::updater;
 using namespace vo::updater::detail;
 using namespace vo::test;

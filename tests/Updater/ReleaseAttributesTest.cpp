@@ -2,7 +2,6 @@
 
 #include "InstallFixture.h"
 
-#include <Core/VoException.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/PackageVerifier.h>
 #include <Updater/ReleaseAttributes.h>
@@ -29,17 +28,6 @@ class ReleaseAttributesTest : public InstallTest
 {
 protected:
     ~ReleaseAttributesTest() override { vo::updater::detail::OverrideLinks(std::nullopt); }
-
-    template <typename Work>
-    static std::string told(Work work)
-    {
-        try {
-            work();
-            return "";
-        } catch (const VoException& failure) {
-            return failure.message().toStdString();
-        }
-    }
 
     static VoFilePath attributesOf(const VoFilePath& definition)
     {
@@ -144,7 +132,7 @@ TEST_F(ReleaseAttributesTest, WhatTheUserChangedIsFoundAndMended)
         // What stands on the server by now has not been verified.
         const std::string bytes = ReadBytes(attributesOf(definition));
         WriteBytes(attributesOf(definition), "damaged");
-        EXPECT_EQ(told([&] { InstalledPackages::Repair(definition, VoStopFlag()); }), "") << "no chunk is needed";
+        EXPECT_EQ(Refusal([&] { InstalledPackages::Repair(definition, VoStopFlag()); }), "") << "no chunk is needed";
         WriteBytes(attributesOf(definition), bytes);
         fs::rename(vo::detail::ToNative(file("away")), vo::detail::ToNative(chunks));
         EXPECT_EQ(installedTree(), Held);
@@ -172,7 +160,7 @@ TEST_F(ReleaseAttributesTest, LinksThatAreNotOfTheReleaseArePublishedByNobody)
         if (std::string(to).find("up/") != std::string::npos)
             files["up"] = "-> ..";
         vo::updater::PackageBuilder builder(packageID, "Examples", VoVersion::Deserialize("1.0.0"), 40, 6);
-        EXPECT_THAT(told([&] { publish(builder, files); }), HasSubstr(why));
+        EXPECT_THAT(Refusal([&] { publish(builder, files); }), HasSubstr(why));
         EXPECT_TRUE(builder.package().files().isEmpty()) << "nothing was packed";
     }
     // Who does not ask gets the files that links lead to, as ever.
@@ -217,13 +205,13 @@ TEST_F(ReleaseAttributesTest, NothingThatIsReadIsTrusted)
     for (const auto& [bytes, why] : rows) {
         SCOPED_TRACE(bytes.substr(0, 4000));
         WriteBytes(attributesOf(definition), bytes);
-        const std::string failure = told([&] { install(definition); });
+        const std::string failure = Refusal([&] { install(definition); });
         EXPECT_THAT(failure, HasSubstr("Installation failed"));
         EXPECT_THAT(failure, HasSubstr(why));
         EXPECT_FALSE(VoFileSystem::Exists(directory("place")));
     }
     WriteBytes(attributesOf(definition), " <!DOCTYPE html><title>No such page");
-    EXPECT_EQ(told([&] { install(definition); }), "") << "what servers say instead of that there is none";
+    EXPECT_EQ(Refusal([&] { install(definition); }), "") << "what servers say instead of that there is none";
     EXPECT_EQ(fs::is_symlink(at("current")), false);
     WriteBytes(attributesOf(definition), good);
     install(definition);
@@ -243,20 +231,20 @@ TEST_F(ReleaseAttributesTest, WhatOthersPutThereIsAskedFor)
     WriteEntry(at("logs/old/mine"), "mine");
     InstalledPackages::Uninstall(packageID);
     EXPECT_EQ(installedTree(), (Files{{"current", "mine"}, {"logs/old/mine", "mine"}}));
-    EXPECT_THAT(told([&] { install(definition); }), HasSubstr("File belongs to no package: "));
+    EXPECT_THAT(Refusal([&] { install(definition); }), HasSubstr("File belongs to no package: "));
     options.refuseForeignFiles = false;
     install(definition);
     EXPECT_EQ(fs::read_symlink(at("current")), "so");
     fs::remove(at("current"));
     fs::create_directory(at("current"));
     WriteEntry(at("current/mine"), "mine");
-    EXPECT_THAT(told([&] { install(definition); }), HasSubstr("Directory in the way: "));
+    EXPECT_THAT(Refusal([&] { install(definition); }), HasSubstr("Directory in the way: "));
     fs::remove_all(at("current"));
     install(definition);
 
     vo::updater::PackageBuilder other(VoUUID("other"), "Others", VoVersion::Deserialize("7.0.0"), 40, 6);
     const VoFilePath taken = publish(other, {{"current", "a file"}});
-    EXPECT_THAT(told([&] { install(taken); }), HasSubstr("File belongs to another package: "));
+    EXPECT_THAT(Refusal([&] { install(taken); }), HasSubstr("File belongs to another package: "));
     EXPECT_EQ(installedTree().at("current"), "-> so");
 }
 

@@ -10,10 +10,7 @@
 
 #include <QtCore/QCoreApplication>
 
-#include <atomic>
-#include <functional>
 #include <regex>
-#include <thread>
 
 using namespace vo::test;
 using vo::updater::AdvertisedPackages;
@@ -66,12 +63,8 @@ protected:
 
     std::string installFrom(const VoFilePath& definition)
     {
-        try {
-            InstalledPackages::Install(url(definition), place(), VoStopFlag(), options);
-            return "";
-        } catch (const VoInstallationFailedException& failure) {
-            return failure.message().toStdString();
-        }
+        return Refusal<VoInstallationFailedException>(
+            [&] { InstalledPackages::Install(url(definition), place(), VoStopFlag(), options); });
     }
 
     /// All but what has been fetched so far, which the next run may use.
@@ -234,12 +227,8 @@ TEST_F(RemoteInstall, StoppingWhileChunksArriveKeepsWhatHasComeForTheNextRun)
         if (message->type() == AbstractMessage::DownloadProgress)
             stop.stop();
     });
-    try {
-        InstalledPackages::Install(url(definition), place(), stop, options);
-        ADD_FAILURE() << "the installation was not stopped";
-    } catch (const VoInstallationFailedException& failure) {
-        EXPECT_EQ(failure.message(), "Installation failed: User cancelled");
-    }
+    EXPECT_THROW_MSG(InstalledPackages::Install(url(definition), place(), stop, options), VoInstallationFailedException,
+                     "Installation failed: User cancelled");
     EXPECT_TRUE(FilesBelow(place()).empty());
     EXPECT_TRUE(InstalledPackages::Packages().isEmpty());
 
@@ -311,11 +300,7 @@ TEST_F(RemoteInstall, TheOwnerOfTheServiceWaitsForAnotherThreadWithItsLoopRunnin
     });
     std::string refusal;
     const VoReceiver downloads = VoDownloadManager::Connect([&](const VoSharedPtr<VoDownloadNotification>&) {
-        try {
-            InstalledPackages::Uninstall(packageID);
-        } catch (const VoInvalidCallException& failure) {
-            refusal = failure.message().toStdString();
-        }
+        refusal = Refusal<VoInvalidCallException>([&] { InstalledPackages::Uninstall(packageID); });
     });
     std::string end = "did not end";
     std::thread worker([&] { end = installFrom(definition); });

@@ -9,8 +9,6 @@
 
 #include <QtCore/QCoreApplication>
 
-#include <functional>
-
 using namespace vo::test;
 using Fault = ScriptedAnswer::Fault;
 using testing::HasSubstr;

@@ -2,11 +2,6 @@
 
 #include <Updater/detail/install/UpdatePlan.h>
 
-#include <algorithm>
-#include <map>
-#include <set>
-#include <vector>
-
 using namespace vo::updater;
 using namespace vo::updater::detail;
 using namespace vo::test;

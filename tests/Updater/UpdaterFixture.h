@@ -22,7 +22,6 @@
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
-#include <string>
 
 namespace vo::test {
 

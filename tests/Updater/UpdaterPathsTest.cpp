@@ -7,10 +7,7 @@
 
 #include <QtCore/QtGlobal>
 
-#include <cstdlib>
 #include <iostream>
-#include <set>
-#include <string>
 
 using namespace vo::updater;
 using namespace vo::updater::detail;

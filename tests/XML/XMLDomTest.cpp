@@ -1,7 +1,5 @@
 #include "XMLTestSupport.h"
 
-#include <Core/VoFileException.h>
-#include <Core/VoXMLException.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <FileSystem/VoFileSystem.h>
@@ -10,8 +8,6 @@
 #include <XML/VoXMLElementWriter.h>
 
 #include <QtXml/QDomDocument>
-
-#include <vector>
 
 using xmltest::Canonical;
 using xmltest::Loaded;

@@ -1,13 +1,9 @@
 #include "XMLTestSupport.h"
 
-#include <Core/VoXMLException.h>
 #include <XML/VoAbstractXMLStreamReadWriteObject.h>
 #include <XML/VoXMLDomDocument.h>
 
 #include <QtXml/QDomDocument>
-
-#include <random>
-#include <vector>
 
 using xmltest::Canonical;
 

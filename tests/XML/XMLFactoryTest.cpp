@@ -2,15 +2,12 @@
 
 #include <Core/VoObject.h>
 #include <Core/VoPair.h>
-#include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
 #include <XML/VoXMLFactory.h>
 #include <XML/VoXMLLoaderOLD.h>
 #include <XML/VoXMLPath.h>
 #include <XML/VoXMLRule.h>
 #include <XML/VoXMLTemplateFactory.h>
-
-#include <vector>
 
 using xmltest::TextReader;
 

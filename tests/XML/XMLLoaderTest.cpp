@@ -1,12 +1,9 @@
 #include "XMLTestSupport.h"
 
-#include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
 #include <XML/VoStreamXMLReader.h>
 #include <XML/VoXMLStreamElementLoader.h>
 #include <XML/VoXMLStreamLoader.h>
-
-#include <optional>
 
 using xmltest::MemoryDevice;
 using xmltest::Nested;

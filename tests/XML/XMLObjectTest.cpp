@@ -4,7 +4,6 @@
 #include <Core/VoPointD.h>
 #include <Core/VoProperties.h>
 #include <Core/VoUUID.h>
-#include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
 #include <Time/VoDateTime.h>
 #include <XML/VoXMLDomElementReader.h>
@@ -14,10 +13,7 @@
 #include <QtXml/QDomDocument>
 
 #include <clocale>
-#include <cstring>
-#include <limits>
 #include <locale>
-#include <vector>
 
 using xmltest::TextReader;
 using xmltest::Written;

@@ -1,7 +1,5 @@
 #include "XMLTestSupport.h"
 
-#include <Core/VoFileException.h>
-#include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
 #include <XML/VoStreamXMLReader.h>
 #include <XML/VoXMLDomDocument.h>
@@ -9,10 +7,6 @@
 #include <XML/VoXMLPath.h>
 
 #include <QtXml/QDomElement>
-
-#include <optional>
-#include <set>
-#include <vector>
 
 using xmltest::MemoryDevice;
 using xmltest::TextReader;

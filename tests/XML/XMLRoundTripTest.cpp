@@ -2,18 +2,12 @@
 
 #include <Words.h>
 
-#include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
 #include <XML/VoXMLDomElementReader.h>
 
 #include <QtCore/QBuffer>
 #include <QtCore/QXmlStreamWriter>
 #include <QtXml/QDomElement>
-
-#include <random>
-#include <set>
-#include <utility>
-#include <vector>
 
 using xmltest::Canonical;
 using xmltest::Loaded;

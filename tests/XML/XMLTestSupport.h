@@ -3,7 +3,6 @@
 #include <MemoryDevice.h>
 #include <VoTestSupport.h>
 
-#include <Core/VoString.h>
 #include <IO/VoStringDevice.h>
 #include <XML/VoXMLDomDocument.h>
 #include <XML/VoXMLStreamElementReader.h>
@@ -15,10 +14,6 @@
 #include <QtCore/QXmlStreamReader>
 
 #include <cstddef>
-#include <functional>
-#include <memory>
-#include <set>
-#include <string>
 
 namespace xmltest {
 

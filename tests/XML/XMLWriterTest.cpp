@@ -1,11 +1,7 @@
 #include "XMLTestSupport.h"
 
-#include <Core/VoFileException.h>
 #include <Core/VoWeakPtr.h>
-#include <Core/VoXMLException.h>
 #include <FileSystem/VoFilePath.h>
-
-#include <vector>
 
 using xmltest::MemoryDevice;
 using xmltest::Written;

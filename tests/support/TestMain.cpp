@@ -1,6 +1,5 @@
 #include <VoTestSupport.h>
 
-#include <cstdlib>
 #include <exception>
 #include <iostream>
 

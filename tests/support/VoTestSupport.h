@@ -1,17 +1,42 @@
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <Threads.h>
 
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
+#include <Core/VoFileException.h>
+#include <Core/VoMathsException.h>
 #include <Core/VoString.h>
+#include <Core/VoXMLException.h>
 
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <map>
+#include <memory>
+#include <optional>
+#include <random>
+#include <set>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <typeinfo>
+#include <utility>
+#include <vector>
 
 /// @file
-/// What every test program includes: GoogleTest and the matcher for the library's exceptions, which GoogleTest cannot
-/// print by itself because they are not standard exceptions.
+/// What every test program includes, and need not name again: GoogleTest, the headers of the standard library and the
+/// exceptions that most tests use, threads, and the matcher for the library's exceptions, which GoogleTest cannot print
+/// by itself because they are not standard exceptions.
 
 namespace vo::test {
 
@@ -30,6 +55,30 @@ std::string ExpectedName(const char* className)
         return "Validation exception";
     const std::size_t scope = text.rfind("::");
     return scope == std::string::npos ? text : text.substr(scope + 2);
+}
+
+/// What `action` throws; a test in which it throws nothing fails.
+template <typename Exception, typename Action>
+Exception Caught(Action&& action)
+{
+    try {
+        action();
+    } catch (const Exception& e) {
+        return e;
+    }
+    throw std::logic_error("nothing was thrown");
+}
+
+/// The message of the `Exception` that `action` throws; empty without one.
+template <typename Exception = VoException, typename Action>
+std::string Refusal(Action&& action)
+{
+    try {
+        action();
+        return {};
+    } catch (const Exception& e) {
+        return e.message().toStdString();
+    }
 }
 
 /// Runs `action` and tells whether it throws exactly an `Exception` with the message `message`.

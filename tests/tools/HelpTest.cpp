@@ -8,10 +8,7 @@
 
 #include <Updater/VoUpdater.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <sstream>
-#include <vector>
 
 using namespace vo::tool;
 

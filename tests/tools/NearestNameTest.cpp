@@ -2,8 +2,6 @@
 
 #include <VoTestSupport.h>
 
-#include <random>
-
 using namespace vo::detail;
 
 namespace {

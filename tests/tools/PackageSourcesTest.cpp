@@ -1,13 +1,10 @@
 #include <VoTestSupport.h>
 
-#include <Core/VoException.h>
 #include <Core/VoUUID.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <ScratchFolder.h>
 #include <Updater/PackageSources.h>
 #include <Updater/VoUpdater.h>
-
-#include <string>
 
 using vo::updater::PackageSource;
 using vo::updater::PackageSources;

@@ -1,9 +1,6 @@
 #include <VoTestSupport.h>
 #include <vo/screen/ProgressLine.h>
 
-#include <limits>
-#include <random>
-
 using namespace vo::tool;
 
 namespace {

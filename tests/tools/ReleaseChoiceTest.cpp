@@ -71,13 +71,8 @@ TEST_F(ReleaseChoice, ThePackageNeedsNoNameWhenItIsTheOnlyOne)
     declare("p", "2.0.0.0", "second");
     EXPECT_EQ(ChoosePackage(declared, std::nullopt).toString().toStdString(), "p");
     declare("q", "1.0.0.0", "other");
-    try {
-        ChoosePackage(declared, std::nullopt);
-        FAIL() << "two are declared";
-    } catch (const UsageError& error) {
-        EXPECT_EQ(error.text.toStdString(),
-                  "several packages are declared, choose one with --package: p (name of p) q (name of q)");
-    }
+    EXPECT_EQ(vo::test::Caught<UsageError>([&] { ChoosePackage(declared, std::nullopt); }).text,
+              VoString("several packages are declared, choose one with --package: p (name of p) q (name of q)"));
     EXPECT_EQ(ChoosePackage(declared, VoString("q")).toString().toStdString(), "q");
     EXPECT_THROW(ChoosePackage(declared, VoString("Q")), Failure) << "identifiers are exact";
     EXPECT_EQ(ChoosePackage(declared, VoString("Name of Q")).toString().toStdString(), "q") << "names are not";

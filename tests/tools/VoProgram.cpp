@@ -4,7 +4,6 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QRegularExpression>
 
-#include <algorithm>
 #include <fstream>
 
 namespace {

@@ -9,10 +9,6 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
-#include <functional>
-#include <string>
-#include <vector>
-
 /// How a run of the program ended.
 struct Outcome
 {
