@@ -2,15 +2,10 @@
 
 #include "TrustFixture.h"
 
-#include <Core/VoException.h>
 #include <Updater/ReleasePatches.h>
 #include <Updater/UpdateCost.h>
 #include <Updater/detail/files/FileDifference.h>
 #include <Updater/detail/files/FilePatch.h>
-
-#include <algorithm>
-#include <functional>
-#include <random>
 
 namespace vo::test {
 

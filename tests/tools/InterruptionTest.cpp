@@ -2,7 +2,6 @@
 
 #if !defined(_WIN32)
 
-#include <algorithm>
 #include <csignal>
 
 namespace {
@@ -43,5 +42,73 @@ TEST_F(Interruption, ControlCStopsAPublicationAndNothingShows)
     EXPECT_FALSE(exists("pub"));
     EXPECT_EQ(vo(command).code, 0);
 }
+
+#if defined(VO_KILL_LIBRARY)
+
+// The program dies before a call that changes something, every few calls, or at each with VOCORE_FULL_MATRIX set.
+TEST_F(Interruption, WhatAKilledProgramLeftIsFinishedByTheSameCommand)
+{
+    const char* const parts[] = {"pub", "app", "data"};
+    const auto copy = [&](const std::string& from, const std::string& to) {
+        for (const char* const part : parts) {
+            std::filesystem::remove_all(m_scratch.native(to + part));
+            if (exists(from + part))
+                std::filesystem::copy(m_scratch.native(from + part), m_scratch.native(to + part),
+                                      std::filesystem::copy_options::recursive);
+        }
+    };
+    const auto keep = [&](const char* name) {
+        std::filesystem::create_directory(m_scratch.native(name));
+        copy("", name + std::string("/"));
+    };
+    const std::string install = "install @pub/declarations.xml --to @app";
+    const std::string second = "publish @two --to @pub/declarations.xml --name Examples --release 1.1.0";
+    fillSource("one", 12);
+    fillSource("two", 9);
+    write("two/file0.txt", "not empty any more");
+    publish("one", "1.0.0");
+    keep("first");
+    EXPECT_EQ(vo(install).code, 0);
+    EXPECT_EQ(vo(second).code, 0);
+    keep("installed");
+    EXPECT_EQ(vo(install + " --stage-only").code, 0);
+    keep("staged");
+    copy("none/", "");
+    copy("first/", "");
+    EXPECT_EQ(vo(second).code, 0);
+    keep("second");
+
+    const struct
+    {
+        const char* before; // what was kept
+        std::string work;
+        int done; // its end when the killed one had done everything
+        std::string rest;
+    } rows[] = {{"first", second, 6, install},
+                {"second", install, 3, ""},
+                {"installed", "update", 3, ""},
+                {"installed", install + " --stage-only", 0, "commit"},
+                {"staged", "commit", 3, ""}};
+    const int stride = qEnvironmentVariableIsSet("VOCORE_FULL_MATRIX") ? 1 : 11;
+    for (const auto& row : rows) {
+        int runs = 0;
+        for (int code = -1, number = 1; code == -1; number += stride, ++runs) {
+            SCOPED_TRACE("vo " + row.work + " killed at call " + std::to_string(number));
+            copy(row.before + std::string("/"), "");
+            code = voBehind({QStringLiteral("env"), QStringLiteral("LD_PRELOAD=" VO_KILL_LIBRARY),
+                             QStringLiteral("VO_KILL_AT=%1").arg(number)},
+                            row.work)
+                       .code;
+            const Outcome again = vo(row.work);
+            EXPECT_TRUE(again.code == row.done || (again.code == 0 && code == -1)) << again;
+            EXPECT_EQ(row.rest.empty() ? 0 : vo(row.rest).code, 0);
+            ASSERT_TRUE(tree("app") == tree("two"));
+            EXPECT_EQ(vo("verify").code, 0);
+        }
+        EXPECT_GT(runs, 2) << row.work;
+    }
+}
+
+#endif
 
 #endif

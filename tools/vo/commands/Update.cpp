@@ -110,7 +110,8 @@ void Update(Session& session, const PackageUpdate& update, Outcomes& outcomes)
 {
     if (!update.failure.isEmpty())
         return ShowFailure(session, update, Failure(TextOfLibrary(update.failure)), outcomes);
-    if (!update.available)
+    // Installing the release once more ends what a killed run has not: names and space that it still holds, its record.
+    if (!update.available && (session.arguments.has("check") || !InstalledPackages::IsUnfinished(update.packageID)))
         return Show(session.console, update, "current");
     if (session.arguments.has("check")) {
         ++outcomes.updates;
