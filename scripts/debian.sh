@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the Debian packages from what is committed, has lintian look at them, installs them into a fresh root, and there
-# builds a consumer and takes the tool along its road.
+# Builds the Debian packages from what is committed (where there is no repository, from what lies there), has lintian
+# look at them, installs them into a fresh root, and there builds a consumer and takes the tool along its road.
 # usage: scripts/debian.sh [FOLDER]       the packages are left in FOLDER (build/debian without one)
 # As root, for a root folder is made and entered.
 set -euo pipefail
@@ -14,7 +14,11 @@ trap 'rm -rf --one-file-system "$work"' EXIT
 
 say "building the Debian packages"
 mkdir "$work/source"
-git -C "$vocore_root" archive HEAD | tar -x -C "$work/source"
+if git -C "$vocore_root" rev-parse HEAD >/dev/null 2>&1; then
+    git -C "$vocore_root" archive HEAD
+else
+    tar -C "$vocore_root" --exclude=./build --exclude=./.git -cf - .
+fi | tar -x -C "$work/source"
 export CCACHE_DIR=${CCACHE_DIR:-$HOME/.cache/ccache} CCACHE_BASEDIR=$work/source CCACHE_NOHASHDIR=1
 (cd "$work/source" && dpkg-buildpackage -b -us -uc -j"$vocore_jobs") >"$work/build.log" 2>&1 ||
     { tail -n 60 "$work/build.log" >&2; fail "dpkg-buildpackage"; }
