@@ -145,6 +145,8 @@ void AbstractPackageInstaller::obtainPrepared(const VoLocation& definition, cons
     do {
         try {
             obtain(definition, stop, downloads);
+        } catch (const VoUserCancelledException&) {
+            throw;
         } catch (...) {
             stop.throwIfStopped();
             if (!findOtherWay())
