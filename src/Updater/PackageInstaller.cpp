@@ -555,6 +555,8 @@ VoDeque<VoFilePath> PackageInstaller::stagedFiles() const
     return result;
 }
 
+// Until the commit everything can be taken back, and is when anything throws, a raised stop flag included. What
+// verify() finds wrong is reported and noted; it takes nothing back.
 VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
 {
     requireValid();

@@ -66,6 +66,8 @@ UpdateTransaction::UpdateTransaction(const AdvertisedPackageListing& advert, con
 
 UpdateTransaction::~UpdateTransaction() = default;
 
+// Each of the first steps needs what those before it found: which old files go decides what is in the way, what is in
+// the way decides which directories are made, and all of it which are empty in the end. They only look.
 void UpdateTransaction::begin()
 {
     readLeft();
@@ -88,6 +90,8 @@ void UpdateTransaction::begin()
     }
 }
 
+// A run that dies between the two renamings of a place leaves it empty: its note says that the old file is aside. When
+// this ends the renamings are on disk, as the journal is going to say.
 void UpdateTransaction::place(const std::function<void(const TargetFile&)>& onPlaced)
 {
     for (const TargetFile& target : m_targets) {
@@ -133,6 +137,7 @@ void UpdateTransaction::commit(const Recorder& record)
     try {
         if (record && isRecorded)
             m_journal.change(Phase::Placed, Phase::Replaced);
+        // Not recorded wholly: the notes stay in the phase "placed", and the next operation records them again.
         if (EraseOld(m_notes) && isRecorded)
             m_journal.remove(Phase::Replaced);
     } catch (...) {
@@ -346,7 +351,8 @@ void UpdateTransaction::replace(const VoFilePath& place)
         m_notes.changes.pushBack({Kind::Replaced, place, asidePath(place)});
 }
 
-// A directory makes room for a file when all that it holds goes as well.
+// A directory makes room for a file when all that it holds goes as well. The notes of what is in it come before its
+// own: old files are erased in the order of the notes, and a directory only when it is empty.
 void UpdateTransaction::moveDirectoryAside(const VoFilePath& place)
 {
     const VoDirectoryPath directory = AsDirectory(place);
@@ -365,6 +371,8 @@ void UpdateTransaction::moveDirectoryAside(const VoFilePath& place)
     m_notes.changes.pushBack({Kind::Replaced, place, aside});
 }
 
+// Free on disk and among the names that this run gives: what an interrupted run left aside is neither taken for this
+// run's nor overwritten.
 VoFilePath UpdateTransaction::asidePath(const VoFilePath& place)
 {
     VoFilePath path = VoFilePath::CreateUnchecked(place.path() + AsideSuffix);

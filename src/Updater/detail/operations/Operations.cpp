@@ -251,7 +251,9 @@ void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStop
     events.report(AbstractMessage::PackageDefinitionRemoved, "Package definition removed for " + packageID.toString());
 }
 
-// Builds and checks the release in its folder; nobody else stages the package meanwhile.
+// Builds and checks the release in its folder; nobody else stages the package meanwhile. The definition comes last,
+// when all files are there. Nothing of it counts before WriteStaged has the record, which has the definition's digest:
+// a staging that is killed leaves files that the next one takes, and the record of the one before.
 void Stage(VoUniquePtr<AdvertisedPackageListing> advert, VoUniquePtr<InstalledPackageListing> installed,
            StagedRelease& staged, const VoStopFlag& stop)
 {
@@ -286,6 +288,9 @@ void DropUnfitting(const VoUUID& packageID)
     }
 }
 
+// The folder is not believed: what it holds is compared with the record's digests, and whether the release may be
+// installed is decided anew. A killed commit left it whole, and this runs again, or had put it in place, which the
+// release that is installed now tells; then it is only erased here.
 bool Commit(const StagedRelease& staged, const VoStopFlag& stop, const StagedLock& lock)
 {
     const VoUUID& packageID = staged.packageID();

@@ -390,6 +390,7 @@ std::optional<StagedRelease> ReadStaged(const VoUUID& packageID)
     }
 }
 
+// The record decides which folder counts; those of other releases go only when it is on disk.
 void WriteStaged(const StagedRelease& staged, const StagedLock&)
 {
     EraseTemporaryDocuments(Root(), {RecordSuffix});

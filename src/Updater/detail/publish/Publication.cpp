@@ -136,6 +136,7 @@ void Publication::shareFile(const ExpectedFile& from, const VoFilePath& to)
 void Publication::writeDefinition(const AdvertisedPackageListing& package, const VoFilePath& definition,
                                   const VoFilePath& relative)
 {
+    // A definition that is published anew is not declared while it changes.
     const std::size_t declared = m_declarations->declarations().size();
     m_declarations->remove(package.packageID(), relative);
     if (m_declarations->declarations().size() != declared)
@@ -180,7 +181,7 @@ ManifestState Publication::writeDeclarations(const ReleaseTerms& terms, const Re
     return state;
 }
 
-// Keeps what a file held before it was first written.
+// Keeps what a file held before it was first written. Noted after the writing: one that fails has left it as it was.
 void Publication::replace(const VoFilePath& path, const std::function<void()>& write)
 {
     Replaced before{path, std::nullopt};

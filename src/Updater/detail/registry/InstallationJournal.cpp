@@ -332,6 +332,7 @@ void InstallationJournal::begin(const RunNotes& notes) const
     VoFileSystem::CreateDirectory(document.parent(), true);
     AtStep(FileStep::WriteDocument, document.path());
     WriteDocument(document, JournalTag, notes);
+    // They took its leftovers over. Killed in between, recovering meets both, and erasing what is gone does nothing.
     remove(Phase::Replaced);
 }
 
@@ -372,6 +373,8 @@ bool EraseOld(const RunNotes& notes)
     return !cleaner.failure();
 }
 
+// The oldest run first: notes of the phase "replaced" may be those of the run before, and old files that it left aside
+// are gone before those of the next one are moved back or erased. What throws keeps its notes and all later ones.
 void Recover(const InstallationJournal& journal, const std::function<bool(const InstalledPackageListing&)>& record)
 {
     if (const auto notes = journal.read(Phase::Replaced); notes && EraseOld(*notes))
