@@ -42,6 +42,9 @@ bool EndsWith(const VoComparableString& string, std::string_view suffix, VoCompa
 
 } // namespace
 
+// On Windows no object of the library would have it otherwise, for those who refer to it.
+constexpr std::size_t VoComparableString::invalid_position;
+
 VoComparableString::~VoComparableString() = default;
 
 int VoComparableString::compare(const VoComparableString& other, Comparison mode) const

@@ -88,9 +88,14 @@ std::thread::id VoThread::id() const noexcept
     return m_private ? m_private->thread.get_id() : std::thread::id();
 }
 
+struct vo::detail::ThreadMaker
+{
+    static VoThread make(std::function<void()> function) { return VoThread(std::move(function)); }
+};
+
 VoThread vo::detail::CreateThread(std::function<void()> function, const char* name)
 {
-    return VoThread([function = std::move(function), name] {
+    return ThreadMaker::make([function = std::move(function), name] {
         NameCurrentThread(name);
         function();
     });

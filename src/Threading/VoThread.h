@@ -6,11 +6,8 @@
 #include <memory>
 #include <thread>
 
-class VoThread;
-
 namespace vo::detail {
-// The library's thread factory; see ThreadFactory.h.
-VOCORE_PRIVATE_EXPORT VoThread CreateThread(std::function<void()> function, const char* name);
+struct ThreadMaker;
 } // namespace vo::detail
 
 /// A movable handle over one thread of the operating system. Event loops and task schedulers make their threads with
@@ -41,7 +38,7 @@ public:
     std::thread::id id() const noexcept; ///< The thread's identifier; that of no thread when not joinable.
 
 private:
-    friend VoThread vo::detail::CreateThread(std::function<void()> function, const char* name);
+    friend struct vo::detail::ThreadMaker; // no function, which Windows cannot export and befriend at once
     explicit VoThread(std::function<void()> function);
 
     struct Private;

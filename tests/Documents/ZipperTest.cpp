@@ -151,7 +151,6 @@ TEST_F(Zipper, AnArchiveInItsOwnSourceIsNotPackedAndKeptUntilTheNewOneIsWhole)
     fs::create_symlink("/dev/null", m_scratch.native("in/device"));
     EXPECT_THROW(VoZipper::Zip(path("in/a.zip"), path("in")), VoCannotOpenFileException);
     fs::remove(m_scratch.native("in/device"));
-#endif
     m_scratch.write("in/FILE", "other");
     EXPECT_THROW_MSG(VoZipper::Zip(path("in/a.zip"), path("in")), VoValidationException,
                      "Invalid path in zip archive: file");
@@ -161,6 +160,7 @@ TEST_F(Zipper, AnArchiveInItsOwnSourceIsNotPackedAndKeptUntilTheNewOneIsWhole)
         EXPECT_THROW_MSG(VoZipper::Zip(path("in/a.zip"), path("in")), VoInvalidCallException,
                          "Cannot close zip archive file: Zip failure in " + path("in/a.zip").path());
     }
+#endif
     EXPECT_TRUE(m_scratch.read("in/a.zip") == before);
     EXPECT_EQ(tree("in").size(), 2U) << "nothing is left beside it";
 }

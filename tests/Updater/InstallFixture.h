@@ -4,6 +4,7 @@
 
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/VoLocation.h>
+#include <Links.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/InstalledPackages.h>
 #include <Updater/PackageBuilder.h>
@@ -47,7 +48,7 @@ inline void WriteEntry(const std::filesystem::path& place, const std::string& co
     if (fs::is_symlink(place))
         fs::remove(place);
     if (content.compare(0, 3, "-> ") == 0)
-        fs::create_symlink(content.substr(3), place);
+        MakeLink(content.substr(3), place);
     else if (!place.filename().empty())
         std::ofstream(place, std::ios::binary) << content.substr(isProgram ? 3 : 0);
     if (isProgram)
@@ -59,7 +60,7 @@ inline Files MarkedTreeOf(const std::filesystem::path& root)
     namespace fs = std::filesystem;
     Files files = TreeOf(root);
     for (auto& [name, content] : files) {
-        const fs::path path = root / name;
+        const fs::path path = root / fs::u8path(name);
         if (fs::is_symlink(path))
             content = "-> " + fs::read_symlink(path).generic_string();
         else if (name.back() != '/' && (fs::status(path).permissions() & fs::perms::owner_exec) != fs::perms::none)
@@ -107,7 +108,7 @@ protected:
     {
         const VoDirectoryPath source = sourceOf(builder.version().toString());
         for (const auto& [name, content] : files)
-            WriteEntry(vo::detail::ToNative(source) / name, content);
+            WriteEntry(vo::detail::ToNative(source) / std::filesystem::u8path(name), content);
         builder.keepAttributes();
         builder.addByAge(source, declarations());
         builder.finalise(declarations());
@@ -132,7 +133,7 @@ protected:
         Files result;
         const auto root = vo::detail::ToNative(place());
         for (auto& [name, content] : MarkedTreeOf(root)) {
-            if (name.back() != '/' || std::filesystem::is_empty(root / name))
+            if (name.back() != '/' || std::filesystem::is_empty(root / std::filesystem::u8path(name)))
                 result[name] = std::move(content);
         }
         return result;

@@ -27,6 +27,7 @@ const Files Held = {{"bin/tool", "[x]#!/bin/sh"},
 class ReleaseAttributesTest : public InstallTest
 {
 protected:
+    void SetUp() override { VO_SKIP_WITHOUT_LINKS(vo::detail::ToNative(file("x").parent())); }
     ~ReleaseAttributesTest() override { vo::updater::detail::OverrideLinks(std::nullopt); }
 
     static VoFilePath attributesOf(const VoFilePath& definition)

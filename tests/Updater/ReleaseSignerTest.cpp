@@ -172,6 +172,7 @@ TEST_F(Publisher, ARollOutTakesInTheShareThatItNames)
 
 TEST_F(Publisher, ClearingKeepsWhatAnybodyRefersTo)
 {
+    VO_SKIP_WITHOUT_LINKS(vo::detail::ToNative(file("x").parent()));
     for (const char* version : {"1.0.0", "2.0.0", "3.0.0"})
         release(version, {{"program", Noise(120, static_cast<unsigned>(version[0]))}, {"alias", "-> program"}}, {key});
     const VoFilePath second = file("server/others.xml");
@@ -228,6 +229,7 @@ TEST_F(Publisher, ClearingKeepsWhatAnybodyRefersTo)
 
 TEST_F(Publisher, AttributesAreListedOrDoNotCount)
 {
+    VO_SKIP_WITHOUT_LINKS(vo::detail::ToNative(file("x").parent()));
     const Files linked = {{"program", "[x]" + Noise(120, 1)}, {"alias", "-> program"}};
     release("1.0.0", Content, {key});
     const VoFilePath added = declarations().parent().appended(VoFilePath("packages/" + packageID.toString() +

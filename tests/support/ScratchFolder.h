@@ -22,7 +22,7 @@ inline Tree TreeOf(const std::filesystem::path& root)
     if (!std::filesystem::exists(root))
         return found;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        const std::string name = entry.path().lexically_relative(root).generic_string();
+        const std::string name = entry.path().lexically_relative(root).generic_u8string();
         if (entry.is_directory() && !entry.is_symlink()) {
             found[name + "/"];
             continue;
