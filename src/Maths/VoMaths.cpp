@@ -34,7 +34,7 @@ double RoundHalfAway(double nearest, double lacking)
         return rest < 0 ? toZero : toZero + away;
     if (fraction == 0)
         return rest >= 0.5 ? toZero + away : toZero; // only beyond 2^52 can so much be lacking
-    return std::round(nearest);
+    return fraction > 0.5 ? toZero + away : toZero;  // some libraries round the number before a half up
 }
 
 // How far along the way from one number to another, whose distances a double may be too small for.

@@ -55,7 +55,7 @@ TEST_F(NativePath, ABackslashInANameIsNoSeparator)
 TEST_F(NativePath, HalfCharactersAreRefusedAndNotChanged)
 {
     EXPECT_THROW_MSG(FromNative(L"a\xd800"), VoInvalidPathFileException, "Name is no Unicode text: a?");
-    EXPECT_THROW_MSG(ToNative(VoFilePath("a\xff")), VoInvalidPathFileException, "Invalid path: a\xff");
+    EXPECT_THROW(ToNative(VoFilePath("a\xff")), VoInvalidPathFileException);
 }
 
 #endif

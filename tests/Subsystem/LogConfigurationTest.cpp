@@ -179,9 +179,11 @@ TEST(LogFiles, SharedOnesAreKeptWithinSizeNumberAndAgeAndRemovalByOthersIsNotice
     EXPECT_EQ(files.size(), 5u);
     for (const auto& [name, content] : files)
         EXPECT_LT(content.size(), 1100u) << name;
+#if defined(__unix__) // elsewhere nobody can remove it
     std::filesystem::remove(folder.native(std::prev(files.end())->first));
     first.write({Level::Information, "test", "after the removal", time, {}});
     EXPECT_THAT(TextIn(folder.tree(".")), testing::EndsWith(") after the removal\n"));
+#endif
 }
 
 TEST(CrashRing, KeepsTheLastLinesWholeWhileThreadsAdd)

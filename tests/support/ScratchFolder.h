@@ -59,7 +59,10 @@ public:
 
     /// The system's name of the directory, or of a file in it.
     const std::filesystem::path& native() const { return m_directory; }
-    std::filesystem::path native(const std::string& name) const { return m_directory / name; }
+    std::filesystem::path native(const std::string& name) const
+    {
+        return (m_directory / std::filesystem::u8path(name)).make_preferred();
+    }
 
     /// The library's path of a file in the directory.
     VoFilePath path(const std::string& name) const { return vo::FromStdPath(native(name)); }
