@@ -72,7 +72,7 @@ endfunction()
 # Adds what the meta-object compiler makes. Called where the target was made: its rules belong to that directory.
 function(vocore_add_meta_objects target)
     get_property(headers TARGET ${target} PROPERTY VOCORE_QOBJECT_HEADERS)
-    qt5_wrap_cpp(sources ${headers})
+    qt_wrap_cpp(sources ${headers})
     target_sources(${target} PRIVATE ${sources})
     set_source_files_properties(${sources} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()

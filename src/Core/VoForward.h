@@ -7,6 +7,7 @@ class QByteArray;
 class QIODevice;
 class QString;
 class QStringRef;
+class QStringView;
 class QUrl;
 
 template <typename T>

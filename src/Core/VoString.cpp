@@ -64,9 +64,9 @@ std::string Copied(const char* bytes, std::size_t length)
     return bytes && length ? Allocated([&] { return std::string(bytes, length); }) : std::string();
 }
 
-std::string ToUtf8(const QChar* text, int length)
+std::string ToUtf8(QStringView text)
 {
-    return QString::fromRawData(text, length).toUtf8().toStdString();
+    return text.toUtf8().toStdString();
 }
 
 QString FromUtf8(std::string_view text)
@@ -177,12 +177,19 @@ VoString::VoString(char c, std::size_t count)
 }
 
 VoString::VoString(const QString& text)
-    : VoString(ToUtf8(text.constData(), text.size()))
+    : VoString(ToUtf8(text))
 {
 }
 
+#if QT_VERSION_MAJOR < 6
 VoString::VoString(const QStringRef& text)
-    : VoString(ToUtf8(text.constData(), text.size()))
+    : VoString(ToUtf8(text))
+{
+}
+#endif
+
+VoString::VoString(const QStringView& text)
+    : VoString(ToUtf8(text))
 {
 }
 

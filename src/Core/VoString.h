@@ -78,7 +78,8 @@ public:
     VoString(std::string&& bytes);               ///< The same bytes.
     VoString(char c, std::size_t count);         ///< `count` times c. Mind the order of the arguments.
     VoString(const QString& text);               ///< The UTF-8 form of the text.
-    VoString(const QStringRef& text);            ///< The UTF-8 form of the text.
+    VoString(const QStringRef& text);            ///< The UTF-8 form of the text; where Qt is of version 5.
+    VoString(const QStringView& text);           ///< The UTF-8 form of the text.
     VoString(const YString& text);               ///< The same bytes.
     VoString(const TempString& text);            ///< The same bytes.
     VoString(const VoStringView& view);          ///< A copy of the viewed bytes, with the global locale.

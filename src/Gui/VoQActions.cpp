@@ -8,7 +8,7 @@
 #include <Threading/VoReceiver.h>
 
 #include <QtGui/QKeySequence>
-#include <QtWidgets/QAction>
+#include <QtWidgets/qaction.h> // the name that both versions of the framework have
 
 #include <utility>
 

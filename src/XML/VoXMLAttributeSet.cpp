@@ -34,14 +34,14 @@ public:
         }
     }
 
-    QStringRef next(const QXmlStreamAttribute& attribute)
+    QStringView next(const QXmlStreamAttribute& attribute)
     {
         return HasPrefix(attribute) && !m_taken.insert(attribute.name()).second ? attribute.qualifiedName()
                                                                                 : attribute.name();
     }
 
 private:
-    std::set<QStringRef> m_taken;
+    std::set<QStringView> m_taken;
 };
 
 } // namespace

@@ -8,7 +8,7 @@
 #include <Gui/VoQActions.h>
 
 #include <QtGui/QColor>
-#include <QtWidgets/QAction>
+#include <QtWidgets/qaction.h> // the name that both versions of the framework have
 
 using QActions = vo::test::GuiTest;
 

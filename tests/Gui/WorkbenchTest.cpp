@@ -11,7 +11,7 @@
 #include <Updater/VoUpdater.h>
 
 #include <QtCore/QItemSelectionModel>
-#include <QtWidgets/QAction>
+#include <QtWidgets/qaction.h> // the name that both versions of the framework have
 #include <QtWidgets/QTableView>
 
 using vo::updater::PackageBuilder;

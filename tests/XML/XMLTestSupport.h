@@ -71,7 +71,7 @@ private:
 inline std::string Canonical(const std::string& document)
 {
     QXmlStreamReader qt(QByteArray::fromStdString(document));
-    const auto text = [](const QStringRef& part) { return part.toString().toStdString(); };
+    const auto text = [](QStringView part) { return part.toString().toStdString(); };
     std::string shown;
     for (int depth = 0; !qt.atEnd();) {
         qt.readNext();

@@ -8,7 +8,7 @@ cmake --build /tmp/consumer/build >/dev/null
 export VOAPPDATAPATH=/tmp/data
 /tmp/consumer/build/consumer /tmp/consumer /tmp/consumer-pub/declarations.xml >/dev/null
 
-! ldd /usr/bin/vo | grep -E 'libQt5(Gui|Widgets)|libX11|libGL' || { echo "vo loads what shows"; exit 1; }
+! ldd /usr/bin/vo | grep -E 'libQt[56](Gui|Widgets)|libX11|libGL' || { echo "vo loads what shows"; exit 1; }
 test -s /usr/share/man/man1/vo.1.gz
 mkdir /tmp/pub
 vo publish /usr/share/doc --to /tmp/pub/declarations.xml --name Documents --release 1.0.0 -q

@@ -2,7 +2,7 @@
 # loads nothing that shows.
 cmake_minimum_required(VERSION 3.25)
 
-set(shows "libQt5(Gui|Widgets|Svg)|libGL|libX11|libxcb|libwayland")
+set(shows "libQt[56](Gui|Widgets|Svg)|libGL|libX11|libxcb|libwayland")
 
 function(shown_by library variable)
     file(GET_RUNTIME_DEPENDENCIES LIBRARIES "${library}" RESOLVED_DEPENDENCIES_VAR found UNRESOLVED_DEPENDENCIES_VAR missing)

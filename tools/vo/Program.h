@@ -2,7 +2,7 @@
 
 #include <vo/line/ExitCode.h>
 
-class QStringList;
+#include <QtCore/QStringList>
 
 namespace vo::tool {
 

@@ -24,7 +24,7 @@ void Sha3::add(const char* data, std::size_t size)
     constexpr std::size_t largest = std::size_t{1} << 30; // the hash counts in int
     while (size != 0) {
         const std::size_t count = std::min(size, largest);
-        m_private->hash.addData(data, static_cast<int>(count));
+        m_private->hash.addData(QByteArray::fromRawData(data, static_cast<int>(count)));
         data += count;
         size -= count;
     }

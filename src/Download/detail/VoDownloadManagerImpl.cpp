@@ -9,6 +9,9 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtNetwork/QNetworkAccessManager>
+#if QT_VERSION_MAJOR >= 6
+#include <QtNetwork/QNetworkInformation>
+#endif
 #include <utility>
 
 using vo::detail::DownloadLog;
@@ -94,6 +97,7 @@ void VoDownloadManagerImpl::applicationQuits()
     deleteLater();
 }
 
+#if QT_VERSION_MAJOR < 6
 QT_WARNING_PUSH
 QT_WARNING_DISABLE_DEPRECATED
 void VoDownloadManagerImpl::followNetworkStatus()
@@ -109,6 +113,23 @@ void VoDownloadManagerImpl::followNetworkStatus()
             });
 }
 QT_WARNING_POP
+#else
+// What the system's service tells, where there is one: without it nothing is known, and nothing is told.
+void VoDownloadManagerImpl::followNetworkStatus()
+{
+    if (!QNetworkInformation::loadBackendByFeatures(QNetworkInformation::Feature::Reachability))
+        return;
+    connect(QNetworkInformation::instance(), &QNetworkInformation::reachabilityChanged, this,
+            [this](QNetworkInformation::Reachability reachability) {
+                auto status = VoNetworkStatusNotification::Connected;
+                if (reachability == QNetworkInformation::Reachability::Unknown)
+                    status = VoNetworkStatusNotification::Unknown;
+                else if (reachability != QNetworkInformation::Reachability::Online)
+                    status = VoNetworkStatusNotification::Disconnected;
+                broadcast(VoSharedPtr<VoNetworkStatusNotification>::Make(status));
+            });
+}
+#endif
 
 void VoDownloadManagerImpl::startDownload(const VoDownloadRequestPtr& request, const VoDownloadTicketPtr& ticket)
 {

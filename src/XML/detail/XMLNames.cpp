@@ -3,7 +3,7 @@
 #include <Core/VoXMLException.h>
 #include <XML/detail/XMLText.h>
 
-#include <QtCore/QStringRef>
+#include <QtCore/QStringView>
 
 #include <algorithm>
 #include <iterator>
@@ -58,12 +58,12 @@ bool IsUsable(const XMLName& name, bool hasNamespace)
 
 } // namespace
 
-std::shared_ptr<const VoString> XMLReadNames::shared(const QStringRef& name)
+std::shared_ptr<const VoString> XMLReadNames::shared(QStringView name)
 {
     const auto count = static_cast<std::size_t>(name.size());
     if (count > LongestName)
         return std::make_shared<const VoString>(FromQtText(name));
-    Entry& entry = m_entries[Slot(reinterpret_cast<const ushort*>(name.unicode()), count, m_entries.size())];
+    Entry& entry = m_entries[Slot(name.utf16(), count, m_entries.size())];
     if (!entry.name || entry.qtName != name) {
         entry.name = std::make_shared<const VoString>(FromQtText(name));
         entry.qtName = name.toString();

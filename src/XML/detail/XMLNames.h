@@ -15,7 +15,7 @@ namespace vo::detail {
 class XMLReadNames
 {
 public:
-    std::shared_ptr<const VoString> shared(const QStringRef& name);
+    std::shared_ptr<const VoString> shared(QStringView name);
 
 private:
     struct Entry

@@ -23,20 +23,20 @@ constexpr int StepsWithoutStartTag = 10'000'000;
 
 void AppendStartTag(QString& markup, const QXmlStreamReader& qt)
 {
-    markup += QLatin1Char('<') + qt.qualifiedName();
+    markup += QLatin1Char('<') + qt.qualifiedName().toString();
     for (const QXmlStreamNamespaceDeclaration& declaration : qt.namespaceDeclarations()) {
         markup += declaration.prefix().isEmpty() ? QStringLiteral(" xmlns") : QStringLiteral(" xmlns:");
-        markup += declaration.prefix() + QStringLiteral("=\"");
+        markup += declaration.prefix().toString() + QStringLiteral("=\"");
         markup += declaration.namespaceUri().toString().toHtmlEscaped() + QLatin1Char('"');
     }
     for (const QXmlStreamAttribute& attribute : qt.attributes()) {
-        markup += QLatin1Char(' ') + attribute.qualifiedName() + QStringLiteral("=\"");
+        markup += QLatin1Char(' ') + attribute.qualifiedName().toString() + QStringLiteral("=\"");
         markup += attribute.value().toString().toHtmlEscaped() + QLatin1Char('"');
     }
     markup += QLatin1Char('>');
 }
 
-void AppendEndTag(QString& markup, const QStringRef& name)
+void AppendEndTag(QString& markup, const QString& name)
 {
     markup += QStringLiteral("</") + name + QLatin1Char('>');
 }
@@ -164,13 +164,13 @@ VoString XMLReadEngine::remainingMarkup()
             break;
         case QXmlStreamReader::EndElement:
             if (--depth > 0)
-                AppendEndTag(markup, m_qt.qualifiedName());
+                AppendEndTag(markup, m_qt.qualifiedName().toString());
             break;
         case QXmlStreamReader::Characters:
             markup += m_qt.text().toString().toHtmlEscaped();
             break;
         case QXmlStreamReader::EntityReference:
-            markup += QLatin1Char('&') + m_qt.name() + QLatin1Char(';');
+            markup += QLatin1Char('&') + m_qt.name().toString() + QLatin1Char(';');
             break;
         case QXmlStreamReader::Invalid:
             fail();
@@ -188,7 +188,7 @@ VoString XMLReadEngine::currentMarkup()
     QString start;
     AppendStartTag(start, m_qt);
     QString end;
-    AppendEndTag(end, QStringRef(&name));
+    AppendEndTag(end, name);
     return FromQtText(start) + remainingMarkup() + FromQtText(end);
 }
 

@@ -5,7 +5,7 @@
 #include <Core/VoXMLException.h>
 
 #include <QtCore/QString>
-#include <QtCore/QStringRef>
+#include <QtCore/QStringView>
 
 #include <cstdint>
 #include <cstring>
@@ -52,21 +52,6 @@ bool IsForbiddenAt(std::string_view text, std::size_t index)
     return character == "\xEF\xBF\xBE"sv || character == "\xEF\xBF\xBF"sv;
 }
 
-VoString FromUnits(const QChar* units, int count)
-{
-    std::string bytes(static_cast<std::size_t>(count), '\0');
-    ushort seen = 0;
-    for (int i = 0; i < count; ++i) {
-        const ushort unit = units[i].unicode();
-        seen = static_cast<ushort>(seen | unit);
-        bytes[static_cast<std::size_t>(i)] = static_cast<char>(unit);
-    }
-    if (seen < 0x80)
-        return VoString(std::move(bytes));
-    const QByteArray encoded = QStringView(units, count).toUtf8();
-    return VoString(std::string(encoded.constData(), static_cast<std::size_t>(encoded.size())));
-}
-
 } // namespace
 
 QString ToQtText(const VoString& text)
@@ -80,14 +65,19 @@ QString ToQtText(const VoString& text)
     return decoded;
 }
 
-VoString FromQtText(const QStringRef& text)
+VoString FromQtText(QStringView text)
 {
-    return FromUnits(text.constData(), text.size());
-}
-
-VoString FromQtText(const QString& text)
-{
-    return FromUnits(text.constData(), text.size());
+    std::string bytes(static_cast<std::size_t>(text.size()), '\0');
+    ushort seen = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const ushort unit = text.utf16()[i];
+        seen = static_cast<ushort>(seen | unit);
+        bytes[i] = static_cast<char>(unit);
+    }
+    if (seen < 0x80)
+        return VoString(std::move(bytes));
+    const QByteArray encoded = text.toUtf8();
+    return VoString(std::string(encoded.constData(), static_cast<std::size_t>(encoded.size())));
 }
 
 bool IsXMLText(const VoString& text)

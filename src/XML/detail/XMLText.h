@@ -13,9 +13,7 @@ namespace vo::detail {
 QString ToQtText(const VoString& text);
 
 /// The UTF-8 form of a text.
-VoString FromQtText(const QStringRef& text);
-/// The UTF-8 form of a text.
-VoString FromQtText(const QString& text);
+VoString FromQtText(QStringView text);
 
 /// Whether XML takes the character for white space.
 inline bool IsXMLBlank(char c)

@@ -9,12 +9,12 @@
 #include <vo/line/Location.h>
 #include <vo/line/Values.h>
 
+#include <QtCore/QStringList>
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
-
-class QStringList;
 
 namespace vo::tool {
 

@@ -2,11 +2,11 @@
 
 #include <Signing/Signature.h>
 
+#include <QtCore/QStringList>
+
 #include <cstddef>
 #include <optional>
 #include <string>
-
-class QStringList;
 
 namespace vo::tool {
 
