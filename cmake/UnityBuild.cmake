@@ -31,6 +31,7 @@ set(vocore_compiled_alone
     src/Updater/TrustedReleases.cpp
     src/Updater/detail/documents/PackageValidator.cpp
     src/Updater/detail/files/HeldTree.cpp
+    src/Updater/detail/install/PatchChoice.cpp
     src/Updater/detail/install/UpdatePlan.cpp
     src/Updater/detail/install/UpdateTransaction.cpp
     src/Updater/detail/operations/StagedReleases.cpp

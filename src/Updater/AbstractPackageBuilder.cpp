@@ -15,11 +15,13 @@
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/ReleaseAttributes.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
 #include <Updater/detail/documents/ReleaseTree.h>
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/FileAttributes.h>
+#include <Updater/detail/files/SeenFiles.h>
 #include <Updater/detail/publish/ChunkWriter.h>
 #include <Updater/detail/publish/DeclaredHistory.h>
 #include <Updater/detail/publish/IgnoreRules.h>
@@ -97,8 +99,10 @@ struct AbstractPackageBuilder::Private
     std::vector<VoDirectoryPath> directories;            // added whole, their output not left out
     KeptChunks kept;                                     // for the directory that is being added
     std::unordered_map<VoUUID, VoFilePath> shared;       // chunks of the package that an earlier release has, too
+    SeenFiles::Stamps stamps;                            // of the package's files
+    std::int64_t begun = 0;                              // before the first of them was taken
     bool isPackedAnew = false;
-    std::map<VoFilePath, VoFilePath> sources; // by target
+    std::map<VoFilePath, VoFilePath> sources;            // by target, for patches
     std::size_t patchedReleases = 0;
     ReleasePatches patches;
     std::vector<VoDirectoryPath> published; // where finalise has moved chunks, also when it failed
@@ -119,7 +123,7 @@ struct AbstractPackageBuilder::Private
     void broadcast(const VoString& text, const AbstractPackageBuilder& builder, Message::Kind kind = Message::Step);
     void moveChunk(const VoUUID& id, const VoDirectoryPath& directory, Publication& publication);
     void endAge(const std::vector<SourceFile>& next);
-    bool share(const VoUUID& id);
+    bool share(const KeptChunks::Chunk* chunk);
     PackedFile pack(const VoFilePath& source, const VoFilePath& target);
 };
 
@@ -190,30 +194,25 @@ void AbstractPackageBuilder::Private::endAge(const std::vector<SourceFile>& next
         chunks->endChunk();
 }
 
-// Whether a chunk is an earlier release's; it is one of the package then.
-bool AbstractPackageBuilder::Private::share(const VoUUID& id)
+// Whether a chunk is kept; it is one of the package then.
+bool AbstractPackageBuilder::Private::share(const KeptChunks::Chunk* chunk)
 {
-    const KeptChunks::Chunk* chunk = kept.find(id);
-    if (chunk && shared.emplace(id, chunk->path).second)
+    if (chunk && shared.count(chunk->listing.id()) == 0) {
+        shared.emplace(chunk->listing.id(), chunk->path);
         package.add(chunk->listing);
+    }
     return chunk != nullptr;
 }
 
-// A file all of whose bytes are in kept chunks was read when it was compared, and is not read again.
 PackedFile AbstractPackageBuilder::Private::pack(const VoFilePath& source, const VoFilePath& target)
 {
     const AdvertisedFileListing* earlier = kept.file(target);
-    const VoDeque<ChunkReferenceListing> pieces = earlier ? earlier->chunks() : VoDeque<ChunkReferenceListing>();
-    bool isWhole = earlier != nullptr;
-    for (const ChunkReferenceListing& piece : pieces)
-        isWhole = share(piece.chunkID()) && isWhole;
-    if (isWhole)
-        return {pieces, earlier->checksum(), static_cast<std::uint64_t>(earlier->size().bytes())};
     VoFileInputByteStream stream(source);
     stream.requireOpen();
     if (!earlier)
         return chunks->append(stream);
-    PackedFile packed = chunks->append(stream, pieces, [this](const VoUUID& id) { return share(id); });
+    PackedFile packed =
+        chunks->append(stream, earlier->chunks(), [this](const VoUUID& id) { return share(kept.find(id)); });
     if (packed.checksum != earlier->checksum())
         throw VoFileException("File changed while being added: " + source.path(), source);
     return packed;
@@ -240,7 +239,7 @@ AbstractPackageBuilder::~AbstractPackageBuilder() = default;
 void AbstractPackageBuilder::add(const VoFilePath& source, const VoFilePath& target)
 {
     const Session session(*m_private);
-    addFile(source, target, true);
+    addFile({source, target, {}}, true);
 }
 
 void AbstractPackageBuilder::add(const VoDirectoryPath& directory)
@@ -268,6 +267,8 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
     const auto warn = [this](const VoString& text) { warning(text); };
     if (!declarationsFile.isNull())
         requirePublishable(declarationsFile);
+    if (m_private->stamps.empty())
+        m_private->begun = SeenFiles::Now();
     ReleaseAttributes attributes = m_private->attributes;
     std::vector<SourceFile> sources = ListSources(directory, declarationsFile, m_private->ignored, warn,
                                                   m_private->keepsAttributes ? &attributes : nullptr);
@@ -284,11 +285,12 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
     } else {
         ages.push_back(std::move(sources));
     }
+    requireReadable(ages.front());
     for (std::size_t age = 0; age < ages.size(); ++age) {
         if (age > 0)
             m_private->endAge(ages[age]);
         for (const SourceFile& file : ages[age])
-            addFile(file.source, file.target, false);
+            addFile(file, false);
     }
     m_private->chunks->settle();
     m_private->kept = KeptChunks();
@@ -332,6 +334,11 @@ void AbstractPackageBuilder::requirePackable(const std::vector<SourceFile>& sour
         throw VoInvalidParameterException("File already added to package: " + clash->first->path() + " and " +
                                           clash->second->path() + " differ only in letter case");
     }
+}
+
+// Those that were read to compare them can be read.
+void AbstractPackageBuilder::requireReadable(const std::vector<SourceFile>& sources) const
+{
     for (const SourceFile& file : sources) {
         std::error_code error;
         vo::detail::NativeFile::OpenForReading(vo::detail::ToNative(file.source), error);
@@ -368,10 +375,13 @@ void AbstractPackageBuilder::excludeListed(const VoFilePath& list)
     m_private->ignored.addListed(list);
 }
 
-void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath& target, bool isAlone)
+void AbstractPackageBuilder::addFile(const SourceFile& file, bool isAlone)
 {
-    requireTarget(target);
-    requireNew(target);
+    const VoFilePath& target = file.target;
+    if (isAlone) { // those of a directory have been asked about together
+        requireTarget(target);
+        requireNew(target);
+    }
 
     announce("Adding file to package: " + target.path(), Message::FileAdded);
     if (target.path().size() > LongTarget) {
@@ -380,11 +390,13 @@ void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath&
     }
     const ChunkWriter::Mark mark = m_private->chunks->mark();
     try {
-        const AdvertisedFileListing listing = packFile(source, target);
+        const AdvertisedFileListing* const earlier = keptFile(file);
+        const AdvertisedFileListing packed = earlier ? AdvertisedFileListing() : packFile(file.source, target);
         if (isAlone)
             m_private->chunks->settle();
-        const bool isProgram = m_private->keepsAttributes && MarksExecutables() && IsExecutable(source);
-        m_private->package.add(listing);
+        const bool isProgram = m_private->keepsAttributes && MarksExecutables() && IsExecutable(file.source);
+        m_private->package.add(earlier ? *earlier : packed);
+        m_private->stamps.push_back(file.stamp);
         if (isProgram)
             m_private->attributes.executables.pushBack(target);
     } catch (...) {
@@ -392,7 +404,26 @@ void AbstractPackageBuilder::addFile(const VoFilePath& source, const VoFilePath&
         throw;
     }
     m_private->targets.emplace(FoldedName(target.path()).toStdString(), target);
-    m_private->sources.emplace(target, source);
+    if (m_private->patchedReleases > 0)
+        m_private->sources.emplace(target, file.source);
+}
+
+// The file as the earlier release lists it, when it can be listed so again: all its bytes are in kept chunks. It was
+// compared, and is not read again.
+const AdvertisedFileListing* AbstractPackageBuilder::keptFile(const SourceFile& file)
+{
+    const AdvertisedFileListing* earlier = m_private->kept.file(file.target);
+    if (!earlier || ListedFile(*earlier).path() != file.target.path().toStdString() ||
+        earlier->id() != fileID(file.target))
+        return nullptr;
+    const auto chunks = m_private->kept.chunksOf(*earlier);
+    if (chunks.empty())
+        return nullptr;
+    if (VoFileSystem::FileSize(file.source) != static_cast<std::uint64_t>(earlier->size().bytes()))
+        throw VoFileException("File changed while being added: " + file.source.path(), file.source);
+    for (const KeptChunks::Chunk* chunk : chunks)
+        m_private->share(chunk);
+    return earlier;
 }
 
 AdvertisedFileListing AbstractPackageBuilder::packFile(const VoFilePath& source, const VoFilePath& target)
@@ -449,6 +480,8 @@ void AbstractPackageBuilder::finalise(const VoFilePath& declarationsFile)
     m_private->manifest =
         publication.declare(m_private->package, places.relative, m_private->terms, m_private->signing);
     m_private->finalised = true;
+    SeenFiles::Keep(declarationsFile.parent().file(SeenFiles::PublishedName), places.definition, m_private->stamps,
+                    m_private->begun);
 
     try {
         m_private->broadcast("Package creation complete", *this);

@@ -89,28 +89,30 @@ public:
     /// as above. Chunks are compressed and written on all processors, and a failure to
     /// write one is thrown by this call for a later file or at its end; finalise tries again.
     void add(const VoDirectoryPath& directory);
-    /// As above, but leaves out what publishing to `declarationsFile` writes (that file and the "packages" directory
-    /// beside it) when it lies inside `directory`, with a warning: a release must not swallow its own output. Before
-    /// anything is packed all that finalise would refuse is refused: a place that cannot be written, a document that
-    /// is none, an ID or a release that is not approved (setApproval).
+    /// As above, but leaves out what publishing to `declarationsFile` writes (that file, and "packages" and
+    /// ".packages.seen" beside it) when it lies inside `directory`, with a warning: a release must not swallow its own
+    /// output. Before anything is packed all that finalise would refuse is refused: a place that cannot be written, a
+    /// document that is none, an ID or a release that is not approved (setApproval).
     void add(const VoDirectoryPath& directory, const VoFilePath& declarationsFile);
 
     /// As above, in the order of PackingOrder after the releases of this package that `declarationsFile` declares, so
     /// that updates fetch little. Chunks end where an age ends, but ages that have less than a sixteenth of a chunk
     /// together share one. Reads the files that may be unchanged once more, on all processors; messages
-    /// "Comparing file: " + target come before. A declared release that cannot be read is left out, with a warning.
-    /// Chunks of the newest declared release that hold hardly anything but files which have not changed are used as
-    /// they are, when their digests are those of its definition: both releases then have the same file, where the
-    /// volume has links. Throws also what opening the declarations throws.
+    /// "Comparing file: " + target come before. Those of which the system tells the same as when the newest release was
+    /// published (number on the volume, size, time of writing and of change), as ".packages.seen" beside the
+    /// declarations has it, are known to be unchanged. A declared release that cannot be read is left out, with a
+    /// warning. Chunks of the newest declared release that hold hardly anything but files which have not changed are
+    /// used as they are, when their digests are those of its definition: both releases then have the same file, where
+    /// the volume has links. Throws also what opening the declarations throws.
     void addByAge(const VoDirectoryPath& directory, const VoFilePath& declarationsFile);
 
     /// Has addByAge() compress all files, and use no chunks of earlier releases.
     void packAnew();
     std::size_t chunksShared() const; ///< How many chunks of the package an earlier release has as well.
 
-    /// Has finalise() make patches from the newest `releases` declared releases of the package, for the files that they
-    /// have with another content, where a patch comes to at most 0.7 of the file's bytes in chunks. The messages
-    /// "Making patch: " + target tell of it. What cannot be had of an earlier release only warns.
+    /// Has finalise() make patches from the newest `releases` declared releases of the package, for those of the files
+    /// added from now on that they have with another content, where a patch comes to at most 0.7 of the file's bytes in
+    /// chunks. The messages "Making patch: " + target tell of it. What cannot be had of an earlier release only warns.
     void makePatches(std::size_t releases);
     /// The patches that finalise() has published.
     const ReleasePatches& patches() const;
@@ -198,10 +200,11 @@ private:
     class Session;
     struct Private;
 
-    void addFile(const VoFilePath& source, const VoFilePath& target, bool isAlone);
+    void addFile(const detail::SourceFile& file, bool isAlone);
     void requireTarget(const VoFilePath& target) const;
     void addDirectory(const VoDirectoryPath& directory, const VoFilePath& declarationsFile, bool byAge = false);
     AdvertisedFileListing packFile(const VoFilePath& source, const VoFilePath& target);
+    const AdvertisedFileListing* keptFile(const detail::SourceFile& file);
 
     void writeChunk();
     void publishPatches(detail::Publication& publication, const VoFilePath& declarationsFile,
@@ -211,6 +214,7 @@ private:
     void requirePublishable(const VoFilePath& declarationsFile);
     void requireSound(const ReleaseAttributes& attributes, const std::vector<detail::SourceFile>& sources) const;
     void requirePackable(const std::vector<detail::SourceFile>& sources) const;
+    void requireReadable(const std::vector<detail::SourceFile>& sources) const;
     void requireNew(const VoFilePath& target) const;
     void waitForOthers(const VoFilePath& declarationsFile);
     void warnOfOwnOutput(const VoFilePath& declarationsFile) const;

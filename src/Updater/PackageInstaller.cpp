@@ -21,6 +21,7 @@
 #include <Updater/detail/files/FilePatch.h>
 #include <Updater/detail/files/FileStamp.h>
 #include <Updater/detail/files/HeldTree.h>
+#include <Updater/detail/files/SeenFiles.h>
 #include <Updater/detail/files/VolumeSync.h>
 #include <Updater/detail/install/AttributePlan.h>
 #include <Updater/detail/install/ChunkSource.h>
@@ -37,12 +38,10 @@
 #include <Updater/detail/registry/FileOwners.h>
 #include <Updater/detail/registry/InstallationJournal.h>
 #include <Updater/detail/registry/PackageRecords.h>
-#include <Updater/detail/registry/SeenFiles.h>
 
 #include <QtCore/QScopeGuard>
 
 #include <algorithm>
-#include <chrono>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -117,19 +116,11 @@ bool IsThere(const ListedFile& record, const VoDirectoryPath& directory, std::st
 // The number of an installed file that the advert has, with the same content; none where it has changed.
 FileTable::Number UnchangedFile(const InstalledPackageListing& installed, const AdvertisedFileListing& file)
 {
-    if (installed.files().isEmpty())
-        return FileTable::None;
-    const FileTable& files = *ListedFile(installed.files().front()).table;
+    const FileTable& files = TableOf(installed.files());
     const ListedFile advertised(file);
     const FileTable::Number number = files.find(*advertised.table, advertised.number);
     const bool isSame = number != FileTable::None && ListedFile(files, number).isEquivalent(advertised);
     return isSame ? number : FileTable::None;
-}
-
-std::int64_t Now()
-{
-    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
-        .count();
 }
 
 } // namespace
@@ -301,10 +292,8 @@ void PackageInstaller::addFilesNotInPlace(const InstalledPackageListing& install
                                           PackageDifferences& differences) const
 {
     const VoDeque<AdvertisedFileListing>& files = advertisedPackage().files();
-    if (files.isEmpty() || installed.files().isEmpty())
-        return;
-    const FileTable& advertised = *ListedFile(files.front()).table;
-    const FileTable& records = *ListedFile(installed.files().front()).table;
+    const FileTable& advertised = TableOf(files);
+    const FileTable& records = TableOf(installed.files());
     const auto numbersOf = [&](const auto& ids, const auto& idOf) {
         std::unordered_set<FileTable::Number> numbers;
         for (const auto& id : ids)
@@ -584,7 +573,8 @@ VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
             record = [&](const InstalledPackageListing& listing) { return isRecorded = settings().record(listing); };
         transaction.commit(record);
         if (isRecorded)
-            SeenFiles::Keep(ListingPath(packageID()), m_private->stamps, m_private->begun);
+            SeenFiles::Keep(SeenFiles::PlaceOf(ListingPath(packageID())), ListingPath(packageID()), m_private->stamps,
+                            m_private->begun);
     } catch (...) {
         transaction.rollBack();
         throw;
@@ -778,9 +768,10 @@ PackageInstaller::PlannedFiles PackageInstaller::buildOrder(std::uint64_t cacheL
 std::vector<std::size_t> PackageInstaller::filesToVerify()
 {
     const bool isSpared = m_private->installed && settings().record && !settings().options.examineAll;
-    const SeenFiles seen = isSpared ? SeenFiles::Of(ListingPath(packageID())) : SeenFiles();
+    const VoFilePath listing = ListingPath(packageID());
+    const SeenFiles seen = isSpared ? SeenFiles::At(SeenFiles::PlaceOf(listing), listing) : SeenFiles();
     std::vector<std::size_t> numbers;
-    m_private->begun = Now();
+    m_private->begun = SeenFiles::Now();
     m_private->stamps.clear();
     for (const AdvertisedFileListing& file : advertisedPackage().files()) {
         const std::size_t number = m_private->stamps.size();

@@ -1,22 +1,23 @@
 #include <Updater/PackingOrder.h>
 
 #include <Core/VoString.h>
-#include <Core/VoUUID.h>
-#include <Download/VoDownloadSize.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/detail/documents/ListedFile.h>
+#include <Updater/detail/documents/TargetIndex.h>
 
 #include <algorithm>
 #include <map>
-#include <optional>
 #include <vector>
 
 namespace vo::updater {
 
+using namespace detail;
+
 namespace {
 
-bool HasContent(const AdvertisedFileListing& listing, const PackingOrder::File& file)
+bool HasContent(const ListedFile& listed, const PackingOrder::File& file)
 {
-    return static_cast<std::uint64_t>(listing.size().bytes()) == file.size && listing.checksum() == file.checksum;
+    return static_cast<std::uint64_t>(listed.length()) == file.size && listed.checksum() == file.checksum;
 }
 
 } // namespace
@@ -26,38 +27,40 @@ struct PackingOrder::Private
     struct Entry
     {
         File file;
-        std::optional<VoUUID> id;  // known from the newest earlier release on
-        std::size_t unchanged = 0; // in how many earlier releases, counted from the newest
+        FileTable::Number known = 0; // among those that are followed, from the newest earlier release on
+        std::size_t unchanged = 0;   // in how many earlier releases, counted from the newest
     };
 
     std::vector<Entry> entries;
     std::vector<std::size_t> followed; // the entries that every release so far has with the same content
+    FileTable known;                   // their IDs
     std::size_t releases = 0;
 
     void find(const AdvertisedPackageListing& newest);
     void follow(const AdvertisedPackageListing& release);
 };
 
-// The newest release has the IDs that the files of the new one keep, by their targets.
+// The newest release has the IDs that the files of the new one keep, by their targets, letter case left aside as the
+// builder does.
 void PackingOrder::Private::find(const AdvertisedPackageListing& newest)
 {
-    std::map<VoFilePath, const AdvertisedFileListing*> byTarget; // letter case left aside, as the builder does
-    for (const AdvertisedFileListing& listing : newest.files())
-        byTarget.emplace(listing.target(), &listing);
+    const FileTable& files = TableOf(newest.files());
+    const TargetIndex byTarget(files);
     for (std::size_t i : followed) {
-        const auto known = byTarget.find(entries[i].file.target);
-        if (known == byTarget.end() || !HasContent(*known->second, entries[i].file))
+        const FileTable::Number number = byTarget.find(files, entries[i].file.target);
+        if (number == FileTable::None || !HasContent(ListedFile(files, number), entries[i].file))
             continue;
-        entries[i].id = known->second->id();
+        entries[i].known = known.addAt({}, files, number);
         entries[i].unchanged = 1;
     }
 }
 
 void PackingOrder::Private::follow(const AdvertisedPackageListing& release)
 {
+    const FileTable& files = TableOf(release.files());
     for (std::size_t i : followed) {
-        const AdvertisedFileListing* known = release.file(*entries[i].id);
-        if (known && HasContent(*known, entries[i].file))
+        const FileTable::Number number = files.find(known, entries[i].known);
+        if (number != FileTable::None && HasContent(ListedFile(files, number), entries[i].file))
             ++entries[i].unchanged;
     }
 }
@@ -67,7 +70,7 @@ PackingOrder::PackingOrder(const VoDeque<File>& files)
 {
     for (const File& file : files) {
         m_private->followed.push_back(m_private->entries.size());
-        m_private->entries.push_back({file, std::nullopt, 0});
+        m_private->entries.push_back({file, 0, 0});
     }
 }
 
@@ -116,6 +119,14 @@ VoDeque<VoDeque<VoFilePath>> PackingOrder::targetsByAge() const
             age.pushBack(*target);
         result.pushBack(std::move(age));
     }
+    return result;
+}
+
+std::vector<std::size_t> PackingOrder::ages() const
+{
+    std::vector<std::size_t> result;
+    for (const Private::Entry& entry : m_private->entries)
+        result.push_back(entry.unchanged);
     return result;
 }
 

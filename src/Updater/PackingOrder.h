@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace vo::updater {
 
@@ -62,6 +63,9 @@ public:
     VoDeque<VoFilePath> targets() const;
     /// The same, those of each age apart.
     VoDeque<VoDeque<VoFilePath>> targetsByAge() const;
+    /// Of each file, in the order in which they were handed in, in how many of the earlier releases, counted from the
+    /// newest, it is as it is now: its age.
+    std::vector<std::size_t> ages() const;
 
 private:
     struct Private;

@@ -2,14 +2,17 @@
 
 #include <FileSystem/VoFilePath.h>
 #include <Updater/VoUpdater.h>
-
-#include <map>
+#include <Updater/detail/documents/ListedFile.h>
+#include <Updater/detail/documents/TargetIndex.h>
 
 namespace vo::updater {
 
+using namespace detail;
+
 struct UpdatePackageBuilder::Private
 {
-    std::map<VoFilePath, VoUUID> ids; // by target, letter case left aside as paths do
+    FileTable files; // of the base, without their pieces
+    TargetIndex byTarget;
 };
 
 UpdatePackageBuilder::UpdatePackageBuilder(const AdvertisedPackageListing& base, const VoVersion& version,
@@ -17,16 +20,18 @@ UpdatePackageBuilder::UpdatePackageBuilder(const AdvertisedPackageListing& base,
     : AbstractPackageBuilder(base.packageID(), base.name(), version, chunkSize, compressionLevel)
     , m_private(new Private)
 {
-    for (const AdvertisedFileListing& file : base.files())
-        m_private->ids.emplace(file.target(), file.id());
+    const FileTable& files = TableOf(base.files());
+    for (FileTable::Number file = 0; file < files.size(); ++file)
+        m_private->files.addAt(files.path(file), files, file);
+    m_private->byTarget = TargetIndex(m_private->files);
 }
 
 UpdatePackageBuilder::~UpdatePackageBuilder() = default;
 
 VoUUID UpdatePackageBuilder::fileID(const VoFilePath& target) const
 {
-    const auto known = m_private->ids.find(target);
-    return known == m_private->ids.end() ? VoUpdater::GenerateID() : known->second;
+    const FileTable::Number known = m_private->byTarget.find(m_private->files, target);
+    return known == FileTable::None ? VoUpdater::GenerateID() : m_private->files.id(known);
 }
 
 } // namespace vo::updater

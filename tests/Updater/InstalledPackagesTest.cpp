@@ -1,9 +1,10 @@
 #include "InstallFixture.h"
+#include "VolumeClock.h"
 
 #include <Links.h>
 
+#include <Updater/detail/files/SeenFiles.h>
 #include <Updater/detail/registry/RegistryFile.h>
-#include <Updater/detail/registry/SeenFiles.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -552,8 +553,8 @@ TEST_F(InstalledPackagesTest, AFileIsSureToBeAsItWasOnlyWithoutAnyDoubt)
     const FileStamp old{5, 70 * InSeconds, 80 * InSeconds, 11, 3};
     const FileStamp newest{6, 90 * InSeconds, 90 * InSeconds, 12, 3};
     const auto isSure = [&](const SeenFiles::Stamps& kept, std::int64_t begun, const std::optional<FileStamp>& now) {
-        SeenFiles::Keep(listing, kept, begun);
-        return SeenFiles::Of(listing).isUnchanged(0, now);
+        SeenFiles::Keep(file("package.seen"), listing, kept, begun);
+        return SeenFiles::At(file("package.seen"), listing).isUnchanged(0, now);
     };
     EXPECT_TRUE(isSure({old, newest}, Always, old));
     EXPECT_FALSE(isSure({old, newest}, Always, std::nullopt));
@@ -580,14 +581,14 @@ TEST_F(InstalledPackagesTest, AFileIsSureToBeAsItWasOnlyWithoutAnyDoubt)
         std::string damaged = kept;
         damaged[i] ^= 1;
         WriteBytes(file("package.seen"), damaged);
-        ASSERT_FALSE(SeenFiles::Of(listing).isUnchanged(0, old)) << i;
+        ASSERT_FALSE(SeenFiles::At(file("package.seen"), listing).isUnchanged(0, old)) << i;
         WriteBytes(file("package.seen"), kept.substr(0, i));
-        ASSERT_FALSE(SeenFiles::Of(listing).isUnchanged(0, old)) << i;
+        ASSERT_FALSE(SeenFiles::At(file("package.seen"), listing).isUnchanged(0, old)) << i;
     }
     WriteBytes(file("package.seen"), kept);
-    ASSERT_TRUE(SeenFiles::Of(listing).isUnchanged(0, old));
+    ASSERT_TRUE(SeenFiles::At(file("package.seen"), listing).isUnchanged(0, old));
     WriteBytes(listing, "another one");
-    EXPECT_FALSE(SeenFiles::Of(listing).isUnchanged(0, old));
+    EXPECT_FALSE(SeenFiles::At(file("package.seen"), listing).isUnchanged(0, old));
 }
 
 TEST_F(InstalledPackagesTest, AnUpdateReadsWhatItWritesAndWhatIsInDoubt)
@@ -614,7 +615,7 @@ TEST_F(InstalledPackagesTest, AnUpdateReadsWhatItWritesAndWhatIsInDoubt)
         FileStamp newest = *stamps.front();
         newest.changed += 1000 * InSeconds;
         stamps.push_back(newest);
-        SeenFiles::Keep(listingPath(), stamps, Always);
+        SeenFiles::Keep(SeenFiles::PlaceOf(listingPath()), listingPath(), stamps, Always);
     };
     EXPECT_EQ(filesRead(first), 3u);
     if (!vo::updater::detail::StampOf(listingPath()))
@@ -624,6 +625,7 @@ TEST_F(InstalledPackagesTest, AnUpdateReadsWhatItWritesAndWhatIsInDoubt)
     EXPECT_TRUE(isIntact());
 
     age();
+    UntilClockMoves(file("clock"), placed("lib/a.dat"));
     using std::filesystem::perms;
     std::filesystem::permissions(vo::detail::ToNative(placed("lib/a.dat")), perms::owner_exec,
                                  std::filesystem::perm_options::add);
@@ -634,6 +636,7 @@ TEST_F(InstalledPackagesTest, AnUpdateReadsWhatItWritesAndWhatIsInDoubt)
     options.examineAll = false;
 
     age();
+    UntilClockMoves(file("clock"), placed("lib/a.dat"));
     WriteBytes(placed("lib/a.dat"), Noise(100, 9)); // keeps its size
     EXPECT_EQ(filesRead(first), 2u);
     EXPECT_FALSE(isIntact());

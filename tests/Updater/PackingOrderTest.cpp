@@ -1,10 +1,15 @@
 #include "UpdaterFixture.h"
+#include "VolumeClock.h"
 
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/PackageBuilder.h>
 #include <Updater/PackingOrder.h>
 #include <Updater/UpdatePackageBuilder.h>
+#include <Updater/detail/documents/UpdaterPaths.h>
+#include <Updater/detail/files/SeenFiles.h>
 #include <Updater/detail/install/UpdatePlan.h>
+
+#include <limits>
 
 using namespace vo::updater;
 using namespace vo::updater::detail;
@@ -147,4 +152,50 @@ TEST_F(PackingOrderTest, AnUnreadableEarlierReleaseIsNoObstacle)
     const auto third = publish(2, {{"a", "1"}, {"b", "4"}, {"c", "5"}}, second.get(), true);
     EXPECT_EQ(third->files()[0].target(), "c");
     EXPECT_EQ(third->files()[1].target(), "a");
+}
+
+TEST_F(PackingOrderTest, PublishingReadsWhatIsNewAndWhatIsInDoubt)
+{
+    const VoDirectoryPath source = directory("source");
+    const VoFilePath seen = file("site\\.packages.seen");
+    WriteBytes(seen, "of another release");
+    const std::string content(Capacity, 'x');
+    auto last = publish(0, {{"a", content}, {"B", content}, {"c", content}}, nullptr, true);
+    if (!StampOf(source.file("a")))
+        GTEST_SKIP() << "the system has no times of change";
+    EXPECT_FALSE(VoFileSystem::Exists(seen)) << "all files have only just been written";
+
+    const auto definition = [&] {
+        return directory("site").appended(ReleaseDirectory(last->packageID(), last->version())).file("package.xml");
+    };
+    // As if the files had been published long after they were written.
+    const auto age = [&] {
+        SeenFiles::Stamps stamps;
+        for (const AdvertisedFileListing& listed : last->files())
+            stamps.push_back(StampOf(source.appended(listed.target())));
+        stamps.push_back(stamps.front());
+        stamps.back()->changed += 1'000'000'000'000;
+        SeenFiles::Keep(seen, definition(), stamps, std::numeric_limits<std::int64_t>::max());
+    };
+    const auto filesCompared = [&](int minor) {
+        UpdatePackageBuilder builder(*last, VoVersion(1, minor, 0, VoVersion::Release), Capacity, 1);
+        int compared = 0;
+        const VoReceiver receiver = builder.connect(
+            [&](const auto& message) { compared += message->message().startsWith("Comparing file") ? 1 : 0; });
+        builder.addByAge(source, declarations());
+        builder.finalise(declarations());
+        last = VoUniquePtr<AdvertisedPackageListing>::Make(builder.package());
+        return compared;
+    };
+    age();
+    EXPECT_EQ(filesCompared(1), 0);
+    age();
+    UntilClockMoves(file("clock"), source.file("B"));
+    WriteBytes(source.file("B"), std::string(Capacity, 'y'));
+    EXPECT_EQ(filesCompared(2), 1);
+    for (const AdvertisedFileListing& listed : last->files())
+        EXPECT_EQ(listed.checksum(), VoFileSystem::Checksum(source.appended(listed.target()))) << listed.target();
+    age();
+    WriteBytes(definition(), ReadBytes(definition()) + "\n");
+    EXPECT_EQ(filesCompared(3), 3) << "another document may list other files";
 }

@@ -14,4 +14,10 @@ const FileTable& ListedFile::NoFile()
     return table;
 }
 
+const FileTable& NoFiles()
+{
+    static const FileTable& table = *new FileTable; // outlives all static objects
+    return table;
+}
+
 } // namespace vo::updater::detail

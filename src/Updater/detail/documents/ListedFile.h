@@ -3,8 +3,8 @@
 // The files of a listing as rows of its table, for work on all of them: values are compared where they stand, and made
 // only when one is shown.
 
-#include <Core/VoDeque.h>
 #include <Core/VoChecksum.h>
+#include <Core/VoDeque.h>
 #include <Core/VoUUID.h>
 #include <Updater/AbstractFileListing.h>
 #include <Updater/detail/documents/FileTable.h>
@@ -50,6 +50,16 @@ struct ListedFile
 private:
     VOCORE_PRIVATE_EXPORT static const FileTable& NoFile(); // with the values of an empty listing
 };
+
+/// A table without files.
+VOCORE_PRIVATE_EXPORT const FileTable& NoFiles();
+
+/// The table of all files of a listing.
+template <typename Listing>
+const FileTable& TableOf(const VoDeque<Listing>& files)
+{
+    return files.isEmpty() ? NoFiles() : *ListedFile(files.front()).table;
+}
 
 /// A table with a listing as a view of each file, in the order of the files.
 template <typename Listing>

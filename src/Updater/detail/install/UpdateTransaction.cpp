@@ -212,9 +212,7 @@ void UpdateTransaction::indexDirectoriesOf(const VoFilePath& place)
 std::vector<VoFilePath> UpdateTransaction::filesNotAtTargets() const
 {
     std::vector<VoFilePath> result;
-    if (!m_installed || m_installed->files().isEmpty())
-        return result;
-    const FileTable& records = *ListedFile(m_installed->files().front()).table;
+    const FileTable& records = TableOf(m_installed->files());
     std::vector<bool> isAtTarget(records.size());
     for (const TargetFile& target : m_targets) {
         if (!target.file || isBelowGoing(target.place))

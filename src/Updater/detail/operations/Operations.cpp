@@ -19,6 +19,7 @@
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/files/HeldTree.h>
+#include <Updater/detail/files/SeenFiles.h>
 #include <Updater/detail/install/InstallerSettings.h>
 #include <Updater/detail/install/PackageCheck.h>
 #include <Updater/detail/install/StagingDirectory.h>
@@ -29,7 +30,6 @@
 #include <Updater/detail/registry/FileOwners.h>
 #include <Updater/detail/registry/PackageRecords.h>
 #include <Updater/detail/registry/RegistryFile.h>
-#include <Updater/detail/registry/SeenFiles.h>
 #include <Updater/detail/registry/SharedRegistry.h>
 #include <Updater/detail/registry/TrustPin.h>
 
@@ -241,7 +241,7 @@ void RemovePackage(const VoUUID& packageID, const VoFilePath& path, const VoStop
     if (HasStaged(packageID))
         EraseStaged(packageID, StagedLock());
     ForgetDamage(packageID);
-    SeenFiles::Forget(path);
+    SeenFiles::Forget(SeenFiles::PlaceOf(path));
     ForgetPin(packageID);
     EraseAttributes(path);
     if (!listing)

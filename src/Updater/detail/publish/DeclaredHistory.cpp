@@ -13,7 +13,10 @@
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/PackingOrder.h>
+#include <Updater/detail/documents/ListedFile.h>
+#include <Updater/detail/documents/TargetIndex.h>
 #include <Updater/detail/files/FileCheck.h>
+#include <Updater/detail/files/SeenFiles.h>
 
 #include <algorithm>
 #include <map>
@@ -35,100 +38,103 @@ VoUniquePtr<AdvertisedPackageListing> TryOpen(const VoFilePath& definition, cons
     }
 }
 
-// Files of another size than before have changed; the others are read to see.
+bool HasSize(const SourceFile& file, std::int64_t size)
+{
+    if (size < 0 || !(file.stamp || IsRegularFile(file.source)))
+        return false;
+    const std::uint64_t found = file.stamp ? file.stamp->size : VoFileSystem::FileSize(file.source);
+    return found == static_cast<std::uint64_t>(size);
+}
+
+// Which files are as the newest release has them. Those of another size have changed; of the others those are read that
+// are not surely as they were when that release was published.
 class Contents
 {
 public:
-    explicit Contents(const std::vector<SourceFile>& files)
+    Contents(const std::vector<SourceFile>& files, const AdvertisedPackageListing& newest, const TargetIndex& byTarget)
+        : m_files(files)
+        , m_newest(newest)
     {
-        for (const SourceFile& file : files)
-            m_files.push_back({file, {file.target, VoChecksum(), 0}});
+        const FileTable& earlier = TableOf(newest.files());
+        for (const SourceFile& file : files) {
+            const FileTable::Number number = byTarget.find(earlier, file.target);
+            const bool mayBe = number != FileTable::None && HasSize(file, earlier.length(number));
+            m_numbers.push_back(mayBe ? number : FileTable::None);
+        }
     }
 
     // A file that cannot be read counts as changed: adding it will tell what is wrong with it.
-    void compare(const AdvertisedPackageListing& newest, const std::function<void(const VoFilePath&)>& reading)
+    void compare(const SeenFiles& seen, const std::function<void(const VoFilePath&)>& reading)
     {
-        const std::vector<Pair> doubtful = pairsOfSameSize(newest);
+        std::vector<std::size_t> doubtful;
+        for (std::size_t i = 0; i < m_numbers.size(); ++i) {
+            if (m_numbers[i] != FileTable::None && !seen.isUnchanged(m_numbers[i], m_files[i].stamp))
+                doubtful.push_back(i);
+        }
         const auto expected = [&](std::size_t i) {
-            reading(doubtful[i].entry->source.target);
-            return Expected(doubtful[i].entry->source.source, *doubtful[i].earlier);
+            const SourceFile& file = m_files[doubtful[i]];
+            reading(file.target);
+            return Expected(file.source, m_newest.files()[m_numbers[doubtful[i]]]);
         };
         ExamineAll(doubtful.size(), expected, Links::Followed, VoStopFlag(), [&](std::size_t i, FileState state) {
             if (state != FileState::Sound)
-                return;
-            doubtful[i].entry->file.checksum = doubtful[i].earlier->checksum();
-            m_unchanged.emplace(doubtful[i].entry->file.target, doubtful[i].earlier);
+                m_numbers[doubtful[i]] = FileTable::None;
         });
     }
 
-    // Those of the release that was compared with.
-    const KeptChunks::UnchangedFiles& unchanged() const { return m_unchanged; }
-
-    VoDeque<PackingOrder::File> files() const
+    // Of each file of the newest release.
+    std::vector<bool> unchanged() const
     {
-        VoDeque<PackingOrder::File> result;
-        for (const Entry& entry : m_files)
-            result.pushBack(entry.file);
-        return result;
-    }
-
-private:
-    struct Entry
-    {
-        SourceFile source;
-        PackingOrder::File file;
-    };
-
-    struct Pair
-    {
-        Entry* entry;
-        const AdvertisedFileListing* earlier;
-    };
-
-    std::vector<Pair> pairsOfSameSize(const AdvertisedPackageListing& newest)
-    {
-        std::map<VoFilePath, const AdvertisedFileListing*> earlier;
-        for (const AdvertisedFileListing& file : newest.files())
-            earlier.emplace(file.target(), &file);
-        std::vector<Pair> result;
-        for (Entry& entry : m_files) {
-            const auto known = earlier.find(entry.file.target);
-            if (known == earlier.end() || !IsRegularFile(entry.source.source))
-                continue;
-            entry.file.size = VoFileSystem::FileSize(entry.source.source);
-            if (static_cast<std::uint64_t>(known->second->size().bytes()) == entry.file.size)
-                result.push_back({&entry, known->second});
+        std::vector<bool> result(m_newest.files().size());
+        for (const FileTable::Number number : m_numbers) {
+            if (number != FileTable::None)
+                result[number] = true;
         }
         return result;
     }
 
-    std::vector<Entry> m_files;
-    KeptChunks::UnchangedFiles m_unchanged;
+    VoDeque<PackingOrder::File> files() const
+    {
+        VoDeque<PackingOrder::File> result;
+        for (std::size_t i = 0; i < m_numbers.size(); ++i) {
+            result.pushBack({m_files[i].target, VoChecksum(), 0});
+            if (m_numbers[i] == FileTable::None)
+                continue;
+            const ListedFile earlier(m_newest.files()[m_numbers[i]]);
+            result.back().checksum = earlier.checksum();
+            result.back().size = static_cast<std::uint64_t>(earlier.length());
+        }
+        return result;
+    }
+
+private:
+    const std::vector<SourceFile>& m_files;
+    const AdvertisedPackageListing& m_newest;
+    std::vector<FileTable::Number> m_numbers; // of the same files in the newest release; None: new or changed
 };
 
 // Whatever is wrong with the earlier release costs time only: its files are packed anew.
-KeptChunks TryKeep(const AdvertisedPackageListing& newest, const VoFilePath& definition, const Contents& contents,
-                   std::uint64_t capacity, const Warn& warn)
+KeptChunks TryKeep(VoUniquePtr<AdvertisedPackageListing> newest, TargetIndex byTarget, const VoFilePath& definition,
+                   const std::vector<bool>& unchanged, std::uint64_t capacity, const Warn& warn)
 {
     try {
-        return KeptChunks(newest, definition.parent(), contents.unchanged(), capacity);
+        return KeptChunks(std::move(newest), std::move(byTarget), definition.parent(), unchanged, capacity);
     } catch (const VoException&) {
         warn("Chunks of the earlier release are not used: " + definition.path() + ": " + vo::CurrentExceptionText());
         return {};
     }
 }
 
-std::vector<std::vector<SourceFile>> Arranged(std::vector<SourceFile> files, const PackingOrder& order)
+// The files of one age stay in their order.
+std::vector<std::vector<SourceFile>> Arranged(std::vector<SourceFile> files, const std::vector<std::size_t>& ages)
 {
-    std::map<std::string, SourceFile*> byTarget;
-    for (SourceFile& file : files)
-        byTarget.emplace(file.target.path().toStdString(), &file);
+    std::map<std::size_t, std::vector<SourceFile>> byAge;
+    byAge[0]; // also when nothing is new or changed
+    for (std::size_t i = 0; i < files.size(); ++i)
+        byAge[ages[i]].push_back(std::move(files[i]));
     std::vector<std::vector<SourceFile>> result;
-    for (const VoDeque<VoFilePath>& age : order.targetsByAge()) {
-        result.emplace_back();
-        for (const VoFilePath& target : age)
-            result.back().push_back(std::move(*byTarget.at(target.path().toStdString())));
-    }
+    for (auto& [age, filesOfAge] : byAge)
+        result.push_back(std::move(filesOfAge));
     return result;
 }
 
@@ -158,23 +164,26 @@ AgedSources SortedByAge(std::vector<SourceFile> files, const VoUUID& packageID, 
     const std::vector<VoFilePath> definitions =
         isFirst ? std::vector<VoFilePath>()
                 : DefinitionsOf(*AdvertisedPackages::Open(declarationsFile), packageID, declarationsFile);
-    const VoUniquePtr<AdvertisedPackageListing> newest =
+    VoUniquePtr<AdvertisedPackageListing> newest =
         definitions.empty() ? VoUniquePtr<AdvertisedPackageListing>() : TryOpen(definitions.front(), warn);
     if (!newest)
         return {{std::move(files)}, {}};
 
-    Contents contents(files);
-    contents.compare(*newest, reading);
+    TargetIndex byTarget(TableOf(newest->files()));
+    Contents contents(files, *newest, byTarget);
+    const VoFilePath seen = declarationsFile.parent().file(SeenFiles::PublishedName);
+    contents.compare(SeenFiles::At(seen, definitions.front()), reading);
     PackingOrder order(contents.files());
     order.addEarlier(*newest);
     for (std::size_t i = 1; i < definitions.size() && !order.isDecided(); ++i) {
         if (const VoUniquePtr<AdvertisedPackageListing> earlier = TryOpen(definitions[i], warn))
             order.addEarlier(*earlier);
     }
+    const std::vector<bool> unchanged = contents.unchanged();
     KeptChunks kept;
     if (capacity > 0)
-        kept = TryKeep(*newest, definitions.front(), contents, capacity, warn);
-    return {Arranged(std::move(files), order), std::move(kept)};
+        kept = TryKeep(std::move(newest), std::move(byTarget), definitions.front(), unchanged, capacity, warn);
+    return {Arranged(std::move(files), order.ages()), std::move(kept)};
 }
 
 } // namespace vo::updater::detail

@@ -23,15 +23,17 @@ std::vector<VoFilePath> DefinitionsOf(const AdvertisedPackages& declared, const 
 /// What earlier releases tell of the files of the next one.
 struct AgedSources
 {
-    std::vector<std::vector<SourceFile>> ages; ///< Those of each age apart.
-    KeptChunks kept;                           ///< The chunks of the newest earlier release that hold most of them.
+    /// Those of each age apart: first those that are new or changed, of which none may have been read.
+    std::vector<std::vector<SourceFile>> ages;
+    KeptChunks kept; ///< The chunks of the newest earlier release that hold most of them.
 };
 
 /// The files of a package's next release in the order of PackingOrder, after the releases of it that `declarationsFile`
-/// declares; as they are when there are none. Reads the files that may be unchanged, on all processors, calling
-/// `reading` with the target on this thread before each. A release whose definition cannot be read is left out, with a
-/// warning: the order decides about the bytes of updates, not about what they do. `capacity` is that of the chunks that
-/// will be packed; 0 keeps none of those there are.
+/// declares; as they are when there are none. They come sorted by the bytes of their targets. Reads the files that may
+/// be unchanged, but for those that surely are by what was kept when the newest release was published (SeenFiles), on
+/// all processors, calling `reading` with the target on this thread before each. A release whose definition cannot be
+/// read is left out, with a warning: the order decides about the bytes of updates, not about what they do. `capacity`
+/// is that of the chunks that will be packed; 0 keeps none of those there are.
 VOCORE_PRIVATE_EXPORT AgedSources SortedByAge(std::vector<SourceFile> files, const VoUUID& packageID,
                                               const VoFilePath& declarationsFile, std::uint64_t capacity,
                                               const std::function<void(const VoFilePath&)>& reading,

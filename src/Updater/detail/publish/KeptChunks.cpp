@@ -7,21 +7,14 @@
 #include <Updater/detail/files/FileCheck.h>
 
 #include <algorithm>
-#include <functional>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace vo::updater::detail {
 
 namespace {
 
 constexpr std::uint64_t SmallShare = 16;
-
-const std::vector<std::string>& ChunkIDs(const AdvertisedPackageListing& release)
-{
-    static const auto& none = *new std::vector<std::string>; // outlives all static objects
-    return release.files().isEmpty() ? none : ListedFile(release.files().front()).table->chunkIDs();
-}
 
 // What a chunk holds, as far as the files of its release tell.
 struct ChunkContent
@@ -36,20 +29,15 @@ bool IsWorthKeeping(const ChunkContent& content, std::uint64_t capacity)
            content.unchanged <= content.extent && content.extent - content.unchanged <= content.extent / SmallShare;
 }
 
-// By the numbers of the chunks in the release's table.
-std::vector<ChunkContent> ChunkContents(const AdvertisedPackageListing& release,
-                                        const KeptChunks::UnchangedFiles& unchanged)
+// By the numbers of the chunks in the table.
+std::vector<ChunkContent> ChunkContents(const FileTable& files, const std::vector<bool>& unchanged)
 {
-    std::vector<bool> isUnchanged(release.files().size());
-    for (const auto& [target, listing] : unchanged)
-        isUnchanged[ListedFile(*listing).number] = true;
-    std::vector<ChunkContent> contents(ChunkIDs(release).size());
-    for (const AdvertisedFileListing& listing : release.files()) {
-        const ListedFile file(listing);
-        for (const FileTable::Piece& piece : file.pieces()) {
+    std::vector<ChunkContent> contents(files.chunkIDs().size());
+    for (FileTable::Number file = 0; file < files.size(); ++file) {
+        for (const FileTable::Piece& piece : files.pieces(file)) {
             ChunkContent& content = contents[piece.chunk];
             content.extent = std::max(content.extent, piece.offset + piece.length);
-            content.unchanged += isUnchanged[file.number] ? piece.length : 0;
+            content.unchanged += unchanged[file] ? piece.length : 0;
         }
     }
     return contents;
@@ -57,14 +45,17 @@ std::vector<ChunkContent> ChunkContents(const AdvertisedPackageListing& release,
 
 } // namespace
 
-KeptChunks::KeptChunks(const AdvertisedPackageListing& release, const VoDirectoryPath& directory,
-                       const UnchangedFiles& unchanged, std::uint64_t capacity)
+KeptChunks::KeptChunks(VoUniquePtr<AdvertisedPackageListing> release, TargetIndex byTarget,
+                       const VoDirectoryPath& directory, const std::vector<bool>& unchanged, std::uint64_t capacity)
+    : m_release(std::move(release))
+    , m_byTarget(std::move(byTarget))
 {
-    ValidatePackage(release);
-    const std::vector<ChunkContent> contents = ChunkContents(release, unchanged);
+    ValidatePackage(*m_release);
+    const FileTable& files = TableOf(m_release->files());
+    const std::vector<ChunkContent> contents = ChunkContents(files, unchanged);
     std::vector<const ChunkListing*> chunks;
     for (std::size_t number = 0; number < contents.size(); ++number) {
-        const ChunkListing* chunk = release.chunk(VoUUID(VoString(ChunkIDs(release)[number])));
+        const ChunkListing* chunk = m_release->chunk(VoUUID(VoString(files.chunkIDs()[number])));
         if (chunk && IsWorthKeeping(contents[number], capacity))
             chunks.push_back(chunk);
     }
@@ -74,15 +65,14 @@ KeptChunks::KeptChunks(const AdvertisedPackageListing& release, const VoDirector
         if (state == FileState::Sound)
             m_chunks.emplace(chunks[i]->id(), Chunk{*chunks[i], path(i)});
     });
-    std::vector<bool> isKept;
-    for (const std::string& id : ChunkIDs(release))
-        isKept.push_back(find(VoUUID(VoString(id))) != nullptr);
-    for (const auto& [target, listing] : unchanged) {
-        const FileTable::Pieces pieces = ListedFile(*listing).pieces();
-        if (std::none_of(pieces.begin(), pieces.end(), [&](const FileTable::Piece& piece) { return isKept[piece.chunk]; }))
-            continue;
-        m_numbers.emplace(std::hash<VoFilePath>()(target), m_files.files().size());
-        m_files.add(*listing);
+    for (const std::string& id : files.chunkIDs())
+        m_byNumber.push_back(find(VoUUID(VoString(id))));
+    m_isOfUse.resize(files.size());
+    for (FileTable::Number file = 0; file < files.size(); ++file) {
+        const FileTable::Pieces pieces = files.pieces(file);
+        m_isOfUse[file] = unchanged[file] && std::any_of(pieces.begin(), pieces.end(), [&](const auto& piece) {
+                              return m_byNumber[piece.chunk] != nullptr;
+                          });
     }
 }
 
@@ -94,13 +84,21 @@ const KeptChunks::Chunk* KeptChunks::find(const VoUUID& id) const
 
 const AdvertisedFileListing* KeptChunks::file(const VoFilePath& target) const
 {
-    const auto [first, last] = m_numbers.equal_range(std::hash<VoFilePath>()(target));
-    for (auto number = first; number != last; ++number) {
-        const AdvertisedFileListing& listing = m_files.files()[number->second];
-        if (listing.target() == target)
-            return &listing;
+    if (!m_release)
+        return nullptr;
+    const FileTable::Number number = m_byTarget.find(TableOf(m_release->files()), target);
+    return number != FileTable::None && m_isOfUse[number] ? &m_release->files()[number] : nullptr;
+}
+
+std::vector<const KeptChunks::Chunk*> KeptChunks::chunksOf(const AdvertisedFileListing& file) const
+{
+    std::vector<const Chunk*> chunks;
+    for (const FileTable::Piece& piece : ListedFile(file).pieces()) {
+        if (!m_byNumber[piece.chunk])
+            return {};
+        chunks.push_back(m_byNumber[piece.chunk]);
     }
-    return nullptr;
+    return chunks;
 }
 
 } // namespace vo::updater::detail

@@ -6,11 +6,12 @@
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <Updater/AdvertisedPackageListing.h>
+#include <Updater/detail/documents/TargetIndex.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <unordered_map>
+#include <vector>
 
 namespace vo::updater::detail {
 
@@ -29,24 +30,26 @@ public:
         ChunkListing listing;
         VoFilePath path;
     };
-    /// The files of the earlier release that have not changed, by their targets.
-    using UnchangedFiles = std::map<VoFilePath, const AdvertisedFileListing*>;
-
     KeptChunks() = default; ///< None.
-    /// Of a release whose definition lies in `directory`; `capacity` is that of a new chunk. Reads the files of the
-    /// chunks: one that is not there, or has not the digest that the definition lists, is not kept.
-    KeptChunks(const AdvertisedPackageListing& release, const VoDirectoryPath& directory,
-               const UnchangedFiles& unchanged, std::uint64_t capacity);
+    /// Of a release whose definition lies in `directory`, with the index of its files; `unchanged` tells of each of
+    /// them by number; `capacity` is that of a new chunk. Reads the files of the chunks: one that is not there, or has
+    /// not the digest that the definition lists, is not kept.
+    KeptChunks(VoUniquePtr<AdvertisedPackageListing> release, TargetIndex byTarget, const VoDirectoryPath& directory,
+               const std::vector<bool>& unchanged, std::uint64_t capacity);
 
     /// Null for a chunk that is not kept.
     const Chunk* find(const VoUUID& id) const;
     /// The earlier listing of the unchanged file at a target, when a part of it is in kept chunks; else null.
     const AdvertisedFileListing* file(const VoFilePath& target) const;
+    /// The chunks that hold all of such a file, in the order of its bytes; none where some are not kept.
+    std::vector<const Chunk*> chunksOf(const AdvertisedFileListing& file) const;
 
 private:
+    VoUniquePtr<AdvertisedPackageListing> m_release; // null: nothing is kept
+    TargetIndex m_byTarget;
     std::unordered_map<VoUUID, Chunk> m_chunks;
-    AdvertisedPackageListing m_files;                           // in one piece: nearly all of the release
-    std::unordered_multimap<std::size_t, std::size_t> m_numbers; // of those, by the hashes of their targets
+    std::vector<const Chunk*> m_byNumber; // by the numbers that chunks have in the release's table; null: not kept
+    std::vector<bool> m_isOfUse;          // of each file, whether it is unchanged and in kept chunks
 };
 
 } // namespace vo::updater::detail

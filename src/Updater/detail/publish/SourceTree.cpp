@@ -7,6 +7,7 @@
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/files/FileAttributes.h>
+#include <Updater/detail/files/SeenFiles.h>
 #include <Updater/detail/publish/IgnoreRules.h>
 #include <Updater/detail/publish/Publication.h>
 
@@ -55,6 +56,7 @@ public:
         m_declarations = vo::detail::FromNative(base / vo::detail::ToNative(declarationsFile).filename()).path();
         m_packages = vo::detail::FromNative(base / Layout::PackagesDirectory).path() + "\\";
         m_lock = vo::detail::FromNative(base / Publication::LockName).path();
+        m_seen = vo::detail::FromNative(base / SeenFiles::PublishedName).path();
     }
 
     bool contains(const VoFilePath& target) const
@@ -63,7 +65,7 @@ public:
             return false;
         const std::string& text = target.path().toStdString();
         return text == m_declarations->toStdString() || text == m_lock.toStdString() || startsWith(text, m_packages) ||
-               startsWith(text, *m_declarations + ".tmp");
+               startsWith(text, *m_declarations + ".tmp") || startsWith(text, m_seen);
     }
 
 private:
@@ -75,6 +77,7 @@ private:
     std::optional<VoString> m_declarations; // empty when the output lies elsewhere
     VoString m_packages;
     VoString m_lock;
+    VoString m_seen; // siblings of it begin like it
 };
 
 // Hands on what the rules do not leave out, in any order, without entering what they do.
@@ -91,7 +94,7 @@ struct Walk
         bool isEmpty = true;
         VoFileSystem::ForEachFile(directory, false, true, [&](const VoFilePath& file) {
             isEmpty = false;
-            SourceFile source{file, TargetOf(file, top)};
+            SourceFile source{file, TargetOf(file, top), {}};
             const std::string& text = file.path().toStdString();
             const bool isDirectory = !text.empty() && text.back() == '\\';
             if (ignored.leavesOut(source.target, isDirectory))
@@ -121,12 +124,13 @@ std::vector<SourceFile> ListSources(const VoDirectoryPath& directory, const VoFi
     std::vector<SourceFile> sources;
     bool skippedOutput = false;
     const auto take = [&](SourceFile source) {
-        const auto link = attributes ? ReadLink(source.source) : std::nullopt;
+        source.stamp = StampOf(source.source);
+        const auto link = attributes && !source.stamp ? ReadLink(source.source) : std::nullopt;
         if (output.contains(source.target))
             skippedOutput = true;
         else if (link)
             attributes->links.pushBack({source.target, *link});
-        else if (IsRegularFile(source.source))
+        else if (source.stamp || IsRegularFile(source.source))
             sources.push_back(std::move(source));
         else if (!VoFileSystem::IsDirectory(source.source))
             warn("Not a regular file, left out: " + source.source.path());

@@ -3,8 +3,10 @@
 #include <Core/VoExport.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
+#include <Updater/detail/files/FileStamp.h>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace vo::updater {
@@ -20,6 +22,7 @@ struct SourceFile
 {
     VoFilePath source;
     VoFilePath target;
+    std::optional<FileStamp> stamp{}; ///< Taken before the file is read. None of a link, and where it cannot be had.
 };
 
 /// Whether a path leads to a regular file on disk, also through links.

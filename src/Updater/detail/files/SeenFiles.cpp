@@ -1,4 +1,4 @@
-#include <Updater/detail/registry/SeenFiles.h>
+#include <Updater/detail/files/SeenFiles.h>
 
 #include <Core/VoChecksum.h>
 #include <Core/VoExceptionText.h>
@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <string>
 #include <string_view>
 
@@ -26,11 +27,6 @@ constexpr std::size_t DigestSize = 32;
 // The coarsest clock of a volume in use. A file that was changed so shortly before it was read could be changed again
 // without another time.
 constexpr std::int64_t Grain = 2'000'000'000;
-
-VoFilePath PathFor(const VoFilePath& listing)
-{
-    return VoFilePath::CreateUnchecked(listing.path().substring(0, listing.path().size() - 4).toString() + ".seen");
-}
 
 std::array<std::uint64_t, NumbersOfStamp> Numbers(const FileStamp& stamp)
 {
@@ -114,38 +110,48 @@ std::string BytesOf(const VoFilePath& listing, const SeenFiles::Stamps& stamps, 
 
 } // namespace
 
-SeenFiles SeenFiles::Of(const VoFilePath& listing)
+VoFilePath SeenFiles::PlaceOf(const VoFilePath& listing)
+{
+    return VoFilePath::CreateUnchecked(listing.path().substring(0, listing.path().size() - 4).toString() + ".seen");
+}
+
+SeenFiles SeenFiles::At(const VoFilePath& place, const VoFilePath& listing)
 {
     SeenFiles seen;
     try {
-        const VoFilePath path = PathFor(listing);
         const std::optional<FileStamp> stamp = StampOf(listing);
-        if (!stamp || KindOf(path) != FileKind::File)
+        if (!stamp || KindOf(place) != FileKind::File)
             return seen;
-        seen.m_bytes = StampsIn(ReadDocument(path).toStdString(), *stamp);
+        seen.m_bytes = StampsIn(ReadDocument(place).toStdString(), *stamp);
     } catch (...) {
-        Log().diagnostic("What was seen of installed files is not used: " + CurrentExceptionText());
+        Log().diagnostic("What was seen of files is not used: " + CurrentExceptionText());
     }
     return seen;
 }
 
-void SeenFiles::Keep(const VoFilePath& listing, const Stamps& stamps, std::int64_t begun)
+void SeenFiles::Keep(const VoFilePath& place, const VoFilePath& listing, const Stamps& stamps, std::int64_t begun)
 {
     try {
         const std::string bytes = BytesOf(listing, stamps, begun);
         if (bytes.empty())
-            Forget(listing);
+            Forget(place);
         else
-            WriteBytes(PathFor(listing), VoString(bytes));
+            WriteBytes(place, VoString(bytes));
     } catch (...) {
-        Log().diagnostic("What was seen of installed files is not kept: " + CurrentExceptionText());
+        Log().diagnostic("What was seen of files is not kept: " + CurrentExceptionText());
     }
 }
 
-void SeenFiles::Forget(const VoFilePath& listing)
+void SeenFiles::Forget(const VoFilePath& place)
 {
-    if (KindOf(PathFor(listing)) != FileKind::None)
-        EraseFile(PathFor(listing));
+    if (KindOf(place) != FileKind::None)
+        EraseFile(place);
+}
+
+std::int64_t SeenFiles::Now()
+{
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::system_clock::now().time_since_epoch())
+        .count();
 }
 
 bool SeenFiles::isUnchanged(std::size_t number, const std::optional<FileStamp>& stamp) const
