@@ -1,6 +1,7 @@
 #include "UpdaterFixture.h"
 #include "VolumeClock.h"
 
+#include <FileSystem/VoFileSystem.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/PackageBuilder.h>
 #include <Updater/PackingOrder.h>
