@@ -44,7 +44,7 @@ rm "$scratch/two/deep/11.bin"
 printf 'added\n' >"$scratch/two/added file"
 for release in one:1.0.0 two:1.1.0; do
     run 0 publish "$scratch/${release%:*}" --to "$published/declarations.xml" --name Road --release "${release#*:}" \
-        --chunk-size 8K
+        --chunk-size 8K --no-portable
     package=$(figure package)
 done
 
