@@ -43,7 +43,7 @@ bool EndsWith(const VoComparableString& string, std::string_view suffix, VoCompa
 } // namespace
 
 // On Windows no object of the library would have it otherwise, for those who refer to it.
-constexpr std::size_t VoComparableString::invalid_position;
+constexpr std::size_t VoComparableString::invalid_position; // NOLINT(readability-redundant-declaration)
 
 VoComparableString::~VoComparableString() = default;
 

@@ -92,7 +92,8 @@ private:
 void ChooseOld(Window& window, std::uint64_t at, std::uint64_t oldSize, std::uint64_t newSize, std::uint64_t most)
 {
     window.oldLength = std::min(oldSize, most);
-    const double share = static_cast<double>(at + window.newLength / 2) / static_cast<double>(newSize);
+    const std::uint64_t middleOfNew = at + window.newLength / 2;
+    const double share = static_cast<double>(middleOfNew) / static_cast<double>(newSize);
     const auto middle = static_cast<std::uint64_t>(share * static_cast<double>(oldSize));
     const std::uint64_t start = middle - std::min(middle, window.oldLength / 2);
     window.oldOffset = std::min(start, oldSize - window.oldLength);

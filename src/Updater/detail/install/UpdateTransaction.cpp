@@ -248,6 +248,7 @@ PathIndex UpdateTransaction::targetsNamedAs(const std::vector<VoFilePath>& paths
 void UpdateTransaction::findGoingLinks(const std::vector<LinkPlace>& links, Containment& inside)
 {
     std::vector<VoFilePath> old;
+    old.reserve(links.size());
     for (const LinkPlace& link : links)
         old.push_back(link.place);
     PathIndex places = targetsNamedAs(old);

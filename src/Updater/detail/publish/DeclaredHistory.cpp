@@ -133,6 +133,7 @@ std::vector<std::vector<SourceFile>> Arranged(std::vector<SourceFile> files, con
     for (std::size_t i = 0; i < files.size(); ++i)
         byAge[ages[i]].push_back(std::move(files[i]));
     std::vector<std::vector<SourceFile>> result;
+    result.reserve(byAge.size());
     for (auto& [age, filesOfAge] : byAge)
         result.push_back(std::move(filesOfAge));
     return result;
