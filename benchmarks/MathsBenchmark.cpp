@@ -192,7 +192,7 @@ void MeasurePrograms(std::size_t size)
     Write(Problem(size, 1), path);
     const std::string answer = " " + path + " > " + folder / "answer";
     const auto costs = TakeTurns({Program(build + std::string("/tools/vo/vo lp -q") + answer),
-                                  Program("glpsol --primal -o /dev/null --lp" + answer)},
+                                  Program("glpsol --primal --output " + (folder / "solution") + " --lp" + answer)},
                                  IsSmokeRun() ? 1 : 7);
     ResultRow row;
     row.job = "vo lp, dense " + std::to_string(size) + ", the text read and the answer judged";
