@@ -20,6 +20,13 @@ namespace {
 constexpr std::size_t BufferSize = std::size_t{64} * 1024;
 constexpr std::size_t DirectSize = std::size_t{8} * 1024; // from here on a copy costs more than a call of the system
 
+// A device, a pipe or a socket.
+bool IsSpecial(const std::filesystem::file_status& status) noexcept
+{
+    return std::filesystem::is_character_file(status) || std::filesystem::is_block_file(status) ||
+           std::filesystem::is_fifo(status) || std::filesystem::is_socket(status);
+}
+
 /// The new content on its way to the file beside the target. The first error stays.
 class Content
 {
@@ -177,9 +184,14 @@ VoAtomicFileWriter::VoAtomicFileWriter(const VoFilePath& target)
     const std::filesystem::path& native = m_private->native = vo::detail::ToNative(target);
     std::error_code ignored;
     const std::filesystem::file_status old = vo::detail::LinkStatus(native, ignored);
-    if (std::filesystem::is_directory(std::filesystem::is_symlink(old) ? vo::detail::TargetStatus(native, ignored)
-                                                                       : old))
+    const std::filesystem::file_status shown =
+        std::filesystem::is_symlink(old) ? vo::detail::TargetStatus(native, ignored) : old;
+    if (std::filesystem::is_directory(shown))
         throw vo::detail::Because(std::make_error_code(std::errc::is_a_directory), VoInvalidPathFileException(target));
+    // A file in the place of /dev/null would be found by every program of the machine.
+    if (IsSpecial(shown))
+        throw vo::detail::Because(std::make_error_code(std::errc::operation_not_supported),
+                                  VoInvalidPathFileException(target));
     m_private->content.open(target, native, old);
     m_private->device = std::make_unique<ContentDevice>(m_private->content);
 }

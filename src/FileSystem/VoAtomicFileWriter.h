@@ -23,7 +23,8 @@ class VOCORE_EXPORT VoAtomicFileWriter
 public:
     /// Makes the file beside the target and opens it.
     /// @throws VoPathSizeFileException when the target's path is too long
-    /// @throws VoInvalidPathFileException when the target is null or a directory
+    /// @throws VoInvalidPathFileException when the target is null or a directory, a device, a pipe or a socket, or a
+    /// link to one
     /// @throws VoCannotOpenFileException with the target, when the file cannot be made
     explicit VoAtomicFileWriter(const VoFilePath& target);
     /// The moved-from writer has no file: what it is asked for throws VoInvalidCallException "No file to write".

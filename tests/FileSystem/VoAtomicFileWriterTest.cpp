@@ -7,6 +7,7 @@
 #include <IO/VoIOException.h>
 
 #if defined(__unix__)
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
@@ -129,6 +130,14 @@ TEST_F(AtomicFileWriter, OnlyFilesCanBeReplaced)
     EXPECT_THROW_MSG(VoAtomicFileWriter(at("missing\\file")), VoCannotOpenFileException,
                      "Cannot open file: " + at("missing\\file").path());
     EXPECT_THROW(VoAtomicFileWriter(VoFilePath(VoString('x', 261))), VoPathSizeFileException);
+#if defined(__unix__)
+    ASSERT_EQ(::mkfifo(vo::detail::ToNative(at("pipe")).c_str(), 0600), 0);
+    link("pipe", "way");
+    for (const char* const special : {"pipe", "way"}) {
+        EXPECT_THROW_MSG(VoAtomicFileWriter(at(special)), VoInvalidPathFileException, "Invalid path: ");
+    }
+    EXPECT_TRUE(std::filesystem::is_fifo(vo::detail::ToNative(at("way"))));
+#endif
 }
 
 TEST_F(AtomicFileWriter, TheLongestPathHasRoomForItsTemporaryName)
