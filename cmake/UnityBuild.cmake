@@ -54,6 +54,7 @@ set(vocore_compiled_alone
     tests/Updater/RemoteInstallTest.cpp
     tests/Updater/StagedReleasesTest.cpp
     tests/Updater/TrustTest.cpp
+    tests/support/TestMain.cpp # an object of its own in its archive: some programs have another main function
     tests/XML/XMLDomTest.cpp
     tests/XML/XMLElementWriterTest.cpp
     tests/XML/XMLFactoryTest.cpp

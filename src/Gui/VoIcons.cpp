@@ -182,6 +182,14 @@ QImage Image(const VoString& name, int pixels, State state, Background backgroun
     return state == State::Disabled ? vo::detail::Disabled(image) : image;
 }
 
+QList<QSize> UsualSizes()
+{
+    QList<QSize> sizes;
+    for (const int side : {16, 22, 24, 32, 48, 64})
+        sizes.append(QSize(side, side));
+    return sizes;
+}
+
 // Draws what the registry has at that moment, so that a change of the window's colours shows.
 class Engine : public QIconEngine
 {
@@ -193,15 +201,13 @@ public:
 
     QIconEngine* clone() const override { return new Engine(m_name); }
     QString key() const override { return QStringLiteral("VoIcons"); }
+#if QT_VERSION_MAJOR < 6
     QString iconName() const override { return m_name.toQString(); }
-
-    QList<QSize> availableSizes(QIcon::Mode, QIcon::State) const override
-    {
-        QList<QSize> sizes;
-        for (const int side : {16, 22, 24, 32, 48, 64})
-            sizes.append(QSize(side, side));
-        return sizes;
-    }
+    QList<QSize> availableSizes(QIcon::Mode, QIcon::State) const override { return UsualSizes(); }
+#else
+    QString iconName() override { return m_name.toQString(); }
+    QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override { return UsualSizes(); }
+#endif
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State) override
     {
