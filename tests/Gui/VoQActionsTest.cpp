@@ -25,7 +25,7 @@ TEST_F(QActions, AreKeptTheSameBothWays)
     QObject parent;
     QAction* const shown = VoQActions::Make(action, &parent);
     EXPECT_EQ(shown->text(), QStringLiteral("Fish && chips"));
-    EXPECT_EQ(shown->shortcut(), QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_G));
+    EXPECT_EQ(shown->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+G")));
 
     shown->trigger();
     EXPECT_TRUE(calls == 1 && last && action.isChecked() && shown->isChecked());
@@ -101,6 +101,6 @@ TEST(Colours, AreThoseOfTheFramework)
         ASSERT_NEAR(mine.hsv().saturation, colour.hsvSaturationF(), 1e-4) << mine;
         ASSERT_NEAR(mine.hsl().saturation, colour.hslSaturationF(), 1e-4) << mine;
         ASSERT_NEAR(mine.hsl().lightness, colour.lightnessF(), 1e-4) << mine;
-        ASSERT_NEAR(mine.hsl().hue, std::max(colour.hslHueF(), 0.0) * 360, 0.02) << mine;
+        ASSERT_NEAR(mine.hsl().hue, std::max<double>(colour.hslHueF(), 0) * 360, 0.02) << mine;
     }
 }
