@@ -190,8 +190,8 @@ VoAtomicFileWriter::VoAtomicFileWriter(const VoFilePath& target)
         throw vo::detail::Because(std::make_error_code(std::errc::is_a_directory), VoInvalidPathFileException(target));
     // A file in the place of /dev/null would be found by every program of the machine.
     if (IsSpecial(shown))
-        throw vo::detail::Because(std::make_error_code(std::errc::operation_not_supported),
-                                  VoInvalidPathFileException(target));
+        throw vo::detail::Completed(VoInvalidPathFileException(target), VoString(),
+                                    "It is a device, a pipe or a socket, which no file can replace");
     m_private->content.open(target, native, old);
     m_private->device = std::make_unique<ContentDevice>(m_private->content);
 }
