@@ -143,7 +143,9 @@ class Builder:
             commands = subprocess.check_output(["ninja", "-C", build, "-t", "commands", target], text=True).splitlines()
             # Later lines may make symbolic links of what was linked.
             command = next(line for line in reversed(commands) if " -o " in line and " -c " not in line)
-            self.link[target] = [part for word in command.replace(" -o ", linker).split(" ") for part in self.members(word)]
+            self.link[target] = command.replace(" -o ", linker).split(" ")
+        self.parts = {word: self.members(word) for words in self.link.values() for word in words}
+        self.linked = set(itertools.chain(*self.parts.values()))
         for line in subprocess.check_output(["ninja", "-C", build, "-t", "deps"], text=True).splitlines():
             if line and not line.startswith(" "):
                 made = line.split(":")[0]
@@ -151,15 +153,22 @@ class Builder:
                 self.includers[os.path.normpath(build / line.strip())].append(made)
 
     def members(self, word):
-        """The objects of an archive that is built too, so that one of them can be another; any other word as it is."""
+        """The objects of an archive that is built too, so that one of them can be another; any other word by itself."""
         folder, name = os.path.split(word)
         target = "VoCore" if name == "libVoCoreInternal.a" else name[3:-2]  # made of the same objects
         prefix = os.path.join(folder, "CMakeFiles", f"{target}.dir", "")
-        return [made for made in self.compile if name.endswith(".a") and made.startswith(prefix)] or [word]
+        # Precompiled headers are made there too.
+        objects = [made for made in self.compile if made.startswith(prefix) and made.endswith(".o")]
+        return name.endswith(".a") and objects or [word]
+
+    def needed(self, word, changed):
+        """What stands for a word of a link. An archive without a change stays one: some programs leave its main() out."""
+        parts = self.parts[word]
+        return [str(changed.get(part, part)) for part in parts] if any(part in changed for part in parts) else [word]
 
     def reach(self, path):
         """The objects that change with a file."""
-        return [made for made in self.includers[str(path)] if any(made in words for words in self.link.values())]
+        return [made for made in self.includers[str(path)] if made in self.linked]
 
     def compiled(self, made, path, place, result):
         """Whether an object could be made with another file in the place of one."""
@@ -184,10 +193,10 @@ class Builder:
             return None
         results = {}
         for target, words in self.link.items():
-            if any(word in changed for word in words):
+            if any(part in changed for word in words for part in self.parts[word]):
                 # The loader asks for the library by the name that programs were linked with.
                 results[target] = folder / ("libVoCore.so.1" if target == "VoCore" else target)
-                words = [str(changed.get(word, word)) for word in words]
+                words = [part for word in words for part in self.needed(word, changed)]
                 words[words.index("-o") + 1] = str(results[target])
                 if run(["sh", "-c", " ".join(words)], self.directory) != 0:
                     return None
