@@ -100,6 +100,7 @@ TEST_F(ShellTool, TestsRunApartAndTellHowTheyEnded)
     EXPECT_NE(told("fail", "output").find("before\n"), std::string::npos);
     EXPECT_EQ(told("slow", "outcome"), "timed out");
     EXPECT_EQ(all[QStringLiteral("passed")].toInt(), 2);
+    EXPECT_EQ(all[QStringLiteral("failed")].toInt(), 2);
     const QByteArray report = read("junit.xml");
     EXPECT_TRUE(report.contains("tests=\"4\" failures=\"2\" errors=\"0\"")) << report.toStdString();
     EXPECT_TRUE(report.contains("<failure type=\"timed out\" message=\"took longer than ")) << report.toStdString();

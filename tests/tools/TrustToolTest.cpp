@@ -47,6 +47,8 @@ TEST_F(TrustTool, PassphrasesComeFromAFileOrACommandAndAreNeverShown)
         {"key new @l --quick --passphrase-file @pass", 0, "l.pub"},
         {"publish @src --to @pub/declarations.xml --name N --release 2 -v --sign @l --passphrase-file @pass", 1,
          "Key does not sign releases here"},
+        {"verify-release @pub/declarations.xml --key @k.pub", 0, "signed            1"},
+        {"verify-release @pub/declarations.xml --key @l.pub", 6, "is not signed by any known key"},
         {"key new @k --quick --passphrase-file @pass", 6, "exists already; a key is never replaced"},
         {"key new @other --quick --passphrase-file @src/empty", 1, "cannot read"},
         {"key show @k", 0, "public key"},
