@@ -243,7 +243,11 @@ TEST_F(PatchedUpdate, DocumentsThatTheManifestDoesNotListDoNotCount)
         EXPECT_EQ(opened(at(Day(2))).package->patches(), nullptr) << served;
     }
     WriteBytes(document(), good);
-    EXPECT_EQ(ReadBytes(document()), opened(at(Day(2))).package->patches()->toDocument().toStdString());
+    const ReleasePatches patches = *opened(at(Day(2))).package->patches();
+    EXPECT_EQ(patches.toDocument(), VoString(good));
+    for (const VoString& id : {VoString("..\\x"), patches.patches[1].id.toString()}) // leads out; said twice
+        EXPECT_THROW(ReleasePatches::Parse(VoString(good).replaced(patches.patches[0].id.toString(), id), "p"),
+                     VoValidationException);
     // Cleared away with their release; and what was left by who was killed.
     release("1.2.0", Unpatched, {key});
     const VoDirectoryPath newest = releasePlace().parent().directory("1.2.0.0");

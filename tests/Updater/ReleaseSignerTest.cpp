@@ -97,6 +97,9 @@ TEST_F(Publisher, ThresholdsAreMetByKeyHoldersOneAfterTheOther)
                     return signer({third}).rotate(more).isInEffect ? std::string() : "waits";
                 }),
                 HasSubstr("Key does not sign keys here"));
+    ReleaseSigner::KeyChange lower;
+    lower.keyThreshold = 1;
+    EXPECT_FALSE(signer({other}).rotate(lower).isInEffect); // by the threshold before
     // Who knows the first key only, a later one only, or both as a set.
     TrustPolicy later = at(Day(1));
     later.keys = {other->publicKey()};
@@ -138,11 +141,12 @@ TEST_F(Publisher, OffersAreAsTheManifestSays)
         beta.channel = "beta";
         EXPECT_EQ(why(beta).empty(), *row.why == '\0' || std::string(row.why).find("\"beta\"") != std::string::npos);
     }
-    EXPECT_THAT(told([&] {
-                    edit("2.0.0", [](auto& r) { r.notes = "file:///x"; });
-                    return std::string();
-                }),
-                HasSubstr("Invalid manifest: URL of notes"));
+    for (const VoString& notes : {VoString("file:///x"), "https://example.org/" + VoString('x', 2000)})
+        EXPECT_THAT(told([&] {
+                        edit("2.0.0", [&](auto& r) { r.notes = notes; });
+                        return std::string();
+                    }),
+                    HasSubstr("Invalid manifest: URL of notes"));
     // The lowest release is remembered, also when the publisher's folder forgets it.
     const Files before = folder();
     signer({key}).change([&](ReleaseManifest& m) { m.raiseLowest(packageID, VoVersion(2, 0, 0, VoVersion::Release)); });

@@ -111,11 +111,13 @@ TEST_F(ShellTool, ATerminalHasCompletionAndHistoryAndCtrlC)
 {
     // What is typed is seen before it is carried out; until then Ctrl-C is a key.
     write("endless.vo", "echo begun\nwait 1000\n");
+    write("data/vo-shell-history", "of another day\n");
     const Outcome run = typed(
         R"(check\tnone\r|half a line\x03|echo ab\x7fc\r|source endless.vo\r>begun|\x03|\x1b[A\x1b[A\r|exit\r>vo> never)");
     EXPECT_NE(run.out.find("vo: none: File not found"), std::string::npos) << run;
     EXPECT_EQ(run.out.find("Undefined"), std::string::npos) << run;
     EXPECT_NE(run.out.find("vo: stopped"), std::string::npos) << run;
     EXPECT_EQ(run.code, 0) << run;
-    EXPECT_EQ(read("data/vo-shell-history").toStdString(), "checksum none\necho ac\nsource endless.vo\necho ac\n");
+    EXPECT_EQ(read("data/vo-shell-history").toStdString(),
+              "of another day\nchecksum none\necho ac\nsource endless.vo\necho ac\n");
 }
