@@ -13,6 +13,9 @@ void Interrupt(QProcess& process)
     ::kill(static_cast<pid_t>(process.processId()), SIGINT);
 }
 
+// So many files that what is told of packing them fills a pipe, and whoever reads it once more.
+constexpr int TalksLong = 800;
+
 } // namespace
 
 TEST_F(Interruption, ControlCStopsAnInstallationThatTheSameCommandThenFinishes)
@@ -36,11 +39,22 @@ TEST_F(Interruption, ControlCStopsAnInstallationThatTheSameCommandThenFinishes)
 
 TEST_F(Interruption, ControlCStopsAPublicationAndNothingShows)
 {
-    fillSource("one", 600);
+    fillSource("one", TalksLong);
     const std::string command = "publish @one --to @pub/declarations.xml --name Examples --release 1.0.0";
     EXPECT_EQ(voUntil(command + " -v", 5, Interrupt).code, 5);
     EXPECT_FALSE(exists("pub"));
     EXPECT_EQ(vo(command).code, 0);
+}
+
+TEST_F(Interruption, APublicationThatAnotherOvertakesShowsNothing)
+{
+    fillSource("one", TalksLong);
+    publish("one", "1.0.0");
+    const Outcome overtaken = voUntil("publish @one --to @pub/declarations.xml --name Examples --release 1.2.0 -v", 5,
+                                      [&](QProcess&) { publish("one", "1.1.0"); });
+    EXPECT_EQ(overtaken.code, 1);
+    EXPECT_NE(overtaken.err.find("was published by another run meanwhile; give the command again"), std::string::npos);
+    EXPECT_EQ(vo("releases @pub/declarations.xml").out.find("1.2.0"), std::string::npos);
 }
 
 #if defined(VO_KILL_LIBRARY)
