@@ -8,22 +8,29 @@
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
 #include <Updater/detail/files/FileCheck.h>
+#include <Updater/detail/files/LinkPlaces.h>
 #include <Updater/detail/files/PathIndex.h>
 #include <Updater/detail/registry/FileOwners.h>
 
 #include <optional>
+#include <string>
 
 namespace vo::updater::detail {
 
 namespace {
 
-/// The files of the release that is installed. They are only indexed when one is asked for under another name.
+/// The files and links of the release that is installed. The files are only indexed when one is asked for under another
+/// name.
 class OwnFiles
 {
 public:
     explicit OwnFiles(const InstalledPackageListing* installed)
         : m_installed(installed)
     {
+        if (!installed)
+            return;
+        for (const LinkPlace& link : LinkPlacesOf(*installed))
+            m_links.emplace(Bytes(link.place));
     }
 
     const InstalledFileListing* find(const VoUUID& id, const VoFilePath& place)
@@ -42,9 +49,12 @@ public:
         return number ? &m_installed->files()[*number] : nullptr;
     }
 
+    bool isLink(const VoFilePath& place) const { return m_links.count(std::string(Bytes(place))) > 0; }
+
 private:
     const InstalledPackageListing* m_installed;
     std::optional<PathIndex> m_index;
+    std::unordered_set<std::string> m_links;
 };
 
 } // namespace
@@ -76,7 +86,7 @@ FileClaims FindClaims(const PackageDifferences& differences, const InstalledPack
         } else if (!isOwn && Examine(Expected(place, *file), Links::Kept, VoStopFlag()) == FileState::Sound) {
             claims.adopted.pushBack(place);
             claims.adoptedIDs.insert(file->id());
-        } else if (!isOwn) {
+        } else if (!isOwn && !own.isLink(place)) {
             claims.foreign.pushBack(place);
         }
     }
