@@ -56,6 +56,8 @@ TEST_F(TrustTool, PassphrasesComeFromAFileOrACommandAndAreNeverShown)
         {"key turn @k", 2, "neither new nor show nor list"},
         {"keys show @src/none.xml", 1, "nothing is signed beside"},
         {"keys rotate @pub/declarations.xml --sign @k --passphrase-file @pass", 1, "Nothing to change"},
+        {"keys rotate @pub/declarations.xml --sign @k --passphrase-file @pass --add-release-key @l.pub", 0,
+         "  releases\n"},
         {"sign @pub/declarations.xml", 2, "option --sign is missing"},
         {"sign @pub/none.xml --sign @k --passphrase-file @pass", 1, "File not found"},
         {"sign @pub/declarations.xml --sign @k --expires soon", 2, "is not a duration"},
