@@ -15,18 +15,55 @@ using namespace detail;
 
 namespace {
 
-// By ID; of several with one ID the first.
-std::vector<ListedFile> Sorted(const std::vector<const AbstractFileListing*>& files)
+/// The files of a listing in one table: their own where they are the views of one, else copies.
+class OneTable
 {
-    std::vector<ListedFile> sorted;
-    sorted.reserve(files.size());
-    for (const AbstractFileListing* file : files)
-        sorted.emplace_back(*file);
-    std::stable_sort(sorted.begin(), sorted.end());
-    const auto isSame = [](const ListedFile& a, const ListedFile& b) { return a.hasSameID(b); };
-    sorted.erase(std::unique(sorted.begin(), sorted.end(), isSame), sorted.end());
-    return sorted;
-}
+public:
+    explicit OneTable(const std::vector<const AbstractFileListing*>& files)
+    {
+        if (isTableOf(files)) {
+            m_table = ListedFile(*files.front()).table;
+            return;
+        }
+        for (const AbstractFileListing* listing : files) {
+            const ListedFile file(*listing);
+            m_copies.add(*file.table, file.number);
+        }
+    }
+    OneTable(const OneTable&) = delete;
+    OneTable& operator=(const OneTable&) = delete;
+
+    // The files that the other has not or has otherwise, by ID; of several with one ID the first.
+    std::vector<ListedFile> differing(const OneTable& other) const
+    {
+        std::vector<ListedFile> result;
+        for (std::size_t i = 0; i < m_table->size(); ++i) {
+            const ListedFile file(*m_table, static_cast<FileTable::Number>(i));
+            const FileTable::Number counterpart = other.m_table->find(*file.table, file.number);
+            const bool isSame =
+                counterpart != FileTable::None && ListedFile(*other.m_table, counterpart).isEquivalent(file);
+            if (m_table->find(*file.table, file.number) == file.number && !isSame)
+                result.push_back(file);
+        }
+        std::sort(result.begin(), result.end());
+        return result;
+    }
+
+private:
+    static bool isTableOf(const std::vector<const AbstractFileListing*>& files)
+    {
+        const FileTable* table = files.empty() ? nullptr : ListedFile(*files.front()).table;
+        bool isOne = table && table->size() == files.size();
+        for (std::size_t i = 0; isOne && i < files.size(); ++i) {
+            const ListedFile file(*files[i]);
+            isOne = file.table == table && file.number == i;
+        }
+        return isOne;
+    }
+
+    FileTable m_copies;
+    const FileTable* m_table = &m_copies;
+};
 
 } // namespace
 
@@ -56,8 +93,10 @@ VoUniquePtr<PackageDifferences> AbstractPackageListing::compare(const AbstractPa
         throw VoInvalidParameterException("Cannot compare different base packages");
 
     auto differences = VoUniquePtr<PackageDifferences>::Make(packageID(), versionID(), target.versionID());
-    const std::vector<ListedFile> sources = Sorted(listedFiles());
-    const std::vector<ListedFile> targets = Sorted(target.listedFiles());
+    const OneTable sourceTable(listedFiles());
+    const OneTable targetTable(target.listedFiles());
+    const std::vector<ListedFile> sources = sourceTable.differing(targetTable);
+    const std::vector<ListedFile> targets = targetTable.differing(sourceTable);
     auto source = sources.begin();
     auto fresh = targets.begin();
     while (source != sources.end() || fresh != targets.end()) {
@@ -66,8 +105,7 @@ VoUniquePtr<PackageDifferences> AbstractPackageListing::compare(const AbstractPa
         } else if (fresh == targets.end() || *source < *fresh) {
             differences->fileRemoved((source++)->id());
         } else {
-            if (!source->isEquivalent(*fresh))
-                differences->fileModified(source->id());
+            differences->fileModified(source->id());
             ++source;
             ++fresh;
         }

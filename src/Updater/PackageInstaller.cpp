@@ -8,6 +8,7 @@
 #include <FileSystem/VoFileSystem.h>
 #include <IO/VoFileByteStream.h>
 #include <Subsystem/VoLogging.h>
+#include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoStopFlag.h>
 #include <Updater/VoStagedReleaseException.h>
 #include <Updater/detail/documents/ListedFile.h>
@@ -113,6 +114,23 @@ bool IsThere(const ListedFile& record, const VoDirectoryPath& directory, std::st
     return stamp && record.length() >= 0 && stamp->size == static_cast<std::uint64_t>(record.length());
 }
 
+// Looks at many files from several threads: the system answers each in turn, and is asked the next meanwhile.
+template <typename Look>
+void ForEachTogether(std::size_t count, Look look)
+{
+    constexpr std::size_t together = 512;
+    if (count <= together) {
+        for (std::size_t i = 0; i < count; ++i)
+            look(i);
+        return;
+    }
+    background_task::VoParallelTaskScheduler().parallelFor(0, count, together,
+                                                           [&](std::size_t first, std::size_t last) {
+                                                               for (std::size_t i = first; i < last; ++i)
+                                                                   look(i);
+                                                           });
+}
+
 // The number of an installed file that the advert has, with the same content; none where it has changed.
 FileTable::Number UnchangedFile(const InstalledPackageListing& installed, const AdvertisedFileListing& file)
 {
@@ -171,6 +189,11 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
     ChosenPatches patches = choosePatches(built, installed.get(), refused);
     VoDeque<ChunkUse> chunks = ChunkUses(Without(built, patches), advert);
     InstallationPlan plan = PlanFiles(written, installed.get(), advert);
+    // Paths of what is written are only told with the plan that is shown: of many files they take much room.
+    for (InstallationPlan::File& file : plan.files) {
+        if (file.type != FileDifference::Removed)
+            file.path = VoFilePath();
+    }
     PlanCopying(plan, reused);
     PlanPatching(plan, patches);
     PlanFetching(plan, Listings(chunks), PatchFiles(patches, built));
@@ -307,15 +330,20 @@ void PackageInstaller::addFilesNotInPlace(const InstalledPackageListing& install
     if (!settings().isTemporary)
         damaged.merge(numbersOf(DamagedFiles(packageID()), itself));
     const bool areTargetsSafe = isUsable();
+    std::vector<char> isThere(files.size());
+    ForEachTogether(files.size(), [&](std::size_t i) {
+        const auto number = static_cast<FileTable::Number>(i);
+        const FileTable::Number record = records.find(advertised, number);
+        isThere[i] = areTargetsSafe && record != FileTable::None &&
+                     IsThere(ListedFile(records, record), installationDirectory(), advertised.path(number));
+    });
     for (const AdvertisedFileListing& file : files) {
         const FileTable::Number number = ListedFile(file).number;
-        const FileTable::Number record = records.find(advertised, number);
-        if (known.count(number) > 0 || record == FileTable::None)
+        const bool isSound = isThere[number] != 0 && damaged.count(number) == 0;
+        const FileTable::Number record = isSound ? FileTable::None : records.find(advertised, number);
+        if (isSound || known.count(number) > 0 || record == FileTable::None)
             continue;
-        const InstalledFileListing& recorded = installed.files()[record];
-        const bool isThere =
-            areTargetsSafe && IsThere(ListedFile(recorded), installationDirectory(), ListedFile(file).path());
-        if (damaged.count(number) > 0 || !(isThere || isInPlace(recorded, file)))
+        if (damaged.count(number) > 0 || !isInPlace(installed.files()[record], file))
             differences.fileModified(file.id());
     }
 }
@@ -560,11 +588,11 @@ VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
         transaction.begin();
         buildFiles(stop);
         stop.throwIfStopped();
-        transaction.place([this](const TargetFile& target) {
+        transaction.place([this](const TargetFile& target, const VoFilePath& place) {
             if (target.file)
-                logInstalled(*target.file, target.place);
+                logInstalled(*target.file, place);
             else
-                diagnostic("Installed link: " + target.place.path());
+                diagnostic("Installed link: " + place.path());
         });
         verify(stop);
         bool isRecorded = false;
@@ -591,14 +619,17 @@ InstallationJournal PackageInstaller::journal() const
 
 VoDeque<TargetFile> PackageInstaller::targets() const
 {
-    std::unordered_set<VoUUID> written;
+    const VoDeque<AdvertisedFileListing>& files = advertisedPackage().files();
+    const FileTable& table = TableOf(files);
+    std::vector<bool> isWritten(files.size());
     for (const InstallationPlan::File& file : m_private->plan.files) {
-        if (file.type != FileDifference::Removed)
-            written.insert(file.id);
+        const auto number = file.type == FileDifference::Removed ? FileTable::None : table.find(file.id);
+        if (number != FileTable::None)
+            isWritten[number] = true;
     }
     VoDeque<TargetFile> result;
-    for (const AdvertisedFileListing& file : advertisedPackage().files())
-        result.pushBack({&file, resolvedPath(file), written.count(file.id()) > 0});
+    for (const AdvertisedFileListing& file : files)
+        result.pushBack({&file, VoFilePath(), isWritten[ListedFile(file).number]});
     const AttributePlan& attributes = m_private->attributes;
     for (std::size_t i = 0; i < attributes.links.size(); ++i)
         result.pushBack({nullptr, attributes.links[i].place, attributes.isMade[i]});
@@ -773,11 +804,13 @@ std::vector<std::size_t> PackageInstaller::filesToVerify()
     std::vector<std::size_t> numbers;
     m_private->begun = SeenFiles::Now();
     m_private->stamps.clear();
-    for (const AdvertisedFileListing& file : advertisedPackage().files()) {
-        const std::size_t number = m_private->stamps.size();
-        m_private->stamps.push_back(StampOf(resolvedPath(file)));
+    const VoDeque<AdvertisedFileListing>& files = advertisedPackage().files();
+    m_private->stamps.resize(files.size());
+    ForEachTogether(files.size(), [&](std::size_t i) { m_private->stamps[i] = StampOf(resolvedPath(files[i])); });
+    for (std::size_t number = 0; number < files.size(); ++number) {
+        const AdvertisedFileListing& file = files[number];
         const auto known = isSpared ? UnchangedFile(*m_private->installed, file) : FileTable::None;
-        if (known == FileTable::None || !seen.isUnchanged(known, m_private->stamps.back()))
+        if (known == FileTable::None || !seen.isUnchanged(known, m_private->stamps[number]))
             numbers.push_back(number);
     }
     return numbers;

@@ -3,7 +3,12 @@
 #include <Approved.h>
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/InstalledPackageListing.h>
+#include <Updater/PackageDifferences.h>
+#include <Updater/ReleaseAttributes.h>
 #include <Updater/detail/documents/XMLDocument.h>
+#include <Updater/detail/registry/InstallationJournal.h>
+
+#include <map>
 
 using namespace vo::updater;
 using namespace vo::test;
@@ -327,6 +332,69 @@ TEST_F(PackageDocuments, ListingsAreWrittenAndReadAsTheGeneralRulesDo)
         check(values, values.installed());
         if (HasFatalFailure())
             return;
+    }
+}
+
+TEST_F(PackageDocuments, NotesOfARunAreWrittenAsTheGeneralRulesDo)
+{
+    const auto fill = [](OddValues& values, auto& paths) {
+        using Path = typename std::decay_t<decltype(paths)>::value_type;
+        for (std::size_t n = values.below(4); n > 0; --n)
+            paths.pushBack(Path("/opt/in & out/" + VoString(n) + "/"));
+    };
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        SCOPED_TRACE(seed);
+        OddValues values(seed);
+        detail::RunNotes notes;
+        notes.result = values.installed();
+        if (values.below(2) == 0) {
+            auto attributes = std::make_shared<ReleaseAttributes>(values.id(), values.id());
+            attributes->folders.pushBack(values.path());
+            notes.result.setAttributes(attributes);
+        }
+        notes.before = values.below(2) == 0 ? VoDirectoryPath() : VoDirectoryPath("/opt/<before>/");
+        for (std::size_t n = values.below(6); n > 0; --n)
+            notes.changes.pushBack({static_cast<detail::PlaceChange::Kind>(values.below(4)), values.path(),
+                                    values.below(2) == 0 ? VoFilePath() : values.path()});
+        fill(values, notes.made);
+        fill(values, notes.emptied);
+        fill(values, notes.leftovers);
+        detail::InstallationJournal::OfListing(file("p.xml")).begin(notes);
+        ASSERT_EQ(ReadBytes(file("p.pending")), detail::DocumentText("journal", notes).toStdString());
+    }
+}
+
+// Against the plainest way, with IDs of all forms, some of them several times in a listing.
+TEST_F(PackageDocuments, ListingsAreComparedByTheFirstFileOfEachID)
+{
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        SCOPED_TRACE(seed);
+        OddValues values(seed);
+        std::vector<VoUUID> ids;
+        for (std::size_t n = 1 + values.below(30); n > 0; --n)
+            ids.push_back(values.id());
+        AdvertisedPackageListing listings[] = {{VoUUID("p"), VoUUID("1"), "n", VoVersion()},
+                                               {VoUUID("p"), VoUUID("2"), "n", VoVersion()}};
+        std::map<VoUUID, std::map<int, std::int64_t>> first; // by ID and listing: the size
+        for (int which : {0, 1}) {
+            for (std::size_t n = values.below(40); n > 0; --n) {
+                const VoUUID& id = ids[values.below(ids.size())];
+                const auto size = static_cast<std::int64_t>(values.below(3));
+                listings[which].add(AdvertisedFileListing(values.path(), {}, id, VoChecksum(), Bytes(size)));
+                first[id].emplace(which, size);
+            }
+        }
+        std::string expected;
+        for (const auto& [id, sizes] : first) {
+            const int type = sizes.size() == 2 ? 1 : sizes.count(0) == 1 ? 2 : 0;
+            if (type != 1 || sizes.at(0) != sizes.at(1))
+                expected += id.toString().toStdString() + ' ' + std::to_string(type) + '\n';
+        }
+        std::string found;
+        const auto differences = listings[0].compare(listings[1]);
+        for (const FileDifference& difference : differences->fileDifferences())
+            found += difference.fileID().toString().toStdString() + ' ' + std::to_string(difference.type()) + '\n';
+        ASSERT_EQ(found, expected);
     }
 }
 

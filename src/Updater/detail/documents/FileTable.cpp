@@ -17,9 +17,6 @@ namespace {
 constexpr std::size_t PlainIDLength = 36;
 constexpr std::size_t DigestLength = 32;
 
-// So many files are found without an index.
-constexpr std::size_t Few = 8;
-
 // The bytes of documents that a file and its path take, at least, in what this library writes.
 constexpr std::size_t LeastDocumentBytes = 160;
 
@@ -63,6 +60,8 @@ void FileTable::reserveFor(std::size_t documentBytes)
 {
     m_rows.reserve(documentBytes / (2 * LeastDocumentBytes));
     m_texts.reserve(documentBytes / 4);
+    while (m_fewestSlots < m_rows.capacity())
+        m_fewestSlots *= 2;
 }
 
 FileTable::Form FileTable::Pack(std::string_view text, IDBytes& bytes)
@@ -222,7 +221,7 @@ void FileTable::index(Number file)
 
 void FileTable::growIndex()
 {
-    m_slots.assign(std::max<std::size_t>(4 * Few, 2 * m_slots.size()), None);
+    m_slots.assign(std::max(m_fewestSlots, 2 * m_slots.size()), None);
     for (std::size_t i = 0; i < m_rows.size(); ++i)
         index(static_cast<Number>(i));
 }
@@ -235,8 +234,7 @@ bool FileTable::isKey(const Row& row, const Key& key) const
 FileTable::Number FileTable::find(const Key& key) const
 {
     if (m_slots.empty()) {
-        const auto found =
-            std::find_if(m_rows.begin(), m_rows.end(), [&](const Row& row) { return isKey(row, key); });
+        const auto found = std::find_if(m_rows.begin(), m_rows.end(), [&](const Row& row) { return isKey(row, key); });
         return found == m_rows.end() ? None : static_cast<Number>(found - m_rows.begin());
     }
     const std::size_t mask = m_slots.size() - 1;

@@ -98,6 +98,9 @@ private:
         Null,   // a null checksum
     };
 
+    // So many files are found without an index.
+    static constexpr std::size_t Few = 8;
+
     // Where a text begins among the texts, and its length.
     struct Span
     {
@@ -147,6 +150,7 @@ private:
     std::vector<std::string> m_chunkIDs;
     std::unordered_map<std::string, std::uint32_t> m_chunkNumbers;
     std::vector<Number> m_slots; // by the hash of the ID, a power of two; empty while the files are few
+    std::size_t m_fewestSlots = 4 * Few;
 };
 
 } // namespace vo::updater::detail

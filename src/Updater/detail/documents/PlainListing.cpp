@@ -9,13 +9,13 @@
 #include <IO/VoFileDevice.h>
 #include <Updater/AbstractPackage.h>
 #include <Updater/detail/documents/PackageValidator.h>
+#include <Updater/detail/documents/PlainWriter.h>
 #include <Updater/detail/documents/XMLDocument.h>
 
 #include <algorithm>
 #include <charconv>
 #include <iterator>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -23,21 +23,11 @@ namespace vo::updater::detail {
 
 namespace {
 
-constexpr std::string_view Prologue = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
-
 // No line that is written for a path of the system comes near it.
 constexpr std::size_t LongestLine = std::size_t{64} << 10;
 
-// Bytes that are read or written at once.
+// Bytes that are read at once.
 constexpr std::size_t BlockSize = std::size_t{256} << 10;
-
-// What stands for a character that XML wants escaped.
-struct Escape
-{
-    char character;
-    std::string_view text;
-};
-constexpr Escape Escapes[] = {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}};
 
 // Whether a byte stands for itself in a text.
 bool IsPlainByte(char c)
@@ -177,10 +167,11 @@ private:
     {
         std::string result;
         while (!text.empty()) {
-            const auto* known = std::find_if(std::begin(Escapes), std::end(Escapes), [&](const Escape& escape) {
-                return text.substr(0, escape.text.size()) == escape.text;
-            });
-            const bool isEscape = known != std::end(Escapes);
+            const auto* known =
+                std::find_if(std::begin(PlainEscapes), std::end(PlainEscapes), [&](const PlainEscape& escape) {
+                    return text.substr(0, escape.text.size()) == escape.text;
+                });
+            const bool isEscape = known != std::end(PlainEscapes);
             const char c = isEscape ? known->character : text.front();
             Need(isEscape || IsPlainByte(c) || static_cast<unsigned char>(c) >= 0x80);
             result += c;
@@ -204,7 +195,7 @@ public:
 
     PlainListing read()
     {
-        Need(m_lines.next() == Prologue);
+        Need(m_lines.next() == PlainPrologue);
         readIdentity();
         readContainer("files", [this](Line& line) { readFile(line); });
         if (m_kind == ListingKind::Advertised)
@@ -310,8 +301,7 @@ private:
     std::string_view normalised(std::string_view path)
     {
         const bool isPlain = !path.empty() && path.front() > ' ' && path.back() > ' ' &&
-                             path.find('/') == std::string_view::npos &&
-                             path.find("\\\\") == std::string_view::npos;
+                             path.find('/') == std::string_view::npos && path.find("\\\\") == std::string_view::npos;
         if (isPlain)
             return path;
         m_path = VoFilePath::Deserialize(VoString(std::string(path))).path().toStdString();
@@ -326,75 +316,12 @@ private:
     std::string m_checksum;
 };
 
-// What is written of a document, block by block.
-class ListingWriter
-{
-public:
-    explicit ListingWriter(VoAtomicFileWriter& file)
-        : m_file(file)
-    {
-    }
-
-    ListingWriter& raw(std::string_view text)
-    {
-        m_block += text;
-        return *this;
-    }
-
-    ListingWriter& escaped(std::string_view text)
-    {
-        for (;;) {
-            const auto special = std::find_if(text.begin(), text.end(), [](char c) {
-                return c == '&' || c == '<' || c == '>' || c == '"';
-            });
-            const auto length = static_cast<std::size_t>(special - text.begin());
-            m_block += text.substr(0, length);
-            if (length == text.size())
-                return *this;
-            const auto* escape = std::find_if(std::begin(Escapes), std::end(Escapes),
-                                              [&](const Escape& known) { return known.character == *special; });
-            m_block += escape->text;
-            text.remove_prefix(length + 1);
-        }
-    }
-
-    ListingWriter& attribute(std::string_view name, std::string_view value)
-    {
-        return raw(" ").raw(name).raw("=\"").escaped(value).raw("\"");
-    }
-
-    template <typename Integer, typename = std::enable_if_t<std::is_integral_v<Integer>>>
-    ListingWriter& attribute(std::string_view name, Integer value)
-    {
-        char digits[24];
-        const auto end = std::to_chars(digits, digits + sizeof(digits), value).ptr;
-        return attribute(name, std::string_view(digits, static_cast<std::size_t>(end - digits)));
-    }
-
-    void endLine()
-    {
-        m_block += '\n';
-        if (m_block.size() >= BlockSize)
-            flush();
-    }
-
-    void flush()
-    {
-        m_file.write(m_block.data(), m_block.size());
-        m_block.clear();
-    }
-
-private:
-    VoAtomicFileWriter& m_file;
-    std::string m_block;
-};
-
 std::string_view TextOf(const VoString& text)
 {
     return text.toStdString();
 }
 
-void WriteIdentity(ListingWriter& writer, const WrittenListing& listing)
+void WriteIdentity(PlainWriter& writer, const WrittenListing& listing)
 {
     writer.raw("<package");
     if (listing.directory)
@@ -407,7 +334,7 @@ void WriteIdentity(ListingWriter& writer, const WrittenListing& listing)
         .endLine();
 }
 
-void WritePieces(ListingWriter& writer, const FileTable& files, FileTable::Pieces pieces)
+void WritePieces(PlainWriter& writer, const FileTable& files, FileTable::Pieces pieces)
 {
     std::uint64_t index = 0;
     for (const FileTable::Piece& piece : pieces)
@@ -420,7 +347,7 @@ void WritePieces(ListingWriter& writer, const FileTable& files, FileTable::Piece
             .endLine();
 }
 
-void WriteFileLine(ListingWriter& writer, const FileTable& files, FileTable::Number file, bool isAdvertised)
+void WriteFileLine(PlainWriter& writer, const FileTable& files, FileTable::Number file, bool isAdvertised)
 {
     std::string id;
     files.appendID(id, file);
@@ -441,17 +368,7 @@ void WriteFileLine(ListingWriter& writer, const FileTable& files, FileTable::Num
     writer.raw("\t\t</file>").endLine();
 }
 
-template <typename Write>
-void WriteItems(ListingWriter& writer, std::string_view name, std::size_t count, Write write)
-{
-    writer.raw("\t<").raw(name).raw(count == 0 ? "/>" : ">").endLine();
-    for (std::size_t i = 0; i < count; ++i)
-        write(i);
-    if (count != 0)
-        writer.raw("\t</").raw(name).raw(">").endLine();
-}
-
-void WriteChunk(ListingWriter& writer, const ChunkListing& chunk)
+void WriteChunk(PlainWriter& writer, const ChunkListing& chunk)
 {
     writer.raw("\t\t<chunk")
         .attribute("id", TextOf(chunk.id()))
@@ -460,14 +377,6 @@ void WriteChunk(ListingWriter& writer, const ChunkListing& chunk)
         .attribute("path", TextOf(chunk.path()))
         .raw("/>")
         .endLine();
-}
-
-bool IsPlainText(std::string_view text)
-{
-    const bool hasControls = std::any_of(text.begin(), text.end(), [](char c) {
-        return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
-    });
-    return !hasControls && SurvivesXML(std::string(text));
 }
 
 // All texts at once, unless some byte is no ASCII: two halves of a character make a whole one then.
@@ -483,24 +392,6 @@ bool ArePlain(const FileTable& files)
         arePlain = IsPlainText(id) && IsPlainText(files.path(static_cast<FileTable::Number>(i)));
     }
     return arePlain;
-}
-
-bool IsPlainListing(const WrittenListing& listing)
-{
-    if (!ArePlain(listing.files))
-        return false;
-    std::vector<std::string_view> texts = {TextOf(listing.package.packageID()), TextOf(listing.package.versionID()),
-                                           TextOf(listing.package.name())};
-    texts.insert(texts.end(), listing.files.chunkIDs().begin(), listing.files.chunkIDs().end());
-    if (listing.directory)
-        texts.push_back(TextOf(listing.directory->path()));
-    for (std::size_t i = 0; listing.chunks && i < listing.chunks->size(); ++i) {
-        texts.push_back(TextOf((*listing.chunks)[i].id()));
-        texts.push_back(TextOf((*listing.chunks)[i].path()));
-    }
-    for (std::size_t i = 0; listing.directories && i < listing.directories->size(); ++i)
-        texts.push_back(TextOf((*listing.directories)[i].path()));
-    return std::all_of(texts.begin(), texts.end(), IsPlainText);
 }
 
 std::optional<PlainListing> TryReading(ListingKind kind, Lines lines, std::size_t size)
@@ -534,13 +425,26 @@ std::optional<PlainListing> ReadPlainListing(ListingKind kind, const VoFilePath&
     }
 }
 
-bool WritePlainListing(const VoFilePath& path, const WrittenListing& listing)
+bool IsPlainListing(const WrittenListing& listing)
 {
-    if (!IsPlainListing(listing))
+    if (!ArePlain(listing.files))
         return false;
-    VoAtomicFileWriter file(path);
-    ListingWriter writer(file);
-    writer.raw(Prologue).endLine();
+    std::vector<std::string_view> texts = {TextOf(listing.package.packageID()), TextOf(listing.package.versionID()),
+                                           TextOf(listing.package.name())};
+    texts.insert(texts.end(), listing.files.chunkIDs().begin(), listing.files.chunkIDs().end());
+    if (listing.directory)
+        texts.push_back(TextOf(listing.directory->path()));
+    for (std::size_t i = 0; listing.chunks && i < listing.chunks->size(); ++i) {
+        texts.push_back(TextOf((*listing.chunks)[i].id()));
+        texts.push_back(TextOf((*listing.chunks)[i].path()));
+    }
+    for (std::size_t i = 0; listing.directories && i < listing.directories->size(); ++i)
+        texts.push_back(TextOf((*listing.directories)[i].path()));
+    return std::all_of(texts.begin(), texts.end(), IsPlainText);
+}
+
+void WriteListing(PlainWriter& writer, const WrittenListing& listing)
+{
     WriteIdentity(writer, listing);
     WriteItems(writer, "files", listing.files.size(), [&](std::size_t i) {
         WriteFileLine(writer, listing.files, static_cast<FileTable::Number>(i), listing.chunks != nullptr);
@@ -553,6 +457,15 @@ bool WritePlainListing(const VoFilePath& path, const WrittenListing& listing)
             writer.raw("\t\t<path>").escaped(TextOf((*listing.directories)[i].path())).raw("</path>").endLine();
         });
     writer.raw("</package>").endLine();
+}
+
+bool WritePlainListing(const VoFilePath& path, const WrittenListing& listing)
+{
+    if (!IsPlainListing(listing))
+        return false;
+    VoAtomicFileWriter file(path);
+    PlainWriter writer(file);
+    WriteListing(writer, listing);
     writer.flush();
     file.commit();
     return true;

@@ -23,6 +23,8 @@ class AbstractPackage;
 
 namespace vo::updater::detail {
 
+class PlainWriter;
+
 enum class ListingKind
 {
     Advertised, ///< AdvertisedPackageListing
@@ -57,6 +59,11 @@ struct WrittenListing
     const VoDeque<ChunkListing>* chunks;
     const VoDeque<VoDirectoryPath>* directories;
 };
+
+/// Whether all texts can be written without the general rules.
+VOCORE_PRIVATE_EXPORT bool IsPlainListing(const WrittenListing& listing);
+/// Writes the element of the listing into a document. REQUIRES IsPlainListing().
+VOCORE_PRIVATE_EXPORT void WriteListing(PlainWriter& writer, const WrittenListing& listing);
 
 /// Replaces a file by the document, atomically. False, and nothing is done, for texts that need the general rules.
 /// @throws VoException as VoAtomicFileWriter

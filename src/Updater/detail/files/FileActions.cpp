@@ -112,20 +112,23 @@ vo::detail::NativeFile MakeFile(const VoFilePath& path, std::error_code& error)
 
 bool EraseFile(const VoFilePath& path)
 {
-    const FileKind kind = KindOf(path);
-    if (kind == FileKind::None)
-        return true;
-    if (kind == FileKind::Directory)
-        return false;
-    AtStep(FileStep::EraseFile, path.path());
     std::error_code error;
     const HeldPlace held = HeldPlace::Of(path, error);
+    // In a folder that is held no call takes a directory for a file, so those are told by what fails: of the files of a
+    // package nearly all are there and go.
+    FileKind kind = held.folder.isOpen() ? FileKind::File : KindOf(path);
+    if (kind == FileKind::None || kind == FileKind::Directory)
+        return kind == FileKind::None;
+    AtStep(FileStep::EraseFile, path.path());
     if (!error)
         held.folder.removeFile(held.name, error);
-    if (error && !vo::detail::MeansMissing(error))
+    if (!error || vo::detail::MeansMissing(error))
+        return true;
+    kind = KindOf(path);
+    if (kind != FileKind::None && kind != FileKind::Directory)
         throw vo::detail::Because(
             error, VoFileException("Cannot remove file: " + VoString(error.message()) + ": " + path.path(), path));
-    return true;
+    return kind == FileKind::None;
 }
 
 bool EraseDirectoryIfEmpty(const VoDirectoryPath& directory)

@@ -9,6 +9,7 @@
 #include <IO/VoFileByteStream.h>
 #include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoStopFlag.h>
+#include <Updater/detail/files/FileStamp.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -89,6 +90,8 @@ private:
 // What can be said of a file without reading it; nothing when its bytes have to decide.
 std::optional<FileState> StateBySize(const ExpectedFile& file, Links links)
 {
+    if (const auto stamp = StampOf(file.path)) // one look, and no link that could be followed
+        return file.size == stamp->size ? std::nullopt : std::make_optional(FileState::Changed);
     const FileKind kind = KindOf(file.path, links);
     if (kind == FileKind::None)
         return FileState::Missing;

@@ -83,7 +83,8 @@ void UpdateTransaction::begin()
     m_journal.begin(m_notes);
     // From here on a killed run is undone by the notes: nothing may be changed that they do not have.
     for (const VoDirectoryPath& directory : m_missing) {
-        const auto obstacle = m_changeOf.find(Key(AsFile(directory)));
+        const VoFilePath place = AsFile(directory);
+        const auto obstacle = m_changeOf.find(Bytes(place));
         if (obstacle != m_changeOf.end())
             MoveAside(m_notes.changes[obstacle->second].place, m_notes.changes[obstacle->second].aside);
         MakeDirectory(directory);
@@ -92,18 +93,18 @@ void UpdateTransaction::begin()
 
 // A run that dies between the two renamings of a place leaves it empty: its note says that the old file is aside. When
 // this ends the renamings are on disk, as the journal is going to say.
-void UpdateTransaction::place(const std::function<void(const TargetFile&)>& onPlaced)
+void UpdateTransaction::place(const std::function<void(const TargetFile&, const VoFilePath& place)>& onPlaced)
 {
     for (const TargetFile& target : m_targets) {
         if (!target.isWritten)
             continue;
-        const PlaceChange& change = m_notes.changes[m_changeOf.at(Key(target.place))];
+        const PlaceChange& change = m_notes.changes[m_changeOf.at(Bytes(placeOf(target)))];
         if (change.kind == Kind::Replaced)
             MoveAside(change.place, change.aside);
         else if (KindOf(change.place) != FileKind::None) // since the run began
             throw VoFileException("File in the way: " + change.place.path(), change.place);
-        PutInPlace(BuiltPath(target.place), target.place);
-        onPlaced(target);
+        PutInPlace(BuiltPath(change.place), change.place);
+        onPlaced(target, change.place);
     }
     for (const PlaceChange& change : m_notes.changes) {
         // Where a directory had to be made, the file has gone already.
@@ -162,6 +163,24 @@ const InstalledPackageListing& UpdateTransaction::listing() const
     return m_notes.result;
 }
 
+VoFilePath UpdateTransaction::placeOf(const TargetFile& target) const
+{
+    return target.file ? m_directory.appended(target.file->target()) : target.place;
+}
+
+// Compared piece by piece, as nearly all files of a release stay where they are.
+bool UpdateTransaction::isAtTarget(std::string_view path, const TargetFile& target) const
+{
+    const std::string_view root = Bytes(m_directory);
+    return path.substr(0, root.size()) == root && path.substr(root.size()) == ListedFile(*target.file).path();
+}
+
+void UpdateTransaction::note(Kind kind, const VoFilePath& place, const VoFilePath& aside)
+{
+    m_notes.changes.pushBack({kind, place, aside});
+    m_changeOf.emplace(Bytes(m_notes.changes.back().place), m_notes.changes.size() - 1);
+}
+
 // Notes that recovering could not end: of a run that was undone, directories in which somebody else has put something;
 // of a run that is recorded, old files that could not be erased.
 void UpdateTransaction::readLeft()
@@ -187,8 +206,15 @@ void UpdateTransaction::readLeft()
 
 void UpdateTransaction::indexDirectories()
 {
-    for (const TargetFile& target : m_targets)
-        indexDirectoriesOf(target.place);
+    std::string_view last; // the folder of the file before, as a rule this one's as well
+    for (const TargetFile& target : m_targets) {
+        const std::string_view path = target.file ? ListedFile(*target.file).path() : std::string_view();
+        const std::string_view folderOfFile = path.substr(0, path.rfind('\\') + 1);
+        if (!folderOfFile.empty() && folderOfFile == last)
+            continue;
+        indexDirectoriesOf(placeOf(target));
+        last = folderOfFile;
+    }
     if (!m_advert.attributes())
         return;
     for (const VoFilePath& folder : m_advert.attributes()->folders)
@@ -213,17 +239,17 @@ std::vector<VoFilePath> UpdateTransaction::filesNotAtTargets() const
 {
     std::vector<VoFilePath> result;
     const FileTable& records = TableOf(m_installed->files());
-    std::vector<bool> isAtTarget(records.size());
+    std::vector<bool> stays(records.size());
     for (const TargetFile& target : m_targets) {
-        if (!target.file || isBelowGoing(target.place))
+        if (!target.file || (!m_going.empty() && isBelowGoing(placeOf(target))))
             continue;
         const ListedFile file(*target.file);
         const FileTable::Number record = records.find(*file.table, file.number);
-        if (record != FileTable::None && records.path(record) == Bytes(target.place))
-            isAtTarget[record] = true;
+        if (record != FileTable::None && isAtTarget(records.path(record), target))
+            stays[record] = true;
     }
     for (std::size_t i = 0; i < records.size(); ++i) {
-        if (!isAtTarget[i])
+        if (!stays[i])
             result.push_back(m_installed->files()[i].path());
     }
     return result;
@@ -236,9 +262,10 @@ PathIndex UpdateTransaction::targetsNamedAs(const std::vector<VoFilePath>& paths
     for (const VoFilePath& path : paths)
         names.insert(FoldedName(VoString(path.filename())).toStdString());
     PathIndex places;
-    for (const TargetFile& target : m_targets) {
-        if (names.count(FoldedName(VoString(target.place.filename())).toStdString()) > 0 && !isBelowGoing(target.place))
-            places.add(target.place, 0);
+    for (auto target = m_targets.begin(); target != m_targets.end() && !names.empty(); ++target) {
+        const VoFilePath place = placeOf(*target);
+        if (names.count(FoldedName(VoString(place.filename())).toStdString()) > 0 && !isBelowGoing(place))
+            places.add(place, 0);
     }
     return places;
 }
@@ -260,8 +287,9 @@ void UpdateTransaction::findGoingLinks(const std::vector<LinkPlace>& links, Cont
 
 bool UpdateTransaction::isBelowGoing(const VoFilePath& place) const
 {
-    for (VoDirectoryPath directory = place.parent(); !m_going.empty() && !directory.isNull();
-         directory = directory.parent()) {
+    if (m_going.empty())
+        return false;
+    for (VoDirectoryPath directory = place.parent(); !directory.isNull(); directory = directory.parent()) {
         if (m_going.count(Key(directory)) > 0)
             return true;
     }
@@ -322,17 +350,17 @@ void UpdateTransaction::findReplacements()
     for (const TargetFile& target : m_targets) {
         if (!target.isWritten)
             continue;
-        vo::detail::RequireValidLength(BuiltPath(target.place));
+        const VoFilePath place = placeOf(target);
+        vo::detail::RequireValidLength(BuiltPath(place));
         // The link in the way, which goes, was found inside itself.
-        if (!isBelowGoing(target.place) && !inside.holds(target.place))
-            throw VoValidationException("Invalid target path: " + m_directory.relativeFile(target.place).path());
-        replace(target.place);
+        if (!isBelowGoing(place) && !inside.holds(place))
+            throw VoValidationException("Invalid target path: " + m_directory.relativeFile(place).path());
+        replace(place);
     }
     for (const VoFilePath& path : m_removals) {
         if (m_moved.count(Key(path)) > 0)
             continue;
-        m_changeOf.emplace(Key(path), m_notes.changes.size());
-        m_notes.changes.pushBack({Kind::Removed, path, asidePath(path)});
+        note(Kind::Removed, path, asidePath(path));
     }
 }
 
@@ -343,11 +371,10 @@ void UpdateTransaction::replace(const VoFilePath& place)
         moveDirectoryAside(place);
         return;
     }
-    m_changeOf.emplace(Key(place), m_notes.changes.size());
     if (kind == FileKind::None)
-        m_notes.changes.pushBack({Kind::Added, place, VoFilePath()});
+        note(Kind::Added, place, VoFilePath());
     else
-        m_notes.changes.pushBack({Kind::Replaced, place, asidePath(place)});
+        note(Kind::Replaced, place, asidePath(place));
 }
 
 // A directory makes room for a file when all that it holds goes as well. The notes of what is in it come before its
@@ -366,8 +393,7 @@ void UpdateTransaction::moveDirectoryAside(const VoFilePath& place)
         const std::string inner(Bytes(path).substr(Bytes(place).size()));
         m_notes.changes.pushBack({Kind::Inside, path, VoFilePath::CreateUnchecked(aside.path() + VoString(inner))});
     }
-    m_changeOf.emplace(Key(place), m_notes.changes.size());
-    m_notes.changes.pushBack({Kind::Replaced, place, aside});
+    note(Kind::Replaced, place, aside);
 }
 
 // Free on disk and among the names that this run gives: what an interrupted run left aside is neither taken for this
@@ -437,7 +463,7 @@ void UpdateTransaction::completeNotes()
     m_notes.result.setAttributes(m_advert.attributes());
     for (const TargetFile& target : m_targets) {
         if (target.file)
-            m_notes.result.addInstalled(*target.file, target.place);
+            m_notes.result.addInstalled(*target.file, placeOf(target));
     }
     PathSet known;
     for (const VoDirectoryPath& directory : m_notes.emptied)

@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -30,8 +31,8 @@ struct LinkPlace;
 struct TargetFile
 {
     const AdvertisedFileListing* file; ///< Null for a link, and for the copy that stands for one.
-    VoFilePath place;
-    bool isWritten; ///< Whether this run builds it; else it is in place already.
+    VoFilePath place;                  ///< Of a link or its copy; null for a file, whose target tells.
+    bool isWritten;                    ///< Whether this run builds it; else it is in place already.
 };
 
 /// Changes a tree of installed files from one release to the next, as one step:
@@ -69,7 +70,7 @@ public:
     void begin();
     /// Calls `onPlaced` for each file that was put in place.
     /// @throws VoFileException naming the file that cannot be replaced
-    void place(const std::function<void(const TargetFile&)>& onPlaced);
+    void place(const std::function<void(const TargetFile&, const VoFilePath& place)>& onPlaced);
     /// An empty recorder keeps nothing. Throws what the recorder throws. Trouble with old files is logged: a later
     /// operation erases them.
     void commit(const Recorder& record);
@@ -83,6 +84,9 @@ public:
 private:
     using PathSet = std::unordered_set<std::string>;
 
+    VoFilePath placeOf(const TargetFile& target) const;
+    bool isAtTarget(std::string_view path, const TargetFile& target) const;
+    void note(PlaceChange::Kind kind, const VoFilePath& place, const VoFilePath& aside);
     void readLeft();
     void indexDirectories();
     void indexDirectoriesOf(const VoFilePath& place);
@@ -119,10 +123,11 @@ private:
     PathSet m_removed;              // those, by their bytes
     PathSet m_moved;                // those of them that go with a directory
 
-    PathSet m_asides;                                        // names that are given to old files
-    std::unordered_map<std::string, std::size_t> m_changeOf; // by place: its index in the notes
-    VoDeque<VoDirectoryPath> m_missing;                      // directories to make, outermost first
-    PathSet m_madeBefore;                                    // by an interrupted run, and not empty
+    PathSet m_asides; // names that are given to old files
+    // By place, whose bytes are those in the notes: its index there.
+    std::unordered_map<std::string_view, std::size_t> m_changeOf;
+    VoDeque<VoDirectoryPath> m_missing; // directories to make, outermost first
+    PathSet m_madeBefore;               // by an interrupted run, and not empty
 
     RunNotes m_notes;
     bool m_hasNoted = false;  // the journal may have the notes

@@ -2,11 +2,14 @@
 
 #include <Core/VoExceptionText.h>
 #include <Core/VoFileException.h>
+#include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoFileSystem.h>
 #include <Updater/ReleaseAttributes.h>
 #include <Updater/detail/documents/Attributes.h>
 #include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/Log.h>
+#include <Updater/detail/documents/PlainListing.h>
+#include <Updater/detail/documents/PlainWriter.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/Containment.h>
 #include <Updater/detail/files/FileActions.h>
@@ -59,6 +62,83 @@ void ReadPaths(VoXMLStreamElementLoader& container, VoDeque<Path>& paths)
         [&paths](VoXMLStreamElementLoader& child) { paths.pushBack(ReadAttribute<Path>(child, attribute::Path)); });
 }
 
+const char* TagOf(const PlaceChange& change)
+{
+    return KindTags[static_cast<std::size_t>(change.kind)];
+}
+
+WrittenListing Written(const InstalledPackageListing& listing)
+{
+    return {listing, &listing.installationDirectory(), TableOf(listing.files()), nullptr, &listing.directories()};
+}
+
+template <typename Path>
+bool ArePlain(const VoDeque<Path>& paths)
+{
+    return std::all_of(paths.begin(), paths.end(), [](const Path& path) { return IsPlainText(Bytes(path)); });
+}
+
+bool IsPlain(const RunNotes& notes)
+{
+    const auto isPlain = [](const PlaceChange& change) {
+        return IsPlainText(Bytes(change.place)) && IsPlainText(Bytes(change.aside));
+    };
+    return IsPlainListing(Written(notes.result)) && IsPlainText(Bytes(notes.before)) &&
+           std::all_of(notes.changes.begin(), notes.changes.end(), isPlain) && ArePlain(notes.made) &&
+           ArePlain(notes.emptied) && ArePlain(notes.leftovers);
+}
+
+template <typename Path>
+void WritePaths(PlainWriter& writer, const char* name, const VoDeque<Path>& paths)
+{
+    WriteItems(writer, name, paths.size(), [&](std::size_t i) {
+        writer.raw("\t\t<path").attribute(attribute::Path, Bytes(Path::Serialize(paths[i]))).raw("/>").endLine();
+    });
+}
+
+// The element of another document, a level deeper.
+void WriteInside(PlainWriter& writer, const VoString& document)
+{
+    writer.indent(1);
+    std::string_view rest = Bytes(document);
+    for (std::size_t end = rest.find('\n'); end != std::string_view::npos; end = rest.find('\n')) {
+        const std::string_view line = rest.substr(0, end);
+        if (line != PlainPrologue)
+            writer.raw(line).endLine();
+        rest.remove_prefix(end + 1);
+    }
+    writer.indent(0);
+}
+
+// The bytes that the general rules would write, without a step for each attribute: the notes have every file of the
+// release, however few of them change.
+bool WritePlain(const VoFilePath& path, const RunNotes& notes)
+{
+    if (!IsPlain(notes))
+        return false;
+    VoAtomicFileWriter file(path);
+    PlainWriter writer(file);
+    writer.raw("<").raw(JournalTag).attribute(BeforeAttribute, Bytes(VoDirectoryPath::Serialize(notes.before)));
+    writer.raw(">").endLine();
+    writer.indent(1);
+    WriteListing(writer, Written(notes.result));
+    writer.indent(0);
+    WriteItems(writer, ChangesTag, notes.changes.size(), [&](std::size_t i) {
+        const PlaceChange& change = notes.changes[i];
+        writer.raw("\t\t<").raw(TagOf(change)).attribute(attribute::Path, Bytes(change.place));
+        writer.attribute(AsideAttribute, Bytes(change.aside)).raw("/>").endLine();
+    });
+    WritePaths(writer, MadeTag, notes.made);
+    WritePaths(writer, EmptiedTag, notes.emptied);
+    WritePaths(writer, LeftoversTag, notes.leftovers);
+    if (notes.result.attributes())
+        WriteInside(writer, DocumentText(tag::Attributes, *notes.result.attributes()));
+    writer.raw("</").raw(JournalTag).raw(">").endLine();
+    writer.flush();
+    file.commit();
+    return true;
+}
+
 void ReadChanges(VoXMLStreamElementLoader& container, VoDeque<PlaceChange>& changes)
 {
     container.processChildren([&changes](VoXMLStreamElementLoader& child) {
@@ -82,16 +162,13 @@ public:
         , m_after(notes.result.installationDirectory())
         , m_before(notes.before)
     {
-        for (const InstalledFileListing& file : notes.result.files())
-            m_files.emplace(ListedFile(file).path(), &file);
-        for (const LinkPlace& link : LinkPlacesOf(notes.result))
-            m_links.emplace(std::string(Bytes(link.place)), link);
     }
 
     // The order matters: a directory comes back when the file in its place is gone, directories that the run made are
     // removed when they are empty, and a file comes back when the directory in its place is gone.
     bool undo()
     {
+        indexResult();
         attempt([&] { findLinksLeft(); });
         if (m_failure)
             return false; // what lies below such a link may be an old file
@@ -138,6 +215,14 @@ private:
             if (!m_failure)
                 m_failure = std::current_exception();
         }
+    }
+
+    void indexResult()
+    {
+        for (const InstalledFileListing& file : m_notes.result.files())
+            m_files.emplace(ListedFile(file).path(), &file);
+        for (const LinkPlace& link : LinkPlacesOf(m_notes.result))
+            m_links.emplace(std::string(Bytes(link.place)), link);
     }
 
     bool isInside(const VoFilePath& path) { return m_after.holds(path) || m_before.holds(path); }
@@ -265,7 +350,7 @@ void RunNotes::writeElements(VoXMLElementWriter& element) const
     {
         const auto container = element.createElement(ChangesTag);
         for (const PlaceChange& change : changes) {
-            const auto child = container->createElement(KindTags[static_cast<std::size_t>(change.kind)]);
+            const auto child = container->createElement(TagOf(change));
             WriteAttribute(*child, attribute::Path, change.place);
             WriteAttribute(*child, AsideAttribute, change.aside);
         }
@@ -331,7 +416,8 @@ void InstallationJournal::begin(const RunNotes& notes) const
     const VoFilePath document = path(Phase::Pending);
     VoFileSystem::CreateDirectory(document.parent(), true);
     AtStep(FileStep::WriteDocument, document.path());
-    WriteDocument(document, JournalTag, notes);
+    if (!WritePlain(document, notes))
+        WriteDocument(document, JournalTag, notes);
     // They took its leftovers over. Killed in between, recovering meets both, and erasing what is gone does nothing.
     remove(Phase::Replaced);
 }
