@@ -6,6 +6,7 @@
 #include <Time/detail/CalendarDate.h>
 #include <Time/detail/DatePattern.h>
 #include <Time/detail/TextScanner.h>
+#include <Time/detail/ZoneData.h>
 
 #include <QtCore/QDateTime>
 #include <QtCore/QTimeZone>
@@ -326,7 +327,7 @@ VoDateTime VoDateTime::FromQDateTime(const QDateTime& dateTime)
     const VoTimePoint instant{VoTimeDuration(VoMilliseconds(dateTime.toMSecsSinceEpoch()))};
     if (dateTime.timeSpec() == Qt::UTC)
         return VoDateTime(instant, Utc);
-    const VoString id(dateTime.timeZone().id().toStdString());
+    const VoString id(ZoneIdOfFramework(dateTime.timeZone().id().toStdString()));
     if (dateTime.timeSpec() == Qt::TimeZone && VoTimeZone::IsKnown(id))
         return VoDateTime(instant, VoTimeZone(id));
     return VoDateTime(instant, Local);
@@ -336,8 +337,8 @@ QDateTime VoDateTime::toQDateTime() const
 {
     const qint64 milliseconds = FloorDivide(m_instant.timeSinceEpoch().count(), 1000000);
     if (representation() == Zone)
-        return QDateTime::fromMSecsSinceEpoch(milliseconds,
-                                              QTimeZone(QByteArray::fromStdString(m_zone.id().toStdString())));
+        return QDateTime::fromMSecsSinceEpoch(
+            milliseconds, QTimeZone(QByteArray::fromStdString(FrameworkZoneId(m_zone.id().toStdString()))));
     return QDateTime::fromMSecsSinceEpoch(milliseconds, isUtc() ? Qt::UTC : Qt::LocalTime);
 }
 

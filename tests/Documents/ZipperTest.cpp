@@ -182,8 +182,6 @@ TEST_F(Zipper, HostileArchivesAreRefusedBeforeAnythingIsWritten)
         {{{"a", "1"}, {"a/b", "2"}}, invalid("a/b")},
         {{{"A/b", "1"}, {"a", "2"}}, invalid("a")},
         {{{"a", "1"}, {"a/", ""}}, invalid("a/")},
-        {{{"link/evil", "x"}}, invalid("link/evil")},
-        {{{"link/", ""}}, invalid("link/")},
         {{{"a", "x", 1}}, "Cannot open zip archive file: Unzip encryption not supported in a"},
         {{{"a", "x", 0, 9}}, "Cannot open zip archive file: Unzip method 9 (deflate64) not supported in a"},
         {{{"a", "1"}, {"b", "1", 0, 0, -1, 0, 0, false, 39}}, "Overlapping entries in zip archive: b"},
@@ -194,6 +192,10 @@ TEST_F(Zipper, HostileArchivesAreRefusedBeforeAnythingIsWritten)
         rows.push_back({{{name, "x"}}, invalid(name)});
     for (const std::string name : {"..\\evil", "\\evil", "./../evil"})
         rows.push_back({{{name, "x"}}, invalid(name)});
+    if (vo::test::CanMakeLinks(m_scratch.native())) {
+        rows.push_back({{{"link/evil", "x"}}, invalid("link/evil")});
+        rows.push_back({{{"link/", ""}}, invalid("link/")});
+    }
     fs::create_directory(m_scratch.native("outside"));
     for (const auto& row : rows) {
         fs::remove_all(m_scratch.native("out"));

@@ -105,6 +105,10 @@ TEST(VoDateTime, ATimeOfAZoneMeansTheInstantsAtWhichItsClocksShowIt)
 {
     std::int64_t skipped = 0, repeated = 0;
     for (const char* name : Zones) {
+        if (!VoTimeZone::IsKnown(name)) {
+            EXPECT_STREQ(name, "Antarctica/Troll") << "which some systems do not know";
+            continue;
+        }
         const VoTimeZone zone{VoString(name)};
         const auto offset = [&](std::int64_t instant) { return At(instant, zone).offsetSeconds(); };
         std::mt19937_64 random(2);
@@ -165,8 +169,10 @@ TEST(VoDateTime, RefusalsOfTheClockAndZonesInTextsAreToldByName)
     const std::string text = parse("2038-03-28 05:00:00");
     EXPECT_EQ(text, "2038-03-28T05:00:00.000000000+02:00[Europe/Berlin]");
     EXPECT_EQ(VoDateTime::Deserialize(VoString(text)).zone(), berlin);
+#if defined(__unix__) // others have no records of mean times
     EXPECT_EQ(At(-2500000000, berlin).toString().toStdString(),
               "1890-10-11T20:26:48.000000000+00:53:28[Europe/Berlin]");
+#endif
     EXPECT_EQ(At(-2500000000, berlin), VoDateTime::Deserialize(At(-2500000000, berlin).toString()));
     for (const char* wrong : {"2024-05-01T12:00:00+02:00[Mars/Phobos]", "2024-05-01T12:00:00+02:00[Europe/Berlin",
                               "2024-05-01T12:00:00+02:00[]", "2024-05-01T12:00:00Z[Europe/Berlin]"})

@@ -17,8 +17,13 @@ using vo::updater::PackageBuilder;
 
 namespace {
 
+#if defined(_WIN32)
+const std::string Mark; // programs bear none
+#else
+const std::string Mark = "[x]";
+#endif
 const Files Old = {{"program", Noise(200, 1)}, {"same", "same"}};
-const Files New = {{"program", "[x]" + Noise(200, 2)}, {"same", "same"}, {"alias", "-> same"}};
+const Files New = {{"program", Mark + Noise(200, 2)}, {"same", "same"}, {"alias", "-> same"}};
 const Files Evil = {{"program", "evil"}};
 
 std::string Flipped(std::string bytes, const std::string& behind)
@@ -201,6 +206,8 @@ TEST_F(TrustAttack, IsRefusedAndNothingChanges)
     options.downloads.stallTimeout = VoMilliseconds(300);
     const Files before = snapshot();
     for (const auto& [name, row] : rows) {
+        if (std::string(name).find("link") != std::string::npos && before.count("place/of/app/alias") == 0)
+            continue; // there are none here
         SCOPED_TRACE(name);
         row.first();
         EXPECT_THAT(attempt(), HasSubstr(row.second));
@@ -304,7 +311,7 @@ TEST_F(TrustAttack, AnotherPublishersPackageTakesNoInstalledOneOver)
     EXPECT_THAT(unsignedRelease(), HasSubstr("Record of the publisher cannot be read"));
     believing.allowOtherPublisher = true;
     EXPECT_EQ(attempt(believing), "");
-    EXPECT_EQ(installed(), "[x]" + Evil.at("program"));
+    EXPECT_EQ(installed(), Mark + Evil.at("program"));
     InstalledPackages::Uninstall(packageID);
     EXPECT_FALSE(VoFileSystem::Exists(pin));
     EXPECT_EQ(unsignedRelease(), "");

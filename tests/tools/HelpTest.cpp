@@ -8,6 +8,7 @@
 
 #include <Updater/VoUpdater.h>
 
+#include <QtCore/QDir>
 #include <cstdio>
 
 using namespace vo::tool;
@@ -78,7 +79,7 @@ TEST(PlanView, TellsByFoldersWhatDoesNotFit)
         testing::internal::CaptureStdout();
         ShowPlanSteps(console, plan, root, rows);
         std::fflush(stdout);
-        return testing::internal::GetCapturedStdout();
+        return QDir::fromNativeSeparators(QString::fromStdString(testing::internal::GetCapturedStdout())).toStdString();
     };
     const std::string all = shown(std::nullopt);
     EXPECT_EQ(CountLines(all), 300u);

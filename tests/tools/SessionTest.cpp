@@ -45,6 +45,7 @@ protected:
 
 TEST_P(Session, GoesAsApproved)
 {
+    VO_SKIP_WITHOUT_SHELL();
     const std::string file = std::string(VO_SESSIONS "/") + GetParam() + ".session";
     vo::test::ExpectApproved(masked(shell(ScriptOf(file)).out), file);
 }

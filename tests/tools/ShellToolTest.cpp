@@ -109,6 +109,7 @@ TEST_F(ShellTool, TestsRunApartAndTellHowTheyEnded)
 
 TEST_F(ShellTool, ATerminalHasCompletionAndHistoryAndCtrlC)
 {
+    VO_SKIP_WITHOUT_SHELL();
     // What is typed is seen before it is carried out; until then Ctrl-C is a key.
     write("endless.vo", "echo begun\nwait 1000\n");
     write("data/vo-shell-history", "of another day\n");

@@ -1,5 +1,6 @@
 #include "VoProgram.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QRegularExpression>
@@ -28,7 +29,7 @@ Outcome Finished(QProcess& process)
     Outcome run;
     run.code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     run.out = process.readAllStandardOutput().toStdString();
-    run.err += process.readAllStandardError().toStdString();
+    run.err += process.readAllStandardError().replace("\r\n", "\n").toStdString();
     return run;
 }
 
@@ -49,7 +50,7 @@ QProcessEnvironment VoProgram::environment() const
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("VOAPPDATAPATH"), path("data"));
     environment.insert(QStringLiteral("PATH"),
-                       QFileInfo(Program()).path() + QLatin1Char(':') + environment.value(QStringLiteral("PATH")));
+                       QFileInfo(Program()).path() + QDir::listSeparator() + environment.value(QStringLiteral("PATH")));
     return environment;
 }
 
@@ -125,11 +126,11 @@ Outcome VoProgram::voUntil(const std::string& arguments, int lines, const std::f
 Outcome VoProgram::expectTold(const Outcome& run, const Told& told) const
 {
     EXPECT_EQ(run.code, told.code) << "vo " << told.arguments << "\n" << run;
-    const std::string error = Q(told.error).replace(QLatin1Char('@'), Q(m_scratch.native().string())).toStdString();
-    QString pattern = QRegularExpression::escape(Q("vo: " + error + "\n"));
+    const QString error = Q(told.error).replace(QLatin1Char('@'), Q(m_scratch.native().string()));
+    QString pattern = QRegularExpression::escape(QDir::fromNativeSeparators(QStringLiteral("vo: %1\n").arg(error)));
     pattern.replace(QStringLiteral("\\*"), QStringLiteral("[^/ ]+"));
-    EXPECT_TRUE(QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(Q(run.err)).hasMatch())
-        << "vo " << told.arguments << "\nwanted: " << error << "\n"
+    EXPECT_TRUE(QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(QDir::fromNativeSeparators(Q(run.err))).hasMatch())
+        << "vo " << told.arguments << "\nwanted: " << told.error << "\n"
         << run;
     return run;
 }

@@ -26,4 +26,9 @@ public:
     static std::shared_ptr<const ZoneData> Load(const std::string& id);
 };
 
+/// The framework's name of a zone. On some systems it knows zones that were renamed by their former names only.
+std::string FrameworkZoneId(const std::string& id);
+/// The identifier of a zone that the framework names so: that of today.
+std::string ZoneIdOfFramework(const std::string& id);
+
 } // namespace vo::detail

@@ -136,4 +136,14 @@ std::shared_ptr<const ZoneData> ZoneData::Load(const std::string& id)
     return RecordedZone::Read(ContentOf(id));
 }
 
+std::string FrameworkZoneId(const std::string& id)
+{
+    return id;
+}
+
+std::string ZoneIdOfFramework(const std::string& id)
+{
+    return id;
+}
+
 } // namespace vo::detail

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <map>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -134,6 +133,14 @@ struct Step
     VoString path;
 };
 
+// In one order on all systems, whatever parts names there.
+bool IsBefore(const std::string& a, const std::string& b)
+{
+    const auto rank = [](char c) { return static_cast<unsigned char>(c == '\\' ? '/' : c); };
+    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
+                                        [&](char x, char y) { return rank(x) < rank(y); });
+}
+
 std::vector<Step> StepsOf(const InstallationPlan& plan, const VoDirectoryPath& directory)
 {
     std::vector<Step> steps;
@@ -144,7 +151,8 @@ std::vector<Step> StepsOf(const InstallationPlan& plan, const VoDirectoryPath& d
         steps.push_back(std::move(step));
     }
     std::stable_sort(steps.begin(), steps.end(), [](const Step& a, const Step& b) {
-        return std::tie(a.folder, a.path.toStdString()) < std::tie(b.folder, b.path.toStdString());
+        return a.folder == b.folder ? IsBefore(a.path.toStdString(), b.path.toStdString())
+                                    : IsBefore(a.folder, b.folder);
     });
     return steps;
 }

@@ -12,6 +12,7 @@
 #include <Updater/detail/documents/UpdaterPaths.h>
 #include <Updater/detail/documents/XMLDocument.h>
 #include <Updater/detail/files/FileActions.h>
+#include <Updater/detail/publish/Publication.h>
 
 #include <algorithm>
 #include <iterator>
@@ -156,8 +157,10 @@ void Clearance::keep(const ReleaseManifest& manifest)
 void Clearance::keepOtherDeclarations(const VoFilePath& except)
 {
     VoFileSystem::ForEachFile(m_folder, false, false, [&](const VoFilePath& file) {
-        // The manifest tells whether a kept copy of a former state still counts.
-        if (file == except || IsCopy(NameOf(file)) || KindOf(file) != FileKind::File || !LooksLikeDeclarations(file))
+        // The manifest tells whether a kept copy of a former state still counts. The lock is ours, and on some systems
+        // nobody reads it meanwhile.
+        const std::string name = NameOf(file);
+        if (file == except || IsCopy(name) || name == Publication::LockName || KindOf(file) != FileKind::File || !LooksLikeDeclarations(file))
             return;
         if (const auto declarations = AdvertisedPackages::Open(file))
             keep(*declarations);
