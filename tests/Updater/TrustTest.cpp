@@ -203,12 +203,15 @@ TEST_F(TrustAttack, IsRefusedAndNothingChanges)
          {[&] { mount(keysOfOther); }, "Keys are not signed by enough of the known ones"}},
         {"the manifest is withheld", {[&] { mount(without(second, "manifest")); }, "Releases are not signed"}},
     };
-    options.downloads.stallTimeout = VoMilliseconds(300);
+    const auto patience = options.downloads.stallTimeout;
     const Files before = snapshot();
     for (const auto& [name, row] : rows) {
         if (std::string(name).find("link") != std::string::npos && before.count("place/of/app/alias") == 0)
             continue; // there are none here
         SCOPED_TRACE(name);
+        options.downloads.stallTimeout = patience;
+        if (std::string(name).find("slow") == 0) // the others may be so on a busy machine
+            options.downloads.stallTimeout = VoMilliseconds(300);
         row.first();
         EXPECT_THAT(attempt(), HasSubstr(row.second));
         Files after = snapshot();
