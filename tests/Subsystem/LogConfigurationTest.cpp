@@ -137,6 +137,9 @@ TEST(LogConfiguration, IsChangedWhileThreadsLogAndNoRecordIsLost)
         records.insert(line.substr(line.find(") ") + 2));
     EXPECT_EQ(records.size(), 900u);
     EXPECT_EQ(records.count("dropped"), 0u);
+    Configure(Configuration::FromText("@stderr=off,@json=" + PathText(folder, "json")));
+    Logger::Get("test keep").warning("for programs");
+    EXPECT_THAT(TextIn(folder.tree("json")), testing::HasSubstr("\"for programs\""));
 }
 
 TEST(LogConfiguration, JSONLinesComeBackAsTheyWereLogged)
