@@ -69,6 +69,29 @@ std::string Edited(std::string text, std::minstd_rand& random)
 
 } // namespace
 
+TEST_F(Patching, APatchThatWouldBeTooLargeIsGivenUpAndOneThatFitsIsTheSame)
+{
+    std::mt19937 random(5);
+    std::string before;
+    std::string after;
+    for (int i = 0; i < 200000; ++i) {
+        before += "0123456789abcdef"[random() % 16]; // compresses to about half
+        after += i < 50000 ? before.back() : "0123456789abcdef"[random() % 16];
+    }
+    for (const PatchWindow& window : {PatchWindow(), PatchWindow{30000, 20000}}) {
+        const std::string whole = patch(before, after, window);
+        const auto make = [&](std::uint64_t mostBytes) {
+            VoFileSystem::Remove(file("patch"));
+            return MakePatch(
+                file("before"), file("after"), file("patch"), [] {}, window, mostBytes);
+        };
+        ASSERT_TRUE(make(whole.size()));
+        EXPECT_EQ(ReadBytes(file("patch")), whole);
+        EXPECT_FALSE(make(whole.size() / 2));
+        EXPECT_FALSE(VoFileSystem::Exists(file("patch")));
+    }
+}
+
 TEST_F(Patching, MakesTheNewContentWhateverWasEdited)
 {
     std::minstd_rand random(7);

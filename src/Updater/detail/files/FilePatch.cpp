@@ -27,6 +27,8 @@ constexpr std::array<std::size_t, 5> FieldSizes = {8, 4, 4, 4, 4};
 constexpr std::size_t HeadSize = 24;
 // Differences are few: the time goes into finding them.
 constexpr int CompressionLevel = 19;
+// Takes a thirtieth of that time, and comes out about a tenth larger.
+constexpr int TrialLevel = 9;
 
 struct Window
 {
@@ -99,17 +101,25 @@ void ChooseOld(Window& window, std::uint64_t at, std::uint64_t oldSize, std::uin
     window.oldOffset = std::min(start, oldSize - window.oldLength);
 }
 
-std::string Packed(const std::string& plain)
+std::string Packed(const std::string& plain, int level = CompressionLevel)
 {
     std::string packed(ZSTD_compressBound(plain.size()), '\0');
     const std::unique_ptr<ZSTD_CCtx, decltype(&ZSTD_freeCCtx)> context(ZSTD_createCCtx(), &ZSTD_freeCCtx);
-    const std::size_t size = context ? ZSTD_compressCCtx(context.get(), &packed[0], packed.size(), plain.data(),
-                                                         plain.size(), CompressionLevel)
-                                     : 0;
+    const std::size_t size =
+        context ? ZSTD_compressCCtx(context.get(), &packed[0], packed.size(), plain.data(), plain.size(), level) : 0;
     if (size == 0 || ZSTD_isError(size))
         throw VoInvalidConversionException("Patch cannot be compressed");
     packed.resize(size);
     return packed;
+}
+
+// Whether instructions will have more bytes in the end. Those of a file that has little of the old one are
+// nearly as many as its bytes, and compressing them well takes longer than all the rest.
+bool IsHopeless(const std::string& plain, std::uint64_t mostBytes)
+{
+    constexpr double leastLeft = 0.85; // by the final level, of what the trial gives, as a rule
+    return plain.size() > mostBytes &&
+           leastLeft * static_cast<double>(Packed(plain, TrialLevel).size()) > static_cast<double>(mostBytes);
 }
 
 // Into a buffer of the length that was promised, and checked: whatever the frame says, no more comes out.
@@ -153,8 +163,8 @@ bool Fits(const Window& window, std::uint64_t oldSize, std::uint64_t newLeft, st
 
 } // namespace
 
-void MakePatch(const VoFilePath& before, const VoFilePath& after, const VoFilePath& patch,
-               const std::function<void()>& between, const PatchWindow& most)
+bool MakePatch(const VoFilePath& before, const VoFilePath& after, const VoFilePath& patch,
+               const std::function<void()>& between, const PatchWindow& most, std::uint64_t mostBytes)
 {
     Source oldFile(before);
     Source newFile(after);
@@ -167,7 +177,10 @@ void MakePatch(const VoFilePath& before, const VoFilePath& after, const VoFilePa
         ChooseOld(window, newFile.position(), oldFile.size(), newFile.size(), most.old);
         const std::string plain =
             FindDifference(oldFile.read(window.oldOffset, window.oldLength), newFile.read(window.newLength));
+        if (IsHopeless(plain, mostBytes))
+            return false;
         const std::string packed = Packed(plain);
+        mostBytes -= std::min<std::uint64_t>(mostBytes, packed.size());
         window.plainLength = plain.size();
         window.packedLength = packed.size();
         const std::string head = HeadOf(window);
@@ -175,6 +188,7 @@ void MakePatch(const VoFilePath& before, const VoFilePath& after, const VoFilePa
         writer.write(packed.data(), packed.size());
     }
     writer.commit();
+    return true;
 }
 
 void ApplyPatch(const VoFilePath& before, const VoFilePath& patch, std::uint64_t size,

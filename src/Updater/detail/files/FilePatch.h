@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 
 namespace vo::updater::detail {
 
@@ -23,11 +24,13 @@ struct PatchWindow
 };
 
 /// Writes to `patch` what makes the file `after` of the file `before`, and calls `between` before each window. Takes
-/// about 250 MB of memory at most.
+/// about 250 MB of memory at most. False, and nothing is written, where a trial tells that the patch would have more
+/// than `mostBytes`; one that has a few more may be written all the same.
 /// @throws VoFileException for a file that cannot be read or written
 /// @throws VoInvalidConversionException "Patch cannot be compressed", for want of memory
-VOCORE_PRIVATE_EXPORT void MakePatch(const VoFilePath& before, const VoFilePath& after, const VoFilePath& patch,
-                                     const std::function<void()>& between, const PatchWindow& most = PatchWindow());
+VOCORE_PRIVATE_EXPORT bool MakePatch(const VoFilePath& before, const VoFilePath& after, const VoFilePath& patch,
+                                     const std::function<void()>& between, const PatchWindow& most = PatchWindow(),
+                                     std::uint64_t mostBytes = std::numeric_limits<std::uint64_t>::max());
 
 /// Makes a file of `size` bytes of another one and a patch, and hands it out piece by piece. Whoever made the patch:
 /// takes no more than about 130 MB of memory, and hands out no more than `size` bytes.

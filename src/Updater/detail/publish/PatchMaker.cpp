@@ -239,9 +239,11 @@ std::optional<ReleasePatches::Patch> PatchMaker::make(const VoUUID& id, const Jo
     patch.before = {SizeOf(*job.before), job.before->checksum()};
     patch.after = {SizeOf(after), after.checksum()};
     const VoFilePath file = path(patch);
-    MakePatch(old, m_sources.at(after.target()), file, between);
+    const auto mostBytes = static_cast<std::uint64_t>(WorthwhileShare * static_cast<double>(compressedSize(after)));
+    if (!MakePatch(old, m_sources.at(after.target()), file, between, PatchWindow(), mostBytes))
+        return std::nullopt;
     patch.size = VoFileSystem::FileSize(file);
-    if (static_cast<double>(patch.size) > WorthwhileShare * static_cast<double>(compressedSize(after))) {
+    if (patch.size > mostBytes) {
         VoFileSystem::Remove(file);
         return std::nullopt;
     }
