@@ -263,6 +263,9 @@ TEST_F(History, IsEmptiedWhenTheWayBackFailsToo)
     EXPECT_EQ(log.count(vo::logging::Level::Error, "actions", "Cannot take back \"x\", the history is emptied: stuck"),
               1u);
     EXPECT_NO_THROW(stack.push(Typed(document, 'b')));
+    stack.setClean();
+    stack.clear();
+    EXPECT_TRUE(stack.state() == VoUndoStack().state() && stack.isClean());
 }
 
 TEST(VoUndoStack, MayEndBeforeItsGroups)
