@@ -4,7 +4,7 @@
 #
 # The sysroot stands outside the tree under a name that tells its inputs (this script and the versions of compiler and
 # framework), so it is made once. VOCORE_WINDOWS_SYSROOT names a ready one instead. The machine's own lists of packages
-# stay as they are: the list of sources is this script's own.
+# stay as they are: the list of sources is this script's own. Where the sources cannot be had it ends with 3.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -42,6 +42,8 @@ work=$cache/work-$key # what an interrupted run had made is taken
 mkdir -p "$work/done" "$work/apt/lists/partial" "$work/apt/cache/archives/partial" "$sysroot"/{bin,include,lib/pkgconfig}
 log=$work/log
 
+cannot_fetch() { printf 'NOT BUILT: %s\n' "$*" >&2; exit 3; }
+
 # step TEXT COMMAND: one line on the way; the output only when it fails. What is done is not done again.
 step() {
     local status
@@ -52,6 +54,7 @@ step() {
     (set -e; "$@") >>"$log" 2>&1
     status=$?
     set -e
+    [ "$status" -ne 3 ] || cannot_fetch "the sources of the Windows libraries cannot be had (all of it in $log)"
     [ "$status" -eq 0 ] || { tail -n 40 "$log" >&2; fail "$* (all of it in $log)"; }
     touch "$work/done/$1"
 }
@@ -60,13 +63,13 @@ fetch_sources() {
     local suite mirror
     suite=$(. /etc/os-release && printf '%s' "$VERSION_CODENAME")
     mirror=$(apt-get indextargets --format '$(SITE)' 'Created-By: Packages' "Codename: $suite" 'Component: main' | sed -n 1p)
-    [ -n "$mirror" ] || fail "apt-get knows no mirror of $suite"
+    [ -n "$mirror" ] || cannot_fetch "apt-get knows no mirror of $suite"
     printf 'deb-src %s %s main\n' "$mirror" "$suite" >"$work/apt/sources.list"
     local own=(-o Dir::Etc::sourcelist="$work/apt/sources.list" -o Dir::Etc::sourceparts=- -o Dir::State::lists="$work/apt/lists"
         -o Dir::Cache="$work/apt/cache" -o APT::Sandbox::User=)
-    apt-get "${own[@]}" update
+    apt-get "${own[@]}" -o APT::Update::Error-Mode=any update || return 3
     cd "$work"
-    apt-get "${own[@]}" source --download-only "${sources[@]}" # checks signatures and sums by apt's own lists
+    apt-get "${own[@]}" source --download-only "${sources[@]}" || return 3 # checks signatures and sums by apt's own lists
     local name
     for name in "${sources[@]}"; do
         dpkg-source --no-copy -x "$name"_*.dsc "$name"

@@ -19,7 +19,7 @@ namespace vo::updater::detail {
 
 namespace {
 
-constexpr std::string_view Magic = "vo-seen\n";
+constexpr std::string_view Beginning = "vo-seen\n";
 constexpr std::size_t NumbersOfStamp = 5;
 constexpr std::size_t StampSize = NumbersOfStamp * sizeof(std::uint64_t);
 constexpr std::size_t DigestSize = 32;
@@ -68,9 +68,9 @@ std::string DigestBytes(std::string_view bytes)
 // The stamps in what was kept for a listing with that stamp; none of another listing, and of damaged bytes.
 std::string StampsIn(std::string_view bytes, const FileStamp& listing)
 {
-    constexpr std::size_t head = Magic.size() + StampSize;
+    constexpr std::size_t head = Beginning.size() + StampSize;
     if (bytes.size() < head + DigestSize || (bytes.size() - head - DigestSize) % StampSize != 0 ||
-        bytes.substr(0, Magic.size()) != Magic || !(StampAt(bytes, Magic.size()) == listing))
+        bytes.substr(0, Beginning.size()) != Beginning || !(StampAt(bytes, Beginning.size()) == listing))
         return {};
     const std::string_view kept = bytes.substr(0, bytes.size() - DigestSize);
     const bool isWhole = DigestBytes(kept) == bytes.substr(kept.size());
@@ -96,8 +96,8 @@ std::string BytesOf(const VoFilePath& listing, const SeenFiles::Stamps& stamps, 
     const std::optional<FileStamp> listed = StampOf(listing);
     if (!newest || !listed)
         return {};
-    std::string bytes(Magic);
-    bytes.reserve(Magic.size() + (stamps.size() + 1) * StampSize + DigestSize);
+    std::string bytes(Beginning);
+    bytes.reserve(Beginning.size() + (stamps.size() + 1) * StampSize + DigestSize);
     Append(bytes, *listed);
     bool isAnySure = false;
     for (const auto& stamp : stamps) {
