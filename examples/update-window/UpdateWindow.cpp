@@ -2,7 +2,6 @@
 
 #include <Core/VoExceptionText.h>
 #include <Updater/InstalledPackages.h>
-#include <Updater/TrustedReleases.h>
 #include <Updater/UpdateMessages.h>
 
 #include <QtCore/QCoreApplication>
@@ -14,24 +13,6 @@
 
 using namespace vo::updater;
 
-namespace {
-
-// Reads the release anew: what is installed is what is verified here.
-void Install(const PackageUpdate& update, const VoStopFlag& stop)
-{
-    const VoLocation declarations = update.source->declared();
-    const auto releases = TrustedReleases::Open(declarations, TrustPolicy(), stop);
-    auto release = releases.open(releases.newest(update.packageID));
-    InstallationOptions options;
-    options.refuseForeignFiles = options.refuseOlder = true;
-    options.proof = release.proof;
-    const VoDirectoryPath directory = InstalledPackages::Package(update.packageID)->installationDirectory();
-    InstalledPackages::Install(std::move(release.package), release.definition, directory, stop, options);
-    PackageSources::Record(update.packageID, {release.definition, declarations});
-}
-
-} // namespace
-
 UpdateWindow::UpdateWindow()
 {
     setWindowTitle(QStringLiteral("Updates"));
@@ -42,7 +23,7 @@ UpdateWindow::UpdateWindow()
     for (QPushButton* const button : {&m_look, &m_install, &m_cancel})
         layout->addWidget(button, 2, layout->count() - 2);
     connect(&m_look, &QPushButton::clicked, this, [this] {
-        run(QStringLiteral("Looking for updates"), false, [this](const VoStopFlag& stop) {
+        run(QStringLiteral("Looking for updates"), [this](const VoStopFlag& stop) {
             VoString text;
             VoDeque<PackageUpdate> found;
             for (const PackageUpdate& update : InstalledPackages::UpdatesAvailable(stop)) {
@@ -57,9 +38,11 @@ UpdateWindow::UpdateWindow()
         });
     });
     connect(&m_install, &QPushButton::clicked, this, [this] {
-        run(QStringLiteral("Installing"), true, [found = std::exchange(m_found, {})](const VoStopFlag& stop) {
+        run(QStringLiteral("Installing"), [found = std::exchange(m_found, {})](const VoStopFlag& stop) {
+            InstallationOptions options;
+            options.refuseForeignFiles = true;
             for (const PackageUpdate& update : found)
-                Install(update, stop);
+                InstalledPackages::Update(update.packageID, stop, TrustPolicy(), options);
             return QStringLiteral("Installed");
         });
     });
@@ -84,22 +67,19 @@ UpdateWindow::~UpdateWindow()
 }
 
 // What the work gives, or why it ended, is what the window says then.
-void UpdateWindow::run(const QString& doing, bool changes, std::function<QString(const VoStopFlag&)> work)
+void UpdateWindow::run(const QString& doing, std::function<QString(const VoStopFlag&)> work)
 {
     m_stop = VoStopFlag();
     tell(doing, true);
-    m_work = std::async(std::launch::async, [this, work = std::move(work), stop = m_stop, changes]() mutable {
+    m_work = std::async(std::launch::async, [this, work = std::move(work), stop = m_stop] {
         QString text;
         try {
             text = work(stop);
         } catch (...) {
-            changes = false;
-            text = QStringLiteral("Failed: %1").arg(vo::CurrentExceptionText().toQString());
+            text = stop.isStopped() ? QStringLiteral("Cancelled; what was installed stays as it was")
+                                    : QStringLiteral("Failed: %1").arg(vo::CurrentExceptionText().toQString());
         }
-        post([this, text, stop, changes] {
-            tell(stop.isStopped() && !changes ? QStringLiteral("Cancelled; what was installed stays as it was") : text,
-                 false);
-        });
+        post([this, text] { tell(text, false); });
     });
 }
 

@@ -23,7 +23,7 @@ public:
     bool isBusy() const { return m_cancel.isEnabled(); }
 
 private:
-    void run(const QString& doing, bool changes, std::function<QString(const VoStopFlag&)> work);
+    void run(const QString& doing, std::function<QString(const VoStopFlag&)> work);
     void tell(const QString& text, bool isBusy);
     void post(std::function<void()> function); ///< To the window's thread, from any.
 

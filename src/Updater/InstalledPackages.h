@@ -188,9 +188,7 @@ public:
     /// @{
     /// Asks, for one installed package or for each in turn, where it came from (PackageSources) for the newest release
     /// that is offered to this installation; TrustedReleases with the policy reads and verifies. Whatever goes wrong
-    /// with one package is its failure() text and does not keep the others from being asked. Changes nothing. A release
-    /// that is found is installed with its definition and proof from TrustedReleases::open(); documents may have
-    /// changed in the meantime.
+    /// with one package is its failure text and does not keep the others from being asked. Changes nothing.
     /// @throws VoUserCancelledException when the flag is raised; and, for all packages, what Packages() throws
     static PackageUpdate UpdatesAvailable(const VoUUID& packageID, VoStopFlag stop = VoStopFlag(),
                                           const TrustPolicy& policy = TrustPolicy(),
@@ -208,6 +206,16 @@ public:
     UpdatesAvailableAsync(std::function<void(const VoDeque<PackageUpdate>&)> callback, VoStopFlag stop = VoStopFlag(),
                           const TrustPolicy& policy = TrustPolicy(),
                           const VoDownloadPolicy& downloads = VoDownloadPolicy());
+
+    /// Installs the newest release of an installed package that is offered to this installation, from where the package
+    /// came and into the directory that it is in, and records its place. The documents are read and verified anew: what
+    /// is installed may be newer than what UpdatesAvailable() found. Installing what is installed already mends it.
+    /// The options hold but for two: a release older than the installed one is always refused, and the proof is that of
+    /// the release.
+    /// @throws VoInvalidCallException "it is not recorded where the package was installed from"
+    /// @throws VoInstallationFailedException as Install does; and what Package and TrustedReleases throw
+    static void Update(const VoUUID& packageID, VoStopFlag stop, const TrustPolicy& policy = TrustPolicy(),
+                       const InstallationOptions& options = InstallationOptions());
 
     /// @{ A registry object is only made by reading one; see the static operations.
     InstalledPackages();

@@ -16,16 +16,20 @@ bool IsUpdate(const AbstractPackage& offered, const InstalledPackageListing& ins
            (offered.version() == installed.version() && offered.versionID() != installed.versionID());
 }
 
+PackageSource RequiredSource(const VoUUID& packageID)
+{
+    auto source = PackageSources::Recorded(packageID);
+    if (!source)
+        throw VoInvalidCallException("it is not recorded where the package was installed from");
+    return *std::move(source);
+}
+
 void LookForUpdate(PackageUpdate& update, const TrustPolicy& policy, VoStopFlag stop, const VoDownloadPolicy& downloads)
 {
     const auto installed = InstalledPackages::Package(update.packageID);
     update.name = installed->name();
     update.installed = installed->version();
-    update.source = PackageSources::Recorded(update.packageID);
-    if (!update.source) {
-        update.failure = "it is not recorded where the package was installed from";
-        return;
-    }
+    update.source = RequiredSource(update.packageID);
     const VoLocation document = update.source->declared();
     const auto releases = TrustedReleases::Open(document, policy, stop, downloads);
     if (releases.declarations() == nullptr)
@@ -53,6 +57,20 @@ PackageUpdate InstalledPackages::UpdatesAvailable(const VoUUID& packageID, VoSto
         update.failure = failure.message();
     }
     return update;
+}
+
+void InstalledPackages::Update(const VoUUID& packageID, VoStopFlag stop, const TrustPolicy& policy,
+                               const InstallationOptions& options)
+{
+    const VoDirectoryPath directory = Package(packageID)->installationDirectory();
+    const VoLocation declarations = RequiredSource(packageID).declared();
+    const auto releases = TrustedReleases::Open(declarations, policy, stop, options.downloads);
+    TrustedReleases::Release release = releases.open(releases.newest(packageID));
+    InstallationOptions ofUpdate = options;
+    ofUpdate.refuseOlder = true;
+    ofUpdate.proof = std::move(release.proof);
+    Install(std::move(release.package), release.definition, directory, stop, ofUpdate);
+    PackageSources::Record(packageID, {release.definition, declarations});
 }
 
 VoDeque<PackageUpdate> InstalledPackages::UpdatesAvailable(VoStopFlag stop, const TrustPolicy& policy,
