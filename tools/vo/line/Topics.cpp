@@ -40,11 +40,14 @@ TextRows Files()
         {"updates/installed/packages.xml", "in the application data directory: the registry of what is installed"},
         {"updates/installed/PACKAGE.xml", "one listing for each installed package"},
         {"updates/installed/PACKAGE.pin", "its publisher's keys, where its releases are signed"},
+        {"updates/installed/PACKAGE.seen", "what the system told of its files when they were found right"},
         {"updates/installed/rollout.id", "this installation's number in roll-outs"},
         {"updates/download/PACKAGE/", "chunks of an installation under way"},
         {"updates/staged/", "releases that are staged, for vo commit"},
         {"updates/sources/PACKAGE.txt", "where the package was installed from, for vo repair and vo update"},
         {"vo-shell-history", "what was typed at vo shell"},
+        {".packages.seen", "beside declarations.xml: what the system told of the files that were published"},
+        {".packages.lock", "there too: held while somebody publishes"},
     };
 }
 

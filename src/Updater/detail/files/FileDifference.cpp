@@ -33,20 +33,33 @@ void AppendLength(std::string& to, std::size_t length)
         to += static_cast<char>(length >> shift);
 }
 
-// Finds the places where the old content begins as given bytes do, by the first eight of them.
+std::size_t CommonLength(std::string_view a, std::string_view b)
+{
+    const std::size_t most = std::min(a.size(), b.size());
+    std::size_t length = 0;
+    while (length + 8 <= most && std::memcmp(a.data() + length, b.data() + length, 8) == 0)
+        length += 8;
+    while (length < most && a[length] == b[length])
+        ++length;
+    return length;
+}
+
+// Finds the places where the old content begins as given bytes do, by the first eight of them. Every second place is
+// known, which halves the table: what a match found one byte later misses in front is added to it afterwards.
 class OldContent
 {
 public:
     explicit OldContent(std::string_view bytes)
-        : m_bytes(bytes)
-        , m_hashBits(hashBitsFor(bytes.size()))
+        : m_bytes(bytes.substr(0, MostKnown * Step))
+        , m_hashBits(hashBitsFor(m_bytes.size() / Step))
         , m_newest(std::size_t{1} << m_hashBits)
-        , m_before(bytes.size())
+        , m_before(m_bytes.size() / Step + 1)
     {
-        for (std::size_t at = 0; at + Seed <= bytes.size(); ++at) {
-            std::uint32_t& newest = m_newest[hash(bytes.data() + at)];
-            m_before[at] = newest;
-            newest = static_cast<std::uint32_t>(at + 1);
+        for (std::size_t number = 0; number * Step + Seed <= m_bytes.size(); ++number) {
+            const std::uint64_t hash = hashOf(m_bytes.data() + number * Step);
+            std::uint32_t& newest = m_newest[slot(hash)];
+            m_before[number] = newest;
+            newest = static_cast<std::uint32_t>(number + 1) << TagBits | tag(hash);
         }
     }
 
@@ -66,42 +79,51 @@ public:
         if (wanted.size() < Seed)
             return best;
         wanted = wanted.substr(0, longest);
-        std::uint32_t next = m_newest[hash(wanted.data())];
+        const std::uint64_t hash = hashOf(wanted.data());
+        std::uint32_t next = m_newest[slot(hash)];
         for (int tried = 0; next != 0 && tried < mostTried && best.length < wanted.size(); ++tried) {
-            const std::size_t at = next - 1;
-            const std::string_view there = m_bytes.substr(at, wanted.size());
-            const auto end = std::mismatch(there.begin(), there.end(), wanted.begin()).first;
-            const auto length = static_cast<std::size_t>(end - there.begin());
+            const std::size_t number = (next >> TagBits) - 1;
+            const std::size_t length = (next & TagMask) == tag(hash)
+                                           ? CommonLength(m_bytes.substr(number * Step), wanted)
+                                           : 0; // told without a look at the content, which lies anywhere
             if (length > best.length)
-                best = {at, length};
-            next = m_before[at];
+                best = {number * Step, length};
+            next = m_before[number];
         }
         return best;
     }
 
 private:
     static constexpr std::size_t Seed = 8;
+    static constexpr std::size_t Step = 2;
+    static constexpr unsigned TagBits = 8;
+    static constexpr std::uint32_t TagMask = (1U << TagBits) - 1;
+    static constexpr std::size_t MostKnown = (std::size_t{1} << (32 - TagBits)) - 1;
 
     // Few for small contents, which are many: a table costs its size to begin with.
-    static int hashBitsFor(std::size_t size)
+    static int hashBitsFor(std::size_t places)
     {
         constexpr int most = 22;
         int bits = 8;
-        while (bits < most && size >> bits > 0)
+        while (bits < most && places >> bits > 0)
             ++bits;
         return bits;
     }
 
-    std::size_t hash(const char* bytes) const
+    static std::uint64_t hashOf(const char* bytes)
     {
         std::uint64_t word = 0;
         std::memcpy(&word, bytes, Seed);
-        return static_cast<std::size_t>((word * 0x9E3779B97F4A7C15u) >> (64 - m_hashBits));
+        return word * 0x9E3779B97F4A7C15u;
     }
+
+    std::size_t slot(std::uint64_t hash) const { return static_cast<std::size_t>(hash >> (64 - m_hashBits)); }
+    static std::uint32_t tag(std::uint64_t hash) { return static_cast<std::uint32_t>(hash >> 32) & TagMask; }
 
     const std::string_view m_bytes;
     const int m_hashBits;
-    std::vector<std::uint32_t> m_newest; // by hash: a place + 1, 0 for none
+    // Both have a number of a place, from 1, and some bits more of its hash; 0 for none.
+    std::vector<std::uint32_t> m_newest; // by hash
     std::vector<std::uint32_t> m_before; // by place: the one before with the same hash
 };
 
