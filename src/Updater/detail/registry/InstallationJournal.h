@@ -29,7 +29,7 @@ struct PlaceChange
 };
 
 /// What a run is going to do, noted before it does the first of it.
-class RunNotes final : public XMLObject
+class VOCORE_PRIVATE_EXPORT RunNotes final : public XMLObject
 {
 public:
     RunNotes() = default;
