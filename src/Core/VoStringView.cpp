@@ -191,3 +191,6 @@ std::size_t std::hash<VoStringView>::operator()(const VoStringView& view) const 
 {
     return vo::detail::HashFolded(BytesOf(view), *vo::detail::RecordOf(view.locale()));
 }
+
+// On Windows no object of the library would have it otherwise, for those who refer to it.
+constexpr std::size_t VoStringView::npos; // NOLINT(readability-redundant-declaration)

@@ -45,6 +45,9 @@ VoStringView ViewFrom(const VoString& text, std::size_t position)
 
 } // namespace
 
+// On Windows no object of the library would have it otherwise, for those who refer to it.
+constexpr std::size_t VoFilePath::MaximumLength; // NOLINT(readability-redundant-declaration)
+
 VoFilePath::VoFilePath() = default;
 VoFilePath::VoFilePath(const VoString& text)
     : VoFilePath(CreateUnchecked(NormalisedPath(text)))

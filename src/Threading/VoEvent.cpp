@@ -15,3 +15,6 @@ bool VoEvent::mergeable() const
 void VoEvent::merge(const VoEvent&) {}
 
 void VoEvent::run() {}
+
+// On Windows no object of the library would have it otherwise, for those who refer to it.
+constexpr std::int32_t VoEvent::ABORT; // NOLINT(readability-redundant-declaration)

@@ -26,6 +26,9 @@ void WriteTargets(VoXMLElementWriter& element, const char* name, const VoDeque<V
 
 } // namespace
 
+// On Windows no object of the library would have it otherwise, for those who refer to it.
+constexpr const char* ReleaseAttributes::FileName; // NOLINT(readability-redundant-declaration)
+
 ReleaseAttributes::ReleaseAttributes() = default;
 
 ReleaseAttributes::ReleaseAttributes(const VoUUID& package, const VoUUID& version)

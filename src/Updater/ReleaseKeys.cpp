@@ -34,6 +34,12 @@ bool IsSame(const ReleaseKeys::Key& a, const ReleaseKeys::Key& b)
 
 } // namespace
 
+// On Windows no object of the library would have them otherwise, for those who refer to them.
+// NOLINTBEGIN(readability-redundant-declaration)
+constexpr std::uint64_t ReleaseKeys::LargestNumber;
+constexpr std::uint64_t ReleaseKeys::LargestSize;
+// NOLINTEND(readability-redundant-declaration)
+
 ReleaseKeys::ReleaseKeys() = default;
 ReleaseKeys::ReleaseKeys(const ReleaseKeys& other) = default;
 ReleaseKeys::ReleaseKeys(ReleaseKeys&& other) noexcept = default;

@@ -111,6 +111,14 @@ void ValidateRelease(const ReleaseManifest::Release& release)
 
 } // namespace
 
+// On Windows no object of the library would have them otherwise, for those who refer to them.
+// NOLINTBEGIN(readability-redundant-declaration)
+constexpr const char* ReleaseManifest::FileName;
+constexpr std::uint64_t ReleaseManifest::WholeShare;
+constexpr std::uint64_t ReleaseManifest::LargestSerial;
+constexpr std::uint64_t ReleaseManifest::LargestSize;
+// NOLINTEND(readability-redundant-declaration)
+
 bool ReleaseManifest::Release::isOfferedTo(std::uint64_t place) const
 {
     return place < share;

@@ -60,6 +60,14 @@ ReleasePatches::Patch ReadPatch(VoXMLStreamElementLoader& element)
 
 } // namespace
 
+// On Windows no object of the library would have them otherwise, for those who refer to them.
+// NOLINTBEGIN(readability-redundant-declaration)
+constexpr const char* ReleasePatches::FileName;
+constexpr const char* ReleasePatches::Directory;
+constexpr const char* ReleasePatches::Suffix;
+constexpr std::uint64_t ReleasePatches::LargestSize;
+// NOLINTEND(readability-redundant-declaration)
+
 bool ReleasePatches::Content::isOf(const AbstractFileListing& file) const
 {
     return file.size().bytes() >= 0 && static_cast<std::uint64_t>(file.size().bytes()) == size &&

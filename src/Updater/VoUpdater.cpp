@@ -28,6 +28,14 @@ SystemDirectory& Override()
 
 } // namespace
 
+// On Windows no object of the library would have them otherwise, for those who refer to them.
+// NOLINTBEGIN(readability-redundant-declaration)
+constexpr const char* VoUpdater::ReleaseChannel;
+constexpr const char* VoUpdater::BetaChannel;
+constexpr const char* VoUpdater::ReleasePackagesDirectory;
+constexpr const char* VoUpdater::BetaPackagesDirectory;
+// NOLINTEND(readability-redundant-declaration)
+
 VoDirectoryPath VoUpdater::UpdateSystemDirectory()
 {
     SystemDirectory& place = Override();

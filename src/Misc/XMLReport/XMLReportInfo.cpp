@@ -26,6 +26,9 @@ bool Differ(double sensitivity, double first)
 
 } // namespace
 
+// On Windows no object of the library would have it otherwise, for those who refer to it.
+constexpr std::int32_t XMLReportInfo::NominalCase; // NOLINT(readability-redundant-declaration)
+
 YString XMLReportInfo::Parameter::description() const
 {
     const bool terminalOfPart = !refdes.isEmpty() && !terminal.isEmpty() && param.isEmpty() && devparam.isEmpty();
