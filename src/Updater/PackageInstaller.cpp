@@ -334,8 +334,9 @@ void PackageInstaller::addFilesNotInPlace(const InstalledPackageListing& install
     ForEachTogether(files.size(), [&](std::size_t i) {
         const auto number = static_cast<FileTable::Number>(i);
         const FileTable::Number record = records.find(advertised, number);
-        isThere[i] = areTargetsSafe && record != FileTable::None &&
-                     IsThere(ListedFile(records, record), installationDirectory(), advertised.path(number));
+        const bool isIntact = areTargetsSafe && record != FileTable::None &&
+                              IsThere(ListedFile(records, record), installationDirectory(), advertised.path(number));
+        isThere[i] = isIntact ? 1 : 0;
     });
     for (const AdvertisedFileListing& file : files) {
         const FileTable::Number number = ListedFile(file).number;
