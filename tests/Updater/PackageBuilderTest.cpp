@@ -569,9 +569,8 @@ TEST_F(PackageBuilding, ReleasesShareTheChunksOfUnchangedFiles)
     EXPECT_LT(shared, all);
 
     // A damaged chunk, which is one file for all its releases, goes no further; neither does one that is gone.
-    const auto found = std::find_if(fifth.chunks().begin(), fifth.chunks().end(), [&](const ChunkListing& chunk) {
-        return areOne("1.3.0.0", "1.4.0.0", chunk);
-    });
+    const auto found = std::find_if(fifth.chunks().begin(), fifth.chunks().end(),
+                                    [&](const ChunkListing& chunk) { return areOne("1.3.0.0", "1.4.0.0", chunk); });
     ASSERT_NE(found, fifth.chunks().end());
     const ChunkListing damaged = *found;
     WriteBytes(fileOf("1.4.0.0", damaged), "damaged");

@@ -129,7 +129,9 @@ Outcome VoProgram::expectTold(const Outcome& run, const Told& told) const
     const QString error = Q(told.error).replace(QLatin1Char('@'), Q(m_scratch.native().string()));
     QString pattern = QRegularExpression::escape(QDir::fromNativeSeparators(QStringLiteral("vo: %1\n").arg(error)));
     pattern.replace(QStringLiteral("\\*"), QStringLiteral("[^/ ]+"));
-    EXPECT_TRUE(QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(QDir::fromNativeSeparators(Q(run.err))).hasMatch())
+    EXPECT_TRUE(QRegularExpression(QRegularExpression::anchoredPattern(pattern))
+                    .match(QDir::fromNativeSeparators(Q(run.err)))
+                    .hasMatch())
         << "vo " << told.arguments << "\nwanted: " << told.error << "\n"
         << run;
     return run;

@@ -14,6 +14,7 @@
 
 #include <optional>
 #include <string>
+#include <unordered_map>
 
 namespace vo::updater::detail {
 
@@ -30,7 +31,7 @@ public:
         if (!installed)
             return;
         for (const LinkPlace& link : LinkPlacesOf(*installed))
-            m_links.emplace(Bytes(link.place));
+            m_links.emplace(Bytes(link.place), link);
     }
 
     const InstalledFileListing* find(const VoUUID& id, const VoFilePath& place)
@@ -49,12 +50,17 @@ public:
         return number ? &m_installed->files()[*number] : nullptr;
     }
 
-    bool isLink(const VoFilePath& place) const { return m_links.count(std::string(Bytes(place))) > 0; }
+    // Whether a link of the release, or its copy, is there; in its place may be what somebody else has put there.
+    bool isLink(const VoFilePath& place) const
+    {
+        const auto found = m_links.find(std::string(Bytes(place)));
+        return found != m_links.end() && IsReplaceable(found->second);
+    }
 
 private:
     const InstalledPackageListing* m_installed;
     std::optional<PathIndex> m_index;
-    std::unordered_set<std::string> m_links;
+    std::unordered_map<std::string, LinkPlace> m_links; // by place
 };
 
 } // namespace

@@ -160,7 +160,8 @@ void Clearance::keepOtherDeclarations(const VoFilePath& except)
         // The manifest tells whether a kept copy of a former state still counts. The lock is ours, and on some systems
         // nobody reads it meanwhile.
         const std::string name = NameOf(file);
-        if (file == except || IsCopy(name) || name == Publication::LockName || KindOf(file) != FileKind::File || !LooksLikeDeclarations(file))
+        if (file == except || IsCopy(name) || name == Publication::LockName || KindOf(file) != FileKind::File ||
+            !LooksLikeDeclarations(file))
             return;
         if (const auto declarations = AdvertisedPackages::Open(file))
             keep(*declarations);
