@@ -68,7 +68,7 @@ run_test() {
     program=$(find "$built/tests" -name "VoCore${name}Tests.exe")
     [ -n "$program" ] || fail "no test program of the name $name"
     GTEST_FILTER=${GTEST_FILTER:-$(left_out "$name")} HOME=$built/wine/home WINEPREFIX=$built/wine/wine \
-        timeout --kill-after=10 900 wine "$program" --gtest_output="xml:$(windows_path "$report")" \
+        timeout --kill-after=10 420 wine "$program" --gtest_output="xml:$(windows_path "$report")" \
         >"$built/reports/$name.log" 2>&1 || true
     if passed "$report"; then
         say "$name: $(sed -n 's/^<testsuites tests="\([0-9]*\)".*time="\([0-9.]*\)".*/\1 cases, \2 s/p' "$report")"
@@ -99,7 +99,13 @@ run_tests() {
         run_test "$name" &
     done
     wait
-    for name in "${names[@]}"; do passed "$built/reports/$name.xml" || failed+=("$name"); done
+    for name in "${names[@]}"; do
+        passed "$built/reports/$name.xml" && continue
+        say "$name once more, with the machine to itself: times are Wine's as well"
+        mv "$built/reports/$name.log" "$built/reports/$name.first.log"
+        run_test "$name"
+        passed "$built/reports/$name.xml" || failed+=("$name")
+    done
     [ "${#failed[@]}" -eq 0 ] || fail "under Wine: ${failed[*]}"
 }
 
