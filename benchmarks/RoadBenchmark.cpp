@@ -17,6 +17,7 @@
 
 #include <QtCore/QByteArray>
 #include <QtCore/QCryptographicHash>
+#include <QtCore/QString>
 
 #include <benchmark/benchmark.h>
 
@@ -41,7 +42,6 @@ using vo::updater::AdvertisedFileListing;
 using vo::updater::AdvertisedPackageListing;
 using vo::updater::ChunkListing;
 using vo::updater::ChunkReferenceListing;
-using vo::updater::VoUpdater;
 
 std::vector<double> Times(const std::vector<std::function<void()>>& ways)
 {
@@ -169,9 +169,9 @@ void Definitions()
     row.ratio = costs[0].processor;
     row.atMost = 0.5;
     PrintRow(row);
-    ResultRow memory{"memory of it, in MB"};
-    memory.ratio = static_cast<double>(costs[0].peak - costs[1].peak) / 1024;
-    memory.ours = VoString(std::round(memory.ratio)).toStdString() + " MB";
+    const double megabytes = static_cast<double>(costs[0].peak - costs[1].peak) / 1024;
+    ResultRow memory{"memory of it, in MB", std::to_string(std::lround(megabytes)) + " MB"};
+    memory.ratio = megabytes;
     memory.atMost = 100;
     PrintRow(memory);
 }
