@@ -353,9 +353,10 @@ void PrintPeak(const Job& job, const QString& served, double atMost)
 /// A row of wall times; without two free cores there is no ratio.
 void PrintWall(const std::string& job, double ours, double peer, const char* name, double atLeast, double atMost)
 {
+    const bool isThere = !QStandardPaths::findExecutable(QString::fromLatin1(name)).isEmpty();
     const double ratio = atMost > 0 ? ours / peer : peer / ours;
-    PrintRow({job, Milliseconds(ours), "-", Milliseconds(peer) + " " + name, HasTwoFreeCores() ? ratio : 0, atLeast,
-              atMost});
+    PrintRow({job, Milliseconds(ours), "-", isThere ? Milliseconds(peer) + " " + name : "-",
+              isThere && HasTwoFreeCores() ? ratio : 0, atLeast, atMost});
 }
 
 /// Small files and a very large one together: their digests and progress are right, and memory does not grow with them.
@@ -394,7 +395,7 @@ void MeasureFromWebServer(int repetitions)
     times = Measure({Ours, Bare, Aria, Curl}, files, repetitions);
     PrintRow({"500 files of 1 MB", Milliseconds(times[0].cpu), Milliseconds(times[1].cpu), "-",
               times[1].cpu / times[0].cpu, 0.8, 0});
-    PrintWall("the same, wall time beside aria2 -j6", times[0].wall, times[2].wall, "aria2", 1.3, 0);
+    PrintWall("the same, wall time beside aria2 -j6", times[0].wall, times[2].wall, "aria2c", 1.3, 0);
     PrintWall("the same, wall time beside curl", times[0].wall, times[3].wall, "curl", 0.7, 0);
     PrintPeak(files, server.folder("many"), 80);
     MeasureMixedGroups(server);
