@@ -213,6 +213,7 @@ public:
     /// The options hold but for two: a release older than the installed one is always refused, and the proof is that of
     /// the release.
     /// @throws VoInvalidCallException "it is not recorded where the package was installed from"
+    /// @throws VoValidationException "Not a declarations file: " + where it stands
     /// @throws VoInstallationFailedException as Install does; and what Package and TrustedReleases throw
     static void Update(const VoUUID& packageID, VoStopFlag stop, const TrustPolicy& policy = TrustPolicy(),
                        const InstallationOptions& options = InstallationOptions());

@@ -24,6 +24,15 @@ PackageSource RequiredSource(const VoUUID& packageID)
     return *std::move(source);
 }
 
+TrustedReleases OpenDeclared(const VoLocation& document, const TrustPolicy& policy, VoStopFlag stop,
+                             const VoDownloadPolicy& downloads)
+{
+    auto releases = TrustedReleases::Open(document, policy, stop, downloads);
+    if (releases.declarations() == nullptr)
+        throw VoValidationException("Not a declarations file: " + document.withoutUser().toString());
+    return releases;
+}
+
 void LookForUpdate(PackageUpdate& update, const TrustPolicy& policy, VoStopFlag stop, const VoDownloadPolicy& downloads)
 {
     const auto installed = InstalledPackages::Package(update.packageID);
@@ -31,9 +40,7 @@ void LookForUpdate(PackageUpdate& update, const TrustPolicy& policy, VoStopFlag 
     update.installed = installed->version();
     update.source = RequiredSource(update.packageID);
     const VoLocation document = update.source->declared();
-    const auto releases = TrustedReleases::Open(document, policy, stop, downloads);
-    if (releases.declarations() == nullptr)
-        throw VoValidationException("Not a declarations file: " + document.withoutUser().toString());
+    const TrustedReleases releases = OpenDeclared(document, policy, stop, downloads);
     const AdvertisedPackages::Declaration& newest = releases.newest(update.packageID);
     if (!IsUpdate(newest, *installed))
         return;
@@ -64,7 +71,7 @@ void InstalledPackages::Update(const VoUUID& packageID, VoStopFlag stop, const T
 {
     const VoDirectoryPath directory = Package(packageID)->installationDirectory();
     const VoLocation declarations = RequiredSource(packageID).declared();
-    const auto releases = TrustedReleases::Open(declarations, policy, stop, options.downloads);
+    const TrustedReleases releases = OpenDeclared(declarations, policy, stop, options.downloads);
     TrustedReleases::Release release = releases.open(releases.newest(packageID));
     InstallationOptions ofUpdate = options;
     ofUpdate.refuseOlder = true;

@@ -80,6 +80,13 @@ TEST_F(UpdateWindowTest, FindsCancelsInstallsAndTellsFailures)
     EXPECT_EQ(after(window, "Install"), "Installed");
     EXPECT_EQ(scratch.read("installed/file7"), std::string(1000, 'c'));
     EXPECT_EQ(after(window, "Look for updates"), "Everything is up to date");
+    PackageSources::Record(id, {newest(), newest()});
+    EXPECT_THROW_MSG(InstalledPackages::Update(id, VoStopFlag()), VoValidationException,
+                     ("Not a declarations file: " + newest().toString().toStdString()).c_str());
+    PackageSources::Forget(id);
+    EXPECT_THROW_MSG(InstalledPackages::Update(id, VoStopFlag()), VoInvalidCallException,
+                     "it is not recorded where the package was installed from");
+    PackageSources::Record(id, {newest(), declarations});
     std::filesystem::remove(scratch.native("pub/declarations.xml"));
     EXPECT_EQ(after(window, "Look for updates").substr(0, 17), "Simulator failed:");
     press(window, "Look for updates"); // the window ends while it looks
