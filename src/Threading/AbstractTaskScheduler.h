@@ -3,8 +3,8 @@
 #include <Core/VoExport.h>
 #include <Core/VoSharedPtr.h>
 #include <Threading/AbstractTask.h>
+#include <Threading/QueuedWork.h>
 #include <Threading/TaskHandle.h>
-#include <Threading/TaskJob.h>
 
 #include <cstddef>
 #include <functional>
@@ -37,9 +37,9 @@ public:
     template <typename Function, std::enable_if_t<std::is_invocable_v<std::decay_t<Function>&>, int> = 0>
     auto add(Function&& function)
     {
-        auto job = std::make_shared<detail::FunctionJob<std::decay_t<Function>>>(std::forward<Function>(function));
-        auto future = job->future();
-        enqueue(std::move(job));
+        detail::PromisedWork<std::decay_t<Function>> work{std::forward<Function>(function)};
+        auto future = work.promise.get_future();
+        enqueue(detail::QueuedWork(std::move(work)));
         return future;
     }
 
@@ -48,7 +48,7 @@ public:
     template <typename Function, std::enable_if_t<std::is_invocable_v<std::decay_t<Function>&>, int> = 0>
     void start(Function&& function)
     {
-        enqueue(std::make_shared<detail::DetachedJob<std::decay_t<Function>>>(std::forward<Function>(function)));
+        enqueue(detail::QueuedWork(detail::DetachedWork<std::decay_t<Function>>{std::forward<Function>(function)}));
     }
 
     /// Waits until all queued work has run, then ends the threads. Work added later starts them again.
@@ -64,8 +64,8 @@ public:
 protected:
     explicit AbstractTaskScheduler(std::size_t workers); ///< With at least one thread.
 
-    void enqueue(std::shared_ptr<detail::Job> job); ///< Queues work and sees that a thread takes it.
-    bool isWorker() const noexcept;                 ///< Whether the calling thread is one of this scheduler's.
+    void enqueue(detail::QueuedWork&& work); ///< Queues work and sees that a thread takes it.
+    bool isWorker() const noexcept;          ///< Whether the calling thread is one of this scheduler's.
 
 private:
     class Private;

@@ -6,11 +6,13 @@
 #include <Threading/detail/ThreadFactory.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
+#include <iterator>
 #include <mutex>
+#include <thread>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -38,7 +40,9 @@ private:
 
     void enqueue(VoSharedPtr<VoEvent> event);
     VoSharedPtr<VoEvent> take();
-    std::array<Queue, 2> takeAll();
+    void exchangeQueues();
+    Queue withdraw();
+    Queue takeAll();
     void loop();
     void requestEnd(bool discard);
     void join();
@@ -52,8 +56,11 @@ private:
     std::atomic<bool> m_running{false};          // from run() until the thread has taken an ABORT event
     std::atomic<std::thread::id> m_loopThread{}; // while the loop's thread is in loop()
 
-    std::mutex m_queueMutex; // taken before the other one
-    Queue m_queue;           // older than all arrivals
+    // Older than all arrivals. Exchanged by the loop's thread and withdrawn by others under the lock, which is taken
+    // before the other one; between these the thread takes event after event by their number alone.
+    std::mutex m_queueMutex;
+    Queue m_queue;
+    std::atomic<std::size_t> m_next{0}; // beyond the end once they are used up or withdrawn
 
     std::mutex m_arrivalMutex; // for all below
     std::condition_variable m_wake;
@@ -130,21 +137,37 @@ void VoEventLoop::Private::loop()
     m_running = false;
 }
 
-VoSharedPtr<VoEvent> VoEventLoop::Private::take()
+// Yields once before it waits, so that who adds many events gets to add more: falling asleep and being woken costs as
+// much as a hundred of them.
+void VoEventLoop::Private::exchangeQueues()
 {
-    std::unique_lock<std::mutex> lock(m_queueMutex);
-    while (m_queue.empty()) {
+    for (bool hasYielded = false;; hasYielded = true) {
+        std::unique_lock<std::mutex> lock(m_queueMutex);
+        m_queue.clear(); // all have been taken
         std::unique_lock<std::mutex> arrivalLock(m_arrivalMutex);
         m_queue.swap(m_arrivals);
-        if (!m_queue.empty())
-            break;
+        if (!m_queue.empty()) {
+            m_next.store(0, std::memory_order_relaxed);
+            return;
+        }
         lock.unlock();
-        m_wake.wait(arrivalLock);
-        arrivalLock.unlock();
-        lock.lock();
+        if (hasYielded) {
+            m_wake.wait(arrivalLock);
+        } else {
+            arrivalLock.unlock();
+            std::this_thread::yield();
+        }
     }
-    VoSharedPtr<VoEvent> event = std::move(m_queue.front());
-    m_queue.pop_front();
+}
+
+VoSharedPtr<VoEvent> VoEventLoop::Private::take()
+{
+    std::size_t next = m_next.fetch_add(1, std::memory_order_relaxed);
+    while (next >= m_queue.size()) {
+        exchangeQueues();
+        next = m_next.fetch_add(1, std::memory_order_relaxed);
+    }
+    VoSharedPtr<VoEvent> event = std::move(m_queue[next]);
     if (!m_absorbs)
         return event;
     const std::lock_guard<std::mutex> arrivalLock(m_arrivalMutex);
@@ -155,12 +178,23 @@ VoSharedPtr<VoEvent> VoEventLoop::Private::take()
     return event;
 }
 
-std::array<VoEventLoop::Private::Queue, 2> VoEventLoop::Private::takeAll()
+// What the loop's thread has not taken, under both locks. The queue keeps its length: the thread looks at that.
+VoEventLoop::Private::Queue VoEventLoop::Private::withdraw()
+{
+    Queue rest;
+    for (std::size_t i = m_next.exchange(m_queue.size(), std::memory_order_relaxed); i < m_queue.size(); ++i)
+        rest.push_back(std::move(m_queue[i]));
+    std::move(m_arrivals.begin(), m_arrivals.end(), std::back_inserter(rest));
+    m_arrivals.clear();
+    return rest;
+}
+
+VoEventLoop::Private::Queue VoEventLoop::Private::takeAll()
 {
     const std::scoped_lock lock(m_queueMutex, m_arrivalMutex);
     m_absorbers.clear();
     m_absorbs = false;
-    return {std::exchange(m_queue, Queue()), std::exchange(m_arrivals, Queue())};
+    return withdraw();
 }
 
 VoWeakPtr<VoEvent> VoEventLoop::Private::add(VoSharedPtr<VoEvent> event)
@@ -208,10 +242,10 @@ void VoEventLoop::Private::join()
     m_thread.join();
     // The ABORT that ended the loop may have been another one: ours must not end the next run at once.
     const std::scoped_lock lock(m_queueMutex, m_arrivalMutex);
-    for (Queue* queue : {&m_queue, &m_arrivals})
-        queue->erase(std::remove_if(queue->begin(), queue->end(),
+    m_arrivals = withdraw();
+    m_arrivals.erase(std::remove_if(m_arrivals.begin(), m_arrivals.end(),
                                     [](const VoSharedPtr<VoEvent>& event) { return event->type() == VoEvent::ABORT; }),
-                     queue->end());
+                     m_arrivals.end());
 }
 
 void VoEventLoop::Private::stop(bool discard)

@@ -6,7 +6,9 @@
 #include <Threading/VoReceiver.h>
 #include <Threading/VoSerialTaskScheduler.h>
 
+#include <array>
 #include <future>
+#include <memory>
 #include <numeric>
 
 using namespace vo::background_task;
@@ -174,6 +176,74 @@ TEST(Schedulers, RefuseToEndThemselvesAndNothing)
     EXPECT_THROW_MSG(scheduler.add([&] { scheduler.finish(); }).get(), VoInvalidCallException,
                      "Scheduler cannot wait for itself");
     EXPECT_THROW_MSG(scheduler.add(VoSharedPtr<AbstractTask>()), VoNullPointerException, "Null task");
+}
+
+TEST(Schedulers, QueueWorkOfAnySizeInOrderAndDropWhatIsLeftOfManyBatches)
+{
+    const auto held = std::make_shared<int>();
+    std::vector<std::size_t> order;
+    std::vector<std::future<std::size_t>> results;
+    VoSerialTaskScheduler scheduler;
+    Blocker blocker;
+    scheduler.start(std::ref(blocker));
+    blocker.entered.get_future().wait();
+    constexpr std::size_t count = 2000;
+    for (std::size_t i = 0; i < count; i += 4) {
+        scheduler.start([&, i] { order.push_back(i); });
+        scheduler.start([&, i, large = std::array<std::size_t, 50>{i}] { order.push_back(large[0] + 1); });
+        struct alignas(64) Aligned
+        {
+            std::size_t value;
+        };
+        scheduler.start([&, aligned = Aligned{i + 2}] {
+            EXPECT_EQ(0u, reinterpret_cast<std::uintptr_t>(&aligned) % alignof(Aligned));
+            order.push_back(aligned.value);
+        });
+        results.push_back(scheduler.add([&, single = std::make_unique<std::size_t>(i + 3)] {
+            order.push_back(*single);
+            return *single;
+        }));
+    }
+    blocker.release.set_value();
+    for (std::size_t i = 0; i < results.size(); ++i)
+        ASSERT_EQ(4 * i + 3, results[i].get());
+    std::vector<std::size_t> expected(count);
+    std::iota(expected.begin(), expected.end(), std::size_t{0});
+    EXPECT_EQ(expected, order);
+
+    std::promise<void> entered;
+    scheduler.add(Task([&](FunctionTask&, const VoStopFlag& stop) {
+        entered.set_value();
+        while (!stop.isStopped())
+            std::this_thread::yield();
+    }));
+    entered.get_future().wait();
+    std::vector<TaskHandle> tasks;
+    for (std::size_t i = 0; i < count; ++i) {
+        scheduler.start([held] { ADD_FAILURE(); });
+        tasks.push_back(scheduler.add(Task([held](FunctionTask&, const VoStopFlag&) { ADD_FAILURE(); })));
+    }
+    scheduler.terminate();
+    EXPECT_EQ(1, held.use_count());
+    for (const TaskHandle& task : tasks)
+        ASSERT_EQ(TaskHandle::State::Cancelled, task.state());
+}
+
+TEST(ParallelScheduler, TerminatingStopsWhatItDoesNotCancelWheneverItComes)
+{
+    VoParallelTaskScheduler scheduler(3);
+    for (int round = 0; round < 200; ++round) {
+        // Each runs until it is stopped: one that terminate() overlooks would keep it waiting for ever.
+        std::vector<TaskHandle> tasks;
+        for (int i = 0; i < 6; ++i)
+            tasks.push_back(scheduler.add(Task([](FunctionTask&, const VoStopFlag& stop) {
+                while (!stop.isStopped())
+                    std::this_thread::yield();
+            })));
+        scheduler.terminate();
+        for (const TaskHandle& task : tasks)
+            EXPECT_NE(TaskHandle::State::Waiting, task.state());
+    }
 }
 
 TEST(Schedulers, ATaskMayDestroyItsOwnScheduler)

@@ -1,14 +1,10 @@
-#include <Threading/TaskJob.h>
+#include <Threading/QueuedWork.h>
 
 #include <Core/VoException.h>
 #include <Core/VoExceptionText.h>
 #include <Subsystem/VoLogging.h>
 
 namespace vo::background_task::detail {
-
-Job::~Job() = default;
-
-void Job::stop() noexcept {}
 
 void LogFailedWork()
 {
