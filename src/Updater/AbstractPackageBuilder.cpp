@@ -15,6 +15,7 @@
 #include <Updater/AdvertisedPackages.h>
 #include <Updater/ReleaseAttributes.h>
 #include <Updater/VoUpdater.h>
+#include <Updater/detail/documents/IndexedRelease.h>
 #include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/Log.h>
 #include <Updater/detail/documents/PackageValidator.h>
@@ -31,8 +32,10 @@
 #include <Updater/detail/publish/SourceTree.h>
 
 #include <map>
+#include <numeric>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <unordered_map>
 #include <utility>
@@ -63,6 +66,15 @@ struct ReleasePlaces
     VoDirectoryPath chunks;
     VoFilePath definition;
 };
+
+// Those of the first age are asked; the others were read to compare them.
+void RequireReadable(const VoFilePath& source)
+{
+    std::error_code error;
+    vo::detail::NativeFile::OpenForReading(vo::detail::ToNative(source), error);
+    if (error)
+        throw VoCannotOpenFileException(source);
+}
 
 } // namespace
 
@@ -95,14 +107,15 @@ struct AbstractPackageBuilder::Private
     VoTemporaryDir intermediateDirectory;
     const LivingFolder living{intermediateDirectory.path()};
     std::unique_ptr<ChunkWriter> chunks;
-    std::unordered_map<std::string, VoFilePath> targets; // by their folded names
-    std::vector<VoDirectoryPath> directories;            // added whole, their output not left out
-    KeptChunks kept;                                     // for the directory that is being added
-    std::unordered_map<VoUUID, VoFilePath> shared;       // chunks of the package that an earlier release has, too
-    SeenFiles::Stamps stamps;                            // of the package's files
-    std::int64_t begun = 0;                              // before the first of them was taken
+    // Those asked about one by one, by their folded names.
+    std::unordered_map<std::string, FileTable::Number> targets;
+    std::vector<VoDirectoryPath> directories;      // added whole, their output not left out
+    KeptChunks kept;                               // for the directory that is being added
+    std::unordered_map<VoUUID, VoFilePath> shared; // chunks of the package that an earlier release has, too
+    SeenFiles::Stamps stamps;                      // of the package's files
+    std::int64_t begun = 0;                        // before the first of them was taken
     bool isPackedAnew = false;
-    std::map<VoFilePath, VoFilePath> sources;            // by target, for patches
+    std::map<VoFilePath, VoFilePath> sources; // by target, for patches
     std::size_t patchedReleases = 0;
     ReleasePatches patches;
     std::vector<VoDirectoryPath> published; // where finalise has moved chunks, also when it failed
@@ -122,7 +135,8 @@ struct AbstractPackageBuilder::Private
 
     void broadcast(const VoString& text, const AbstractPackageBuilder& builder, Message::Kind kind = Message::Step);
     void moveChunk(const VoUUID& id, const VoDirectoryPath& directory, Publication& publication);
-    void endAge(const std::vector<SourceFile>& next);
+    void endAge(const SourceFiles& files, const std::vector<SourceFiles::Number>& next);
+    FileTable::Number find(const VoFilePath& target);
     bool share(const KeptChunks::Chunk* chunk);
     PackedFile pack(const VoFilePath& source, const VoFilePath& target);
 };
@@ -184,14 +198,26 @@ void AbstractPackageBuilder::Private::moveChunk(const VoUUID& id, const VoDirect
 
 // A client that lacks the files of one age seldom lacks those of the next. But each chunk is a file and a request: ages
 // of hardly any bytes go on in the same one.
-void AbstractPackageBuilder::Private::endAge(const std::vector<SourceFile>& next)
+void AbstractPackageBuilder::Private::endAge(const SourceFiles& files, const std::vector<SourceFiles::Number>& next)
 {
     const std::uint64_t most = chunks->capacity() / 16;
     std::uint64_t bytes = chunks->mark().size;
-    for (auto file = next.begin(); bytes > 0 && bytes <= most && file != next.end(); ++file)
-        bytes += IsRegularFile(file->source) ? VoFileSystem::FileSize(file->source) : 0;
+    for (auto file = next.begin(); bytes > 0 && bytes <= most && file != next.end(); ++file) {
+        const VoFilePath source = files.source(*file);
+        bytes += IsRegularFile(source) ? VoFileSystem::FileSize(source) : 0;
+    }
     if (bytes > most)
         chunks->endChunk();
+}
+
+// Of a single folder, as a rule all of a package, nobody asks.
+FileTable::Number AbstractPackageBuilder::Private::find(const VoFilePath& target)
+{
+    const FileTable& files = TableOf(package.files());
+    for (auto file = static_cast<FileTable::Number>(targets.size()); file < files.size(); ++file)
+        targets.emplace(FoldedName(VoString(std::string(files.path(file)))).toStdString(), file);
+    const auto known = targets.find(FoldedName(target.path()).toStdString());
+    return known == targets.end() ? FileTable::None : known->second;
 }
 
 // Whether a chunk is kept; it is one of the package then.
@@ -270,27 +296,31 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
     if (m_private->stamps.empty())
         m_private->begun = SeenFiles::Now();
     ReleaseAttributes attributes = m_private->attributes;
-    std::vector<SourceFile> sources = ListSources(directory, declarationsFile, m_private->ignored, warn,
-                                                  m_private->keepsAttributes ? &attributes : nullptr);
+    const SourceFiles sources = ListSources(directory, declarationsFile, m_private->ignored, warn,
+                                            m_private->keepsAttributes ? &attributes : nullptr);
     requirePackable(sources);
     requireSound(attributes, sources);
     m_private->listed += sources.size();
-    std::vector<std::vector<SourceFile>> ages;
+    if (m_private->stamps.empty())
+        m_private->stamps.reserve(sources.size());
+    std::vector<std::vector<SourceFiles::Number>> ages;
     if (byAge) {
         const auto reading = [this](const VoFilePath& file) { announce("Comparing file: " + file.path()); };
         const std::uint64_t capacity = m_private->isPackedAnew ? 0 : m_private->chunks->capacity();
-        AgedSources aged = SortedByAge(std::move(sources), packageID(), declarationsFile, capacity, reading, warn);
+        AgedSources aged = SortedByAge(sources, packageID(), declarationsFile, base(), capacity, reading, warn);
         ages = std::move(aged.ages);
         m_private->kept = std::move(aged.kept);
     } else {
-        ages.push_back(std::move(sources));
+        ages.emplace_back(sources.size());
+        std::iota(ages.front().begin(), ages.front().end(), SourceFiles::Number{0});
     }
-    requireReadable(ages.front());
+    for (const SourceFiles::Number file : ages.front())
+        RequireReadable(sources.source(file));
     for (std::size_t age = 0; age < ages.size(); ++age) {
         if (age > 0)
-            m_private->endAge(ages[age]);
-        for (const SourceFile& file : ages[age])
-            addFile(file, false);
+            m_private->endAge(sources, ages[age]);
+        for (const SourceFiles::Number file : ages[age])
+            addFile(sources.file(file), false);
     }
     m_private->chunks->settle();
     m_private->kept = KeptChunks();
@@ -298,8 +328,12 @@ void AbstractPackageBuilder::addDirectory(const VoDirectoryPath& directory, cons
     m_private->attributes.folders = std::move(attributes.folders);
 }
 
-void AbstractPackageBuilder::requireSound(const ReleaseAttributes& attributes,
-                                          const std::vector<SourceFile>& sources) const
+std::shared_ptr<const IndexedRelease> AbstractPackageBuilder::base() const
+{
+    return nullptr;
+}
+
+void AbstractPackageBuilder::requireSound(const ReleaseAttributes& attributes, const SourceFiles& sources) const
 {
     if (attributes.isEmpty())
         return;
@@ -307,54 +341,52 @@ void AbstractPackageBuilder::requireSound(const ReleaseAttributes& attributes,
         requireTarget(link.target);
     for (const VoFilePath& folder : attributes.folders)
         requireTarget(folder);
-    std::vector<const VoFilePath*> targets;
-    targets.reserve(sources.size() + m_private->targets.size());
-    for (const SourceFile& file : sources)
-        targets.push_back(&file.target);
-    for (const auto& [folded, target] : m_private->targets)
-        targets.push_back(&target);
-    ReleaseTree(targets, attributes).validate();
+    std::vector<VoFilePath> targets;
+    targets.reserve(sources.size() + package().files().size());
+    for (SourceFiles::Number file = 0; file < sources.size(); ++file)
+        targets.push_back(sources.target(file));
+    for (const AdvertisedFileListing& file : package().files())
+        targets.push_back(file.target());
+    std::vector<const VoFilePath*> files;
+    files.reserve(targets.size());
+    for (const VoFilePath& target : targets)
+        files.push_back(&target);
+    ReleaseTree(files, attributes).validate();
 }
 
 // What would be refused after hours of packing is refused now.
-void AbstractPackageBuilder::requirePackable(const std::vector<SourceFile>& sources) const
+void AbstractPackageBuilder::requirePackable(const SourceFiles& sources) const
 {
-    std::vector<const VoFilePath*> targets;
-    for (const SourceFile& file : sources) {
-        requireTarget(file.target);
-        requireNew(file.target);
-        targets.push_back(&file.target);
+    const FileTable& added = TableOf(package().files());
+    std::vector<std::string_view> targets;
+    targets.reserve(sources.size() + added.size());
+    for (SourceFiles::Number file = 0; file < sources.size(); ++file) {
+        const VoFilePath target = sources.target(file);
+        requireTarget(target);
+        requireNew(target);
+        targets.push_back(sources.targetText(file));
     }
-    for (const auto& [folded, target] : m_private->targets)
-        targets.push_back(&target);
+    for (FileTable::Number file = 0; file < added.size(); ++file)
+        targets.push_back(added.path(file));
     if (const auto clash = FindTargetClash(targets)) {
+        const VoString first{std::string(clash->first)};
+        const VoString second{std::string(clash->second)};
         if (clash->isDirectory)
-            throw VoValidationException("Invalid target path: " + clash->first->path() +
-                                        ": it is also the directory of " + clash->second->path());
-        throw VoInvalidParameterException("File already added to package: " + clash->first->path() + " and " +
-                                          clash->second->path() + " differ only in letter case");
-    }
-}
-
-// Those that were read to compare them can be read.
-void AbstractPackageBuilder::requireReadable(const std::vector<SourceFile>& sources) const
-{
-    for (const SourceFile& file : sources) {
-        std::error_code error;
-        vo::detail::NativeFile::OpenForReading(vo::detail::ToNative(file.source), error);
-        if (error)
-            throw VoCannotOpenFileException(file.source);
+            throw VoValidationException("Invalid target path: " + first + ": it is also the directory of " + second);
+        throw VoInvalidParameterException("File already added to package: " + first + " and " + second +
+                                          " differ only in letter case");
     }
 }
 
 void AbstractPackageBuilder::requireNew(const VoFilePath& target) const
 {
-    const auto known = m_private->targets.find(FoldedName(target.path()).toStdString());
-    if (known == m_private->targets.end())
+    const FileTable::Number known = m_private->find(target);
+    if (known == FileTable::None)
         return;
     VoString text = "File already added to package: " + target.path();
-    if (!known->second.path().equal(target.path(), VoString::CaseSensitive))
-        text += " and " + known->second.path() + " differ only in letter case";
+    const VoString other(std::string(TableOf(package().files()).path(known)));
+    if (!other.equal(target.path(), VoString::CaseSensitive))
+        text += " and " + other + " differ only in letter case";
     throw VoInvalidParameterException(text);
 }
 
@@ -403,7 +435,6 @@ void AbstractPackageBuilder::addFile(const SourceFile& file, bool isAlone)
         m_private->chunks->rollBack(mark);
         throw;
     }
-    m_private->targets.emplace(FoldedName(target.path()).toStdString(), target);
     if (m_private->patchedReleases > 0)
         m_private->sources.emplace(target, file.source);
 }

@@ -19,7 +19,9 @@ class ReleaseAttributes;
 class ReleasePatches;
 
 namespace detail {
+class IndexedRelease;
 class Publication;
+class SourceFiles;
 struct SourceFile;
 } // namespace detail
 
@@ -200,6 +202,8 @@ private:
     class Session;
     struct Private;
 
+    virtual std::shared_ptr<const detail::IndexedRelease> base() const; // null: the package's first release
+
     void addFile(const detail::SourceFile& file, bool isAlone);
     void requireTarget(const VoFilePath& target) const;
     void addDirectory(const VoDirectoryPath& directory, const VoFilePath& declarationsFile, bool byAge = false);
@@ -212,9 +216,8 @@ private:
 
     void requireDeclarable(const AdvertisedPackages& declarations) const;
     void requirePublishable(const VoFilePath& declarationsFile);
-    void requireSound(const ReleaseAttributes& attributes, const std::vector<detail::SourceFile>& sources) const;
-    void requirePackable(const std::vector<detail::SourceFile>& sources) const;
-    void requireReadable(const std::vector<detail::SourceFile>& sources) const;
+    void requireSound(const ReleaseAttributes& attributes, const detail::SourceFiles& sources) const;
+    void requirePackable(const detail::SourceFiles& sources) const;
     void requireNew(const VoFilePath& target) const;
     void waitForOthers(const VoFilePath& declarationsFile);
     void warnOfOwnOutput(const VoFilePath& declarationsFile) const;

@@ -4,9 +4,12 @@
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/detail/documents/ListedFile.h>
 #include <Updater/detail/documents/TargetIndex.h>
+#include <Updater/detail/publish/FileAges.h>
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace vo::updater {
@@ -24,75 +27,47 @@ bool HasContent(const ListedFile& listed, const PackingOrder::File& file)
 
 struct PackingOrder::Private
 {
-    struct Entry
-    {
-        File file;
-        FileTable::Number known = 0; // among those that are followed, from the newest earlier release on
-        std::size_t unchanged = 0;   // in how many earlier releases, counted from the newest
-    };
-
-    std::vector<Entry> entries;
-    std::vector<std::size_t> followed; // the entries that every release so far has with the same content
-    FileTable known;                   // their IDs
-    std::size_t releases = 0;
+    std::vector<File> files;
+    FileTable known; // what the newest earlier release has of them with the same content
+    std::optional<FileAges> ages;
 
     void find(const AdvertisedPackageListing& newest);
-    void follow(const AdvertisedPackageListing& release);
 };
 
 // The newest release has the IDs that the files of the new one keep, by their targets, letter case left aside as the
 // builder does.
 void PackingOrder::Private::find(const AdvertisedPackageListing& newest)
 {
-    const FileTable& files = TableOf(newest.files());
-    const TargetIndex byTarget(files);
-    for (std::size_t i : followed) {
-        const FileTable::Number number = byTarget.find(files, entries[i].file.target);
-        if (number == FileTable::None || !HasContent(ListedFile(files, number), entries[i].file))
-            continue;
-        entries[i].known = known.addAt({}, files, number);
-        entries[i].unchanged = 1;
+    const FileTable& listed = TableOf(newest.files());
+    const TargetIndex byTarget(listed);
+    std::vector<FileTable::Number> numbers;
+    for (const File& file : files) {
+        const FileTable::Number number = byTarget.find(listed, file.target);
+        const bool isSame = number != FileTable::None && HasContent(ListedFile(listed, number), file);
+        numbers.push_back(isSame ? known.addAt({}, listed, number) : FileTable::None);
     }
-}
-
-void PackingOrder::Private::follow(const AdvertisedPackageListing& release)
-{
-    const FileTable& files = TableOf(release.files());
-    for (std::size_t i : followed) {
-        const FileTable::Number number = files.find(known, entries[i].known);
-        if (number != FileTable::None && HasContent(ListedFile(files, number), entries[i].file))
-            ++entries[i].unchanged;
-    }
+    ages.emplace(known, std::move(numbers));
 }
 
 PackingOrder::PackingOrder(const VoDeque<File>& files)
     : m_private(new Private)
 {
-    for (const File& file : files) {
-        m_private->followed.push_back(m_private->entries.size());
-        m_private->entries.push_back({file, 0, 0});
-    }
+    m_private->files.assign(files.begin(), files.end());
 }
 
 PackingOrder::~PackingOrder() = default;
 
 void PackingOrder::addEarlier(const AdvertisedPackageListing& release)
 {
-    Private& state = *m_private;
-    if (state.releases == 0)
-        state.find(release);
+    if (m_private->ages)
+        m_private->ages->addEarlier(TableOf(release.files()));
     else
-        state.follow(release);
-    ++state.releases;
-    auto& followed = state.followed;
-    followed.erase(std::remove_if(followed.begin(), followed.end(),
-                                  [&](std::size_t i) { return state.entries[i].unchanged < state.releases; }),
-                   followed.end());
+        m_private->find(release);
 }
 
 bool PackingOrder::isDecided() const
 {
-    return m_private->followed.empty();
+    return m_private->ages ? m_private->ages->isDecided() : m_private->files.empty();
 }
 
 VoDeque<VoFilePath> PackingOrder::targets() const
@@ -106,11 +81,12 @@ VoDeque<VoFilePath> PackingOrder::targets() const
 
 VoDeque<VoDeque<VoFilePath>> PackingOrder::targetsByAge() const
 {
-    std::map<std::size_t, std::vector<const VoFilePath*>> ages;
-    for (const Private::Entry& entry : m_private->entries)
-        ages[entry.unchanged].push_back(&entry.file.target);
+    std::map<std::size_t, std::vector<const VoFilePath*>> byAge;
+    const std::vector<std::size_t> ages = this->ages();
+    for (std::size_t i = 0; i < ages.size(); ++i)
+        byAge[ages[i]].push_back(&m_private->files[i].target);
     VoDeque<VoDeque<VoFilePath>> result;
-    for (auto& [unchanged, targets] : ages) {
+    for (auto& [unchanged, targets] : byAge) {
         std::sort(targets.begin(), targets.end(), [](const VoFilePath* a, const VoFilePath* b) {
             return a->path().toStdString() < b->path().toStdString();
         });
@@ -124,10 +100,7 @@ VoDeque<VoDeque<VoFilePath>> PackingOrder::targetsByAge() const
 
 std::vector<std::size_t> PackingOrder::ages() const
 {
-    std::vector<std::size_t> result;
-    for (const Private::Entry& entry : m_private->entries)
-        result.push_back(entry.unchanged);
-    return result;
+    return m_private->ages ? m_private->ages->ages() : std::vector<std::size_t>(m_private->files.size());
 }
 
 } // namespace vo::updater

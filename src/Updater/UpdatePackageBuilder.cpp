@@ -1,37 +1,48 @@
 #include <Updater/UpdatePackageBuilder.h>
 
+#include <Core/VoString.h>
+#include <Core/VoVersion.h>
 #include <FileSystem/VoFilePath.h>
 #include <Updater/VoUpdater.h>
-#include <Updater/detail/documents/ListedFile.h>
-#include <Updater/detail/documents/TargetIndex.h>
+#include <Updater/detail/documents/IndexedRelease.h>
+
+#include <utility>
 
 namespace vo::updater {
 
 using namespace detail;
 
-struct UpdatePackageBuilder::Private
-{
-    FileTable files; // of the base, without their pieces
-    TargetIndex byTarget;
-};
-
 UpdatePackageBuilder::UpdatePackageBuilder(const AdvertisedPackageListing& base, const VoVersion& version,
                                            std::uint64_t chunkSize, int compressionLevel)
-    : AbstractPackageBuilder(base.packageID(), base.name(), version, chunkSize, compressionLevel)
-    , m_private(new Private)
+    : UpdatePackageBuilder(AdvertisedPackageListing(base), version, chunkSize, compressionLevel)
 {
-    const FileTable& files = TableOf(base.files());
-    for (FileTable::Number file = 0; file < files.size(); ++file)
-        m_private->files.addAt(files.path(file), files, file);
-    m_private->byTarget = TargetIndex(m_private->files);
+}
+
+UpdatePackageBuilder::UpdatePackageBuilder(AdvertisedPackageListing&& base, const VoVersion& version,
+                                           std::uint64_t chunkSize, int compressionLevel)
+    : UpdatePackageBuilder(std::make_shared<const IndexedRelease>(std::move(base)), version, chunkSize,
+                           compressionLevel)
+{
+}
+
+UpdatePackageBuilder::UpdatePackageBuilder(std::shared_ptr<const IndexedRelease> base, const VoVersion& version,
+                                           std::uint64_t chunkSize, int compressionLevel)
+    : AbstractPackageBuilder(base->listing().packageID(), base->listing().name(), version, chunkSize, compressionLevel)
+    , m_base(std::move(base))
+{
 }
 
 UpdatePackageBuilder::~UpdatePackageBuilder() = default;
 
 VoUUID UpdatePackageBuilder::fileID(const VoFilePath& target) const
 {
-    const FileTable::Number known = m_private->byTarget.find(m_private->files, target);
-    return known == FileTable::None ? VoUpdater::GenerateID() : m_private->files.id(known);
+    const FileTable::Number known = m_base->find(target);
+    return known == FileTable::None ? VoUpdater::GenerateID() : m_base->files().id(known);
+}
+
+std::shared_ptr<const IndexedRelease> UpdatePackageBuilder::base() const
+{
+    return m_base;
 }
 
 } // namespace vo::updater

@@ -155,6 +155,19 @@ TEST_F(PackingOrderTest, AnUnreadableEarlierReleaseIsNoObstacle)
     EXPECT_EQ(third->files()[1].target(), "a");
 }
 
+TEST_F(PackingOrderTest, TheBaseStandsForTheReleaseThatIsDeclaredOnlyWhenItIsThatOne)
+{
+    const auto order = [](const AdvertisedPackageListing& package) {
+        return package.files()[0].target().path() + package.files()[1].target().path();
+    };
+    const auto first = publish(0, {{"a", "1"}, {"b", "2"}}, nullptr, true);
+    publish(0, {{"a", "1"}, {"b", "another build"}}, first.get(), true);
+    const auto second = publish(1, {{"a", "1"}, {"b", "2"}}, first.get(), true);
+    EXPECT_EQ(order(*second), "ba") << "changed since the build that is declared";
+    WriteBytes(directory("site").directory("packages").directory("pack").directory("1.1.0.0").file("package.xml"), "?");
+    EXPECT_EQ(order(*publish(2, {{"a", "1"}, {"b", "3"}}, second.get(), true)), "ba") << "not read again";
+}
+
 TEST_F(PackingOrderTest, PublishingReadsWhatIsNewAndWhatIsInDoubt)
 {
     const VoDirectoryPath source = directory("source");

@@ -18,6 +18,7 @@
 #include <Updater/VoUpdater.h>
 
 #include <memory>
+#include <utility>
 
 namespace vo::tool {
 
@@ -145,7 +146,8 @@ std::unique_ptr<AbstractPackageBuilder> MakeBuilder(const Session& session, cons
     if (request.name && !package->name().equal(*request.name, VoString::CaseSensitive))
         session.console.note("warning: the package keeps its name \"" + package->name() + "\"");
     session.console.fact("baseRelease", "after release", ReleaseText(newest.version()), newest.version().toString());
-    return std::make_unique<UpdatePackageBuilder>(*package, request.version, request.chunkSize, request.level);
+    return std::make_unique<UpdatePackageBuilder>(std::move(*package), request.version, request.chunkSize,
+                                                  request.level);
 }
 
 ReleaseTerms TermsOf(const Arguments& arguments)

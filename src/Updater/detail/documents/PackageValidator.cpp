@@ -256,11 +256,11 @@ void RequireShowableName(const VoString& name)
         throw VoValidationException("Invalid package name: " + name);
 }
 
-std::optional<TargetClash> FindTargetClash(const std::vector<const VoFilePath*>& targets)
+std::optional<TargetClash> FindTargetClash(const std::vector<std::string_view>& targets)
 {
     FoldedTargets folded;
-    for (const VoFilePath* target : targets)
-        folded.add(target->path().toStdString());
+    for (const std::string_view target : targets)
+        folded.add(target);
     const auto clash = folded.findClash();
     if (!clash)
         return std::nullopt;

@@ -7,6 +7,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vo::updater {
@@ -41,15 +42,15 @@ VOCORE_PRIVATE_EXPORT void RequireRecordableDirectory(const VoDirectoryPath& dir
 VOCORE_PRIVATE_EXPORT void RequireShowableName(const VoString& name);
 /// @}
 
-/// Two targets that cannot stand beside each other. The pointers are those that were given.
+/// Two targets that cannot stand beside each other, as they were given.
 struct TargetClash
 {
-    const VoFilePath* first;
-    const VoFilePath* second;
+    std::string_view first;
+    std::string_view second;
     bool isDirectory; ///< The first is a directory on the way to the second; else they are one name to some system.
 };
 /// A clash among targets, if there is one.
-VOCORE_PRIVATE_EXPORT std::optional<TargetClash> FindTargetClash(const std::vector<const VoFilePath*>& targets);
+VOCORE_PRIVATE_EXPORT std::optional<TargetClash> FindTargetClash(const std::vector<std::string_view>& targets);
 
 /// A form of a text that is equal for texts which some file system takes for one name: Unicode case folding, wider than
 /// the folding of paths.

@@ -110,9 +110,13 @@ void ReleaseTree::validate() const
         places.push_back(&folder);
     for (std::size_t i = m_files.size(); i < places.size(); ++i)
         RequirePublishableTarget(*places[i]);
-    if (const auto clash = FindTargetClash(places))
-        throw VoValidationException("Invalid attributes: " + clash->first->path() + " and " + clash->second->path() +
-                                    " cannot stand beside each other");
+    std::vector<std::string_view> names;
+    names.reserve(places.size());
+    for (const VoFilePath* place : places)
+        names.push_back(place->path().toStdString());
+    if (const auto clash = FindTargetClash(names))
+        throw VoValidationException("Invalid attributes: " + VoString(std::string(clash->first)) + " and " +
+                                    VoString(std::string(clash->second)) + " cannot stand beside each other");
     for (const VoFilePath& program : m_attributes.executables) {
         if (files.count(program.path().toStdString()) == 0)
             throw VoValidationException("Invalid attributes: no such file: " + program.path());

@@ -12,11 +12,10 @@
 #include <Threading/VoStopFlag.h>
 #include <Updater/AdvertisedPackageListing.h>
 #include <Updater/AdvertisedPackages.h>
-#include <Updater/PackingOrder.h>
 #include <Updater/detail/documents/ListedFile.h>
-#include <Updater/detail/documents/TargetIndex.h>
 #include <Updater/detail/files/FileCheck.h>
 #include <Updater/detail/files/SeenFiles.h>
+#include <Updater/detail/publish/FileAges.h>
 
 #include <algorithm>
 #include <map>
@@ -38,11 +37,18 @@ VoUniquePtr<AdvertisedPackageListing> TryOpen(const VoFilePath& definition, cons
     }
 }
 
-bool HasSize(const SourceFile& file, std::int64_t size)
+std::shared_ptr<const IndexedRelease> TryIndexing(const VoFilePath& definition, const Warn& warn)
 {
-    if (size < 0 || !(file.stamp || IsRegularFile(file.source)))
+    const auto release = TryOpen(definition, warn);
+    return release ? std::make_shared<const IndexedRelease>(std::move(*release)) : nullptr;
+}
+
+bool HasSize(const SourceFiles& files, SourceFiles::Number number, std::int64_t size)
+{
+    const auto& stamp = files.stamp(number);
+    if (size < 0 || !(stamp || IsRegularFile(files.source(number))))
         return false;
-    const std::uint64_t found = file.stamp ? file.stamp->size : VoFileSystem::FileSize(file.source);
+    const std::uint64_t found = stamp ? stamp->size : VoFileSystem::FileSize(files.source(number));
     return found == static_cast<std::uint64_t>(size);
 }
 
@@ -51,14 +57,14 @@ bool HasSize(const SourceFile& file, std::int64_t size)
 class Contents
 {
 public:
-    Contents(const std::vector<SourceFile>& files, const AdvertisedPackageListing& newest, const TargetIndex& byTarget)
+    Contents(const SourceFiles& files, const IndexedRelease& newest)
         : m_files(files)
         , m_newest(newest)
     {
-        const FileTable& earlier = TableOf(newest.files());
-        for (const SourceFile& file : files) {
-            const FileTable::Number number = byTarget.find(earlier, file.target);
-            const bool mayBe = number != FileTable::None && HasSize(file, earlier.length(number));
+        m_numbers.reserve(files.size());
+        for (SourceFiles::Number file = 0; file < files.size(); ++file) {
+            const FileTable::Number number = newest.find(files.target(file));
+            const bool mayBe = number != FileTable::None && HasSize(files, file, newest.files().length(number));
             m_numbers.push_back(mayBe ? number : FileTable::None);
         }
     }
@@ -66,15 +72,14 @@ public:
     // A file that cannot be read counts as changed: adding it will tell what is wrong with it.
     void compare(const SeenFiles& seen, const std::function<void(const VoFilePath&)>& reading)
     {
-        std::vector<std::size_t> doubtful;
-        for (std::size_t i = 0; i < m_numbers.size(); ++i) {
-            if (m_numbers[i] != FileTable::None && !seen.isUnchanged(m_numbers[i], m_files[i].stamp))
+        std::vector<SourceFiles::Number> doubtful;
+        for (SourceFiles::Number i = 0; i < m_numbers.size(); ++i) {
+            if (m_numbers[i] != FileTable::None && !seen.isUnchanged(m_numbers[i], m_files.stamp(i)))
                 doubtful.push_back(i);
         }
         const auto expected = [&](std::size_t i) {
-            const SourceFile& file = m_files[doubtful[i]];
-            reading(file.target);
-            return Expected(file.source, m_newest.files()[m_numbers[doubtful[i]]]);
+            reading(m_files.target(doubtful[i]));
+            return Expected(m_files.source(doubtful[i]), m_newest.listing().files()[m_numbers[doubtful[i]]]);
         };
         ExamineAll(doubtful.size(), expected, Links::Followed, VoStopFlag(), [&](std::size_t i, FileState state) {
             if (state != FileState::Sound)
@@ -93,32 +98,21 @@ public:
         return result;
     }
 
-    VoDeque<PackingOrder::File> files() const
-    {
-        VoDeque<PackingOrder::File> result;
-        for (std::size_t i = 0; i < m_numbers.size(); ++i) {
-            result.pushBack({m_files[i].target, VoChecksum(), 0});
-            if (m_numbers[i] == FileTable::None)
-                continue;
-            const ListedFile earlier(m_newest.files()[m_numbers[i]]);
-            result.back().checksum = earlier.checksum();
-            result.back().size = static_cast<std::uint64_t>(earlier.length());
-        }
-        return result;
-    }
+    // Of the files in the newest release; None for what is new or changed.
+    const std::vector<FileTable::Number>& numbers() const { return m_numbers; }
 
 private:
-    const std::vector<SourceFile>& m_files;
-    const AdvertisedPackageListing& m_newest;
-    std::vector<FileTable::Number> m_numbers; // of the same files in the newest release; None: new or changed
+    const SourceFiles& m_files;
+    const IndexedRelease& m_newest;
+    std::vector<FileTable::Number> m_numbers;
 };
 
 // Whatever is wrong with the earlier release costs time only: its files are packed anew.
-KeptChunks TryKeep(VoUniquePtr<AdvertisedPackageListing> newest, TargetIndex byTarget, const VoFilePath& definition,
+KeptChunks TryKeep(std::shared_ptr<const IndexedRelease> newest, const VoFilePath& definition,
                    const std::vector<bool>& unchanged, std::uint64_t capacity, const Warn& warn)
 {
     try {
-        return KeptChunks(std::move(newest), std::move(byTarget), definition.parent(), unchanged, capacity);
+        return KeptChunks(std::move(newest), definition.parent(), unchanged, capacity);
     } catch (const VoException&) {
         warn("Chunks of the earlier release are not used: " + definition.path() + ": " + vo::CurrentExceptionText());
         return {};
@@ -126,23 +120,22 @@ KeptChunks TryKeep(VoUniquePtr<AdvertisedPackageListing> newest, TargetIndex byT
 }
 
 // The files of one age stay in their order.
-std::vector<std::vector<SourceFile>> Arranged(std::vector<SourceFile> files, const std::vector<std::size_t>& ages)
+std::vector<std::vector<SourceFiles::Number>> Arranged(const std::vector<std::size_t>& ages)
 {
-    std::map<std::size_t, std::vector<SourceFile>> byAge;
+    std::map<std::size_t, std::vector<SourceFiles::Number>> byAge;
     byAge[0]; // also when nothing is new or changed
-    for (std::size_t i = 0; i < files.size(); ++i)
-        byAge[ages[i]].push_back(std::move(files[i]));
-    std::vector<std::vector<SourceFile>> result;
+    for (std::size_t i = 0; i < ages.size(); ++i)
+        byAge[ages[i]].push_back(static_cast<SourceFiles::Number>(i));
+    std::vector<std::vector<SourceFiles::Number>> result;
     result.reserve(byAge.size());
     for (auto& [age, filesOfAge] : byAge)
         result.push_back(std::move(filesOfAge));
     return result;
 }
 
-} // namespace
-
-std::vector<VoFilePath> DefinitionsOf(const AdvertisedPackages& declared, const VoUUID& packageID,
-                                      const VoFilePath& declarationsFile)
+// The releases of a package, the newest first.
+std::vector<const AdvertisedPackages::Declaration*> ReleasesOf(const AdvertisedPackages& declared,
+                                                               const VoUUID& packageID)
 {
     std::vector<const AdvertisedPackages::Declaration*> releases;
     for (const AdvertisedPackages::Declaration& declaration : declared.declarations()) {
@@ -151,40 +144,49 @@ std::vector<VoFilePath> DefinitionsOf(const AdvertisedPackages& declared, const 
     }
     std::stable_sort(releases.begin(), releases.end(),
                      [](const auto* a, const auto* b) { return a->version() > b->version(); });
+    return releases;
+}
+
+} // namespace
+
+std::vector<VoFilePath> DefinitionsOf(const AdvertisedPackages& declared, const VoUUID& packageID,
+                                      const VoFilePath& declarationsFile)
+{
     std::vector<VoFilePath> definitions;
-    definitions.reserve(releases.size());
-    for (const AdvertisedPackages::Declaration* release : releases)
+    for (const AdvertisedPackages::Declaration* release : ReleasesOf(declared, packageID))
         definitions.push_back(release->definition(declarationsFile).file());
     return definitions;
 }
 
-AgedSources SortedByAge(std::vector<SourceFile> files, const VoUUID& packageID, const VoFilePath& declarationsFile,
-                        std::uint64_t capacity, const std::function<void(const VoFilePath&)>& reading, const Warn& warn)
+AgedSources SortedByAge(const SourceFiles& files, const VoUUID& packageID, const VoFilePath& declarationsFile,
+                        const std::shared_ptr<const IndexedRelease>& base, std::uint64_t capacity,
+                        const std::function<void(const VoFilePath&)>& reading, const Warn& warn)
 {
-    const bool isFirst = !VoFileSystem::Exists(declarationsFile);
-    const std::vector<VoFilePath> definitions =
-        isFirst ? std::vector<VoFilePath>()
-                : DefinitionsOf(*AdvertisedPackages::Open(declarationsFile), packageID, declarationsFile);
-    VoUniquePtr<AdvertisedPackageListing> newest =
-        definitions.empty() ? VoUniquePtr<AdvertisedPackageListing>() : TryOpen(definitions.front(), warn);
+    const auto declared = VoFileSystem::Exists(declarationsFile) ? AdvertisedPackages::Open(declarationsFile)
+                                                                 : VoUniquePtr<AdvertisedPackages>::Make();
+    const auto releases = ReleasesOf(*declared, packageID);
+    const std::vector<VoFilePath> definitions = DefinitionsOf(*declared, packageID, declarationsFile);
+    std::shared_ptr<const IndexedRelease> newest;
+    // Each build of a release has a version ID of its own.
+    if (base && !releases.empty() && base->listing().versionID() == releases.front()->versionID())
+        newest = base;
+    else if (!releases.empty())
+        newest = TryIndexing(definitions.front(), warn);
     if (!newest)
-        return {{std::move(files)}, {}};
+        return {Arranged(std::vector<std::size_t>(files.size())), {}};
 
-    TargetIndex byTarget(TableOf(newest->files()));
-    Contents contents(files, *newest, byTarget);
+    Contents contents(files, *newest);
     const VoFilePath seen = declarationsFile.parent().file(SeenFiles::PublishedName);
     contents.compare(SeenFiles::At(seen, definitions.front()), reading);
-    PackingOrder order(contents.files());
-    order.addEarlier(*newest);
-    for (std::size_t i = 1; i < definitions.size() && !order.isDecided(); ++i) {
+    FileAges ages(newest->files(), contents.numbers());
+    for (std::size_t i = 1; i < definitions.size() && !ages.isDecided(); ++i) {
         if (const VoUniquePtr<AdvertisedPackageListing> earlier = TryOpen(definitions[i], warn))
-            order.addEarlier(*earlier);
+            ages.addEarlier(TableOf(earlier->files()));
     }
-    const std::vector<bool> unchanged = contents.unchanged();
     KeptChunks kept;
     if (capacity > 0)
-        kept = TryKeep(std::move(newest), std::move(byTarget), definitions.front(), unchanged, capacity, warn);
-    return {Arranged(std::move(files), order.ages()), std::move(kept)};
+        kept = TryKeep(newest, definitions.front(), contents.unchanged(), capacity, warn);
+    return {Arranged(ages.ages()), std::move(kept)};
 }
 
 } // namespace vo::updater::detail

@@ -45,17 +45,16 @@ std::vector<ChunkContent> ChunkContents(const FileTable& files, const std::vecto
 
 } // namespace
 
-KeptChunks::KeptChunks(VoUniquePtr<AdvertisedPackageListing> release, TargetIndex byTarget,
-                       const VoDirectoryPath& directory, const std::vector<bool>& unchanged, std::uint64_t capacity)
+KeptChunks::KeptChunks(std::shared_ptr<const IndexedRelease> release, const VoDirectoryPath& directory,
+                       const std::vector<bool>& unchanged, std::uint64_t capacity)
     : m_release(std::move(release))
-    , m_byTarget(std::move(byTarget))
 {
-    ValidatePackage(*m_release);
-    const FileTable& files = TableOf(m_release->files());
+    ValidatePackage(m_release->listing());
+    const FileTable& files = m_release->files();
     const std::vector<ChunkContent> contents = ChunkContents(files, unchanged);
     std::vector<const ChunkListing*> chunks;
     for (std::size_t number = 0; number < contents.size(); ++number) {
-        const ChunkListing* chunk = m_release->chunk(VoUUID(VoString(files.chunkIDs()[number])));
+        const ChunkListing* chunk = m_release->listing().chunk(VoUUID(VoString(files.chunkIDs()[number])));
         if (chunk && IsWorthKeeping(contents[number], capacity))
             chunks.push_back(chunk);
     }
@@ -86,8 +85,8 @@ const AdvertisedFileListing* KeptChunks::file(const VoFilePath& target) const
 {
     if (!m_release)
         return nullptr;
-    const FileTable::Number number = m_byTarget.find(TableOf(m_release->files()), target);
-    return number != FileTable::None && m_isOfUse[number] ? &m_release->files()[number] : nullptr;
+    const FileTable::Number number = m_release->find(target);
+    return number != FileTable::None && m_isOfUse[number] ? &m_release->listing().files()[number] : nullptr;
 }
 
 std::vector<const KeptChunks::Chunk*> KeptChunks::chunksOf(const AdvertisedFileListing& file) const

@@ -2,14 +2,14 @@
 
 #include <Core/VoExport.h>
 #include <Core/VoUUID.h>
-#include <Core/VoUniquePtr.h>
 #include <FileSystem/VoDirectoryPath.h>
 #include <FileSystem/VoFilePath.h>
 #include <Updater/AdvertisedPackageListing.h>
-#include <Updater/detail/documents/TargetIndex.h>
+#include <Updater/detail/documents/IndexedRelease.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <unordered_map>
 #include <vector>
 
@@ -31,10 +31,10 @@ public:
         VoFilePath path;
     };
     KeptChunks() = default; ///< None.
-    /// Of a release whose definition lies in `directory`, with the index of its files; `unchanged` tells of each of
-    /// them by number; `capacity` is that of a new chunk. Reads the files of the chunks: one that is not there, or has
-    /// not the digest that the definition lists, is not kept.
-    KeptChunks(VoUniquePtr<AdvertisedPackageListing> release, TargetIndex byTarget, const VoDirectoryPath& directory,
+    /// Of a release whose definition lies in `directory`; `unchanged` tells of each of its files by number; `capacity`
+    /// is that of a new chunk. Reads the files of the chunks: one that is not there, or has not the digest that the
+    /// definition lists, is not kept.
+    KeptChunks(std::shared_ptr<const IndexedRelease> release, const VoDirectoryPath& directory,
                const std::vector<bool>& unchanged, std::uint64_t capacity);
 
     /// Null for a chunk that is not kept.
@@ -45,8 +45,7 @@ public:
     std::vector<const Chunk*> chunksOf(const AdvertisedFileListing& file) const;
 
 private:
-    VoUniquePtr<AdvertisedPackageListing> m_release; // null: nothing is kept
-    TargetIndex m_byTarget;
+    std::shared_ptr<const IndexedRelease> m_release; // null: nothing is kept
     std::unordered_map<VoUUID, Chunk> m_chunks;
     std::vector<const Chunk*> m_byNumber; // by the numbers that chunks have in the release's table; null: not kept
     std::vector<bool> m_isOfUse;          // of each file, whether it is unchanged and in kept chunks

@@ -1,5 +1,7 @@
 #include <Updater/detail/publish/SourceTree.h>
 
+#include <Core/VoMathsException.h>
+#include <Core/VoString.h>
 #include <FileSystem/VoFileSystem.h>
 #include <FileSystem/detail/NativeNames.h>
 #include <FileSystem/detail/NativePath.h>
@@ -12,6 +14,7 @@
 #include <Updater/detail/publish/Publication.h>
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <string>
 #include <utility>
@@ -108,7 +111,60 @@ struct Walk
     }
 };
 
+VoFilePath PathOf(std::string text)
+{
+    return VoFilePath::CreateUnchecked(VoString(std::move(text)));
+}
+
 } // namespace
+
+SourceFiles::SourceFiles(const VoDirectoryPath& folder)
+    : m_folder(folder.path().toStdString())
+{
+}
+
+void SourceFiles::add(const SourceFile& file)
+{
+    if (m_rows.size() >= std::numeric_limits<Number>::max())
+        throw VoOverflowException("More files in a folder than can be counted");
+    const std::string& target = file.target.path().toStdString();
+    const std::string& source = file.source.path().toStdString();
+    const bool isBelow = source.size() == m_folder.size() + target.size() &&
+                         source.compare(0, m_folder.size(), m_folder) == 0 &&
+                         source.compare(m_folder.size(), target.size(), target) == 0;
+    m_rows.push_back({m_texts.size(), static_cast<std::uint32_t>(target.size()),
+                      isBelow ? 0 : static_cast<std::uint32_t>(source.size()), file.stamp});
+    m_texts += target;
+    if (!isBelow)
+        m_texts += source;
+}
+
+void SourceFiles::sort()
+{
+    const std::string_view texts = m_texts;
+    std::sort(m_rows.begin(), m_rows.end(), [texts](const Row& a, const Row& b) {
+        return texts.substr(a.begin, a.targetLength) < texts.substr(b.begin, b.targetLength);
+    });
+}
+
+VoFilePath SourceFiles::source(Number number) const
+{
+    const Row& row = m_rows[number];
+    if (row.sourceLength > 0)
+        return PathOf(m_texts.substr(row.begin + row.targetLength, row.sourceLength));
+    std::string text = m_folder;
+    return PathOf(std::move(text.append(targetText(number))));
+}
+
+VoFilePath SourceFiles::target(Number number) const
+{
+    return PathOf(std::string(targetText(number)));
+}
+
+std::string_view SourceFiles::targetText(Number number) const
+{
+    return std::string_view(m_texts).substr(m_rows[number].begin, m_rows[number].targetLength);
+}
 
 bool IsRegularFile(const VoFilePath& path)
 {
@@ -116,12 +172,12 @@ bool IsRegularFile(const VoFilePath& path)
     return std::filesystem::is_regular_file(vo::detail::ToNative(path), error);
 }
 
-std::vector<SourceFile> ListSources(const VoDirectoryPath& directory, const VoFilePath& declarationsFile,
-                                    const IgnoreRules& ignored, const std::function<void(const VoString&)>& warn,
-                                    ReleaseAttributes* attributes)
+SourceFiles ListSources(const VoDirectoryPath& directory, const VoFilePath& declarationsFile,
+                        const IgnoreRules& ignored, const std::function<void(const VoString&)>& warn,
+                        ReleaseAttributes* attributes)
 {
     const PublishedOutput output(directory, declarationsFile);
-    std::vector<SourceFile> sources;
+    SourceFiles sources(directory);
     bool skippedOutput = false;
     const auto take = [&](SourceFile source) {
         source.stamp = StampOf(source.source);
@@ -131,7 +187,7 @@ std::vector<SourceFile> ListSources(const VoDirectoryPath& directory, const VoFi
         else if (link)
             attributes->links.pushBack({source.target, *link});
         else if (source.stamp || IsRegularFile(source.source))
-            sources.push_back(std::move(source));
+            sources.add(source);
         else if (!VoFileSystem::IsDirectory(source.source))
             warn("Not a regular file, left out: " + source.source.path());
     };
@@ -142,12 +198,11 @@ std::vector<SourceFile> ListSources(const VoDirectoryPath& directory, const VoFi
     Walk{directory, ignored, take, takeEmpty}.enter(directory);
     if (skippedOutput)
         warn("Published output inside the added directory, left out: " + declarationsFile.path());
-    const auto byTarget = [](const auto& a, const auto& b) {
-        return a.target.path().toStdString() < b.target.path().toStdString();
-    };
-    std::sort(sources.begin(), sources.end(), byTarget);
+    sources.sort();
     if (attributes)
-        std::sort(attributes->links.begin(), attributes->links.end(), byTarget);
+        std::sort(attributes->links.begin(), attributes->links.end(), [](const auto& a, const auto& b) {
+            return a.target.path().toStdString() < b.target.path().toStdString();
+        });
     return sources;
 }
 
