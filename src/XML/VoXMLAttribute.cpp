@@ -11,6 +11,12 @@ VoXMLAttribute::VoXMLAttribute(VoString name, VoString value)
 {
 }
 
+VoXMLAttribute::VoXMLAttribute(std::shared_ptr<const VoString> name, VoString value) noexcept
+    : m_name(std::move(name))
+    , m_value(std::move(value))
+{
+}
+
 VoXMLAttribute::VoXMLAttribute(const VoXMLAttribute& other) = default;
 VoXMLAttribute::VoXMLAttribute(VoXMLAttribute&& other) noexcept = default;
 

@@ -37,6 +37,8 @@ public:
 private:
     friend class vo::detail::XMLAttributeCollector;
 
+    VoXMLAttribute(std::shared_ptr<const VoString> name, VoString value) noexcept;
+
     // Shared, since documents repeat a few names on all their elements; null for the empty one.
     std::shared_ptr<const VoString> m_name;
     VoString m_value;

@@ -50,11 +50,8 @@ void XMLAttributeCollector::Collect(const QXmlStreamAttributes& attributes, XMLR
 {
     set.m_attributes.reserve(static_cast<std::size_t>(attributes.size()));
     AttributeNames uniqueNames(attributes);
-    for (const QXmlStreamAttribute& source : attributes) {
-        VoXMLAttribute& attribute = set.m_attributes.emplace_back();
-        attribute.m_name = names.shared(uniqueNames.next(source));
-        attribute.m_value = FromQtText(source.value());
-    }
+    for (const QXmlStreamAttribute& source : attributes)
+        set.m_attributes.push_back(VoXMLAttribute(names.shared(uniqueNames.next(source)), FromQtText(source.value())));
 }
 
 void XMLAttributeCollector::Append(VoXMLAttributeSet& set, VoString name, VoString value)
