@@ -34,16 +34,21 @@ public:
     void open(const VoFilePath& target, const std::filesystem::path& native, const std::filesystem::file_status& old)
     {
         m_old = old;
+        // The new content is nobody's before it has the permissions of the old.
+        const bool isReplacing = std::filesystem::is_regular_file(old);
+        const auto access = isReplacing ? vo::detail::NewFileAccess::OwnerAtFirst : vo::detail::NewFileAccess::Usual;
         m_error = vo::detail::MakeUnderNewName([&] {
             m_path = vo::detail::SiblingPath(native);
             std::error_code made;
-            m_file = vo::detail::NativeFile::CreateNew(m_path, vo::detail::NewFileAccess::Usual, made);
+            m_file = vo::detail::NativeFile::CreateNew(m_path, access, made);
             return made;
         });
         if (m_error) {
             m_path.clear(); // whatever bears the name is somebody else's
             throw vo::detail::Because(m_error, VoCannotOpenFileException(target));
         }
+        if (isReplacing)
+            vo::detail::CopyAccessList(native, m_path);
         m_target = target;
     }
 

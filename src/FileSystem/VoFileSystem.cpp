@@ -171,7 +171,7 @@ std::error_code CopyWhole(const fs::path& from, const fs::path& to, CopyPurpose 
     error = vo::detail::MakeUnderNewName([&] {
         beside = vo::detail::SiblingPath(to);
         std::error_code made;
-        copy = vo::detail::NativeFile::CreateNew(beside, vo::detail::NewFileAccess::OwnerOnly, made);
+        copy = vo::detail::NativeFile::CreateNew(beside, vo::detail::NewFileAccess::OwnerAtFirst, made);
         return made;
     });
     if (error)

@@ -342,7 +342,7 @@ void AbstractPackageInstaller::installFile(const AdvertisedFileListing& file, In
     if (!Containment(installationDirectory()).holds(place))
         throw VoValidationException("Invalid target path: " + file.target().path());
     ensureDirectoryExists(place.parent(), listing);
-    chunkSource().build(file, place, Durability::AtOnce, VoStopFlag());
+    chunkSource().build(file, place, Durability::AtOnce, Digest::Passing, VoStopFlag());
     PutInPlace(BuiltPath(place), place);
     listing.add(place, file.id(), file.checksum(), file.size());
     logInstalled(file, place);

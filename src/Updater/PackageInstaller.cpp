@@ -66,12 +66,19 @@ struct PackageInstaller::Private
     bool isPrepared = false;
     SeenFiles::Stamps stamps{}; // of the files of the advert, when they were verified
     std::int64_t begun = 0;     // when that was
+    std::vector<const AdvertisedFileListing*> unread{}; // built, and not yet compared with their digests
+    std::int64_t bytesUnread = 0;
 };
 
 namespace {
 
 // Up to so many files are forced to disk one by one: what others have written to the volume meanwhile is left alone.
 constexpr std::uint64_t FewFiles = 64;
+
+// A smaller file is compared with its digest while it is written: reading it again would cost more than hashing it with
+// others spares. What waits to be read is limited, so that it is still in the system's memory.
+constexpr std::int64_t FewBytes = 16 * 1024;
+constexpr std::int64_t MostBytesUnread = std::int64_t{256} << 20;
 
 // Bytes that are read at once from a file that is copied.
 constexpr std::size_t CopyBlock = 256 * 1024;
@@ -646,14 +653,19 @@ void PackageInstaller::buildFiles(const VoStopFlag& stop)
     const std::uint64_t written = m_private->plan.addedFiles + m_private->plan.modifiedFiles;
     const Durability durability = written > FewFiles && CanSyncVolume() ? Durability::Later : Durability::AtOnce;
     const PlannedFiles order = buildOrder(chunks.cacheLimit());
+    m_private->unread.clear(); // a run that ended early leaves some
+    m_private->bytesUnread = 0;
     chunks.readAhead(chunkOrder(order));
     const auto endReading = qScopeGuard([&chunks] { chunks.endReading(); });
     std::uint64_t done = 0;
     for (const InstallationPlan::File* file : order) {
         stop.throwIfStopped();
         buildFile(*file, durability, stop);
+        if (m_private->bytesUnread >= MostBytesUnread)
+            compareBuilt(stop);
         events().send<InstallationProgressMessage>(++done, m_private->plan.files.size());
     }
+    compareBuilt(stop);
     if (!settings().isStaging) // a commit makes them
         buildLinks(durability, stop);
     if (durability == Durability::Later)
@@ -682,14 +694,37 @@ void PackageInstaller::buildFile(const InstallationPlan::File& planned, Durabili
                        : planned.type == FileDifference::Added ? "Adding file: "
                                                                : "Updating file: ";
     diagnostic(what + file.target().path());
-    if (planned.copiedFrom.isNull())
-        chunkSource().build(file, place, durability, stop);
+    const bool isFromChunks = planned.copiedFrom.isNull();
+    const bool isReadLater = isFromChunks && !isStaging && file.size().bytes() >= FewBytes;
+    if (isFromChunks)
+        chunkSource().build(file, place, durability, isReadLater ? Digest::Later : Digest::Passing, stop);
     else
         copyFile(Expected(place, file), planned.copiedFrom, durability, stop);
-    if (isStaging)
+    if (isReadLater) {
+        m_private->unread.push_back(&file);
+        m_private->bytesUnread += file.size().bytes();
+    } else if (isStaging) {
         PutInPlace(BuiltPath(place), place);
-    else
+    } else {
         markBuilt(file);
+    }
+}
+
+// Built files are read on all processors and hashed several at a time.
+void PackageInstaller::compareBuilt(const VoStopFlag& stop)
+{
+    const std::vector<const AdvertisedFileListing*> files = std::exchange(m_private->unread, {});
+    m_private->bytesUnread = 0;
+    const auto expected = [&](std::size_t i) { return Expected(BuiltPath(resolvedPath(*files[i])), *files[i]); };
+    ExamineAll(files.size(), expected, Links::Kept, stop, [&](std::size_t i, FileState state) {
+        const AdvertisedFileListing& file = *files[i];
+        const VoFilePath place = resolvedPath(file);
+        // Reading once more says why one cannot be read.
+        if (state != FileState::Sound && VoFileSystem::Checksum(BuiltPath(place)) != file.checksum())
+            chunkSource().throwDamaged(file, place);
+        CopyPermissions(place, BuiltPath(place));
+        markBuilt(file);
+    });
 }
 
 // Where neither release has programs, a file keeps what its user gave it.

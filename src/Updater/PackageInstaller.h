@@ -102,6 +102,7 @@ private:
     bool isStaged(const InstallationPlan::File& planned) const;
     void buildFiles(const VoStopFlag& stop);
     void buildFile(const InstallationPlan::File& planned, detail::Durability durability, const VoStopFlag& stop);
+    void compareBuilt(const VoStopFlag& stop);
     void markBuilt(const AdvertisedFileListing& file);
     void buildLinks(detail::Durability durability, const VoStopFlag& stop);
     void copyFile(const detail::ExpectedFile& file, const VoFilePath& source, detail::Durability durability,

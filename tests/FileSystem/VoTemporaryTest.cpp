@@ -1,5 +1,6 @@
 #include "FileSystemFixture.h"
 
+#include <FileSystem/VoAtomicFileWriter.h>
 #include <FileSystem/VoTemporaryFile.h>
 
 namespace {
@@ -91,3 +92,21 @@ TEST_F(VoTemporary, NobodyElseMayReadThem)
 }
 
 #endif
+
+TEST_F(VoTemporary, AFileStaysPrivateWhileItIsReplacedAndAfterwards)
+{
+    write("usual", "text");
+    if (!vo::test::MayOthersRead(native("usual")))
+        GTEST_SKIP() << "nothing here is for others";
+    const VoTemporaryFile file(root());
+    const auto isPrivate = [](const VoFilePath& path) { return !vo::test::MayOthersRead(vo::detail::ToNative(path)); };
+    EXPECT_TRUE(isPrivate(file.path()));
+    VoAtomicFileWriter writer(file.path());
+    writer.write("secret", 6);
+    EXPECT_TRUE(isPrivate(writer.temporary()));
+    writer.commit();
+    EXPECT_TRUE(isPrivate(file.path()));
+    VoAtomicFileWriter replaced(at("usual"));
+    replaced.commit();
+    EXPECT_TRUE(vo::test::MayOthersRead(native("usual")));
+}

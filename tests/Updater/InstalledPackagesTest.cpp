@@ -570,6 +570,20 @@ TEST_F(InstalledPackagesTest, AFileIsSureToBeAsItWasOnlyWithoutAnyDoubt)
         EXPECT_FALSE(isSure({old, newest}, Always, other)) << "also a time before";
     }
     EXPECT_FALSE(isSure({newest, old}, Always, newest)) << "changed in the same moment as it was read";
+    for (const auto& [newestTime, age, isOldEnough] : {
+             std::tuple{90 * InSeconds, 1'900'000'000, false},           // a volume that may keep no more than seconds
+             std::tuple{90 * InSeconds, 2'100'000'000, true},            //
+             std::tuple{90 * InSeconds + 4'000'000, 100'000'000, false}, // or whole milliseconds
+             std::tuple{90 * InSeconds + 4'000'100, 19'000'000,
+                        false}, // one with fine times, within ticks of its clock
+             std::tuple{90 * InSeconds + 4'000'100, 21'000'000, true},
+         }) {
+        FileStamp before = old;
+        before.changed = newestTime - age;
+        FileStamp last = newest;
+        last.changed = newestTime;
+        EXPECT_EQ(isSure({before, last}, Always, before), isOldEnough) << newestTime << " " << age;
+    }
     EXPECT_FALSE(isSure({old, newest}, 85 * InSeconds, old)) << "the newest was made by somebody else";
     FileStamp elsewhere = newest;
     elsewhere.device = 4;

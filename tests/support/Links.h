@@ -12,6 +12,9 @@ namespace vo::test {
 /// so (the user may not, or it knows none), `link` does not exist afterwards.
 void MakeLink(const std::filesystem::path& target, const std::filesystem::path& link);
 
+/// Whether the system lets other users of the machine read a file, who are not its administrators.
+bool MayOthersRead(const std::filesystem::path& file);
+
 #if defined(_WIN32)
 /// Opens a file as a program that lets nobody else use it; until the result ends.
 std::shared_ptr<void> HoldFile(const std::filesystem::path& file);

@@ -84,12 +84,12 @@ private:
 class Lanes
 {
 public:
-    Lanes(std::size_t lanes, std::size_t messages, const Sha3Batch::Read& read, const Sha3Batch::Done& done)
+    Lanes(std::size_t lanes, const Sha3Batch::Next& next, const Sha3Batch::Read& read, const Sha3Batch::Done& done)
         : m_absorb(AbsorbOf(lanes))
-        , m_lanes(std::min(lanes, messages))
+        , m_lanes(lanes)
         , m_states(lanes * StateWords)
         , m_bytes(lanes)
-        , m_messages(messages)
+        , m_next(next)
         , m_read(read)
         , m_done(done)
     {
@@ -121,7 +121,7 @@ private:
         }
         // Whoever has nothing to do goes along on the bytes of another; nobody looks at what comes out.
         for (std::size_t i = 0; i < m_bytes.size(); ++i)
-            m_bytes[i] = i < m_lanes.size() && !m_lanes[i].isIdle() ? m_lanes[i].bytes() : someBytes;
+            m_bytes[i] = m_lanes[i].isIdle() ? someBytes : m_lanes[i].bytes();
         return blocks;
     }
 
@@ -131,13 +131,20 @@ private:
         Lane& lane = m_lanes[index];
         if (!lane.isIdle() && lane.isEnded())
             finish(index);
-        if (lane.isIdle() && m_next < m_messages)
-            lane.begin(m_next++);
-        else if (lane.isIdle())
+        if (lane.isIdle() && !begin(lane))
             return true;
         if (lane.blocks() == 0)
             lane.fill(m_read);
         return lane.blocks() != 0;
+    }
+
+    bool begin(Lane& lane)
+    {
+        const auto message = m_hasMore ? m_next() : std::nullopt;
+        m_hasMore = message.has_value();
+        if (message)
+            lane.begin(*message);
+        return m_hasMore;
     }
 
     void finish(std::size_t index)
@@ -154,20 +161,20 @@ private:
     std::vector<Lane> m_lanes;
     std::vector<std::uint64_t> m_states;
     std::vector<const char*> m_bytes;
-    std::size_t m_messages;
-    std::size_t m_next = 0;
+    bool m_hasMore = true;
+    const Sha3Batch::Next& m_next;
     const Sha3Batch::Read& m_read;
     const Sha3Batch::Done& m_done;
 };
 
-void HashOneByOne(std::size_t count, const Sha3Batch::Read& read, const Sha3Batch::Done& done)
+void HashOneByOne(const Sha3Batch::Next& next, const Sha3Batch::Read& read, const Sha3Batch::Done& done)
 {
     std::vector<char> room(BlocksInRoom * BlockSize);
     Sha3 hasher;
-    for (std::size_t message = 0; message < count; ++message) {
-        while (const std::size_t size = read(message, room.data(), room.size()))
+    while (const auto message = next()) {
+        while (const std::size_t size = read(*message, room.data(), room.size()))
             hasher.add(room.data(), size);
-        done(message, hasher.finish());
+        done(*message, hasher.finish());
     }
 }
 
@@ -180,9 +187,18 @@ Sha3Batch::Sha3Batch(std::size_t lanes)
 
 void Sha3Batch::hash(std::size_t count, const Read& read, const Done& done) const
 {
-    if (m_lanes == 1 || count < 2)
-        return HashOneByOne(count, read, done);
-    Lanes(m_lanes, count, read, done).run();
+    std::size_t begun = 0;
+    const Next next = [&] { return begun < count ? std::make_optional(begun++) : std::nullopt; };
+    if (count < 2)
+        return HashOneByOne(next, read, done);
+    hash(next, read, done);
+}
+
+void Sha3Batch::hash(const Next& next, const Read& read, const Done& done) const
+{
+    if (m_lanes == 1)
+        return HashOneByOne(next, read, done);
+    Lanes(m_lanes, next, read, done).run();
 }
 
 std::vector<std::size_t> Sha3Batch::Available()

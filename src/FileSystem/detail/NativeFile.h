@@ -21,8 +21,9 @@ std::error_code LastSystemError() noexcept;
 /// Who may use a new file or directory.
 enum class NewFileAccess
 {
-    Usual,    ///< as the user's settings say
-    OwnerOnly ///< this user only
+    Usual,       ///< as the user's settings say
+    OwnerOnly,   ///< this user only
+    OwnerAtFirst ///< this user only until its permissions are set, on systems on which these say all; else as usual
 };
 
 class NativeFolder;
@@ -70,6 +71,10 @@ private:
 
 /// Makes a directory that only this user may enter. A name that is taken gives std::errc::file_exists.
 VOCORE_PRIVATE_EXPORT void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& error) noexcept;
+
+/// Where files have lists of who may use them: gives a new file that of the one which it is going to replace, when that
+/// is not all the directory's. Elsewhere permissions say all, and nothing is done. What cannot be had stays as it is.
+VOCORE_PRIVATE_EXPORT void CopyAccessList(const std::filesystem::path& from, const std::filesystem::path& to) noexcept;
 
 /// Removes a file or a link, also one that is marked as not to be written; such a mark is kept when that fails.
 VOCORE_PRIVATE_EXPORT void RemoveFile(const std::filesystem::path& path, std::error_code& error) noexcept;

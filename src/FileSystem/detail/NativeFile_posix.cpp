@@ -64,7 +64,7 @@ NativeFile NativeFile::CreateNew(const std::filesystem::path& path, NewFileAcces
                                  std::error_code& error) noexcept
 {
     error.clear();
-    const mode_t mode = access == NewFileAccess::OwnerOnly ? 0600 : 0666;
+    const mode_t mode = access == NewFileAccess::Usual ? 0666 : 0600;
     const int descriptor =
         Retried([&] { return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode); });
     if (descriptor != -1)
@@ -120,6 +120,8 @@ void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& 
     if (::mkdir(path.c_str(), 0700) == -1)
         error = LastSystemError();
 }
+
+void CopyAccessList(const std::filesystem::path&, const std::filesystem::path&) noexcept {}
 
 void RemoveFile(const std::filesystem::path& path, std::error_code& error) noexcept
 {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <aclapi.h>
 #include <sddl.h>
 
 namespace vo::detail {
@@ -57,7 +58,7 @@ std::wstring OwnIdentity()
     return text;
 }
 
-// This user, the system and its administrators, for the directory and all that will be in it; nothing is inherited.
+// This user, the system and its administrators, for what is made and all that will be in it; nothing is inherited.
 std::unique_ptr<void, LocalMemory> OwnersAccess()
 {
     const std::wstring user = OwnIdentity();
@@ -67,6 +68,21 @@ std::unique_ptr<void, LocalMemory> OwnersAccess()
             (L"D:P(A;OICI;FA;;;" + user + L")(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)").c_str(), SDDL_REVISION_1, &access,
             nullptr);
     return std::unique_ptr<void, LocalMemory>(access);
+}
+
+// Whether something stands in the list that the directory did not give.
+bool IsOwnList(PACL list, PSECURITY_DESCRIPTOR access) noexcept
+{
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    if (::GetSecurityDescriptorControl(access, &control, &revision) && (control & SE_DACL_PROTECTED) != 0)
+        return true;
+    for (DWORD i = 0; i < list->AceCount; ++i) {
+        void* entry = nullptr;
+        if (::GetAce(list, i, &entry) && (static_cast<ACE_HEADER*>(entry)->AceFlags & INHERITED_ACE) == 0)
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -101,14 +117,18 @@ NativeFile NativeFile::OpenForReading(const std::filesystem::path& path, std::er
     return file;
 }
 
-NativeFile NativeFile::CreateNew(const std::filesystem::path& path, NewFileAccess, std::error_code& error) noexcept
+NativeFile NativeFile::CreateNew(const std::filesystem::path& path, NewFileAccess access,
+                                 std::error_code& error) noexcept
 {
-    // The directories that hold such files inherit access for their owner only. Others may write too: those that take
-    // the path of a new file.
     error.clear();
+    std::unique_ptr<void, LocalMemory> owners;
+    if (access == NewFileAccess::OwnerOnly)
+        owners = OwnersAccess();
+    SECURITY_ATTRIBUTES attributes = {sizeof(attributes), owners.get(), FALSE};
+    // Others may write too: those that take the path of a new file.
     const HANDLE handle =
         ::CreateFileW(SystemName(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                      nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+                      owners ? &attributes : nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle != INVALID_HANDLE_VALUE)
         return NativeFile(reinterpret_cast<Handle>(handle));
     error = LastSystemError();
@@ -160,6 +180,25 @@ void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& 
     SECURITY_ATTRIBUTES attributes = {sizeof(attributes), access.get(), FALSE};
     if (!::CreateDirectoryW(SystemName(path).c_str(), access ? &attributes : nullptr))
         error = LastSystemError();
+}
+
+void CopyAccessList(const std::filesystem::path& from, const std::filesystem::path& to) noexcept
+{
+    PACL list = nullptr;
+    PSECURITY_DESCRIPTOR read = nullptr;
+    if (::GetNamedSecurityInfoW(SystemName(from).data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
+                                &list, nullptr, &read) != ERROR_SUCCESS)
+        return;
+    const std::unique_ptr<void, LocalMemory> access(read);
+    if (!list || !IsOwnList(list, read))
+        return;
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    ::GetSecurityDescriptorControl(read, &control, &revision);
+    const DWORD isProtected = (control & SE_DACL_PROTECTED) != 0 ? PROTECTED_DACL_SECURITY_INFORMATION
+                                                                 : UNPROTECTED_DACL_SECURITY_INFORMATION;
+    ::SetNamedSecurityInfoW(SystemName(to).data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | isProtected, nullptr,
+                            nullptr, list, nullptr);
 }
 
 // The system removes no file that is marked as read-only, and no link to a directory as if it were a file.

@@ -9,9 +9,11 @@
 #include <IO/VoFileByteStream.h>
 #include <Threading/VoParallelTaskScheduler.h>
 #include <Threading/VoStopFlag.h>
+#include <Time/VoTimer.h>
 #include <Updater/detail/files/FileStamp.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <optional>
@@ -23,6 +25,8 @@ namespace vo::updater::detail {
 
 namespace {
 
+using vo::detail::Sha3Batch;
+
 // One file, and what came of it.
 struct Examination
 {
@@ -31,36 +35,93 @@ struct Examination
     std::exception_ptr failure{};
 };
 
-// Files whose bytes have to decide, each opened when its turn comes.
+// What can be said of a file without reading it; nothing when its bytes have to decide.
+std::optional<FileState> StateBySize(const ExpectedFile& file, Links links)
+{
+    if (const auto stamp = StampOf(file.path)) // one look, and no link that could be followed
+        return file.size == stamp->size ? std::nullopt : std::make_optional(FileState::Changed);
+    const FileKind kind = KindOf(file.path, links);
+    if (kind == FileKind::None)
+        return FileState::Missing;
+    if (kind == FileKind::File && file.size == VoFileSystem::FileSize(file.path))
+        return std::nullopt;
+    return FileState::Changed;
+}
+
+// The files of a batch, of which each worker takes the next when it can read another.
+class Turns
+{
+public:
+    // Large ones first: a file is read by one worker, and the others would wait for the last.
+    explicit Turns(std::vector<Examination>& examinations)
+    {
+        m_order.reserve(examinations.size());
+        for (Examination& examination : examinations)
+            m_order.push_back(&examination);
+        constexpr std::int64_t large = std::int64_t{1} << 20;
+        std::stable_sort(m_order.begin(), m_order.end(), [](const Examination* a, const Examination* b) {
+            return a->file.size.bytes() / large > b->file.size.bytes() / large;
+        });
+    }
+
+    Examination* take()
+    {
+        const std::size_t turn = m_next.fetch_add(1, std::memory_order_relaxed);
+        return turn < m_order.size() ? m_order[turn] : nullptr;
+    }
+
+private:
+    std::vector<Examination*> m_order;
+    std::atomic<std::size_t> m_next{0};
+};
+
+// One worker's files whose bytes have to decide, each opened when its turn comes.
 class Reading
 {
 public:
-    Reading(const VoStopFlag& stop, std::size_t count)
-        : m_stop(stop)
+    Reading(Turns& turns, Links links, const VoStopFlag& stop)
+        : m_turns(turns)
+        , m_links(links)
+        , m_stop(stop)
     {
-        m_files.reserve(count);
     }
 
-    void add(Examination& examination) { m_files.push_back({&examination, {}, false}); }
-
-    void run()
+    void run(const Sha3Batch& hash)
     {
+        const auto next = [this] { return begin(); };
         const auto read = [this](std::size_t number, char* room, std::size_t size) {
-            return next(m_files[number], room, size);
+            return this->read(m_files[number], room, size);
         };
         const auto done = [this](std::size_t number, const VoChecksum& digest) { finish(m_files[number], digest); };
-        vo::detail::Sha3Batch().hash(m_files.size(), read, done);
+        hash.hash(next, read, done);
     }
 
 private:
     struct File
     {
         Examination* examination;
-        vo::detail::NativeFile opened;
-        bool isBegun;
+        vo::detail::NativeFile opened{};
+        bool isBegun = false;
     };
 
-    std::size_t next(File& file, char* room, std::size_t size)
+    std::optional<std::size_t> begin()
+    {
+        while (Examination* const examination = m_turns.take()) {
+            try {
+                if (const auto state = StateBySize(examination->file, m_links)) {
+                    examination->state = *state;
+                    continue;
+                }
+                m_files.push_back({examination});
+                return m_files.size() - 1;
+            } catch (...) {
+                examination->failure = std::current_exception();
+            }
+        }
+        return std::nullopt;
+    }
+
+    std::size_t read(File& file, char* room, std::size_t size)
     {
         m_stop.throwIfStopped();
         std::error_code error;
@@ -83,57 +144,50 @@ private:
         file.opened = {};
     }
 
+    Turns& m_turns;
+    const Links m_links;
     const VoStopFlag& m_stop;
     std::vector<File> m_files;
 };
 
-// What can be said of a file without reading it; nothing when its bytes have to decide.
-std::optional<FileState> StateBySize(const ExpectedFile& file, Links links)
+// How much is examined before anything is told: enough to keep all workers busy, and not so much that whoever watches
+// waits long for a slow disk.
+class BatchSize
 {
-    if (const auto stamp = StampOf(file.path)) // one look, and no link that could be followed
-        return file.size == stamp->size ? std::nullopt : std::make_optional(FileState::Changed);
-    const FileKind kind = KindOf(file.path, links);
-    if (kind == FileKind::None)
-        return FileState::Missing;
-    if (kind == FileKind::File && file.size == VoFileSystem::FileSize(file.path))
-        return std::nullopt;
-    return FileState::Changed;
-}
+public:
+    explicit BatchSize(std::size_t workers)
+        : m_files(FilesOfWorker * workers)
+    {
+    }
 
-void ExamineTogether(Examination* first, std::size_t count, Links links, const VoStopFlag& stop)
-{
-    Reading reading(stop, count);
-    for (Examination* examination = first; examination != first + count; ++examination) {
-        try {
-            if (const auto state = StateBySize(examination->file, links))
-                examination->state = *state;
-            else
-                reading.add(*examination);
-        } catch (...) {
-            examination->failure = std::current_exception();
+    std::vector<Examination> next(std::size_t first, std::size_t count,
+                                  const std::function<ExpectedFile(std::size_t)>& expected) const
+    {
+        std::vector<Examination> batch;
+        std::int64_t bytes = 0;
+        for (std::size_t i = first; i < count && batch.size() < m_files && bytes < m_bytes; ++i) {
+            batch.push_back({expected(i), {}, {}});
+            bytes += std::clamp<std::int64_t>(batch.back().file.size.bytes(), 0, m_bytes);
         }
+        return batch;
     }
-    reading.run();
-}
 
-// How many files are handed to a worker: some for each lane of the hash.
-constexpr std::size_t FilesTogether = 32;
-
-// Enough files to keep all workers busy, and no more bytes than are read while a progress line may stand still.
-std::vector<Examination> NextBatch(std::size_t first, std::size_t count,
-                                   const std::function<ExpectedFile(std::size_t)>& expected, std::size_t workers)
-{
-    constexpr std::int64_t enoughBytes = std::int64_t{64} << 20;
-    std::vector<Examination> batch;
-    std::int64_t bytes = 0;
-    for (std::size_t i = first; i < count && batch.size() < 4 * FilesTogether * workers; ++i) {
-        if (batch.size() >= workers && bytes >= enoughBytes)
-            break;
-        batch.push_back({expected(i), {}, {}});
-        bytes += std::clamp<std::int64_t>(batch.back().file.size.bytes(), 0, enoughBytes);
+    void adapt(VoTimeDuration taken)
+    {
+        if (taken < VoMilliseconds(250))
+            m_bytes = std::min(m_bytes * 2, MostBytes);
+        else if (taken > VoSeconds(1))
+            m_bytes = std::max(m_bytes / 2, FewestBytes);
     }
-    return batch;
-}
+
+private:
+    static constexpr std::size_t FilesOfWorker = 512;
+    static constexpr std::int64_t FewestBytes = std::int64_t{64} << 20;
+    static constexpr std::int64_t MostBytes = std::int64_t{1} << 30;
+
+    std::size_t m_files;
+    std::int64_t m_bytes = FewestBytes * 4;
+};
 
 } // namespace
 
@@ -144,11 +198,12 @@ bool HasSize(const ExpectedFile& file, Links links)
 
 FileState Examine(const ExpectedFile& file, Links links, const VoStopFlag& stop)
 {
-    Examination examination{file, {}, {}};
-    ExamineTogether(&examination, 1, links, stop);
-    if (examination.failure)
-        std::rethrow_exception(examination.failure);
-    return examination.state;
+    std::vector<Examination> one = {{file, {}, {}}};
+    Turns turns(one);
+    Reading(turns, links, stop).run(Sha3Batch(1));
+    if (one[0].failure)
+        std::rethrow_exception(one[0].failure);
+    return one[0].state;
 }
 
 bool IsSound(const ExpectedFile& file)
@@ -160,14 +215,17 @@ void ExamineAll(std::size_t count, const std::function<ExpectedFile(std::size_t)
                 const VoStopFlag& stop, const std::function<void(std::size_t, FileState)>& told)
 {
     background_task::VoParallelTaskScheduler scheduler;
+    BatchSize size(scheduler.workers());
     std::vector<Examination> batch;
     for (std::size_t first = 0; first < count; first += batch.size()) {
-        batch = NextBatch(first, count, expected, scheduler.workers());
-        const std::size_t share =
-            (batch.size() + scheduler.workers() - 1) / scheduler.workers(); // a few large files go to different workers
-        scheduler.parallelFor(0, batch.size(), std::min(share, FilesTogether), [&](std::size_t begin, std::size_t end) {
-            ExamineTogether(&batch[begin], end - begin, links, stop);
-        });
+        const VoTimer timer;
+        batch = size.next(first, count, expected);
+        Turns turns(batch);
+        const std::size_t readers = std::min(scheduler.workers(), batch.size());
+        // One file is hashed faster by itself.
+        const Sha3Batch hash = batch.size() > readers ? Sha3Batch() : Sha3Batch(1);
+        scheduler.parallelFor(0, readers, 1, [&](std::size_t, std::size_t) { Reading(turns, links, stop).run(hash); });
+        size.adapt(timer.elapsed());
         for (std::size_t i = 0; i < batch.size(); ++i) {
             stop.throwIfStopped();
             if (batch[i].failure)

@@ -20,11 +20,13 @@ VoFilePath BuiltPath(const VoFilePath& place)
     return VoFilePath::CreateUnchecked(place.path() + BuiltSuffix);
 }
 
-FileInstaller::FileInstaller(const VoFilePath& place, Durability durability)
+FileInstaller::FileInstaller(const VoFilePath& place, Durability durability, Digest digest)
     : m_place(place)
     , m_built(BuiltPath(place))
     , m_durability(durability)
 {
+    if (digest == Digest::Passing)
+        m_digest.emplace();
     vo::detail::RequireValidLength(m_built);
     AtStep(FileStep::OpenFile, m_built.path());
     std::error_code error;
@@ -52,13 +54,14 @@ void FileInstaller::write(const char* data, std::size_t size)
     std::error_code error;
     m_file.write(data, size, error);
     require(error);
-    m_digest.add(data, size);
+    if (m_digest)
+        m_digest->add(data, size);
     m_size += size;
 }
 
 bool FileInstaller::finish(const VoChecksum& checksum, std::uint64_t size)
 {
-    if (m_size != size || m_digest.finish() != checksum)
+    if (m_size != size || (m_digest && m_digest->finish() != checksum))
         return false;
     AtStep(FileStep::FinishFile, m_built.path());
     std::error_code error;
@@ -70,7 +73,8 @@ bool FileInstaller::finish(const VoChecksum& checksum, std::uint64_t size)
     if (!m_isKept)
         EraseFile(m_built);
     require(error);
-    CopyPermissions(m_place, m_built);
+    if (m_digest)
+        CopyPermissions(m_place, m_built);
     return true;
 }
 

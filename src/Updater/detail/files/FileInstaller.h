@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 namespace vo::updater::detail {
 
@@ -19,6 +20,13 @@ enum class Durability
 {
     AtOnce, ///< By finish().
     Later,  ///< By whoever puts it in place, together with others (VolumeSync.h).
+};
+
+/// When a built file is compared with its digest.
+enum class Digest
+{
+    Passing, ///< By finish(), taken while the bytes pass.
+    Later,   ///< By whoever reads it together with others (BuiltFiles).
 };
 
 /// Builds one file beside its place and checks it; putting it in place is a separate step (PutInPlace).
@@ -35,7 +43,7 @@ public:
     /// Makes the new file; one that was left there by an interrupted run is removed first.
     /// @throws VoPathSizeFileException
     /// @throws VoFileException ("Cannot write file: ...") for all other trouble
-    FileInstaller(const VoFilePath& place, Durability durability);
+    FileInstaller(const VoFilePath& place, Durability durability, Digest digest = Digest::Passing);
     FileInstaller(const FileInstaller&) = delete;
     FileInstaller& operator=(const FileInstaller&) = delete;
     ~FileInstaller();
@@ -43,9 +51,9 @@ public:
     /// Appends bytes.
     void write(const char* data, std::size_t size);
 
-    /// Completes the file. The result is whether it has the size and the checksum; the digest was
-    /// taken while the bytes passed. A file that has them is kept, with the permissions of the one that it is to
-    /// replace.
+    /// Completes the file. The result is whether it has the size and, unless that is found out later, the checksum. A
+    /// file that has them is kept, with the permissions of the one that it is to replace: those it gets from whoever
+    /// compares it later, as they may forbid reading.
     bool finish(const VoChecksum& checksum, std::uint64_t size);
 
 private:
@@ -55,7 +63,7 @@ private:
     const VoFilePath m_built;
     const Durability m_durability;
     vo::detail::NativeFile m_file;
-    vo::detail::Sha3 m_digest;
+    std::optional<vo::detail::Sha3> m_digest;
     std::uint64_t m_size = 0;
     bool m_isKept = false;
 };

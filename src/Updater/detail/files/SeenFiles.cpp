@@ -24,9 +24,18 @@ constexpr std::size_t NumbersOfStamp = 5;
 constexpr std::size_t StampSize = NumbersOfStamp * sizeof(std::uint64_t);
 constexpr std::size_t DigestSize = 32;
 
-// The coarsest clock of a volume in use. A file that was changed so shortly before it was read could be changed again
-// without another time.
-constexpr std::int64_t Grain = 2'000'000'000;
+// What is changed after a file was read has no time before the newest that was seen by then, so that a file with an
+// older one is sure. How much older leaves room for clocks that do not quite agree: where times are kept to less than a
+// millisecond, as one that is no whole number of them shows, two ticks of a slow system clock; else two seconds, the
+// coarsest that a volume in use keeps.
+constexpr std::int64_t Millisecond = 1'000'000;
+constexpr std::int64_t CoarseGrain = 2000 * Millisecond;
+constexpr std::int64_t FineGrain = 20 * Millisecond;
+
+std::int64_t GrainOf(std::int64_t time)
+{
+    return time % Millisecond == 0 ? CoarseGrain : FineGrain;
+}
 
 std::array<std::uint64_t, NumbersOfStamp> Numbers(const FileStamp& stamp)
 {
@@ -99,9 +108,10 @@ std::string BytesOf(const VoFilePath& listing, const SeenFiles::Stamps& stamps, 
     std::string bytes(Beginning);
     bytes.reserve(Beginning.size() + (stamps.size() + 1) * StampSize + DigestSize);
     Append(bytes, *listed);
+    const std::int64_t surelyBefore = newest->changed - GrainOf(newest->changed);
     bool isAnySure = false;
     for (const auto& stamp : stamps) {
-        const bool isSure = stamp && stamp->changed < newest->changed - Grain && stamp->device == newest->device;
+        const bool isSure = stamp && stamp->changed < surelyBefore && stamp->device == newest->device;
         Append(bytes, isSure ? *stamp : FileStamp());
         isAnySure = isAnySure || isSure;
     }

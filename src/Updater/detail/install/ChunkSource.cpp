@@ -102,19 +102,17 @@ std::uint64_t ChunkSource::limit()
 }
 
 void ChunkSource::build(const AdvertisedFileListing& file, const VoFilePath& place, Durability durability,
-                        const VoStopFlag& stop)
+                        Digest digest, const VoStopFlag& stop)
 {
-    FileInstaller built(place, durability);
+    FileInstaller built(place, durability, digest);
     bool isSound = true;
     for (const ChunkReferenceListing& piece : file.chunks()) {
         stop.throwIfStopped();
         isSound = isSound && writePiece(piece, built);
         m_cache.release(piece.chunkID());
     }
-    if (isSound && built.finish(file.checksum(), static_cast<std::uint64_t>(file.size().bytes())))
-        return;
-    logDamaged(file);
-    throw VoDamagedContentException("File checksum does not match for: " + place.path());
+    if (!isSound || !built.finish(file.checksum(), static_cast<std::uint64_t>(file.size().bytes())))
+        throwDamaged(file, place);
 }
 
 bool ChunkSource::writePiece(const ChunkReferenceListing& piece, FileInstaller& built)
@@ -137,7 +135,7 @@ bool ChunkSource::writePiece(const ChunkReferenceListing& piece, FileInstaller& 
     return true;
 }
 
-void ChunkSource::logDamaged(const AdvertisedFileListing& file) const
+void ChunkSource::throwDamaged(const AdvertisedFileListing& file, const VoFilePath& place) const
 {
     VoUUID last("");
     for (const ChunkReferenceListing& piece : file.chunks()) {
@@ -148,6 +146,7 @@ void ChunkSource::logDamaged(const AdvertisedFileListing& file) const
         if (chunk && !m_staging.holds(*chunk))
             m_events.warning("Chunk checksum mismatch: " + m_staging.chunkPath(last).path());
     }
+    throw VoDamagedContentException("File checksum does not match for: " + place.path());
 }
 
 } // namespace vo::updater::detail

@@ -48,13 +48,16 @@ public:
     /// Builds a file beside its place. Every way in which the bytes can be wrong ends in the one exception; the log
     /// tells which.
     /// @throws VoDamagedContentException ("File checksum does not match for: " + place)
-    void build(const AdvertisedFileListing& file, const VoFilePath& place, Durability durability,
+    void build(const AdvertisedFileListing& file, const VoFilePath& place, Durability durability, Digest digest,
                const VoStopFlag& stop);
+
+    /// Logs the chunks that are why a file of that release is not what it ought to be.
+    /// @throws VoDamagedContentException ("File checksum does not match for: " + place)
+    [[noreturn]] void throwDamaged(const AdvertisedFileListing& file, const VoFilePath& place) const;
 
 private:
     std::uint64_t limit();
     bool writePiece(const ChunkReferenceListing& piece, FileInstaller& built);
-    void logDamaged(const AdvertisedFileListing& file) const;
 
     const AdvertisedPackageListing& m_advert;
     const StagingDirectory m_staging;
