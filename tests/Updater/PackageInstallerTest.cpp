@@ -299,6 +299,41 @@ TEST_F(PackageInstallerTest, DamagedReleasesFailClearlyAndChangeNothing)
     }
 }
 
+// Large files are compared with their digests when they are all built, small ones while they are written.
+TEST_F(PackageInstallerTest, AFileThatIsNotTheListedOneIsFoundBeforeAnyIsPlaced)
+{
+    Files files = First;
+    for (const char* name : {"lib/b.dat", "lib/c.dat", "lib/d.dat"})
+        files[name] = Noise(20000, static_cast<unsigned>(name[4]));
+    const VoFilePath definition = publish("1.1.0", files, 15000);
+    const std::string sound = ReadBytes(definition);
+    Files old = First;
+    old["lib/b.dat"] = "small before";
+    install(publish("1.0.0", old));
+    const std::filesystem::path marked = vo::detail::ToNative(placed("lib/b.dat"));
+    std::filesystem::permissions(marked, std::filesystem::perms(0604));
+    const auto permissions = std::filesystem::status(marked).permissions();
+    const Files before = snapshot();
+    for (const char* name : {"lib/c.dat", "readme.txt"}) {
+        SCOPED_TRACE(name);
+        std::string wrong = sound;
+        const std::string digest = ChecksumOf(files.at(name)).toString().toStdString();
+        ASSERT_NE(wrong.find(digest), std::string::npos);
+        wrong.replace(wrong.find(digest), digest.size(), ChecksumOf("else").toString().toStdString());
+        WriteBytes(definition, wrong);
+        log.clear();
+        EXPECT_THROW_MSG(install(definition), VoInstallationFailedException,
+                         "Installation failed: File checksum does not match for: " + placed(name).path());
+        EXPECT_FALSE(log.contains("updater", "Chunk checksum mismatch: "));
+        VoFileSystem::RemoveAll(staging());
+        EXPECT_EQ(snapshot(), before);
+    }
+    WriteBytes(definition, sound);
+    install(definition);
+    EXPECT_EQ(installed(), files);
+    EXPECT_EQ(std::filesystem::status(marked).permissions(), permissions);
+}
+
 // What the validator refuses is tried on itself.
 TEST_F(PackageInstallerTest, HostileDefinitionsAreRefusedAndNothingIsWritten)
 {
