@@ -61,6 +61,10 @@ TEST(LinearProblemCertificate, JudgesClaimsByTheProblemAlone)
     };
     for (const Row& row : rows)
         EXPECT_EQ(VoLinearProblemCertificate(Sample(), row.claim).verdict(), row.verdict) << row.what;
+    VoLinearProblem inOneOnly(Sense::Maximise, {3, 0}); // constraint the parameter with the noise
+    inOneOnly.addConstraint({1, 1}, 4);
+    inOneOnly.addConstraint({1, 0}, 6);
+    EXPECT_EQ(VoLinearProblemCertificate(inOneOnly, Claim({4, -1e-12}, 12, {3, 0})).verdict(), Verdict::Optimal);
 }
 
 TEST(LinearProblemCertificate, ShowsItsFigures)

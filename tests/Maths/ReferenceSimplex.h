@@ -34,6 +34,9 @@ public:
         return true;
     }
 
+    /// Whether a step was made although a constraint's row had a ratio of exactly zero over an entry above it.
+    bool zeroRatioPassedOver() const { return m_zeroRatioPassedOver; }
+
     /// One step; false when no row can be chosen.
     bool step()
     {
@@ -43,7 +46,10 @@ public:
                 column = c;
 
         std::optional<std::size_t> row;
+        bool zero = false;
         for (std::size_t r = 0; r <= m_constraints; ++r) {
+            zero =
+                zero || (r < m_constraints && m_rows[r][column] > 0.0 && m_rows[r].back() / m_rows[r][column] == 0.0);
             if (m_rows[r][column] == 0.0 || !(m_rows[r].back() / m_rows[r][column] > 0.0))
                 continue;
             if (!row || m_rows[r].back() / m_rows[r][column] < m_rows[*row].back() / m_rows[*row][column])
@@ -51,6 +57,7 @@ public:
         }
         if (!row)
             return false;
+        m_zeroRatioPassedOver = m_zeroRatioPassedOver || zero;
 
         const double pivot = m_rows[*row][column];
         for (double& entry : m_rows[*row])
@@ -73,6 +80,7 @@ private:
     std::size_t m_parameters;
     std::size_t m_constraints;
     std::vector<Row> m_rows;
+    bool m_zeroRatioPassedOver = false;
 };
 
 } // namespace vo::test

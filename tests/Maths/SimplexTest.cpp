@@ -55,6 +55,7 @@ void CompareRun(Largest& solver, ReferenceSimplex& reference, std::size_t steps)
         EXPECT_TRUE(failed);
     }
     ASSERT_TRUE(SameBits(solver.problemMatrix(), reference));
+    EXPECT_EQ(solver.zeroRatioPassedOver(), reference.zeroRatioPassedOver());
 }
 
 // Fills both with the same random numbers, taken from a few kinds that are likely to meet.
@@ -122,6 +123,7 @@ void CompareStepByStep(VoRandom& random)
     } catch (const VoInvalidCallException&) {
     }
     ASSERT_TRUE(SameBits(inOneRun.problemMatrix(), reference)) << "run in one go";
+    EXPECT_EQ(inOneRun.zeroRatioPassedOver(), reference.zeroRatioPassedOver());
 }
 
 TEST(Simplex, AgreesBitForBitWithThePlainVersionOnRandomProblems)

@@ -31,6 +31,7 @@ TEST(Statistics, InterpolatesQuantiles)
     EXPECT_EQ(VoStatistics({Infinity, Infinity}).quantile(0.3), Infinity);
     for (double q : {-0.001, 1.001, NotANumber})
         EXPECT_THROW(sample.quantile(q), VoDomainException) << q;
+    EXPECT_THROW_MSG(sample.quantile(2), VoDomainException, "Value (2) is outside range [0, 1]");
 }
 
 // Beside the same in twice the digits.
@@ -174,10 +175,14 @@ TEST(Histogram, IsShownAsATable)
 
 TEST(Histogram, CountsAgreeWithTheEdgesWhateverTheRounding)
 {
-    for (const auto& [low, high] :
-         {std::pair{0.1, 0.7}, {-1e308, 1e308}, {1.0, 1.0000000000000022}, {-7e-320, 9e-320}}) {
+    for (const auto& [low, high] : {std::pair{0.1, 0.7},
+                                    {-1e308, 1e308},
+                                    {1.0, 1.0000000000000022},
+                                    {-7e-320, 9e-320},
+                                    {-1.125, -1.1249999999999978}}) {
         VoHistogram histogram(low, high, 17);
         const auto edges = histogram.edges();
+        EXPECT_TRUE(std::is_sorted(edges.begin(), edges.end())) << low;
         for (double edge : edges)
             histogram.add(edge);
         Counts expected(17);
@@ -219,6 +224,7 @@ TEST(Histogram, TakesDataWithoutARange)
         EXPECT_EQ(histogram.above(), 1u);
         EXPECT_EQ(histogram.notNumbers(), 1u);
         EXPECT_LT(histogram.edges()[0], histogram.edges()[1]);
+        EXPECT_LE(histogram.edges()[1] - histogram.edges()[0], 2e-15 * std::fabs(value) + 5e-308);
     }
     EXPECT_EQ(VoHistogram::FromData({}).total(), 0u);
     EXPECT_EQ(VoHistogram::FromData({-Infinity}).below(), 1u);

@@ -1,5 +1,6 @@
 #include <Core/VoDeque.h>
 #include <ScopedEnvironment.h>
+#include <ScratchFolder.h>
 #include <Time/VoDateTime.h>
 #include <Time/detail/ZoneRule.h>
 #include <VoTestSupport.h>
@@ -58,6 +59,21 @@ TEST(VoTimeZone, LocalAndNamedTimesAreTheCLibrarysInTwentyZonesAndTwoCenturies)
             ASSERT_EQ(At(instant, zone).toString("%F %T").toStdString(), expected) << name << ' ' << instant;
             ASSERT_EQ(At(instant, VoTimeZone::Local()).toString("%F %T").toStdString(), expected) << name;
         }
+    }
+}
+
+TEST(VoTimeZone, RecordsThatEndTooSoonAreRefused)
+{
+    const vo::test::ScratchFolder folder;
+    std::ifstream file("/usr/share/zoneinfo/Europe/Berlin", std::ios::binary);
+    const std::string whole((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    ASSERT_GT(whole.size(), 500u);
+    const std::size_t end = whole.rfind('\n', whole.size() - 2); // the rule behind it may be missing
+    const ScopedEnvironment here("TZDIR", folder.native().c_str());
+    for (std::size_t length = 0; length <= whole.size(); ++length) {
+        const std::string name = "Cut" + std::to_string(length);
+        folder.write(name, whole.substr(0, length));
+        ASSERT_EQ(VoTimeZone::IsKnown(VoString(name)), length >= end) << length;
     }
 }
 
@@ -209,6 +225,8 @@ TEST(VoDate, AgreesWithTheFrameworksCalendar)
             ASSERT_EQ(VoDate::Parse(text, "%A, %e %B %Y (%j, %a %b)"), date);
         }
     }
+    EXPECT_EQ(VoDate(2024, 5, 6).weekday(), VoDate::Monday);
+    EXPECT_EQ(VoDate(9999, 12, 30).addDays(1), VoDate(9999, 12, 31));
     EXPECT_THROW(VoDate(9999, 12, 31).addDays(1), VoOverflowException);
     EXPECT_THROW(VoDate().addDays(std::numeric_limits<std::int64_t>::min()), VoOverflowException);
     EXPECT_THROW(VoDate().addYears(std::numeric_limits<std::int64_t>::max()), VoOverflowException);
@@ -236,9 +254,10 @@ TEST(DatePatterns, TextsThatDoNotFitAreRefused)
         {"%I:%M %p", "12:05 am"}, {"%H%M%S", "000500"}, {"%T.%3f", "00:05:00.000"}, {"%%%H:%M", "%00:05"}};
     for (const auto& [pattern, text] : fitting)
         EXPECT_EQ(VoTimeOfDay::Parse(text, pattern), VoTimeOfDay(0, 5)) << pattern;
-    const std::pair<const char*, const char*> wrong[] = {{"%H:%M", "24:00"}, {"%H:%M", "1:00"},  {"%H:%M", "01:00 "},
-                                                         {"%I %p", "13 PM"}, {"%I %p", "01 XM"}, {"%T", "00:00:60"},
-                                                         {"%3f", "12"},      {"%%", "x"},        {"%H", ""}};
+    EXPECT_EQ(VoTimeOfDay::Parse("07.250", "%S.%3f"), VoTimeOfDay(0, 0, 7, 250000000));
+    const std::pair<const char*, const char*> wrong[] = {
+        {"%H:%M", "24:00"}, {"%H:%M", "1:00"},  {"%H:%M", "01:00 "}, {"%H:%M", "00:60"}, {"%I %p", "13 PM"},
+        {"%I %p", "01 XM"}, {"%T", "00:00:60"}, {"%3f", "12"},       {"%%", "x"},        {"%H", ""}};
     for (const auto& [pattern, text] : wrong)
         EXPECT_THROW(VoTimeOfDay::Parse(text, pattern), VoInvalidConversionException) << pattern << ' ' << text;
     for (const char* pattern : {"%Q", "%", "%Y", "%3S", "%z", "%0f"})
@@ -259,6 +278,7 @@ TEST(VoTimeOfDay, GoesRoundTheClock)
     EXPECT_EQ(VoTimeOfDay() - VoNanoseconds(1), VoTimeOfDay(23, 59, 59, 999999999));
     EXPECT_EQ(evening - VoTimeDuration::Max() + VoTimeDuration::Max(), evening);
     EXPECT_EQ(VoTimeOfDay(1) - evening, VoTimeDuration(VoMinutes(-1350)));
+    EXPECT_TRUE(evening > VoTimeOfDay(1) && !(evening > evening) && !(evening < evening));
     for (const char* text : {"00:00:00", "12:34:56.500", "12:34:56.000001", "12:34:56.000000001"})
         EXPECT_EQ(VoTimeOfDay::Deserialize(text).toString().toStdString(), text);
     for (const char* text : {"24:00:00", "00:00", "00:00:00.", "00:00:00.0000000000", "0:00:00"})
@@ -291,6 +311,7 @@ TEST(VoTimeDuration, ComponentsAndIsoTextsComeBackAndTheirLikeAreRead)
         ASSERT_EQ(VoTimeDuration::Parse(duration.toIsoString()), duration) << duration.toIsoString();
     }
     EXPECT_EQ(VoTimeDuration(VoMilliseconds(3792500)).toComponentsString().toStdString(), "1h 03m 12.5s");
+    EXPECT_EQ(VoTimeDuration(VoSeconds(3600)).toComponentsString().toStdString(), "1h 00m 00s");
     EXPECT_EQ(VoTimeDuration(VoMilliseconds(-3792500)).toIsoString().toStdString(), "-PT1H3M12.5S");
     const std::pair<const char*, double> rows[] = {
         {"1.5 h", 5400},     {"90s", 90},      {"2 min", 120},     {"1d 1h", 90000}, {"1H30M", 5400}, {"250 ms", 0.25},

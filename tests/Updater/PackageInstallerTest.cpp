@@ -251,6 +251,26 @@ TEST_F(PackageInstallerTest, WhatStandsAtATargetIsReplacedAndNeverWrittenThrough
     EXPECT_EQ(fs::status(vo::detail::ToNative(placed("program"))).permissions(), permissions);
 }
 
+#if defined(__unix__) // folders are not held open elsewhere
+TEST_F(PackageInstallerTest, ADirectoryAboveThatBecomesALinkMeanwhileLeadsNothingOutside)
+{
+    const VoFilePath definition = publish("1.0.0", First);
+    const fs::path above = vo::detail::ToNative(file("place"));
+    const fs::path outside = vo::detail::ToNative(file("outside"));
+    fs::create_directories(outside / "of" / "app");
+    VO_SKIP_WITHOUT_LINKS(outside);
+    const StepWatch watch([&](FileStep step, const VoString& path) {
+        if (step != FileStep::MakeDirectory || path != place().path())
+            return;
+        fs::remove_all(above);
+        fs::create_directory_symlink(outside, above);
+    });
+    EXPECT_THROW(install(definition), VoInstallationFailedException);
+    EXPECT_TRUE(fs::is_symlink(above));
+    EXPECT_EQ(TreeOf(outside), (Files{{"of/", ""}, {"of/app/", ""}})) << "neither made nor removed";
+}
+#endif
+
 TEST_F(PackageInstallerTest, DamagedReleasesFailClearlyAndChangeNothing)
 {
     struct Row

@@ -7,6 +7,8 @@
 #include <Updater/detail/files/FileDifference.h>
 #include <Updater/detail/files/FilePatch.h>
 
+#include <unordered_set>
+
 namespace vo::test {
 
 namespace {
@@ -197,6 +199,22 @@ TEST_F(PatchedUpdate, FetchesWhatItsPlanSaysAndNoMore)
     ASSERT_EQ(planned.patches.size(), 2u);
     EXPECT_EQ(planned.patchedFiles, 2u);
     EXPECT_LT(planned.bytesToFetch, 400u);
+    // Two files share a chunk. The patch of one saves nothing; that of the other saves less than the chunk, which is
+    // fetched then.
+    auto dear = opened(at(Day(2)));
+    ReleasePatches patches = *dear.package->patches();
+    std::unordered_set<VoUUID> fetched;
+    for (const ChunkListing& chunk : planned.chunks)
+        fetched.insert(chunk.id());
+    for (ReleasePatches::Patch& patch : patches.patches) {
+        patch.size = &patch == &patches.patches.front() ? 0 : -1;
+        for (const auto& piece : dear.package->file(patch.fileID)->chunks()) {
+            if (fetched.count(piece.chunkID()) == 0)
+                patch.size += dear.package->chunk(piece.chunkID())->size().bytes();
+        }
+    }
+    dear.package->setPatches(std::make_shared<ReleasePatches>(patches));
+    EXPECT_EQ(plan(dear).patches.size(), 0u);
     // All else is taken away.
     Files served = FilesBelow(releasePlace());
     for (const auto& [name, bytes] : served) {

@@ -183,12 +183,16 @@ TEST_F(RemoteInstall, AMirrorStepsInForWhatIsDamagedOrMissing)
     const VoFilePath chunk = lastChunk(definition);
     options.downloads.mirrored = VoUrl(server.url("/").c_str());
     options.downloads.mirrors.pushBack(VoUrl(server.url("/mirror/").c_str()));
-    server.get("/mirror" + target(chunk), ScriptedAnswer::Body(ReadBytes(chunk)));
-    for (const ScriptedAnswer& answer :
-         {ScriptedAnswer::Status(404, "Not Found"), ScriptedAnswer::Body(std::string(ReadBytes(chunk).size(), 'w'))}) {
+    const ScriptedAnswer missing = ScriptedAnswer::Status(404, "Not Found");
+    const ScriptedAnswer sound = ScriptedAnswer::Body(ReadBytes(chunk));
+    const ScriptedAnswer damaged = ScriptedAnswer::Body(std::string(sound.body.size(), 'w'));
+    const std::pair<std::vector<ScriptedAnswer>, ScriptedAnswer> rows[] = {
+        {{missing}, sound}, {{damaged}, sound}, {{damaged, sound}, missing}};
+    for (const auto& [first, second] : rows) {
         wipe();
-        server.get(target(chunk), answer);
-        EXPECT_EQ(installFrom(definition), "");
+        server.get(target(chunk), first);
+        server.get("/mirror" + target(chunk), second);
+        EXPECT_EQ(installFrom(definition), "") << second.status;
         EXPECT_EQ(FilesBelow(place()), First);
     }
 }
