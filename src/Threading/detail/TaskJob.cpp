@@ -1,6 +1,7 @@
 #include <Threading/detail/TaskJob.h>
 
 #include <Core/VoException.h>
+#include <Threading/QueuedWork.h>
 
 #include <utility>
 
