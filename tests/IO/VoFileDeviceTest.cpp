@@ -1,8 +1,10 @@
 #include <IO/VoFileByteStream.h>
 #include <IO/VoFileDevice.h>
 #include <IO/VoIOException.h>
+#include <IO/VoWholeFile.h>
 
 #include <Core/VoByteArray.h>
+#include <FileSystem/detail/NativeFile.h>
 
 #include <MemoryDevice.h>
 #include <RandomBytes.h>
@@ -332,4 +334,21 @@ TEST_F(VoFileDeviceTest, ByteStreamsCarryAllBytesInBlocksOfAnySize)
     char byte = 0;
     EXPECT_EQ(in.read(&byte, 1), 0u);
     EXPECT_TRUE(in.eof());
+}
+
+TEST_F(VoFileDeviceTest, WholeFilesAreReadUpToTheLengthAskedFor)
+{
+    constexpr std::size_t block = vo::detail::FileBlockSize;
+    std::mt19937 random(4);
+    for (const std::size_t size : {std::size_t(1), block - 1, block, block + 1, 2 * block}) {
+        const std::string content = RandomText(random, size);
+        const VoFilePath path = m_folder.write("file", content);
+        EXPECT_TRUE(vo::ReadWholeFile(path, size) == content) << size;
+        EXPECT_FALSE(vo::ReadWholeFile(path, size - 1)) << size;
+    }
+    EXPECT_EQ(vo::ReadWholeFile(m_folder.write("empty", ""), 0), "");
+    EXPECT_THROW(vo::ReadWholeFile(m_folder.path("missing"), 1), VoFileNotFoundException);
+#if defined(__linux__)
+    EXPECT_THROW(vo::ReadWholeFile(VoFilePath("/proc/self/mem"), 1), VoIOException);
+#endif
 }

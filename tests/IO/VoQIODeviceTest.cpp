@@ -114,6 +114,20 @@ TEST(VoQIODevice, KeepsTheFirstExceptionOfAWriteAndWritesNothingMore)
     EXPECT_FALSE(adapter.hasFailed());
 }
 
+TEST(VoQIODevice, APlaceThatCannotBeWrittenAtIsAFailure)
+{
+    struct Fixed : VoStringDevice
+    {
+        using VoStringDevice::VoStringDevice;
+        void seek_write(std::size_t) override { throw VoIOException("cannot go there"); }
+    } device("content");
+    VoQIODevice adapter(device);
+    ASSERT_TRUE(adapter.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+    EXPECT_EQ(adapter.read(1), "c");
+    EXPECT_EQ(adapter.write("x"), -1);
+    EXPECT_THROW_MSG(adapter.rethrow(), VoIOException, "cannot go there");
+}
+
 TEST(VoQIODevice, AShortWriteIsAFailure)
 {
     MemoryDevice device;

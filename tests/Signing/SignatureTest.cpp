@@ -67,6 +67,9 @@ TEST(Signature, ASealedKeyOpensWithItsPassphraseOnlyAndForMinisignToo)
     EXPECT_NE(key.toString(Words("open sesame"), SecretKey::Effort::Quick), sealed) << "the salt";
     const SecretKey opened = SecretKey::Parse(sealed, Words("open sesame"));
     EXPECT_EQ(opened.publicKey(), key.publicKey());
+    std::string renumbered = key.publicKey().toLine().toStdString();
+    renumbered[5] = renumbered[5] == 'A' ? 'B' : 'A';
+    EXPECT_NE(PublicKey::Parse(VoString(renumbered)), key.publicKey());
     Verify(key.publicKey(), "text", Sign(opened, "text"));
     EXPECT_THROW_MSG(SecretKey::Parse(sealed, Words("open sesame ")), VoValidationException, "Wrong passphrase");
     EXPECT_THROW_MSG(key.toString(Passphrase()), VoInvalidParameterException, "Empty passphrase");
@@ -125,7 +128,13 @@ TEST(Signature, BrokenFilesAreRefusedForWhatTheyAre)
     for (std::size_t at = 0; (at = crlf.find('\n', at)) != std::string::npos; at += 2)
         crlf.insert(at, 1, '\r');
     Verify(key.publicKey(), "", crlf);
-    for (const char* comment : {"two\nlines", "\x7f", "tab\t"})
+    const VoString longest(std::string(1000, 'x'));
+    const Signature whole = Signature::Parse(key.sign("", 0, longest, "for all").toString());
+    EXPECT_EQ(whole.trustedComment(), longest);
+    EXPECT_EQ(whole.comment(), "for all");
+    for (const char* comment : {"two\nlines", "\x7f", "tab\t"}) {
         EXPECT_THROW_MSG(key.sign("", 0, comment), VoInvalidParameterException, "Invalid comment");
+        EXPECT_THROW_MSG(key.sign("", 0, "", comment), VoInvalidParameterException, "Invalid comment");
+    }
     EXPECT_THROW_MSG(key.sign("", 0, VoString(std::string(1001, 'x'))), VoInvalidParameterException, "Invalid comment");
 }
