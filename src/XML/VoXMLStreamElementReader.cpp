@@ -4,6 +4,7 @@
 #include <Core/VoException.h>
 #include <Core/VoXMLException.h>
 #include <XML/VoXMLStreamReader.h>
+#include <XML/detail/StreamChildren.h>
 #include <XML/detail/XMLReadEngine.h>
 
 #include <utility>
@@ -32,28 +33,6 @@ std::shared_ptr<XMLElementState> CurrentToken(VoXMLStreamReader* reader)
 
 } // namespace
 
-// The children of one element. Walks on the element's state: the element reader, and this range with it, may end at the
-// element's end tag, in the middle of a step.
-class VoXMLStreamElementReader::StreamChildren : public Children, public std::enable_shared_from_this<StreamChildren>
-{
-public:
-    StreamChildren(VoXMLStreamReader* parent, std::shared_ptr<XMLElementState> element)
-        : m_parent(parent)
-        , m_element(std::move(element))
-    {
-    }
-
-    Iterator begin() override;
-    Iterator end() override { return Iterator(nullptr); }
-
-    std::shared_ptr<VoXMLStreamElementReader> next() { return NextChild(m_parent, m_element); }
-
-private:
-    VoXMLStreamReader* m_parent;
-    std::shared_ptr<XMLElementState> m_element;
-    bool m_isUsed = false;
-};
-
 class VoXMLStreamElementReader::StreamImplementation : public Children::Iterator::Implementation
 {
 public:
@@ -78,6 +57,11 @@ private:
     std::weak_ptr<StreamChildren> m_range;
     std::shared_ptr<VoXMLElementReader> m_child;
 };
+
+std::shared_ptr<VoXMLStreamElementReader> VoXMLStreamElementReader::StreamChildren::next()
+{
+    return NextChild(m_parent, m_element);
+}
 
 VoXMLElementReader::Children::Iterator VoXMLStreamElementReader::StreamChildren::begin()
 {

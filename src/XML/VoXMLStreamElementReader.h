@@ -49,5 +49,5 @@ private:
 
     VoXMLStreamReader* m_parent;
     std::shared_ptr<vo::detail::XMLElementState> m_element;
-    std::shared_ptr<StreamChildren> m_children; // made when first asked for
+    std::shared_ptr<StreamChildren> m_children; // made when first asked for; those of open elements need none
 };

@@ -5,6 +5,7 @@
 #include <XML/VoXMLPath.h>
 #include <XML/VoXMLStreamElementReader.h>
 #include <XML/VoXMLValidator.h>
+#include <XML/detail/StreamChildren.h>
 #include <XML/detail/XMLReadEngine.h>
 #include <XML/detail/XMLText.h>
 
@@ -39,13 +40,16 @@ struct VoXMLStreamReader::Private
     {
     }
 
-    // Lets the reader and its count share one allocation.
-    struct HandedOut : VoXMLStreamElementReader
+    // Lets the reader, its children and its count share one allocation.
+    struct HandedOut final : VoXMLStreamElementReader, VoXMLStreamElementReader::StreamChildren
     {
         HandedOut(VoXMLStreamReader* parent, const XMLReadEngine::Element& element)
             : VoXMLStreamElementReader(parent, element)
+            , VoXMLStreamElementReader::StreamChildren(parent, element)
         {
         }
+
+        VoXMLElementReader::Children& children() override { return *this; }
     };
 
     XMLReadEngine::Element find(const VoXMLStreamElementReader* element) const;

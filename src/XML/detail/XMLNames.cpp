@@ -6,6 +6,7 @@
 #include <QtCore/QStringView>
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <utility>
 
@@ -23,6 +24,13 @@ std::size_t Slot(const Unit* units, std::size_t count, std::size_t slots)
     for (std::size_t i = 0; i < count; ++i)
         hash = (hash ^ static_cast<std::uint32_t>(units[i])) * 16777619u;
     return (hash ^ (hash >> 15)) % slots;
+}
+
+// Cheaper than the framework's comparison, which tells the order too.
+bool AreSame(const QString& a, QStringView b)
+{
+    const auto bytes = static_cast<std::size_t>(b.size()) * sizeof(ushort);
+    return a.size() == b.size() && (bytes == 0 || std::memcmp(a.utf16(), b.utf16(), bytes) == 0);
 }
 
 // The ranges of the standard, for characters beyond ASCII.
@@ -64,7 +72,7 @@ std::shared_ptr<const VoString> XMLReadNames::shared(QStringView name)
     if (count > LongestName)
         return std::make_shared<const VoString>(FromQtText(name));
     Entry& entry = m_entries[Slot(name.utf16(), count, m_entries.size())];
-    if (!entry.name || entry.qtName != name) {
+    if (!entry.name || !AreSame(entry.qtName, name)) {
         entry.name = std::make_shared<const VoString>(FromQtText(name));
         entry.qtName = name.toString();
     }
