@@ -190,7 +190,7 @@ TEST(Schedulers, QueueWorkOfAnySizeInOrderAndDropWhatIsLeftOfManyBatches)
     constexpr std::size_t count = 2000;
     for (std::size_t i = 0; i < count; i += 4) {
         scheduler.start([&, i] { order.push_back(i); });
-        scheduler.start([&, i, large = std::array<std::size_t, 50>{i}] { order.push_back(large[0] + 1); });
+        scheduler.start([&, large = std::array<std::size_t, 50>{i}] { order.push_back(large[0] + 1); });
         struct alignas(64) Aligned
         {
             std::size_t value;
