@@ -43,6 +43,7 @@
 #include <QtCore/QScopeGuard>
 
 #include <algorithm>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -52,23 +53,56 @@ namespace vo::updater {
 
 using namespace detail;
 
+struct PackageInstaller::PlannedFile
+{
+    FileChange change;
+    VoFilePath copiedFrom{};
+    std::uint64_t patch = 0; // the length of the patch that makes it
+};
+
 struct PackageInstaller::Private
 {
+    // Without the files that are taken over as they are.
+    struct Plan
+    {
+        InstallationPlan totals; // the rest of it, without files
+        std::vector<PlannedFile> files;
+    };
+
     VoUniquePtr<InstalledPackageListing> installed; // null: nothing is installed
-    PackageDifferences differences;
+    std::vector<FileChange> differences;
     FileOwners owners;
-    InstallationPlan plan;    // without the files that are taken over as they are
+    Plan plan;
     VoDeque<ChunkUse> chunks; // those of the plan
     ChosenPatches patches;    // those of the plan
     AttributePlan attributes;
     std::shared_ptr<const ReleaseAttributes> planned; // what the plan was made of
     std::unordered_set<VoUUID> refusedPatches;        // files that patches failed to make
     bool isPrepared = false;
-    SeenFiles::Stamps stamps{}; // of the files of the advert, when they were verified
-    std::int64_t begun = 0;     // when that was
+    SeenFiles::Stamps stamps{};                         // of the files of the advert, when they were verified
+    std::int64_t begun = 0;                             // when that was
     std::vector<const AdvertisedFileListing*> unread{}; // built, and not yet compared with their digests
     std::int64_t bytesUnread = 0;
+    std::once_flag isShown{}; // whether the next one has been made
+    PackageDifferences shownDifferences{VoUUID(""), VoUUID(""), VoUUID("")};
+
+    PackageDifferences madeDifferences(const AdvertisedPackageListing& advert) const;
 };
+
+PackageDifferences PackageInstaller::Private::madeDifferences(const AdvertisedPackageListing& advert) const
+{
+    const AbstractPackageListing& source = installed ? static_cast<const AbstractPackageListing&>(*installed) : advert;
+    PackageDifferences result(source.packageID(), source.versionID(), advert.versionID());
+    for (const FileChange& change : differences) {
+        if (change.type == FileDifference::Removed)
+            result.fileRemoved(TableOf(installed->files()).id(change.number));
+        else if (change.type == FileDifference::Added)
+            result.fileAdded(TableOf(advert.files()).id(change.number));
+        else
+            result.fileModified(TableOf(advert.files()).id(change.number));
+    }
+    return result;
+}
 
 namespace {
 
@@ -83,25 +117,10 @@ constexpr std::int64_t MostBytesUnread = std::int64_t{256} << 20;
 // Bytes that are read at once from a file that is copied.
 constexpr std::size_t CopyBlock = 256 * 1024;
 
-void PlanCopying(InstallationPlan& plan, const ReusedFiles& reused)
+// The bytes of a file; none for an unknown size.
+std::uint64_t LengthOf(const FileTable& files, FileTable::Number file)
 {
-    for (InstallationPlan::File& file : plan.files) {
-        const auto source = reused.find(file.id);
-        if (source == reused.end())
-            continue;
-        file.copiedFrom = source->second;
-        plan.bytesToCopy += file.bytes;
-        ++plan.copiedFiles;
-    }
-}
-
-void PlanPatching(InstallationPlan& plan, const ChosenPatches& patches)
-{
-    for (InstallationPlan::File& file : plan.files) {
-        const auto patch = patches.find(file.id);
-        file.patch = patch == patches.end() ? 0 : patch->second->size;
-        plan.patchedFiles += file.patch > 0 ? 1 : 0;
-    }
+    return static_cast<std::uint64_t>(std::max<std::int64_t>(files.length(file), 0));
 }
 
 bool IsInPlace(const InstalledFileListing& file, const VoFilePath& place)
@@ -167,7 +186,7 @@ PackageInstaller::PackageInstaller(VoUniquePtr<AdvertisedPackageListing> package
 
 PackageInstaller::~PackageInstaller() = default;
 
-void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
+void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing>&& installed)
 {
     const AdvertisedPackageListing& advert = advertisedPackage();
     PackageDifferences differences = Differences(installed.get(), advert);
@@ -185,34 +204,54 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing> installed)
     }
     const ReusedFiles unchanged = rebuildWronglyMarked(attributes, differences, claims);
 
-    const PackageDifferences written = Without(differences, claims.adoptedIDs);
-    ReusedFiles reused = findStaged(written);
-    reused.merge(findReusable(Without(written, reused), installed.get(), attributes));
+    const Remaining written(differences, claims.adoptedIDs);
+    ReusedFiles reused = findStaged(*written);
+    reused.merge(findReusable(*Remaining(*written, reused), installed.get(), attributes));
     reused.insert(unchanged.begin(), unchanged.end());
     std::unordered_set<VoUUID> refused;
     if (m_private)
         refused = std::move(m_private->refusedPatches);
-    const PackageDifferences built = Without(written, reused);
-    ChosenPatches patches = choosePatches(built, installed.get(), refused);
-    VoDeque<ChunkUse> chunks = ChunkUses(Without(built, patches), advert);
-    InstallationPlan plan = PlanFiles(written, installed.get(), advert);
-    // Paths of what is written are only told with the plan that is shown: of many files they take much room.
-    for (InstallationPlan::File& file : plan.files) {
-        if (file.type != FileDifference::Removed)
-            file.path = VoFilePath();
-    }
-    PlanCopying(plan, reused);
-    PlanPatching(plan, patches);
-    PlanFetching(plan, Listings(chunks), PatchFiles(patches, built));
+    const Remaining built(*written, reused);
+    ChosenPatches patches = choosePatches(*built, installed.get(), refused);
+    VoDeque<ChunkUse> chunks = ChunkUses(*Remaining(*built, patches), advert);
+    Private::Plan plan{PlanTotals(*written, installed.get(), advert), {}};
+    InstallationPlan& totals = plan.totals;
+    const std::vector<FileChange> planned = ChangesOf(*written, installed.get(), advert);
+    plan.files.reserve(planned.size());
+    for (const FileChange& change : planned)
+        plan.files.push_back({change});
+    planCopies(plan.files, totals, reused, patches);
+    PlanFetching(totals, Listings(chunks), PatchFiles(patches, *built));
     for (const LinkPlace& link : attributes.links)
-        plan.bytesToWrite += link.copy ? static_cast<std::uint64_t>(link.copy->size.bytes()) : 0;
-    plan.foreignFiles = std::move(claims.foreign);
-    plan.adoptedFiles = std::move(claims.adopted);
-    plan.conflicts = std::move(claims.conflicts);
-    plan.keptFiles = std::move(claims.kept);
-    m_private.reset(new Private{std::move(installed), std::move(differences), std::move(owners), std::move(plan),
+        totals.bytesToWrite += link.copy ? static_cast<std::uint64_t>(link.copy->size.bytes()) : 0;
+    totals.foreignFiles = std::move(claims.foreign);
+    totals.adoptedFiles = std::move(claims.adopted);
+    totals.conflicts = std::move(claims.conflicts);
+    totals.keptFiles = std::move(claims.kept);
+    std::vector<FileChange> changes = ChangesOf(differences, installed.get(), advert);
+    m_private.reset(new Private{std::move(installed), std::move(changes), std::move(owners), std::move(plan),
                                 std::move(chunks), std::move(patches), std::move(attributes), advert.attributes(),
                                 std::move(refused)});
+}
+
+// Which files are copied or made by patches.
+void PackageInstaller::planCopies(std::vector<PlannedFile>& files, InstallationPlan& totals, const ReusedFiles& reused,
+                                  const ChosenPatches& patches) const
+{
+    const FileTable& table = TableOf(advertisedPackage().files());
+    for (PlannedFile& file : files) {
+        if ((reused.empty() && patches.empty()) || file.change.type == FileDifference::Removed)
+            continue;
+        const VoUUID id = table.id(file.change.number);
+        if (const auto source = reused.find(id); source != reused.end()) {
+            file.copiedFrom = source->second;
+            totals.bytesToCopy += LengthOf(table, file.change.number);
+            ++totals.copiedFiles;
+        }
+        const auto patch = patches.find(id);
+        file.patch = patch == patches.end() ? 0 : patch->second->size;
+        totals.patchedFiles += file.patch > 0 ? 1 : 0;
+    }
 }
 
 // Whether the advert's paths can be told: else the run will refuse it.
@@ -368,13 +407,37 @@ bool PackageInstaller::isInPlace(const InstalledFileListing& record, const Adver
 
 const PackageDifferences& PackageInstaller::differences() const
 {
-    return m_private->differences;
+    std::call_once(m_private->isShown,
+                   [this] { m_private->shownDifferences = m_private->madeDifferences(advertisedPackage()); });
+    return m_private->shownDifferences;
+}
+
+// Of a file to add or to rewrite.
+VoUUID PackageInstaller::idOf(const PlannedFile& planned) const
+{
+    return TableOf(advertisedPackage().files()).id(planned.change.number);
+}
+
+InstallationPlan::File PackageInstaller::shown(const PlannedFile& planned) const
+{
+    const auto [type, number] = planned.change;
+    if (type == FileDifference::Removed) {
+        const FileTable& files = TableOf(m_private->installed->files());
+        return {type, files.id(number), m_private->installed->files()[number].path(), LengthOf(files, number)};
+    }
+    const FileTable& files = TableOf(advertisedPackage().files());
+    return {type,
+            files.id(number),
+            resolvedPath(advertisedPackage().files()[number]),
+            LengthOf(files, number),
+            planned.copiedFrom,
+            planned.patch};
 }
 
 InstallationPlan PackageInstaller::plan() const
 {
     requireValid();
-    InstallationPlan result = m_private->plan;
+    InstallationPlan result = m_private->plan.totals;
     if (const auto& installed = m_private->installed) {
         result.isInstalled = true;
         result.installedVersionID = installed->versionID();
@@ -383,10 +446,8 @@ InstallationPlan PackageInstaller::plan() const
         result.isMove = isMove();
     }
     result.isUnfinished = IsUnfinished(packageID(), m_private->installed.get());
-    for (InstallationPlan::File& file : result.files) {
-        if (file.type != FileDifference::Removed)
-            file.path = resolvedPath(*advertisedPackage().file(file.id));
-    }
+    for (const PlannedFile& file : m_private->plan.files)
+        result.files.pushBack(shown(file));
     ShowAttributes(m_private->attributes, result);
     const auto missingOf = [&](const VoDeque<ChunkListing>& files) {
         VoDeque<ChunkListing> missing;
@@ -394,20 +455,20 @@ InstallationPlan PackageInstaller::plan() const
             (chunkSource().staging().holds(file) ? result.stagedChunks : missing).pushBack(file);
         return missing;
     };
-    VoDeque<ChunkListing> chunks = missingOf(m_private->plan.chunks);
-    PlanFetching(result, std::move(chunks), missingOf(m_private->plan.patches));
+    VoDeque<ChunkListing> chunks = missingOf(m_private->plan.totals.chunks);
+    PlanFetching(result, std::move(chunks), missingOf(m_private->plan.totals.patches));
     return result;
 }
 
 VoDeque<ChunkListing> PackageInstaller::requiredChunks() const
 {
-    return Listings(ChunkUses(m_private->differences, advertisedPackage()));
+    return Listings(ChunkUses(m_private->madeDifferences(advertisedPackage()), advertisedPackage()));
 }
 
 VoDeque<ChunkListing> PackageInstaller::chunksToObtain() const
 {
-    VoDeque<ChunkListing> files = m_private->plan.chunks;
-    for (const ChunkListing& patch : m_private->plan.patches)
+    VoDeque<ChunkListing> files = m_private->plan.totals.chunks;
+    for (const ChunkListing& patch : m_private->plan.totals.patches)
         files.pushBack(patch);
     return files;
 }
@@ -427,17 +488,18 @@ bool PackageInstaller::findOtherWay()
 // there when all of the release is being built.
 bool PackageInstaller::prepareStaged(const VoStopFlag& stop)
 {
+    if (m_private->patches.empty())
+        return true;
     std::unordered_set<VoUUID> refused;
-    for (InstallationPlan::File& file : m_private->plan.files) {
-        if (m_private->patches.count(file.id) == 0)
+    for (PlannedFile& file : m_private->plan.files) {
+        if (file.change.type == FileDifference::Removed || m_private->patches.count(idOf(file)) == 0)
             continue;
         try {
             applyPatch(file, stop);
         } catch (const VoException&) {
             stop.throwIfStopped();
-            warning("File is built of chunks instead of its patch: " +
-                    resolvedPath(*advertisedPackage().file(file.id)).path() + ": " + FailureText());
-            refused.insert(file.id);
+            warning("File is built of chunks instead of its patch: " + shown(file).path.path() + ": " + FailureText());
+            refused.insert(idOf(file));
         }
     }
     if (refused.empty())
@@ -455,16 +517,17 @@ void PackageInstaller::planAgain()
     m_private->isPrepared = isPrepared;
 }
 
-void PackageInstaller::applyPatch(InstallationPlan::File& planned, const VoStopFlag& stop) const
+void PackageInstaller::applyPatch(PlannedFile& planned, const VoStopFlag& stop) const
 {
-    const ReleasePatches::Patch& patch = *m_private->patches.at(planned.id);
+    const VoUUID id = idOf(planned);
+    const ReleasePatches::Patch& patch = *m_private->patches.at(id);
     const StagingDirectory& staging = chunkSource().staging();
     if (!staging.holds(patch.file()))
         throw VoDamagedContentException("Patch checksum mismatch: " + staging.chunkPath(patch.id).path());
     RequireFreeSpace(staging.path(), patch.after.size);
     const VoFilePath place = staging.path().file(patch.id.toString());
     FileInstaller made(place, Durability::Later);
-    ApplyPatch(m_private->installed->file(planned.id)->path(), staging.chunkPath(patch.id), patch.after.size,
+    ApplyPatch(m_private->installed->file(id)->path(), staging.chunkPath(patch.id), patch.after.size,
                [&](const char* bytes, std::size_t size) {
                    stop.throwIfStopped();
                    made.write(bytes, size);
@@ -484,7 +547,7 @@ bool PackageInstaller::isMove() const
 void PackageInstaller::requirePermitted() const
 {
     const InstallationOptions& options = settings().options;
-    const InstallationPlan& plan = m_private->plan;
+    const InstallationPlan& plan = m_private->plan.totals;
     if (!plan.conflicts.isEmpty()) {
         const InstallationPlan::OwnedFile& first = plan.conflicts.front();
         throw VoValidationException("File belongs to another package: " + first.path.path() + " (" + first.name + " " +
@@ -522,16 +585,16 @@ void PackageInstaller::prepare()
     requirePermitted();
     requireAllStaged();
     // Asked again before the first file is written; here it saves a download that would be of no use.
-    RequireFreeSpace(installationDirectory(), m_private->plan.bytesToWrite);
+    RequireFreeSpace(installationDirectory(), m_private->plan.totals.bytesToWrite);
     m_private->isPrepared = true;
 }
 
 // What takes no chunk is built anew.
 void PackageInstaller::requireAllStaged() const
 {
-    if (settings().staged.isNull() || m_private->plan.chunks.isEmpty())
+    if (settings().staged.isNull() || m_private->plan.totals.chunks.isEmpty())
         return;
-    for (const InstallationPlan::File& file : m_private->plan.files) {
+    for (const PlannedFile& file : m_private->plan.files) {
         const AdvertisedFileListing* built = builtFile(file);
         if (built && !built->chunks().isEmpty())
             throw VoStagedReleaseException("Staged release lacks a file that is needed now, stage it again: " +
@@ -552,28 +615,28 @@ void PackageInstaller::stage(const VoLocation& definition, const VoStopFlag& sto
 std::uint64_t PackageInstaller::bytesToStage() const
 {
     std::uint64_t bytes = 0;
-    for (const InstallationPlan::File& file : m_private->plan.files) {
-        if (file.type != FileDifference::Removed && !isStaged(file))
-            bytes += file.bytes;
+    for (const PlannedFile& file : m_private->plan.files) {
+        if (file.change.type != FileDifference::Removed && !isStaged(file))
+            bytes += LengthOf(TableOf(advertisedPackage().files()), file.change.number);
     }
     return bytes;
 }
 
 // Whether a staging before has left the file whole.
-bool PackageInstaller::isStaged(const InstallationPlan::File& planned) const
+bool PackageInstaller::isStaged(const PlannedFile& planned) const
 {
     return settings().isStaging &&
-           Bytes(planned.copiedFrom) == Bytes(buildPlace(*advertisedPackage().file(planned.id)));
+           Bytes(planned.copiedFrom) == Bytes(buildPlace(advertisedPackage().files()[planned.change.number]));
 }
 
 VoDeque<VoFilePath> PackageInstaller::stagedFiles() const
 {
     VoDeque<VoFilePath> result;
     std::unordered_set<std::string> known;
-    for (const InstallationPlan::File& file : m_private->plan.files) {
-        if (file.type == FileDifference::Removed)
+    for (const PlannedFile& file : m_private->plan.files) {
+        if (file.change.type == FileDifference::Removed)
             continue;
-        const VoFilePath path = buildPlace(*advertisedPackage().file(file.id));
+        const VoFilePath path = buildPlace(advertisedPackage().files()[file.change.number]);
         if (known.emplace(Bytes(path)).second)
             result.pushBack(path);
     }
@@ -592,7 +655,7 @@ VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
     UpdateTransaction transaction(advertisedPackage(), m_private->installed.get(), installationDirectory(), targets(),
                                   m_private->owners, journal);
     try {
-        RequireFreeSpace(installationDirectory(), m_private->plan.bytesToWrite);
+        RequireFreeSpace(installationDirectory(), m_private->plan.totals.bytesToWrite);
         transaction.begin();
         buildFiles(stop);
         stop.throwIfStopped();
@@ -615,7 +678,7 @@ VoUniquePtr<InstalledPackageListing> PackageInstaller::install(VoStopFlag stop)
         transaction.rollBack();
         throw;
     }
-    return VoUniquePtr<InstalledPackageListing>::Make(transaction.listing());
+    return VoUniquePtr<InstalledPackageListing>::Make(transaction.takeListing());
 }
 
 InstallationJournal PackageInstaller::journal() const
@@ -628,12 +691,10 @@ InstallationJournal PackageInstaller::journal() const
 VoDeque<TargetFile> PackageInstaller::targets() const
 {
     const VoDeque<AdvertisedFileListing>& files = advertisedPackage().files();
-    const FileTable& table = TableOf(files);
     std::vector<bool> isWritten(files.size());
-    for (const InstallationPlan::File& file : m_private->plan.files) {
-        const auto number = file.type == FileDifference::Removed ? FileTable::None : table.find(file.id);
-        if (number != FileTable::None)
-            isWritten[number] = true;
+    for (const PlannedFile& file : m_private->plan.files) {
+        if (file.change.type != FileDifference::Removed)
+            isWritten[file.change.number] = true;
     }
     VoDeque<TargetFile> result;
     for (const AdvertisedFileListing& file : files)
@@ -650,7 +711,7 @@ void PackageInstaller::buildFiles(const VoStopFlag& stop)
     for (const ChunkUse& chunk : m_private->chunks)
         chunks.expect(chunk.listing.id(), chunk.references);
 
-    const std::uint64_t written = m_private->plan.addedFiles + m_private->plan.modifiedFiles;
+    const std::uint64_t written = m_private->plan.totals.addedFiles + m_private->plan.totals.modifiedFiles;
     const Durability durability = written > FewFiles && CanSyncVolume() ? Durability::Later : Durability::AtOnce;
     const PlannedFiles order = buildOrder(chunks.cacheLimit());
     m_private->unread.clear(); // a run that ended early leaves some
@@ -658,7 +719,7 @@ void PackageInstaller::buildFiles(const VoStopFlag& stop)
     chunks.readAhead(chunkOrder(order));
     const auto endReading = qScopeGuard([&chunks] { chunks.endReading(); });
     std::uint64_t done = 0;
-    for (const InstallationPlan::File* file : order) {
+    for (const PlannedFile* file : order) {
         stop.throwIfStopped();
         buildFile(*file, durability, stop);
         if (m_private->bytesUnread >= MostBytesUnread)
@@ -678,21 +739,21 @@ VoFilePath PackageInstaller::buildPlace(const AdvertisedFileListing& file) const
     return settings().isStaging ? StagedFilePath(settings().staged, file.checksum()) : resolvedPath(file);
 }
 
-void PackageInstaller::buildFile(const InstallationPlan::File& planned, Durability durability, const VoStopFlag& stop)
+void PackageInstaller::buildFile(const PlannedFile& planned, Durability durability, const VoStopFlag& stop)
 {
     const bool isStaging = settings().isStaging;
-    if (planned.type == FileDifference::Removed) {
+    if (planned.change.type == FileDifference::Removed) {
         if (!isStaging)
-            diagnostic("Removing file: " + planned.path.path());
+            diagnostic("Removing file: " + m_private->installed->files()[planned.change.number].path().path());
         return;
     }
-    const AdvertisedFileListing& file = *advertisedPackage().file(planned.id);
+    const AdvertisedFileListing& file = advertisedPackage().files()[planned.change.number];
     const VoFilePath place = buildPlace(file);
     if (isStaged(planned))
         return;
-    const char* what = isStaging                               ? "Staging file: "
-                       : planned.type == FileDifference::Added ? "Adding file: "
-                                                               : "Updating file: ";
+    const char* what = isStaging                                      ? "Staging file: "
+                       : planned.change.type == FileDifference::Added ? "Adding file: "
+                                                                      : "Updating file: ";
     diagnostic(what + file.target().path());
     const bool isFromChunks = planned.copiedFrom.isNull();
     const bool isReadLater = isFromChunks && !isStaging && file.size().bytes() >= FewBytes;
@@ -772,11 +833,11 @@ void PackageInstaller::copyFile(const ExpectedFile& file, const VoFilePath& sour
 }
 
 // The file to build from chunks; null for one that is removed or copied.
-const AdvertisedFileListing* PackageInstaller::builtFile(const InstallationPlan::File& planned) const
+const AdvertisedFileListing* PackageInstaller::builtFile(const PlannedFile& planned) const
 {
-    if (planned.type == FileDifference::Removed || !planned.copiedFrom.isNull())
+    if (planned.change.type == FileDifference::Removed || !planned.copiedFrom.isNull())
         return nullptr;
-    return advertisedPackage().file(planned.id);
+    return &advertisedPackage().files()[planned.change.number];
 }
 
 // Each chunk once, by its first use.
@@ -784,7 +845,7 @@ std::vector<VoUUID> PackageInstaller::chunkOrder(const PlannedFiles& order) cons
 {
     std::vector<VoUUID> result;
     std::unordered_set<std::uint32_t> known;
-    for (const InstallationPlan::File* planned : order) {
+    for (const PlannedFile* planned : order) {
         const AdvertisedFileListing* file = builtFile(*planned);
         if (!file)
             continue;
@@ -802,7 +863,7 @@ std::vector<VoUUID> PackageInstaller::chunkOrder(const PlannedFiles& order) cons
 PackageInstaller::PlannedFiles PackageInstaller::buildOrder(std::uint64_t cacheLimit) const
 {
     PlannedFiles order;
-    for (const InstallationPlan::File& file : m_private->plan.files)
+    for (const PlannedFile& file : m_private->plan.files)
         order.push_back(&file);
     std::uint64_t bytes = 0;
     std::unordered_map<VoUUID, std::size_t> positions;
@@ -814,8 +875,8 @@ PackageInstaller::PlannedFiles PackageInstaller::buildOrder(std::uint64_t cacheL
         return order;
     // The key of each file is looked up once, not in every comparison.
     using Position = std::pair<std::size_t, std::uint64_t>;
-    std::vector<std::pair<Position, const InstallationPlan::File*>> sorted;
-    for (const InstallationPlan::File* planned : order) {
+    std::vector<std::pair<Position, const PlannedFile*>> sorted;
+    for (const PlannedFile* planned : order) {
         const AdvertisedFileListing* file = builtFile(*planned);
         Position position(0, 0);
         if (file && ListedFile(*file).pieces().size() > 0) {

@@ -71,9 +71,10 @@ protected:
     VoDeque<VoFilePath> stagedFiles() const;
 
 private:
-    using PlannedFiles = std::vector<const InstallationPlan::File*>;
+    struct PlannedFile;
+    using PlannedFiles = std::vector<const PlannedFile*>;
 
-    void compare(VoUniquePtr<InstalledPackageListing> installed);
+    void compare(VoUniquePtr<InstalledPackageListing>&& installed); // as it was after a failure
     detail::ReusedFiles findReusable(const PackageDifferences& differences, const InstalledPackageListing* installed,
                                      const detail::AttributePlan& attributes) const;
     detail::ReusedFiles rebuildWronglyMarked(const detail::AttributePlan& attributes, PackageDifferences& differences,
@@ -90,7 +91,11 @@ private:
     detail::ChosenPatches choosePatches(const PackageDifferences& differences, const InstalledPackageListing* installed,
                                         const std::unordered_set<VoUUID>& refused) const;
     void planAgain();
-    void applyPatch(InstallationPlan::File& planned, const VoStopFlag& stop) const;
+    void planCopies(std::vector<PlannedFile>& files, InstallationPlan& totals, const detail::ReusedFiles& reused,
+                    const detail::ChosenPatches& patches) const;
+    VoUUID idOf(const PlannedFile& planned) const;
+    InstallationPlan::File shown(const PlannedFile& planned) const;
+    void applyPatch(PlannedFile& planned, const VoStopFlag& stop) const;
     void requirePermitted() const;
     bool isMove() const;
     bool isInPlace(const InstalledFileListing& record, const AdvertisedFileListing& file) const;
@@ -99,16 +104,16 @@ private:
     VoFilePath buildPlace(const AdvertisedFileListing& file) const;
     void requireAllStaged() const;
     std::uint64_t bytesToStage() const;
-    bool isStaged(const InstallationPlan::File& planned) const;
+    bool isStaged(const PlannedFile& planned) const;
     void buildFiles(const VoStopFlag& stop);
-    void buildFile(const InstallationPlan::File& planned, detail::Durability durability, const VoStopFlag& stop);
+    void buildFile(const PlannedFile& planned, detail::Durability durability, const VoStopFlag& stop);
     void compareBuilt(const VoStopFlag& stop);
     void markBuilt(const AdvertisedFileListing& file);
     void buildLinks(detail::Durability durability, const VoStopFlag& stop);
     void copyFile(const detail::ExpectedFile& file, const VoFilePath& source, detail::Durability durability,
                   const VoStopFlag& stop);
     std::vector<VoUUID> chunkOrder(const PlannedFiles& order) const;
-    const AdvertisedFileListing* builtFile(const InstallationPlan::File& planned) const;
+    const AdvertisedFileListing* builtFile(const PlannedFile& planned) const;
     PlannedFiles buildOrder(std::uint64_t cacheLimit) const;
     std::vector<std::size_t> filesToVerify();
     void verify(const VoStopFlag& stop);

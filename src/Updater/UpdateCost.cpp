@@ -30,7 +30,7 @@ UpdateCost UpdateCost::Of(const AdvertisedPackageListing& from, const Advertised
     const PackageDifferences differences = std::move(*from.compare(to));
     const auto before = [&](const VoUUID& id) { return from.file(id); };
     const auto patches = detail::CheapestPatches(detail::FittingPatches(differences, to, before), differences, to);
-    InstallationPlan plan = detail::PlanFiles(differences, nullptr, to);
+    InstallationPlan plan = detail::PlanTotals(differences, nullptr, to);
     detail::PlanFetching(plan, detail::Listings(detail::ChunkUses(detail::Without(differences, patches), to)),
                          detail::PatchFiles(patches, differences));
     return CostOf(plan);

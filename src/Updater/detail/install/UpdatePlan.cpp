@@ -31,12 +31,12 @@ bool IsWritten(const FileDifference& difference)
     return difference.type() == FileDifference::Added || difference.type() == FileDifference::Modified;
 }
 
-void Append(InstallationPlan& plan, const FileDifference& difference, const VoFilePath& path,
-            const VoDownloadSize& size)
+void Count(InstallationPlan& plan, FileDifference::Type type, const VoDownloadSize& size)
 {
-    plan.files.pushBack({difference.type(), difference.fileID(), path, Bytes(size)});
-    std::uint64_t& bytes = IsWritten(difference) ? plan.bytesToWrite : plan.bytesToRemove;
+    const bool isRemoved = type == FileDifference::Removed;
+    std::uint64_t& bytes = isRemoved ? plan.bytesToRemove : plan.bytesToWrite;
     bytes = SaturatedSum(bytes, Bytes(size));
+    ++(isRemoved ? plan.removedFiles : type == FileDifference::Added ? plan.addedFiles : plan.modifiedFiles);
 }
 
 // Numbers by chunk ID. The views are of IDs in the listings that are being planned.
@@ -75,26 +75,37 @@ ChunkNumbers Extents(const AdvertisedPackageListing& advertised)
     return extents;
 }
 
-void AddFiles(InstallationPlan& plan, const PackageDifferences& differences, const InstalledPackageListing* installed,
-              const AdvertisedPackageListing& advertised)
+// Hands on each file that its listing has: the difference, where it is or will be, and its length.
+template <typename Take>
+void ForEachFile(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                 const AdvertisedPackageListing& advertised, Take take)
 {
     for (const FileDifference& difference : differences.fileDifferences()) {
         if (IsWritten(difference)) {
-            const AdvertisedFileListing* file = advertised.file(difference.fileID());
-            if (!file)
-                continue;
-            Append(plan, difference, file->target(), file->size());
-            ++(difference.type() == FileDifference::Added ? plan.addedFiles : plan.modifiedFiles);
+            if (const AdvertisedFileListing* file = advertised.file(difference.fileID()))
+                take(difference, file->target(), file->size());
         } else if (const InstalledFileListing* file = installed ? installed->file(difference.fileID()) : nullptr) {
-            Append(plan, difference, file->path(), file->size());
-            ++plan.removedFiles;
+            take(difference, file->path(), file->size());
         }
     }
-    plan.unchangedFiles =
-        advertised.files().size() - std::min(advertised.files().size(), plan.addedFiles + plan.modifiedFiles);
 }
 
 } // namespace
+
+std::vector<FileChange> ChangesOf(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                                  const AdvertisedPackageListing& advertised)
+{
+    const FileTable& records = installed ? TableOf(installed->files()) : NoFiles();
+    const FileTable& adverts = TableOf(advertised.files());
+    std::vector<FileChange> changes;
+    changes.reserve(differences.fileDifferences().size());
+    for (const FileDifference& difference : differences.fileDifferences()) {
+        const FileTable::Number number = (IsWritten(difference) ? adverts : records).find(difference.fileID());
+        if (number != FileTable::None)
+            changes.push_back({difference.type(), number});
+    }
+    return changes;
+}
 
 PackageDifferences Differences(const InstalledPackageListing* installed, const AdvertisedPackageListing& advertised)
 {
@@ -111,20 +122,29 @@ InstallationPlan PlanUpdate(const InstalledPackageListing* installed, const Adve
 InstallationPlan PlanUpdate(const PackageDifferences& differences, const InstalledPackageListing* installed,
                             const AdvertisedPackageListing& advertised)
 {
-    InstallationPlan plan = PlanFiles(differences, installed, advertised);
+    InstallationPlan plan = PlanTotals(differences, installed, advertised);
+    ForEachFile(differences, installed, advertised,
+                [&](const FileDifference& difference, const VoFilePath& path, const VoDownloadSize& size) {
+                    plan.files.pushBack({difference.type(), difference.fileID(), path, Bytes(size)});
+                });
     PlanFetching(plan, Listings(ChunkUses(differences, advertised)));
     return plan;
 }
 
-InstallationPlan PlanFiles(const PackageDifferences& differences, const InstalledPackageListing* installed,
-                           const AdvertisedPackageListing& advertised)
+InstallationPlan PlanTotals(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                            const AdvertisedPackageListing& advertised)
 {
     InstallationPlan plan;
     plan.packageID = advertised.packageID();
     plan.versionID = advertised.versionID();
     plan.name = advertised.name();
     plan.version = advertised.version();
-    AddFiles(plan, differences, installed, advertised);
+    ForEachFile(differences, installed, advertised,
+                [&](const FileDifference& difference, const VoFilePath&, const VoDownloadSize& size) {
+                    Count(plan, difference.type(), size);
+                });
+    plan.unchangedFiles =
+        advertised.files().size() - std::min(advertised.files().size(), plan.addedFiles + plan.modifiedFiles);
     return plan;
 }
 

@@ -9,8 +9,11 @@
 #include <Updater/InstallationPlan.h>
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/PackageDifferences.h>
+#include <Updater/detail/documents/FileTable.h>
 
 #include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace vo::updater::detail {
 
@@ -23,6 +26,17 @@ struct ChunkUse
     /// The uncompressed bytes that the advert uses of it: the largest offset + length of any reference of any file.
     std::uint64_t extent;
 };
+
+/// One of what may be hundreds of thousands of differences: ID, path and length of the file are in a listing.
+struct FileChange
+{
+    FileDifference::Type type;
+    FileTable::Number number; ///< In the advert; of a removed file in the installed listing.
+};
+
+/// Differences by the numbers of the files. Those that their listing does not have are left out.
+std::vector<FileChange> ChangesOf(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                                  const AdvertisedPackageListing& advertised);
 
 /// The differences from `installed` (null when nothing is installed) to `advertised`.
 VOCORE_PRIVATE_EXPORT PackageDifferences Differences(const InstalledPackageListing* installed,
@@ -41,9 +55,9 @@ VOCORE_PRIVATE_EXPORT InstallationPlan PlanUpdate(const PackageDifferences& diff
                                                   const InstalledPackageListing* installed,
                                                   const AdvertisedPackageListing& advertised);
 
-/// The same without the chunks.
-InstallationPlan PlanFiles(const PackageDifferences& differences, const InstalledPackageListing* installed,
-                           const AdvertisedPackageListing& advertised);
+/// What the files of such a plan come to, without files and chunks.
+InstallationPlan PlanTotals(const PackageDifferences& differences, const InstalledPackageListing* installed,
+                            const AdvertisedPackageListing& advertised);
 
 /// The chunks that the added and modified files refer to, each once, in the order of the advert.
 VOCORE_PRIVATE_EXPORT VoDeque<ChunkUse> ChunkUses(const PackageDifferences& differences,
@@ -79,5 +93,26 @@ PackageDifferences Without(const PackageDifferences& differences, const Files& f
     }
     return result;
 }
+
+/// Such differences; as a rule no file is left out, and they are those that were given, which must outlive it.
+class Remaining
+{
+public:
+    template <typename Files>
+    Remaining(const PackageDifferences& differences, const Files& files)
+        : m_all(differences)
+    {
+        if (!files.empty())
+            m_some = Without(differences, files);
+    }
+    Remaining(const Remaining&) = delete;
+    Remaining& operator=(const Remaining&) = delete;
+
+    const PackageDifferences& operator*() const { return m_some ? *m_some : m_all; }
+
+private:
+    const PackageDifferences& m_all;
+    std::optional<PackageDifferences> m_some;
+};
 
 } // namespace vo::updater::detail

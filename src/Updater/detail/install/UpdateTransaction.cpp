@@ -24,6 +24,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vo::updater::detail {
@@ -84,9 +85,9 @@ void UpdateTransaction::begin()
     // From here on a killed run is undone by the notes: nothing may be changed that they do not have.
     for (const VoDirectoryPath& directory : m_missing) {
         const VoFilePath place = AsFile(directory);
-        const auto obstacle = m_changeOf.find(Bytes(place));
-        if (obstacle != m_changeOf.end())
-            MoveAside(m_notes.changes[obstacle->second].place, m_notes.changes[obstacle->second].aside);
+        const auto obstacle = m_removalOf.find(Key(place));
+        if (obstacle != m_removalOf.end())
+            MoveAside(place, m_notes.changes[obstacle->second].aside);
         MakeDirectory(directory);
     }
 }
@@ -95,10 +96,11 @@ void UpdateTransaction::begin()
 // this ends the renamings are on disk, as the journal is going to say.
 void UpdateTransaction::place(const std::function<void(const TargetFile&, const VoFilePath& place)>& onPlaced)
 {
+    auto number = m_writtenNotes.begin();
     for (const TargetFile& target : m_targets) {
         if (!target.isWritten)
             continue;
-        const PlaceChange& change = m_notes.changes[m_changeOf.at(Bytes(placeOf(target)))];
+        const PlaceChange change = m_notes.changes[*number++];
         if (change.kind == Kind::Replaced)
             MoveAside(change.place, change.aside);
         else if (KindOf(change.place) != FileKind::None) // since the run began
@@ -158,9 +160,9 @@ void UpdateTransaction::rollBack() noexcept
     }
 }
 
-const InstalledPackageListing& UpdateTransaction::listing() const
+InstalledPackageListing UpdateTransaction::takeListing()
 {
-    return m_notes.result;
+    return std::move(m_notes.result);
 }
 
 VoFilePath UpdateTransaction::placeOf(const TargetFile& target) const
@@ -178,7 +180,8 @@ bool UpdateTransaction::isAtTarget(std::string_view path, const TargetFile& targ
 void UpdateTransaction::note(Kind kind, const VoFilePath& place, const VoFilePath& aside)
 {
     m_notes.changes.pushBack({kind, place, aside});
-    m_changeOf.emplace(Bytes(m_notes.changes.back().place), m_notes.changes.size() - 1);
+    if (kind == Kind::Removed)
+        m_removalOf.emplace(Key(place), m_notes.changes.size() - 1);
 }
 
 // Notes that recovering could not end: of a run that was undone, directories in which somebody else has put something;
@@ -356,6 +359,7 @@ void UpdateTransaction::findReplacements()
         if (!isBelowGoing(place) && !inside.holds(place))
             throw VoValidationException("Invalid target path: " + m_directory.relativeFile(place).path());
         replace(place);
+        m_writtenNotes.push_back(m_notes.changes.size() - 1);
     }
     for (const VoFilePath& path : m_removals) {
         if (m_moved.count(Key(path)) > 0)

@@ -77,9 +77,9 @@ public:
     /// Undoes everything; its own failures are logged, and the next operation goes on with it.
     void rollBack() noexcept;
 
-    /// The files in the advert's order; the directories of the old release first, then those created now. After
-    /// begin().
-    const InstalledPackageListing& listing() const;
+    /// The files in the advert's order; the directories of the old release first, then those created now. As the last
+    /// step, after commit().
+    InstalledPackageListing takeListing();
 
 private:
     using PathSet = std::unordered_set<std::string>;
@@ -123,11 +123,11 @@ private:
     PathSet m_removed;              // those, by their bytes
     PathSet m_moved;                // those of them that go with a directory
 
-    PathSet m_asides; // names that are given to old files
-    // By place, whose bytes are those in the notes: its index there.
-    std::unordered_map<std::string_view, std::size_t> m_changeOf;
-    VoDeque<VoDirectoryPath> m_missing; // directories to make, outermost first
-    PathSet m_madeBefore;               // by an interrupted run, and not empty
+    PathSet m_asides;                                         // names that are given to old files
+    std::unordered_map<std::string, std::size_t> m_removalOf; // notes of what is Removed, by place
+    std::vector<std::size_t> m_writtenNotes;                  // those of the written targets, in their order
+    VoDeque<VoDirectoryPath> m_missing;                       // directories to make, outermost first
+    PathSet m_madeBefore;                                     // by an interrupted run, and not empty
 
     RunNotes m_notes;
     bool m_hasNoted = false;  // the journal may have the notes

@@ -124,7 +124,7 @@ bool WritePlain(const VoFilePath& path, const RunNotes& notes)
     WriteListing(writer, Written(notes.result));
     writer.indent(0);
     WriteItems(writer, ChangesTag, notes.changes.size(), [&](std::size_t i) {
-        const PlaceChange& change = notes.changes[i];
+        const PlaceChange change = notes.changes[i];
         writer.raw("\t\t<").raw(TagOf(change)).attribute(attribute::Path, Bytes(change.place));
         writer.attribute(AsideAttribute, Bytes(change.aside)).raw("/>").endLine();
     });
@@ -139,7 +139,7 @@ bool WritePlain(const VoFilePath& path, const RunNotes& notes)
     return true;
 }
 
-void ReadChanges(VoXMLStreamElementLoader& container, VoDeque<PlaceChange>& changes)
+void ReadChanges(VoXMLStreamElementLoader& container, PlaceChanges& changes)
 {
     container.processChildren([&changes](VoXMLStreamElementLoader& child) {
         const auto kind = std::find(std::begin(KindTags), std::end(KindTags), child.name());
@@ -311,6 +311,24 @@ private:
 };
 
 } // namespace
+
+void PlaceChanges::pushBack(const PlaceChange& change)
+{
+    const std::string_view place = Bytes(change.place);
+    const std::string_view aside = Bytes(change.aside);
+    m_rows.push_back({m_texts.size(), static_cast<std::uint32_t>(place.size()),
+                      static_cast<std::uint32_t>(aside.size()), change.kind});
+    m_texts.append(place).append(aside);
+}
+
+PlaceChange PlaceChanges::operator[](std::size_t number) const
+{
+    const Row& row = m_rows[number];
+    const auto path = [this](std::size_t begin, std::size_t length) {
+        return length == 0 ? VoFilePath() : VoFilePath::CreateUnchecked(VoString(m_texts.substr(begin, length)));
+    };
+    return {row.kind, path(row.begin, row.placeLength), path(row.begin + row.placeLength, row.asideLength)};
+}
 
 RunNotes::RunNotes(VoXMLStreamElementLoader& element)
     : before(ReadAttribute<VoDirectoryPath>(element, BeforeAttribute))

@@ -8,7 +8,12 @@
 #include <FileSystem/VoFilePath.h>
 #include <Updater/InstalledPackageListing.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <iterator>
+#include <string>
+#include <vector>
 
 namespace vo::updater::detail {
 
@@ -26,6 +31,59 @@ struct PlaceChange
     Kind kind;
     VoFilePath place;
     VoFilePath aside; ///< Null for Added.
+};
+
+/// The changes of a run in their order. Their names are one text: a first installation has a change for each file.
+class VOCORE_PRIVATE_EXPORT PlaceChanges
+{
+public:
+    /// Goes through the changes, each made when it is asked for.
+    class Iterator
+    {
+    public:
+        using iterator_category = std::input_iterator_tag;
+        using value_type = PlaceChange;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const PlaceChange*;
+        using reference = PlaceChange;
+
+        Iterator(const PlaceChanges& changes, std::size_t number)
+            : m_changes(&changes)
+            , m_number(number)
+        {
+        }
+        PlaceChange operator*() const { return (*m_changes)[m_number]; }
+        Iterator& operator++()
+        {
+            ++m_number;
+            return *this;
+        }
+        bool operator==(const Iterator& other) const { return m_number == other.m_number; }
+        bool operator!=(const Iterator& other) const { return m_number != other.m_number; }
+
+    private:
+        const PlaceChanges* m_changes;
+        std::size_t m_number;
+    };
+
+    void pushBack(const PlaceChange& change);
+    PlaceChange operator[](std::size_t number) const;
+    std::size_t size() const { return m_rows.size(); }
+    bool isEmpty() const { return m_rows.empty(); }
+    Iterator begin() const { return {*this, 0}; }
+    Iterator end() const { return {*this, m_rows.size()}; }
+
+private:
+    struct Row
+    {
+        std::size_t begin; // of the place among the texts; the name aside follows
+        std::uint32_t placeLength;
+        std::uint32_t asideLength;
+        PlaceChange::Kind kind;
+    };
+
+    std::string m_texts;
+    std::vector<Row> m_rows;
 };
 
 /// What a run is going to do, noted before it does the first of it.
@@ -46,7 +104,7 @@ public:
     VoDirectoryPath before;
     /// Each place once. Of two places none lies below the other, but for a Removed one that becomes a directory, and
     /// for those that are Inside a Replaced one.
-    VoDeque<PlaceChange> changes;
+    PlaceChanges changes;
     VoDeque<VoDirectoryPath> made; ///< Directories that this run or an interrupted one makes, outermost first.
     /// Recorded directories that hold nothing any more in the end, innermost first; `result` does not have them.
     VoDeque<VoDirectoryPath> emptied;
