@@ -26,7 +26,7 @@ bool WriteRegistry(const VoFilePath& path, const Registry& registry);
 /// other process can be replacing one.
 VOCORE_PRIVATE_EXPORT void EraseTemporaryDocuments(const VoDirectoryPath& directory,
                                                    std::initializer_list<std::string_view> suffixes = {
-                                                       ".xml", ".pending", ".damaged", ".attributes"});
+                                                       ".xml", ".pending", ".damaged", ".attributes", ".seen"});
 
 /// Keeps all other processes from changing what is installed, as long as it lives.
 class VOCORE_PRIVATE_EXPORT ProcessLock
