@@ -222,6 +222,7 @@ TEST(VoString, AnswersQuestions)
     EXPECT_TRUE(s.contains("WORLD") && s.contains('w') && s.contains(std::string("o w")));
     EXPECT_TRUE(s.contains(QString::fromLatin1("hello")) && s.contains(s.substring(3)));
     EXPECT_FALSE(s.contains("WORLD", VoString::CaseSensitive));
+    EXPECT_TRUE(s.contains(VoStringView("World"), VoString::CaseSensitive));
     EXPECT_TRUE(s.lessThan(VoString("hello world"), VoString::CaseSensitive));
     EXPECT_FALSE(s.lessThan(VoString("hello world"), VoString::CaseInsensitive));
     EXPECT_TRUE(s.containsWhiteSpace());

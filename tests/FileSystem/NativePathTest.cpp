@@ -112,4 +112,8 @@ TEST_F(NativePath, NewFilesAreMadeOnlyUnderFreeNames)
     }
     EXPECT_EQ(read("taken"), "theirs");
     EXPECT_FALSE(exists("nowhere"));
+    NativeFile made = NativeFile::CreateNew(native("made"), NewFileAccess::Usual, error);
+    EXPECT_TRUE(made.isOpen());
+    made.close(error);
+    EXPECT_FALSE(made.isOpen() || error);
 }

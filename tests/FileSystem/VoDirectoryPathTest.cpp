@@ -48,11 +48,13 @@ TEST(VoDirectoryPath, HasPieces)
 
     const VoDirectoryPath path("C:\\a\\b\\");
     EXPECT_EQ(path.numberChunks(), 3U);
-    EXPECT_EQ(path.chunk(2).toString().toStdString(), "b");
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_EQ(path.chunk(i), path.chunks()[i]) << i;
     EXPECT_THROW_MSG(path.chunk(3), VoIndexOutOfBoundsException, "Index out of bounds [3,3]");
     EXPECT_EQ(path.top().toString().toStdString(), "a");
     const VoDirectoryPath share("\\\\srv\\share\\");
     EXPECT_EQ(share.top().toString().toStdString(), "share");
+    EXPECT_EQ(share.rootName().toString().toStdString(), "\\\\srv");
     const VoDirectoryPath drive("C:\\");
     EXPECT_EQ(drive.top().toString().toStdString(), "");
 }
