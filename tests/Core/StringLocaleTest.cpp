@@ -1,3 +1,4 @@
+#include <CommaLocale.h>
 #include <VoTestSupport.h>
 
 #include "StringTestLocale.h"
@@ -10,15 +11,6 @@ namespace {
 
 using vo::test::OddCharacters;
 using vo::test::ScopedGlobalLocale;
-
-// Decimal commas and grouping, with the classic characters.
-class DecimalComma : public std::numpunct<char>
-{
-protected:
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-};
 
 class StringLocale : public testing::Test
 {
@@ -100,10 +92,9 @@ TEST_F(StringLocale, ClassifiesBytes)
 
 TEST_F(StringLocale, WithTheSameCharactersIsStillItsOwn)
 {
-    const std::locale commas(std::locale::classic(), new DecimalComma);
-    const ScopedGlobalLocale global(commas);
+    const vo::test::CommaLocale comma;
     const VoString text("1.5");
-    EXPECT_EQ(text.locale(), commas);
+    EXPECT_EQ(text.locale(), std::locale());
     EXPECT_EQ(text.toDouble(), 1.5);
     EXPECT_TRUE(text.isDouble());
     EXPECT_EQ(VoString(1234.5).toStdString(), "1234.500000");

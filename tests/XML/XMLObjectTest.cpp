@@ -1,5 +1,7 @@
 #include "XMLTestSupport.h"
 
+#include <CommaLocale.h>
+
 #include <Core/VoPoint.h>
 #include <Core/VoPointD.h>
 #include <Core/VoProperties.h>
@@ -11,9 +13,6 @@
 #include <XML/VoXMLObject.h>
 
 #include <QtXml/QDomDocument>
-
-#include <clocale>
-#include <locale>
 
 using xmltest::TextReader;
 using xmltest::Written;
@@ -79,13 +78,6 @@ bool SameBits(double a, double b)
 {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
-
-struct CommaNumbers : std::numpunct<char>
-{
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-};
 
 } // namespace
 
@@ -187,13 +179,9 @@ TEST_P(XMLObject, ALocaleWithCommasChangesNoDocument)
 {
     const VoProperties values{{"i", 1234567}, {"d", 1234.5}, {"s", 7654321u}};
     const std::string document = Document(values);
-    const std::string before = std::setlocale(LC_ALL, nullptr);
-    const std::locale global = std::locale::global(std::locale(std::locale::classic(), new CommaNumbers));
-    std::setlocale(LC_ALL, "de_DE.UTF-8"); // where the machine has it
+    const vo::test::CommaLocale comma;
     EXPECT_EQ(Document(values), document);
     EXPECT_EQ(Returned(values), values);
-    std::locale::global(global);
-    std::setlocale(LC_ALL, before.c_str());
 }
 
 TEST(XMLObjectFormat, ChildrenLieInTheTypesNamespaceInTheOrderOfTheFormat)
