@@ -1,3 +1,4 @@
+#include <vo/Memory.h>
 #include <vo/Program.h>
 #include <vo/line/Help.h>
 #include <vo/screen/Terminal.h>
@@ -9,6 +10,7 @@
 
 int main(int argc, char** argv)
 {
+    vo::tool::PrepareMemory();
     vo::tool::PrepareTerminal();
     // What scripts ask most needs no application, which takes a seventh of the memory and of the time.
     if (argc == 2 && std::string_view(argv[1]) == "--version")

@@ -359,7 +359,7 @@ void UpdateTransaction::findReplacements()
         if (!isBelowGoing(place) && !inside.holds(place))
             throw VoValidationException("Invalid target path: " + m_directory.relativeFile(place).path());
         replace(place);
-        m_writtenNotes.push_back(m_notes.changes.size() - 1);
+        m_writtenNotes.push_back(static_cast<std::uint32_t>(m_notes.changes.size() - 1));
     }
     for (const VoFilePath& path : m_removals) {
         if (m_moved.count(Key(path)) > 0)

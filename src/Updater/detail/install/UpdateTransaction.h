@@ -8,6 +8,7 @@
 #include <Updater/InstalledPackageListing.h>
 #include <Updater/detail/registry/InstallationJournal.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -125,7 +126,7 @@ private:
 
     PathSet m_asides;                                         // names that are given to old files
     std::unordered_map<std::string, std::size_t> m_removalOf; // notes of what is Removed, by place
-    std::vector<std::size_t> m_writtenNotes;                  // those of the written targets, in their order
+    std::vector<std::uint32_t> m_writtenNotes;                // those of the written targets, in their order
     VoDeque<VoDirectoryPath> m_missing;                       // directories to make, outermost first
     PathSet m_madeBefore;                                     // by an interrupted run, and not empty
 
