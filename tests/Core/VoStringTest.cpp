@@ -3,6 +3,7 @@
 #include <Core/VoCaseSensitiveString.h>
 #include <Core/VoHostTypes.h>
 #include <Core/VoUUID.h>
+#include <Core/detail/UTF8.h>
 
 #include <QtCore/QString>
 
@@ -318,6 +319,22 @@ TEST(VoString, ARequiredNumberIsTheWholeText)
         EXPECT_THROW_MSG(VoString(text).requireDouble(), VoInvalidParameterException,
                          VoString("Not a finite number: ") + text);
     EXPECT_THROW(VoString(std::string("1\0", 2)).requireDouble(), VoInvalidParameterException);
+}
+
+// As far as the framework's conversions give the same bytes back.
+TEST(UTF8, ValidBeginningsEndWhereTheFrameworkReplacesSomething)
+{
+    std::mt19937 random(6);
+    for (int i = 0; i < 5000; ++i) {
+        std::string text(i % 3 == 0 ? random() % 80 : 0, 'a');
+        for (std::size_t extra = random() % 8; extra > 0; --extra)
+            text += "a\x7f\x80\x8f\x90\x9f\xa0\xbf\xc1\xc2\xdf\xe0\xed\xf0\xf4\xf5"[random() % 16];
+        text.append(random() % 80, 'a');
+        QByteArray valid = QByteArray::fromStdString('x' + text); // a mark of the byte order stays where it is
+        while (QString::fromUtf8(valid).toUtf8() != valid)
+            valid.chop(1);
+        ASSERT_EQ(vo::detail::ValidUTF8Prefix(text) + 1, static_cast<std::size_t>(valid.size())) << i;
+    }
 }
 
 } // namespace

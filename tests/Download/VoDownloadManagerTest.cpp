@@ -465,6 +465,7 @@ TEST_F(DownloadManager, CompressedBodiesBecomeTheFileOrFailWithinTheLimit)
              Row{"compressed", coded(bytes), coded(bytes), text, 300000},
              Row{"the size is that of the other form", chunked, ScriptedAnswer::Body(text), text, 300000},
              Row{"plain after all", ScriptedAnswer::Body(text), coded(bytes), text, 300000},
+             Row{"one byte", coded(Gzip("a")), coded(bytes), "a", -1},
              Row{"two members", coded(bytes + Gzip(other)), coded(bytes), text + other, -1},
              Row{"cut", cut, chunked, "Download incomplete: ", -1},
              Row{"wrong", coded(wrong), coded(wrong), "Download damaged: ", -1},

@@ -96,6 +96,7 @@ TEST(VoTransferRate, IsZeroWhereThereIsNoRate)
     EXPECT_EQ(VoTransferRate(100, VoSeconds(-1)), nullptr);
     EXPECT_EQ(VoTransferRate(std::numeric_limits<double>::quiet_NaN()), nullptr);
     EXPECT_NE(VoTransferRate(0.001), nullptr);
+    EXPECT_TRUE(VoTransferRate(1) == VoTransferRate(1) && !(VoTransferRate(1) == VoTransferRate(2)));
     EXPECT_DOUBLE_EQ((VoTransferRate(1e308) * 1e10).bytesPerSecond(), std::numeric_limits<double>::max());
 }
 
