@@ -98,7 +98,8 @@ TEST_F(VoTemporary, AFileStaysPrivateWhileItIsReplacedAndAfterwards)
     write("usual", "text");
     if (!vo::test::MayOthersRead(native("usual")))
         GTEST_SKIP() << "nothing here is for others";
-    const VoTemporaryFile file(root());
+    VoFileSystem::CreateDirectory(root().directory("shared")); // a directory that gives access to what is in it
+    const VoTemporaryFile file(root().directory("shared"));
     const auto isPrivate = [](const VoFilePath& path) { return !vo::test::MayOthersRead(vo::detail::ToNative(path)); };
     EXPECT_TRUE(isPrivate(file.path()));
     VoAtomicFileWriter writer(file.path());

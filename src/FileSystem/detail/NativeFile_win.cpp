@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include <aclapi.h>
 #include <sddl.h>
 
 namespace vo::detail {
@@ -70,19 +69,16 @@ std::unique_ptr<void, LocalMemory> OwnersAccess()
     return std::unique_ptr<void, LocalMemory>(access);
 }
 
-// Whether something stands in the list that the directory did not give.
-bool IsOwnList(PACL list, PSECURITY_DESCRIPTOR access) noexcept
+// How many entries of the list the directory gave.
+DWORD InheritedEntries(PACL list) noexcept
 {
-    SECURITY_DESCRIPTOR_CONTROL control = 0;
-    DWORD revision = 0;
-    if (::GetSecurityDescriptorControl(access, &control, &revision) && (control & SE_DACL_PROTECTED) != 0)
-        return true;
+    DWORD count = 0;
     for (DWORD i = 0; i < list->AceCount; ++i) {
         void* entry = nullptr;
-        if (::GetAce(list, i, &entry) && (static_cast<ACE_HEADER*>(entry)->AceFlags & INHERITED_ACE) == 0)
-            return true;
+        if (::GetAce(list, i, &entry) && (static_cast<ACE_HEADER*>(entry)->AceFlags & INHERITED_ACE) != 0)
+            ++count;
     }
-    return false;
+    return count;
 }
 
 } // namespace
@@ -182,23 +178,24 @@ void CreatePrivateDirectory(const std::filesystem::path& path, std::error_code& 
         error = LastSystemError();
 }
 
+// The list is copied as it stands: the calls that know of inheritance would add what the new file's directory gives.
 void CopyAccessList(const std::filesystem::path& from, const std::filesystem::path& to) noexcept
 {
+    const std::wstring name = SystemName(from);
+    DWORD size = 0;
+    ::GetFileSecurityW(name.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+    std::vector<unsigned char> access(size);
     PACL list = nullptr;
-    PSECURITY_DESCRIPTOR read = nullptr;
-    if (::GetNamedSecurityInfoW(SystemName(from).data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr, nullptr,
-                                &list, nullptr, &read) != ERROR_SUCCESS)
+    BOOL hasList = FALSE;
+    BOOL isUsual = FALSE;
+    if (size == 0 || !::GetFileSecurityW(name.c_str(), DACL_SECURITY_INFORMATION, access.data(), size, &size) ||
+        !::GetSecurityDescriptorDacl(access.data(), &hasList, &list, &isUsual) || !hasList || !list)
         return;
-    const std::unique_ptr<void, LocalMemory> access(read);
-    if (!list || !IsOwnList(list, read))
+    const DWORD inherited = InheritedEntries(list);
+    if (inherited > 0 && inherited == list->AceCount)
         return;
-    SECURITY_DESCRIPTOR_CONTROL control = 0;
-    DWORD revision = 0;
-    ::GetSecurityDescriptorControl(read, &control, &revision);
-    const DWORD isProtected = (control & SE_DACL_PROTECTED) != 0 ? PROTECTED_DACL_SECURITY_INFORMATION
-                                                                 : UNPROTECTED_DACL_SECURITY_INFORMATION;
-    ::SetNamedSecurityInfoW(SystemName(to).data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION | isProtected, nullptr,
-                            nullptr, list, nullptr);
+    const DWORD isKeptApart = inherited == 0 ? PROTECTED_DACL_SECURITY_INFORMATION : 0;
+    ::SetFileSecurityW(SystemName(to).c_str(), DACL_SECURITY_INFORMATION | isKeptApart, access.data());
 }
 
 // The system removes no file that is marked as read-only, and no link to a directory as if it were a file.
