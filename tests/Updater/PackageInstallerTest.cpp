@@ -115,6 +115,15 @@ TEST_F(PackageInstallerTest, FilesThatMovedAreCopiedInsteadOfFetched)
     EXPECT_EQ(plan.bytesToCopy, 800u);
     EXPECT_EQ(plan.chunks.size(), ChunksOf(second, {"changed", "dir/inside"}));
     EXPECT_EQ(installer.requiredChunks().size(), ChunksOf(second, {"changed", "dir/inside", "moved/a", "copied"}));
+    const auto told = [](const vo::updater::PackageDifferences& differences) {
+        std::string result = differences.sourceVersionID().toString().toStdString();
+        for (const auto& difference : differences.fileDifferences())
+            result += std::to_string(difference.type()) + difference.fileID().toString().toStdString();
+        return result;
+    };
+    const auto record = VoUpdater::InstalledListingDirectory().file(packageID.toString() + ".xml");
+    EXPECT_EQ(told(installer.differences()),
+              told(*InstalledPackageListing::Open(record)->compare(*AdvertisedPackageListing::Open(second))));
 
     EXPECT_EQ(copiedChunks(second), plan.chunks.size());
     EXPECT_EQ(installed(), next);
