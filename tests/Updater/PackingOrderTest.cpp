@@ -177,7 +177,7 @@ TEST_F(PackingOrderTest, PublishingReadsWhatIsNewAndWhatIsInDoubt)
     auto last = publish(0, {{"a", content}, {"B", content}, {"c", content}}, nullptr, true);
     if (!StampOf(source.file("a")))
         GTEST_SKIP() << "the system has no times of change";
-    EXPECT_FALSE(VoFileSystem::Exists(seen)) << "all files have only just been written";
+    EXPECT_TRUE(!VoFileSystem::Exists(seen) || ReadBytes(seen) != "of another release");
 
     const auto definition = [&] {
         return directory("site").appended(ReleaseDirectory(last->packageID(), last->version())).file("package.xml");

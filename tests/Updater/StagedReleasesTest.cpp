@@ -92,7 +92,12 @@ TEST_F(StagedReleasesTest, LinksProgramsAndEmptyFoldersComeWithTheCommit)
     const VoFilePath third = publish("1.2.0", marked);
     install(third);
     ASSERT_EQ(installedTree(), marked);
-    const Files listing = FilesBelow(updates().directory("installed"));
+    const auto records = [this] {
+        Files files = FilesBelow(updates().directory("installed"));
+        files.erase(packageID.toString().toStdString() + ".seen"); // times, which differ
+        return files;
+    };
+    const Files listing = records();
     wipe();
     install(first);
 
@@ -112,7 +117,7 @@ TEST_F(StagedReleasesTest, LinksProgramsAndEmptyFoldersComeWithTheCommit)
     WriteBytes(stagedPath(name), bytes);
     commit();
     EXPECT_EQ(installedTree(), marked);
-    EXPECT_EQ(FilesBelow(updates().directory("installed")), listing);
+    EXPECT_EQ(records(), listing);
     EXPECT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).isIntact());
     EXPECT_TRUE(InstalledPackages::Verify(packageID, VoStopFlag()).extra.isEmpty());
 }
