@@ -534,6 +534,32 @@ TEST_F(InstalledPackagesTest, ARelativeInstallationDirectoryIsRecordedAsAnAbsolu
                      VoInstallationFailedException, "Installation failed: No installation directory given");
 }
 
+TEST_F(InstalledPackagesTest, ARecordOfDamageThatCannotBeErasedTakesNothingBack)
+{
+    install(publish("1.0.0", Content));
+    WriteBytes(placed("readme.txt"), "damaged");
+    EXPECT_FALSE(isIntact());
+    Files changed = Content;
+    changed["readme.txt"] = "second";
+    const VoFilePath second = publish("1.1.0", changed);
+    bool isRefused = false;
+    {
+        const StepWatch watch([&](FileStep step, const VoString& path) {
+            if (step == FileStep::EraseFile && path.endsWith(".damaged")) {
+                isRefused = true;
+                throw VoFileException("Cannot remove file: " + path);
+            }
+        });
+        install(second);
+    }
+    EXPECT_TRUE(isRefused);
+    EXPECT_EQ(installed(), changed);
+    EXPECT_EQ(InstalledPackages::Package(packageID)->version(), VoVersion::Deserialize("1.1.0"));
+    EXPECT_TRUE(isIntact());
+    install(second);
+    EXPECT_EQ(installed(), changed);
+}
+
 namespace {
 
 using vo::updater::detail::FileStamp;

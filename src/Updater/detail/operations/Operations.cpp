@@ -197,6 +197,16 @@ void RequireOwnName(const VoUUID& packageID)
         RequireNoOtherSpelling(packageID, entry.first);
 }
 
+// What has been recorded stays so: a list of damaged files that outlives it only lets them be written once more.
+void ForgetMended(const VoUUID& packageID)
+{
+    try {
+        ForgetDamage(packageID);
+    } catch (...) {
+        Log().warning("Record of damaged files is left: " + FailureText());
+    }
+}
+
 void RunAndRecord(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation& definition,
                   const VoDirectoryPath& directory, VoUniquePtr<InstalledPackageListing> installed,
                   InstallerSettings settings, const VoStopFlag& stop)
@@ -211,7 +221,7 @@ void RunAndRecord(VoUniquePtr<AdvertisedPackageListing> advert, const VoLocation
             Log().warning("Package recorded although its verification failed: " + listing.packageID().toString());
         isRecorded = RecordInstalled(listing);
         if (isSound)
-            ForgetDamage(listing.packageID());
+            ForgetMended(listing.packageID());
         return isRecorded;
     };
     ConfiguredInstaller installer(std::move(advert), directory, std::move(installed), settings);
