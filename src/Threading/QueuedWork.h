@@ -74,9 +74,9 @@ public:
     explicit QueuedWork(Work&& work)
     {
         if constexpr (LiesInside<Work>)
-            hold(std::move(work));
+            hold(std::forward<Work>(work));
         else
-            hold(Boxed<Work>{std::make_unique<Work>(std::move(work))});
+            hold(Boxed<Work>{std::make_unique<Work>(std::forward<Work>(work))});
     }
 
     QueuedWork(QueuedWork&& other) noexcept { take(other); }
@@ -130,8 +130,9 @@ private:
     static constexpr std::size_t Room = 7 * sizeof(void*); // with the kind, one line of the processor's cache
 
     template <typename Work>
-    static constexpr bool LiesInside = sizeof(Work) <= Room &&
-                                       alignof(Work) <= alignof(void*) && std::is_nothrow_move_constructible_v<Work>;
+    static constexpr bool LiesInside = std::conjunction_v<std::bool_constant<(sizeof(Work) <= Room)>,
+                                                          std::bool_constant<(alignof(Work) <= alignof(void*))>,
+                                                          std::is_nothrow_move_constructible<Work>>;
 
     template <typename Work>
     static Work& Held(void* storage) noexcept
@@ -153,7 +154,7 @@ private:
     template <typename Work>
     void hold(Work&& work) noexcept
     {
-        ::new (static_cast<void*>(m_storage)) Work(std::move(work));
+        ::new (static_cast<void*>(m_storage)) Work(std::forward<Work>(work));
         m_kind = &KindOf<Work>;
     }
 

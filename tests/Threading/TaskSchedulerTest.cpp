@@ -284,6 +284,16 @@ TEST(ParallelScheduler, ParallelForCoversEveryIndexOnceWhateverTheGrain)
         }
 }
 
+TEST(ParallelScheduler, ParallelForRunsPiecesAtTheSameTime)
+{
+    VoParallelTaskScheduler scheduler(2);
+    std::array<std::promise<void>, 2> begun;
+    scheduler.parallelFor(0, 2, 1, [&](std::size_t piece, std::size_t) {
+        begun[piece].set_value();
+        EXPECT_EQ(begun[1 - piece].get_future().wait_for(std::chrono::minutes(1)), std::future_status::ready);
+    });
+}
+
 TEST(ParallelScheduler, ParallelForNestsWithoutDeadlock)
 {
     VoParallelTaskScheduler scheduler(2);
