@@ -43,6 +43,7 @@
 #include <QtCore/QScopeGuard>
 
 #include <algorithm>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -55,9 +56,31 @@ using namespace detail;
 
 struct PackageInstaller::PlannedFile
 {
+    // Of the few that are not built of chunks alone.
+    struct Source
+    {
+        VoFilePath copiedFrom{};
+        std::uint64_t patch = 0; // the length of the patch that makes it
+    };
+
+    explicit PlannedFile(const FileChange& planned)
+        : change(planned)
+    {
+    }
+
+    Source& source()
+    {
+        if (!m_source)
+            m_source = std::make_unique<Source>();
+        return *m_source;
+    }
+    VoFilePath copiedFrom() const { return m_source ? m_source->copiedFrom : VoFilePath(); }
+    std::uint64_t patch() const { return m_source ? m_source->patch : 0; }
+
     FileChange change;
-    VoFilePath copiedFrom{};
-    std::uint64_t patch = 0; // the length of the patch that makes it
+
+private:
+    std::unique_ptr<Source> m_source{}; // null: nothing but chunks
 };
 
 struct PackageInstaller::Private
@@ -217,9 +240,7 @@ void PackageInstaller::compare(VoUniquePtr<InstalledPackageListing>&& installed)
     Private::Plan plan{PlanTotals(*written, installed.get(), advert), {}};
     InstallationPlan& totals = plan.totals;
     const std::vector<FileChange> planned = ChangesOf(*written, installed.get(), advert);
-    plan.files.reserve(planned.size());
-    for (const FileChange& change : planned)
-        plan.files.push_back({change});
+    plan.files = std::vector<PlannedFile>(planned.begin(), planned.end());
     planCopies(plan.files, totals, reused, patches);
     PlanFetching(totals, Listings(chunks), PatchFiles(patches, *built));
     for (const LinkPlace& link : attributes.links)
@@ -244,13 +265,15 @@ void PackageInstaller::planCopies(std::vector<PlannedFile>& files, InstallationP
             continue;
         const VoUUID id = table.id(file.change.number);
         if (const auto source = reused.find(id); source != reused.end()) {
-            file.copiedFrom = source->second;
+            file.source().copiedFrom = source->second;
             totals.bytesToCopy += LengthOf(table, file.change.number);
             ++totals.copiedFiles;
         }
         const auto patch = patches.find(id);
-        file.patch = patch == patches.end() ? 0 : patch->second->size;
-        totals.patchedFiles += file.patch > 0 ? 1 : 0;
+        if (patch == patches.end())
+            continue;
+        file.source().patch = patch->second->size;
+        totals.patchedFiles += patch->second->size > 0 ? 1 : 0;
     }
 }
 
@@ -430,8 +453,8 @@ InstallationPlan::File PackageInstaller::shown(const PlannedFile& planned) const
             files.id(number),
             resolvedPath(advertisedPackage().files()[number]),
             LengthOf(files, number),
-            planned.copiedFrom,
-            planned.patch};
+            planned.copiedFrom(),
+            planned.patch()};
 }
 
 InstallationPlan PackageInstaller::plan() const
@@ -534,7 +557,7 @@ void PackageInstaller::applyPatch(PlannedFile& planned, const VoStopFlag& stop) 
                });
     if (!made.finish(patch.after.checksum, patch.after.size))
         throw VoDamagedContentException("File checksum does not match for: " + place.path());
-    planned.copiedFrom = BuiltPath(place);
+    planned.source().copiedFrom = BuiltPath(place);
 }
 
 bool PackageInstaller::isMove() const
@@ -626,7 +649,7 @@ std::uint64_t PackageInstaller::bytesToStage() const
 bool PackageInstaller::isStaged(const PlannedFile& planned) const
 {
     return settings().isStaging &&
-           Bytes(planned.copiedFrom) == Bytes(buildPlace(advertisedPackage().files()[planned.change.number]));
+           Bytes(planned.copiedFrom()) == Bytes(buildPlace(advertisedPackage().files()[planned.change.number]));
 }
 
 VoDeque<VoFilePath> PackageInstaller::stagedFiles() const
@@ -755,12 +778,12 @@ void PackageInstaller::buildFile(const PlannedFile& planned, Durability durabili
                        : planned.change.type == FileDifference::Added ? "Adding file: "
                                                                       : "Updating file: ";
     diagnostic(what + file.target().path());
-    const bool isFromChunks = planned.copiedFrom.isNull();
+    const bool isFromChunks = planned.copiedFrom().isNull();
     const bool isReadLater = isFromChunks && !isStaging && file.size().bytes() >= FewBytes;
     if (isFromChunks)
         chunkSource().build(file, place, durability, isReadLater ? Digest::Later : Digest::Passing, stop);
     else
-        copyFile(Expected(place, file), planned.copiedFrom, durability, stop);
+        copyFile(Expected(place, file), planned.copiedFrom(), durability, stop);
     if (isReadLater) {
         m_private->unread.push_back(&file);
         m_private->bytesUnread += file.size().bytes();
@@ -835,7 +858,7 @@ void PackageInstaller::copyFile(const ExpectedFile& file, const VoFilePath& sour
 // The file to build from chunks; null for one that is removed or copied.
 const AdvertisedFileListing* PackageInstaller::builtFile(const PlannedFile& planned) const
 {
-    if (planned.change.type == FileDifference::Removed || !planned.copiedFrom.isNull())
+    if (planned.change.type == FileDifference::Removed || !planned.copiedFrom().isNull())
         return nullptr;
     return &advertisedPackage().files()[planned.change.number];
 }
