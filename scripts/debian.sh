@@ -36,9 +36,10 @@ then
     cp "$work"/*.deb "$root/debs"
     cp "$vocore_root/tests/debian/road.sh" "$root/road.sh"
     cp /etc/resolv.conf "$root/etc/resolv.conf"
-    chroot "$root" sh -c 'apt-get update -qq && apt-get install -y -qq --no-install-recommends /debs/*.deb' >"$work/install.log" 2>&1 ||
+    # What the caller has for temporary files is not there.
+    env -u TMPDIR chroot "$root" sh -c 'apt-get update -qq && apt-get install -y -qq --no-install-recommends /debs/*.deb' >"$work/install.log" 2>&1 ||
         { tail -n 40 "$work/install.log" >&2; fail "the packages do not install"; }
-    chroot "$root" sh /road.sh
+    env -u TMPDIR chroot "$root" sh /road.sh
 else
     # A machine that lets nobody mount, or that has no mirror at hand: what is wrong there is not the packages.
     say "NOT INSTALLED: no fresh root is to be had on this machine, so the packages were built and looked at only"
