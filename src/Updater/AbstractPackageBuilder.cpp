@@ -347,11 +347,7 @@ void AbstractPackageBuilder::requireSound(const ReleaseAttributes& attributes, c
         targets.push_back(sources.target(file));
     for (const AdvertisedFileListing& file : package().files())
         targets.push_back(file.target());
-    std::vector<const VoFilePath*> files;
-    files.reserve(targets.size());
-    for (const VoFilePath& target : targets)
-        files.push_back(&target);
-    ReleaseTree(files, attributes).validate();
+    ValidateAttributes(attributes, targets);
 }
 
 // What would be refused after hours of packing is refused now.

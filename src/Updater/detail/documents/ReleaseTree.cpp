@@ -162,6 +162,11 @@ void ValidateAttributes(const ReleaseAttributes& attributes, const AdvertisedPac
     std::vector<VoFilePath> targets;
     for (const AdvertisedFileListing& file : package.files())
         targets.push_back(file.target());
+    ValidateAttributes(attributes, targets);
+}
+
+void ValidateAttributes(const ReleaseAttributes& attributes, const std::vector<VoFilePath>& targets)
+{
     std::vector<const VoFilePath*> files;
     files.reserve(targets.size());
     for (const VoFilePath& target : targets)

@@ -66,9 +66,12 @@ private:
     std::unordered_map<std::string, Node> m_nodes; // by the bytes of their paths
 };
 
-/// Checks what a release holds besides its files against the release.
+/// Checks what a release holds besides its files against the files, or their targets.
 /// @throws VoValidationException as ReleaseTree::validate()
+/// @{
 VOCORE_PRIVATE_EXPORT void ValidateAttributes(const ReleaseAttributes& attributes,
                                               const AdvertisedPackageListing& package);
+void ValidateAttributes(const ReleaseAttributes& attributes, const std::vector<VoFilePath>& targets);
+/// @}
 
 } // namespace vo::updater::detail

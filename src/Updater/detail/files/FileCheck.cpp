@@ -156,7 +156,7 @@ class BatchSize
 {
 public:
     explicit BatchSize(std::size_t workers)
-        : m_files(FilesOfWorker * workers)
+        : m_workers(workers)
     {
     }
 
@@ -165,7 +165,9 @@ public:
     {
         std::vector<Examination> batch;
         std::int64_t bytes = 0;
-        for (std::size_t i = first; i < count && batch.size() < m_files && bytes < m_bytes; ++i) {
+        for (std::size_t i = first; i < count && batch.size() < FilesOfWorker * m_workers; ++i) {
+            if (batch.size() >= m_workers && bytes >= m_bytes)
+                break;
             batch.push_back({expected(i), {}, {}});
             bytes += std::clamp<std::int64_t>(batch.back().file.size.bytes(), 0, m_bytes);
         }
@@ -185,7 +187,7 @@ private:
     static constexpr std::int64_t FewestBytes = std::int64_t{64} << 20;
     static constexpr std::int64_t MostBytes = std::int64_t{1} << 30;
 
-    std::size_t m_files;
+    std::size_t m_workers;
     std::int64_t m_bytes = FewestBytes * 4;
 };
 
